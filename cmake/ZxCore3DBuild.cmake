@@ -1,0 +1,61 @@
+# Flags and target shapes that every directory of the project shares.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+
+# Pixels and results are pinned to the last bit: a product and a sum are two roundings, everywhere.
+add_compile_options(-ffp-contract=off)
+
+option(ZX_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
+if(ZX_SANITIZE)
+  add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=undefined
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
+set(ZX_WARNINGS -Wall -Wextra -Wconversion)
+
+# One include root for the build that looks like the installed one: <ZxCore3D/group/Name.h>.
+set(ZX_INCLUDE_ROOT "${CMAKE_BINARY_DIR}/include")
+file(MAKE_DIRECTORY "${ZX_INCLUDE_ROOT}")
+file(CREATE_LINK "${CMAKE_SOURCE_DIR}/src" "${ZX_INCLUDE_ROOT}/ZxCore3D" SYMBOLIC)
+
+# zx_sibling(NAME [DEPENDS lib...]): a shared library from include/NAME and src/, with its tests.
+function(zx_sibling name)
+  cmake_parse_arguments(ARG "" "" "PUBLIC;PRIVATE" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/src/*.cpp")
+  add_library(${name} SHARED ${sources})
+  add_library(ZxCore3D::${name} ALIAS ${name})
+  target_compile_options(${name} PRIVATE ${ZX_WARNINGS})
+  target_compile_features(${name} PUBLIC cxx_std_17)
+  target_include_directories(${name} PUBLIC
+    "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
+    "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
+  target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
+  set_target_properties(${name} PROPERTIES VERSION 1.0.0 SOVERSION 1)
+  install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/include/${name}"
+          DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+  install(TARGETS ${name} EXPORT ZxCore3DTargets
+          LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endfunction()
+
+# zx_room(NAME LIBS lib...): the objects of one directory of src/, which tests can link one by one.
+function(zx_room name)
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
+  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp")
+  add_library(zx_${name} OBJECT ${sources})
+  target_compile_options(zx_${name} PRIVATE ${ZX_WARNINGS})
+  target_include_directories(zx_${name} PUBLIC "${ZX_INCLUDE_ROOT}")
+  target_link_libraries(zx_${name} PUBLIC ${ARG_LIBS})
+endfunction()

@@ -1,0 +1,3 @@
+#include <ZxDrawKit/TZxGLSurface.h>
+
+TZxGLSurface::~TZxGLSurface() = default;

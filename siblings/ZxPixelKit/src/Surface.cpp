@@ -1,0 +1,256 @@
+#include <ZxPixelKit/Surface.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+enum : unsigned int {
+  kGLByte = 0x1400,
+  kGLUnsignedByte = 0x1401,
+  kGLShort = 0x1402,
+  kGLUnsignedShort = 0x1403,
+  kGLInt = 0x1404,
+  kGLUnsignedInt = 0x1405,
+  kGLFloat = 0x1406,
+  kGLDouble = 0x140A,
+  kGLRed = 0x1903,
+  kGLRGB = 0x1907,
+  kGLRGBA = 0x1908,
+  kGLLuminance = 0x1909,
+  kGLLuminanceAlpha = 0x190A,
+  kGLRG = 0x8227,
+};
+
+std::uint64_t PixelBytes(const DATASURFACE& surface) {
+  return std::uint64_t{surface.Channels} * GetTypeSize(surface.Type);
+}
+
+bool HasPixels(const DATASURFACE& surface) {
+  return surface.Data != nullptr && surface.Width > 0 && surface.Height > 0 &&
+         surface.PixelStride > 0 && surface.RowStride > 0;
+}
+
+std::uint8_t* PixelAt(const DATASURFACE& surface, int x, int y) {
+  return surface.Data + static_cast<std::ptrdiff_t>(y) * surface.RowStride +
+         static_cast<std::ptrdiff_t>(x) * surface.PixelStride;
+}
+
+} // namespace
+
+unsigned long GetTypeSize(DATA_TYPE type) {
+  switch (static_cast<std::uint32_t>(type)) {
+  case DATA_TYPE_BOOL:
+  case DATA_TYPE_INT8:
+  case DATA_TYPE_UINT8:
+    return 1;
+  case DATA_TYPE_INT16:
+  case DATA_TYPE_UINT16:
+    return 2;
+  case DATA_TYPE_INT32:
+  case DATA_TYPE_UINT32:
+  case DATA_TYPE_FLOAT:
+    return 4;
+  case DATA_TYPE_INT64:
+  case DATA_TYPE_UINT64:
+  case DATA_TYPE_DOUBLE:
+  case DATA_TYPE_RESERVED8:
+    return 8;
+  case DATA_TYPE_RESERVED16:
+    return 16;
+  default:
+    return 0;
+  }
+}
+
+unsigned long GetTypeSize(unsigned int glType) { return GetTypeSize(DataTypeFromGL(glType)); }
+
+DATA_TYPE DataTypeFromGL(unsigned int glType) {
+  switch (glType) {
+  case kGLByte:
+    return DATA_TYPE_INT8;
+  case kGLUnsignedByte:
+    return DATA_TYPE_UINT8;
+  case kGLShort:
+    return DATA_TYPE_INT16;
+  case kGLUnsignedShort:
+    return DATA_TYPE_UINT16;
+  case kGLInt:
+    return DATA_TYPE_INT32;
+  case kGLUnsignedInt:
+    return DATA_TYPE_UINT32;
+  case kGLFloat:
+    return DATA_TYPE_FLOAT;
+  case kGLDouble:
+    return DATA_TYPE_DOUBLE;
+  default:
+    return DATA_TYPE_NONE;
+  }
+}
+
+DATA_FORMAT DataFormatFromGL(unsigned int glFormat) {
+  switch (glFormat) {
+  case kGLLuminance:
+    return DATA_FORMAT_LUMINANCE;
+  case kGLLuminanceAlpha:
+    return DATA_FORMAT_LUMINANCE_ALPHA;
+  case kGLRed:
+    return DATA_FORMAT_RED;
+  case kGLRG:
+    return DATA_FORMAT_RG;
+  case kGLRGB:
+    return DATA_FORMAT_RGB;
+  case kGLRGBA:
+    return DATA_FORMAT_RGBA;
+  default:
+    return DATA_FORMAT_NONE;
+  }
+}
+
+int GetFormatComponents(unsigned int glFormat) {
+  switch (glFormat) {
+  case kGLLuminance:
+  case kGLRed:
+    return 1;
+  case kGLLuminanceAlpha:
+  case kGLRG:
+    return 2;
+  case kGLRGB:
+    return 3;
+  case kGLRGBA:
+    return 4;
+  default:
+    return 0;
+  }
+}
+
+std::uint8_t* AllocateSurfaceBlock(std::uint64_t dataSize, std::uint64_t rowStride,
+                                   std::uint64_t pixelStride) {
+  std::uint64_t size = 0;
+  if (__builtin_add_overflow(dataSize, rowStride, &size) ||
+      __builtin_add_overflow(size, pixelStride, &size) || size == 0 ||
+      size > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) {
+    return nullptr;
+  }
+  return static_cast<std::uint8_t*>(std::calloc(size, 1));
+}
+
+void FreeDataSurfaceData(DATASURFACE& surface) {
+  std::free(surface.Data);
+  surface = DATASURFACE{};
+}
+
+namespace ds {
+
+bool Fill(const DATASURFACE& surface, const void* value, unsigned long size) {
+  if (!HasPixels(surface) || value == nullptr || size == 0 ||
+      size > static_cast<unsigned long>(surface.PixelStride)) {
+    return false;
+  }
+  const auto width = static_cast<std::size_t>(surface.Width);
+  const auto pixelStride = static_cast<std::size_t>(surface.PixelStride);
+  // One row is made pixel by pixel; where pixels lie close, doubling copies make it and then the
+  // whole surface.
+  if (size == pixelStride) {
+    const std::size_t rowBytes = width * pixelStride;
+    std::uint8_t* first = PixelAt(surface, 0, 0);
+    std::memcpy(first, value, size);
+    for (std::size_t done = size; done < rowBytes;) {
+      const std::size_t part = std::min(done, rowBytes - done);
+      std::memcpy(first + done, first, part);
+      done += part;
+    }
+    for (int y = 1; y < surface.Height; ++y) {
+      std::memcpy(PixelAt(surface, 0, y), first, rowBytes);
+    }
+    return true;
+  }
+  for (int y = 0; y < surface.Height; ++y) {
+    for (int x = 0; x < surface.Width; ++x) {
+      std::memcpy(PixelAt(surface, x, y), value, size);
+    }
+  }
+  return true;
+}
+
+bool Set(DATASURFACE* out, int width, int height, DATA_FORMAT format, DATA_TYPE type,
+         int components, const void* pixels) {
+  *out = DATASURFACE{};
+  const std::uint64_t typeSize = GetTypeSize(type);
+  if (width < 1 || height < 1 || components < 1 || components > 255 || typeSize == 0) {
+    return false;
+  }
+  const std::uint64_t pixelStride = typeSize * static_cast<std::uint64_t>(components);
+  const std::uint64_t rowStride = pixelStride * static_cast<std::uint64_t>(width);
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int32_t>::max();
+  if (rowStride > kMost) {
+    return false;
+  }
+  const std::uint64_t size = rowStride * static_cast<std::uint64_t>(height);
+  out->Width = width;
+  out->Height = height;
+  out->Depth = 1;
+  out->PixelStride = static_cast<std::int32_t>(pixelStride);
+  out->RowStride = static_cast<std::int32_t>(rowStride);
+  // The slice stride of one slice is never walked; it saturates where the whole does not fit.
+  out->SliceStride = static_cast<std::int32_t>(std::min(size, kMost));
+  out->Format = format;
+  out->Type = type;
+  out->Channels = static_cast<std::uint8_t>(components);
+  out->Data = static_cast<std::uint8_t*>(const_cast<void*>(pixels));
+  out->DataSize = size;
+  return true;
+}
+
+bool GetSubSurface(const DATASURFACE& surface, int x, int y, int width, int height,
+                   DATASURFACE* out) {
+  *out = DATASURFACE{};
+  if (!HasPixels(surface)) {
+    return false;
+  }
+  const std::int64_t left = std::max<std::int64_t>(x, 0);
+  const std::int64_t bottom = std::max<std::int64_t>(y, 0);
+  const std::int64_t right =
+      std::min(static_cast<std::int64_t>(x) + width, static_cast<std::int64_t>(surface.Width));
+  const std::int64_t top =
+      std::min(static_cast<std::int64_t>(y) + height, static_cast<std::int64_t>(surface.Height));
+  if (left >= right || bottom >= top) {
+    return false;
+  }
+  *out = surface;
+  out->Width = static_cast<std::int32_t>(right - left);
+  out->Height = static_cast<std::int32_t>(top - bottom);
+  out->Data = PixelAt(surface, static_cast<int>(left), static_cast<int>(bottom));
+  out->DataSize = static_cast<std::uint64_t>(out->Height - 1) *
+                      static_cast<std::uint64_t>(surface.RowStride) +
+                  static_cast<std::uint64_t>(out->Width) *
+                      static_cast<std::uint64_t>(surface.PixelStride);
+  return true;
+}
+
+bool Copy(const DATASURFACE& from, const DATASURFACE& to) {
+  const std::uint64_t pixelBytes = PixelBytes(from);
+  if (!HasPixels(from) || !HasPixels(to) || from.Type != to.Type || from.Channels != to.Channels ||
+      pixelBytes == 0) {
+    return false;
+  }
+  const int width = std::min(from.Width, to.Width);
+  const int height = std::min(from.Height, to.Height);
+  const bool tight = from.PixelStride == to.PixelStride &&
+                     static_cast<std::uint64_t>(from.PixelStride) == pixelBytes;
+  for (int y = 0; y < height; ++y) {
+    if (tight) {
+      std::memmove(PixelAt(to, 0, y), PixelAt(from, 0, y),
+                   static_cast<std::size_t>(width) * pixelBytes);
+      continue;
+    }
+    for (int x = 0; x < width; ++x) {
+      std::memmove(PixelAt(to, x, y), PixelAt(from, x, y), pixelBytes);
+    }
+  }
+  return true;
+}
+
+} // namespace ds

@@ -1,0 +1,6 @@
+#pragma once
+
+/// Everything that ZxRunKit offers.
+
+#include <ZxRunKit/Format.h>
+#include <ZxRunKit/Module.h>

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+
+/// A 3 by 3 matrix, stored column by column: row r, column c is element `c * 3 + r`. One that holds
+/// a plane projective map has the constant 1 in element 8; row 2 is the denominator.
+template <class T> struct MAT3 {
+  T m[9];
+
+  T& operator[](std::size_t i) { return m[i]; }
+  const T& operator[](std::size_t i) const { return m[i]; }
+};
+
+static_assert(sizeof(MAT3<double>) == 72);

@@ -1,0 +1,6 @@
+#pragma once
+
+/// The cubic `a + b x + c x^2 + d x^3`.
+struct POLYNOM3 {
+  double a, b, c, d;
+};

@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <string>
+
+class TZxXIniWriter;
+
+/// A fixed vector of N elements and nothing else, so that an array of vectors is a flat array of T.
+/// Elements 0, 1, 2, 3 are the x, y, z, w of a coordinate.
+template <class T, std::size_t N> struct vec_t_;
+
+template <class T> struct vec_t_<T, 2> {
+  T x, y;
+
+  T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
+  const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
+};
+
+template <class T> struct vec_t_<T, 3> {
+  T x, y, z;
+
+  T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
+  const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
+
+  /// Writes x, y, z into a compact section `name` of the text format. For `T` = double only.
+  /// Raises the writer's error if it can't.
+  void SaveSE(TZxXIniWriter* writer, const std::string& name) const;
+};
+
+template <class T> struct vec_t_<T, 4> {
+  T x, y, z, w;
+
+  T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
+  const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
+};
+
+static_assert(sizeof(vec_t_<double, 2>) == 16 && sizeof(vec_t_<double, 3>) == 24 &&
+              sizeof(vec_t_<double, 4>) == 32 && sizeof(vec_t_<int, 3>) == 12);
+
+template <class T, std::size_t N>
+inline vec_t_<T, N> operator+(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
+  vec_t_<T, N> sum;
+  for (std::size_t i = 0; i < N; ++i) {
+    sum[i] = a[i] + b[i];
+  }
+  return sum;
+}
+
+template <class T, std::size_t N>
+inline vec_t_<T, N> operator-(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
+  vec_t_<T, N> difference;
+  for (std::size_t i = 0; i < N; ++i) {
+    difference[i] = a[i] - b[i];
+  }
+  return difference;
+}
+
+template <class T, std::size_t N>
+inline vec_t_<T, N> operator*(const vec_t_<T, N>& v, T factor) {
+  vec_t_<T, N> scaled;
+  for (std::size_t i = 0; i < N; ++i) {
+    scaled[i] = v[i] * factor;
+  }
+  return scaled;
+}
+
+template <class T, std::size_t N>
+inline vec_t_<T, N> operator*(T factor, const vec_t_<T, N>& v) {
+  return v * factor;
+}
+
+template <class T, std::size_t N>
+inline bool operator==(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
+  for (std::size_t i = 0; i < N; ++i) {
+    if (!(a[i] == b[i])) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class T, std::size_t N>
+inline bool operator!=(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
+  return !(a == b);
+}
+
+/// Sum of products, in the order x, y, z, w.
+template <class T, std::size_t N> inline T dot(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
+  T sum = a[0] * b[0];
+  for (std::size_t i = 1; i < N; ++i) {
+    sum = sum + a[i] * b[i];
+  }
+  return sum;
+}
+
+/// (a.y b.z - a.z b.y, a.z b.x - a.x b.z, a.x b.y - a.y b.x)
+template <class T> inline vec_t_<T, 3> cross(const vec_t_<T, 3>& a, const vec_t_<T, 3>& b) {
+  return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
+/// Square root of the sum of squares.
+template <class T, std::size_t N> inline T length(const vec_t_<T, N>& v) {
+  return std::sqrt(dot(v, v));
+}
