@@ -1,9 +1,12 @@
 #include <ZxRunKit/Format.h>
 
-#include <clocale>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <locale.h>
+#include <new>
+
+#include <ZxRunKit/CLocale.h>
 
 namespace Zentrix {
 
@@ -13,7 +16,7 @@ namespace {
 // the host's stays in force.
 class TNumericCLocale {
 public:
-  TNumericCLocale() : m_Previous(Get() != nullptr ? uselocale(Get()) : nullptr) {}
+  TNumericCLocale() : m_Previous(CLocale() != nullptr ? uselocale(CLocale()) : nullptr) {}
   ~TNumericCLocale() {
     if (m_Previous != nullptr) {
       uselocale(m_Previous);
@@ -23,40 +26,46 @@ public:
   TNumericCLocale& operator=(const TNumericCLocale&) = delete;
 
 private:
-  static locale_t Get() {
-    static const locale_t s_C = newlocale(LC_ALL_MASK, "C", nullptr);
-    return s_C;
-  }
-
   locale_t m_Previous;
 };
+
+// What `vsnprintf` returned, with exhausted memory told apart from a refused format.
+std::size_t CheckedLength(int length) {
+  if (length >= 0) {
+    return static_cast<std::size_t>(length);
+  }
+  if (errno == ENOMEM) {
+    throw std::bad_alloc();
+  }
+  return 0;
+}
+
+std::string Format(const char* format, va_list arguments, va_list again) {
+  const TNumericCLocale locale;
+  char local[512];
+  const std::size_t size = CheckedLength(std::vsnprintf(local, sizeof local, format, arguments));
+  if (size < sizeof local) {
+    return std::string(local, size);
+  }
+  std::string text(size, '\0');
+  text.resize(CheckedLength(std::vsnprintf(text.data(), size + 1, format, again)));
+  return text;
+}
 
 } // namespace
 
 std::string ssprintf(const char* format, ...) {
-  std::string text;
   if (format == nullptr) {
-    return text;
+    return std::string();
   }
-  const TNumericCLocale locale;
-  char local[256];
   va_list arguments;
   va_start(arguments, format);
   va_list again;
   va_copy(again, arguments);
-  const int length = std::vsnprintf(local, sizeof local, format, arguments);
-  va_end(arguments);
-  if (length >= 0) {
-    const auto size = static_cast<std::size_t>(length);
-    if (size < sizeof local) {
-      text.assign(local, size);
-    } else {
-      text.resize(size + 1);
-      std::vsnprintf(text.data(), size + 1, format, again);
-      text.resize(size);
-    }
-  }
+  // va_end does nothing on x86-64, so that nothing is lost where an exception passes by it.
+  std::string text = Format(format, arguments, again);
   va_end(again);
+  va_end(arguments);
   return text;
 }
 
