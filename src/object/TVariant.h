@@ -53,7 +53,11 @@ public:
   /// Holds one count of its own on `ref`; a null pointer gives the empty variant.
   TVariant(zx::TRef* ref);
   /// Frees what is owned. An exception out of a `Release` ends the process.
-  ~TVariant();
+  ~TVariant() {
+    if (!_OwnsNothing()) {
+      _Clear();
+    }
+  }
 
   /// Deep copy. Raises `std::bad_alloc` when memory is exhausted (a string target then keeps its
   /// value, an array target is empty) and `std::invalid_argument` with an empty message for an
@@ -61,7 +65,13 @@ public:
   TVariant& operator=(const TVariant& other);
 
   /// Frees what is owned and makes the variant empty.
-  void Reset();
+  void Reset() {
+    if (_OwnsNothing()) {
+      Type = DATA_TYPE_NONE;
+    } else {
+      _Clear();
+    }
+  }
   /// Exchanges two values by three deep copies; raises what `operator=` raises.
   void Swap(TVariant& other);
 
@@ -98,8 +108,8 @@ public:
   /// size keeps its components.
   bool SetVector(const int* values, unsigned long components);
 
-  /// Stores a counted array of scalars. False for a null pointer, unless exhausted memory is the
-  /// reason: the variant is then empty.
+  /// Stores a counted array of scalars, which may be empty. False for a null pointer, with nothing
+  /// changed; false and empty when memory is exhausted.
   bool SetArray(const float* values, unsigned long count);
   bool SetArray(const double* values, unsigned long count);
   /// Stores `count` elements of `components` (1 to 4) values each. With a null pointer and a count
@@ -156,6 +166,17 @@ public:
   /// Reads the form that `ToString` writes for scalars, strings and the empty variant. False, with
   /// the value kept, for any other text. Integers are cut to their width without a range check.
   bool FromString(const std::string& text);
+
+private:
+  // True only where the clear step has nothing to do but to set the tag; vectors go the long way.
+  bool _OwnsNothing() const {
+    return Type < DATA_TYPE_REF || (Type == DATA_TYPE_STRING && Count < 32);
+  }
+  void _Clear();
+  template <class T> bool _SetScalar(DATA_TYPE type, T value);
+  bool _SetLongText(const char* text, unsigned long length);
+  bool _SetArray(DATA_TYPE type, unsigned long count, const void* data);
+  void _CopyArray(const TVariant& other);
 };
 
 static_assert(sizeof(TVariant) == 48 && alignof(TVariant) == 8);
