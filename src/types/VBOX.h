@@ -3,6 +3,7 @@
 #include <ZxBaseKit/Limits.h>
 
 #include <ZxCore3D/types/EmptyMark.h>
+#include <ZxCore3D/types/ExpandAxis.h>
 #include <ZxCore3D/types/vec_t_.h>
 
 /// An axis-aligned box. Empty when every bit of `Min.x` is set.
@@ -12,8 +13,10 @@ template <class T> struct VBOX {
   bool Flag; ///< carried along; nothing in this library reads it
 
   VBOX()
-      : Min{zx_max_value<T>(), zx_max_value<T>(), zx_max_value<T>()},
-        Max{zx_min_value<T>(), zx_min_value<T>(), zx_min_value<T>()}, Flag(false) {}
+      : Min{zx_max_value<T>(), zx_max_value<T>(), zx_max_value<T>()}, Max{zx_min_value<T>(),
+                                                                          zx_min_value<T>(),
+                                                                          zx_min_value<T>()},
+        Flag(false) {}
   VBOX(const vec_t_<T, 3>& min, const vec_t_<T, 3>& max) : Min(min), Max(max), Flag(false) {}
 
   bool IsEmpty() const { return HasEmptyMark(Min.x); }
@@ -21,8 +24,8 @@ template <class T> struct VBOX {
   /// Marks the box empty; its other values stay.
   void SetEmpty() { SetEmptyMark(&Min.x); }
 
-  /// Grows the box to hold `p`; an empty box becomes that point. A NaN coordinate leaves its axis as
-  /// it is.
+  /// Grows the box to hold `p`; an empty box becomes that point. A NaN coordinate leaves its axis
+  /// as it is.
   void Expand(const vec_t_<T, 3>& p) {
     if (IsEmpty()) {
       Min = p;
@@ -30,11 +33,7 @@ template <class T> struct VBOX {
       return;
     }
     for (std::size_t i = 0; i < 3; ++i) {
-      if (Min[i] > p[i]) {
-        Min[i] = p[i];
-      } else if (p[i] > Max[i]) {
-        Max[i] = p[i];
-      }
+      ExpandAxis(p[i], &Min[i], &Max[i]);
     }
   }
 };

@@ -3,6 +3,7 @@
 #include <ZxBaseKit/Limits.h>
 
 #include <ZxCore3D/types/EmptyMark.h>
+#include <ZxCore3D/types/ExpandAxis.h>
 #include <ZxCore3D/types/vec_t_.h>
 
 /// An axis-aligned rectangle. Empty when every bit of `Min.x` is set.
@@ -30,11 +31,7 @@ template <class T> struct VRECT {
       return;
     }
     for (std::size_t i = 0; i < 2; ++i) {
-      if (Min[i] > p[i]) {
-        Min[i] = p[i];
-      } else if (p[i] > Max[i]) {
-        Max[i] = p[i];
-      }
+      ExpandAxis(p[i], &Min[i], &Max[i]);
     }
   }
 };

@@ -4,11 +4,18 @@
 #include <cstddef>
 #include <string>
 
+#include <ZxCore3D/types/Export.h>
+
 class TZxXIniWriter;
 
 /// A fixed vector of N elements and nothing else, so that an array of vectors is a flat array of T.
-/// Elements 0, 1, 2, 3 are the x, y, z, w of a coordinate.
-template <class T, std::size_t N> struct vec_t_;
+/// Elements 0, 1, 2, 3 are the x, y, z, w of a coordinate; other lengths have their index only.
+template <class T, std::size_t N> struct vec_t_ {
+  T Values[N];
+
+  T& operator[](std::size_t i) { return Values[i]; }
+  const T& operator[](std::size_t i) const { return Values[i]; }
+};
 
 template <class T> struct vec_t_<T, 2> {
   T x, y;
@@ -35,6 +42,9 @@ template <class T> struct vec_t_<T, 4> {
   const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
 };
 
+template <>
+ZX_CORE3D_API void vec_t_<double, 3>::SaveSE(TZxXIniWriter* writer, const std::string& name) const;
+
 static_assert(sizeof(vec_t_<double, 2>) == 16 && sizeof(vec_t_<double, 3>) == 24 &&
               sizeof(vec_t_<double, 4>) == 32 && sizeof(vec_t_<int, 3>) == 12);
 
@@ -56,8 +66,7 @@ inline vec_t_<T, N> operator-(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return difference;
 }
 
-template <class T, std::size_t N>
-inline vec_t_<T, N> operator*(const vec_t_<T, N>& v, T factor) {
+template <class T, std::size_t N> inline vec_t_<T, N> operator*(const vec_t_<T, N>& v, T factor) {
   vec_t_<T, N> scaled;
   for (std::size_t i = 0; i < N; ++i) {
     scaled[i] = v[i] * factor;
@@ -65,8 +74,7 @@ inline vec_t_<T, N> operator*(const vec_t_<T, N>& v, T factor) {
   return scaled;
 }
 
-template <class T, std::size_t N>
-inline vec_t_<T, N> operator*(T factor, const vec_t_<T, N>& v) {
+template <class T, std::size_t N> inline vec_t_<T, N> operator*(T factor, const vec_t_<T, N>& v) {
   return v * factor;
 }
 
