@@ -9,3 +9,5 @@
 #include <ZxBaseKit/TRef.h>
 #include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
+#include <ZxBaseKit/TZxXIniReader.h>
+#include <ZxBaseKit/TZxXIniWriter.h>
