@@ -41,8 +41,6 @@ std::uint64_t StoredBytes(const TVariant& v) {
 
 } // namespace
 
-TVariant::TVariant(const TVariant& other) : Type(DATA_TYPE_NONE) { *this = other; }
-
 TVariant::TVariant(zx::TRef* ref) : Type(DATA_TYPE_NONE) { Set(ref); }
 
 void TVariant::_Clear() {
@@ -59,6 +57,8 @@ void TVariant::_Clear() {
   }
   if (IsLongText(*this)) {
     std::free(LoadPointer(Value));
+    Type = DATA_TYPE_NONE;
+    return;
   }
   if (IsArray(Type)) {
     if (StoredBytes(*this) >= s_HeapFrom) {
@@ -70,39 +70,38 @@ void TVariant::_Clear() {
 }
 
 TVariant& TVariant::operator=(const TVariant& other) {
-  if (this == &other) {
-    return *this;
+  if (this != &other) {
+    _Assign(other);
   }
+  return *this;
+}
+
+void TVariant::_Assign(const TVariant& other) {
   if (other.Type == DATA_TYPE_REF) {
     Set(static_cast<zx::TRef*>(LoadPointer(other.Value)));
   } else if (other.Type == DATA_TYPE_STRING) {
-    if (other.Count + 1 < s_HeapFrom) {
-      const std::uint64_t count = other.Count;
-      PAYLOAD text = LoadInline(other.Value, count);
-      if (!_OwnsNothing()) {
-        _Clear();
+    if (other.Count + 1 >= s_HeapFrom) {
+      if (!_SetLongText(static_cast<const char*>(LoadPointer(other.Value)), other.Count)) {
+        throw std::bad_alloc();
       }
-      text.Store(Value, count + 1);
-      Count = count;
+    } else if (_OwnsNothing()) {
+      CopyText(Value, other.Value, other.Count);
+      Count = other.Count;
       Type = DATA_TYPE_STRING;
-    } else if (!_SetLongText(other.GetStringPtr(), other.Count)) {
-      throw std::bad_alloc();
+    } else {
+      _SetShortText(other.Value, other.Count);
     }
   } else if (IsArray(other.Type)) {
     _CopyArray(other);
+  } else if (_OwnsNothing()) {
+    _CopyRecord(other);
   } else {
     // The other may go with what this variant lets go of.
-    const PAYLOAD payload = LoadInline(other.Value, sizeof Value);
-    const std::uint64_t count = other.Count;
-    const DATA_TYPE type = other.Type;
-    if (!_OwnsNothing()) {
-      _Clear();
-    }
-    payload.Store(Value, sizeof Value);
-    Count = count;
-    Type = type;
+    TVariant kept;
+    kept._CopyRecord(other);
+    _Clear();
+    _CopyRecord(kept);
   }
-  return *this;
 }
 
 void TVariant::_CopyArray(const TVariant& other) {
@@ -151,17 +150,34 @@ bool TVariant::Set(const char* text, unsigned long length) {
   if (length == ~0UL) {
     length = std::strlen(text);
   }
+  return _SetText(text, length);
+}
+
+bool TVariant::Set(const std::string& text) { return _SetText(text.data(), text.size()); }
+
+bool TVariant::_SetText(const char* text, unsigned long length) {
   if (length + 1 >= s_HeapFrom) {
     return _SetLongText(text, length);
   }
-  const PAYLOAD payload = LoadPayload(text, length);
-  if (!_OwnsNothing()) {
-    _Clear();
+  _SetShortText(text, length);
+  return true;
+}
+
+void TVariant::_SetShortText(const void* text, unsigned long length) {
+  if (_OwnsNothing() && !_IsInside(text)) {
+    StoreText(Value, text, length);
+  } else {
+    const KEPTBYTES kept(text, length);
+    Reset();
+    StoreText(Value, kept.Bytes, length);
   }
-  payload.Store(Value, length + 1);
   Count = length;
   Type = DATA_TYPE_STRING;
-  return true;
+}
+
+bool TVariant::_IsInside(const void* place) const {
+  return reinterpret_cast<std::uintptr_t>(place) - reinterpret_cast<std::uintptr_t>(Value) <
+         sizeof Value;
 }
 
 bool TVariant::_SetLongText(const char* text, unsigned long length) {
@@ -170,26 +186,24 @@ bool TVariant::_SetLongText(const char* text, unsigned long length) {
   const bool inside =
       old != nullptr &&
       reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(old) <= Count;
-  char* const block =
-      static_cast<char*>(inside ? std::malloc(length + 1) : std::realloc(old, length + 1));
+  void* const block =
+      inside || old == nullptr ? std::malloc(length + 1) : std::realloc(old, length + 1);
   if (block == nullptr) {
     return false;
   }
   std::memcpy(block, text, length);
-  block[length] = '\0';
+  static_cast<char*>(block)[length] = '\0';
   if (inside) {
     std::free(old);
   }
   if (Type != DATA_TYPE_STRING) {
-    _Clear();
+    Reset();
   }
   StorePointer(Value, block);
   Count = length;
   Type = DATA_TYPE_STRING;
   return true;
 }
-
-bool TVariant::Set(const std::string& text) { return Set(text.data(), text.size()); }
 
 bool TVariant::Set(zx::TRef* ref) {
   if (ref == nullptr) {
@@ -220,15 +234,16 @@ bool TVariant::SetVector(const int* values, unsigned long components) {
   }
   const auto type = static_cast<DATA_TYPE>(components * 32 - 26);
   const std::uint64_t bytes = components * sizeof(int);
-  PAYLOAD payload = {};
-  if (values != nullptr) {
-    payload = LoadPayload(values, bytes);
-  }
-  if (Type != DATA_TYPE_NONE && Type != type) {
-    _Clear();
-  }
-  if (values != nullptr) {
-    payload.Store(Value, bytes);
+  if (values != nullptr && (Type == type || _OwnsNothing()) && !_IsInside(values)) {
+    StoreBytes(Value, values, bytes);
+  } else {
+    const KEPTBYTES kept(values, values != nullptr ? bytes : 0);
+    if (Type != DATA_TYPE_NONE && Type != type) {
+      _Clear();
+    }
+    if (values != nullptr) {
+      StoreBytes(Value, kept.Bytes, bytes);
+    }
   }
   Count = 1;
   Type = type;
@@ -242,13 +257,10 @@ bool TVariant::_SetArray(DATA_TYPE type, unsigned long count, const void* data) 
     return false;
   }
   if (bytes < s_HeapFrom) {
-    PAYLOAD payload = {};
-    if (data != nullptr) {
-      payload = LoadPayload(data, bytes);
-    }
+    const KEPTBYTES kept(data, data != nullptr ? bytes : 0);
     Reset();
     if (data != nullptr) {
-      payload.Store(Value, bytes);
+      StoreBytes(Value, kept.Bytes, bytes);
     }
   } else {
     void* const block = std::malloc(bytes);

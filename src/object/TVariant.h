@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include <ZxBaseKit/TRef.h>
@@ -49,7 +50,14 @@ public:
   /// The empty variant: tag 0, with `Value` and `Count` left as they are.
   TVariant() : Type(DATA_TYPE_NONE) {}
   /// A deep copy; a reference gains one count. Raises what `operator=` raises.
-  TVariant(const TVariant& other);
+  TVariant(const TVariant& other) {
+    if (other._OwnsNothing()) {
+      _CopyRecord(other);
+    } else {
+      Type = DATA_TYPE_NONE;
+      _Assign(other);
+    }
+  }
   /// Holds one count of its own on `ref`; a null pointer gives the empty variant.
   TVariant(zx::TRef* ref);
   /// Frees what is owned. An exception out of a `Release` ends the process.
@@ -174,9 +182,29 @@ private:
   }
   void _Clear();
   template <class T> bool _SetScalar(DATA_TYPE type, T value);
-  bool _SetLongText(const char* text, unsigned long length);
-  bool _SetArray(DATA_TYPE type, unsigned long count, const void* data);
-  void _CopyArray(const TVariant& other);
+  void _Assign(const TVariant& other);
+  // The whole record, word by word: the barrier on each word keeps the compiler from making wider
+  // transfers, which could not be forwarded from the stores that set the value. The one on the
+  // pointer says that the bytes of an empty variant may be copied, whatever they are.
+  void _CopyRecord(const TVariant& other) {
+    const TVariant* from = &other;
+    __asm__("" : "+r"(from));
+    for (std::size_t i = 0; i < sizeof Value; i += 8) {
+      std::uint64_t word;
+      std::memcpy(&word, from->Value + i, sizeof word);
+      __asm__("" : "+r"(word));
+      std::memcpy(Value + i, &word, sizeof word);
+    }
+    Count = from->Count;
+    Type = from->Type;
+  }
+  [[gnu::visibility("hidden")]] bool _IsInside(const void* place) const;
+  [[gnu::visibility("hidden")]] bool _SetText(const char* text, unsigned long length);
+  [[gnu::visibility("hidden")]] void _SetShortText(const void* text, unsigned long length);
+  [[gnu::visibility("hidden")]] bool _SetLongText(const char* text, unsigned long length);
+  [[gnu::visibility("hidden")]] bool _SetArray(DATA_TYPE type, unsigned long count,
+                                               const void* data);
+  [[gnu::visibility("hidden")]] void _CopyArray(const TVariant& other);
 };
 
 static_assert(sizeof(TVariant) == 48 && alignof(TVariant) == 8);
