@@ -1,0 +1,119 @@
+#include "object/FailingMalloc.h"
+
+#include <cerrno>
+#include <malloc.h>
+
+namespace {
+
+struct WATCH {
+  bool Running;
+  bool Failed;
+  unsigned long FailAt;
+  unsigned long Allocations;
+  unsigned long Reallocations;
+  long Blocks;
+  long Bytes;
+  long Peak;
+};
+
+thread_local WATCH s_Watch;
+
+} // namespace
+
+namespace zx_test {
+
+TMallocWatch::TMallocWatch(unsigned long failAt) {
+  s_Watch = WATCH{};
+  s_Watch.FailAt = failAt;
+  s_Watch.Running = true;
+}
+
+TMallocWatch::~TMallocWatch() { s_Watch.Running = false; }
+
+unsigned long TMallocWatch::Allocations() const { return s_Watch.Allocations; }
+unsigned long TMallocWatch::Reallocations() const { return s_Watch.Reallocations; }
+long TMallocWatch::LiveBlocks() const { return s_Watch.Blocks; }
+long TMallocWatch::LiveBytes() const { return s_Watch.Bytes; }
+long TMallocWatch::PeakBytes() const { return s_Watch.Peak; }
+bool TMallocWatch::Failed() const { return s_Watch.Failed; }
+
+} // namespace zx_test
+
+#ifndef __SANITIZE_ADDRESS__
+
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void __libc_free(void* block);
+
+} // extern "C"
+
+namespace {
+
+// Whether the allocation that is asked for now may go ahead.
+bool Admit() {
+  if (!s_Watch.Running) {
+    return true;
+  }
+  ++s_Watch.Allocations;
+  if (s_Watch.Allocations != s_Watch.FailAt) {
+    return true;
+  }
+  s_Watch.Failed = true;
+  errno = ENOMEM;
+  return false;
+}
+
+void* Count(void* block) {
+  if (s_Watch.Running && block != nullptr) {
+    ++s_Watch.Blocks;
+    s_Watch.Bytes += static_cast<long>(malloc_usable_size(block));
+    s_Watch.Peak = s_Watch.Bytes > s_Watch.Peak ? s_Watch.Bytes : s_Watch.Peak;
+  }
+  return block;
+}
+
+void Uncount(void* block) {
+  if (s_Watch.Running && block != nullptr) {
+    --s_Watch.Blocks;
+    s_Watch.Bytes -= static_cast<long>(malloc_usable_size(block));
+  }
+}
+
+} // namespace
+
+extern "C" {
+
+void* malloc(std::size_t size) { return Admit() ? Count(__libc_malloc(size)) : nullptr; }
+
+void* calloc(std::size_t count, std::size_t size) {
+  return Admit() ? Count(__libc_calloc(count, size)) : nullptr;
+}
+
+void* realloc(void* block, std::size_t size) {
+  if (!Admit()) {
+    return nullptr;
+  }
+  if (s_Watch.Running && block != nullptr) {
+    ++s_Watch.Reallocations;
+  }
+  const std::size_t before = block != nullptr ? malloc_usable_size(block) : 0;
+  void* const moved = __libc_realloc(block, size);
+  if (moved != nullptr && s_Watch.Running) {
+    s_Watch.Blocks -= block != nullptr ? 1 : 0;
+    s_Watch.Bytes -= static_cast<long>(before);
+    Count(moved);
+  }
+  return moved;
+}
+
+void free(void* block) {
+  Uncount(block);
+  __libc_free(block);
+}
+
+} // extern "C"
+
+#endif

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+
+// The test program's own malloc family, which operator new uses too: it counts what this thread
+// allocates while a guard lives, and can let one allocation fail. Not available under the address
+// sanitizer, which needs the names for itself; s_Available tells.
+
+namespace zx_test {
+
+#ifdef __SANITIZE_ADDRESS__
+constexpr bool s_Available = false;
+#else
+constexpr bool s_Available = true;
+#endif
+
+/// Counts from its construction to its destruction. One at a time in a thread.
+class TMallocWatch {
+public:
+  /// With `failAt` the allocation of that number, counted from 1, fails, and no other does.
+  explicit TMallocWatch(unsigned long failAt = 0);
+  ~TMallocWatch();
+  TMallocWatch(const TMallocWatch&) = delete;
+  TMallocWatch& operator=(const TMallocWatch&) = delete;
+
+  /// Allocations asked for, reallocations included.
+  unsigned long Allocations() const;
+  /// Reallocations of a block, counted in `Allocations` as well.
+  unsigned long Reallocations() const;
+  /// Blocks allocated less blocks freed.
+  long LiveBlocks() const;
+  /// Bytes of blocks allocated less those of blocks freed: now, and the most there were.
+  long LiveBytes() const;
+  long PeakBytes() const;
+  /// Whether the allocation that was to fail came.
+  bool Failed() const;
+};
+
+} // namespace zx_test
