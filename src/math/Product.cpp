@@ -5,6 +5,116 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ZxCore3D/math/Product.cpp"
+#include <hwy/foreach_target.h>
+
+#include <ZxCore3D/math/DenseTiles-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace zx_math {
+namespace HWY_NAMESPACE {
+
+/// Steps of the sum that one packed panel holds: 32 KiB with the widest vectors.
+constexpr size_t PanelSteps = 256;
+
+/// res(y, x) is the sum over k of l[y * rowStride + k * stepStride] * r(k, x). With `upper` only
+/// elements on and above the diagonal are certain to be written.
+template <size_t Vectors>
+HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStride, const double* r,
+                             double* res, size_t rows, size_t inner, size_t columns, size_t x,
+                             size_t width) {
+  const DOUBLES d;
+  const size_t stripColumns = Vectors * hn::Lanes(d);
+  HWY_ALIGN double panel[PanelSteps * MaxTileColumns];
+  HWY_ALIGN double edge[TileRows * MaxTileColumns];
+  for (size_t k = 0; k < inner; k += PanelSteps) {
+    const size_t steps = std::min(PanelSteps, inner - k);
+    for (size_t t = 0; t < steps; ++t) {
+      const double* from = r + (k + t) * columns + x;
+      double* to = panel + t * stripColumns;
+      if (width == stripColumns) {
+        for (size_t v = 0; v < Vectors; ++v) {
+          hn::Store(hn::LoadU(d, from + v * hn::Lanes(d)), d, to + v * hn::Lanes(d));
+        }
+      } else {
+        std::fill(std::copy_n(from, width, to), to + stripColumns, 0.0);
+      }
+    }
+    for (size_t y = 0; y < rows; y += TileRows) {
+      const size_t count = std::min(TileRows, rows - y);
+      const double* m = l + y * rowStride + k * stepStride;
+      double* tile = res + y * columns + x;
+      if (width == stripColumns) {
+        UpdateTileRows<Vectors>(count, tile, columns, m, rowStride, stepStride, panel, steps,
+                                k == 0, ADD());
+        continue;
+      }
+      for (size_t i = 0; i < count && k != 0; ++i) {
+        std::copy_n(tile + i * columns, width, edge + i * stripColumns);
+      }
+      UpdateTileRows<Vectors>(count, edge, stripColumns, m, rowStride, stepStride, panel, steps,
+                              k == 0, ADD());
+      for (size_t i = 0; i < count; ++i) {
+        std::copy_n(edge + i * stripColumns, width, tile + i * columns);
+      }
+    }
+  }
+}
+
+void Product(const double* l, size_t rowStride, size_t stepStride, const double* r, double* res,
+             size_t rows, size_t inner, size_t columns, bool upper) {
+  const size_t lanes = hn::Lanes(DOUBLES());
+  for (size_t x = 0; x < columns;) {
+    const size_t left = columns - x;
+    const size_t width = std::min(left, left <= lanes ? lanes : 2 * lanes);
+    const size_t stripRows = upper ? std::min(rows, x + width) : rows;
+    if (left <= lanes) {
+      ProductStrip<1>(l, rowStride, stepStride, r, res, stripRows, inner, columns, x, width);
+    } else {
+      ProductStrip<2>(l, rowStride, stepStride, r, res, stripRows, inner, columns, x, width);
+    }
+    x += width;
+  }
+}
+
+void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  for (size_t r = 0; r < rows; ++r) {
+    const double* row = a + r * columns;
+    const hn::Vec<DOUBLES> factor = hn::Set(d, v[r]);
+    size_t x = 0;
+    for (; x + lanes <= columns; x += lanes) {
+      hn::StoreU(hn::Add(hn::LoadU(d, res + x), hn::Mul(hn::LoadU(d, row + x), factor)), d,
+                 res + x);
+    }
+    for (; x < columns; ++x) {
+      res[x] += row[x] * v[r];
+    }
+  }
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+} // namespace HWY_NAMESPACE
+} // namespace zx_math
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace zx_math {
+namespace {
+
+HWY_EXPORT(Product);
+HWY_EXPORT(AddRows);
+
+/// Below this size plain loops win against packing.
+constexpr unsigned long SmallSize = 6;
+
+constexpr unsigned long TransposeTile = 8;
+
+} // namespace
+} // namespace zx_math
+
 void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
   if (l.SizeX != r.SizeY) {
     throw TZxMessage("l.SizeX != r.SizeY");
@@ -15,13 +125,24 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
   if (res.SizeY != l.SizeY) {
     throw TZxMessage("res.SizeY != l.SizeY");
   }
+  const unsigned long inner = l.SizeX;
+  const unsigned long columns = r.SizeX;
+  if (inner == 0) {
+    fill(res, 0.0);
+    return;
+  }
+  if (columns > zx_math::SmallSize || inner > zx_math::SmallSize) {
+    HWY_DYNAMIC_DISPATCH(zx_math::Product)
+    (l.Data, inner, 1, r.Data, res.Data, l.SizeY, inner, columns, false);
+    return;
+  }
   for (unsigned long y = 0; y < l.SizeY; ++y) {
-    for (unsigned long x = 0; x < r.SizeX; ++x) {
+    for (unsigned long x = 0; x < columns; ++x) {
       double sum = 0.0;
-      for (unsigned long k = 0; k < l.SizeX; ++k) {
-        sum += l.Data[y * l.SizeX + k] * r.Data[k * r.SizeX + x];
+      for (unsigned long k = 0; k < inner; ++k) {
+        sum += l.Data[y * inner + k] * r.Data[k * columns + x];
       }
-      res.Data[y * res.SizeX + x] = sum;
+      res.Data[y * columns + x] = sum;
     }
   }
 }
@@ -43,9 +164,12 @@ void transpose(const TMatrixD& m, TMatrixD& res) {
   if (m.SizeX == 0 || m.SizeY == 0 || (m.SizeX - 1) * res.SizeX + m.SizeY > res.SizeX * res.SizeY) {
     return;
   }
-  for (unsigned long y = 0; y < m.SizeY; ++y) {
+  for (unsigned long top = 0; top < m.SizeY; top += zx_math::TransposeTile) {
+    const unsigned long bottom = std::min(top + zx_math::TransposeTile, m.SizeY);
     for (unsigned long x = 0; x < m.SizeX; ++x) {
-      res.Data[x * res.SizeX + y] = m.Data[y * m.SizeX + x];
+      for (unsigned long y = top; y < bottom; ++y) {
+        res.Data[x * res.SizeX + y] = m.Data[y * m.SizeX + x];
+      }
     }
   }
 }
@@ -55,12 +179,14 @@ void mul_mtm(const TMatrixD& a, TMatrixD* res) {
   if (res->SizeX * res->SizeY < n * n) {
     return;
   }
-  std::fill_n(res->Data, res->SizeX * res->SizeY, 0.0);
-  for (unsigned long r = 0; r < a.SizeY; ++r) {
-    for (unsigned long i = 0; i < n; ++i) {
-      for (unsigned long j = 0; j < n; ++j) {
-        res->Data[i * n + j] += a.Data[r * n + i] * a.Data[r * n + j];
-      }
+  fill(*res, 0.0);
+  if (a.SizeY == 0 || n == 0) {
+    return;
+  }
+  HWY_DYNAMIC_DISPATCH(zx_math::Product)(a.Data, 1, n, a.Data, res->Data, n, a.SizeY, n, true);
+  for (unsigned long i = 1; i < n; ++i) {
+    for (unsigned long j = 0; j < i; ++j) {
+      res->Data[i * n + j] = res->Data[j * n + i];
     }
   }
 }
@@ -69,10 +195,7 @@ void mul_mtv(const TMatrixD& a, const TVectorD& v, TVectorD* res) {
   if (v.Size < a.SizeY || res->Size < a.SizeX) {
     return;
   }
-  std::fill_n(res->Data, res->Size, 0.0);
-  for (unsigned long r = 0; r < a.SizeY; ++r) {
-    for (unsigned long x = 0; x < a.SizeX; ++x) {
-      res->Data[x] += a.Data[r * a.SizeX + x] * v.Data[r];
-    }
-  }
+  res->Fill(0.0);
+  HWY_DYNAMIC_DISPATCH(zx_math::AddRows)(a.Data, v.Data, res->Data, a.SizeY, a.SizeX);
 }
+#endif // HWY_ONCE

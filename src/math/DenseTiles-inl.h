@@ -1,0 +1,142 @@
+// Tiles of dense matrices held in registers, once per instruction set. Every element keeps its own
+// sequence of operations: a product and a sum are two roundings, and the sum runs in ascending t.
+
+#include <cstddef>
+#include <cstring>
+
+#if defined(ZX_MATH_DENSE_TILES_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_MATH_DENSE_TILES_INL_H
+#undef ZX_MATH_DENSE_TILES_INL_H
+#else
+#define ZX_MATH_DENSE_TILES_INL_H
+#endif
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace zx_math {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using DOUBLES = hn::ScalableTag<double>;
+
+/// Rows of a tile: as many as the registers hold beside the operands.
+constexpr size_t TileRows = HWY_TARGET <= HWY_AVX3 ? 8 : 4;
+
+/// The widest tile of any instruction set.
+constexpr size_t MaxTileColumns = 2 * HWY_MAX_BYTES / sizeof(double);
+
+struct ADD {
+  template <class V> HWY_INLINE V operator()(V sum, V a, V b) const {
+    return hn::Add(sum, hn::Mul(a, b));
+  }
+};
+
+struct SUBTRACT {
+  template <class V> HWY_INLINE V operator()(V rest, V a, V b) const {
+    return hn::Sub(rest, hn::Mul(b, a));
+  }
+};
+
+/// tile(i, j) = op(tile(i, j), m(i, t), panel(t, j)) for t ascending below `count`. `panel` has
+/// `Vectors` whole vectors in a row. With `fresh` the tile starts at 0.0 instead of at its old
+/// value.
+template <size_t Rows, size_t Vectors, class Op>
+HWY_INLINE void UpdateTile(double* HWY_RESTRICT tile, size_t stride, const double* HWY_RESTRICT m,
+                           size_t rowStride, size_t stepStride, const double* HWY_RESTRICT panel,
+                           size_t count, bool fresh, Op op) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  hn::Vec<DOUBLES> sums[Rows][Vectors];
+  HWY_UNROLL(8)
+  for (size_t i = 0; i < Rows; ++i) {
+    HWY_UNROLL(2)
+    for (size_t v = 0; v < Vectors; ++v) {
+      sums[i][v] = fresh ? hn::Zero(d) : hn::LoadU(d, tile + i * stride + v * lanes);
+    }
+  }
+  for (size_t t = 0; t < count; ++t) {
+    hn::Vec<DOUBLES> p[Vectors];
+    HWY_UNROLL(2)
+    for (size_t v = 0; v < Vectors; ++v) {
+      p[v] = hn::Load(d, panel + (t * Vectors + v) * lanes);
+    }
+    HWY_UNROLL(8)
+    for (size_t i = 0; i < Rows; ++i) {
+      const hn::Vec<DOUBLES> factor = hn::Set(d, m[i * rowStride + t * stepStride]);
+      HWY_UNROLL(2)
+      for (size_t v = 0; v < Vectors; ++v) {
+        sums[i][v] = op(sums[i][v], factor, p[v]);
+      }
+    }
+  }
+  HWY_UNROLL(8)
+  for (size_t i = 0; i < Rows; ++i) {
+    HWY_UNROLL(2)
+    for (size_t v = 0; v < Vectors; ++v) {
+      hn::StoreU(sums[i][v], d, tile + i * stride + v * lanes);
+    }
+  }
+}
+
+/// `UpdateTile` for 1 to `TileRows` rows.
+template <size_t Vectors, class Op>
+HWY_INLINE void UpdateTileRows(size_t rows, double* tile, size_t stride, const double* m,
+                               size_t rowStride, size_t stepStride, const double* panel,
+                               size_t count, bool fresh, Op op) {
+  switch (rows) {
+#define ZX_TILE_ROWS(r)                                                                            \
+  case r:                                                                                          \
+    if constexpr (r <= TileRows) {                                                                 \
+      UpdateTile<r, Vectors>(tile, stride, m, rowStride, stepStride, panel, count, fresh, op);     \
+    }                                                                                              \
+    return
+    ZX_TILE_ROWS(1);
+    ZX_TILE_ROWS(2);
+    ZX_TILE_ROWS(3);
+    ZX_TILE_ROWS(4);
+    ZX_TILE_ROWS(5);
+    ZX_TILE_ROWS(6);
+    ZX_TILE_ROWS(7);
+    ZX_TILE_ROWS(8);
+#undef ZX_TILE_ROWS
+  }
+}
+
+/// row[j] -= pivot[j] * m
+HWY_INLINE void SubtractRow(double* HWY_RESTRICT row, const double* HWY_RESTRICT pivot, double m,
+                            size_t count) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  const hn::Vec<DOUBLES> factor = hn::Set(d, m);
+  size_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    hn::StoreU(hn::Sub(hn::LoadU(d, row + j), hn::Mul(hn::LoadU(d, pivot + j), factor)), d,
+               row + j);
+  }
+  for (; j < count; ++j) {
+    row[j] -= pivot[j] * m;
+  }
+}
+
+/// row[j] *= f
+HWY_INLINE void ScaleRow(double* row, double f, size_t count) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  const hn::Vec<DOUBLES> factor = hn::Set(d, f);
+  size_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    hn::StoreU(hn::Mul(hn::LoadU(d, row + j), factor), d, row + j);
+  }
+  for (; j < count; ++j) {
+    row[j] *= f;
+  }
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+} // namespace HWY_NAMESPACE
+} // namespace zx_math
+HWY_AFTER_NAMESPACE();
+
+#endif

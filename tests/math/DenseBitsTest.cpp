@@ -1,0 +1,218 @@
+// Every fast way against the plain loops, bit by bit, at every instruction set.
+
+#include <ZxCore3D/math/InverseEx-inl.h>
+#include <ZxCore3D/math/Solvers.h>
+
+#include "Fixture.h"
+#include "ReferenceSolvers.h"
+
+namespace {
+
+using Values = std::vector<double>;
+
+constexpr unsigned long Sizes[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  12, 15, 16,
+                                   17, 23, 31, 32, 33, 47, 48, 49, 63, 65, 70, 97};
+
+template <class Check> void ForEachSizeAndFill(unsigned seed, Check check) {
+  AtEveryInstructionSet([&] {
+    std::mt19937_64 random(seed);
+    for (const unsigned long n : Sizes) {
+      for (const Fill kind : AllFills) {
+        SCOPED_TRACE(testing::Message() << "n " << n << " " << Name(kind));
+        check(n, kind, random);
+        if (testing::Test::HasFailure()) {
+          return;
+        }
+      }
+    }
+  });
+}
+
+TEST(DenseBits, Product) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(1);
+    for (int round = 0; round < 300; ++round) {
+      const unsigned long rows = random() % 40, inner = random() % 40, columns = random() % 40;
+      for (const Fill kind : AllFills) {
+        Values l = RandomValues(rows * inner, kind, random);
+        Values r = RandomValues(inner * columns, kind, random);
+        Values expected(rows * columns), res(rows * columns, 77.0);
+        reference::Mul(l.data(), r.data(), expected.data(), rows, inner, columns);
+        TMatrixD ml(inner, rows, l.data()), mr(columns, inner, r.data()),
+            mres(columns, rows, res.data());
+        mul(ml, mr, mres);
+        ASSERT_TRUE(SameBits(res, expected)) << rows << " " << inner << " " << columns;
+      }
+    }
+  });
+}
+
+TEST(DenseBits, ProductLongerThanAPanel) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(2);
+    const unsigned long rows = 19, inner = 600, columns = 37;
+    for (const Fill kind : AllFills) {
+      Values l = RandomValues(rows * inner, kind, random);
+      Values r = RandomValues(inner * columns, kind, random);
+      Values expected(rows * columns), res(rows * columns, 77.0);
+      reference::Mul(l.data(), r.data(), expected.data(), rows, inner, columns);
+      TMatrixD ml(inner, rows, l.data()), mr(columns, inner, r.data()),
+          mres(columns, rows, res.data());
+      mul(ml, mr, mres);
+      ASSERT_TRUE(SameBits(res, expected)) << Name(kind);
+    }
+  });
+}
+
+TEST(DenseBits, InverseEx) {
+  ForEachSizeAndFill(3, [](unsigned long n, Fill kind, std::mt19937_64& random) {
+    const Values a = RandomValues(n * n, kind, random);
+    for (const double tol : {0.0, 1e-9, 0.05}) {
+      for (const bool destroy : {false, true}) {
+        Values mine = a, theirs = a, inv(n * n, 5.0), expected(n * n, 5.0);
+        unsigned long rank = 99, expectedRank = 99;
+        const bool result =
+            reference::InverseEx(theirs.data(), n, expected.data(), tol, destroy, &expectedRank);
+        ASSERT_EQ(InverseEx<double>(mine.data(), n, inv.data(), tol, destroy, &rank), result);
+        ASSERT_EQ(rank, expectedRank);
+        if (result) {
+          ASSERT_TRUE(SameBits(inv, expected));
+        }
+        if (!destroy) {
+          ASSERT_TRUE(SameBits(mine, a));
+        }
+      }
+    }
+  });
+}
+
+/// Rows whose pivots stand anywhere, with exact zeros as multipliers in the midst of panels.
+TEST(DenseBits, InverseExOfBandsAndPermutations) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(4);
+    for (const unsigned long n : {16ul, 50ul, 80ul, 130ul}) {
+      for (const unsigned long band : {0ul, 1ul, 3ul, 20ul}) {
+        Values a = RandomValues(n * n, Fill::Plain, random);
+        for (unsigned long i = 0; i < n; ++i)
+          for (unsigned long j = 0; j < n; ++j)
+            if (i > j + band || j > i + band)
+              a[i * n + j] = i % 2 ? -0.0 : 0.0;
+        for (unsigned long i = n - 1; i > 0; --i) {
+          const unsigned long other = random() % (i + 1);
+          std::swap_ranges(&a[i * n], &a[i * n] + n, &a[other * n]);
+        }
+        Values work = a, inv(n * n), expected(n * n);
+        ASSERT_TRUE(reference::InverseEx(work.data(), n, expected.data(), 0.0, true, nullptr));
+        ASSERT_TRUE(InverseEx<double>(a.data(), n, inv.data(), 0.0, true, nullptr));
+        ASSERT_TRUE(SameBits(inv, expected)) << n << " " << band;
+      }
+    }
+  });
+}
+
+TEST(DenseBits, SolveGauss) {
+  ForEachSizeAndFill(5, [](unsigned long n, Fill kind, std::mt19937_64& random) {
+    const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
+    for (const double tol : {-1.0, 0.0, 0.5, 2.0}) {
+      Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+      unsigned long rank = 99, expectedRank = 99;
+      const bool result = reference::SolveGaussInplace(theirA.data(), n, theirB.data(), tol,
+                                                       expected.data(), &expectedRank);
+      ASSERT_EQ(SolveGaussInplace(mineA.data(), n, mineB.data(), tol, x.data(), &rank), result);
+      ASSERT_EQ(rank, expectedRank);
+      ASSERT_TRUE(SameBits(x, expected));
+      if (result) {
+        ASSERT_TRUE(SameBits(mineA, theirA));
+        ASSERT_TRUE(SameBits(mineB, theirB));
+      }
+      Values x2(n, 3.0);
+      ASSERT_EQ(SolveGauss(a.data(), n, b.data(), tol, x2.data(), &rank), result);
+      ASSERT_EQ(rank, expectedRank);
+      ASSERT_TRUE(SameBits(x2, expected));
+    }
+  });
+}
+
+template <class Mine, class Theirs> void CheckLineSys(unsigned seed, Mine mine, Theirs theirs) {
+  ForEachSizeAndFill(seed, [&](unsigned long n, Fill kind, std::mt19937_64& random) {
+    const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
+    Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+    const bool result = theirs(theirA.data(), n, theirB.data(), expected.data());
+    ASSERT_EQ(mine(mineA.data(), n, mineB.data(), x.data()), result);
+    ASSERT_TRUE(SameBits(x, expected));
+    if (result) {
+      ASSERT_TRUE(SameBits(mineA, theirA));
+      ASSERT_TRUE(SameBits(mineB, theirB));
+    }
+  });
+}
+
+TEST(DenseBits, LineSysGauss1) { CheckLineSys(6, LineSysGauss1, reference::LineSysGauss1); }
+
+TEST(DenseBits, LineSysGauss2) { CheckLineSys(7, LineSysGauss2, reference::LineSysGauss2); }
+
+TEST(DenseBits, NormalMatrixAndLeastSquares) {
+  ForEachSizeAndFill(8, [](unsigned long n, Fill kind, std::mt19937_64& random) {
+    for (const unsigned long rows : {0ul, 1ul, n, 2 * n + 3}) {
+      Values a = RandomValues(n * rows, kind, random), b = RandomValues(rows, kind, random);
+      Values res(n * n, 4.0), expected(n * n, 4.0), v(n, 4.0), expectedV(n, 4.0);
+      const TMatrixD m(n, rows, a.data());
+      TMatrixD mres(n, n, res.data());
+      mul_mtm(m, &mres);
+      reference::MulMtm(a.data(), expected.data(), rows, n);
+      ASSERT_TRUE(SameBits(res, expected)) << rows;
+      TVectorD right, product, x;
+      right.Create(rows, b.data());
+      product.Create(n, v.data());
+      mul_mtv(m, right, &product);
+      reference::MulMtv(a.data(), b.data(), expectedV.data(), rows, n);
+      ASSERT_TRUE(SameBits(v, expectedV)) << rows;
+      Values solution(n, 4.0), expectedX(n, 4.0);
+      x.Create(n, solution.data());
+      ASSERT_EQ(lsm(m, right, &x), reference::Lsm(a.data(), b.data(), expectedX.data(), rows, n));
+      ASSERT_TRUE(SameBits(solution, expectedX)) << rows;
+    }
+  });
+}
+
+TEST(DenseBits, Transpose) {
+  std::mt19937_64 random(9);
+  for (const unsigned long sizeX : Sizes) {
+    for (const unsigned long sizeY : {1ul, 7ul, 8ul, 9ul, 30ul}) {
+      Values m = RandomValues(sizeX * sizeY, Fill::Special, random);
+      Values res(sizeX * sizeY, 4.0), expected(sizeX * sizeY, 4.0);
+      TMatrixD mres(sizeY, sizeX, res.data());
+      transpose(TMatrixD(sizeX, sizeY, m.data()), mres);
+      reference::Transpose(m.data(), expected.data(), sizeX, sizeY, sizeY);
+      ASSERT_TRUE(SameBits(res, expected));
+    }
+  }
+}
+
+/// NaNs that carry something: which of two NaNs goes on is open, that it is a NaN is not.
+TEST(DenseBits, NaNsWithPayloadStayNaNs) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(10);
+    for (const unsigned long n : {5ul, 20ul, 60ul}) {
+      Values l = RandomValues(n * n, Fill::Plain, random);
+      Values r = RandomValues(n * n, Fill::Plain, random);
+      l[n + 2] = std::bit_cast<double>(0x7FF8000000000123u);
+      l[n + 3] = std::bit_cast<double>(0xFFF8000000000456u);
+      r[2 * n] = std::bit_cast<double>(0x7FF8000000000789u);
+      Values res(n * n), expected(n * n);
+      TMatrixD mres(n, n, res.data());
+      mul(TMatrixD(n, n, l.data()), TMatrixD(n, n, r.data()), mres);
+      reference::Mul(l.data(), r.data(), expected.data(), n, n, n);
+      ASSERT_TRUE(SameBits(res, expected, true));
+      mul_mtm(TMatrixD(n, n, l.data()), &mres);
+      reference::MulMtm(l.data(), expected.data(), n, n);
+      ASSERT_TRUE(SameBits(res, expected, true));
+      Values work = l;
+      const bool result = reference::InverseEx(work.data(), n, expected.data(), 0, true, nullptr);
+      ASSERT_EQ(InverseEx<double>(l.data(), n, res.data(), 0, false, nullptr), result);
+      ASSERT_TRUE(SameBits(res, expected, true));
+    }
+  });
+}
+
+} // namespace
