@@ -1,0 +1,210 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstring>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+namespace Zx3D {
+
+// --- Names
+
+void TRenderCPU::GenBuffers(int n, unsigned int* ids) {
+  std::size_t id = 0;
+  for (int i = 0; i < n; ++i, ++id) {
+    while (id < m_Buffers.size() && m_Buffers[id] != nullptr) {
+      ++id;
+    }
+    if (id == m_Buffers.size()) {
+      m_Buffers.push_back(nullptr);
+    }
+    m_Buffers[id] = new TBuffer;
+    ids[i] = static_cast<unsigned int>(id + 1);
+  }
+}
+
+void TRenderCPU::DeleteBuffers(int n, unsigned int* ids) {
+  for (int i = 0; i < n; ++i) {
+    const unsigned int id = ids[i];
+    for (std::uint32_t& binding : m_BufferBindings) {
+      if (binding == id) {
+        binding = 0;
+      }
+    }
+    if (id != 0 && id <= m_Buffers.size()) {
+      delete m_Buffers[id - 1];
+      m_Buffers[id - 1] = nullptr;
+    }
+  }
+}
+
+void TRenderCPU::_ClearBuffers() {
+  for (const TBuffer* buffer : m_Buffers) {
+    delete buffer;
+  }
+  m_Buffers.clear();
+}
+
+// Null for a name without a buffer.
+TRenderCPU::TBuffer* TRenderCPU::_BufferNamed(unsigned int id) {
+  return id != 0 && id <= m_Buffers.size() ? m_Buffers[id - 1] : nullptr;
+}
+
+// --- Binding points
+
+// The place of a target in `m_BufferBindings`; -1 for another target.
+static int BindingIndex(unsigned int target) {
+  switch (target) {
+  case GL_ARRAY_BUFFER:
+    return 0;
+  case GL_ELEMENT_ARRAY_BUFFER:
+    return 1;
+  case GL_PIXEL_PACK_BUFFER:
+    return 2;
+  case GL_PIXEL_UNPACK_BUFFER:
+    return 3;
+  case GL_ATOMIC_COUNTER_BUFFER:
+    return 4;
+  case GL_SHADER_STORAGE_BUFFER:
+    return 5;
+  default:
+    return -1;
+  }
+}
+
+void TRenderCPU::BindBuffer(unsigned int target, unsigned int id) {
+  const int index = BindingIndex(target);
+  if (index < 0 || index > 3) {
+    _SetError(GL_INVALID_ENUM);
+    return;
+  }
+  m_BufferBindings[index] = id;
+}
+
+void TRenderCPU::BindBufferBase(unsigned int target, unsigned int index, unsigned int id) {
+  if (index != 0) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  const int binding = BindingIndex(target);
+  if (binding < 4) {
+    _SetError(GL_INVALID_ENUM);
+    return;
+  }
+  m_BufferBindings[binding] = id;
+}
+
+// The buffer bound to a target; null, with an error reported, for another target or without one.
+TRenderCPU::TBuffer* TRenderCPU::_BufferOf(unsigned int target) {
+  const int index = BindingIndex(target);
+  TBuffer* const buffer = index < 0 ? nullptr : _BufferNamed(m_BufferBindings[index]);
+  if (buffer == nullptr) {
+    _SetError(GL_INVALID_OPERATION);
+  }
+  return buffer;
+}
+
+// --- Contents
+
+void TRenderCPU::_SetBufferData(TBuffer* buffer, long size, const void* data, unsigned int usage) {
+  if (size < 0) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  buffer->Data.resize(static_cast<std::size_t>(size));
+  buffer->Usage = usage;
+  if (data != nullptr && size > 0) {
+    std::memmove(buffer->Data.data(), data, static_cast<std::size_t>(size));
+  }
+}
+
+void TRenderCPU::_SetBufferSubData(TBuffer* buffer, long offset, long size, const void* data) {
+  const long whole = static_cast<long>(buffer->Data.size());
+  if (data == nullptr || offset < 0 || size < 0 || offset > whole || size > whole - offset) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  if (size > 0) {
+    std::memmove(buffer->Data.data() + offset, data, static_cast<std::size_t>(size));
+  }
+}
+
+void TRenderCPU::BufferData(unsigned int target, long size, const void* data, unsigned int usage) {
+  if (TBuffer* const buffer = _BufferOf(target)) {
+    _SetBufferData(buffer, size, data, usage);
+  }
+}
+
+void TRenderCPU::NamedBufferData(unsigned int id, int size, const void* data, unsigned int usage) {
+  if (TBuffer* const buffer = _BufferNamed(id)) {
+    _SetBufferData(buffer, size, data, usage);
+  }
+}
+
+void TRenderCPU::BufferSubData(unsigned int target, long offset, long size, const void* data) {
+  if (TBuffer* const buffer = _BufferOf(target)) {
+    _SetBufferSubData(buffer, offset, size, data);
+  }
+}
+
+void TRenderCPU::NamedBufferSubData(unsigned int id, long offset, int size, const void* data) {
+  if (TBuffer* const buffer = _BufferNamed(id)) {
+    _SetBufferSubData(buffer, offset, size, data);
+  }
+}
+
+// --- Mapping
+
+static void* MapStorage(TRenderCPU::TBuffer* buffer, unsigned int access) {
+  if (buffer == nullptr) {
+    return nullptr;
+  }
+  buffer->Access = access;
+  buffer->Mapped = true;
+  return buffer->Data.data();
+}
+
+static bool UnmapStorage(TRenderCPU::TBuffer* buffer) {
+  if (buffer == nullptr) {
+    return false;
+  }
+  buffer->Mapped = false;
+  return true;
+}
+
+void* TRenderCPU::MapBuffer(unsigned int target, unsigned int access) {
+  return MapStorage(_BufferOf(target), access);
+}
+
+bool TRenderCPU::UnmapBuffer(unsigned int target) { return UnmapStorage(_BufferOf(target)); }
+
+void* TRenderCPU::MapNamedBuffer(unsigned int id, unsigned int access) {
+  return MapStorage(_BufferNamed(id), access);
+}
+
+bool TRenderCPU::UnmapNamedBuffer(unsigned int id) { return UnmapStorage(_BufferNamed(id)); }
+
+void TRenderCPU::GetBufferParameter(unsigned int target, unsigned int pname, int* out) {
+  const TBuffer* const buffer = _BufferOf(target);
+  if (buffer == nullptr) {
+    return;
+  }
+  switch (pname) {
+  case GL_BUFFER_SIZE:
+    *out = static_cast<int>(buffer->Data.size());
+    break;
+  case GL_BUFFER_USAGE:
+    *out = static_cast<int>(buffer->Usage);
+    break;
+  case GL_BUFFER_ACCESS:
+    *out = static_cast<int>(buffer->Access);
+    break;
+  case GL_BUFFER_MAPPED:
+    *out = buffer->Mapped ? 1 : 0;
+    break;
+  default:
+    _SetError(GL_INVALID_ENUM);
+    break;
+  }
+}
+
+} // namespace Zx3D

@@ -1,0 +1,114 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+namespace Zx3D {
+
+namespace {
+
+using VAR_DATA = TRenderCPU::VAR_DATA;
+
+constexpr int kPlanes = 6;
+
+// Plane p looks at coordinate p / 2; even planes bound it from below by -w, odd ones from above by
+// w.
+bool IsInside(const VAR_DATA& v, int plane) {
+  const vec_t_<double, 4>& at = v.Slots[0];
+  const double u = at[static_cast<std::size_t>(plane / 2)];
+  return (plane & 1) == 0 ? u >= -at.w : u <= at.w;
+}
+
+// Where the way from `outside` to `inside` crosses the plane, as a part of it.
+double Crossing(const VAR_DATA& outside, const VAR_DATA& inside, int plane) {
+  const auto axis = static_cast<std::size_t>(plane / 2);
+  const vec_t_<double, 4>& o = outside.Slots[0];
+  const vec_t_<double, 4>& i = inside.Slots[0];
+  if ((plane & 1) == 0) {
+    return (o[axis] + o.w) / (o[axis] - i[axis] + o.w - i.w);
+  }
+  return (o[axis] - o.w) / (o[axis] - i[axis] - o.w + i.w);
+}
+
+} // namespace
+
+void TRenderCPU::Mix(VAR_DATA& a, const VAR_DATA& b, double t) {
+  for (int i = 0; i < m_VarCount; ++i) {
+    vec_t_<double, 4>& to = a.Slots[i];
+    const vec_t_<double, 4>& from = b.Slots[i];
+    to = {(from.x - to.x) * t + to.x, (from.y - to.y) * t + to.y, (from.z - to.z) * t + to.z,
+          (from.w - to.w) * t + to.w};
+  }
+}
+
+void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
+  if (plane < 0 || plane > kPlanes) {
+    return;
+  }
+  for (; plane < kPlanes; ++plane) {
+    const bool inside0 = IsInside(v[0], plane);
+    const bool inside1 = IsInside(v[1], plane);
+    if (!inside0 && !inside1) {
+      return;
+    }
+    if (inside0 != inside1) {
+      VAR_DATA& outside = inside0 ? v[1] : v[0];
+      const VAR_DATA& inside = inside0 ? v[0] : v[1];
+      Mix(outside, inside, Crossing(outside, inside, plane));
+    }
+  }
+  RasterizeLine(v);
+}
+
+void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
+  if (plane < 0 || plane > kPlanes) {
+    return;
+  }
+  // Planes that cut nothing are passed without recursion.
+  bool inside[3] = {};
+  int insideCount = 3;
+  for (; plane < kPlanes; ++plane) {
+    insideCount = 0;
+    for (int i = 0; i < 3; ++i) {
+      inside[i] = IsInside(v[i], plane);
+      insideCount += inside[i] ? 1 : 0;
+    }
+    if (insideCount != 3) {
+      break;
+    }
+  }
+  if (plane == kPlanes) {
+    RasterizeTriangle(v);
+    return;
+  }
+  if (insideCount == 0) {
+    return;
+  }
+
+  if (insideCount == 1) {
+    const int i = inside[0] ? 0 : inside[1] ? 1 : 2;
+    const int j = (i + 1) % 3;
+    const int k = (i + 2) % 3;
+    const double tj = Crossing(v[j], v[i], plane);
+    const double tk = Crossing(v[k], v[i], plane);
+    Mix(v[j], v[i], tj);
+    Mix(v[k], v[i], tk);
+    ClipAndRasterizeTriangle(v, plane + 1);
+    return;
+  }
+
+  // One vertex is cut off: what is left has four corners and goes on as two triangles, each with
+  // its vertices at the indices that they stem from.
+  const int o = !inside[0] ? 0 : !inside[1] ? 1 : 2;
+  const int a = (o + 1) % 3;
+  const int b = (o + 2) % 3;
+  const double ta = Crossing(v[o], v[a], plane);
+  const double tb = Crossing(v[o], v[b], plane);
+  VAR_DATA tmp[3] = {};
+  CopyVar(tmp[o], v[o]);
+  CopyVar(tmp[b], v[b]);
+  Mix(v[o], v[a], ta);
+  CopyVar(tmp[a], v[o]);
+  Mix(tmp[o], tmp[b], tb);
+  ClipAndRasterizeTriangle(v, plane + 1);
+  ClipAndRasterizeTriangle(tmp, plane + 1);
+}
+
+} // namespace Zx3D

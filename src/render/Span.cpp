@@ -1,0 +1,124 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/Numbers.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+
+namespace Zx3D {
+
+// --- The tests of a fragment, for spans, lines and points alike. A null address is a target that
+// isn't there.
+
+void TRenderCPU::_RunStencil(TStencilFunction operation, unsigned char* stencil) {
+  if (stencil != nullptr) {
+    operation(stencil, static_cast<unsigned char>(m_StencilRef),
+              static_cast<unsigned char>(m_StencilWriteMask));
+  }
+}
+
+bool TRenderCPU::_PassesStencil(unsigned char* stencil) {
+  const unsigned char value = stencil != nullptr ? *stencil : 0;
+  if (m_StencilTest && !m_StencilCompare(static_cast<unsigned char>(m_StencilRef), value,
+                                         static_cast<unsigned char>(m_StencilValueMask))) {
+    _RunStencil(m_StencilFailOp, stencil);
+    return false;
+  }
+  return true;
+}
+
+bool TRenderCPU::_PassesDepth(const float* depth, float fragment, unsigned char* stencil) {
+  if (depth != nullptr && m_DepthTest && !m_DepthCompare(fragment, *depth)) {
+    _RunStencil(m_StencilZFailOp, stencil);
+    return false;
+  }
+  return true;
+}
+
+// Fills `m_VarFragment` at t. With perspective every slot is multiplied by q, the position too.
+void TRenderCPU::_InterpolateFragment(const EDGE& e, double t) {
+  if (m_PerspectiveHint == GL_FASTEST) {
+    Value(e, t, &m_VarFragment);
+    return;
+  }
+  const double q = 1.0 / (e.Delta.Slots[0].w * t + e.Begin->Slots[0].w);
+  for (int i = 0; i < m_VarCount; ++i) {
+    const vec_t_<double, 4>& delta = e.Delta.Slots[i];
+    const vec_t_<double, 4>& begin = e.Begin->Slots[i];
+    m_VarFragment.Slots[i] = {(delta.x * t + begin.x) * q, (delta.y * t + begin.y) * q,
+                              (delta.z * t + begin.z) * q, (delta.w * t + begin.w) * q};
+  }
+}
+
+// --- The walk
+
+void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
+  if (span->Delta.Slots[0].x == 0.0 || y < 0 || y >= m_Height) {
+    return;
+  }
+  int first = 0;
+  int last = 0;
+  if (!LoopLimits(span->Begin->Slots[0].x + 0.5, span->End->Slots[0].x, m_Width, &first, &last)) {
+    return;
+  }
+  _WalkSpan(*span, y, first, last, fs);
+}
+
+// The plain walker: right for every state and every shader, pixel by pixel from left to right.
+void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
+  const int colorEnd = _ColorEnd(first, y);
+  unsigned char* color = colorEnd > first ? _ColorPixel(first, y) : nullptr;
+  const std::ptrdiff_t colorStep = m_ColorTarget.Step;
+  float* depth = m_DepthSurface != nullptr
+                     ? reinterpret_cast<float*>(m_DepthSurface->Data +
+                                                std::ptrdiff_t{y} * m_DepthSurface->RowStride) +
+                           first
+                     : nullptr;
+  unsigned char* stencil =
+      m_StencilTest && m_StencilSurface != nullptr
+          ? m_StencilSurface->Data + std::ptrdiff_t{y} * m_StencilSurface->RowStride + first
+          : nullptr;
+  const double beginX = span.Begin->Slots[0].x;
+  const double deltaX = span.Delta.Slots[0].x;
+  const double beginZ = span.Begin->Slots[0].z;
+  const double deltaZ = span.Delta.Slots[0].z;
+
+  const auto drawPixel = [&](int x) {
+    const double t = (x - beginX) / deltaX;
+    if (t < 0.0 || t >= 1.0 || !_PassesStencil(stencil)) {
+      return;
+    }
+    if (!m_CalcDepth) {
+      fs->Depth = static_cast<float>(deltaZ * t + beginZ);
+      if (m_PolygonOffsetFill) {
+        fs->Depth += m_PolygonOffsetFactor;
+      }
+      if (!_PassesDepth(depth, fs->Depth, stencil)) {
+        return;
+      }
+    }
+    _InterpolateFragment(span, t);
+    fs->X = x;
+    if (!m_FragmentShader->Execute(&m_VarFragment, fs)) {
+      return;
+    }
+    if (m_CalcDepth && !_PassesDepth(depth, fs->Depth, stencil)) {
+      return;
+    }
+    if (depth != nullptr && m_DepthMask) {
+      *depth = fs->Depth;
+    }
+    _RunStencil(m_StencilZPassOp, stencil);
+    if (x < colorEnd) {
+      _WriteColor(color, fs->Color);
+    }
+  };
+
+  for (int x = first; x <= last; ++x) {
+    drawPixel(x);
+    color = color != nullptr ? color + colorStep : nullptr;
+    depth = depth != nullptr ? depth + 1 : nullptr;
+    stencil = stencil != nullptr ? stencil + 1 : nullptr;
+  }
+}
+
+} // namespace Zx3D

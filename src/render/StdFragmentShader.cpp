@@ -1,0 +1,61 @@
+#include <ZxCore3D/render/StdFragmentShader.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+namespace Zx3D {
+
+TStdFragmentShaderCPU::~TStdFragmentShaderCPU() = default;
+
+unsigned int TStdFragmentShaderCPU::GetUniformLocation(const char*) const { return 0xFFFFFFFF; }
+
+void TStdFragmentShaderCPU::Begin() {}
+
+void TStdFragmentShaderCPU::End() {}
+
+bool TStdFragmentShaderCPU::IsCalcDepth() const { return false; }
+
+// The slot table may be that of another state than the present one, or of another shader: a number
+// that is no slot reads as zero.
+static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
+  static constexpr vec_t_<double, 4> kZero = {0, 0, 0, 0};
+  return static_cast<unsigned int>(slot) < 8 ? v.Slots[slot] : kZero;
+}
+
+static double Clamp01(double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; }
+
+bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
+  const TRenderCPU& gl = *m_Render;
+  const bool front = f->FrontFacing;
+  const vec_t_<double, 4>& primary =
+      Slot(*v, front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor);
+  const vec_t_<double, 4>& secondary =
+      Slot(*v, front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary);
+
+  bool addSecondary = gl.m_Lighting;
+  const TRenderCPU::TTexUnit& unit = gl.m_TexUnits[0];
+  if (!unit.TexEnabled) {
+    f->Color = primary;
+  } else {
+    vec_t_<double, 4> texel = {0, 0, 0, 0};
+    auto& sampler = const_cast<TRenderCPU::TTexSampler&>(unit.Sampler);
+    sampler.GetValue(Slot(*v, gl.m_VarTexCoord), &texel);
+    if (unit.TexEnvMode == GL_MODULATE) {
+      f->Color = {primary.x * texel.x, primary.y * texel.y, primary.z * texel.z,
+                  primary.w * texel.w};
+    } else {
+      if (unit.TexEnvMode == GL_REPLACE) {
+        f->Color = texel;
+      }
+      addSecondary = false;
+    }
+  }
+  if (addSecondary) {
+    f->Color.x = f->Color.x + secondary.x;
+    f->Color.y = f->Color.y + secondary.y;
+    f->Color.z = f->Color.z + secondary.z;
+  }
+  f->Color = {Clamp01(f->Color.x), Clamp01(f->Color.y), Clamp01(f->Color.z), Clamp01(f->Color.w)};
+  return true;
+}
+
+} // namespace Zx3D

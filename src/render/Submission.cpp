@@ -1,0 +1,197 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstring>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+
+namespace Zx3D {
+
+// --- Begin and End
+
+void TRenderCPU::Begin(unsigned int mode) {
+  m_PrimitiveMode = mode;
+  m_StripIndex = -1;
+  m_VertexIndex = -1;
+  m_Pending = 0;
+  if (m_VertexShader != nullptr) {
+    m_VertexShader->Begin();
+  }
+  if (m_FragmentShader != nullptr) {
+    m_FragmentShader->Begin();
+  }
+  m_LastPixelX = -1;
+  m_LastPixelY = -1;
+  if (m_EnabledLightCount > 0) {
+    int count = 0;
+    for (int i = 0; i < 8; ++i) {
+      if (m_Lights[i].Enabled) {
+        m_EnabledLights[count++] = i;
+      }
+    }
+  }
+  _SettleColorTarget();
+  _RefreshSharedTextures();
+
+  static constexpr TVertexHandler s_Handlers[8] = {
+      &TRenderCPU::PointsVertex,      &TRenderCPU::LinesVertex,
+      &TRenderCPU::LineLoopVertex,    &TRenderCPU::LineStripVertex,
+      &TRenderCPU::TrianglesVertex,   &TRenderCPU::TriangleStripVertex,
+      &TRenderCPU::TriangleFunVertex, &TRenderCPU::QuadsVertex,
+  };
+  if (mode > GL_QUADS) {
+    m_VertexHandler = &TRenderCPU::UnknownVertex;
+    _SetError(GL_INVALID_ENUM);
+  } else if (!m_Created || m_VarCount < 1 || m_VarCount > 8) {
+    m_VertexHandler = &TRenderCPU::UnknownVertex;
+  } else {
+    m_VertexHandler = s_Handlers[mode];
+  }
+  m_InBeginEnd = true;
+}
+
+void TRenderCPU::End() {
+  if (m_PrimitiveMode == GL_LINE_LOOP && m_Pending == 1) {
+    CopyVar(m_VarCur[1], m_VarSaved[0]);
+    m_Pending = 2;
+    ClipAndRasterizeLine(m_VarCur, 0);
+  }
+  m_VertexHandler = &TRenderCPU::UnknownVertex;
+  m_InBeginEnd = false;
+  m_PrimitiveMode = 0xFFFFFFFF;
+  m_Pending = 0;
+  if (m_VertexShader != nullptr) {
+    m_VertexShader->End();
+  }
+  if (m_FragmentShader != nullptr) {
+    m_FragmentShader->End();
+  }
+}
+
+// --- Records
+
+void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) {
+  std::memcpy(to.Slots, from.Slots, static_cast<std::size_t>(m_VarCount) * sizeof from.Slots[0]);
+}
+
+void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
+  for (int i = 0; i < m_VarCount; ++i) {
+    to.Slots[i] = from.Slots[i];
+  }
+}
+
+// --- The modes
+
+void TRenderCPU::_Submit(const vec_t_<double, 4>& vertex) {
+  m_CurVertex = vertex;
+  (this->*m_VertexHandler)();
+}
+
+// The start that all modes share: the next record of the primitive is filled.
+void TRenderCPU::_ShadeVertex() {
+  m_VertexShader->Execute(&m_VarCur[m_Pending]);
+  ++m_VertexIndex;
+  ++m_Pending;
+}
+
+void TRenderCPU::UnknownVertex() {}
+
+void TRenderCPU::PointsVertex() {
+  _ShadeVertex();
+  ClipAndRasterizePoint(m_VarCur);
+  m_Pending = 0;
+}
+
+void TRenderCPU::LinesVertex() {
+  _ShadeVertex();
+  if (m_Pending == 2) {
+    ClipAndRasterizeLine(m_VarCur, 0);
+    m_Pending = 0;
+  }
+}
+
+// Draws the segment once it has both ends and keeps the newer for the next.
+void TRenderCPU::_ContinueLine() {
+  if (m_Pending == 2) {
+    CopyVar(m_VarSaved[1], m_VarCur[1]);
+    ClipAndRasterizeLine(m_VarCur, 0);
+    CopyVar(m_VarCur[0], m_VarSaved[1]);
+    m_Pending = 1;
+  }
+}
+
+void TRenderCPU::LineStripVertex() {
+  _ShadeVertex();
+  _ContinueLine();
+}
+
+void TRenderCPU::LineLoopVertex() {
+  _ShadeVertex();
+  if (m_VertexIndex == 0) {
+    CopyVar(m_VarSaved[0], m_VarCur[0]);
+  }
+  _ContinueLine();
+}
+
+void TRenderCPU::TrianglesVertex() {
+  _ShadeVertex();
+  if (m_Pending == 3) {
+    ClipAndRasterizeTriangle(m_VarCur, 0);
+    m_Pending = 0;
+  }
+}
+
+void TRenderCPU::TriangleStripVertex() {
+  static constexpr int m1m3[3] = {2, 0, 1}; // i minus one modulo three
+  const int pending = m_Pending;
+  const int index = m_VertexIndex;
+  _ShadeVertex();
+  m_StripIndex = m_StripIndex <= 1 ? m_StripIndex + 1 : 0;
+  if (index >= 0) {
+    CopyVar(m_VarSaved[m_StripIndex], m_VarCur[pending]);
+  }
+  if (m_Pending != 3) {
+    return;
+  }
+  if (m_VertexIndex >= 3) {
+    // The two vertices before this one go where they keep the winding of the strip.
+    const int parity = m_VertexIndex & 1;
+    const int previous = m1m3[m_StripIndex];
+    CopyVar(m_VarCur[parity ^ 1], m_VarSaved[previous]);
+    CopyVar(m_VarCur[parity], m_VarSaved[m1m3[previous]]);
+  }
+  ClipAndRasterizeTriangle(m_VarCur, 0);
+  m_Pending = 2;
+}
+
+void TRenderCPU::TriangleFunVertex() {
+  _ShadeVertex();
+  if (m_VertexIndex == 0) {
+    CopyVar(m_VarSaved[0], m_VarCur[0]);
+  } else {
+    const int parity = m_VertexIndex & 1;
+    CopyVar(m_VarSaved[1 + parity], m_VarCur[2]);
+    if (m_VertexIndex >= 3) {
+      CopyVar(m_VarCur[0], m_VarSaved[0]);
+      CopyVar(m_VarCur[1], m_VarSaved[2 - parity]);
+    }
+  }
+  if (m_Pending == 3) {
+    ClipAndRasterizeTriangle(m_VarCur, 0);
+    m_Pending = 2;
+  }
+}
+
+void TRenderCPU::QuadsVertex() {
+  _ShadeVertex();
+  if (m_Pending == 4) {
+    CopyVar(m_VarSaved[0], m_VarCur[0]);
+    CopyVar(m_VarSaved[1], m_VarCur[2]);
+    CopyVar(m_VarSaved[2], m_VarCur[3]);
+    ClipAndRasterizeTriangle(m_VarCur, 0);
+    ClipAndRasterizeTriangle(m_VarSaved, 0);
+    m_Pending = 0;
+  }
+}
+
+} // namespace Zx3D

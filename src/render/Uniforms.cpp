@@ -1,0 +1,144 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstring>
+
+namespace Zx3D {
+
+static constexpr int kCells = 32;
+static constexpr int kDoubles = 4 * kCells;
+
+// What would run past the last cell stores nothing at all.
+void TRenderCPU::_SetUniform(int location, const double* values, int count) {
+  if (location < 0 || location >= kCells || 4 * location + count > kDoubles) {
+    return;
+  }
+  std::memcpy(&m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof(double));
+}
+
+void TRenderCPU::_SetUniform(int location, const std::int32_t* values, int count) {
+  if (location < 0 || location >= kCells) {
+    return;
+  }
+  std::memcpy(&m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof *values);
+}
+
+void TRenderCPU::Uniform(int location, bool v) {
+  if (location >= 0 && location < kCells) {
+    const unsigned char byte = v ? 1 : 0;
+    std::memcpy(&m_Uniforms[location], &byte, 1);
+  }
+}
+
+void TRenderCPU::Uniform(int location, unsigned int v) { Uniform(location, static_cast<int>(v)); }
+
+void TRenderCPU::Uniform(int location, int v) {
+  const std::int32_t values[] = {v};
+  _SetUniform(location, values, 1);
+}
+
+void TRenderCPU::Uniform(int location, int x, int y) {
+  const std::int32_t values[] = {x, y};
+  _SetUniform(location, values, 2);
+}
+
+void TRenderCPU::Uniform(int location, int x, int y, int z) {
+  const std::int32_t values[] = {x, y, z};
+  _SetUniform(location, values, 3);
+}
+
+void TRenderCPU::Uniform(int location, int x, int y, int z, int w) {
+  const std::int32_t values[] = {x, y, z, w};
+  _SetUniform(location, values, 4);
+}
+
+void TRenderCPU::Uniform(int location, float v) {
+  const double values[] = {v};
+  _SetUniform(location, values, 1);
+}
+
+void TRenderCPU::Uniform(int location, float x, float y) {
+  const double values[] = {x, y};
+  _SetUniform(location, values, 2);
+}
+
+void TRenderCPU::Uniform(int location, float x, float y, float z) {
+  const double values[] = {x, y, z};
+  _SetUniform(location, values, 3);
+}
+
+void TRenderCPU::Uniform(int location, float x, float y, float z, float w) {
+  const double values[] = {x, y, z, w};
+  _SetUniform(location, values, 4);
+}
+
+void TRenderCPU::Uniform(int location, double v) {
+  const double values[] = {v};
+  _SetUniform(location, values, 1);
+}
+
+void TRenderCPU::Uniform(int location, double x, double y) {
+  const double values[] = {x, y};
+  _SetUniform(location, values, 2);
+}
+
+void TRenderCPU::Uniform(int location, double x, double y, double z) {
+  const double values[] = {x, y, z};
+  _SetUniform(location, values, 3);
+}
+
+void TRenderCPU::Uniform(int location, double x, double y, double z, double w) {
+  const double values[] = {x, y, z, w};
+  _SetUniform(location, values, 4);
+}
+
+// --- Vectors and arrays
+
+void TRenderCPU::Uniform2(int location, const float* v) { Uniform(location, v[0], v[1]); }
+
+void TRenderCPU::Uniform3(int location, const float* v) { Uniform(location, v[0], v[1], v[2]); }
+
+void TRenderCPU::Uniform4(int location, const float* v) {
+  Uniform(location, v[0], v[1], v[2], v[3]);
+}
+
+void TRenderCPU::Uniform(int location, const vec_t_<float, 2>& v) { Uniform2(location, &v.x); }
+
+void TRenderCPU::Uniform(int location, const vec_t_<double, 2>& v) {
+  _SetUniform(location, &v.x, 2);
+}
+
+void TRenderCPU::Uniform(int location, const vec_t_<float, 3>& v) { Uniform3(location, &v.x); }
+
+void TRenderCPU::Uniform(int location, const vec_t_<double, 3>& v) {
+  _SetUniform(location, &v.x, 3);
+}
+
+void TRenderCPU::Uniform(int location, const vec_t_<float, 4>& v) { Uniform4(location, &v.x); }
+
+void TRenderCPU::Uniform(int location, const vec_t_<double, 4>& v) {
+  _SetUniform(location, &v.x, 4);
+}
+
+// --- Matrices, running on over the cells
+
+void TRenderCPU::Uniform(int location, const MAT3<float>& m) {
+  double values[9];
+  for (std::size_t i = 0; i < 9; ++i) {
+    values[i] = m[i];
+  }
+  _SetUniform(location, values, 9);
+}
+
+void TRenderCPU::Uniform(int location, const MAT3<double>& m) { _SetUniform(location, m.m, 9); }
+
+void TRenderCPU::Uniform(int location, const MAT4<float>& m) {
+  double values[16];
+  for (std::size_t i = 0; i < 16; ++i) {
+    values[i] = m[i];
+  }
+  _SetUniform(location, values, 16);
+}
+
+void TRenderCPU::Uniform(int location, const MAT4<double>& m) { _SetUniform(location, m.m, 16); }
+
+} // namespace Zx3D

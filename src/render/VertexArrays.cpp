@@ -1,0 +1,395 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstring>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+namespace Zx3D {
+
+static constexpr unsigned int kIndexError = 0xFFFFFFFF; ///< an index out of range
+
+// --- Fetching
+
+namespace {
+
+using TPointer = TRenderCPU::TVertexAttribPointer;
+using TVec4 = vec_t_<double, 4>;
+
+struct TFromByte {
+  using TElement = unsigned char;
+  static double Convert(unsigned char v) { return v; }
+};
+
+struct TFromNormalizedByte {
+  using TElement = unsigned char;
+  static double Convert(unsigned char v) { return v * 0.00392156862745098; }
+};
+
+struct TFromFloat {
+  using TElement = float;
+  static double Convert(float v) { return v; }
+};
+
+struct TFromDouble {
+  using TElement = double;
+  static double Convert(double v) { return v; }
+};
+
+// What the array has not is 0 for y and z and 1 for w.
+template <class TFrom, int Size> void Fetch(const TPointer* p, unsigned long index, TVec4* out) {
+  typename TFrom::TElement v[Size];
+  std::memcpy(v,
+              p->Data + static_cast<std::ptrdiff_t>(p->EffectiveStride) *
+                            static_cast<std::ptrdiff_t>(index),
+              sizeof v);
+  out->x = TFrom::Convert(v[0]);
+  out->y = Size > 1 ? TFrom::Convert(v[Size > 1 ? 1 : 0]) : 0.0;
+  out->z = Size > 2 ? TFrom::Convert(v[Size > 2 ? 2 : 0]) : 0.0;
+  out->w = Size > 3 ? TFrom::Convert(v[Size > 3 ? 3 : 0]) : 1.0;
+}
+
+} // namespace
+
+// By family (bytes, normalised bytes, floats, doubles), then by size.
+constinit const std::array<TRenderCPU::TAttrGetVal, 16> TRenderCPU::s_AttrGetVals = {
+    Fetch<TFromByte, 1>,           Fetch<TFromByte, 2>,           Fetch<TFromByte, 3>,
+    Fetch<TFromByte, 4>,           Fetch<TFromNormalizedByte, 1>, Fetch<TFromNormalizedByte, 2>,
+    Fetch<TFromNormalizedByte, 3>, Fetch<TFromNormalizedByte, 4>, Fetch<TFromFloat, 1>,
+    Fetch<TFromFloat, 2>,          Fetch<TFromFloat, 3>,          Fetch<TFromFloat, 4>,
+    Fetch<TFromDouble, 1>,         Fetch<TFromDouble, 2>,         Fetch<TFromDouble, 3>,
+    Fetch<TFromDouble, 4>,
+};
+
+// --- Pointers
+
+void TRenderCPU::_VertexAttribPointer(TVertexAttribPointer* p, int size, unsigned int type,
+                                      unsigned char normalized, int stride, const void* pointer) {
+  if (size < 1 || size > 4) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  int family = 0;
+  int componentSize = 0;
+  switch (type) {
+  case GL_DOUBLE:
+    family = 3;
+    componentSize = 8;
+    break;
+  case GL_FLOAT:
+    family = 2;
+    componentSize = 4;
+    break;
+  case GL_UNSIGNED_BYTE:
+    family = normalized != 0 ? 1 : 0;
+    componentSize = 1;
+    break;
+  default:
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  p->Size = size;
+  p->Type = type;
+  p->Normalized = normalized;
+  p->Stride = stride;
+  p->EffectiveStride = stride != 0 ? stride : size * componentSize;
+  p->Pointer = pointer;
+  p->Data = static_cast<const unsigned char*>(pointer);
+  if (m_BufferBindings[0] != 0) {
+    const TBuffer* const buffer = _BufferNamed(m_BufferBindings[0]);
+    const auto base = buffer != nullptr ? reinterpret_cast<std::uintptr_t>(buffer->Data.data()) : 0;
+    p->Data =
+        reinterpret_cast<const unsigned char*>(base + reinterpret_cast<std::uintptr_t>(pointer));
+  }
+  p->GetValue = s_AttrGetVals[static_cast<std::size_t>(family * 4 + size - 1)];
+}
+
+// The classic arrays normalise all integers.
+static unsigned char IsIntegerType(unsigned int type) {
+  return type >= GL_BYTE && type <= GL_UNSIGNED_INT ? 1 : 0;
+}
+
+void TRenderCPU::VertexPointer(int size, unsigned int type, int stride, const void* pointer) {
+  _VertexAttribPointer(&m_VertexPointer, size, type, IsIntegerType(type), stride, pointer);
+}
+
+void TRenderCPU::NormalPointer(unsigned int type, int stride, const void* pointer) {
+  _VertexAttribPointer(&m_NormalPointer, 3, type, IsIntegerType(type), stride, pointer);
+}
+
+void TRenderCPU::ColorPointer(int size, unsigned int type, int stride, const void* pointer) {
+  _VertexAttribPointer(&m_ColorPointer, size, type, IsIntegerType(type), stride, pointer);
+}
+
+void TRenderCPU::TexCoordPointer(int size, unsigned int type, int stride, const void* pointer) {
+  _VertexAttribPointer(&m_TexCoordPointer, size, type, IsIntegerType(type), stride, pointer);
+}
+
+// The generic array of an index; null, with an error reported, above 7. Without a table, after
+// `Destroy`, it is null as well.
+TRenderCPU::TVertexAttribPointer* TRenderCPU::_GenericArray(unsigned int index) {
+  if (index >= 8) {
+    _SetError(kIndexError);
+    return nullptr;
+  }
+  return m_VertexArray != nullptr ? &m_VertexArray->Attribs[index] : nullptr;
+}
+
+void TRenderCPU::VertexAttribPointer(unsigned int index, int size, unsigned int type,
+                                     unsigned char normalized, int stride, const void* pointer) {
+  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+    _VertexAttribPointer(p, size, type, normalized, stride, pointer);
+  }
+}
+
+void TRenderCPU::EnableVertexAttribArray(unsigned int index) {
+  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+    p->Enabled = true;
+  }
+}
+
+void TRenderCPU::DisableVertexAttribArray(unsigned int index) {
+  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+    p->Enabled = false;
+  }
+}
+
+void TRenderCPU::GetVertexAttrib(unsigned int index, unsigned int pname, int* out) {
+  if (index < 8 && out == nullptr) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  const TVertexAttribPointer* const p = _GenericArray(index);
+  if (p == nullptr) {
+    return;
+  }
+  switch (pname) {
+  case GL_VERTEX_ATTRIB_ARRAY_ENABLED:
+    *out = p->Enabled ? 1 : 0;
+    break;
+  case GL_VERTEX_ATTRIB_ARRAY_SIZE:
+    *out = p->Size;
+    break;
+  case GL_VERTEX_ATTRIB_ARRAY_STRIDE:
+    *out = p->Stride;
+    break;
+  case GL_VERTEX_ATTRIB_ARRAY_TYPE:
+    *out = static_cast<int>(p->Type);
+    break;
+  case GL_VERTEX_ATTRIB_ARRAY_NORMALIZED:
+    *out = p->Normalized;
+    break;
+  case GL_VERTEX_ATTRIB_ARRAY_BUFFER_BINDING:
+  case GL_VERTEX_ATTRIB_ARRAY_INTEGER:
+  case GL_VERTEX_ATTRIB_ARRAY_DIVISOR:
+    *out = 0;
+    break;
+  default:
+    _SetError(GL_INVALID_ENUM);
+    break;
+  }
+}
+
+// --- Client state
+
+// The classic array of an enum; null if there is none.
+TRenderCPU::TVertexAttribPointer* TRenderCPU::_ClassicArray(unsigned int array) {
+  switch (array) {
+  case GL_VERTEX_ARRAY:
+    return &m_VertexPointer;
+  case GL_NORMAL_ARRAY:
+    return &m_NormalPointer;
+  case GL_COLOR_ARRAY:
+    return &m_ColorPointer;
+  case GL_TEXTURE_COORD_ARRAY:
+    return &m_TexCoordPointer;
+  default:
+    return nullptr;
+  }
+}
+
+void TRenderCPU::_EnableClientState(unsigned int array, bool on) {
+  TVertexAttribPointer* const p = _ClassicArray(array);
+  if (p == nullptr) {
+    _SetError(GL_INVALID_ENUM);
+    return;
+  }
+  p->Enabled = on;
+}
+
+void TRenderCPU::EnableClientState(unsigned int array) { _EnableClientState(array, true); }
+
+void TRenderCPU::DisableClientState(unsigned int array) { _EnableClientState(array, false); }
+
+void TRenderCPU::PushClientAttrib(unsigned int) {
+  if (m_VertexArray != nullptr) {
+    m_ClientAttribStack.push_back(*m_VertexArray);
+  }
+}
+
+void TRenderCPU::PopClientAttrib() {
+  if (m_ClientAttribStack.empty()) {
+    _SetError(GL_STACK_UNDERFLOW);
+    return;
+  }
+  if (m_VertexArray != nullptr) {
+    *m_VertexArray = m_ClientAttribStack.back();
+    m_ClientAttribStack.pop_back();
+  }
+}
+
+// --- Vertex array objects
+
+void TRenderCPU::GenVertexArrays(int n, unsigned int* ids) {
+  std::size_t id = 0;
+  for (int i = 0; i < n; ++i, ++id) {
+    while (id < m_VertexArrays.size() && m_VertexArrays[id] != nullptr) {
+      ++id;
+    }
+    if (id == m_VertexArrays.size()) {
+      m_VertexArrays.push_back(nullptr);
+    }
+    m_VertexArrays[id] = new TVertexArray{};
+    ids[i] = static_cast<unsigned int>(id + 1);
+  }
+}
+
+void TRenderCPU::BindVertexArray(unsigned int id) {
+  m_VertexArrayBinding = id;
+  m_VertexArray = m_DefaultVertexArray;
+  if (id != 0 && id <= m_VertexArrays.size() && m_VertexArrays[id - 1] != nullptr) {
+    m_VertexArray = m_VertexArrays[id - 1];
+  }
+}
+
+void TRenderCPU::DeleteVertexArrays(int n, unsigned int* ids) {
+  for (int i = 0; i < n; ++i) {
+    const unsigned int id = ids[i];
+    if (id != 0 && id == m_VertexArrayBinding) {
+      BindVertexArray(0);
+    }
+    if (id != 0 && id <= m_VertexArrays.size()) {
+      delete m_VertexArrays[id - 1];
+      m_VertexArrays[id - 1] = nullptr;
+    }
+  }
+}
+
+void TRenderCPU::_ClearVertexArrays() {
+  for (const TVertexArray* array : m_VertexArrays) {
+    delete array;
+  }
+  m_VertexArrays.clear();
+}
+
+// --- Drawing
+
+unsigned long TRenderCPU::_PrepareAttrValues(TAttrValue* out, unsigned long max) {
+  unsigned long count = 0;
+  const auto add = [out, max, &count](const TVertexAttribPointer& p, vec_t_<double, 4>* value) {
+    if (p.Enabled && p.Data != nullptr && count < max) {
+      out[count++] = {&p, value};
+    }
+  };
+  add(m_VertexPointer, &m_CurAttrib[0]);
+  add(m_NormalPointer, &m_CurNormal);
+  add(m_ColorPointer, &m_CurColor);
+  add(m_TexCoordPointer, &m_CurTexCoord);
+  for (std::size_t i = 0; i < 8 && m_VertexArray != nullptr; ++i) {
+    add(m_VertexArray->Attribs[i], &m_CurAttrib[i]);
+  }
+  return count;
+}
+
+namespace {
+
+constexpr unsigned long kMaxAttrValues = 12;
+
+template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long i) {
+  TIndex index;
+  std::memcpy(&index, base + static_cast<std::ptrdiff_t>(i) * static_cast<long>(sizeof index),
+              sizeof index);
+  return index;
+}
+
+} // namespace
+
+// Replays elements through the virtual operations; `elementOf` tells the element of the i-th
+// vertex.
+template <class TElementOf>
+void TRenderCPU::_Replay(unsigned int mode, int count, TElementOf elementOf) {
+  TAttrValue values[kMaxAttrValues];
+  const unsigned long valueCount = _PrepareAttrValues(values, kMaxAttrValues);
+  if (valueCount == 0) {
+    return;
+  }
+  Begin(mode);
+  for (int i = 0; i < count; ++i) {
+    const unsigned long element = elementOf(i);
+    for (unsigned long k = 0; k < valueCount; ++k) {
+      values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
+    }
+    Vertex4dv(&m_CurAttrib[0].x);
+  }
+  End();
+}
+
+void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
+  if (count == 0) {
+    return;
+  }
+  _Replay(mode, count,
+          [first](int i) { return static_cast<unsigned long>(static_cast<long>(first) + i); });
+}
+
+void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
+                              const void* indices) {
+  if (count == 0) {
+    return;
+  }
+  const auto* base = static_cast<const unsigned char*>(indices);
+  if (m_BufferBindings[1] != 0) {
+    const TBuffer* const buffer = _BufferNamed(m_BufferBindings[1]);
+    if (buffer == nullptr) {
+      return;
+    }
+    base = reinterpret_cast<const unsigned char*>(
+        reinterpret_cast<std::uintptr_t>(buffer->Data.data()) +
+        reinterpret_cast<std::uintptr_t>(indices));
+  } else if (indices == nullptr) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  switch (type) {
+  case GL_UNSIGNED_BYTE:
+    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
+    break;
+  case GL_UNSIGNED_SHORT:
+    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
+    break;
+  case GL_UNSIGNED_INT:
+    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
+    break;
+  default:
+    _SetError(GL_INVALID_VALUE);
+    break;
+  }
+}
+
+// --- Outlines
+
+void TRenderCPU::Polygon(const std::vector<vec_t_<double, 2>>& points,
+                         const vec_t_<double, 3>& color, double, const vec_t_<double, 3>&, double) {
+  TZxGL::Color(color);
+  VertexPointer(2, GL_DOUBLE, 16, points.data());
+  DrawArrays(GL_LINE_LOOP, 0, static_cast<int>(points.size()));
+}
+
+void TRenderCPU::Domain(const std::vector<std::vector<vec_t_<double, 2>>>& contours,
+                        const vec_t_<double, 3>& color, double width, const vec_t_<double, 3>& fill,
+                        double fillWidth) {
+  for (const std::vector<vec_t_<double, 2>>& contour : contours) {
+    Polygon(contour, color, width, fill, fillWidth);
+  }
+}
+
+} // namespace Zx3D
