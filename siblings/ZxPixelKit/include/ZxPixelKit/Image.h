@@ -17,23 +17,28 @@ struct TSaveImageHint {
 /// refused before anything of its pixels is read or allocated.
 constexpr unsigned long ZxMaxImagePixels = 1ul << 28;
 
-/// Loads an image file: PNG, JPEG, BMP, TGA, PNM (PGM, PPM) or Radiance HDR, told by its contents
-/// and, for TGA, which has no mark, by everything else failing.
+/// Loads an image file: PNG, JPEG, BMP, TGA, PNM (binary PGM and PPM) or Radiance HDR, told by its
+/// contents and, for TGA, which has no mark, by a header that makes sense.
 ///
 /// `out` receives a record with tight rows, row 0 being the bottom row of the picture, in a block
 /// from `AllocateSurfaceBlock` that the caller owns (`FreeDataSurfaceData`). 8-bit files give
-/// `DATA_TYPE_UINT8`, 16-bit files `DATA_TYPE_UINT16`, HDR `DATA_TYPE_FLOAT`; one to four channels
-/// as in the file, palettes expanded.
+/// `DATA_TYPE_UINT8`, 16-bit files `DATA_TYPE_UINT16` in the processor's byte order, HDR
+/// `DATA_TYPE_FLOAT`; one to four channels as in the file (luminance, luminance and alpha, RGB,
+/// RGBA), palettes and transparent colours expanded, four-colour JPEG turned into RGB.
 ///
 /// False, leaving `*out` as it was and nothing allocated, when the file can't be read, is damaged or
-/// truncated, or promises more than `ZxMaxImagePixels`. `hint` is not read and may be null.
+/// truncated, promises more than `ZxMaxImagePixels`, or promises more pixels than its bytes can
+/// code. `hint` is not read and may be null.
 ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, DATASURFACE* out);
 
-/// The same from the bytes between a stream's position and its end.
+/// The same from the bytes between a stream's position and its end. The stream is read until it
+/// gives no more, unless its first bytes are of no known kind; false for a null stream and one whose
+/// `operator bool` is false. What its `Read` throws passes through.
 ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, DATASURFACE* out);
 
-/// Saves a surface of 1 to 4 components of 8 or 16 bits as PNG, its row 0 as the bottom row of the
-/// picture. False when the surface can't be stored so or the file can't be written; a file that
-/// could not be completed is removed. `hint` may be null.
+/// Saves a surface of 1 to 4 components of `DATA_TYPE_UINT8` or `DATA_TYPE_UINT16` as PNG (grey,
+/// grey and alpha, RGB, RGBA by their number), its row 0 as the bottom row of the picture. False
+/// when the surface can't be stored so or the file can't be written; a plain file that could not be
+/// completed is removed. `hint` may be null.
 ZX_PIXELKIT_API bool SaveImage(const std::string& name, TSaveImageHint* hint,
                                const DATASURFACE& surface);

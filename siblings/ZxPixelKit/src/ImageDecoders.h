@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+
+#include <ZxPixelKit/DATASURFACE.h>
+
+/// What the dispatch of image files and the decoders hand to each other. Internal.
+namespace zx::image {
+
+/// The whole of a file, in memory of somebody else's.
+struct BYTES {
+  const std::uint8_t* Data;
+  std::size_t Size;
+};
+
+struct TFree {
+  void operator()(void* block) const noexcept { std::free(block); }
+};
+
+/// A block from `malloc`.
+using TBlock = std::unique_ptr<std::uint8_t[], TFree>;
+
+/// A decoded picture: tight rows, the top row first, components in the processor's byte order.
+struct PICTURE {
+  int Width = 0;
+  int Height = 0;
+  int Channels = 0;
+  DATA_TYPE Type = DATA_TYPE_NONE;
+  TBlock Pixels;
+};
+
+/// Whether a header's promise may be believed: both sizes at least 1, at most `ZxMaxImagePixels`
+/// pixels, and no more than `fileSize` bytes can code when a byte stands for `pixelsPerByte` pixels
+/// at the most. Beyond a small size, a length in a file thus never sizes a block by itself.
+bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
+                std::size_t fileSize);
+
+/// An unsigned number of 2 or 4 bytes, lowest byte first.
+inline std::uint32_t Get16(const std::uint8_t* p) {
+  return static_cast<std::uint32_t>(p[0]) | static_cast<std::uint32_t>(p[1]) << 8;
+}
+inline std::uint32_t Get32(const std::uint8_t* p) { return Get16(p) | Get16(p + 2) << 16; }
+
+/// Each `Is` looks at the first bytes only; each `Decode` leaves `*out` as it was when it is false.
+bool IsPng(BYTES head);
+bool DecodePng(BYTES file, PICTURE* out);
+
+bool IsJpeg(BYTES head);
+bool DecodeJpeg(BYTES file, PICTURE* out);
+
+bool IsBmp(BYTES head);
+bool DecodeBmp(BYTES file, PICTURE* out);
+
+bool IsPnm(BYTES head);
+bool DecodePnm(BYTES file, PICTURE* out);
+
+bool IsHdr(BYTES head);
+bool DecodeHdr(BYTES file, PICTURE* out);
+
+/// TGA has no mark: this holds each field of the header against the values that it can have.
+bool IsTga(BYTES head);
+bool DecodeTga(BYTES file, PICTURE* out);
+
+} // namespace zx::image

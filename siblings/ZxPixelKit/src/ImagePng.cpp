@@ -1,0 +1,142 @@
+#include "ImageDecoders.h"
+
+#include <csetjmp>
+#include <cstring>
+#include <limits>
+
+#include <png.h>
+
+namespace zx::image {
+
+namespace {
+
+// What outlives a longjmp: only plain data, owned by `DecodePng`, which never is on the jumped
+// road.
+struct PNG_READ {
+  png_structp Png;
+  png_infop Info;
+  BYTES File;
+  std::size_t Position;
+  std::uint8_t* Pixels;
+  png_uint_32 Width;
+  png_uint_32 Height;
+  int Channels;
+  int BitDepth;
+};
+
+// Deflate codes at most 1032 bytes in one, and a byte holds at most eight pixels.
+constexpr std::uint64_t kMostBytesPerByte = 1032;
+constexpr std::uint64_t kMostPixelsPerByte = 8 * kMostBytesPerByte;
+
+void _OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+
+void _OnWarning(png_structp, png_const_charp) {}
+
+void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
+  PNG_READ* job = static_cast<PNG_READ*>(png_get_io_ptr(png));
+  if (size > job->File.Size - job->Position) {
+    png_error(png, "truncated");
+  }
+  std::memcpy(data, job->File.Data + job->Position, size);
+  job->Position += size;
+}
+
+// Whether the header is plausible, before any pixel is looked at.
+bool _CheckHeader(const PNG_READ* job) {
+  if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size)) {
+    return false;
+  }
+  const std::uint64_t bitsPerPixel =
+      std::uint64_t{png_get_channels(job->Png, job->Info)} * png_get_bit_depth(job->Png, job->Info);
+  return std::uint64_t{job->Width} * job->Height * bitsPerPixel / 8 / kMostBytesPerByte <=
+         job->File.Size;
+}
+
+// Asks for 8 or 16 bits a component, grey, grey and alpha, RGB or RGBA.
+int _SetTransforms(png_structp png, png_infop info) {
+  const int colorType = png_get_color_type(png, info);
+  if (colorType == PNG_COLOR_TYPE_PALETTE) {
+    png_set_palette_to_rgb(png);
+  }
+  if (colorType == PNG_COLOR_TYPE_GRAY && png_get_bit_depth(png, info) < 8) {
+    png_set_expand_gray_1_2_4_to_8(png);
+  }
+  if (png_get_valid(png, info, PNG_INFO_tRNS) != 0) {
+    png_set_tRNS_to_alpha(png);
+  }
+  if (png_get_bit_depth(png, info) == 16) {
+    png_set_swap(png);
+  }
+  const int passes = png_set_interlace_handling(png);
+  png_read_update_info(png, info);
+  return passes;
+}
+
+bool _ReadPicture(PNG_READ* job) {
+  png_structp png = job->Png;
+  png_set_read_fn(png, job, _ReadBytes);
+  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+  png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
+  png_read_info(png, job->Info);
+  job->Width = png_get_image_width(png, job->Info);
+  job->Height = png_get_image_height(png, job->Info);
+  if (!_CheckHeader(job)) {
+    return false;
+  }
+  const int passes = _SetTransforms(png, job->Info);
+  job->Channels = png_get_channels(png, job->Info);
+  job->BitDepth = png_get_bit_depth(png, job->Info);
+  const std::size_t rowBytes = png_get_rowbytes(png, job->Info);
+  if (job->Channels < 1 || job->Channels > 4 || (job->BitDepth != 8 && job->BitDepth != 16) ||
+      rowBytes != std::uint64_t{job->Width} * static_cast<unsigned int>(job->Channels) *
+                      static_cast<unsigned int>(job->BitDepth / 8)) {
+    return false;
+  }
+  // Zeroed, since the first pass of an interlaced picture mixes with what the rows hold.
+  job->Pixels = static_cast<std::uint8_t*>(std::calloc(job->Height, rowBytes));
+  if (job->Pixels == nullptr) {
+    return false;
+  }
+  for (int pass = 0; pass < passes; ++pass) {
+    for (png_uint_32 y = 0; y < job->Height; ++y) {
+      png_read_row(png, job->Pixels + y * rowBytes, nullptr);
+    }
+  }
+  png_read_end(png, nullptr);
+  return true;
+}
+
+bool _Guarded(PNG_READ* job) {
+  if (setjmp(png_jmpbuf(job->Png)) != 0) {
+    return false;
+  }
+  return _ReadPicture(job);
+}
+
+} // namespace
+
+bool IsPng(BYTES head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
+
+bool DecodePng(BYTES file, PICTURE* out) {
+  PNG_READ job = {};
+  job.File = file;
+  job.Png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, _OnError, _OnWarning);
+  if (job.Png == nullptr) {
+    return false;
+  }
+  job.Info = png_create_info_struct(job.Png);
+  const bool done = job.Info != nullptr && _Guarded(&job);
+  png_destroy_read_struct(&job.Png, &job.Info, nullptr);
+  TBlock pixels(job.Pixels);
+  if (!done) {
+    return false;
+  }
+  out->Width = static_cast<int>(job.Width);
+  out->Height = static_cast<int>(job.Height);
+  out->Channels = job.Channels;
+  out->Type = job.BitDepth == 16 ? DATA_TYPE_UINT16 : DATA_TYPE_UINT8;
+  out->Pixels = std::move(pixels);
+  return true;
+}
+
+} // namespace zx::image

@@ -1,0 +1,187 @@
+#include "ImageFiles.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+#include <png.h>
+#include <turbojpeg.h>
+
+namespace {
+
+void AppendBytes(png_structp png, png_bytep data, std::size_t size) {
+  TBytes* to = static_cast<TBytes*>(png_get_io_ptr(png));
+  to->insert(to->end(), data, data + size);
+}
+
+void NoFlush(png_structp) {}
+
+} // namespace
+
+TBytes MakePng(const PNG_SPEC& spec) {
+  TBytes made;
+  png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
+  png_infop info = png_create_info_struct(png);
+  png_set_write_fn(png, &made, AppendBytes, NoFlush);
+  png_set_IHDR(png, info, static_cast<png_uint_32>(spec.Width),
+               static_cast<png_uint_32>(spec.Height), spec.BitDepth, spec.ColorType,
+               spec.Interlaced ? PNG_INTERLACE_ADAM7 : PNG_INTERLACE_NONE,
+               PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+  std::vector<png_color> palette(spec.Palette.size() / 3);
+  for (std::size_t i = 0; i < palette.size(); ++i) {
+    palette[i] = {spec.Palette[3 * i], spec.Palette[3 * i + 1], spec.Palette[3 * i + 2]};
+  }
+  if (!palette.empty()) {
+    png_set_PLTE(png, info, palette.data(), static_cast<int>(palette.size()));
+  }
+  if (!spec.Transparency.empty()) {
+    png_set_tRNS(png, info, spec.Transparency.data(), static_cast<int>(spec.Transparency.size()),
+                 nullptr);
+  }
+  if (spec.TransparentGrey >= 0) {
+    png_color_16 color = {};
+    color.gray = static_cast<png_uint_16>(spec.TransparentGrey);
+    png_set_tRNS(png, info, nullptr, 0, &color);
+  }
+  png_write_info(png, info);
+  TBytes rows = spec.Rows;
+  const std::size_t rowBytes = png_get_rowbytes(png, info);
+  std::vector<png_bytep> pointers;
+  for (int y = 0; y < spec.Height; ++y) {
+    pointers.push_back(rows.data() + static_cast<std::size_t>(y) * rowBytes);
+  }
+  png_write_image(png, pointers.data());
+  png_write_end(png, info);
+  png_destroy_write_struct(&png, &info);
+  return made;
+}
+
+TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const TBytes& pixels,
+                int flags) {
+  tjhandle handle = tjInitCompress();
+  unsigned char* file = nullptr;
+  unsigned long size = 0;
+  const int failed = tjCompress2(handle, pixels.data(), width, 0, height, pixelFormat, &file, &size,
+                                 subsampling, 100, TJFLAG_ACCURATEDCT | flags);
+  TBytes made(file, file + size);
+  tjFree(file);
+  tjDestroy(handle);
+  if (failed != 0) {
+    throw std::runtime_error("no JPEG made");
+  }
+  return made;
+}
+
+void Put16(TBytes& bytes, std::uint32_t value) {
+  bytes.push_back(static_cast<std::uint8_t>(value));
+  bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+}
+
+void Put32(TBytes& bytes, std::uint32_t value) {
+  Put16(bytes, value & 0xFFFF);
+  Put16(bytes, value >> 16);
+}
+
+TBytes TgaHeader(int kind, int width, int height, int bits, int descriptor) {
+  TBytes made = {0, 0, static_cast<std::uint8_t>(kind), 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  Put16(made, static_cast<std::uint32_t>(width));
+  Put16(made, static_cast<std::uint32_t>(height));
+  made.push_back(static_cast<std::uint8_t>(bits));
+  made.push_back(static_cast<std::uint8_t>(descriptor));
+  return made;
+}
+
+TBytes BmpHeader(int width, int height, int bits, int compression, int paletteBytes) {
+  TBytes made = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0};
+  Put32(made, static_cast<std::uint32_t>(54 + paletteBytes));
+  Put32(made, 40);
+  Put32(made, static_cast<std::uint32_t>(width));
+  Put32(made, static_cast<std::uint32_t>(height));
+  Put16(made, 1);
+  Put16(made, static_cast<std::uint32_t>(bits));
+  Put32(made, static_cast<std::uint32_t>(compression));
+  for (int i = 0; i < 5; ++i) {
+    Put32(made, 0);
+  }
+  return made;
+}
+
+TBytes operator+(TBytes left, const TBytes& right) {
+  left.insert(left.end(), right.begin(), right.end());
+  return left;
+}
+
+TBytes Text(const std::string& text) { return TBytes(text.begin(), text.end()); }
+
+std::vector<NAMED_FILE> SmallFiles() {
+  TBytes ramp;
+  for (int i = 0; i < 5 * 4 * 3; ++i) {
+    ramp.push_back(static_cast<std::uint8_t>(i * 4));
+  }
+  PNG_SPEC rgb;
+  rgb.Width = 5;
+  rgb.Height = 4;
+  rgb.ColorType = PNG_COLOR_TYPE_RGB;
+  rgb.Rows = ramp;
+  PNG_SPEC laced = rgb;
+  laced.Interlaced = true;
+  PNG_SPEC indexed;
+  indexed.Width = 4;
+  indexed.Height = 2;
+  indexed.ColorType = PNG_COLOR_TYPE_PALETTE;
+  indexed.BitDepth = 4;
+  indexed.Rows = {0x01, 0x20, 0x21, 0x00};
+  indexed.Palette = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  indexed.Transparency = {0, 128};
+
+  TBytes large(20 * 12 * 3);
+  for (std::size_t i = 0; i < large.size(); ++i) {
+    large[i] = static_cast<std::uint8_t>(i * 7);
+  }
+  const TBytes hdrHead = Text("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 8\n");
+  TBytes hdrRow = {2, 2, 0, 8};
+  for (int component = 0; component < 3; ++component) {
+    hdrRow = hdrRow + TBytes{0x83, 200, 5, 1, 2, 3, 4, 5};
+  }
+  hdrRow = hdrRow + TBytes{0x88, 129};
+
+  return {
+      {"png", MakePng(rgb)},
+      {"png interlaced", MakePng(laced)},
+      {"png palette", MakePng(indexed)},
+      {"jpeg", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_420, large)},
+      {"jpeg progressive", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_444, large, TJFLAG_PROGRESSIVE)},
+      {"jpeg grey", MakeJpeg(20, 12, TJPF_GRAY, TJSAMP_GRAY, large)},
+      {"tga", TgaHeader(2, 5, 4, 24, 0) + ramp},
+      {"tga packed", TgaHeader(10, 4, 2, 24, 0x20) +
+                         TBytes{0x83, 9, 8, 7, 0x01, 1, 2, 3, 4, 5, 6, 0x81, 6, 6, 6}},
+      {"tga palette", TBytes{2, 1, 1, 0, 0, 2, 0, 24, 0, 0, 0, 0, 3, 0, 1, 0, 8, 0, 'i', 'd'} +
+                          TBytes{1, 2, 3, 4, 5, 6} + TBytes{1, 0, 1}},
+      {"bmp", BmpHeader(3, 2, 24, 0, 0) + TBytes(24, 77)},
+      {"bmp palette", BmpHeader(5, 2, 4, 0, 8) + TBytes{1, 2, 3, 0, 4, 5, 6, 0} +
+                          TBytes{0x01, 0x10, 0x10, 0, 0x11, 0x01, 0x00, 0}},
+      {"bmp masks", BmpHeader(1, 2, 16, 3, 12) +
+                        TBytes{0x00, 0xF8, 0, 0, 0xE0, 0x07, 0, 0, 0x1F, 0, 0, 0} +
+                        TBytes{0x1F, 0, 0, 0, 0xE0, 0x07, 0, 0}},
+      {"pgm", Text("P5 # grey\n3 2\n255\n") + TBytes{1, 2, 3, 4, 5, 6}},
+      {"ppm 16", Text("P6\n1 2\n65535\n") + TBytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
+      {"hdr", hdrHead + hdrRow + hdrRow},
+      {"hdr flat", Text("#?RGBE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 2\n") +
+                       TBytes{128, 64, 32, 129, 1, 2, 3, 130, 5, 6, 7, 120, 0, 0, 0, 1}},
+  };
+}
+
+unsigned long TBytesStream::Read(void* data, unsigned long size) {
+  const unsigned long count = std::min({size, m_Step, m_Bytes->size() - Position});
+  if (count > 0) {
+    std::memcpy(data, m_Bytes->data() + Position, count);
+  }
+  Position += count;
+  return count;
+}
+
+TLoaded::TLoaded(const TBytes& bytes) {
+  TBytesStream stream(bytes);
+  Done = LoadImage(&stream, nullptr, &Surface);
+}

@@ -1,0 +1,82 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <ZxBaseKit/TZxStream.h>
+#include <ZxPixelKit/ZxPixelKit.h>
+
+/// Image files made in memory, and loading them.
+
+using TBytes = std::vector<std::uint8_t>;
+
+/// A PNG of `colorType` (PNG_COLOR_TYPE_*): `rows` as the format has them, top row first, 16-bit
+/// samples high byte first, samples below 8 bits packed. `palette` is RGB triples; `transparency`
+/// the contents of tRNS, for a palette only.
+struct PNG_SPEC {
+  int Width = 0;
+  int Height = 0;
+  int ColorType = 0;
+  int BitDepth = 8;
+  bool Interlaced = false;
+  TBytes Rows;
+  TBytes Palette;
+  TBytes Transparency;
+  int TransparentGrey = -1;
+};
+TBytes MakePng(const PNG_SPEC& spec);
+
+/// A JPEG from tight pixels of a TJPF_* format, top row first, at the best quality.
+TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const TBytes& pixels,
+                int flags = 0);
+
+/// Appends a number, lowest byte first.
+void Put16(TBytes& bytes, std::uint32_t value);
+void Put32(TBytes& bytes, std::uint32_t value);
+
+/// The 18 bytes in front of a TGA.
+TBytes TgaHeader(int kind, int width, int height, int bits, int descriptor);
+
+/// The 54 bytes in front of a BMP with the 40-byte header, `paletteSize` colours behind it.
+TBytes BmpHeader(int width, int height, int bits, int compression, int paletteBytes);
+
+TBytes operator+(TBytes left, const TBytes& right);
+TBytes Text(const std::string& text);
+
+/// Small valid files of every kind, named.
+struct NAMED_FILE {
+  const char* Name;
+  TBytes Bytes;
+};
+std::vector<NAMED_FILE> SmallFiles();
+
+/// A stream over bytes that gives at most `step` of them at a time.
+class TBytesStream : public TZxStream {
+public:
+  explicit TBytesStream(const TBytes& bytes, unsigned long step = ~0ul)
+      : m_Bytes(&bytes), m_Step(step) {}
+  unsigned long Read(void* data, unsigned long size) override;
+  operator bool() override { return true; }
+
+  unsigned long Position = 0;
+
+private:
+  const TBytes* m_Bytes;
+  unsigned long m_Step;
+};
+
+/// A picture from `LoadImage`, freed at the end.
+class TLoaded {
+public:
+  explicit TLoaded(const TBytes& bytes);
+  ~TLoaded() { FreeDataSurfaceData(Surface); }
+  TLoaded(const TLoaded&) = delete;
+  TLoaded& operator=(const TLoaded&) = delete;
+
+  /// The bytes of the surface, its row 0 first.
+  TBytes Pixels() const { return TBytes(Surface.Data, Surface.Data + Surface.DataSize); }
+
+  bool Done;
+  DATASURFACE Surface = {};
+};

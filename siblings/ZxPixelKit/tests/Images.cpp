@@ -1,0 +1,593 @@
+#include <ZxPixelKit/Image.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <png.h>
+#include <sys/resource.h>
+#include <turbojpeg.h>
+#include <unistd.h>
+
+#include "ImageFiles.h"
+
+namespace {
+
+class TTemporary {
+public:
+  explicit TTemporary(const char* suffix)
+      : Name((std::filesystem::temp_directory_path() /
+              ("zx_pixel_" + std::to_string(getpid()) + suffix))
+                 .string()) {}
+  ~TTemporary() { std::filesystem::remove(Name); }
+  const std::string Name;
+};
+
+void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
+                  int channels) {
+  const int pixelStride = channels * static_cast<int>(GetTypeSize(type));
+  EXPECT_EQ(s.Width, width);
+  EXPECT_EQ(s.Height, height);
+  EXPECT_EQ(s.Depth, 1);
+  EXPECT_EQ(s.PixelStride, pixelStride);
+  EXPECT_EQ(s.RowStride, pixelStride * width);
+  EXPECT_EQ(s.SliceStride, pixelStride * width * height);
+  EXPECT_EQ(s.Format, format);
+  EXPECT_EQ(s.Type, type);
+  EXPECT_EQ(s.Channels, channels);
+  EXPECT_EQ(s.DataSize, static_cast<std::uint64_t>(pixelStride * width * height));
+  ASSERT_NE(s.Data, nullptr);
+  for (int i = 0; i < s.RowStride + s.PixelStride; ++i) {
+    ASSERT_EQ(s.Data[s.DataSize + static_cast<unsigned int>(i)], 0) << "slack";
+  }
+}
+
+std::uint16_t Wide(const DATASURFACE& s, int index) {
+  std::uint16_t value;
+  std::memcpy(&value, s.Data + 2 * index, 2);
+  return value;
+}
+
+float Float(const DATASURFACE& s, int index) {
+  float value;
+  std::memcpy(&value, s.Data + 4 * index, 4);
+  return value;
+}
+
+PNG_SPEC Spec(int width, int height, int colorType, int bitDepth, TBytes rows) {
+  PNG_SPEC spec;
+  spec.Width = width;
+  spec.Height = height;
+  spec.ColorType = colorType;
+  spec.BitDepth = bitDepth;
+  spec.Rows = std::move(rows);
+  return spec;
+}
+
+TEST(Png, EightBitKindsBottomRowFirst) {
+  {
+    const TLoaded image(MakePng(Spec(2, 2, PNG_COLOR_TYPE_GRAY, 8, {1, 2, 3, 4})));
+    ASSERT_TRUE(image.Done);
+    ExpectRecord(image.Surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+    EXPECT_EQ(image.Pixels(), (TBytes{3, 4, 1, 2}));
+  }
+  {
+    const TLoaded image(MakePng(Spec(1, 2, PNG_COLOR_TYPE_GRAY_ALPHA, 8, {1, 2, 3, 4})));
+    ASSERT_TRUE(image.Done);
+    ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_LUMINANCE_ALPHA, DATA_TYPE_UINT8, 2);
+    EXPECT_EQ(image.Pixels(), (TBytes{3, 4, 1, 2}));
+  }
+  {
+    const TLoaded image(MakePng(Spec(1, 2, PNG_COLOR_TYPE_RGB, 8, {1, 2, 3, 4, 5, 6})));
+    ASSERT_TRUE(image.Done);
+    ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+    EXPECT_EQ(image.Pixels(), (TBytes{4, 5, 6, 1, 2, 3}));
+  }
+  {
+    const TLoaded image(MakePng(Spec(1, 2, PNG_COLOR_TYPE_RGB_ALPHA, 8, {1, 2, 3, 4, 5, 6, 7, 8})));
+    ASSERT_TRUE(image.Done);
+    ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
+    EXPECT_EQ(image.Pixels(), (TBytes{5, 6, 7, 8, 1, 2, 3, 4}));
+  }
+}
+
+TEST(Png, SixteenBitsInNativeOrder) {
+  const TLoaded image(MakePng(
+      Spec(1, 2, PNG_COLOR_TYPE_RGB, 16, {0x12, 0x34, 0, 1, 1, 0, 0xFF, 0xFE, 0, 0, 0x80, 0})));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT16, 3);
+  const int expected[] = {0xFFFE, 0, 0x8000, 0x1234, 1, 0x100};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(Wide(image.Surface, i), expected[i]) << i;
+  }
+}
+
+TEST(Png, FewBitsSpreadOverTheFullRange) {
+  // 1 0 1 0 0 0 0 0; 2 bits: 0 1 2 3; 4 bits: 0 15 8 1.
+  const TLoaded one(MakePng(Spec(3, 1, PNG_COLOR_TYPE_GRAY, 1, {0xA0})));
+  ASSERT_TRUE(one.Done);
+  EXPECT_EQ(one.Pixels(), (TBytes{255, 0, 255}));
+  const TLoaded two(MakePng(Spec(4, 1, PNG_COLOR_TYPE_GRAY, 2, {0x1B})));
+  ASSERT_TRUE(two.Done);
+  EXPECT_EQ(two.Pixels(), (TBytes{0, 85, 170, 255}));
+  const TLoaded four(MakePng(Spec(4, 1, PNG_COLOR_TYPE_GRAY, 4, {0x0F, 0x81})));
+  ASSERT_TRUE(four.Done);
+  EXPECT_EQ(four.Pixels(), (TBytes{0, 255, 136, 17}));
+}
+
+TEST(Png, PaletteExpands) {
+  PNG_SPEC spec = Spec(3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1});
+  spec.Palette = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  const TLoaded plain(MakePng(spec));
+  ASSERT_TRUE(plain.Done);
+  ExpectRecord(plain.Surface, 3, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(plain.Pixels(), (TBytes{7, 8, 9, 1, 2, 3, 4, 5, 6}));
+
+  spec.Transparency = {0, 128};
+  const TLoaded clear(MakePng(spec));
+  ASSERT_TRUE(clear.Done);
+  ExpectRecord(clear.Surface, 3, 1, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
+  EXPECT_EQ(clear.Pixels(), (TBytes{7, 8, 9, 255, 1, 2, 3, 0, 4, 5, 6, 128}));
+}
+
+TEST(Png, TransparentGreyBecomesAlpha) {
+  PNG_SPEC spec = Spec(2, 1, PNG_COLOR_TYPE_GRAY, 8, {7, 8});
+  spec.TransparentGrey = 7;
+  const TLoaded image(MakePng(spec));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 2, 1, DATA_FORMAT_LUMINANCE_ALPHA, DATA_TYPE_UINT8, 2);
+  EXPECT_EQ(image.Pixels(), (TBytes{7, 0, 8, 255}));
+}
+
+TEST(Png, InterlacedIsTheSamePicture) {
+  TBytes rows;
+  for (int i = 0; i < 11 * 9; ++i) {
+    rows.push_back(static_cast<std::uint8_t>(i));
+  }
+  PNG_SPEC spec = Spec(11, 9, PNG_COLOR_TYPE_GRAY, 8, rows);
+  spec.Interlaced = true;
+  const TLoaded image(MakePng(spec));
+  ASSERT_TRUE(image.Done);
+  for (int y = 0; y < 9; ++y) {
+    for (int x = 0; x < 11; ++x) {
+      EXPECT_EQ(image.Surface.Data[y * 11 + x], (8 - y) * 11 + x);
+    }
+  }
+}
+
+TEST(Jpeg, FlatBlocksExactAndBottomRowFirst) {
+  // Each block of 8 by 8 is of one value, which its first coefficient alone holds.
+  TBytes pixels(8 * 16, 255);
+  std::fill(pixels.begin() + 8 * 8, pixels.end(), std::uint8_t{0});
+  const TLoaded image(MakeJpeg(8, 16, TJPF_GRAY, TJSAMP_GRAY, pixels));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 8, 16, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  for (int i = 0; i < 8 * 16; ++i) {
+    ASSERT_EQ(image.Surface.Data[i], i < 64 ? 0 : 255) << i;
+  }
+}
+
+TEST(Jpeg, ColourInOrderRedGreenBlue) {
+  TBytes pixels;
+  for (int i = 0; i < 64; ++i) {
+    pixels = pixels + TBytes{200, 100, 50};
+  }
+  for (int flags : {0, TJFLAG_PROGRESSIVE}) {
+    const TLoaded image(MakeJpeg(8, 8, TJPF_RGB, TJSAMP_444, pixels, flags));
+    ASSERT_TRUE(image.Done);
+    ExpectRecord(image.Surface, 8, 8, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+    for (int i = 0; i < 64; ++i) {
+      EXPECT_NEAR(image.Surface.Data[3 * i], 200, 1);
+      EXPECT_NEAR(image.Surface.Data[3 * i + 1], 100, 1);
+      EXPECT_NEAR(image.Surface.Data[3 * i + 2], 50, 1);
+    }
+  }
+}
+
+TEST(Jpeg, FourColoursBecomeRGB) {
+  // As such files hold it, 255 is no ink: full cyan, magenta and yellow light and half the black.
+  TBytes pixels;
+  for (int i = 0; i < 64; ++i) {
+    pixels = pixels + TBytes{255, 0, 128, 128};
+  }
+  const TLoaded image(MakeJpeg(8, 8, TJPF_CMYK, TJSAMP_444, pixels));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 8, 8, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  for (int i = 0; i < 64; ++i) {
+    EXPECT_NEAR(image.Surface.Data[3 * i], 128, 2);
+    EXPECT_NEAR(image.Surface.Data[3 * i + 1], 0, 2);
+    EXPECT_NEAR(image.Surface.Data[3 * i + 2], 64, 2);
+  }
+}
+
+TEST(Tga, TrueColourFromEitherEnd) {
+  const TBytes pixels = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}; // blue, green, red
+  const TLoaded up(TgaHeader(2, 2, 2, 24, 0) + pixels);
+  ASSERT_TRUE(up.Done);
+  ExpectRecord(up.Surface, 2, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(up.Pixels(), (TBytes{3, 2, 1, 6, 5, 4, 9, 8, 7, 12, 11, 10}));
+  const TLoaded down(TgaHeader(2, 2, 2, 24, 0x20) + pixels);
+  ASSERT_TRUE(down.Done);
+  EXPECT_EQ(down.Pixels(), (TBytes{9, 8, 7, 12, 11, 10, 3, 2, 1, 6, 5, 4}));
+  const TLoaded left(TgaHeader(2, 2, 2, 24, 0x10) + pixels);
+  ASSERT_TRUE(left.Done);
+  EXPECT_EQ(left.Pixels(), (TBytes{6, 5, 4, 3, 2, 1, 12, 11, 10, 9, 8, 7}));
+}
+
+TEST(Tga, OtherDepths) {
+  const TLoaded alpha(TgaHeader(2, 1, 1, 32, 8) + TBytes{1, 2, 3, 4});
+  ASSERT_TRUE(alpha.Done);
+  ExpectRecord(alpha.Surface, 1, 1, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
+  EXPECT_EQ(alpha.Pixels(), (TBytes{3, 2, 1, 4}));
+  const TLoaded grey(TgaHeader(3, 2, 1, 8, 0) + TBytes{7, 9});
+  ASSERT_TRUE(grey.Done);
+  ExpectRecord(grey.Surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(grey.Pixels(), (TBytes{7, 9}));
+  const TLoaded greyAlpha(TgaHeader(3, 1, 1, 16, 8) + TBytes{7, 9});
+  ASSERT_TRUE(greyAlpha.Done);
+  ExpectRecord(greyAlpha.Surface, 1, 1, DATA_FORMAT_LUMINANCE_ALPHA, DATA_TYPE_UINT8, 2);
+  EXPECT_EQ(greyAlpha.Pixels(), (TBytes{7, 9}));
+  // Five bits each: red 31, green 0, blue 1, which is 1 * 255 / 31.
+  const TLoaded few(TgaHeader(2, 1, 1, 16, 0) + TBytes{0x01, 0x7C});
+  ASSERT_TRUE(few.Done);
+  EXPECT_EQ(few.Pixels(), (TBytes{255, 0, 8}));
+}
+
+TEST(Tga, PacketsOfBothKinds) {
+  const TLoaded image(TgaHeader(11, 5, 2, 8, 0) + TBytes{0x86, 9, 0x02, 1, 2, 3});
+  ASSERT_TRUE(image.Done);
+  EXPECT_EQ(image.Pixels(), (TBytes{9, 9, 9, 9, 9, 9, 9, 1, 2, 3}));
+}
+
+TEST(Tga, PaletteWithAFirstEntryAndAnIdentification) {
+  TBytes file = TgaHeader(1, 4, 1, 8, 0);
+  file[0] = 2;
+  file[1] = 1;
+  file[3] = 10; // first entry
+  file[5] = 2;  // entries
+  file[7] = 24;
+  const TLoaded image(file + TBytes{'i', 'd'} + TBytes{1, 2, 3, 4, 5, 6} + TBytes{11, 10, 9, 11});
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 4, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(image.Pixels(), (TBytes{6, 5, 4, 3, 2, 1, 0, 0, 0, 6, 5, 4}));
+}
+
+TEST(Bmp, TrueColourFromEitherEnd) {
+  const TBytes pixels = {1, 2, 3, 0, 4, 5, 6, 0}; // one pixel a row, padded to four bytes
+  const TLoaded up(BmpHeader(1, 2, 24, 0, 0) + pixels);
+  ASSERT_TRUE(up.Done);
+  ExpectRecord(up.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(up.Pixels(), (TBytes{3, 2, 1, 6, 5, 4}));
+  const TLoaded down(BmpHeader(1, -2, 24, 0, 0) + pixels);
+  ASSERT_TRUE(down.Done);
+  ExpectRecord(down.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(down.Pixels(), (TBytes{6, 5, 4, 3, 2, 1}));
+}
+
+TEST(Bmp, AlphaAndMasks) {
+  const TLoaded alpha(BmpHeader(1, 1, 32, 0, 0) + TBytes{1, 2, 3, 4});
+  ASSERT_TRUE(alpha.Done);
+  ExpectRecord(alpha.Surface, 1, 1, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
+  EXPECT_EQ(alpha.Pixels(), (TBytes{3, 2, 1, 4}));
+  // An alpha that is 0 everywhere was never meant.
+  const TLoaded none(BmpHeader(1, 1, 32, 0, 0) + TBytes{1, 2, 3, 0});
+  ASSERT_TRUE(none.Done);
+  EXPECT_EQ(none.Pixels(), (TBytes{3, 2, 1, 255}));
+  // Five, six and five bits.
+  const TBytes masks = {0x00, 0xF8, 0, 0, 0xE0, 0x07, 0, 0, 0x1F, 0, 0, 0};
+  const TLoaded few(BmpHeader(3, 1, 16, 3, 12) + masks +
+                    TBytes{0x00, 0xF8, 0xE0, 0x07, 0x1F, 0, 0, 0});
+  ASSERT_TRUE(few.Done);
+  ExpectRecord(few.Surface, 3, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(few.Pixels(), (TBytes{255, 0, 0, 0, 255, 0, 0, 0, 255}));
+  // The same with the masks inside a header of 56 bytes.
+  TBytes longer = BmpHeader(3, 1, 16, 3, 16) + masks + TBytes{0, 0, 0, 0};
+  longer[14] = 56;
+  const TLoaded inside(longer + TBytes{0x00, 0xF8, 0xE0, 0x07, 0x1F, 0, 0, 0});
+  ASSERT_TRUE(inside.Done);
+  EXPECT_EQ(inside.Pixels(), few.Pixels());
+}
+
+TEST(Bmp, PalettesOfEveryDepth) {
+  const TBytes palette = {1, 2, 3, 0, 4, 5, 6, 0};
+  const TBytes expected = {6, 5, 4, 3, 2, 1, 6, 5, 4};
+  const TLoaded one(BmpHeader(3, 1, 1, 0, 8) + palette + TBytes{0xA0, 0, 0, 0});
+  ASSERT_TRUE(one.Done);
+  ExpectRecord(one.Surface, 3, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(one.Pixels(), expected);
+  const TLoaded four(BmpHeader(3, 1, 4, 0, 8) + palette + TBytes{0x10, 0x10, 0, 0});
+  ASSERT_TRUE(four.Done);
+  EXPECT_EQ(four.Pixels(), expected);
+  const TLoaded eight(BmpHeader(3, 1, 8, 0, 8) + palette + TBytes{1, 0, 1, 0});
+  ASSERT_TRUE(eight.Done);
+  EXPECT_EQ(eight.Pixels(), expected);
+  // A colour that the palette does not have is black.
+  const TLoaded beyond(BmpHeader(1, 1, 8, 0, 8) + palette + TBytes{200, 0, 0, 0});
+  ASSERT_TRUE(beyond.Done);
+  EXPECT_EQ(beyond.Pixels(), (TBytes{0, 0, 0}));
+}
+
+TEST(Bmp, OldestHeader) {
+  TBytes file = {'B', 'M', 0, 0, 0, 0, 0, 0, 0, 0};
+  Put32(file, 26 + 6);
+  Put32(file, 12);
+  Put16(file, 2);
+  Put16(file, 1);
+  Put16(file, 1);
+  Put16(file, 1);
+  const TLoaded image(file + TBytes{1, 2, 3, 4, 5, 6} + TBytes{0x40, 0, 0, 0});
+  ASSERT_TRUE(image.Done);
+  EXPECT_EQ(image.Pixels(), (TBytes{3, 2, 1, 6, 5, 4}));
+}
+
+TEST(Bmp, PackedIsRefused) {
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 8, 1, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 4, 2, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
+}
+
+TEST(Pnm, GreyAndColour) {
+  const TLoaded grey(Text("P5\n# a comment\n2 2\n255\n") + TBytes{1, 2, 3, 4});
+  ASSERT_TRUE(grey.Done);
+  ExpectRecord(grey.Surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(grey.Pixels(), (TBytes{3, 4, 1, 2}));
+  const TLoaded color(Text("P6 1 2 255 ") + TBytes{1, 2, 3, 4, 5, 6});
+  ASSERT_TRUE(color.Done);
+  ExpectRecord(color.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(color.Pixels(), (TBytes{4, 5, 6, 1, 2, 3}));
+}
+
+TEST(Pnm, SixteenBitsInNativeOrder) {
+  const TLoaded image(Text("P5 1 2 65535\n") + TBytes{0x12, 0x34, 0xFF, 0xFE});
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1);
+  EXPECT_EQ(Wide(image.Surface, 0), 0xFFFE);
+  EXPECT_EQ(Wide(image.Surface, 1), 0x1234);
+}
+
+TEST(Pnm, OtherGreatestValuesSpreadOverTheFullRange) {
+  // 7 / 15 * 255 is 119; above the greatest value is the greatest value.
+  const TLoaded narrow(Text("P5 4 1 15\n") + TBytes{0, 7, 15, 16});
+  ASSERT_TRUE(narrow.Done);
+  EXPECT_EQ(narrow.Pixels(), (TBytes{0, 119, 255, 255}));
+  // 1 / 1023 * 65535 is 64.06.
+  const TLoaded wide(Text("P5 2 1 1023\n") + TBytes{0, 1, 3, 255});
+  ASSERT_TRUE(wide.Done);
+  EXPECT_EQ(Wide(wide.Surface, 0), 64);
+  EXPECT_EQ(Wide(wide.Surface, 1), 65535);
+}
+
+TEST(Pnm, OnlyBinaryKinds) {
+  for (const char* text : {"P1 1 1\n1\n", "P2 1 1 255\n1\n", "P3 1 1 255\n1 1 1\n", "P4 8 1\n1",
+                           "P7 1 1 255\n1", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 -1 1 255\n1",
+                           "P5 1 99999999999999999999 255\n1", "P5 0 1 255\n1", "P5 1 0 255\n1"}) {
+    EXPECT_FALSE(TLoaded(Text(text)).Done) << text;
+  }
+}
+
+TEST(Hdr, FlatAndPacked) {
+  // A component is m * 2^(e - 136): 128 * 2^-7 with e 129.
+  const TLoaded flat(Text("#?RGBE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 1\n") +
+                     TBytes{128, 64, 32, 129, 1, 2, 3, 136});
+  ASSERT_TRUE(flat.Done);
+  ExpectRecord(flat.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3);
+  const float expected[] = {1, 2, 3, 1, 0.5f, 0.25f};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(Float(flat.Surface, i), expected[i]) << i;
+  }
+  // Eight pixels: a run of three and five single ones; red, green 0, blue 0, exponent 136.
+  const TLoaded packed(Text("#?RADIANCE\n# made by hand\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 8\n") +
+                       TBytes{2, 2, 0, 8} + TBytes{0x83, 9, 5, 1, 2, 3, 4, 5} + TBytes{0x88, 0} +
+                       TBytes{0x88, 0} + TBytes{0x88, 136});
+  ASSERT_TRUE(packed.Done);
+  ExpectRecord(packed.Surface, 8, 1, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3);
+  const float reds[] = {9, 9, 9, 1, 2, 3, 4, 5};
+  for (int x = 0; x < 8; ++x) {
+    EXPECT_EQ(Float(packed.Surface, 3 * x), reds[x]) << x;
+    EXPECT_EQ(Float(packed.Surface, 3 * x + 1), 0.0f) << x;
+  }
+}
+
+TEST(LoadImage, FromAFileAndFromTheRestOfAStream) {
+  const TTemporary file("_load.pgm");
+  const TBytes bytes = Text("P5 2 1 255\n") + TBytes{7, 9};
+  std::ofstream(file.Name, std::ios::binary)
+      .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+  DATASURFACE surface = {};
+  ASSERT_TRUE(LoadImage(file.Name, nullptr, &surface));
+  ExpectRecord(surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(surface.Data[0], 7);
+  FreeDataSurfaceData(surface);
+
+  const TBytes behind = Text("skipped") + bytes;
+  TBytesStream stream(behind, 3);
+  stream.Position = 7;
+  ASSERT_TRUE(LoadImage(&stream, nullptr, &surface));
+  EXPECT_EQ(surface.Data[1], 9);
+  EXPECT_EQ(stream.Position, behind.size());
+  FreeDataSurfaceData(surface);
+}
+
+TEST(LoadImage, LargerThanTheFirstRead) {
+  TBytes pixels(700 * 300);
+  for (std::size_t i = 0; i < pixels.size(); ++i) {
+    pixels[i] = static_cast<std::uint8_t>(i * i >> 7);
+  }
+  const TLoaded image(Text("P5 700 300 255\n") + pixels);
+  ASSERT_TRUE(image.Done);
+  for (std::size_t y = 0; y < 300; ++y) {
+    ASSERT_EQ(std::memcmp(image.Surface.Data + y * 700, pixels.data() + (299 - y) * 700, 700), 0);
+  }
+}
+
+class TFailingStream : public TZxStream {
+public:
+  unsigned long Read(void*, unsigned long) override { return ~0ul; }
+  operator bool() override { return true; }
+};
+
+class TThrowingStream : public TZxStream {
+public:
+  unsigned long Read(void* data, unsigned long) override {
+    if (Done) {
+      throw 5;
+    }
+    Done = true;
+    std::memcpy(data, "P5 9", 4);
+    return 4;
+  }
+  operator bool() override { return true; }
+  bool Done = false;
+};
+
+// Bytes without end that look like nothing.
+class TEndlessStream : public TZxStream {
+public:
+  unsigned long Read(void* data, unsigned long size) override {
+    std::memset(data, 0, size);
+    Total += size;
+    return size;
+  }
+  operator bool() override { return true; }
+  unsigned long Total = 0;
+};
+
+TEST(LoadImage, FalseLeavesTheTargetAlone) {
+  std::uint8_t pixel = 5;
+  DATASURFACE target;
+  ASSERT_TRUE(ds::Set(&target, 1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, &pixel));
+  const DATASURFACE before = target;
+  EXPECT_FALSE(LoadImage(std::string("/nonexistent/file.png"), nullptr, &target));
+  EXPECT_FALSE(LoadImage(std::string("/"), nullptr, &target));
+  EXPECT_FALSE(LoadImage(std::string(), nullptr, &target));
+  EXPECT_FALSE(LoadImage(static_cast<TZxStream*>(nullptr), nullptr, &target));
+  TZxStream none;
+  EXPECT_FALSE(LoadImage(&none, nullptr, &target));
+  TFailingStream failing;
+  EXPECT_FALSE(LoadImage(&failing, nullptr, &target));
+  const TBytes empty;
+  TBytesStream emptyStream(empty);
+  EXPECT_FALSE(LoadImage(&emptyStream, nullptr, &target));
+  const TBytes damaged = Text("P5 2 2 255\n123");
+  TBytesStream damagedStream(damaged);
+  EXPECT_FALSE(LoadImage(&damagedStream, nullptr, &target));
+  TThrowingStream throwing;
+  EXPECT_THROW(LoadImage(&throwing, nullptr, &target), int);
+  EXPECT_EQ(std::memcmp(&before, &target, sizeof target), 0);
+}
+
+TEST(LoadImage, ReadsNoFurtherThanTheHeadOfWhatIsNoImage) {
+  TEndlessStream stream;
+  DATASURFACE target = {};
+  EXPECT_FALSE(LoadImage(&stream, nullptr, &target));
+  EXPECT_LE(stream.Total, 1ul << 16);
+}
+
+struct KIND {
+  DATA_TYPE Type;
+  int Channels;
+};
+
+TEST(SaveImage, RoundTripOfEveryKind) {
+  const TTemporary file("_round.png");
+  for (DATA_TYPE type : {DATA_TYPE_UINT8, DATA_TYPE_UINT16}) {
+    for (int channels = 1; channels <= 4; ++channels) {
+      TDataSurface surface;
+      ASSERT_TRUE(surface.Create(5, 3, DATA_FORMAT_NONE, type, channels));
+      for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
+        surface.Data[i] = static_cast<std::uint8_t>(i * 5 + 1);
+      }
+      TSaveImageHint hint;
+      hint.Compression = channels;
+      ASSERT_TRUE(SaveImage(file.Name, channels == 2 ? nullptr : &hint, surface));
+      DATASURFACE back = {};
+      ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
+      const DATA_FORMAT formats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
+                                     DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
+      ExpectRecord(back, 5, 3, formats[channels - 1], type, channels);
+      EXPECT_EQ(std::memcmp(back.Data, surface.Data, surface.DataSize), 0);
+      FreeDataSurfaceData(back);
+    }
+  }
+}
+
+TEST(SaveImage, FileHasTheTopRowFirst) {
+  const TTemporary file("_order.png");
+  std::uint8_t pixels[] = {1, 2, 3, 4}; // the bottom row first
+  DATASURFACE surface;
+  ASSERT_TRUE(ds::Set(&surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
+  ASSERT_TRUE(SaveImage(file.Name, nullptr, surface));
+  png_image image = {};
+  image.version = PNG_IMAGE_VERSION;
+  ASSERT_NE(png_image_begin_read_from_file(&image, file.Name.c_str()), 0);
+  image.format = PNG_FORMAT_GRAY;
+  std::uint8_t stored[4] = {};
+  ASSERT_NE(png_image_finish_read(&image, nullptr, stored, 2, nullptr), 0);
+  const std::uint8_t expected[] = {3, 4, 1, 2};
+  EXPECT_EQ(std::memcmp(stored, expected, 4), 0);
+}
+
+TEST(SaveImage, PartOfASurface) {
+  const TTemporary file("_part.png");
+  std::uint8_t pixels[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
+  DATASURFACE surface, part, back = {};
+  ASSERT_TRUE(ds::Set(&surface, 3, 3, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
+  ASSERT_TRUE(ds::GetSubSurface(surface, 1, 1, 2, 2, &part));
+  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
+  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
+  const std::uint8_t expected[] = {5, 6, 8, 9};
+  EXPECT_EQ(std::memcmp(back.Data, expected, 4), 0);
+  FreeDataSurfaceData(back);
+  // Components in pixels that lie further apart.
+  part = surface;
+  part.Width = 1;
+  part.PixelStride = 3;
+  part.Channels = 2;
+  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
+  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
+  const std::uint8_t pairs[] = {1, 2, 4, 5, 7, 8};
+  EXPECT_EQ(std::memcmp(back.Data, pairs, 6), 0);
+  FreeDataSurfaceData(back);
+}
+
+TEST(SaveImage, RefusesWhatAPngCannotHold) {
+  const TTemporary file("_refused.png");
+  TDataSurface surface;
+  for (DATA_TYPE type : {DATA_TYPE_INT8, DATA_TYPE_BOOL, DATA_TYPE_UINT32, DATA_TYPE_FLOAT}) {
+    ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, type, 1));
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
+  }
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 5));
+  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
+  EXPECT_FALSE(SaveImage(file.Name, nullptr, DATASURFACE{}));
+  EXPECT_FALSE(std::filesystem::exists(file.Name));
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  EXPECT_FALSE(SaveImage("/nonexistent/file.png", nullptr, surface));
+}
+
+TEST(SaveImage, FileThatCouldNotBeCompletedIsRemoved) {
+  const TTemporary file("_full.png");
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(300, 300, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  std::uint32_t noise = 1;
+  for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
+    noise = noise * 1664525 + 1013904223;
+    surface.Data[i] = static_cast<std::uint8_t>(noise >> 24);
+  }
+  // Files of this process end at 4096 bytes for a while.
+  const auto old = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit = {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small = {4096, limit.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
+  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  std::signal(SIGXFSZ, old);
+  EXPECT_FALSE(std::filesystem::exists(file.Name));
+  EXPECT_TRUE(SaveImage(file.Name, nullptr, surface));
+}
+
+} // namespace
