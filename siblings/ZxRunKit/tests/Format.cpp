@@ -1,0 +1,87 @@
+#include <ZxRunKit/ZxRunKit.h>
+
+#include <climits>
+#include <clocale>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <locale.h>
+
+#include "CommaLocale.h"
+
+namespace {
+
+using Zentrix::ssprintf;
+
+TEST(Ssprintf, WritesWhatPrintfWrites) {
+  EXPECT_EQ(ssprintf("plain"), "plain");
+  EXPECT_EQ(ssprintf("%s", ""), "");
+  EXPECT_EQ(ssprintf("%d|%u|%lli|%llu", -5, 4294967295U, LLONG_MIN, ULLONG_MAX),
+            "-5|4294967295|-9223372036854775808|18446744073709551615");
+  EXPECT_EQ(ssprintf("%f %0.16f %%", 0.5, 0.25), "0.500000 0.2500000000000000 %");
+  EXPECT_EQ(ssprintf("%5s|%-5s|%c", "ab", "cd", 'e'), "   ab|cd   |e");
+}
+
+// Every length around the buffers that a formatter may use inside.
+TEST(Ssprintf, HasNoLimitOfLength) {
+  for (const std::size_t length : {0, 1, 254, 255, 256, 257, 510, 511, 512, 513, 4095, 100000}) {
+    const std::string text(length, 'x');
+    EXPECT_EQ(ssprintf("<%s>", text.c_str()), "<" + text + ">") << length;
+  }
+}
+
+TEST(Ssprintf, WritesTheLargestDouble) {
+  const std::string text = ssprintf("%0.16f", 1.7976931348623157e308);
+  ASSERT_EQ(text.size(), 309U + 1 + 16);
+  EXPECT_EQ(text.substr(0, 17), "17976931348623157");
+  EXPECT_EQ(text.substr(308), "8.0000000000000000");
+}
+
+TEST(Ssprintf, IsEmptyWithoutAFormat) {
+  const char* const none = nullptr;
+  EXPECT_EQ(ssprintf(none), "");
+}
+
+// The "C" locale has no bytes for this character.
+TEST(Ssprintf, IsEmptyWhereTheLibraryRefuses) { EXPECT_EQ(ssprintf("a%lsb", L"\u0416"), ""); }
+
+TEST(Ssprintf, DoesNotFollowTheHostsLocale) {
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  EXPECT_EQ(ssprintf("%f", 1.5), "1.500000");
+  char text[8];
+  std::snprintf(text, sizeof text, "%.1f", 1.5);
+  EXPECT_STREQ(text, "1,5") << "the host's locale is in force again";
+}
+
+TEST(Ssprintf, KeepsTheThreadsOwnLocale) {
+  const locale_t mine = newlocale(LC_ALL_MASK, "C.utf8", nullptr);
+  ASSERT_NE(mine, nullptr);
+  const locale_t before = uselocale(mine);
+  EXPECT_EQ(ssprintf("%.2f", 2.25), "2.25");
+  EXPECT_EQ(uselocale(nullptr), mine);
+  uselocale(before);
+  freelocale(mine);
+}
+
+TEST(CLocale, IsTheSameObjectEachTime) {
+  ASSERT_NE(Zentrix::CLocale(), nullptr);
+  EXPECT_EQ(Zentrix::CLocale(), Zentrix::CLocale());
+  EXPECT_EQ(strtod_l("1.5", nullptr, Zentrix::CLocale()), 1.5);
+}
+
+TEST(ZxRunKitModule, CountsItsUsers) {
+  Deinit_ZxRunKit();
+  Init_ZxRunKit();
+  Init_ZxRunKit();
+  Deinit_ZxRunKit();
+  EXPECT_EQ(ssprintf("%d", 1), "1");
+  Deinit_ZxRunKit();
+  Deinit_ZxRunKit();
+}
+
+} // namespace
