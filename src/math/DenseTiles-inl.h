@@ -2,7 +2,7 @@
 // sequence of operations: a product and a sum are two roundings, and the sum runs in ascending t.
 
 #include <cstddef>
-#include <cstring>
+#include <utility>
 
 #if defined(ZX_MATH_DENSE_TILES_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_MATH_DENSE_TILES_INL_H
@@ -77,6 +77,35 @@ HWY_INLINE void UpdateTile(double* HWY_RESTRICT tile, size_t stride, const doubl
     for (size_t v = 0; v < Vectors; ++v) {
       hn::StoreU(sums[i][v], d, tile + i * stride + v * lanes);
     }
+  }
+}
+
+/// Copies a short row. (The library's copies call the block move of the processor, which is slow to
+/// start.)
+HWY_INLINE void CopyRow(const double* HWY_RESTRICT from, size_t count, double* HWY_RESTRICT to) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  size_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    hn::StoreU(hn::LoadU(d, from + j), d, to + j);
+  }
+  for (; j < count; ++j) {
+    to[j] = from[j];
+  }
+}
+
+/// Exchanges two rows.
+HWY_INLINE void SwapRows(double* HWY_RESTRICT a, double* HWY_RESTRICT b, size_t count) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  size_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    const hn::Vec<DOUBLES> kept = hn::LoadU(d, a + j);
+    hn::StoreU(hn::LoadU(d, b + j), d, a + j);
+    hn::StoreU(kept, d, b + j);
+  }
+  for (; j < count; ++j) {
+    std::swap(a[j], b[j]);
   }
 }
 

@@ -67,8 +67,8 @@ bool InvertByRows(INVERSION& job) {
     double* pivotRow = w + k * stride;
     double* pivotInv = inv + k * stride;
     if (p != k) {
-      std::swap_ranges(pivotRow, pivotRow + columns, w + p * stride);
-      std::swap_ranges(pivotInv, pivotInv + columns, inv + p * stride);
+      SwapRows(pivotRow, w + p * stride, columns);
+      SwapRows(pivotInv, inv + p * stride, columns);
     }
     // Columns up to k are never read again, so that whole vectors may go over them.
     const size_t start = (k + 1) / hn::Lanes(DOUBLES()) * hn::Lanes(DOUBLES());
@@ -124,7 +124,7 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
 bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps, double* scales) {
   const size_t rows = job.n - k0;
   for (size_t i = 0; i < rows; ++i) {
-    std::copy_n(job.w + (k0 + i) * job.stride + k0, PanelPivots, job.panel + i * PanelPivots);
+    CopyRow(job.w + (k0 + i) * job.stride + k0, PanelPivots, job.panel + i * PanelPivots);
   }
   for (size_t t = 0; t < count; ++t) {
     double* pivot = job.panel + t * PanelPivots;
@@ -143,7 +143,7 @@ bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps, double*
     }
     swaps[t] = p;
     if (p != t) {
-      std::swap_ranges(pivot, pivot + PanelPivots, job.panel + p * PanelPivots);
+      SwapRows(pivot, job.panel + p * PanelPivots, PanelPivots);
     }
     scales[t] = 1.0 / pivot[t];
     ScaleRow(pivot + t + 1, scales[t], PanelPivots - t - 1);
@@ -163,7 +163,7 @@ bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps, double*
   for (size_t i = 0; i < rows; ++i) {
     const double* row = job.panel + i * PanelPivots;
     job.skips[i] = std::find(row, row + std::min(i, count), 0.0) != row + std::min(i, count);
-    std::copy_n(row, PanelPivots, job.w + (k0 + i) * job.stride + k0);
+    CopyRow(row, PanelPivots, job.w + (k0 + i) * job.stride + k0);
   }
   return true;
 }
@@ -174,7 +174,7 @@ void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count
   const size_t width = 2 * hn::Lanes(DOUBLES());
   HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
   for (size_t t = 0; t < count; ++t) {
-    std::copy_n(strip + (k0 + t) * job.stride, width, pivots + t * width);
+    CopyRow(strip + (k0 + t) * job.stride, width, pivots + t * width);
   }
   for (size_t t = 0; t < count; ++t) {
     ScaleRow(pivots + t * width, scales[t], width);
@@ -186,7 +186,7 @@ void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count
     }
   }
   for (size_t t = 0; t < count; ++t) {
-    std::copy_n(pivots + t * width, width, strip + (k0 + t) * job.stride);
+    CopyRow(pivots + t * width, width, strip + (k0 + t) * job.stride);
   }
   SubtractPivots(strip + (k0 + count) * job.stride, job.stride, job.n - k0 - count,
                  job.panel + count * PanelPivots, job.skips + count, pivots, count);
@@ -207,7 +207,7 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
   for (size_t x = 0; x < job.n; x += width) {
     double* strip = job.inv + x;
     for (size_t t = 0; t < count; ++t) {
-      std::copy_n(strip + (last - t) * job.stride, width, pivots + t * width);
+      CopyRow(strip + (last - t) * job.stride, width, pivots + t * width);
     }
     for (size_t t = 0; t < count; ++t) {
       for (size_t u = t + 1; u < count; ++u) {
@@ -218,7 +218,7 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
       }
     }
     for (size_t t = 0; t < count; ++t) {
-      std::copy_n(pivots + t * width, width, strip + (last - t) * job.stride);
+      CopyRow(pivots + t * width, width, strip + (last - t) * job.stride);
     }
     SubtractPivots(strip, job.stride, c0, job.panel, job.skips, pivots, count);
   }
@@ -238,11 +238,10 @@ bool InvertByPanels(INVERSION& job) {
       if (swaps[t] != t) {
         double* row = job.w + (k0 + t) * job.stride;
         double* other = job.w + (k0 + swaps[t]) * job.stride;
-        std::swap_ranges(row + std::min(right, job.stride), row + job.stride,
-                         other + std::min(right, job.stride));
+        SwapRows(row + right, other + right, job.n > right ? job.n - right : 0);
         row = job.inv + (k0 + t) * job.stride;
         other = job.inv + (k0 + swaps[t]) * job.stride;
-        std::swap_ranges(row, row + job.n, other);
+        SwapRows(row, other, job.n);
       }
     }
     for (size_t x = right; x < job.n; x += width) {

@@ -15,8 +15,9 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Steps of the sum that one packed panel holds: 32 KiB with the widest vectors.
-constexpr size_t PanelSteps = 256;
+/// Steps of the sum that one packed panel holds: 16 KiB with the widest vectors, so that the rows
+/// on the left find room beside it in the first cache.
+constexpr size_t PanelSteps = 128;
 
 /// res(y, x) is the sum over k of l[y * rowStride + k * stepStride] * r(k, x). With `upper` only
 /// elements on and above the diagonal are certain to be written.
@@ -33,12 +34,9 @@ HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStrid
     for (size_t t = 0; t < steps; ++t) {
       const double* from = r + (k + t) * columns + x;
       double* to = panel + t * stripColumns;
-      if (width == stripColumns) {
-        for (size_t v = 0; v < Vectors; ++v) {
-          hn::Store(hn::LoadU(d, from + v * hn::Lanes(d)), d, to + v * hn::Lanes(d));
-        }
-      } else {
-        std::fill(std::copy_n(from, width, to), to + stripColumns, 0.0);
+      CopyRow(from, width, to);
+      for (size_t j = width; j < stripColumns; ++j) {
+        to[j] = 0.0;
       }
     }
     for (size_t y = 0; y < rows; y += TileRows) {
@@ -51,12 +49,12 @@ HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStrid
         continue;
       }
       for (size_t i = 0; i < count && k != 0; ++i) {
-        std::copy_n(tile + i * columns, width, edge + i * stripColumns);
+        CopyRow(tile + i * columns, width, edge + i * stripColumns);
       }
       UpdateTileRows<Vectors>(count, edge, stripColumns, m, rowStride, stepStride, panel, steps,
                               k == 0, ADD());
       for (size_t i = 0; i < count; ++i) {
-        std::copy_n(edge + i * stripColumns, width, tile + i * columns);
+        CopyRow(edge + i * stripColumns, width, tile + i * columns);
       }
     }
   }
