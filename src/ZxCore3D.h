@@ -2,6 +2,7 @@
 
 /// Everything that ZxCore3D offers.
 
+#include <ZxCore3D/module/Module.h>
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ProgramCPU.h>
