@@ -24,6 +24,9 @@ enum : unsigned int {
   kGLRG = 0x8227,
 };
 
+// Half a tebibyte: beyond any surface, so that absurd sizes do not reach the allocator.
+constexpr std::uint64_t kMostBlockBytes = std::uint64_t{1} << 39;
+
 std::uint64_t PixelBytes(const DATASURFACE& surface) {
   return std::uint64_t{surface.Channels} * GetTypeSize(surface.Type);
 }
@@ -130,8 +133,7 @@ std::uint8_t* AllocateSurfaceBlock(std::uint64_t dataSize, std::uint64_t rowStri
                                    std::uint64_t pixelStride) {
   std::uint64_t size = 0;
   if (__builtin_add_overflow(dataSize, rowStride, &size) ||
-      __builtin_add_overflow(size, pixelStride, &size) || size == 0 ||
-      size > static_cast<std::uint64_t>(std::numeric_limits<std::ptrdiff_t>::max())) {
+      __builtin_add_overflow(size, pixelStride, &size) || size == 0 || size > kMostBlockBytes) {
     return nullptr;
   }
   return static_cast<std::uint8_t*>(std::calloc(size, 1));
@@ -223,10 +225,9 @@ bool GetSubSurface(const DATASURFACE& surface, int x, int y, int width, int heig
   out->Width = static_cast<std::int32_t>(right - left);
   out->Height = static_cast<std::int32_t>(top - bottom);
   out->Data = PixelAt(surface, static_cast<int>(left), static_cast<int>(bottom));
-  out->DataSize = static_cast<std::uint64_t>(out->Height - 1) *
-                      static_cast<std::uint64_t>(surface.RowStride) +
-                  static_cast<std::uint64_t>(out->Width) *
-                      static_cast<std::uint64_t>(surface.PixelStride);
+  out->DataSize =
+      static_cast<std::uint64_t>(out->Height - 1) * static_cast<std::uint64_t>(surface.RowStride) +
+      static_cast<std::uint64_t>(out->Width) * static_cast<std::uint64_t>(surface.PixelStride);
   return true;
 }
 

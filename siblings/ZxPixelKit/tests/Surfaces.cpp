@@ -79,6 +79,7 @@ TEST(Block, SizesThatOverflowGiveNone) {
   EXPECT_EQ(AllocateSurfaceBlock(~0ull, 1, 0), nullptr);
   EXPECT_EQ(AllocateSurfaceBlock(~0ull - 8, 4, 5), nullptr);
   EXPECT_EQ(AllocateSurfaceBlock(1ull << 63, 4, 4), nullptr);
+  EXPECT_EQ(AllocateSurfaceBlock(1ull << 39, 0, 1), nullptr);
   EXPECT_EQ(AllocateSurfaceBlock(0, 0, 0), nullptr);
 }
 

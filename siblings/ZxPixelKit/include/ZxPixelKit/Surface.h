@@ -25,8 +25,8 @@ ZX_PIXELKIT_API DATA_FORMAT DataFormatFromGL(unsigned int glFormat);
 ZX_PIXELKIT_API int GetFormatComponents(unsigned int glFormat);
 
 /// Allocates a block for `dataSize` bytes of pixels and, behind them, zeroed slack of `rowStride +
-/// pixelStride` bytes. The pixels are zeroed too. Freed by `free`. Null when the sum overflows or
-/// memory is exhausted.
+/// pixelStride` bytes. The pixels are zeroed too. Freed by `free`. Null when the sum is 0,
+/// overflows or is above 2^39, or memory is exhausted.
 ZX_PIXELKIT_API std::uint8_t* AllocateSurfaceBlock(std::uint64_t dataSize, std::uint64_t rowStride,
                                                    std::uint64_t pixelStride);
 
