@@ -1,1 +1,26 @@
-# Install rules.
+# The install tree: libraries, headers as the tree of src/ stands, CMake package, pkg-config module.
+
+include(CMakePackageConfigHelpers)
+
+install(TARGETS ZxCore3D EXPORT ZxCore3DTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+
+# Headers that only the library's own sources include.
+set(ZX_PRIVATE_HEADERS
+  "-inl\\.h$|/ZxModule_Initializer\\.h$|/Numbers\\.h$|/NullName\\.h$|/ObjectAccess\\.h$|/StreamAccess\\.h$"
+  "|/TVariantWords\\.h$|/TextScan\\.h$|/FileNameScan\\.h$|/Span[A-Za-z]*\\.h$|/private/")
+string(REPLACE ";" "" ZX_PRIVATE_HEADERS "${ZX_PRIVATE_HEADERS}")
+install(DIRECTORY "${CMAKE_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ZxCore3D"
+        FILES_MATCHING PATTERN "*.h" REGEX "${ZX_PRIVATE_HEADERS}" EXCLUDE)
+
+install(EXPORT ZxCore3DTargets NAMESPACE ZxCore3D::
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
+configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/ZxCore3DConfig.cmake.in"
+  "${CMAKE_BINARY_DIR}/ZxCore3DConfig.cmake"
+  INSTALL_DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
+write_basic_package_version_file("${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
+  COMPATIBILITY SameMajorVersion)
+install(FILES "${CMAKE_BINARY_DIR}/ZxCore3DConfig.cmake"
+              "${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
+        DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
+configure_file("${CMAKE_SOURCE_DIR}/cmake/ZxCore3D.pc.in" "${CMAKE_BINARY_DIR}/ZxCore3D.pc" @ONLY)
+install(FILES "${CMAKE_BINARY_DIR}/ZxCore3D.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
