@@ -1,0 +1,273 @@
+#include <ZxCore3D/object/TImageSurface.h>
+
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <ZxBaseKit/TZxStream.h>
+#include <ZxPixelKit/Image.h>
+#include <ZxPixelKit/Surface.h>
+
+namespace {
+
+using Zx3D::TImageSurface;
+
+void ExpectEmpty(const DATASURFACE& s) {
+  EXPECT_EQ(s.Width, 0);
+  EXPECT_EQ(s.Height, 0);
+  EXPECT_EQ(s.Depth, 0);
+  EXPECT_EQ(s.PixelStride, 0);
+  EXPECT_EQ(s.RowStride, 0);
+  EXPECT_EQ(s.SliceStride, 0);
+  EXPECT_EQ(s.Format, DATA_FORMAT_NONE);
+  EXPECT_EQ(s.Type, DATA_TYPE_NONE);
+  EXPECT_EQ(s.Channels, 0);
+  EXPECT_EQ(s.Data, nullptr);
+  EXPECT_EQ(s.DataSize, 0u);
+}
+
+DATASURFACE Record(int width, int height) {
+  DATASURFACE made;
+  EXPECT_TRUE(ds::Set(&made, width, height, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, nullptr));
+  made.Data = static_cast<std::uint8_t*>(std::malloc(made.DataSize));
+  for (std::uint64_t i = 0; i < made.DataSize; ++i) {
+    made.Data[i] = static_cast<std::uint8_t>(i + 1);
+  }
+  return made;
+}
+
+TEST(TImageSurface, StartsEmptyWithOneReference) {
+  TImageSurface* image = new TImageSurface;
+  EXPECT_EQ(image->GetRefCount(), 1u);
+  ExpectEmpty(image->m_Surface);
+  EXPECT_EQ(image->m_ExtraSize, 0u);
+  EXPECT_EQ(image->AddRef(), 2u);
+  EXPECT_EQ(image->Release(), 1u);
+  EXPECT_EQ(image->Release(), 0u);
+}
+
+TEST(TImageSurface, FieldsStandBehindTheBase) {
+  TImageSurface image;
+  const auto* start = reinterpret_cast<const char*>(&image);
+  EXPECT_EQ(reinterpret_cast<const char*>(&image.m_ExtraSize) -
+                reinterpret_cast<const char*>(&image.m_Surface),
+            static_cast<std::ptrdiff_t>(sizeof(DATASURFACE)));
+  EXPECT_GT(reinterpret_cast<const char*>(&image.m_Surface), start);
+}
+
+// Slot numbers as a pointer to a virtual member holds them: the offset in the table plus 1.
+template <class TMember> std::ptrdiff_t Slot(TMember member) {
+  std::ptrdiff_t words[2];
+  static_assert(sizeof member == sizeof words);
+  std::memcpy(words, &member, sizeof words);
+  return (words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
+}
+
+TEST(TImageSurface, OrderOfTheVirtualOperations) {
+  using TLong = bool (TImageSurface::*)(unsigned long, unsigned long, unsigned long, unsigned long,
+                                        DATA_FORMAT, DATA_TYPE, int, void*);
+  EXPECT_EQ(Slot(&TImageSurface::AddRef), 2);
+  EXPECT_EQ(Slot(&TImageSurface::Release), 3);
+  EXPECT_EQ(Slot(&TImageSurface::QueryInterface), 4);
+  EXPECT_EQ(Slot(&TImageSurface::SetDataSize), 5);
+  EXPECT_EQ(Slot(static_cast<TLong>(&TImageSurface::SetImage2D)), 6);
+}
+
+TEST(TImageSurface, SetDataSize) {
+  TImageSurface image;
+  EXPECT_TRUE(image.SetDataSize(0));
+  ExpectEmpty(image.m_Surface);
+  ASSERT_TRUE(image.SetDataSize(10));
+  EXPECT_EQ(image.m_Surface.DataSize, 10u);
+  ASSERT_NE(image.m_Surface.Data, nullptr);
+  std::memcpy(image.m_Surface.Data, "abcdefghij", 10);
+  const std::uint8_t* block = image.m_Surface.Data;
+  EXPECT_TRUE(image.SetDataSize(10));
+  EXPECT_EQ(image.m_Surface.Data, block);
+  ASSERT_TRUE(image.SetDataSize(5000));
+  EXPECT_EQ(std::memcmp(image.m_Surface.Data, "abcdefghij", 10), 0);
+  ASSERT_TRUE(image.SetDataSize(3));
+  EXPECT_EQ(image.m_Surface.DataSize, 3u);
+  EXPECT_EQ(std::memcmp(image.m_Surface.Data, "abc", 3), 0);
+  image.m_Surface.Width = 3;
+  EXPECT_TRUE(image.SetDataSize(0));
+  ExpectEmpty(image.m_Surface);
+}
+
+TEST(TImageSurface, FailedSetDataSizeKeepsAll) {
+  TImageSurface image;
+  ASSERT_TRUE(image.SetDataSize(4));
+  std::memcpy(image.m_Surface.Data, "abcd", 4);
+  image.m_ExtraSize = 2;
+  const std::uint8_t* block = image.m_Surface.Data;
+  // The sum with the extra size overflows.
+  EXPECT_FALSE(image.SetDataSize(~0ul));
+  EXPECT_FALSE(image.SetImage2D(1, 2, 1, ~0ul / 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, nullptr));
+  EXPECT_EQ(image.m_Surface.Data, block);
+  EXPECT_EQ(image.m_Surface.DataSize, 4u);
+  EXPECT_EQ(image.m_Surface.Width, 0);
+  EXPECT_EQ(image.m_ExtraSize, 2u);
+  EXPECT_EQ(std::memcmp(block, "abcd", 4), 0);
+}
+
+TEST(TImageSurface, ImageOfFourByTwo) {
+  std::uint8_t pixels[24];
+  for (std::uint8_t i = 0; i < 24; ++i) {
+    pixels[i] = i;
+  }
+  TImageSurface image;
+  ASSERT_TRUE(image.SetImage2D(4, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3, pixels));
+  const DATASURFACE& s = image.m_Surface;
+  EXPECT_EQ(s.Width, 4);
+  EXPECT_EQ(s.Height, 2);
+  EXPECT_EQ(s.Depth, 1);
+  EXPECT_EQ(s.PixelStride, 3);
+  EXPECT_EQ(s.RowStride, 12);
+  EXPECT_EQ(s.SliceStride, 24);
+  EXPECT_EQ(s.Format, DATA_FORMAT_RGB);
+  EXPECT_EQ(s.Type, DATA_TYPE_UINT8);
+  EXPECT_EQ(s.Channels, 3);
+  EXPECT_EQ(s.DataSize, 24u);
+  EXPECT_NE(s.Data, pixels);
+  EXPECT_EQ(std::memcmp(s.Data, pixels, 24), 0);
+}
+
+TEST(TImageSurface, StridesAsGiven) {
+  std::uint8_t pixels[40] = {5};
+  TImageSurface image;
+  ASSERT_TRUE(image.SetImage2D(3, 2, 6, 20, DATA_FORMAT_RG, DATA_TYPE_UINT16, 2, pixels));
+  EXPECT_EQ(image.m_Surface.PixelStride, 6);
+  EXPECT_EQ(image.m_Surface.RowStride, 20);
+  EXPECT_EQ(image.m_Surface.SliceStride, 40);
+  EXPECT_EQ(image.m_Surface.DataSize, 40u);
+  EXPECT_EQ(image.m_Surface.Data[0], 5);
+  // A channel count is stored in a byte.
+  ASSERT_TRUE(image.SetImage2D(1, 1, 1, 40, DATA_FORMAT_RED, DATA_TYPE_UINT8, 257, nullptr));
+  EXPECT_EQ(image.m_Surface.Channels, 1);
+}
+
+TEST(TImageSurface, WithoutDataTheBlockKeepsItsContent) {
+  std::uint8_t pixels[4] = {1, 2, 3, 4};
+  TImageSurface image;
+  ASSERT_TRUE(image.SetImage2D(2, 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, nullptr));
+  ASSERT_NE(image.m_Surface.Data, nullptr);
+  EXPECT_EQ(image.m_Surface.DataSize, 4u);
+  ASSERT_TRUE(image.SetImage2D(2, 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, pixels));
+  ASSERT_TRUE(image.SetImage2D(4, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, nullptr));
+  EXPECT_EQ(image.m_Surface.Width, 4);
+  EXPECT_EQ(image.m_Surface.Height, 1);
+  EXPECT_EQ(std::memcmp(image.m_Surface.Data, pixels, 4), 0);
+}
+
+TEST(TImageSurface, ImageWithoutRowsHasNoBlock) {
+  TImageSurface image;
+  std::uint8_t pixel = 1;
+  ASSERT_TRUE(image.SetImage2D(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, &pixel));
+  ASSERT_TRUE(image.SetImage2D(5, 0, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, &pixel));
+  EXPECT_EQ(image.m_Surface.Data, nullptr);
+  EXPECT_EQ(image.m_Surface.Width, 5);
+  EXPECT_EQ(image.m_Surface.Height, 0);
+  EXPECT_EQ(image.m_Surface.DataSize, 0u);
+}
+
+TEST(TImageSurface, AttachFormsTakeTheBlockAndLeaveTheRecord) {
+  TImageSurface image;
+  ASSERT_TRUE(image.SetDataSize(100));
+  DATASURFACE first = Record(3, 2);
+  image.Attach(first);
+  EXPECT_EQ(image.m_Surface.Data, first.Data);
+  EXPECT_NE(first.Data, nullptr);
+  EXPECT_EQ(image.m_Surface.Width, 3);
+  EXPECT_EQ(image.m_ExtraSize, 6u);
+
+  const DATASURFACE second = Record(5, 1);
+  image.AttachDataSurface(second);
+  EXPECT_EQ(image.m_Surface.Data, second.Data);
+  EXPECT_EQ(image.m_Surface.DataSize, 5u);
+  EXPECT_EQ(image.m_ExtraSize, 0u);
+}
+
+TEST(TImageSurface, ExtraSizeIsAllocatedOnTop) {
+  TImageSurface image;
+  DATASURFACE record = Record(64, 1);
+  image.Attach(record);
+  ASSERT_TRUE(image.SetDataSize(10));
+  EXPECT_EQ(image.m_Surface.DataSize, 10u);
+  // 64 + 10 bytes belong to the block now.
+  std::memset(image.m_Surface.Data, 7, 74);
+  EXPECT_EQ(image.m_Surface.Data[73], 7);
+  EXPECT_EQ(image.m_ExtraSize, 64u);
+  // Releasing the block leaves the extra size.
+  ASSERT_TRUE(image.SetDataSize(0));
+  EXPECT_EQ(image.m_ExtraSize, 64u);
+}
+
+TEST(TImageSurface, AttachingItsOwnRecordKeepsTheBlock) {
+  TImageSurface image;
+  const DATASURFACE record = Record(3, 1);
+  image.AttachDataSurface(record);
+  image.AttachDataSurface(image.m_Surface);
+  ASSERT_EQ(image.m_Surface.Data, record.Data);
+  EXPECT_EQ(image.m_Surface.Data[2], 3);
+}
+
+class TTextStream : public TZxStream {
+public:
+  explicit TTextStream(std::string text) : m_Text(std::move(text)) {}
+  unsigned long Read(void* data, unsigned long size) override {
+    const std::string part = m_Text.substr(0, size);
+    std::memcpy(data, part.data(), part.size());
+    m_Text.erase(0, part.size());
+    return part.size();
+  }
+  operator bool() override { return true; }
+
+private:
+  std::string m_Text;
+};
+
+TEST(LoadImageObject, FromAStream) {
+  TTextStream stream("P5 2 2 255\nabcd");
+  TImageSurface* image = nullptr;
+  ASSERT_TRUE(Zx3D::LoadImage(&stream, nullptr, &image));
+  ASSERT_NE(image, nullptr);
+  EXPECT_EQ(image->GetRefCount(), 1u);
+  EXPECT_EQ(image->m_ExtraSize, 0u);
+  EXPECT_EQ(image->m_Surface.Width, 2);
+  EXPECT_EQ(std::memcmp(image->m_Surface.Data, "cdab", 4), 0); // row 0 is the bottom row
+  EXPECT_EQ(image->Release(), 0u);
+}
+
+TEST(LoadImageObject, FromAFile) {
+  const std::string name = (std::filesystem::temp_directory_path() /
+                            ("zx_image_surface_" + std::to_string(getpid()) + ".ppm"))
+                               .string();
+  std::ofstream(name, std::ios::binary) << "P6 1 2 255\nabcdef";
+  TSaveImageHint hint;
+  TImageSurface* image = nullptr;
+  ASSERT_TRUE(Zx3D::LoadImage(name, &hint, &image));
+  EXPECT_EQ(image->GetRefCount(), 1u);
+  EXPECT_EQ(image->m_Surface.Height, 2);
+  EXPECT_EQ(image->m_Surface.Format, DATA_FORMAT_RGB);
+  EXPECT_EQ(std::memcmp(image->m_Surface.Data, "defabc", 6), 0);
+  image->Release();
+  std::filesystem::remove(name);
+}
+
+TEST(LoadImageObject, FalseLeavesTheTarget) {
+  TImageSurface* const before = reinterpret_cast<TImageSurface*>(0x10);
+  TImageSurface* image = before;
+  EXPECT_FALSE(Zx3D::LoadImage(std::string("/nonexistent.png"), nullptr, &image));
+  EXPECT_EQ(image, before);
+  TTextStream damaged("P5 2 2 255\nabc");
+  EXPECT_FALSE(Zx3D::LoadImage(&damaged, nullptr, &image));
+  EXPECT_EQ(image, before);
+}
+
+} // namespace
