@@ -1,0 +1,185 @@
+#include <ZxCore3D/util/FileNames.h>
+
+#include <cstring>
+#include <cwchar>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+constexpr unsigned long s_Measure = ~0UL;
+constexpr unsigned long s_Fail = ~0UL;
+
+std::wstring Wide(const std::string& text) { return std::wstring(text.begin(), text.end()); }
+
+template <class TChar>
+using TExtract = unsigned long (*)(const TChar*, unsigned long, TChar*, unsigned long);
+
+// Runs one form into a buffer of exactly `size` characters between guards; the text, "~" on
+// failure.
+template <class TChar>
+std::basic_string<TChar> Extracted(TExtract<TChar> form, const std::basic_string<TChar>& name,
+                                   unsigned long length, unsigned long size) {
+  std::vector<TChar> buffer(size + 8, TChar('#'));
+  const unsigned long result = form(name.c_str(), length, buffer.data() + 4, size);
+  for (unsigned long i = 0; i < 4; ++i) {
+    EXPECT_EQ(buffer[i], TChar('#'));
+    EXPECT_EQ(buffer[size + 4 + i], TChar('#')) << "written behind the capacity";
+  }
+  if (result == s_Fail) {
+    for (const TChar c : buffer) {
+      EXPECT_EQ(c, TChar('#')) << "nothing is copied where it does not fit";
+    }
+    return {TChar('~')};
+  }
+  EXPECT_LT(result, size);
+  EXPECT_EQ(buffer[4 + result], TChar(0));
+  return {buffer.data() + 4, result};
+}
+
+// One case through the narrow and the wide form: measured, counted without a terminator behind, and
+// with capacities that just do and just don't suffice.
+void Check(TExtract<char> narrow, TExtract<wchar_t> wide, const std::string& name,
+           const std::string& expected, bool emptyNeedsRoom) {
+  EXPECT_EQ(Extracted(narrow, name, s_Measure, 64), expected) << name;
+  EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, 64), Wide(expected)) << name;
+  const std::string more = name + ".zz/yy.x";
+  EXPECT_EQ(Extracted(narrow, more, name.size(), 64), expected) << name;
+  EXPECT_EQ(Extracted(wide, Wide(more), name.size(), 64), Wide(expected)) << name;
+  EXPECT_EQ(Extracted(narrow, name, s_Measure, expected.size() + 1), expected) << name;
+  EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, expected.size() + 1), Wide(expected)) << name;
+  if (!expected.empty() || emptyNeedsRoom) {
+    EXPECT_EQ(Extracted(narrow, name, s_Measure, expected.size()), "~") << name;
+    EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, expected.size()), L"~") << name;
+  }
+}
+
+TEST(ExtractFileName, IsBehindTheLastSeparator) {
+  const auto check = [](const char* name, const char* expected) {
+    Check(&ExtractFileName, &ExtractFileName, name, expected, true);
+  };
+  check("a/b\\c", "c");
+  check("a\\b/c.d", "c.d");
+  check("a/", "");
+  check("a\\", "");
+  check("", "");
+  check("plain", "plain");
+  check("/x", "x");
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "a/bc", s_Measure - 1, 64), "bc");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileName, L"a/bc", s_Measure - 1, 64), L"bc");
+}
+
+TEST(ExtractFileName, FitsBelowTheCapacity) {
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", s_Measure, 5), "~");
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", s_Measure, 6), "abcde");
+}
+
+TEST(ExtractFilePath, IsBeforeTheLastSeparator) {
+  const auto check = [](const char* name, const char* expected, bool needsRoom = false) {
+    Check(&ExtractFilePath, &ExtractFilePath, name, expected, needsRoom);
+  };
+  check("a/b/c", "a/b");
+  check("a\\b/", "a\\b");
+  check("/c", "", true);
+  check("\\", "", true);
+  EXPECT_EQ(Extracted<char>(&ExtractFilePath, "a/b/c", s_Measure - 1, 64), "a/b");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFilePath, L"a/b/c", s_Measure - 1, 64), L"a/b");
+}
+
+// The terminator of these empty results is written whatever the capacity.
+TEST(ExtractFilePath, WithoutASeparatorIsEmptyAtAnyCapacity) {
+  for (const char* const name : {"c", ""}) {
+    for (const unsigned long size : {0UL, 1UL, 9UL}) {
+      char out[2] = "#";
+      EXPECT_EQ(ExtractFilePath(name, s_Measure, out, size), 0U);
+      EXPECT_EQ(out[0], '\0');
+      wchar_t wide[2] = L"#";
+      EXPECT_EQ(ExtractFilePath(Wide(name).c_str(), s_Measure, wide, size), 0U);
+      EXPECT_EQ(wide[0], L'\0');
+    }
+  }
+}
+
+TEST(ExtractFileTitle, IsTheFileNameWithoutItsLastExtension) {
+  const auto check = [](const char* name, const char* expected) {
+    Check(&ExtractFileTitle, &ExtractFileTitle, name, expected, true);
+  };
+  check("d.x/a.b.c", "a.b");
+  check("d.x/a", "a");
+  check("a.", "a");
+  check(".profile", "");
+  check("d/.profile", "");
+  check("", "");
+  check("d.x\\", "");
+  EXPECT_EQ(Extracted<char>(&ExtractFileTitle, "a/b.c", s_Measure - 1, 64), "b");
+}
+
+TEST(ExtractFileTitle, OnlyTheNarrowFormMeasuresOnTheSecondLength) {
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileTitle, L"a/b.c", s_Measure - 1, 64), L"~");
+}
+
+TEST(ExtractFileExt, IsTheTextFromTheLastPoint) {
+  const auto check = [](const char* name, const char* expected) {
+    Check(&ExtractFileExt, &ExtractFileExt, name, expected, false);
+  };
+  check("a.b.c", ".c");
+  check("d.x/a.b", ".b");
+  check("a.", ".");
+  check(".profile", ".profile");
+}
+
+TEST(ExtractFileExt, ItsEmptyResultsHaveNoCapacityTest) {
+  for (const char* const name : {"", "a", "d.x/a", "d.x\\", "a.b/"}) {
+    for (const unsigned long size : {0UL, 1UL, 9UL}) {
+      char out[2] = "#";
+      EXPECT_EQ(ExtractFileExt(name, s_Measure, out, size), 0U) << name;
+      EXPECT_EQ(out[0], '\0');
+      wchar_t wide[2] = L"#";
+      EXPECT_EQ(ExtractFileExt(Wide(name).c_str(), s_Measure, wide, size), 0U);
+      EXPECT_EQ(wide[0], L'\0');
+    }
+  }
+}
+
+TEST(FindChar, FindsTheFirstBeforeTheTerminator) {
+  const char* const text = "abcabc";
+  EXPECT_EQ(FindChar(text, 'b'), text + 1);
+  EXPECT_EQ(FindChar(text, 'x'), nullptr);
+  EXPECT_EQ(FindChar(text, '\0'), nullptr);
+  EXPECT_EQ(FindChar("", 'a'), nullptr);
+  const wchar_t* const wide = L"ab\x416";
+  EXPECT_EQ(FindChar(wide, L'\x416'), wide + 2);
+  EXPECT_EQ(FindChar(wide, L'\0'), nullptr);
+}
+
+TEST(FindCharR, FindsTheLastAmongSoMany) {
+  const char text[] = "abcab\0c";
+  EXPECT_EQ(FindCharR(text, 5, 'a'), text + 3);
+  EXPECT_EQ(FindCharR(text, 3, 'a'), text);
+  EXPECT_EQ(FindCharR(text, 0, 'a'), nullptr);
+  EXPECT_EQ(FindCharR(text, 5, 'x'), nullptr);
+  EXPECT_EQ(FindCharR(text, 7, 'c'), text + 6) << "a terminator does not end the range";
+  EXPECT_EQ(FindCharR(text, 7, '\0'), text + 5);
+  const wchar_t wide[] = L"abcab";
+  EXPECT_EQ(FindCharR(wide, 5, L'b'), wide + 4);
+  EXPECT_EQ(FindCharR(wide, 4, L'b'), wide + 1);
+}
+
+TEST(FindSlash, KnowsBothSeparators) {
+  const char* const text = "ab\\c/d";
+  EXPECT_EQ(FindSlash(text), text + 2);
+  EXPECT_EQ(FindSlashR(text, s_Measure), text + 4);
+  EXPECT_EQ(FindSlashR(text, 4), text + 2);
+  EXPECT_EQ(FindSlashR(text, 2), nullptr);
+  EXPECT_EQ(FindSlashR(text, 0), nullptr);
+  EXPECT_EQ(FindSlashR("", s_Measure), nullptr);
+  EXPECT_EQ(FindSlash("ab"), nullptr);
+  const wchar_t* const wide = L"a/b\\";
+  EXPECT_EQ(FindSlash(wide), wide + 1);
+  EXPECT_EQ(FindSlashR(wide, s_Measure), wide + 3);
+  EXPECT_EQ(FindSlashR(wide, 1), nullptr);
+}
+
+} // namespace
