@@ -5,16 +5,39 @@
 #include <memory>
 #include <numeric>
 
-namespace {
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ZxCore3D/math/LineSysGauss.cpp"
+#include <hwy/foreach_target.h>
 
+#include <ZxCore3D/math/DenseTiles-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace zx_math {
+namespace HWY_NAMESPACE {
+
+/// row[j] = row[j] * g - pivot[j]
+HWY_INLINE void RescaleAndSubtract(double* HWY_RESTRICT row, double g,
+                                   const double* HWY_RESTRICT pivot, size_t count) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  const hn::Vec<DOUBLES> factor = hn::Set(d, g);
+  size_t j = 0;
+  for (; j + lanes <= count; j += lanes) {
+    hn::StoreU(hn::Sub(hn::Mul(hn::LoadU(d, row + j), factor), hn::LoadU(d, pivot + j)), d,
+               row + j);
+  }
+  for (; j < count; ++j) {
+    row[j] = row[j] * g - pivot[j];
+  }
+}
+
+/// Normalises the pivot row of step k and eliminates below it.
 void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
                        const unsigned long* perm) {
   double* pivotRow = a + perm[k] * n;
   const double f = 1.0 / pivotRow[k];
   pivotRow[k] = 1.0;
-  for (unsigned long j = k + 1; j < n; ++j) {
-    pivotRow[j] *= f;
-  }
+  ScaleRow(pivotRow + k + 1, f, n - k - 1);
   b[perm[k]] *= f;
   for (unsigned long i = k + 1; i < n; ++i) {
     double* row = a + perm[i] * n;
@@ -23,12 +46,65 @@ void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
     }
     const double g = 1.0 / row[k];
     row[k] = 0.0;
-    for (unsigned long j = k + 1; j < n; ++j) {
-      row[j] = row[j] * g - pivotRow[j];
-    }
+    RescaleAndSubtract(row + k + 1, g, pivotRow + k + 1, n - k - 1);
     b[perm[i]] = g * b[perm[i]] - b[perm[k]];
   }
 }
+
+/// The largest magnitude of a row above `floor`, or `floor`. A NaN is never larger.
+HWY_INLINE double LargestOfRow(const double* row, size_t count, double floor) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  double largest = floor;
+  size_t j = 0;
+  if (count >= lanes) {
+    hn::Vec<DOUBLES> best = hn::Set(d, floor);
+    for (; j + lanes <= count; j += lanes) {
+      const hn::Vec<DOUBLES> v = hn::Abs(hn::LoadU(d, row + j));
+      best = hn::IfThenElse(hn::Gt(v, best), v, best);
+    }
+    largest = hn::GetLane(hn::MaxOfLanes(d, best));
+  }
+  for (; j < count; ++j) {
+    const double v = std::fabs(row[j]);
+    if (v > largest) {
+      largest = v;
+    }
+  }
+  return largest;
+}
+
+/// The first of the largest magnitudes of the rows and columns from k on, rows in the order of
+/// `perm`: its position in `*p`, its column in `*c`. 0.0 if nothing is above it.
+double FindPivot(const double* a, unsigned long n, unsigned long k, const unsigned long* perm,
+                 unsigned long* p, unsigned long* c) {
+  double largest = 0.0;
+  for (unsigned long i = k; i < n; ++i) {
+    const double* row = a + perm[i] * n;
+    const double v = LargestOfRow(row + k, n - k, largest);
+    if (v > largest) {
+      largest = v;
+      *p = i;
+      *c = k;
+      while (std::fabs(row[*c]) != v) {
+        ++*c;
+      }
+    }
+  }
+  return largest;
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+} // namespace HWY_NAMESPACE
+} // namespace zx_math
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace zx_math {
+namespace {
+
+HWY_EXPORT(EliminateRescaled);
+HWY_EXPORT(FindPivot);
 
 void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsigned long* perm) {
   for (unsigned long c = n - 1; c >= 1; --c) {
@@ -43,6 +119,7 @@ void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsi
 }
 
 } // namespace
+} // namespace zx_math
 
 bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
   if (n == 0) {
@@ -64,9 +141,9 @@ bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
       return false;
     }
     std::swap(perm[k], perm[p]);
-    EliminateRescaled(a, n, b, k, perm.get());
+    HWY_DYNAMIC_DISPATCH(zx_math::EliminateRescaled)(a, n, b, k, perm.get());
   }
-  SubstituteByColumns(a, n, b, perm.get());
+  zx_math::SubstituteByColumns(a, n, b, perm.get());
   for (unsigned long i = 0; i < n; ++i) {
     x[i] = b[perm[i]];
   }
@@ -83,19 +160,9 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
   std::iota(perm, perm + n, 0UL);
   std::iota(cperm, cperm + n, 0UL);
   for (unsigned long k = 0; k < n; ++k) {
-    double largest = 0.0;
     unsigned long p = k;
     unsigned long c = k;
-    for (unsigned long i = k; i < n; ++i) {
-      for (unsigned long j = k; j < n; ++j) {
-        const double v = std::fabs(a[perm[i] * n + j]);
-        if (v > largest) {
-          largest = v;
-          p = i;
-          c = j;
-        }
-      }
-    }
+    const double largest = HWY_DYNAMIC_DISPATCH(zx_math::FindPivot)(a, n, k, perm, &p, &c);
     if (largest == 0.0) {
       return false;
     }
@@ -106,11 +173,12 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
       }
       std::swap(cperm[k], cperm[c]);
     }
-    EliminateRescaled(a, n, b, k, perm);
+    HWY_DYNAMIC_DISPATCH(zx_math::EliminateRescaled)(a, n, b, k, perm);
   }
-  SubstituteByColumns(a, n, b, perm);
+  zx_math::SubstituteByColumns(a, n, b, perm);
   for (unsigned long i = 0; i < n; ++i) {
     x[cperm[i]] = b[perm[i]];
   }
   return true;
 }
+#endif // HWY_ONCE

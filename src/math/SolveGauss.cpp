@@ -6,18 +6,54 @@
 
 #include <ZxCore3D/math/Malloced-inl.h>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"
+#include <hwy/foreach_target.h>
+
+#include <ZxCore3D/math/DenseTiles-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace zx_math {
+namespace HWY_NAMESPACE {
+
+/// Eliminates below the pivot row of step k.
+void EliminateBelow(double* a, unsigned long n, double* b, unsigned long k,
+                    const unsigned long* perm) {
+  const double* pivotRow = a + perm[k] * n;
+  for (unsigned long i = k + 1; i < n; ++i) {
+    double* row = a + perm[i] * n;
+    if (row[k] == 0.0) {
+      continue;
+    }
+    const double m = row[k] / pivotRow[k];
+    row[k] = 0.0;
+    SubtractRow(row + k + 1, pivotRow + k + 1, m, n - k - 1);
+    b[perm[i]] -= m * b[perm[k]];
+  }
+}
+
+// NOLINTNEXTLINE(google-readability-namespace-comments)
+} // namespace HWY_NAMESPACE
+} // namespace zx_math
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace zx_math {
 namespace {
+
+HWY_EXPORT(EliminateBelow);
 
 constexpr unsigned long LocalUnknowns = 128;
 
 } // namespace
+} // namespace zx_math
 
 bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double* x,
                        unsigned long* rank) {
-  unsigned long local[LocalUnknowns];
+  unsigned long local[zx_math::LocalUnknowns];
   zx_math::MALLOCED<unsigned long> block;
   unsigned long* perm = local;
-  if (n > LocalUnknowns) {
+  if (n > zx_math::LocalUnknowns) {
     block = zx_math::MallocArray<unsigned long>(n, 1);
     perm = block.get();
     if (!perm) {
@@ -42,19 +78,7 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
       return false;
     }
     std::swap(perm[k], perm[p]);
-    const double* pivotRow = a + perm[k] * n;
-    for (unsigned long i = k + 1; i < n; ++i) {
-      double* row = a + perm[i] * n;
-      if (row[k] == 0.0) {
-        continue;
-      }
-      const double m = row[k] / pivotRow[k];
-      row[k] = 0.0;
-      for (unsigned long j = k + 1; j < n; ++j) {
-        row[j] -= pivotRow[j] * m;
-      }
-      b[perm[i]] -= m * b[perm[k]];
-    }
+    HWY_DYNAMIC_DISPATCH(zx_math::EliminateBelow)(a, n, b, k, perm);
   }
   for (unsigned long i = n; i-- > 0;) {
     const double* row = a + perm[i] * n;
@@ -81,3 +105,4 @@ bool SolveGauss(const double* a, unsigned long n, const double* b, double tol, d
   std::copy_n(b, n, block.get() + count);
   return SolveGaussInplace(block.get(), n, block.get() + count, tol, x, rank);
 }
+#endif // HWY_ONCE
