@@ -14,6 +14,8 @@
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 
+#include "object/FailingMalloc.h"
+
 namespace {
 
 using Zx3D::TImageSurface;
@@ -268,6 +270,68 @@ TEST(LoadImageObject, FalseLeavesTheTarget) {
   TTextStream damaged("P5 2 2 255\nabc");
   EXPECT_FALSE(Zx3D::LoadImage(&damaged, nullptr, &image));
   EXPECT_EQ(image, before);
+}
+
+TEST(TImageSurface, ExhaustedMemoryKeepsAll) {
+  if (!zx_test::s_Available) {
+    GTEST_SKIP();
+  }
+  std::uint8_t pixels[4] = {1, 2, 3, 4};
+  TImageSurface image;
+  ASSERT_TRUE(image.SetImage2D(2, 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, pixels));
+  const DATASURFACE before = image.m_Surface;
+  bool sized, imaged;
+  {
+    const zx_test::TMallocWatch watch(1);
+    sized = image.SetDataSize(1000000);
+  }
+  {
+    const zx_test::TMallocWatch watch(1);
+    imaged = image.SetImage2D(30, 30, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3, nullptr);
+  }
+  EXPECT_FALSE(sized);
+  EXPECT_FALSE(imaged);
+  EXPECT_EQ(std::memcmp(&before, &image.m_Surface, sizeof before), 0);
+  EXPECT_EQ(std::memcmp(image.m_Surface.Data, pixels, 4), 0);
+}
+
+TEST(LoadImageObject, EveryFailingAllocationGivesFalseAndLeaksNothing) {
+  if (!zx_test::s_Available) {
+    GTEST_SKIP();
+  }
+  const std::string png = (std::filesystem::temp_directory_path() /
+                           ("zx_image_surface_" + std::to_string(getpid()) + ".png"))
+                              .string();
+  const std::string pgm = png + ".pgm";
+  DATASURFACE saved = Record(6, 5);
+  ASSERT_TRUE(SaveImage(png, nullptr, saved));
+  FreeDataSurfaceData(saved);
+  std::ofstream(pgm, std::ios::binary) << "P5 2 2 255\nabcd";
+  for (const std::string& name : {png, pgm}) {
+    unsigned long failAt = 0;
+    for (bool failed = true; failed;) {
+      ++failAt;
+      TImageSurface* image = nullptr;
+      bool done;
+      long blocks;
+      {
+        const zx_test::TMallocWatch watch(failAt);
+        done = Zx3D::LoadImage(name, nullptr, &image);
+        failed = watch.Failed();
+        blocks = watch.LiveBlocks();
+      }
+      ASSERT_LT(failAt, 1000u);
+      if (image != nullptr) {
+        image->Release();
+      }
+      ASSERT_EQ(done, image != nullptr);
+      // A failure that a decoder can do without, or none: the object and its block.
+      ASSERT_EQ(blocks, done ? 2 : 0) << name << ", allocation " << failAt;
+      ASSERT_TRUE(failed || done);
+    }
+    EXPECT_GT(failAt, 4u);
+    std::filesystem::remove(name);
+  }
 }
 
 } // namespace
