@@ -24,6 +24,15 @@ if(ZX_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(ZX_BUILD_FUZZ)
+  if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
+    message(FATAL_ERROR "ZX_BUILD_FUZZ needs clang: -DCMAKE_CXX_COMPILER=clang++-14")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=address,undefined)
+endif()
+
 set(ZX_WARNINGS -Wall -Wextra -Wconversion)
 
 # One include root for the build that looks like the installed one: <ZxCore3D/group/Name.h>.
