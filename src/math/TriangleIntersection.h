@@ -38,8 +38,8 @@ ZX_CORE3D_API bool IsIntersectTriangles(const vec_t_<double, 3>& a0, const vec_t
 ///
 /// Returns 0 for no contact. Planes that are not parallel: 1 for a contact in one point, 2 for a
 /// segment given by its ends. Coplanar triangles: the 1 to 6 vertices of the common polygon in
-/// order. When both triangles meet the common line in single points that coincide, the result is 1
-/// and the point is NaN.
+/// order. When both triangles meet the common line in a single point, the result is 1 and the point
+/// is NaN, even if the two points lie apart.
 ///
 /// Between nearly degenerate coplanar triangles
 /// rounding can ask for a seventh vertex (about once in 130,000 such pairs); the first six are
