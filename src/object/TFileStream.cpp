@@ -78,6 +78,15 @@ bool TFileStream::SetSize(long size) {
 // without the warning. Counts above what the device can be asked for are errors as well.
 static constexpr unsigned long s_DeviceError = ~0UL;
 
+// The file layer's buffers throw where memory is exhausted: nothing was transferred then.
+template <class Transfer> static unsigned long TransferOrZero(const Transfer& transfer) {
+  try {
+    return static_cast<unsigned long>(transfer());
+  } catch (const std::bad_alloc&) {
+    return 0;
+  }
+}
+
 unsigned long TFileStream::_Read(void* data, unsigned long size) {
   if (m_File == nullptr) {
     return 0;
@@ -85,8 +94,8 @@ unsigned long TFileStream::_Read(void* data, unsigned long size) {
   if (!m_File->isReadable() || size > LONG_MAX) {
     return s_DeviceError;
   }
-  return static_cast<unsigned long>(
-      m_File->read(static_cast<char*>(data), static_cast<qint64>(size)));
+  return TransferOrZero(
+      [&] { return m_File->read(static_cast<char*>(data), static_cast<qint64>(size)); });
 }
 
 unsigned long TFileStream::_Write(const void* data, unsigned long size) {
@@ -96,8 +105,8 @@ unsigned long TFileStream::_Write(const void* data, unsigned long size) {
   if (!m_File->isWritable() || size > LONG_MAX) {
     return s_DeviceError;
   }
-  return static_cast<unsigned long>(
-      m_File->write(static_cast<const char*>(data), static_cast<qint64>(size)));
+  return TransferOrZero(
+      [&] { return m_File->write(static_cast<const char*>(data), static_cast<qint64>(size)); });
 }
 
 bool TFileStream::Skip(unsigned long size) {

@@ -1,0 +1,317 @@
+#include <ZxCore3D/object/TFileStream.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <ZxCore3D/object/TMemoryStream.h>
+
+#include "object/FailingMalloc.h"
+#include "object/Streams.h"
+
+using namespace Zx3D;
+using zx_test::Bytes;
+using zx_test::Hex;
+namespace fs = std::filesystem;
+
+class TFileStreamTest : public testing::Test {
+protected:
+  void SetUp() override {
+    m_Folder =
+        fs::temp_directory_path() / ("zx_stream_" + std::to_string(getpid()) + "_" +
+                                     testing::UnitTest::GetInstance()->current_test_info()->name());
+    fs::create_directories(m_Folder);
+  }
+  void TearDown() override { fs::remove_all(m_Folder); }
+
+  std::string Name(const char* name) const { return (m_Folder / name).string(); }
+
+  std::string Put(const char* name, const std::string& content) const {
+    std::ofstream(Name(name), std::ios::binary) << content;
+    return Name(name);
+  }
+
+  static std::string Contents(const std::string& name) {
+    std::ifstream file(name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(file), {});
+  }
+
+  fs::path m_Folder;
+};
+
+TEST_F(TFileStreamTest, AClosedStreamFailsEverywhere) {
+  TFileStream stream;
+  char byte = 'x';
+  EXPECT_EQ(stream._Read(&byte, 1), 0u);
+  EXPECT_EQ(stream._Write(&byte, 1), 0u);
+  EXPECT_EQ(stream.GetPos(), 0);
+  EXPECT_EQ(stream.GetPosE(), 0);
+  EXPECT_EQ(stream.GetSize(), 0);
+  EXPECT_FALSE(stream.SetPos(0));
+  EXPECT_FALSE(stream.Skip(0));
+  EXPECT_FALSE(stream.IsEOS());
+  EXPECT_FALSE(stream.SetEOS());
+  EXPECT_FALSE(stream.SetSize(0));
+  EXPECT_FALSE(stream.Close());
+  EXPECT_FALSE(stream.ReadAll(&byte, 1));
+  EXPECT_FALSE(stream.WriteAll(&byte, 1));
+  EXPECT_TRUE(stream.ReadAll(&byte, 0));
+  EXPECT_TRUE(stream.WriteAll(&byte, 0));
+  EXPECT_FALSE(stream.SupportMap());
+}
+
+TEST_F(TFileStreamTest, OpenReads) {
+  TFileStream stream;
+  ASSERT_TRUE(stream.Open(Put("in", "abcdef")));
+  EXPECT_EQ(stream.GetSize(), 6);
+  EXPECT_EQ(stream.GetPos(), 0);
+  EXPECT_FALSE(stream.IsEOS());
+  char text[8] = {};
+  EXPECT_TRUE(stream.ReadAll(text, 4));
+  EXPECT_STREQ(text, "abcd");
+  EXPECT_EQ(stream.GetPos(), 4);
+  EXPECT_TRUE(stream.SetPos(1));
+  EXPECT_TRUE(stream.Skip(3));
+  EXPECT_EQ(stream.GetPos(), 4);
+  EXPECT_EQ(stream._Read(text, 8), 2u);
+  EXPECT_EQ(text[0], 'e');
+  EXPECT_TRUE(stream.IsEOS());
+  EXPECT_EQ(stream._Read(text, 8), 0u);
+  EXPECT_FALSE(stream.ReadAll(text, 1));
+  EXPECT_FALSE(stream.SetPos(-1));
+  EXPECT_FALSE(stream.Skip(~0UL));
+  char line[8];
+  EXPECT_FALSE(stream.ReadLine(line, sizeof line, nullptr));
+  EXPECT_TRUE(stream.Close());
+  EXPECT_FALSE(stream.Close());
+}
+
+TEST_F(TFileStreamTest, OpenOfAMissingFileLeavesTheStreamClosed) {
+  TFileStream stream;
+  ASSERT_TRUE(stream.Open(Put("in", "abc")));
+  EXPECT_FALSE(stream.Open(Name("missing")));
+  EXPECT_FALSE(stream.Close());
+  EXPECT_FALSE(stream.Open(std::string()));
+  EXPECT_FALSE(stream.Open(std::string("a\0b", 3)));
+  EXPECT_FALSE(stream.Open(m_Folder.string())); // a directory
+  EXPECT_FALSE(stream.Create(Name("no/such/folder")));
+  EXPECT_FALSE(stream.Close());
+  EXPECT_FALSE(fs::exists(Name("missing")));
+}
+
+TEST_F(TFileStreamTest, CreateEmptiesAndWrites) {
+  const std::string name = Put("out", "old contents");
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  EXPECT_EQ(stream.GetSize(), 0);
+  EXPECT_TRUE(stream.WriteAll("hello", 5));
+  EXPECT_EQ(stream.GetPos(), 5);
+  EXPECT_TRUE(stream.SetPos(1));
+  EXPECT_EQ(stream._Write("E", 1), 1u);
+  EXPECT_TRUE(stream.Close());
+  EXPECT_EQ(Contents(name), "hEllo");
+}
+
+TEST_F(TFileStreamTest, TheDestructorFlushes) {
+  const std::string name = Name("out");
+  {
+    TFileStream stream;
+    ASSERT_TRUE(stream.Create(name));
+    stream.WriteAll("hi", 2);
+  }
+  EXPECT_EQ(Contents(name), "hi");
+}
+
+TEST_F(TFileStreamTest, NamesAreUtf8) {
+  const std::string name = Name("gr\xC3\xBC\xC3\x9F\x65");
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  EXPECT_TRUE(stream.WriteAll("x", 1));
+  EXPECT_TRUE(stream.Close());
+  EXPECT_TRUE(fs::exists(name));
+}
+
+TEST_F(TFileStreamTest, TheOtherModeAnswersMinusOneAndNoLoopTakesItForACount) {
+  testing::internal::CaptureStderr();
+  TFileStream stream;
+  ASSERT_TRUE(stream.Open(Put("in", "abc")));
+  EXPECT_EQ(stream._Write("x", 1), ~0UL);
+  EXPECT_FALSE(stream.WriteAll("x", 1));
+  ASSERT_TRUE(stream.Create(Name("out")));
+  char byte = 0;
+  EXPECT_EQ(stream._Read(&byte, 1), ~0UL);
+  EXPECT_FALSE(stream.ReadAll(&byte, 1));
+  void* data = nullptr;
+  EXPECT_EQ(stream.Map(0, 1, true, false, &data), nullptr);
+  EXPECT_FALSE(stream.SetPos(-5));
+  EXPECT_FALSE(stream.Open(std::string("a\0b", 3)));
+  EXPECT_FALSE(stream.Create(std::string()));
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), ""); // nothing is printed
+}
+
+TEST_F(TFileStreamTest, SetSizeAndSetEOS) {
+  const std::string name = Name("out");
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  stream.WriteAll("abcdef", 6);
+  EXPECT_TRUE(stream.SetSize(4));
+  EXPECT_EQ(stream.GetPos(), 4); // was above
+  EXPECT_EQ(stream.GetSize(), 4);
+  stream.SetPos(1);
+  EXPECT_TRUE(stream.SetSize(8));
+  EXPECT_EQ(stream.GetPos(), 1); // was below
+  EXPECT_EQ(stream.GetSize(), 8);
+  EXPECT_FALSE(stream.SetSize(-1));
+  stream.SetPos(3);
+  EXPECT_TRUE(stream.SetEOS());
+  EXPECT_TRUE(stream.Close());
+  EXPECT_EQ(Contents(name), "abc");
+  ASSERT_TRUE(stream.Open(name));
+  EXPECT_FALSE(stream.SetEOS()); // a file that is open for reading
+  EXPECT_EQ(stream.GetSize(), 3);
+}
+
+TEST_F(TFileStreamTest, MapsByCopying) {
+  TFileStream stream;
+  ASSERT_TRUE(stream.Open(Put("in", "abcdef")));
+  void* data = nullptr;
+  void* handle = stream.Map(2, 3, true, false, &data);
+  ASSERT_NE(handle, nullptr);
+  EXPECT_EQ(std::memcmp(data, "cde", 3), 0);
+  EXPECT_EQ(stream.GetPos(), 5);
+  EXPECT_TRUE(stream.Unmap(handle));
+  EXPECT_EQ(stream.Map(4, 3, true, false, &data), nullptr);
+  EXPECT_EQ(stream.GetPos(), 5);
+}
+
+TEST_F(TFileStreamTest, LoadFromFileReplacesTheContents) {
+  TMemoryStream stream;
+  stream.WriteAll("0123456789", 10);
+  EXPECT_FALSE(stream.LoadFromFile(Name("missing")));
+  EXPECT_EQ(stream.GetSize(), 10);
+  EXPECT_EQ(stream.GetPos(), 10);
+  EXPECT_TRUE(stream.LoadFromFile(Put("in", "abc")));
+  EXPECT_EQ(stream.GetPos(), 0);
+  EXPECT_EQ(stream.GetSize(), 3);
+  EXPECT_EQ(stream.GetCapacity(), 1039u);
+  char text[4] = {};
+  EXPECT_TRUE(stream.ReadAll(text, 3));
+  EXPECT_STREQ(text, "abc");
+  EXPECT_TRUE(stream.LoadFromFile(Put("empty", "")));
+  EXPECT_EQ(stream.GetSize(), 0);
+  EXPECT_EQ(stream.GetPos(), 0);
+
+  TMemoryStream fresh;
+  const std::string large(100000, 'q');
+  EXPECT_TRUE(fresh.LoadFromFile(Put("large", large)));
+  EXPECT_EQ(fresh.GetCapacity(), 100000u); // exactly
+  std::string back(100000, 0);
+  EXPECT_TRUE(fresh.ReadAll(back.data(), back.size()));
+  EXPECT_EQ(back, large);
+
+  unsigned char block[2] = {1, 2};
+  TMemoryStream attached(block, 2, false);
+  EXPECT_FALSE(attached.LoadFromFile(Name("in")));
+  EXPECT_EQ(attached.GetSize(), 2);
+  EXPECT_EQ(block[0], 1);
+  TMemoryStream room(block, 0, 2, false);
+  EXPECT_TRUE(room.LoadFromFile(Put("two", "xy")));
+  EXPECT_EQ(block[0], 'x');
+}
+
+TEST_F(TFileStreamTest, SaveToFileWritesAllWhateverThePosition) {
+  const std::string name = Put("out", "something longer than that");
+  TMemoryStream stream;
+  stream.WriteAll("abcdef", 6);
+  stream.SetPos(3);
+  EXPECT_TRUE(stream.SaveToFile(name));
+  EXPECT_EQ(Contents(name), "abcdef");
+  EXPECT_EQ(stream.GetPos(), 3);
+  TMemoryStream empty;
+  EXPECT_TRUE(empty.SaveToFile(name));
+  EXPECT_EQ(Contents(name), "");
+  EXPECT_FALSE(stream.SaveToFile(Name("no/such/folder")));
+}
+
+TEST_F(TFileStreamTest, SaveToAFullDeviceIsFalse) {
+  TMemoryStream stream;
+  ASSERT_TRUE(stream.SetSize(1000));
+  EXPECT_FALSE(stream.SaveToFile("/dev/full"));
+}
+
+TEST_F(TFileStreamTest, EveryFailingAllocationIsFalseAndLeaksNothing) {
+  if (!zx_test::s_Available) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const std::string in = Put("in", std::string(5000, 'i'));
+  { // what the file layer keeps for good is made here
+    TMemoryStream warm;
+    ASSERT_TRUE(warm.LoadFromFile(in));
+  }
+  unsigned long failed = 0;
+  for (unsigned long at = 1;; ++at) {
+    TMemoryStream stream;
+    bool loaded = false;
+    bool came = false;
+    bool thrown = false;
+    long left = 0;
+    {
+      zx_test::TMallocWatch watch(at);
+      try {
+        loaded = stream.LoadFromFile(in);
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      stream.Close();
+      left = watch.LiveBlocks();
+      came = watch.Failed();
+    }
+    EXPECT_FALSE(thrown) << at;
+    EXPECT_LE(left, 0) << at;
+    if (!came) {
+      EXPECT_TRUE(loaded);
+      break;
+    }
+    failed += loaded ? 0 : 1;
+  }
+  EXPECT_GT(failed, 0u);
+}
+
+TEST_F(TFileStreamTest, EveryFailingAllocationOfASaveIsFalseOrWritesAll) {
+  if (!zx_test::s_Available) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const std::string out = Name("out");
+  TMemoryStream stream;
+  ASSERT_TRUE(stream.WriteString("abcdefgh", ~0UL));
+  for (unsigned long at = 1;; ++at) {
+    bool saved = false;
+    bool came = false;
+    bool thrown = false;
+    long left = 0;
+    {
+      zx_test::TMallocWatch watch(at);
+      try {
+        saved = stream.SaveToFile(out);
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      left = watch.LiveBlocks();
+      came = watch.Failed();
+    }
+    EXPECT_FALSE(thrown) << at;
+    EXPECT_LE(left, 0) << at;
+    if (saved) {
+      EXPECT_EQ(Contents(out), "abcdefgh") << at;
+    }
+    if (!came) {
+      EXPECT_TRUE(saved);
+      break;
+    }
+  }
+}
