@@ -8,7 +8,8 @@
 ///
 /// `n` below 2 gives false, 2 gives true. Neighbouring edges answer only when one folds back on the
 /// other. Edges that are parallel (sine of the angle at most 1e-8) and not neighbours never answer,
-/// so an overlap of two far edges on one line is not detected. A vertex on another edge counts by
+/// so an overlap of two far edges on one line is not detected in itself, only through their
+/// neighbours. A vertex on another edge counts by
 /// exact comparison with the ends of the edge: where the edge is slanted, rounding misses about one
 /// such vertex in eight. Distances are absolute: a polygon a few 1e-8 across always answers true.
 ///

@@ -1,0 +1,26 @@
+#include "math/AllocationCount.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+
+static std::atomic<std::size_t> s_Count{0};
+static std::atomic<std::size_t> s_Limit{0};
+
+std::size_t AllocationCount() { return s_Count; }
+
+void SetAllocationLimit(std::size_t bytes) { s_Limit = bytes; }
+
+void* operator new(std::size_t size) {
+  ++s_Count;
+  if (s_Limit != 0 && size >= s_Limit) {
+    throw std::bad_alloc();
+  }
+  if (void* memory = std::malloc(size != 0 ? size : 1)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
