@@ -27,9 +27,12 @@ std::uint64_t ElementSize(DATA_TYPE type) {
   return TVariant::GetComponents(type) * TVariant::s_BaseTypeSize[TVariant::GetBaseCode(type)];
 }
 
-// Size of an array in bytes; false where it wraps.
+// No block is that large, so that the allocator need not be asked.
+constexpr std::uint64_t s_NoBlock = std::uint64_t(1) << 63;
+
+// Size of an array in bytes; false where it wraps or no block can be as large.
 bool ArrayBytes(DATA_TYPE type, std::uint64_t count, std::uint64_t* bytes) {
-  return !__builtin_mul_overflow(ElementSize(type), count, bytes);
+  return !__builtin_mul_overflow(ElementSize(type), count, bytes) && *bytes < s_NoBlock;
 }
 
 // Base codes above 13 never own array memory.
@@ -181,6 +184,9 @@ bool TVariant::_IsInside(const void* place) const {
 }
 
 bool TVariant::_SetLongText(const char* text, unsigned long length) {
+  if (length + 1 >= s_NoBlock) {
+    return false;
+  }
   char* const old = IsLongText(*this) ? static_cast<char*>(LoadPointer(Value)) : nullptr;
   // A text inside the old block has to outlive the copy.
   const bool inside =
