@@ -28,8 +28,7 @@ ZX_CORE3D_API bool CrossPlains<double>(const UPLAIN<double>& a, const UPLAIN<dou
 ///
 /// Corner 5 does not lie on plane 0 in the sense of `GetCone`: plane 0 comes out as the plane of
 /// corners 0, 1, 4, 5, which is plane 2 with the opposite normal. Set from corners, a frustum is
-/// therefore open on that side, and `GetCone` does not give its corners back: 0, 3, 4 and 7 have no
-/// common point with both planes, or a meaningless one.
+/// therefore open on that side, and `GetCone` does not give corners 0, 3, 4 and 7 back.
 ZX_CORE3D_API void SetCone(TFrustum_T<double>& f, const vec_t_<double, 3>* corners);
 
 /// Maps a frustum by its eight corners. `out`, which may be `f`, gets the flags of `f` with bit
