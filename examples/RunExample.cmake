@@ -1,0 +1,18 @@
+# Runs PROGRAM with the name of PICTURE, and holds that it ends with 0 and leaves a PNG there.
+
+file(REMOVE "${PICTURE}")
+execute_process(COMMAND "${PROGRAM}" "${PICTURE}" RESULT_VARIABLE result)
+if(NOT result STREQUAL "0")
+  message(FATAL_ERROR "${PROGRAM} ended with ${result}")
+endif()
+if(NOT EXISTS "${PICTURE}")
+  message(FATAL_ERROR "${PROGRAM} left no ${PICTURE}")
+endif()
+file(READ "${PICTURE}" mark LIMIT 8 HEX)
+if(NOT mark STREQUAL "89504e470d0a1a0a")
+  message(FATAL_ERROR "${PICTURE} is not a PNG")
+endif()
+file(SIZE "${PICTURE}" size)
+if(size LESS 200)
+  message(FATAL_ERROR "${PICTURE} has only ${size} bytes")
+endif()
