@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <numeric>
 
 #include <ZxCore3D/math/Malloced-inl.h>
 
@@ -27,11 +28,17 @@ struct INVERSION {
   size_t stride;
   double* w;
   double* inv;
-  /// n rows of `PanelPivots` multipliers.
+  /// n rows of the columns that the pivot steps are made in.
   double* panel;
-  /// For each row of `panel`: whether one of its multipliers is exactly 0, so that its step must be
-  /// left out (subtracting a product with 0 can change the sign of a zero, or make a NaN).
+  /// n rows of `PanelPivots` multipliers.
+  double* multipliers;
+  /// For each row of `multipliers`: whether one of its multipliers is exactly 0, so that its step
+  /// must be left out (subtracting a product with 0 can change the sign of a zero, or make a NaN).
   unsigned char* skips;
+  /// The column of the inverse that column t of `inv` is. See `InvertByPanels`.
+  size_t* order;
+  /// The reciprocals of the pivots.
+  double* scales;
   double tol;
   size_t steps;
 };
@@ -119,12 +126,16 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
   }
 }
 
-/// Makes the pivot steps from `k0` on within the columns of the panel, which are taken out of `w`.
-/// A multiplier stays where its element was. `swaps[t]` is the row that step k0 + t took.
-bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps, double* scales) {
+/// Makes the pivot steps from `k0` on within the columns of the panel, which are taken out of `w`,
+/// and writes down the multipliers. `swaps[t]` is the row that step k0 + t took. Elements on and
+/// below the diagonal are never read again once their step is over, so that whole vectors may go
+/// over them.
+bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps) {
+  const size_t lanes = hn::Lanes(DOUBLES());
   const size_t rows = job.n - k0;
   for (size_t i = 0; i < rows; ++i) {
     CopyRow(job.w + (k0 + i) * job.stride + k0, PanelPivots, job.panel + i * PanelPivots);
+    job.skips[i] = 0;
   }
   for (size_t t = 0; t < count; ++t) {
     double* pivot = job.panel + t * PanelPivots;
@@ -144,42 +155,41 @@ bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps, double*
     swaps[t] = p;
     if (p != t) {
       SwapRows(pivot, job.panel + p * PanelPivots, PanelPivots);
+      SwapRows(job.multipliers + t * PanelPivots, job.multipliers + p * PanelPivots, t);
+      std::swap(job.skips[t], job.skips[p]);
     }
-    scales[t] = 1.0 / pivot[t];
-    ScaleRow(pivot + t + 1, scales[t], PanelPivots - t - 1);
+    const double f = 1.0 / pivot[t];
+    job.scales[k0 + t] = f;
+    const size_t start = (t + 1) / lanes * lanes;
+    ScaleRow(pivot + start, f, PanelPivots - start);
     for (size_t i = t + 1; i < rows; ++i) {
       double* row = job.panel + i * PanelPivots;
       const double m = row[t];
+      job.multipliers[i * PanelPivots + t] = m;
       if (m == 0.0) {
+        job.skips[i] = 1;
         continue;
       }
-      size_t j = t + 1;
-      for (; j % hn::Lanes(DOUBLES()) != 0; ++j) {
-        row[j] -= pivot[j] * m;
-      }
-      SubtractRow(row + j, pivot + j, m, PanelPivots - j);
+      SubtractRow(row + start, pivot + start, m, PanelPivots - start);
     }
   }
-  for (size_t i = 0; i < rows; ++i) {
-    const double* row = job.panel + i * PanelPivots;
-    job.skips[i] = std::find(row, row + std::min(i, count), 0.0) != row + std::min(i, count);
-    CopyRow(row, PanelPivots, job.w + (k0 + i) * job.stride + k0);
+  for (size_t i = 0; i < count; ++i) {
+    CopyRow(job.panel + i * PanelPivots, PanelPivots, job.w + (k0 + i) * job.stride + k0);
   }
   return true;
 }
 
 /// Carries the steps of a panel over a strip of columns, two vectors wide, from row k0 on.
-void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count,
-                    const double* scales) {
+void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
   for (size_t t = 0; t < count; ++t) {
     CopyRow(strip + (k0 + t) * job.stride, width, pivots + t * width);
   }
   for (size_t t = 0; t < count; ++t) {
-    ScaleRow(pivots + t * width, scales[t], width);
+    ScaleRow(pivots + t * width, job.scales[k0 + t], width);
     for (size_t i = t + 1; i < count; ++i) {
-      const double m = job.panel[i * PanelPivots + t];
+      const double m = job.multipliers[i * PanelPivots + t];
       if (m != 0.0) {
         SubtractRow(pivots + i * width, pivots + t * width, m, width);
       }
@@ -189,7 +199,7 @@ void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count
     CopyRow(pivots + t * width, width, strip + (k0 + t) * job.stride);
   }
   SubtractPivots(strip + (k0 + count) * job.stride, job.stride, job.n - k0 - count,
-                 job.panel + count * PanelPivots, job.skips + count, pivots, count);
+                 job.multipliers + count * PanelPivots, job.skips + count, pivots, count);
 }
 
 /// The columns from `c0` on of the second phase: row c0 + count - 1 first, since the steps go down.
@@ -197,7 +207,7 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   const size_t last = c0 + count - 1;
   for (size_t i = 0; i < last; ++i) {
-    double* row = job.panel + i * PanelPivots;
+    double* row = job.multipliers + i * PanelPivots;
     for (size_t t = 0; t < count; ++t) {
       row[t] = job.w[i * job.stride + last - t];
     }
@@ -211,7 +221,7 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
     }
     for (size_t t = 0; t < count; ++t) {
       for (size_t u = t + 1; u < count; ++u) {
-        const double m = job.panel[(last - u) * PanelPivots + t];
+        const double m = job.multipliers[(last - u) * PanelPivots + t];
         if (m != 0.0) {
           SubtractRow(pivots + u * width, pivots + t * width, m, width);
         }
@@ -220,35 +230,61 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
     for (size_t t = 0; t < count; ++t) {
       CopyRow(pivots + t * width, width, strip + (last - t) * job.stride);
     }
-    SubtractPivots(strip, job.stride, c0, job.panel, job.skips, pivots, count);
+    SubtractPivots(strip, job.stride, c0, job.multipliers, job.skips, pivots, count);
   }
 }
 
+/// Whether every factor of the steps in the panel is a finite number.
+bool FiniteFactors(const INVERSION& job, size_t k0, size_t count) {
+  bool finite = true;
+  for (size_t t = 0; t < count; ++t) {
+    finite = finite && std::isfinite(job.scales[k0 + t]);
+    for (size_t i = t + 1; i < job.n - k0; ++i) {
+      finite = finite && std::isfinite(job.multipliers[i * PanelPivots + t]);
+    }
+  }
+  return finite;
+}
+
+void SwapPanelRows(double* columns, size_t stride, size_t k0, size_t count, const size_t* swaps,
+                   size_t length) {
+  for (size_t t = 0; t < count; ++t) {
+    if (swaps[t] != t) {
+      SwapRows(columns + (k0 + t) * stride, columns + (k0 + swaps[t]) * stride, length);
+    }
+  }
+}
+
+/// The columns of `inv` stand in the order in which the rows of the identity become pivot rows, so
+/// that while the pivots go down `inv` is a lower triangle with the identity still right of it.
+/// There nothing is to be done: with finite factors its zeros stay 0.0 below the pivot row, and
+/// take the sign of the pivot in it. With the first factor that isn't finite the order is left as
+/// it is, and from then on all columns take part.
 bool InvertByPanels(INVERSION& job) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
+  bool triangle = true;
   for (size_t k0 = 0; k0 < job.n; k0 += PanelPivots) {
     const size_t count = std::min(PanelPivots, job.n - k0);
     size_t swaps[PanelPivots];
-    double scales[PanelPivots];
-    if (!FactorPanel(job, k0, count, swaps, scales)) {
+    if (!FactorPanel(job, k0, count, swaps)) {
       return false;
     }
-    const size_t right = k0 + PanelPivots;
-    for (size_t t = 0; t < count; ++t) {
-      if (swaps[t] != t) {
-        double* row = job.w + (k0 + t) * job.stride;
-        double* other = job.w + (k0 + swaps[t]) * job.stride;
-        SwapRows(row + right, other + right, job.n > right ? job.n - right : 0);
-        row = job.inv + (k0 + t) * job.stride;
-        other = job.inv + (k0 + swaps[t]) * job.stride;
-        SwapRows(row, other, job.n);
-      }
-    }
+    const size_t right = std::min(k0 + PanelPivots, job.n);
+    SwapPanelRows(job.w + right, job.stride, k0, count, swaps, job.n - right);
     for (size_t x = right; x < job.n; x += width) {
-      EliminateStrip(job, job.w + x, k0, count, scales);
+      EliminateStrip(job, job.w + x, k0, count);
     }
-    for (size_t x = 0; x < job.n; x += width) {
-      EliminateStrip(job, job.inv + x, k0, count, scales);
+    triangle = triangle && FiniteFactors(job, k0, count);
+    SwapPanelRows(job.inv, job.stride, k0, count, swaps, triangle ? k0 : job.n);
+    for (size_t t = 0; t < count && triangle; ++t) {
+      std::swap(job.order[k0 + t], job.order[k0 + swaps[t]]);
+    }
+    for (size_t x = 0; x < (triangle ? right : job.n); x += width) {
+      EliminateStrip(job, job.inv + x, k0, count);
+    }
+    for (size_t i = k0; i < right && triangle; ++i) {
+      double* row = job.inv + i * job.stride;
+      std::fill(row + right, row + job.n, std::copysign(0.0, job.scales[i]));
     }
   }
   const size_t blocks = (job.n + PanelPivots - 1) / PanelPivots;
@@ -357,7 +393,7 @@ constexpr unsigned long RowStride(unsigned long n) {
 /// Doubles for each row of a matrix that `InvertPadded` wants as its work space, beside a cache
 /// line to align it.
 constexpr unsigned long RowSpace(unsigned long n) {
-  return 2 * RowStride(n) + (n < PanelSize ? 0 : PanelPivots + 1);
+  return 2 * RowStride(n) + (n < PanelSize ? 0 : 2 * PanelPivots + 3);
 }
 
 bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, unsigned long* rank,
@@ -368,17 +404,29 @@ bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, uns
   job.w = space;
   job.inv = job.w + n * job.stride;
   job.panel = job.inv + n * job.stride;
-  job.skips = reinterpret_cast<unsigned char*>(job.panel + n * PanelPivots);
+  job.multipliers = job.panel + n * PanelPivots;
+  job.scales = job.multipliers + n * PanelPivots;
+  job.order = reinterpret_cast<size_t*>(job.scales + n);
+  job.skips = reinterpret_cast<unsigned char*>(job.order + n);
   job.tol = tol;
   job.steps = 0;
   for (unsigned long i = 0; i < n; ++i) {
     std::fill(std::copy_n(a + i * n, n, job.w + i * job.stride), job.w + (i + 1) * job.stride, 0.0);
   }
   SetIdentity(job.inv, n, job.stride);
-  const bool done = n < PanelSize ? HWY_DYNAMIC_DISPATCH(InvertByRows)(job)
-                                  : HWY_DYNAMIC_DISPATCH(InvertByPanels)(job);
+  if (n < PanelSize) {
+    const bool done = HWY_DYNAMIC_DISPATCH(InvertByRows)(job);
+    for (unsigned long i = 0; i < n; ++i) {
+      std::copy_n(job.inv + i * job.stride, n, inv + i * n);
+    }
+    return Finish(rank, job.steps, done);
+  }
+  std::iota(job.order, job.order + n, size_t{0});
+  const bool done = HWY_DYNAMIC_DISPATCH(InvertByPanels)(job);
   for (unsigned long i = 0; i < n; ++i) {
-    std::copy_n(job.inv + i * job.stride, n, inv + i * n);
+    for (unsigned long t = 0; t < n; ++t) {
+      inv[i * n + job.order[t]] = job.inv[i * job.stride + t];
+    }
   }
   return Finish(rank, job.steps, done);
 }

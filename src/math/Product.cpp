@@ -63,14 +63,22 @@ HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStrid
 void Product(const double* l, size_t rowStride, size_t stepStride, const double* r, double* res,
              size_t rows, size_t inner, size_t columns, bool upper) {
   const size_t lanes = hn::Lanes(DOUBLES());
+  // The last strip may go over columns that are done, which gives them the same values again; a sum
+  // that is made in several parts would get the last of them twice.
+  const bool again = inner <= PanelSteps;
   for (size_t x = 0; x < columns;) {
     const size_t left = columns - x;
-    const size_t width = std::min(left, left <= lanes ? lanes : 2 * lanes);
+    const bool single = left <= lanes || (left < 2 * lanes && columns < 2 * lanes);
+    const size_t whole = single ? lanes : 2 * lanes;
+    const size_t width = std::min(left, whole);
+    const size_t begin = again && columns >= whole ? x + width - whole : x;
     const size_t stripRows = upper ? std::min(rows, x + width) : rows;
-    if (left <= lanes) {
-      ProductStrip<1>(l, rowStride, stepStride, r, res, stripRows, inner, columns, x, width);
+    if (single) {
+      ProductStrip<1>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
+                      x + width - begin);
     } else {
-      ProductStrip<2>(l, rowStride, stepStride, r, res, stripRows, inner, columns, x, width);
+      ProductStrip<2>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
+                      x + width - begin);
     }
     x += width;
   }
@@ -105,8 +113,31 @@ namespace {
 HWY_EXPORT(Product);
 HWY_EXPORT(AddRows);
 
-/// Below this size plain loops win against packing.
-constexpr unsigned long SmallSize = 6;
+/// Up to so many columns and so many products plain loops win against packing.
+constexpr unsigned long SmallColumns = 7;
+constexpr unsigned long SmallProducts = 256;
+
+template <unsigned long Columns>
+void SmallProduct(const double* l, const double* r, double* res, unsigned long rows,
+                  unsigned long inner) {
+  for (unsigned long y = 0; y < rows; ++y) {
+    double sums[Columns] = {};
+    for (unsigned long k = 0; k < inner; ++k) {
+      for (unsigned long x = 0; x < Columns; ++x) {
+        sums[x] += l[y * inner + k] * r[k * Columns + x];
+      }
+    }
+    for (unsigned long x = 0; x < Columns; ++x) {
+      res[y * Columns + x] = sums[x];
+    }
+  }
+}
+
+using SMALL_PRODUCT = void (*)(const double*, const double*, double*, unsigned long, unsigned long);
+
+constexpr SMALL_PRODUCT SmallProducts1To7[SmallColumns] = {
+    SmallProduct<1>, SmallProduct<2>, SmallProduct<3>, SmallProduct<4>,
+    SmallProduct<5>, SmallProduct<6>, SmallProduct<7>};
 
 constexpr unsigned long TransposeTile = 8;
 
@@ -129,30 +160,38 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     fill(res, 0.0);
     return;
   }
-  if (columns > zx_math::SmallSize || inner > zx_math::SmallSize) {
-    HWY_DYNAMIC_DISPATCH(zx_math::Product)
-    (l.Data, inner, 1, r.Data, res.Data, l.SizeY, inner, columns, false);
+  if (columns == 0) {
     return;
   }
-  for (unsigned long y = 0; y < l.SizeY; ++y) {
-    for (unsigned long x = 0; x < columns; ++x) {
-      double sum = 0.0;
-      for (unsigned long k = 0; k < inner; ++k) {
-        sum += l.Data[y * inner + k] * r.Data[k * columns + x];
-      }
-      res.Data[y * columns + x] = sum;
-    }
+  if (columns <= zx_math::SmallColumns && l.SizeY * inner * columns <= zx_math::SmallProducts) {
+    zx_math::SmallProducts1To7[columns - 1](l.Data, r.Data, res.Data, l.SizeY, inner);
+    return;
   }
+  HWY_DYNAMIC_DISPATCH(zx_math::Product)
+  (l.Data, inner, 1, r.Data, res.Data, l.SizeY, inner, columns, false);
 }
 
 void mul(const TMatrixD& m, const TVectorD& v, TVectorD* res) {
   if (v.Size < m.SizeX || res->Size < m.SizeY) {
     return;
   }
-  for (unsigned long y = 0; y < m.SizeY; ++y) {
+  // Each sum waits for itself, so that several rows go side by side.
+  constexpr unsigned long side = 8;
+  const double* row = m.Data;
+  unsigned long y = 0;
+  for (; y + side <= m.SizeY; y += side, row += side * m.SizeX) {
+    double sums[side] = {};
+    for (unsigned long x = 0; x < m.SizeX; ++x) {
+      for (unsigned long i = 0; i < side; ++i) {
+        sums[i] += row[i * m.SizeX + x] * v.Data[x];
+      }
+    }
+    std::copy_n(sums, side, res->Data + y);
+  }
+  for (; y < m.SizeY; ++y, row += m.SizeX) {
     double sum = 0.0;
     for (unsigned long x = 0; x < m.SizeX; ++x) {
-      sum += m.Data[y * m.SizeX + x] * v.Data[x];
+      sum += row[x] * v.Data[x];
     }
     res->Data[y] = sum;
   }
