@@ -1,0 +1,159 @@
+#include "Scene.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+namespace zx_scene {
+
+namespace {
+
+constexpr double kPi = 3.141592653589793;
+
+// A little air round the model.
+constexpr double kMargin = 1.06;
+
+struct AXES {
+  TPoint Right;
+  TPoint Up;
+  TPoint Back; ///< from the model to the eye
+};
+
+double _Dot(const TPoint& a, const TPoint& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
+
+AXES _LookFrom(double azimuth, double elevation, bool zUp) {
+  const double a = azimuth * kPi / 180;
+  const double e = elevation * kPi / 180;
+  AXES axes = {{std::cos(a), 0, -std::sin(a)},
+               {-std::sin(a) * std::sin(e), std::cos(e), -std::cos(a) * std::sin(e)},
+               {std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e)}};
+  if (zUp) {
+    for (TPoint* axis : {&axes.Right, &axes.Up, &axes.Back}) {
+      *axis = {(*axis)[0], -(*axis)[2], (*axis)[1]};
+    }
+  }
+  return axes;
+}
+
+// The points that pieces use, from the middle of their bounds on.
+std::vector<TPoint> _Points(const MODEL& model, TPoint* center) {
+  std::vector<TPoint> points;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  TPoint low = {kInfinity, kInfinity, kInfinity};
+  TPoint high = {-kInfinity, -kInfinity, -kInfinity};
+  for (const MESH& mesh : model.Meshes) {
+    std::vector<bool> used(mesh.Vertices.size());
+    for (const std::uint32_t index : mesh.Indices) {
+      used[index] = true;
+    }
+    for (std::size_t i = 0; i < used.size(); ++i) {
+      if (!used[i]) {
+        continue;
+      }
+      const float* p = mesh.Vertices[i].Position;
+      points.push_back({p[0], p[1], p[2]});
+      for (std::size_t c = 0; c < 3; ++c) {
+        low[c] = std::min(low[c], points.back()[c]);
+        high[c] = std::max(high[c], points.back()[c]);
+      }
+    }
+  }
+  for (std::size_t c = 0; c < 3; ++c) {
+    (*center)[c] = (low[c] + high[c]) / 2;
+  }
+  for (TPoint& point : points) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      point[c] -= (*center)[c];
+    }
+  }
+  return points;
+}
+
+// How far along each axis of the eye the picture reaches. A point (x, y, z) in these axes is seen
+// from a distance d, the eye being moved by c to the side, if |x - c| <= (d - z) * t, with t the
+// tangent of half the angle: so d * t + c >= x + z * t and d * t - c >= -x + z * t.
+struct REACH {
+  double Right = 0;
+  double Left = 0;
+  double Top = 0;
+  double Bottom = 0;
+  double Near = 0;
+  double Far = 0;
+};
+
+REACH _Reach(const std::vector<TPoint>& points, const AXES& axes, double halfWidth,
+             double halfHeight) {
+  constexpr double kLeast = -std::numeric_limits<double>::infinity();
+  REACH reach = {kLeast, kLeast, kLeast, kLeast, kLeast, kLeast};
+  for (const TPoint& point : points) {
+    const double x = _Dot(point, axes.Right);
+    const double y = _Dot(point, axes.Up);
+    const double z = _Dot(point, axes.Back);
+    reach.Right = std::max(reach.Right, x + z * halfWidth);
+    reach.Left = std::max(reach.Left, -x + z * halfWidth);
+    reach.Top = std::max(reach.Top, y + z * halfHeight);
+    reach.Bottom = std::max(reach.Bottom, -y + z * halfHeight);
+    reach.Near = std::max(reach.Near, z);
+    reach.Far = std::max(reach.Far, -z);
+  }
+  return reach;
+}
+
+} // namespace
+
+std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames) {
+  TPoint center;
+  const std::vector<TPoint> points = _Points(model, &center);
+  if (points.empty() || frames < 1) {
+    return {};
+  }
+  const double half = std::tan(view.FieldOfView * kPi / 360);
+  const double aspect = static_cast<double>(view.Width) / view.Height;
+  const double halfWidth = aspect > 1 ? half * aspect : half;
+  const double halfHeight = aspect > 1 ? half : half / aspect;
+  std::vector<AXES> sides;
+  std::vector<REACH> reaches;
+  REACH all = {};
+  for (int i = 0; i < frames; ++i) {
+    sides.push_back(_LookFrom(view.Azimuth + 360.0 * i / frames, view.Elevation, view.ZUp));
+    reaches.push_back(_Reach(points, sides.back(), halfWidth / kMargin, halfHeight / kMargin));
+    const REACH& one = reaches.back();
+    all = i == 0 ? one : REACH{std::max(all.Right, one.Right), std::max(all.Left, one.Left),
+                               std::max(all.Top, one.Top),     std::max(all.Bottom, one.Bottom),
+                               std::max(all.Near, one.Near),   std::max(all.Far, one.Far)};
+  }
+  // Round a turntable the model stays where it is: no move to the side.
+  const double right = frames > 1 ? std::max(all.Right, all.Left) : all.Right;
+  const double left = frames > 1 ? right : all.Left;
+  const double sideways = (right - left) / 2;
+  const double upward = (all.Top - all.Bottom) / 2;
+  double distance = std::max((right + left) / 2 / (halfWidth / kMargin),
+                             (all.Top + all.Bottom) / 2 / (halfHeight / kMargin));
+  const double size = std::max({right + left, all.Top + all.Bottom, all.Near + all.Far});
+  // A single point, or all points in one line of sight, leave the distance open.
+  distance = std::max(distance, all.Near + size * 0.01);
+  if (!(distance > 0)) {
+    distance = 1;
+  }
+  std::vector<CAMERA> cameras;
+  for (const AXES& axes : sides) {
+    CAMERA camera = {};
+    camera.HalfWidth = halfWidth;
+    camera.HalfHeight = halfHeight;
+    camera.Near = std::max((distance - all.Near) * 0.9, distance * 1e-4);
+    camera.Far = (distance + all.Far) * 1.01;
+    const TPoint* const rows[] = {&axes.Right, &axes.Up, &axes.Back};
+    const double moves[] = {-sideways, -upward, -distance};
+    for (std::size_t r = 0; r < 3; ++r) {
+      for (std::size_t c = 0; c < 3; ++c) {
+        camera.View[4 * c + r] = (*rows[r])[c];
+      }
+      camera.View[12 + r] = moves[r] - _Dot(*rows[r], center);
+    }
+    camera.View[15] = 1;
+    cameras.push_back(camera);
+  }
+  return cameras;
+}
+
+} // namespace zx_scene

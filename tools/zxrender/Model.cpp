@@ -1,0 +1,321 @@
+#include "Model.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <utility>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <assimp/GltfMaterial.h>
+#include <assimp/Importer.hpp>
+#include <assimp/config.h>
+#include <assimp/material.h>
+#include <assimp/postprocess.h>
+#include <assimp/scene.h>
+
+#include "Textures.h"
+
+namespace zx_scene {
+
+std::size_t MODEL::CountCorners(int corners) const {
+  std::size_t count = 0;
+  for (const MESH& mesh : Meshes) {
+    if (mesh.Corners == corners) {
+      count += mesh.Indices.size() / static_cast<std::size_t>(corners);
+    }
+  }
+  return count;
+}
+
+std::size_t MODEL::CountVertices() const {
+  std::size_t count = 0;
+  for (const MESH& mesh : Meshes) {
+    count += mesh.Vertices.size();
+  }
+  return count;
+}
+
+namespace {
+
+// Where a texture was found in a material, and how it is to be applied.
+struct TEXTURE_USE {
+  std::string Name;
+  unsigned int Channel = 0;
+  bool Found = false;
+};
+
+TColor _ToColor(const aiColor4D& c) { return {c.r, c.g, c.b, c.a}; }
+
+unsigned int _ToWrap(const aiTextureMapMode mode) {
+  return mode == aiTextureMapMode_Clamp || mode == aiTextureMapMode_Decal ? GL_CLAMP_TO_EDGE
+                                                                          : GL_REPEAT;
+}
+
+TEXTURE_USE _FindTexture(const aiMaterial& from, MATERIAL* to) {
+  TEXTURE_USE use;
+  for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
+    aiString path;
+    aiTextureMapMode modes[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap,
+                                 aiTextureMapMode_Wrap};
+    unsigned int channel = 0;
+    if (from.GetTexture(type, 0, &path, nullptr, &channel, nullptr, nullptr, modes) ==
+            aiReturn_SUCCESS &&
+        path.length > 0) {
+      use.Name = path.C_Str();
+      use.Channel = channel;
+      use.Found = true;
+      to->WrapS = _ToWrap(modes[0]);
+      to->WrapT = _ToWrap(modes[1]);
+      break;
+    }
+  }
+  return use;
+}
+
+// Metal and roughness have no place in this lighting; a highlight that shrinks and brightens with
+// smoothness, in the metal's own colour, comes near.
+bool _TakeMetalAndRoughness(const aiMaterial& from, MATERIAL* to) {
+  float metal = 0;
+  float rough = 1;
+  if (from.Get(AI_MATKEY_METALLIC_FACTOR, metal) != aiReturn_SUCCESS &&
+      from.Get(AI_MATKEY_ROUGHNESS_FACTOR, rough) != aiReturn_SUCCESS) {
+    return false;
+  }
+  from.Get(AI_MATKEY_ROUGHNESS_FACTOR, rough);
+  const float smooth = 1 - std::clamp(rough, 0.0f, 1.0f);
+  metal = std::clamp(metal, 0.0f, 1.0f);
+  for (std::size_t i = 0; i < 3; ++i) {
+    to->Specular[i] = smooth * (0.25f * (1 - metal) + 0.7f * to->Diffuse[i] * metal);
+  }
+  to->Shininess = 4 + 96 * smooth * smooth;
+  return true;
+}
+
+void _TakeHighlight(const aiMaterial& from, MATERIAL* to) {
+  aiColor4D color;
+  float shininess = 0;
+  float strength = 1;
+  from.Get(AI_MATKEY_SHININESS, shininess);
+  from.Get(AI_MATKEY_SHININESS_STRENGTH, strength);
+  // Without an exponent the highlight would cover the whole model.
+  if (from.Get(AI_MATKEY_COLOR_SPECULAR, color) == aiReturn_SUCCESS && shininess >= 1) {
+    to->Specular = {color.r * strength, color.g * strength, color.b * strength, 1};
+    to->Shininess = std::min(shininess, 128.0f);
+  }
+}
+
+void _TakeTransparency(const aiMaterial& from, MATERIAL* to) {
+  float opacity = 1;
+  aiString mode;
+  from.Get(AI_MATKEY_OPACITY, opacity);
+  if (from.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS) {
+    to->Blended = std::strcmp(mode.C_Str(), "OPAQUE") != 0;
+    to->Diffuse[3] = to->Blended ? to->Diffuse[3] : 1;
+    return;
+  }
+  // Files that mean the opposite of opacity write 0 for what is to be seen.
+  to->Diffuse[3] = opacity > 0 && opacity < 1 ? opacity : 1;
+  to->Blended = to->Diffuse[3] < 1;
+}
+
+// Returns the channel of texture coordinates that the material uses.
+unsigned int _TakeMaterial(const aiMaterial& from, TTextureLoader* textures, MATERIAL* to) {
+  aiString name;
+  aiColor4D color;
+  if (from.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS) {
+    to->Name = name.C_Str();
+  }
+  const bool isBase = from.Get(AI_MATKEY_BASE_COLOR, color) == aiReturn_SUCCESS;
+  if (isBase || from.Get(AI_MATKEY_COLOR_DIFFUSE, color) == aiReturn_SUCCESS) {
+    to->Diffuse = _ToColor(color);
+  }
+  if (from.Get(AI_MATKEY_COLOR_EMISSIVE, color) == aiReturn_SUCCESS) {
+    to->Emission = {color.r, color.g, color.b, 1};
+  }
+  _TakeTransparency(from, to);
+  if (!_TakeMetalAndRoughness(from, to)) {
+    _TakeHighlight(from, to);
+  }
+  bool twoSided = false;
+  if (from.Get(AI_MATKEY_TWOSIDED, twoSided) == aiReturn_SUCCESS) {
+    to->TwoSided = twoSided;
+    to->CullBack = !twoSided && isBase; // only glTF means it that way
+  }
+  const TEXTURE_USE use = _FindTexture(from, to);
+  if (use.Found) {
+    to->Texture = textures->Get(use.Name, !to->Blended);
+  }
+  // A texture stands in the place of the colour, but for glTF, where it is a factor.
+  if (to->Texture >= 0 && !isBase) {
+    to->Diffuse = {1, 1, 1, to->Diffuse[3]};
+  }
+  return use.Channel;
+}
+
+std::uint8_t _ToByte(float value) {
+  return value > 0 ? static_cast<std::uint8_t>(std::min(value, 1.0f) * 255 + 0.5f)
+                   : std::uint8_t{0};
+}
+
+// Vertices brought to world coordinates; a normal goes by the inverse transpose.
+void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int channel,
+                   const MATERIAL& material, MESH* to) {
+  aiMatrix3x3 toNormal(toWorld);
+  toNormal.Inverse().Transpose();
+  const aiVector3D* texCoords =
+      channel < AI_MAX_NUMBER_OF_TEXTURECOORDS ? from.mTextureCoords[channel] : nullptr;
+  to->HasColors = from.HasVertexColors(0);
+  to->Vertices.resize(from.mNumVertices);
+  for (unsigned int i = 0; i < from.mNumVertices; ++i) {
+    VERTEX& vertex = to->Vertices[i];
+    const aiVector3D position = toWorld * from.mVertices[i];
+    aiVector3D normal(0, 0, 0);
+    if (from.mNormals != nullptr) {
+      normal = (toNormal * from.mNormals[i]).NormalizeSafe();
+    }
+    const aiVector3D st = texCoords != nullptr ? texCoords[i] : aiVector3D(0, 0, 0);
+    vertex = {{position.x, position.y, position.z},
+              {normal.x, normal.y, normal.z},
+              {st.x, st.y},
+              {255, 255, 255, 255}};
+    if (to->HasColors) {
+      const aiColor4D& color = from.mColors[0][i];
+      vertex.Color[0] = _ToByte(color.r * material.Diffuse[0]);
+      vertex.Color[1] = _ToByte(color.g * material.Diffuse[1]);
+      vertex.Color[2] = _ToByte(color.b * material.Diffuse[2]);
+      vertex.Color[3] = _ToByte(material.Blended ? color.a * material.Diffuse[3] : 1);
+    }
+  }
+}
+
+// A piece with a corner that is nowhere is left out. A mirroring matrix turns the corners round,
+// so they are taken the other way.
+void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
+  const auto corners = static_cast<unsigned int>(to->Corners);
+  to->Indices.reserve(std::size_t{from.mNumFaces} * corners);
+  for (unsigned int i = 0; i < from.mNumFaces; ++i) {
+    const aiFace& face = from.mFaces[i];
+    if (face.mNumIndices != corners) {
+      continue;
+    }
+    const bool sound = std::all_of(face.mIndices, face.mIndices + corners, [&](unsigned int index) {
+      return index < from.mNumVertices && std::isfinite(to->Vertices[index].Position[0]) &&
+             std::isfinite(to->Vertices[index].Position[1]) &&
+             std::isfinite(to->Vertices[index].Position[2]);
+    });
+    if (!sound) {
+      continue;
+    }
+    for (unsigned int c = 0; c < corners; ++c) {
+      to->Indices.push_back(face.mIndices[mirrored ? corners - 1 - c : c]);
+    }
+  }
+}
+
+int _Corners(const aiMesh& mesh) {
+  switch (mesh.mPrimitiveTypes & ~static_cast<unsigned int>(aiPrimitiveType_NGONEncodingFlag)) {
+  case aiPrimitiveType_POINT:
+    return 1;
+  case aiPrimitiveType_LINE:
+    return 2;
+  case aiPrimitiveType_TRIANGLE:
+    return 3;
+  default:
+    return 0;
+  }
+}
+
+void _TakeMesh(const aiMesh& from, const aiMatrix4x4& toWorld,
+               const std::vector<unsigned int>& channels, MODEL* out) {
+  MESH mesh;
+  mesh.Corners = _Corners(from);
+  if (mesh.Corners == 0 || from.mMaterialIndex >= out->Materials.size()) {
+    return;
+  }
+  mesh.Material = static_cast<int>(from.mMaterialIndex);
+  _TakeVertices(from, toWorld, channels[from.mMaterialIndex], out->Materials[from.mMaterialIndex],
+                &mesh);
+  _TakeIndices(from, toWorld.Determinant() < 0, &mesh);
+  if (!mesh.Indices.empty()) {
+    out->Meshes.push_back(std::move(mesh));
+  }
+}
+
+void _TakeNodes(const aiScene& scene, const std::vector<unsigned int>& channels, MODEL* out) {
+  std::vector<std::pair<const aiNode*, aiMatrix4x4>> open;
+  open.emplace_back(scene.mRootNode, aiMatrix4x4());
+  while (!open.empty()) {
+    const aiNode* node = open.back().first;
+    const aiMatrix4x4 toWorld = open.back().second * node->mTransformation;
+    open.pop_back();
+    for (unsigned int i = 0; i < node->mNumMeshes; ++i) {
+      if (node->mMeshes[i] < scene.mNumMeshes) {
+        _TakeMesh(*scene.mMeshes[node->mMeshes[i]], toWorld, channels, out);
+      }
+    }
+    for (unsigned int i = node->mNumChildren; i-- > 0;) {
+      open.emplace_back(node->mChildren[i], toWorld);
+    }
+  }
+}
+
+bool _CanBeRead(const std::string& name, std::string* error) {
+  std::error_code code;
+  if (std::filesystem::is_directory(name, code)) {
+    *error = "is a directory";
+    return false;
+  }
+  std::FILE* file = std::fopen(name.c_str(), "rb");
+  if (file == nullptr) {
+    *error = std::strerror(errno);
+    return false;
+  }
+  std::fclose(file);
+  return true;
+}
+
+} // namespace
+
+bool LoadModel(const std::string& name, MODEL* out, std::string* error,
+               std::vector<std::string>* warnings) {
+  if (!_CanBeRead(name, error)) {
+    return false;
+  }
+  Assimp::Importer importer;
+  // Sharp edges stay sharp where the file has no normals.
+  importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, 66.0f);
+  const aiScene* scene =
+      importer.ReadFile(name, aiProcess_ValidateDataStructure | aiProcess_Triangulate |
+                                  aiProcess_SortByPType | aiProcess_GenSmoothNormals |
+                                  aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
+                                  aiProcess_TransformUVCoords | aiProcess_ImproveCacheLocality);
+  if (scene == nullptr) {
+    *error = importer.GetErrorString();
+    return false;
+  }
+  if (scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
+    *error = "the file holds no mesh";
+    return false;
+  }
+  TTextureLoader textures(*scene, name, out, warnings);
+  std::vector<unsigned int> channels;
+  for (unsigned int i = 0; i < scene->mNumMaterials; ++i) {
+    out->Materials.emplace_back();
+    channels.push_back(_TakeMaterial(*scene->mMaterials[i], &textures, &out->Materials.back()));
+  }
+  if (out->Materials.empty()) {
+    out->Materials.emplace_back();
+    channels.push_back(0);
+  }
+  _TakeNodes(*scene, channels, out);
+  if (out->Meshes.empty()) {
+    *error = "the file holds nothing that can be drawn";
+    return false;
+  }
+  return true;
+}
+
+} // namespace zx_scene

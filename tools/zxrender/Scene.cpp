@@ -1,0 +1,275 @@
+#include "Scene.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include <ZxPixelKit/Image.h>
+#include <ZxPixelKit/Surface.h>
+
+namespace zx_scene {
+
+namespace {
+
+using TEdge = std::pair<std::uint32_t, std::uint32_t>;
+
+// Each edge of the triangles once.
+std::vector<std::uint32_t> _Edges(const MESH& mesh) {
+  std::vector<TEdge> edges;
+  edges.reserve(mesh.Indices.size());
+  for (std::size_t i = 0; i + 2 < mesh.Indices.size(); i += 3) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      edges.push_back(std::minmax({mesh.Indices[i + c], mesh.Indices[i + (c + 1) % 3]}));
+    }
+  }
+  std::sort(edges.begin(), edges.end());
+  edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
+  std::vector<std::uint32_t> indices;
+  indices.reserve(2 * edges.size());
+  for (const TEdge& edge : edges) {
+    indices.push_back(edge.first);
+    indices.push_back(edge.second);
+  }
+  return indices;
+}
+
+const void* _Offset(std::size_t offset) { return reinterpret_cast<const void*>(offset); }
+
+// The name of the error of OpenGL with that number.
+std::string _ErrorText(unsigned int code) {
+  switch (code) {
+  case GL_INVALID_ENUM:
+    return "the context reports GL_INVALID_ENUM";
+  case GL_INVALID_VALUE:
+    return "the context reports GL_INVALID_VALUE";
+  case GL_INVALID_OPERATION:
+    return "the context reports GL_INVALID_OPERATION";
+  default:
+    return "the context reports the error " + std::to_string(code);
+  }
+}
+
+} // namespace
+
+bool TScene::Create(const MODEL& model, int width, int height, const STYLE& style,
+                    std::string* error) {
+  m_Model = &model;
+  m_Style = style;
+  m_Width = width;
+  m_Height = height;
+  if (!m_GL.Create(width, height, nullptr)) {
+    *error = "no memory for surfaces of " + std::to_string(width) + " by " +
+             std::to_string(height) + " pixels";
+    return false;
+  }
+  _MakeTextures();
+  for (const MESH& mesh : model.Meshes) {
+    _MakePart(mesh);
+  }
+  m_GL.EnableDepthTest(true);
+  m_GL.Enable(GL_NORMALIZE);
+  m_GL.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+  m_GL.ClearColor(style.Background[0], style.Background[1], style.Background[2],
+                  style.Background[3]);
+  _SetLights();
+  if (const unsigned int code = m_GL.GetError(); code != 0) {
+    *error = _ErrorText(code);
+    return false;
+  }
+  return true;
+}
+
+void TScene::_MakeTextures() {
+  m_Textures.resize(m_Model->Textures.size());
+  m_GL.GenTextures(static_cast<int>(m_Textures.size()), m_Textures.data());
+  for (std::size_t i = 0; i < m_Textures.size(); ++i) {
+    const TDataSurface& image = m_Model->Textures[i].Image;
+    m_GL.BindTexture(GL_TEXTURE_2D, m_Textures[i]);
+    m_GL.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, image.Width, image.Height, 0, GL_RGBA,
+                    GL_UNSIGNED_BYTE, image.Data);
+  }
+  const unsigned int filter = m_Style.Linear ? GL_LINEAR : GL_NEAREST;
+  m_GL.TexFilter2D(filter, filter);
+  m_GL.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+}
+
+void TScene::_MakePart(const MESH& mesh) {
+  const bool wire = m_Style.Wire && mesh.Corners == 3;
+  std::vector<std::uint32_t> edges;
+  if (wire) {
+    edges = _Edges(mesh);
+  }
+  const std::vector<std::uint32_t>& indices = wire ? edges : mesh.Indices;
+  PART part;
+  part.Mesh = &mesh;
+  part.Mode = wire || mesh.Corners == 2 ? GL_LINES : mesh.Corners == 1 ? GL_POINTS : GL_TRIANGLES;
+  part.Count = static_cast<int>(indices.size());
+  for (const std::uint32_t index : mesh.Indices) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      part.Center[c] += mesh.Vertices[index].Position[c];
+    }
+  }
+  for (double& c : part.Center) {
+    c /= static_cast<double>(mesh.Indices.size());
+  }
+  m_GL.GenBuffers(1, &part.Vertices);
+  m_GL.BindBuffer(GL_ARRAY_BUFFER, part.Vertices);
+  m_GL.BufferData(GL_ARRAY_BUFFER, static_cast<long>(mesh.Vertices.size() * sizeof(VERTEX)),
+                  mesh.Vertices.data(), GL_STATIC_DRAW);
+  m_GL.GenBuffers(1, &part.Indices);
+  m_GL.BindBuffer(GL_ELEMENT_ARRAY_BUFFER, part.Indices);
+  m_GL.BufferData(GL_ELEMENT_ARRAY_BUFFER, static_cast<long>(indices.size() * sizeof(indices[0])),
+                  indices.data(), GL_STATIC_DRAW);
+  m_Parts.push_back(part);
+}
+
+// The matrices are the identity here, so the lights stand with the camera: one above on the left
+// that makes the forms, one on the right that opens the shadows.
+void TScene::_SetLights() {
+  const float ambient[] = {0.22f, 0.22f, 0.24f, 1};
+  const float black[] = {0, 0, 0, 1};
+  const float key[] = {0.78f, 0.77f, 0.74f, 1};
+  const float keyFrom[] = {-0.45f, 0.6f, 0.7f, 0};
+  const float fill[] = {0.22f, 0.23f, 0.27f, 1};
+  const float fillFrom[] = {0.8f, 0.05f, 0.5f, 0};
+  m_GL.LightModelfv(GL_LIGHT_MODEL_AMBIENT, ambient);
+  m_GL.Lightfv(GL_LIGHT0, GL_AMBIENT, black);
+  m_GL.Lightfv(GL_LIGHT0, GL_DIFFUSE, key);
+  m_GL.Lightfv(GL_LIGHT0, GL_SPECULAR, key);
+  m_GL.Lightfv(GL_LIGHT0, GL_POSITION, keyFrom);
+  m_GL.Lightfv(GL_LIGHT1, GL_AMBIENT, black);
+  m_GL.Lightfv(GL_LIGHT1, GL_DIFFUSE, fill);
+  m_GL.Lightfv(GL_LIGHT1, GL_SPECULAR, black);
+  m_GL.Lightfv(GL_LIGHT1, GL_POSITION, fillFrom);
+  m_GL.EnableLight(0, true);
+  m_GL.EnableLight(1, true);
+}
+
+void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
+  // One call for both faces would change the front alone.
+  for (const unsigned int face : {GL_FRONT, GL_BACK}) {
+    m_GL.Materialfv(face, GL_AMBIENT, material.Diffuse.data());
+    m_GL.Materialfv(face, GL_DIFFUSE, material.Diffuse.data());
+    m_GL.Materialfv(face, GL_SPECULAR, material.Specular.data());
+    m_GL.Materialfv(face, GL_EMISSION, material.Emission.data());
+    m_GL.Materialf(face, GL_SHININESS, material.Shininess);
+  }
+  m_GL.LightModeli(GL_LIGHT_MODEL_TWO_SIDE, material.TwoSided ? 1 : 0);
+  m_GL.EnableCullFace(material.CullBack);
+  if (hasColors) {
+    m_GL.Enable(GL_COLOR_MATERIAL);
+  } else {
+    m_GL.Disable(GL_COLOR_MATERIAL);
+  }
+}
+
+void TScene::_DrawPart(const PART& part) {
+  const MESH& mesh = *part.Mesh;
+  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(mesh.Material)];
+  const bool filled = part.Mode == GL_TRIANGLES;
+  _SetMaterial(material, mesh.HasColors);
+  m_GL.EnableLighting(filled);
+  m_GL.Color4fv(material.Diffuse.data());
+  if (filled && material.Texture >= 0) {
+    m_GL.BindTexture(GL_TEXTURE_2D, m_Textures[static_cast<std::size_t>(material.Texture)]);
+    m_GL.TexWrap2D(material.WrapS, material.WrapT);
+    m_GL.Enable(GL_TEXTURE_2D);
+  } else {
+    m_GL.Disable(GL_TEXTURE_2D);
+  }
+  m_GL.BindBuffer(GL_ARRAY_BUFFER, part.Vertices);
+  m_GL.BindBuffer(GL_ELEMENT_ARRAY_BUFFER, part.Indices);
+  const int stride = static_cast<int>(sizeof(VERTEX));
+  m_GL.VertexPointer(3, GL_FLOAT, stride, _Offset(offsetof(VERTEX, Position)));
+  m_GL.NormalPointer(GL_FLOAT, stride, _Offset(offsetof(VERTEX, Normal)));
+  m_GL.TexCoordPointer(2, GL_FLOAT, stride, _Offset(offsetof(VERTEX, TexCoord)));
+  m_GL.ColorPointer(4, GL_UNSIGNED_BYTE, stride, _Offset(offsetof(VERTEX, Color)));
+  m_GL.EnableClientState(GL_VERTEX_ARRAY);
+  m_GL.EnableClientState(GL_NORMAL_ARRAY);
+  m_GL.EnableClientState(GL_TEXTURE_COORD_ARRAY);
+  if (mesh.HasColors) {
+    m_GL.EnableClientState(GL_COLOR_ARRAY);
+  } else {
+    m_GL.DisableClientState(GL_COLOR_ARRAY);
+  }
+  m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
+}
+
+// Opaque parts first; then the blended ones from the farthest to the nearest, which leave the depth
+// as it is.
+void TScene::_DrawParts(const CAMERA& camera) {
+  std::vector<std::pair<double, const PART*>> blended;
+  m_GL.EnableBlend(false);
+  for (const PART& part : m_Parts) {
+    if (!m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)].Blended) {
+      _DrawPart(part);
+      continue;
+    }
+    const double z = camera.View[2] * part.Center[0] + camera.View[6] * part.Center[1] +
+                     camera.View[10] * part.Center[2];
+    blended.emplace_back(z, &part);
+  }
+  std::stable_sort(blended.begin(), blended.end(),
+                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  m_GL.EnableBlend(true);
+  m_GL.DepthMask(0);
+  // What is blended over an opaque picture leaves it opaque.
+  m_GL.ColorMask(1, 1, 1, m_Style.Background[3] < 1 ? 1 : 0);
+  for (const auto& entry : blended) {
+    _DrawPart(*entry.second);
+  }
+  m_GL.ColorMask(1, 1, 1, 1);
+  m_GL.DepthMask(1);
+  m_GL.EnableBlend(false);
+}
+
+bool TScene::Draw(const CAMERA& camera, std::string* error) {
+  m_GL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  m_GL.MatrixMode(GL_PROJECTION);
+  m_GL.LoadIdentity();
+  const double right = camera.HalfWidth * camera.Near;
+  const double top = camera.HalfHeight * camera.Near;
+  m_GL.Frustum(-right, right, -top, top, camera.Near, camera.Far);
+  m_GL.MatrixMode(GL_MODELVIEW);
+  m_GL.LoadMatrixd(camera.View);
+  _DrawParts(camera);
+  if (const unsigned int code = m_GL.GetError(); code != 0) {
+    *error = _ErrorText(code);
+    return false;
+  }
+  return true;
+}
+
+const std::vector<std::uint8_t>& TScene::ReadPicture() {
+  m_Picture.resize(static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
+  m_GL.ReadPixels(0, 0, m_Width, m_Height, GL_RGBA, GL_UNSIGNED_BYTE, m_Picture.data());
+  return m_Picture;
+}
+
+bool TScene::Save(const std::string& name) const {
+  DATASURFACE picture;
+  if (!ds::Set(&picture, m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+               m_Picture.data()) ||
+      m_Picture.size() != picture.DataSize) {
+    return false;
+  }
+  if (m_Style.Background[3] >= 1) {
+    picture.Format = DATA_FORMAT_RGB;
+    picture.Channels = 3; // the pixels keep their distance of four bytes
+  }
+  return SaveImage(name, nullptr, picture);
+}
+
+std::size_t TScene::CountCovered() {
+  const TDataSurface* depth = m_GL.GetDepthSurface();
+  std::size_t count = 0;
+  for (int y = 0; y < m_Height; ++y) {
+    const auto* row = reinterpret_cast<const float*>(depth->Data + static_cast<std::ptrdiff_t>(y) *
+                                                                       depth->RowStride);
+    count += static_cast<std::size_t>(
+        std::count_if(row, row + m_Width, [](float value) { return value < 1; }));
+  }
+  return count;
+}
+
+} // namespace zx_scene
