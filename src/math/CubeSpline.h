@@ -39,12 +39,13 @@ ZX_CORE3D_API bool CalcCubeSpline3D(const vec_t_<double, 3>* p, unsigned long st
 /// tested: points that go back give polynomials that are no function of x.
 ///
 /// The system holds the cubes of absolute x: for points one apart every factor of 10 in x costs
-/// about four digits (an error of 1e-4 at x = 10,000). Move the points to the origin first, and the
-/// result back with `Polynom3_TransX`. Memory grows with the square of `n`, 128 n^2 bytes. Throws
-/// `std::bad_alloc`.
+/// three to four digits (an error of 1e-7 at x = 1,000, of 1e-4 at 10,000, and nothing is right at
+/// 100,000). Move the points to the origin first, and the result back with `Polynom3_TransX`.
+/// Memory grows with the square of `n`, 128 n^2 bytes. Throws `std::bad_alloc`.
 ZX_CORE3D_API bool CalcCubeSplineXY(const vec_t_<double, 2>* p, unsigned long n,
                                     unsigned long startType, double startValue,
                                     unsigned long endType, double endValue, POLYNOM3* out);
 
-/// Replaces `p` by the polynomial q(x) = p(x - t).
+/// Replaces `p` by the polynomial q(x) = p(x - t), in the order a - (b - (c - d t) t) t,
+/// b - (2 c - 3 d t) t, c - 3 d t.
 ZX_CORE3D_API void Polynom3_TransX(POLYNOM3& p, double t);

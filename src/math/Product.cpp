@@ -84,19 +84,42 @@ void Product(const double* l, size_t rowStride, size_t stepStride, const double*
   }
 }
 
-void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
+/// res[x] += row[x] * v[r] for the rows in order, `Vectors` vectors at a time.
+template <size_t Vectors>
+HWY_INLINE void AddRowsStrip(const double* a, const double* v, double* res, size_t rows,
+                             size_t columns) {
   const DOUBLES d;
   const size_t lanes = hn::Lanes(d);
+  hn::Vec<DOUBLES> sums[Vectors];
+  HWY_UNROLL(4)
+  for (size_t i = 0; i < Vectors; ++i) {
+    sums[i] = hn::LoadU(d, res + i * lanes);
+  }
   for (size_t r = 0; r < rows; ++r) {
-    const double* row = a + r * columns;
     const hn::Vec<DOUBLES> factor = hn::Set(d, v[r]);
-    size_t x = 0;
-    for (; x + lanes <= columns; x += lanes) {
-      hn::StoreU(hn::Add(hn::LoadU(d, res + x), hn::Mul(hn::LoadU(d, row + x), factor)), d,
-                 res + x);
+    HWY_UNROLL(4)
+    for (size_t i = 0; i < Vectors; ++i) {
+      sums[i] = hn::Add(sums[i], hn::Mul(hn::LoadU(d, a + r * columns + i * lanes), factor));
     }
-    for (; x < columns; ++x) {
-      res[x] += row[x] * v[r];
+  }
+  HWY_UNROLL(4)
+  for (size_t i = 0; i < Vectors; ++i) {
+    hn::StoreU(sums[i], d, res + i * lanes);
+  }
+}
+
+void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
+  const size_t lanes = hn::Lanes(DOUBLES());
+  size_t x = 0;
+  for (; x + 4 * lanes <= columns; x += 4 * lanes) {
+    AddRowsStrip<4>(a + x, v, res + x, rows, columns);
+  }
+  for (; x + lanes <= columns; x += lanes) {
+    AddRowsStrip<1>(a + x, v, res + x, rows, columns);
+  }
+  for (size_t r = 0; r < rows; ++r) {
+    for (size_t j = x; j < columns; ++j) {
+      res[j] += a[r * columns + j] * v[r];
     }
   }
 }
