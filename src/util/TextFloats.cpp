@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <cwchar>
 #include <locale.h>
+#include <string.h>
 #include <system_error>
 
 #include <ZxCore3D/util/TextScan.h>
@@ -14,6 +15,33 @@ namespace {
 bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 bool IsDigit(char c) { return zx_text::Digit(c) <= 9; }
+
+// The characters that a plain decimal is made of, in whatever order.
+struct DECIMALCHARS {
+  constexpr DECIMALCHARS() {
+    for (const char c :
+         {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', '.', 'e', 'E', '+', '-'}) {
+      Is[static_cast<unsigned char>(c)] = true;
+    }
+  }
+  bool Is[256] = {};
+};
+constexpr DECIMALCHARS s_Decimal;
+
+// How far `from_chars` may look: to the terminator when it is near, and otherwise to the end of
+// what can be a decimal, so that a number at the head of a long text does not cost the text's
+// length.
+std::size_t DecimalLength(const char* text) {
+  constexpr std::size_t near = 64;
+  std::size_t length = strnlen(text, near);
+  if (length == near) {
+    length = 0;
+    while (s_Decimal.Is[static_cast<unsigned char>(text[length])]) {
+      ++length;
+    }
+  }
+  return length;
+}
 
 // What `strtod` gives in the "C" locale. `from_chars` rounds the same and is several times as fast;
 // it serves plain decimals, and what it refuses or can't know goes to the C library.
@@ -28,12 +56,9 @@ double ToDouble(const char* text) {
   }
   const bool hex = digits[0] == '0' && (digits[1] | 0x20) == 'x';
   if (!hex && (IsDigit(*digits) || *digits == '.')) {
-    while (IsDigit(*digits) || *digits == '.' || (*digits | 0x20) == 'e' ||
-           zx_text::IsSign(*digits)) {
-      ++digits;
-    }
+    const char* const last = digits + DecimalLength(digits);
     double value = 0.0;
-    if (std::from_chars(first, digits, value).ec == std::errc()) {
+    if (std::from_chars(first, last, value).ec == std::errc()) {
       return value;
     }
   }

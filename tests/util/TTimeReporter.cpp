@@ -1,12 +1,14 @@
 #include <ZxCore3D/util/TTimeReporter.h>
 
 #include <limits>
+#include <new>
 #include <string>
 #include <type_traits>
 
 #include <gtest/gtest.h>
 
 #include "CommaLocale.h"
+#include "object/FailingMalloc.h"
 
 namespace {
 
@@ -93,6 +95,42 @@ TEST(TTimeReporter, AppendsNothingWithoutAName) {
   TTimeReporter reporter;
   reporter.AddTime(nullptr, 1.0);
   EXPECT_EQ(reporter.GetReport(), "");
+}
+
+// Whatever allocation fails, nothing is lost and nothing is half done.
+TEST(TTimeReporter, LetsExhaustedMemoryThrough) {
+  if (!zx_test::s_Available) {
+    GTEST_SKIP() << "the address sanitizer has the allocator";
+  }
+  const std::string longName(600, 'n');
+  bool failed = true;
+  unsigned long at = 0;
+  while (failed) {
+    ++at;
+    ASSERT_LT(at, 100U);
+    const zx_test::TMallocWatch watch(at);
+    int reached = 0;
+    try {
+      TTimeReporter reporter;
+      reporter.AddTime("a short one", 0.5);
+      ++reached;
+      reporter.AddTime(longName.c_str(), 0.25);
+      ++reached;
+      reporter.SetFullTime(longName.c_str(), 2.0);
+      ++reached;
+      const std::string report = reporter.GetReport();
+      ++reached;
+      EXPECT_EQ(report.size(), std::string("a short one 0.500000 s (25.000000%)\n").size() +
+                                   std::string(" 0.250000 s (12.500000%)\n 2.000000 s").size() +
+                                   2 * longName.size());
+    } catch (const std::bad_alloc&) {
+      EXPECT_TRUE(watch.Failed());
+      EXPECT_LT(reached, 4);
+    }
+    EXPECT_EQ(watch.LiveBlocks(), 0) << at;
+    failed = watch.Failed();
+  }
+  EXPECT_GT(at, 6U);
 }
 
 TEST(TTimeReporter, DoesNotFollowTheHostsLocale) {
