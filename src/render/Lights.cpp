@@ -6,7 +6,8 @@
 #include <ZxBaseKit/TZxMessage.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 

@@ -3,8 +3,9 @@
 #include <cstdlib>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
 #include <ZxCore3D/render/ShaderCPU.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 
@@ -47,6 +48,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   if (-at.w > at.x || at.x > at.w || -at.w > at.y || at.y > at.w || -at.w > at.z || at.z > at.w) {
     return;
   }
+  _FlushFragment();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
   at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
@@ -138,6 +140,7 @@ void TRenderCPU::_LinePixel(int x, int y, double t) {
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
+  _FlushFragment();
   const bool perspective = m_PerspectiveHint != GL_FASTEST;
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];

@@ -69,6 +69,7 @@ template <class T> static void Install(TRenderCPU* render, T*& installed, T* fre
 void TRenderCPU::_SetVertexShader(TVertexShaderCPU* shader) {
   TVertexShaderCPU* const fresh = shader != nullptr ? shader : m_StdVertexShader;
   if (fresh != m_VertexShader) {
+    _FlushFragment();
     Install(this, m_VertexShader, fresh);
   }
 }
@@ -76,6 +77,7 @@ void TRenderCPU::_SetVertexShader(TVertexShaderCPU* shader) {
 void TRenderCPU::_SetFragmentShader(TFragmentShaderCPU* shader) {
   TFragmentShaderCPU* const fresh = shader != nullptr ? shader : m_StdFragmentShader;
   if (fresh != m_FragmentShader) {
+    _FlushFragment();
     Install(this, m_FragmentShader, fresh);
     m_CalcDepth = fresh != nullptr && fresh->IsCalcDepth();
   }

@@ -1,8 +1,9 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
 #include <ZxCore3D/render/ShaderCPU.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 

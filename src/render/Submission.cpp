@@ -51,6 +51,7 @@ void TRenderCPU::Begin(unsigned int mode) {
 }
 
 void TRenderCPU::End() {
+  _FlushFragment();
   if (m_PrimitiveMode == GL_LINE_LOOP && m_Pending == 1) {
     CopyVar(m_VarCur[1], m_VarSaved[0]);
     m_Pending = 2;

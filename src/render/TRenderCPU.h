@@ -13,6 +13,7 @@ namespace Zx3D {
 class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
+struct TSpanJob;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -976,7 +977,29 @@ private:
   template <class TElementOf> void _Replay(unsigned int mode, int count, TElementOf elementOf);
   TBuffer* _BufferNamed(unsigned int id);
 
+  /// What `m_VarFragment` is to hold after a triangle that was drawn many pixels at a time: worked
+  /// out when something can read it.
+  struct TPendingFragment {
+    bool Set = false;
+    bool Perspective = false;
+    int Count = 0;
+    int X = 0;
+    int Y = 0;
+    int Half = 0;
+    VAR_DATA Vertex[3] = {};
+  };
+
+  bool _SettleJob(const VAR_DATA* v, TSpanJob* job) const;
+  bool _SettleTargets(TSpanJob* job) const;
+  bool _SettleTests(TSpanJob* job) const;
+  bool _SettleColors(const VAR_DATA* v, TSpanJob* job) const;
+  void _DrawEdges(VAR_DATA* v);
+  void _RunJob(const VAR_DATA* v, TSpanJob* job);
+  void _FlushFragment();
+  void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
+
   TColorTarget m_ColorTarget = {};
+  TPendingFragment m_PendingFragment;
 };
 
 } // namespace Zx3D

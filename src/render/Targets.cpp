@@ -9,7 +9,8 @@
 
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 

@@ -3,7 +3,8 @@
 #include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 

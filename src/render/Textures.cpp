@@ -7,7 +7,8 @@
 #include <ZxPixelKit/Surface.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
+
+#include "Numbers.h"
 
 namespace Zx3D {
 

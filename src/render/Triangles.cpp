@@ -1,7 +1,8 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include "Numbers.h"
+#include "SpanJob.h"
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/Numbers.h>
 
 namespace Zx3D {
 
@@ -89,20 +90,38 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
     at.x = (at.x * 0.5 + 0.5) * m_Width - 0.5;
     at.y = (at.y * 0.5 + 0.5) * m_Height - 0.5;
     at.z = (at.z * at.w) * 0.5 + 0.5;
-    if (perspective) {
-      _ScaleSlots(&v[i], at.w);
-    }
   }
+  // The job is settled by the slots as they are before perspective prepares them.
+  TSpanJob job;
+  const bool many = _SettleJob(v, &job);
+  for (int i = 0; i < 3 && perspective; ++i) {
+    _ScaleSlots(&v[i], v[i].Slots[0].w);
+  }
+  if (many) {
+    _RunJob(v, &job);
+  } else {
+    _DrawEdges(v);
+  }
+}
 
-  SetEdge(&m_Edges[0], &v[0], &v[1]);
-  SetEdge(&m_Edges[1], &v[1], &v[2]);
-  SetEdge(&m_Edges[2], &v[2], &v[0]);
-  int longest = 0;
+// Sorts each edge of a triangle by y and finds the one that is longest in y.
+void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
+  SetEdge(&edges[0], &v[0], &v[1]);
+  SetEdge(&edges[1], &v[1], &v[2]);
+  SetEdge(&edges[2], &v[2], &v[0]);
+  *longest = 0;
   for (int i = 1; i < 3; ++i) {
-    if (m_Edges[i].Delta.Slots[0].y > m_Edges[longest].Delta.Slots[0].y) {
-      longest = i;
+    if (edges[i].Delta.Slots[0].y > edges[*longest].Delta.Slots[0].y) {
+      *longest = i;
     }
   }
+}
+
+// The plain way: row by row and pixel by pixel.
+void TRenderCPU::_DrawEdges(VAR_DATA* v) {
+  _FlushFragment();
+  int longest = 0;
+  _SetEdges(v, m_Edges, &longest);
   EDGE* const longEdge = &m_Edges[longest];
   DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 1) % 3], &m_Fragment);
   DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 2) % 3], &m_Fragment);

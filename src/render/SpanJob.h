@@ -1,0 +1,109 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+namespace Zx3D {
+
+/// Where a triangle's texels come from.
+enum class TTexelSource : std::uint8_t {
+  None,
+  Nearest, ///< four bytes a texel, read here
+  Linear,
+  Sampler, ///< any other state: the sampler's own function, pixel by pixel
+};
+
+/// The steps of the triangle drawn many pixels at a time by the standard fragment shader:
+/// everything that its rows and pixels read, settled once for the triangle, and what they leave.
+///
+/// Each pixel's operations are those of the plain walker, one by one and in its order; only what
+/// can be proven to change no bit is left out.
+struct TSpanJob {
+  // --- The triangle, in window coordinates and prepared for its kind of interpolation
+  const vec_t_<double, 4>* Vertex[3];
+  bool Perspective;
+  int Width;
+  int Height;
+
+  // --- What is interpolated; -1 for a slot that nothing reads
+  int ColorSlot;
+  int SecondarySlot;
+  int TexSlot;
+
+  bool ZeroSecondary; ///< a secondary colour that is 0 at every pixel is still added to the record
+
+  // --- Texture
+  TTexelSource Texels;
+  bool Modulate; ///< otherwise the texel replaces the colour
+  TRenderCPU::TTexSampler* Sampler;
+
+  // --- Colour
+  bool Clamp;              ///< needed: values may lie outside 0 to 1, or be no numbers
+  std::uint32_t ConstMask; ///< bit i: channel i has the byte of `ConstColor` at every pixel
+  std::uint32_t ConstColor;
+  std::uint8_t ColorMask;
+  bool Blend;
+  unsigned char* Color;
+  std::ptrdiff_t ColorRowStride;
+
+  // --- Depth
+  bool DepthTest;
+  bool DepthWrite;
+  std::uint8_t DepthFunc; ///< from GL_NEVER on
+  bool AddOffset;
+  float Offset;
+  unsigned char* Depth;
+  std::ptrdiff_t DepthRowStride;
+
+  // --- Stencil; a null address is a test that is off
+  unsigned char* Stencil;
+  std::ptrdiff_t StencilRowStride;
+  std::uint8_t StencilFunc; ///< from GL_NEVER on
+  std::uint8_t StencilRef;
+  std::uint8_t StencilValueMask;
+  std::uint8_t StencilWriteMask;
+  std::uint8_t StencilFail; ///< operations in the order of `TStencilStep`
+  std::uint8_t StencilZFail;
+  std::uint8_t StencilZPass;
+
+  // --- Left behind: the fragment record's values where `...Set` says so
+  bool YSet;
+  int Y;
+  bool DepthSet;
+  float LastDepth;
+  bool ColorSet;
+  int LastX;
+  int LastY;
+  int LastHalf; ///< 1 or 2: below or above the middle vertex, in the order of drawing
+  vec_t_<double, 4> LastColor;
+};
+
+/// Stencil operations as numbers.
+enum TStencilStep : std::uint8_t {
+  kStencilKeep,
+  kStencilZero,
+  kStencilReplace,
+  kStencilIncr,
+  kStencilIncrWrap,
+  kStencilDecr,
+  kStencilInvert,
+};
+
+using TDrawJob = void (*)(TSpanJob* job);
+
+/// The routine for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain
+/// walker.
+TDrawJob GetDrawJob();
+
+/// \name For tests: the instruction set that spans are drawn with.
+/// \{
+
+/// "plain", "SSSE3", "AVX2" or "AVX3" (AVX-512); null takes the limit away. False, changing nothing, for a
+/// level that the processor does not have.
+bool LimitSpanLevel(const char* name);
+const char* GetSpanLevel();
+/// \}
+
+} // namespace Zx3D

@@ -1,0 +1,313 @@
+#include "SpanJob.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include <ZxCore3D/render/FragmentOps.h>
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+
+#include "Numbers.h"
+
+namespace Zx3D {
+
+namespace {
+
+using TVec4 = vec_t_<double, 4>;
+using VAR_DATA = TRenderCPU::VAR_DATA;
+
+// How much the reciprocals of w may differ within a triangle, and how near an integer a byte's
+// value may lie, for rounding to be proven unable to reach it: interpolation loses a few units of
+// the last place, times the ratio, which is far below the margin.
+constexpr double kMostRatio = 65536.0;
+constexpr double kByteMargin = 1e-6;
+
+// --- The settled functions as numbers; -1 for one that a caller put there
+
+template <class TFunction, std::size_t N>
+int IndexOf(const TFunction (&list)[N], TFunction function) {
+  const TFunction* const found = std::find(std::begin(list), std::end(list), function);
+  return found == std::end(list) ? -1 : static_cast<int>(found - list);
+}
+
+constexpr TRenderCPU::TDepthCompare kDepthCompares[] = {
+    Never1f, Less1f, Equal1f, Lequal1f, Greater1f, NotEqual1f, Gequal1f, Always1f,
+};
+
+constexpr TRenderCPU::TStencilCompare kStencilCompares[] = {
+    NeverM_1u8,   LessM_1u8,     EqualM_1u8,  LequalM_1u8,
+    GreaterM_1u8, NotEqualM_1u8, GequalM_1u8, AlwaysM_1u8,
+};
+
+int StencilStepOf(TRenderCPU::TStencilFunction operation) {
+  constexpr TRenderCPU::TStencilFunction kOperations[] = {
+      KeepM_1u8, ZeroM_1u8, ReplaceM_1u8, IncrM_1u8, IncrWrapM_1u8, DecrM_1u8, InvertM_1u8,
+  };
+  return operation == DecrWrapM_1u8 ? kStencilDecr : IndexOf(kOperations, operation);
+}
+
+// --- What a triangle's values prove
+
+bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
+
+bool IsUnit(const TVec4& color) {
+  return IsUnit(color.x) && IsUnit(color.y) && IsUnit(color.z) && IsUnit(color.w);
+}
+
+bool IsUnitSlot(const VAR_DATA* v, int slot) {
+  return IsUnit(v[0].Slots[slot]) && IsUnit(v[1].Slots[slot]) && IsUnit(v[2].Slots[slot]);
+}
+
+bool IsZeroSlot(const VAR_DATA* v, int slot) {
+  for (int i = 0; i < 3; ++i) {
+    const TVec4& at = v[i].Slots[slot];
+    if (at.x != 0.0 || at.y != 0.0 || at.z != 0.0) {
+      return false;
+    }
+  }
+  return true;
+}
+
+// Whether 1/w, which stands in w of slot 0, stays so near that interpolated values stay within a
+// few units of the last place, times kMostRatio, of what they are between.
+bool IsSteady(const VAR_DATA* v) {
+  const double a = v[0].Slots[0].w;
+  const double b = v[1].Slots[0].w;
+  const double c = v[2].Slots[0].w;
+  const double least = std::min({a, b, c});
+  return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
+}
+
+// Whether a channel that is c at all vertices has the byte of c at all pixels.
+bool IsSteadyByte(double c) {
+  const double value = c * 255.0 + 0.5;
+  const double part = value - std::floor(value);
+  return part > kByteMargin && part < 1.0 - kByteMargin;
+}
+
+void SettleConstants(const VAR_DATA* v, TSpanJob* job) {
+  for (int i = 0; i < 4; ++i) {
+    const auto k = static_cast<std::size_t>(i);
+    const double c = v[0].Slots[job->ColorSlot][k];
+    if (v[1].Slots[job->ColorSlot][k] == c && v[2].Slots[job->ColorSlot][k] == c && IsUnit(c) &&
+        (!job->Perspective || IsSteadyByte(c))) {
+      job->ConstMask |= 1u << i;
+      job->ConstColor |= static_cast<std::uint32_t>(ByteOf(c)) << (8 * i);
+    }
+  }
+}
+
+// --- Texture
+
+bool IsByteTexture(const DATASURFACE& surface) {
+  // Offsets are computed in 32 bits.
+  return surface.Type == DATA_TYPE_UINT8 && surface.Channels == 4 && surface.PixelStride == 4 &&
+         surface.RowStride > 0 && surface.Width < (1 << 20) && surface.Height < (1 << 20) &&
+         (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
+}
+
+// Tells where texels come from. False for a function that a caller put into the sampler.
+bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
+  using TSampler = TRenderCPU::TTexSampler;
+  job->Sampler = const_cast<TSampler*>(&sampler);
+  TSampler chosen = sampler;
+  chosen.UpdateGetValueFunc();
+  if (sampler.m_GetValue != chosen.m_GetValue) {
+    return false;
+  }
+  job->Texels = TTexelSource::Sampler;
+  const DATASURFACE* const surface = sampler.m_Surface;
+  if (surface != nullptr && sampler.m_GetValue != &TSampler::GetValueBorder &&
+      IsByteTexture(*surface) && sampler.m_SurfaceWidth == surface->Width &&
+      sampler.m_SurfaceHeight == surface->Height) {
+    job->Texels = sampler.m_FilterMin == GL_NEAREST ? TTexelSource::Nearest : TTexelSource::Linear;
+  }
+  return true;
+}
+
+// Whether all texels lie in 0 to 1.
+bool AreUnitTexels(const TSpanJob& job) {
+  return (job.Texels == TTexelSource::Nearest || job.Texels == TTexelSource::Linear) &&
+         IsUnit(job.Sampler->m_BorderColor);
+}
+
+} // namespace
+
+// --- Settling
+
+bool TRenderCPU::_SettleTargets(TSpanJob* job) const {
+  const TColorTarget& target = m_ColorTarget;
+  if (m_PixelWrite != nullptr || m_DrawBuffer != nullptr || !target.Fits ||
+      target.Data == nullptr || target.PixelStride != 4 || m_DepthSurface == nullptr ||
+      m_StencilSurface == nullptr) {
+    return false;
+  }
+  job->Width = m_Width;
+  job->Height = m_Height;
+  job->Color = target.Data;
+  job->ColorRowStride = target.RowStride;
+  job->Depth = m_DepthSurface->Data;
+  job->DepthRowStride = m_DepthSurface->RowStride;
+  job->Stencil = m_StencilTest ? m_StencilSurface->Data : nullptr;
+  job->StencilRowStride = m_StencilSurface->RowStride;
+  job->ColorMask = m_ColorMask;
+  if (m_ColorMask == 15) {
+    job->Blend = m_BlendFunc != nullptr;
+    return !job->Blend || m_BlendFunc == &_Blend_SrcA_1_SrcA_RGBAub;
+  }
+  job->Blend = m_BlendFuncM != nullptr;
+  return !job->Blend || m_BlendFuncM == &_BlendM_SrcA_1_SrcA_RGBAub;
+}
+
+bool TRenderCPU::_SettleTests(TSpanJob* job) const {
+  const int depthFunc = IndexOf(kDepthCompares, m_DepthCompare);
+  job->DepthTest = m_DepthTest;
+  job->DepthWrite = m_DepthMask;
+  job->DepthFunc = static_cast<std::uint8_t>(depthFunc);
+  job->AddOffset = m_PolygonOffsetFill;
+  job->Offset = m_PolygonOffsetFactor;
+  if (m_DepthTest && depthFunc < 0) {
+    return false;
+  }
+  if (!m_StencilTest) {
+    return true;
+  }
+  const int func = IndexOf(kStencilCompares, m_StencilCompare);
+  const int fail = StencilStepOf(m_StencilFailOp);
+  const int zfail = StencilStepOf(m_StencilZFailOp);
+  const int zpass = StencilStepOf(m_StencilZPassOp);
+  job->StencilFunc = static_cast<std::uint8_t>(func);
+  job->StencilRef = static_cast<std::uint8_t>(m_StencilRef);
+  job->StencilValueMask = static_cast<std::uint8_t>(m_StencilValueMask);
+  job->StencilWriteMask = static_cast<std::uint8_t>(m_StencilWriteMask);
+  job->StencilFail = static_cast<std::uint8_t>(fail);
+  job->StencilZFail = static_cast<std::uint8_t>(zfail);
+  job->StencilZPass = static_cast<std::uint8_t>(zpass);
+  return func >= 0 && fail >= 0 && zfail >= 0 && zpass >= 0;
+}
+
+// The choices of the standard fragment shader.
+bool TRenderCPU::_SettleColors(const VAR_DATA* v, TSpanJob* job) const {
+  const bool front = m_Fragment.FrontFacing;
+  const auto isLive = [this](int slot) { return slot >= 1 && slot < m_VarCount; };
+  job->ColorSlot = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
+  job->SecondarySlot = -1;
+  job->TexSlot = -1;
+  job->ZeroSecondary = false;
+  job->Texels = TTexelSource::None;
+  job->Modulate = true;
+  job->ConstMask = 0;
+  job->ConstColor = 0;
+  const TTexUnit& unit = m_TexUnits[0];
+  if (unit.TexEnabled) {
+    job->TexSlot = m_VarTexCoord;
+    job->Modulate = unit.TexEnvMode == GL_MODULATE;
+    if ((!job->Modulate && unit.TexEnvMode != GL_REPLACE) || !isLive(job->TexSlot) ||
+        !SettleTexels(unit.Sampler, job)) {
+      return false;
+    }
+    if (!job->Modulate) {
+      job->ColorSlot = -1;
+      job->Clamp = !AreUnitTexels(*job);
+      return true;
+    }
+  }
+  if (!isLive(job->ColorSlot)) {
+    return false;
+  }
+  if (m_Lighting) {
+    const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+    if (!isLive(secondary)) {
+      return false;
+    }
+    job->ZeroSecondary = IsZeroSlot(v, secondary);
+    job->SecondarySlot = job->ZeroSecondary ? -1 : secondary;
+  }
+  const bool steady = !job->Perspective || IsSteady(v);
+  job->Clamp = !steady || job->SecondarySlot >= 0 || !IsUnitSlot(v, job->ColorSlot) ||
+               (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
+  if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
+    SettleConstants(v, job);
+  }
+  return true;
+}
+
+bool TRenderCPU::_SettleJob(const VAR_DATA* v, TSpanJob* job) const {
+  if (m_FragmentShader == nullptr || m_FragmentShader != m_StdFragmentShader || m_CalcDepth ||
+      GetDrawJob() == nullptr) {
+    return false;
+  }
+  // Within this range of the window no step of the rows can overflow or reach a NaN.
+  for (int i = 0; i < 3; ++i) {
+    const TVec4& at = v[i].Slots[0];
+    if (!(std::fabs(at.x) < 1e6 && std::fabs(at.y) < 1e6)) {
+      return false;
+    }
+    job->Vertex[i] = v[i].Slots;
+  }
+  job->Perspective = m_PerspectiveHint != GL_FASTEST;
+  return _SettleTargets(job) && _SettleTests(job) && _SettleColors(v, job);
+}
+
+// --- Running
+
+void TRenderCPU::_RunJob(const VAR_DATA* v, TSpanJob* job) {
+  job->YSet = false;
+  job->DepthSet = false;
+  job->ColorSet = false;
+  GetDrawJob()(job);
+
+  if (job->YSet) {
+    m_Fragment.Y = job->Y;
+  }
+  if (job->DepthSet) {
+    m_Fragment.Depth = job->LastDepth;
+  }
+  if (!job->ColorSet) {
+    return;
+  }
+  m_Fragment.X = job->LastX;
+  m_Fragment.Color = job->LastColor;
+  TPendingFragment& pending = m_PendingFragment;
+  pending.Set = true;
+  pending.Perspective = job->Perspective;
+  pending.Count = m_VarCount;
+  pending.X = job->LastX;
+  pending.Y = job->LastY;
+  pending.Half = job->LastHalf;
+  for (int i = 0; i < 3; ++i) {
+    CopyVar(pending.Vertex[i], v[i]);
+  }
+  if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
+    _FlushFragment();
+  }
+}
+
+// Works out the slots of the last fragment by the plain steps.
+void TRenderCPU::_FlushFragment() {
+  TPendingFragment& pending = m_PendingFragment;
+  if (!pending.Set) {
+    return;
+  }
+  pending.Set = false;
+  const int count = m_VarCount;
+  const std::uint32_t hint = m_PerspectiveHint;
+  m_VarCount = pending.Count;
+  m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
+  EDGE edges[3];
+  int longest = 0;
+  _SetEdges(pending.Vertex, edges, &longest);
+  VAR_DATA ends[2];
+  const EDGE* const sides[2] = {&edges[longest], &edges[(longest + pending.Half) % 3]};
+  for (int i = 0; i < 2; ++i) {
+    Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
+          &ends[i]);
+  }
+  EDGE span;
+  SetSpan(&span, &ends[0], &ends[1]);
+  _InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
+  m_VarCount = count;
+  m_PerspectiveHint = hint;
+}
+
+} // namespace Zx3D

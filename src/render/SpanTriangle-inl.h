@@ -1,0 +1,182 @@
+// The rows of a triangle. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANTRIANGLE_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANTRIANGLE_INL_H_
+#undef ZX_RENDER_SPANTRIANGLE_INL_H_
+#else
+#define ZX_RENDER_SPANTRIANGLE_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include "SpanPixels-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// The rows that matter after the triangle: those of the last pixels that left something in the
+// fragment record. Three records are enough to keep both while the next row is filled.
+struct TRowKeeper {
+  TRow Rows[3];
+  int Current = 0;
+  int DepthRow = -1;
+  int DepthX = 0;
+  int ColorRow = -1;
+  int ColorX = 0;
+
+  void Note(const TRowResult& result) {
+    if (result.LastStencil >= 0) {
+      DepthRow = Current;
+      DepthX = result.LastStencil;
+    }
+    if (result.LastShaded >= 0) {
+      ColorRow = Current;
+      ColorX = result.LastShaded;
+    }
+    while (Current == DepthRow || Current == ColorRow) {
+      Current = (Current + 1) % 3;
+    }
+  }
+};
+
+inline HWY_ATTR double RowT(const TRow& row, int x) { return (x - row.Begin[0]) / row.Delta[0]; }
+
+inline HWY_ATTR float DepthAt(const TSpanJob& job, const TRow& row, int x) {
+  auto depth = static_cast<float>(row.Delta[2] * RowT(row, x) + row.Begin[2]);
+  if (job.AddOffset) {
+    depth += job.Offset;
+  }
+  return depth;
+}
+
+// The colour that the fragment shader leaves at one pixel.
+inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRow& row, int x) {
+  const double t = RowT(row, x);
+  const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
+  const auto slot = [&](int place) {
+    vec_t_<double, 4> v = {0, 0, 0, 0};
+    for (int i = 0; i < 4 && place >= 0; ++i) {
+      const double value = row.Delta[place + i] * t + row.Begin[place + i];
+      v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
+    }
+    return v;
+  };
+  vec_t_<double, 4> color = slot(slots.Color);
+  if (job.Texels != TTexelSource::None) {
+    vec_t_<double, 4> texel = {0, 0, 0, 0};
+    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex), &texel);
+    color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
+                                             color.z * texel.z, color.w * texel.w}
+                         : texel;
+  }
+  if (slots.Secondary >= 0) {
+    const vec_t_<double, 4> secondary = slot(slots.Secondary);
+    color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
+  } else if (job.ZeroSecondary) {
+    color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};
+  }
+  for (std::size_t i = 0; i < 4; ++i) {
+    color[i] = color[i] < 0.0 ? 0.0 : color[i] > 1.0 ? 1.0 : color[i];
+  }
+  return color;
+}
+
+template <TTexelSource kTexels, bool kPerspective, int kSlots>
+HWY_NOINLINE HWY_ATTR void DrawHalf(TSpanJob* job, const TRowSlots& slots, const TRowEdge& a,
+                                    const TRowEdge& b, int half, TRowKeeper* keeper) {
+  const double deltaA = a.Delta[1];
+  const double deltaB = b.Delta[1];
+  int first = 0;
+  int last = 0;
+  if (deltaA == 0.0 || deltaB == 0.0 ||
+      !LoopLimits(b.Begin[1] + 0.5, b.EndY, job->Height, &first, &last)) {
+    return;
+  }
+  for (int y = first; y <= last; ++y) {
+    const double ta = (y - a.Begin[1]) / deltaA;
+    const double tb = (y - b.Begin[1]) / deltaB;
+    if (ta < 0.0 || ta >= 1.0 || tb < 0.0 || tb >= 1.0) {
+      continue;
+    }
+    job->YSet = true;
+    job->Y = y;
+    TRow& row = keeper->Rows[keeper->Current];
+    if (SetRow<kSlots>(*job, a, ta, b, tb, &row)) {
+      row.Y = y;
+      row.Half = half;
+      keeper->Note(DrawRow<kTexels, kPerspective>(*job, slots, row));
+    }
+  }
+}
+
+template <TTexelSource kTexels, bool kPerspective, int kSlots>
+HWY_INLINE HWY_ATTR void DrawHalves(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
+  TRowEdge edges[3];
+  SetRowEdge(*job, slots, 0, 1, &edges[0]);
+  SetRowEdge(*job, slots, 1, 2, &edges[1]);
+  SetRowEdge(*job, slots, 2, 0, &edges[2]);
+  int longest = 0;
+  for (int i = 1; i < 3; ++i) {
+    if (edges[i].Delta[1] > edges[longest].Delta[1]) {
+      longest = i;
+    }
+  }
+  for (int i = 1; i < 3; ++i) {
+    DrawHalf<kTexels, kPerspective, kSlots>(job, slots, edges[longest], edges[(longest + i) % 3], i,
+                                            keeper);
+  }
+}
+
+template <TTexelSource kTexels, bool kPerspective>
+HWY_ATTR void DrawBySlots(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
+  switch (slots.Count) {
+  case 1:
+    DrawHalves<kTexels, kPerspective, 1>(job, slots, keeper);
+    break;
+  case 2:
+    DrawHalves<kTexels, kPerspective, 2>(job, slots, keeper);
+    break;
+  case 3:
+    DrawHalves<kTexels, kPerspective, 3>(job, slots, keeper);
+    break;
+  default:
+    DrawHalves<kTexels, kPerspective, 4>(job, slots, keeper);
+    break;
+  }
+}
+
+using TDrawBySlots = void (*)(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper);
+
+// By where texels come from, then by perspective.
+inline constexpr TDrawBySlots kDrawWays[4][2] = {
+    {DrawBySlots<TTexelSource::None, false>, DrawBySlots<TTexelSource::None, true>},
+    {DrawBySlots<TTexelSource::Nearest, false>, DrawBySlots<TTexelSource::Nearest, true>},
+    {DrawBySlots<TTexelSource::Linear, false>, DrawBySlots<TTexelSource::Linear, true>},
+    {DrawBySlots<TTexelSource::Sampler, false>, DrawBySlots<TTexelSource::Sampler, true>},
+};
+
+HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
+  const TRowSlots slots = RowSlotsOf(*job);
+  TRowKeeper keeper;
+  kDrawWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](job, slots, &keeper);
+  if (keeper.DepthRow >= 0) {
+    job->DepthSet = true;
+    job->LastDepth = DepthAt(*job, keeper.Rows[keeper.DepthRow], keeper.DepthX);
+  }
+  if (keeper.ColorRow >= 0) {
+    const TRow& row = keeper.Rows[keeper.ColorRow];
+    job->ColorSet = true;
+    job->LastX = keeper.ColorX;
+    job->LastY = row.Y;
+    job->LastHalf = row.Half;
+    job->LastColor = ColorAt(*job, slots, row, keeper.ColorX);
+  }
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

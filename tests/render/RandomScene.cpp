@@ -1,0 +1,422 @@
+#include "RandomScene.h"
+
+#include <cstring>
+#include <random>
+#include <sstream>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/ProgramCPU.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+
+namespace zxtest {
+
+namespace {
+
+using Zx3D::TRenderCPU;
+
+class TTintShader : public Zx3D::TFragmentShaderCPU {
+public:
+  explicit TTintShader(bool calcDepth) : m_CalcDepth(calcDepth) {}
+  unsigned int GetUniformLocation(const char*) const override { return 0xFFFFFFFF; }
+  void Begin() override {}
+  void End() override {}
+  bool IsCalcDepth() const override { return m_CalcDepth; }
+  bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
+    // Whatever an earlier primitive left takes part, so that a record left differently shows.
+    f->Color = {(*v)[1].x * 0.5 + f->Color.x * 0.25, (*v)[1].y, f->FrontFacing ? 0.25 : 0.75, 1.0};
+    if (m_CalcDepth) {
+      f->Depth = 0.5f * f->Depth + 0.125f;
+    }
+    return (f->X + f->Y) % 5 != 0;
+  }
+
+private:
+  bool m_CalcDepth;
+};
+
+class TPlayer {
+public:
+  TPlayer(std::uint32_t seed, std::ostream* words) : m_Random(seed), m_Words(words) {
+    const int width = Pick(8) == 0 ? 1 + Pick(3) : 1 + Pick(70);
+    const int height = Pick(8) == 0 ? 1 + Pick(3) : 1 + Pick(50);
+    m_Gl.Create(width, height, nullptr);
+    m_Gl.ClearColor(0.2f, 0.3f, 0.4f, 0.5f);
+    m_Gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    for (TTintShader*& shader : m_Shaders) {
+      shader = new TTintShader(&shader != m_Shaders);
+      Zx3D::TProgramCPU* const program = new Zx3D::TProgramCPU;
+      program->SetShaderF(shader);
+      m_Programs.push_back(program);
+    }
+    MakeTextures();
+  }
+
+  ~TPlayer() {
+    for (Zx3D::TProgramCPU* program : m_Programs) {
+      program->Release();
+    }
+    for (TTintShader* shader : m_Shaders) {
+      shader->Release();
+    }
+  }
+
+  void Call();
+
+  std::vector<unsigned char> Left() {
+    std::vector<unsigned char> bytes;
+    const auto append = [&bytes](const void* data, std::size_t size) {
+      const auto* const from = static_cast<const unsigned char*>(data);
+      bytes.insert(bytes.end(), from, from + size);
+    };
+    for (const TDataSurface* surface :
+         {m_Gl.GetColorSurface(), m_Gl.GetDepthSurface(), m_Gl.GetStencilSurface()}) {
+      append(surface->Data, surface->DataSize);
+    }
+    append(&m_Gl.m_Fragment.Color, sizeof m_Gl.m_Fragment.Color);
+    append(&m_Gl.m_Fragment.X, sizeof(int));
+    append(&m_Gl.m_Fragment.Y, sizeof(int));
+    append(&m_Gl.m_Fragment.Depth, sizeof(float));
+    append(&m_Gl.m_Fragment.FrontFacing, sizeof(bool));
+    if (!m_Gl.m_InBeginEnd) {
+      append(&m_Gl.m_VarFragment, sizeof m_Gl.m_VarFragment);
+    }
+    append(&m_Gl.m_Error, sizeof m_Gl.m_Error);
+    return bytes;
+  }
+
+private:
+  int Pick(int n) { return static_cast<int>(m_Random() % static_cast<unsigned>(n)); }
+  bool Coin() { return Pick(2) != 0; }
+  double Real(double low, double high) { return low + (high - low) * (m_Random() / 4294967295.0); }
+  template <std::size_t N> unsigned int Of(const unsigned int (&list)[N]) {
+    return list[Pick(static_cast<int>(N))];
+  }
+  void Say(const char* what) {
+    if (m_Words != nullptr) {
+      *m_Words << what;
+    }
+  }
+
+  void MakeTextures();
+  void Vertex();
+  void Primitive();
+  void State();
+  void TestState();
+  void TextureState();
+  void LightState();
+  void MatrixState();
+
+  std::mt19937 m_Random;
+  std::ostream* m_Words;
+  TRenderCPU m_Gl;
+  TTintShader* m_Shaders[2] = {};
+  std::vector<Zx3D::TProgramCPU*> m_Programs;
+  std::vector<unsigned int> m_Textures;
+};
+
+void TPlayer::MakeTextures() {
+  static constexpr unsigned int kFormats[] = {
+      GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA, GL_RGBA, GL_RGBA};
+  static constexpr unsigned int kTypes[] = {GL_UNSIGNED_BYTE, GL_UNSIGNED_BYTE, GL_UNSIGNED_BYTE,
+                                            GL_FLOAT,         GL_DOUBLE,        GL_UNSIGNED_SHORT};
+  static constexpr unsigned int kSizes[] = {1, 2, 3, 4, 5, 7, 8, 16, 33};
+  m_Textures.resize(4);
+  m_Gl.GenTextures(4, m_Textures.data());
+  for (const unsigned int id : m_Textures) {
+    m_Gl.BindTexture(GL_TEXTURE_2D, id);
+    const unsigned int format = Of(kFormats);
+    const unsigned int type = Of(kTypes);
+    const auto width = static_cast<int>(Of(kSizes));
+    const auto height = static_cast<int>(Of(kSizes));
+    m_Gl.TexImage2D(GL_TEXTURE_2D, 0, static_cast<int>(format), width, height, 0, format, type,
+                    nullptr);
+    TDataSurface* const surface =
+        static_cast<TDataSurface*>(m_Gl.m_TexUnits[0].Sampler.GetSurface());
+    const std::uint64_t values =
+        static_cast<std::uint64_t>(width) * static_cast<std::uint64_t>(height) * surface->Channels;
+    for (std::uint64_t i = 0; i < values; ++i) {
+      const double value = Real(-0.25, 1.5);
+      const auto narrow = static_cast<float>(value);
+      if (type == GL_FLOAT) {
+        std::memcpy(surface->Data + 4 * i, &narrow, 4);
+      } else if (type == GL_DOUBLE) {
+        std::memcpy(surface->Data + 8 * i, &value, 8);
+      } else {
+        surface->Data[i] = static_cast<unsigned char>(m_Random());
+      }
+    }
+  }
+}
+
+void TPlayer::MatrixState() {
+  m_Gl.MatrixMode(Coin() ? GL_MODELVIEW : GL_PROJECTION);
+  m_Gl.LoadIdentity();
+  switch (Pick(5)) {
+  case 0:
+    Say("identity; ");
+    break;
+  case 1:
+    Say("rotate; ");
+    m_Gl.Rotated(Real(-180, 180), Real(-1, 1), Real(-1, 1), Real(-1, 1));
+    break;
+  case 2:
+    Say("frustum; ");
+    m_Gl.Frustum(-0.5, 0.5, -0.5, 0.5, 0.5, 20);
+    m_Gl.Translated(0, 0, Real(-4, -1));
+    break;
+  case 3:
+    Say("scale; ");
+    m_Gl.Scaled(Real(0.2, 3), Real(0.2, 3), Real(0.2, 1));
+    break;
+  default:
+    Say("translate; ");
+    m_Gl.Translated(Real(-1, 1), Real(-1, 1), Real(-0.5, 0.5));
+    break;
+  }
+}
+
+void TPlayer::LightState() {
+  const float values[4] = {static_cast<float>(Real(-1, 2)), static_cast<float>(Real(-1, 2)),
+                           static_cast<float>(Real(-1, 2)), static_cast<float>(Pick(3)) * 0.5f};
+  const unsigned int light = GL_LIGHT0 + static_cast<unsigned>(Pick(3));
+  switch (Pick(8)) {
+  case 0:
+    Say("lighting; ");
+    m_Gl.EnableLighting(Coin());
+    break;
+  case 1:
+    Say("light; ");
+    m_Gl.EnableLight(light - GL_LIGHT0, Coin());
+    break;
+  case 2:
+    Say("position; ");
+    m_Gl.Lightfv(light, GL_POSITION, values);
+    break;
+  case 3:
+    Say("light colour; ");
+    m_Gl.Lightfv(light, Coin() ? GL_DIFFUSE : GL_SPECULAR, values);
+    break;
+  case 4:
+    Say("spot; ");
+    m_Gl.Lightf(light, GL_SPOT_CUTOFF, Coin() ? 180.0f : static_cast<float>(Real(5, 90)));
+    break;
+  case 5:
+    Say("two sides; ");
+    m_Gl.LightModeli(Coin() ? GL_LIGHT_MODEL_TWO_SIDE : GL_LIGHT_MODEL_LOCAL_VIEWER, Pick(2));
+    break;
+  case 6:
+    Say("material; ");
+    m_Gl.Materialfv(Coin() ? GL_FRONT : GL_BACK, Coin() ? GL_SPECULAR : GL_DIFFUSE, values);
+    m_Gl.Materialf(GL_FRONT_AND_BACK, GL_SHININESS, static_cast<float>(Pick(40)));
+    break;
+  default:
+    Say("colour material; ");
+    m_Gl._Enable(GL_COLOR_MATERIAL, Coin());
+    break;
+  }
+}
+
+void TPlayer::TextureState() {
+  static constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP, GL_CLAMP_TO_BORDER,
+                                            GL_CLAMP_TO_EDGE};
+  switch (Pick(6)) {
+  case 0:
+  case 1:
+    Say("texture; ");
+    m_Gl._EnableTexture2D(0, Coin());
+    break;
+  case 2:
+    Say("bind; ");
+    m_Gl.BindTexture(GL_TEXTURE_2D,
+                     Pick(8) == 0 ? 0 : m_Textures[static_cast<std::size_t>(Pick(4))]);
+    break;
+  case 3:
+    Say("wrap; ");
+    m_Gl.TexWrap2D(Of(kWraps), Of(kWraps));
+    break;
+  case 4: {
+    Say("filter; ");
+    const unsigned int filter = Coin() ? GL_NEAREST : GL_LINEAR;
+    m_Gl.TexFilter2D(filter, filter);
+    break;
+  }
+  default: {
+    Say("environment; ");
+    m_Gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, Coin() ? GL_MODULATE : GL_REPLACE);
+    const float border[4] = {0.5f, static_cast<float>(Real(-1, 2)), 0.25f, 0.75f};
+    m_Gl.m_TexUnits[0].Sampler.SetBorderColor(border);
+    break;
+  }
+  }
+}
+
+void TPlayer::TestState() {
+  static constexpr unsigned int kSteps[] = {GL_KEEP,      GL_ZERO, GL_REPLACE,   GL_INCR,
+                                            GL_INCR_WRAP, GL_DECR, GL_DECR_WRAP, GL_INVERT};
+  switch (Pick(12)) {
+  case 0:
+    Say("depth test; ");
+    m_Gl.EnableDepthTest(Coin());
+    break;
+  case 1:
+    Say("depth function; ");
+    m_Gl.DepthFunc(GL_NEVER + static_cast<unsigned>(Pick(8)));
+    break;
+  case 2:
+    Say("depth mask; ");
+    m_Gl.DepthMask(Coin() ? 1 : 0);
+    break;
+  case 3:
+    Say("stencil test; ");
+    m_Gl._Enable(GL_STENCIL_TEST, Coin());
+    break;
+  case 4:
+    Say("stencil function; ");
+    m_Gl.StencilFunc(GL_NEVER + static_cast<unsigned>(Pick(8)), Pick(256),
+                     Coin() ? 0xFF : static_cast<unsigned>(Pick(256)));
+    break;
+  case 5:
+    Say("stencil operation; ");
+    m_Gl.StencilOp(Of(kSteps), Of(kSteps), Of(kSteps));
+    m_Gl.StencilMask(Coin() ? 0xFF : static_cast<unsigned>(Pick(256)));
+    break;
+  case 6:
+    Say("blend; ");
+    m_Gl.BlendFunc(GL_SRC_ALPHA, Pick(4) != 0 ? GL_ONE_MINUS_SRC_ALPHA : GL_ONE);
+    m_Gl.EnableBlend(Coin());
+    break;
+  case 7:
+    Say("colour mask; ");
+    m_Gl.ColorMask(Pick(4) != 0, Pick(4) != 0, Pick(4) != 0, Pick(4) != 0);
+    break;
+  case 8:
+    Say("culling; ");
+    m_Gl.EnableCullFace(Pick(3) == 0);
+    m_Gl.CullFace(Coin() ? GL_BACK : GL_FRONT);
+    m_Gl.FrontFace(Coin() ? GL_CCW : GL_CW);
+    break;
+  case 9:
+    Say("hint; ");
+    m_Gl.SetPerspectiveCorrectionHint(Coin() ? GL_FASTEST : GL_NICEST);
+    break;
+  case 10:
+    Say("offset; ");
+    m_Gl.EnablePolygonOffsetFill(Coin());
+    m_Gl.PolygonOffset(static_cast<float>(Real(-0.1, 0.1)), 1.0f);
+    break;
+  default:
+    Say("program; ");
+    m_Gl.SetProgram(Pick(3) != 0 ? nullptr : m_Programs[static_cast<std::size_t>(Pick(2))]);
+    break;
+  }
+}
+
+void TPlayer::State() {
+  switch (Pick(8)) {
+  case 0:
+  case 1:
+  case 2:
+    TestState();
+    break;
+  case 3:
+  case 4:
+    TextureState();
+    break;
+  case 5:
+  case 6:
+    LightState();
+    break;
+  default:
+    MatrixState();
+    break;
+  }
+}
+
+void TPlayer::Vertex() {
+  switch (Pick(5)) {
+  case 0:
+    m_Gl.Color4d(Real(0, 1), Real(0, 1), Real(0, 1), Real(0, 1));
+    break;
+  case 1:
+    m_Gl.Color4d(Real(-0.5, 1.5), Real(0, 1), Real(0, 1), 1);
+    break;
+  case 2:
+    m_Gl.Color4ub(static_cast<unsigned char>(Pick(256)), 128, 255, 255);
+    break;
+  default:
+    break;
+  }
+  m_Gl.Normal3d(Real(-1, 1), Real(-1, 1), Real(-1, 1));
+  if (Coin()) {
+    m_Gl.TexCoord2d(Real(-3, 3), Real(-3, 3));
+  } else {
+    m_Gl.TexCoord2d(Pick(9) * 0.25 - 1.0, Pick(9) * 0.25 - 1.0);
+  }
+  const double reach = Pick(6) == 0 ? 3.0 : 1.0;
+  if (Pick(4) == 0) {
+    m_Gl.Vertex3d(Pick(5) * 0.5 - 1.0, Pick(5) * 0.5 - 1.0, Pick(3) - 1);
+  } else {
+    m_Gl.Vertex3d(Real(-reach, reach), Real(-reach, reach), Real(-reach, reach));
+  }
+}
+
+void TPlayer::Primitive() {
+  static constexpr unsigned int kModes[] = {
+      GL_POINTS,    GL_LINES,          GL_LINE_STRIP,   GL_LINE_LOOP, GL_TRIANGLES, GL_TRIANGLES,
+      GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS,     GL_QUADS};
+  const unsigned int mode = Of(kModes);
+  if (m_Words != nullptr) {
+    *m_Words << "mode " << mode << "; ";
+  }
+  m_Gl.Begin(mode);
+  const int count = 3 + Pick(10);
+  for (int i = 0; i < count; ++i) {
+    if (Pick(12) == 0) {
+      // What is not refused between Begin and End holds from the next vertex or piece on.
+      Coin() ? TestState() : TextureState();
+    }
+    Vertex();
+  }
+  m_Gl.End();
+}
+
+void TPlayer::Call() {
+  switch (Pick(10)) {
+  case 0:
+    Say("clear; ");
+    m_Gl.Clear(Coin(), Coin(), Coin());
+    break;
+  case 1:
+  case 2:
+  case 3:
+  case 4:
+    Primitive();
+    break;
+  default:
+    State();
+    break;
+  }
+}
+
+} // namespace
+
+std::vector<unsigned char> TRandomScene::Run(int calls) const {
+  TPlayer player(m_Seed, nullptr);
+  for (int i = 0; i < calls; ++i) {
+    player.Call();
+  }
+  return player.Left();
+}
+
+std::string TRandomScene::Describe(int index) const {
+  std::ostringstream skipped;
+  TPlayer player(m_Seed, &skipped);
+  for (int i = 0; i < index; ++i) {
+    player.Call();
+  }
+  skipped.str("");
+  player.Call();
+  return skipped.str();
+}
+
+} // namespace zxtest

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+namespace zxtest {
+
+/// A sequence of drawing calls made from a seed: modes, tests, masks, blending, textures of every
+/// kind, lights, hints and custom shaders, mixed. The same seed and length make the same calls.
+class TRandomScene {
+public:
+  explicit TRandomScene(std::uint32_t seed) : m_Seed(seed) {}
+
+  /// Runs the first `calls` calls on a fresh context and returns everything that they left.
+  std::vector<unsigned char> Run(int calls) const;
+
+  /// What the call number `index` was, in words.
+  std::string Describe(int index) const;
+
+  static constexpr int kCalls = 120;
+
+private:
+  std::uint32_t m_Seed;
+};
+
+} // namespace zxtest
