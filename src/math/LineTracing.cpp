@@ -1,5 +1,6 @@
 #include <ZxCore3D/math/LineTracing.h>
 
+#include <cstddef>
 #include <cstdint>
 
 namespace {
@@ -30,52 +31,82 @@ unsigned int DominantAxis(const AXIS* axes) {
   return axes[0].Distance >= axes[2].Distance ? 0 : 2;
 }
 
-/// Walks the line and calls `emit` with every cell and the axes: the dominant one and the others.
-template <class TEmit> void WalkLine(TCell cell, const TCell& to, const TEmit& emit) {
-  const AXIS axes[3] = {{cell.x, to.x}, {cell.y, to.y}, {cell.z, to.z}};
-  const unsigned int d = DominantAxis(axes);
-  const unsigned int p = d == 0 ? 1 : 0;
-  const unsigned int q = d == 2 ? 1 : 2;
-  const std::int64_t a = axes[d].Distance;
-  const std::uint32_t twiceP = 2 * axes[p].Distance;
-  const std::uint32_t twiceQ = 2 * axes[q].Distance;
+/// Walks the line along axis D and calls `emit` with every cell; P and Q are the other axes.
+template <std::size_t D, std::size_t P, std::size_t Q, class TEmit>
+void WalkAlong(const TCell& from, const TCell& to, const AXIS* axes, const TEmit& emit) {
+  const std::int64_t a = axes[D].Distance;
+  const std::uint32_t twiceP = 2 * axes[P].Distance;
+  const std::uint32_t twiceQ = 2 * axes[Q].Distance;
   std::int64_t ep = -a;
   std::int64_t eq = -a;
+  int d = from[D];
+  int p = from[P];
+  int q = from[Q];
 
-  emit(cell, p, q);
-  while (cell[d] != to[d]) {
-    cell[d] = Moved(cell[d], axes[d].Step);
+  emit(d, p, q);
+  while (d != to[D]) {
+    d = Moved(d, axes[D].Step);
     ep += twiceP;
     if (ep >= 0) {
-      cell[p] = Moved(cell[p], axes[p].Step);
+      p = Moved(p, axes[P].Step);
       ep -= 2 * a;
     }
     eq += twiceQ;
     if (eq >= 0) {
-      cell[q] = Moved(cell[q], axes[q].Step);
+      q = Moved(q, axes[Q].Step);
       eq -= 2 * a;
     }
-    emit(cell, p, q);
+    emit(d, p, q);
   }
+}
+
+template <std::size_t D, std::size_t P, std::size_t Q> TCell MakeCell(int d, int p, int q) {
+  TCell cell = {};
+  cell[D] = d;
+  cell[P] = p;
+  cell[Q] = q;
+  return cell;
+}
+
+/// Appends blocks of `2 h + 1` by `2 h + 1` cells.
+template <std::size_t D, std::size_t P, std::size_t Q>
+void DrawAlong(const TCell& from, const TCell& to, const AXIS* axes, int h,
+               std::vector<TCell>& out) {
+  if (h == 0) {
+    WalkAlong<D, P, Q>(from, to, axes,
+                       [&out](int d, int p, int q) { out.push_back(MakeCell<D, P, Q>(d, p, q)); });
+    return;
+  }
+  const std::size_t width = h < 0 ? 0 : 2 * static_cast<std::size_t>(h) + 1;
+  WalkAlong<D, P, Q>(from, to, axes, [&out, h, width](int d, int p, int q) {
+    const std::size_t at = out.size();
+    out.resize(at + width * width);
+    TCell* next = out.data() + at;
+    for (int i = -h; i <= h; ++i) {
+      for (int j = -h; j <= h; ++j) {
+        *next++ = MakeCell<D, P, Q>(d, Moved(p, static_cast<std::uint32_t>(i)),
+                                    Moved(q, static_cast<std::uint32_t>(j)));
+      }
+    }
+  });
 }
 
 } // namespace
 
-void DrawLine3d(TCell from, TCell to, std::vector<TCell>& out) {
-  WalkLine(from, to,
-           [&out](const TCell& cell, unsigned int, unsigned int) { out.push_back(cell); });
-}
+void DrawLine3d(TCell from, TCell to, std::vector<TCell>& out) { DrawLine3d(from, to, 1, out); }
 
 void DrawLine3d(TCell from, TCell to, int thickness, std::vector<TCell>& out) {
+  const AXIS axes[3] = {{from.x, to.x}, {from.y, to.y}, {from.z, to.z}};
   const int h = thickness >> 1;
-  WalkLine(from, to, [&out, h](const TCell& cell, unsigned int p, unsigned int q) {
-    for (int i = -h; i <= h; ++i) {
-      for (int j = -h; j <= h; ++j) {
-        TCell moved = cell;
-        moved[p] = Moved(cell[p], static_cast<std::uint32_t>(i));
-        moved[q] = Moved(cell[q], static_cast<std::uint32_t>(j));
-        out.push_back(moved);
-      }
-    }
-  });
+  switch (DominantAxis(axes)) {
+  case 0:
+    DrawAlong<0, 1, 2>(from, to, axes, h, out);
+    break;
+  case 1:
+    DrawAlong<1, 0, 2>(from, to, axes, h, out);
+    break;
+  default:
+    DrawAlong<2, 0, 1>(from, to, axes, h, out);
+    break;
+  }
 }
