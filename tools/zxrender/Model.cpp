@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
+#include <map>
 #include <utility>
 
 #include <ZxCore3D/render/GLEnums.h>
@@ -16,6 +17,7 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include "GltfNodes.h"
 #include "Textures.h"
 
 namespace zx_scene {
@@ -215,6 +217,63 @@ void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
   }
 }
 
+struct SIDES {
+  std::size_t Agree = 0;  ///< triangles whose normals point to the side of their winding
+  std::size_t Differ = 0; ///< to the other side
+  double Volume = 0;      ///< above 0 where the winding of a closed mesh shows outward
+};
+
+SIDES _CompareSides(const MESH& mesh) {
+  SIDES sides;
+  const float* origin = mesh.Vertices[mesh.Indices[0]].Position;
+  for (std::size_t i = 0; i + 2 < mesh.Indices.size(); i += 3) {
+    double p[3][3];
+    double normal[3] = {};
+    for (std::size_t c = 0; c < 3; ++c) {
+      const VERTEX& vertex = mesh.Vertices[mesh.Indices[i + c]];
+      for (std::size_t k = 0; k < 3; ++k) {
+        p[c][k] = double{vertex.Position[k]} - origin[k];
+        normal[k] += vertex.Normal[k];
+      }
+    }
+    double side = 0;
+    for (std::size_t k = 0; k < 3; ++k) {
+      const std::size_t l = (k + 1) % 3;
+      const std::size_t m = (k + 2) % 3;
+      const double cross =
+          (p[1][l] - p[0][l]) * (p[2][m] - p[0][m]) - (p[1][m] - p[0][m]) * (p[2][l] - p[0][l]);
+      side += cross * normal[k];
+      sides.Volume += cross * p[0][k];
+    }
+    sides.Agree += side > 0 ? 1 : 0;
+    sides.Differ += side < 0 ? 1 : 0;
+  }
+  return sides;
+}
+
+// Some files have their normals or their winding the wrong way round all over: where nearly all
+// triangles say so, the one that points into the body is turned.
+void _TurnOutward(MESH* mesh) {
+  if (mesh->Indices.empty()) {
+    return;
+  }
+  const SIDES sides = _CompareSides(*mesh);
+  if (sides.Differ <= 9 * sides.Agree) {
+    return;
+  }
+  if (sides.Volume < 0) {
+    for (std::size_t i = 0; i + 2 < mesh->Indices.size(); i += 3) {
+      std::swap(mesh->Indices[i], mesh->Indices[i + 2]);
+    }
+    return;
+  }
+  for (VERTEX& vertex : mesh->Vertices) {
+    for (float& component : vertex.Normal) {
+      component = -component;
+    }
+  }
+}
+
 int _Corners(const aiMesh& mesh) {
   switch (mesh.mPrimitiveTypes & ~static_cast<unsigned int>(aiPrimitiveType_NGONEncodingFlag)) {
   case aiPrimitiveType_POINT:
@@ -239,17 +298,23 @@ void _TakeMesh(const aiMesh& from, const aiMatrix4x4& toWorld,
   _TakeVertices(from, toWorld, channels[from.mMaterialIndex], out->Materials[from.mMaterialIndex],
                 &mesh);
   _TakeIndices(from, toWorld.Determinant() < 0, &mesh);
+  if (mesh.Corners == 3) {
+    _TurnOutward(&mesh);
+  }
   if (!mesh.Indices.empty()) {
     out->Meshes.push_back(std::move(mesh));
   }
 }
 
-void _TakeNodes(const aiScene& scene, const std::vector<unsigned int>& channels, MODEL* out) {
+void _TakeNodes(const aiScene& scene, const std::map<std::string, aiMatrix4x4>& matrices,
+                const std::vector<unsigned int>& channels, MODEL* out) {
   std::vector<std::pair<const aiNode*, aiMatrix4x4>> open;
   open.emplace_back(scene.mRootNode, aiMatrix4x4());
   while (!open.empty()) {
     const aiNode* node = open.back().first;
-    const aiMatrix4x4 toWorld = open.back().second * node->mTransformation;
+    const auto given = matrices.find(node->mName.C_Str());
+    const aiMatrix4x4 toWorld =
+        open.back().second * (given != matrices.end() ? given->second : node->mTransformation);
     open.pop_back();
     for (unsigned int i = 0; i < node->mNumMeshes; ++i) {
       if (node->mMeshes[i] < scene.mNumMeshes) {
@@ -310,7 +375,7 @@ bool LoadModel(const std::string& name, MODEL* out, std::string* error,
     out->Materials.emplace_back();
     channels.push_back(0);
   }
-  _TakeNodes(*scene, channels, out);
+  _TakeNodes(*scene, ReadGltf1Nodes(name), channels, out);
   if (out->Meshes.empty()) {
     *error = "the file holds nothing that can be drawn";
     return false;

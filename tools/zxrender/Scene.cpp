@@ -35,6 +35,12 @@ std::vector<std::uint32_t> _Edges(const MESH& mesh) {
 
 const void* _Offset(std::size_t offset) { return reinterpret_cast<const void*>(offset); }
 
+// A colour for lines that shows on a background.
+TColor _Contrast(const TColor& background) {
+  const float light = 0.3f * background[0] + 0.6f * background[1] + 0.1f * background[2];
+  return light * background[3] > 0.5f ? TColor{0.1f, 0.13f, 0.2f, 1} : TColor{0.9f, 0.92f, 1, 1};
+}
+
 // The name of the error of OpenGL with that number.
 std::string _ErrorText(unsigned int code) {
   switch (code) {
@@ -169,7 +175,7 @@ void TScene::_DrawPart(const PART& part) {
   const bool filled = part.Mode == GL_TRIANGLES;
   _SetMaterial(material, mesh.HasColors);
   m_GL.EnableLighting(filled);
-  m_GL.Color4fv(material.Diffuse.data());
+  m_GL.Color4fv(m_Style.Wire ? _Contrast(m_Style.Background).data() : material.Diffuse.data());
   if (filled && material.Texture >= 0) {
     m_GL.BindTexture(GL_TEXTURE_2D, m_Textures[static_cast<std::size_t>(material.Texture)]);
     m_GL.TexWrap2D(material.WrapS, material.WrapT);
@@ -187,7 +193,7 @@ void TScene::_DrawPart(const PART& part) {
   m_GL.EnableClientState(GL_VERTEX_ARRAY);
   m_GL.EnableClientState(GL_NORMAL_ARRAY);
   m_GL.EnableClientState(GL_TEXTURE_COORD_ARRAY);
-  if (mesh.HasColors) {
+  if (mesh.HasColors && !m_Style.Wire) {
     m_GL.EnableClientState(GL_COLOR_ARRAY);
   } else {
     m_GL.DisableClientState(GL_COLOR_ARRAY);

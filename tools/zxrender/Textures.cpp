@@ -51,7 +51,9 @@ std::string _FindFile(const std::string& modelName, std::string name) {
   const fs::path directory = fs::path(modelName).parent_path();
   const fs::path path(name);
   std::error_code error;
-  for (const fs::path& tried : {directory / path, directory / path.filename()}) {
+  // A path from the root replaces the directory in the first, and is appended in the second.
+  for (const fs::path& tried :
+       {directory / path, directory / path.relative_path(), directory / path.filename()}) {
     if (fs::is_regular_file(tried, error)) {
       return tried.string();
     }
