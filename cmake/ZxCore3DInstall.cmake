@@ -2,6 +2,12 @@
 
 include(CMakePackageConfigHelpers)
 
+# The libraries find each other, and the program finds them, wherever the tree is put.
+set_target_properties(ZxCore3D ZxBaseKit ZxRunKit ZxPixelKit ZxDrawKit PROPERTIES INSTALL_RPATH "$ORIGIN")
+if(TARGET zxrender)
+  set_target_properties(zxrender PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+endif()
+
 install(TARGETS ZxCore3D EXPORT ZxCore3DTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
 
 # Headers that only the library's own sources include.
@@ -22,5 +28,7 @@ write_basic_package_version_file("${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmak
 install(FILES "${CMAKE_BINARY_DIR}/ZxCore3DConfig.cmake"
               "${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
+file(RELATIVE_PATH ZX_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" ZX_PC_TO_PREFIX "${ZX_PC_TO_PREFIX}")
 configure_file("${CMAKE_SOURCE_DIR}/cmake/ZxCore3D.pc.in" "${CMAKE_BINARY_DIR}/ZxCore3D.pc" @ONLY)
 install(FILES "${CMAKE_BINARY_DIR}/ZxCore3D.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

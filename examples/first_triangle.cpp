@@ -1,5 +1,3 @@
-// Draws one triangle and saves it: the least that a host does.
-
 #include <ZxCore3D/ZxCore3D.h>
 #include <ZxPixelKit/Image.h>
 

@@ -1,0 +1,5 @@
+#include <GL/gl.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+GLenum behind() { return GL_TRIANGLES; }

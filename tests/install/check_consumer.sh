@@ -1,0 +1,34 @@
+#!/bin/sh
+# Builds and runs a host against the installed tree, by CMake and by pkg-config:
+#
+#   check_consumer.sh (cmake|pkg-config) COMPILER PREFIX LIBDIR SOURCE_DIR WORK_DIR
+
+set -eu
+
+way=$1
+compiler=$2
+prefix=$3
+lib=$4
+source=$5
+work=$6
+
+rm -rf "$work"
+mkdir -p "$work"
+case "$way" in
+  cmake)
+    cmake -S "$source/consumer" -B "$work/build" -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_PREFIX_PATH="$prefix"
+    cmake --build "$work/build"
+    cd "$work"
+    build/consumer
+    build/sibling
+    ;;
+  pkg-config)
+    cd "$work"
+    export PKG_CONFIG_PATH="$lib/pkgconfig"
+    [ "$(pkg-config --modversion ZxCore3D)" = 1.0.0 ]
+    # shellcheck disable=SC2046
+    "$compiler" -std=c++17 -Wall -Wextra -Werror "$source/consumer/consumer.cpp" -o consumer \
+      $(pkg-config --cflags --libs ZxCore3D)
+    LD_LIBRARY_PATH="$lib" ./consumer
+    ;;
+esac
