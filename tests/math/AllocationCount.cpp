@@ -22,5 +22,10 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 
+// Spelled out, since a sanitizer's own array form would not come by the one above.
+void* operator new[](std::size_t size) { return operator new(size); }
+
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
