@@ -11,8 +11,10 @@
 /// result is false when there is no memory for the copy. `*rank` (may be null) receives the number
 /// of pivot steps made: `n`, or the step that failed. On false `inv` holds partial values.
 template <class T>
-bool InverseEx(T* a, unsigned long n, T* inv, T tol, bool destroy, unsigned long* rank);
+__attribute__((visibility("hidden"))) bool InverseEx(T* a, unsigned long n, T* inv, T tol,
+                                                     bool destroy, unsigned long* rank);
 
 template <>
-bool InverseEx<double>(double* a, unsigned long n, double* inv, double tol, bool destroy,
-                       unsigned long* rank);
+__attribute__((visibility("hidden"))) bool InverseEx<double>(double* a, unsigned long n,
+                                                             double* inv, double tol, bool destroy,
+                                                             unsigned long* rank);
