@@ -1,7 +1,5 @@
 #pragma once
 
-#include <string>
-
 #include <ZxBaseKit/TRef.h>
 
 #include <ZxCore3D/types/Export.h>
