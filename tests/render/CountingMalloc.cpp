@@ -1,0 +1,2 @@
+// The counting malloc of the object tests, for this program too.
+#include "object/FailingMalloc.cpp"
