@@ -124,10 +124,10 @@ printf '</div>\n<h2>Models by zxrender</h2>\n<div class="pictures">\n' >>"$page"
 model duck Collada/duck.dae "Duck" "COLLADA, with a TGA texture."
 model milk_truck glTF/CesiumMilkTruck/CesiumMilkTruck.gltf "Milk truck" "glTF 1, with a PNG texture."
 model engine glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb "Cylinder engine" "glTF 2, binary: 34 parts, lit by vertex."
-model spider OBJ/spider.obj "Spider" "Wavefront OBJ, with JPEG textures."
-model head PLY/Wuson.ply "Head" "PLY."
-model head_wire PLY/Wuson.ply "Head, edges" "The same in lines." --wire
-model teapots Collada/teapots.DAE "Teapots" "COLLADA, with materials of its own."
+model spider OBJ/spider.obj "Spider" "Wavefront OBJ, with JPEG textures." --camera -40,30
+model bison PLY/Wuson.ply "Bison" "PLY, every face with a normal of its own." --camera 150,15
+model bison_wire PLY/Wuson.ply "Bison, edges" "The same in lines." --camera 150,15 --wire
+model teapots Collada/teapots.DAE "Teapots" "COLLADA: two materials and a texture."
 
 # --- End
 
