@@ -143,12 +143,18 @@ std::string _OptionName(int option) {
   return std::string("--") + found->name;
 }
 
+// What getopt stumbled over: a letter, or the word that it took last.
+std::string _Culprit(char** argv) {
+  return optopt > 0 && optopt < 256 ? std::string("-") + static_cast<char>(optopt)
+                                    : std::string(argv[optind - 1]);
+}
+
 } // namespace
 
 COMMAND ReadOptions(int argc, char** argv, OPTIONS* out) {
   opterr = 0;
+  optind = 0; // from the start, also when it was called before
   for (;;) {
-    const int at = optind;
     const int option = getopt_long(argc, argv, ":o:s:b:c:t:wf:hV", kOptions, nullptr);
     if (option == -1) {
       break;
@@ -161,9 +167,9 @@ COMMAND ReadOptions(int argc, char** argv, OPTIONS* out) {
       std::puts("zxrender " ZX_RENDER_VERSION);
       return COMMAND::Done;
     case ':':
-      return _Wrong(std::string("option '") + argv[at] + "' needs a value");
+      return _Wrong("option '" + _Culprit(argv) + "' needs a value");
     case '?':
-      return _Wrong(std::string("unknown option '") + argv[at] + "'");
+      return _Wrong("unknown option '" + _Culprit(argv) + "'");
     default:
       break;
     }
