@@ -209,7 +209,8 @@ TEST(TexSampler, Defaults) {
   EXPECT_EQ(9728u, sampler.m_FilterMag);
   EXPECT_EQ(10497u, sampler.m_WrapS);
   EXPECT_EQ(10497u, sampler.m_WrapT);
-  for (const TRenderCPU::TTexUnit& unit : THeld<TRenderCPU>()->m_TexUnits) {
+  THeld<TRenderCPU> r;
+  for (const TRenderCPU::TTexUnit& unit : r->m_TexUnits) {
     EXPECT_FALSE(unit.TexEnabled);
     EXPECT_EQ(8448u, unit.TexEnvMode);
     EXPECT_EQ(nullptr, unit.Sampler.m_Surface);
