@@ -52,7 +52,8 @@ HWY_INLINE HWY_ATTR MI DepthMask(std::uint8_t func, VF fragment, VF stored) {
   case GL_GREATER:
     return hn::RebindMask(di, hn::Gt(fragment, stored));
   case GL_NOTEQUAL:
-    return hn::RebindMask(di, hn::Ne(fragment, stored));
+    // The library's own Ne is false for a NaN on some levels.
+    return hn::RebindMask(di, hn::Not(hn::Eq(fragment, stored)));
   case GL_GEQUAL:
     return hn::RebindMask(di, hn::Ge(fragment, stored));
   default:
