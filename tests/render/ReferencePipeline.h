@@ -512,7 +512,10 @@ private:
     ++Fragments;
     unsigned int source[4];
     for (std::size_t k = 0; k < 4; ++k) {
-      source[k] = static_cast<unsigned int>(static_cast<long long>(color[k] * 255.0 + 0.5)) & 0xFF;
+      // The truncation of a NaN is the processor's least integer, whose low byte is 0.
+      const double scaled = color[k] * 255.0 + 0.5;
+      source[k] =
+          std::isnan(scaled) ? 0 : static_cast<unsigned int>(static_cast<long long>(scaled)) & 0xFF;
     }
     for (std::size_t k = 0; k < 4; ++k) {
       if ((State.ColorMask >> k) & 1) {

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <sstream>
 #include <string>
@@ -193,7 +194,9 @@ public:
         Reference.Color[4 * at + 1] = static_cast<std::uint8_t>(c.g);
         Reference.Color[4 * at + 2] = static_cast<std::uint8_t>(c.b);
         Reference.Color[4 * at + 3] = static_cast<std::uint8_t>(c.a);
-        const float z = dice.Chance(50) ? 1.0f : static_cast<float>(dice.Between(0, 1));
+        const float z = dice.Chance(5)    ? std::numeric_limits<float>::quiet_NaN()
+                        : dice.Chance(50) ? 1.0f
+                                          : static_cast<float>(dice.Between(0, 1));
         Scene.SetDepth(x, y, z);
         Reference.Depth[at] = z;
         const int s = dice.Below(256);

@@ -4,9 +4,12 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <limits>
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include <ZxCore3D/render/SpanJob.h>
 
 #include "ReferenceScene.h"
 
@@ -34,6 +37,10 @@ std::vector<TInput> RandomInputs(TDice& dice, int count) {
     in.Position = {dice.Between(-3, 3), dice.Between(-3, 3), dice.Between(-12, -1), 1};
     in.Color = {dice.Between(-0.2, 1.3), dice.Between(0, 1), dice.Between(0, 1),
                 dice.Between(0.1, 1)};
+    if (dice.Chance(3)) {
+      in.Color.y = dice.Chance(50) ? std::numeric_limits<double>::quiet_NaN()
+                                   : std::numeric_limits<double>::infinity();
+    }
     in.TexCoord = {dice.Between(-1.5, 2.5), dice.Between(-1.5, 2.5), 0, 1};
     in.Normal = {dice.Between(-1, 1), dice.Between(-1, 1), dice.Between(-1, 1)};
     list.push_back(in);
@@ -99,9 +106,17 @@ std::function<bool(const TRefVertex&, TRefFragment&)> FixedStage(TRenderCPU& r) 
   };
 }
 
+/// Takes the limit on the instruction set away when a scene is done.
+struct TLevelGuard {
+  ~TLevelGuard() { Zx3D::LimitSpanLevel(nullptr); }
+};
+
 /// Everything behind the vertex stage, in one random state per list.
 void RunScene(unsigned int seed, bool lit, bool textured) {
   TDice dice(seed);
+  const TLevelGuard guard;
+  const char* const levels[] = {"plain", "SSSE3", "AVX2", "AVX3", nullptr, nullptr};
+  Zx3D::LimitSpanLevel(levels[seed % 6]); // one that isn't there changes nothing
   const int width = 1 + dice.Below(45);
   const int height = 1 + dice.Below(33);
   TPair pair(width, height);
