@@ -51,8 +51,6 @@ draw() { # name command...
     fail "$name" "$@"
   fi
   cat "$log.part" >>"$log"
-  # A picture that came with a warning is still a picture; the warning belongs before everyone's eyes.
-  sed 's/^/        /' "$log.part"
   [ -s "$out/$name.png" ] || fail "$name" "no picture was left by" "$@"
 }
 
@@ -77,6 +75,8 @@ model() { # name file title caption option...
     exit 1
   fi
   draw "$name" "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 "$@"
+  # A picture that came with a warning is still a picture; the warning belongs before everyone's eyes.
+  sed 's/^/        /' "$log.part"
   show "$name" "$title" "$caption"
 }
 
@@ -123,7 +123,7 @@ printf '</div>\n<h2>Models by zxrender</h2>\n<div class="pictures">\n' >>"$page"
 
 model duck Collada/duck.dae "Duck" "COLLADA, with a TGA texture."
 model milk_truck glTF/CesiumMilkTruck/CesiumMilkTruck.gltf "Milk truck" "glTF 1, with a PNG texture."
-model engine glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb "Cylinder engine" "glTF 2, binary: 34 parts, lit by vertex."
+model engine glTF2/2CylinderEngine-glTF-Binary/2CylinderEngine.glb "Cylinder engine" "glTF 2, binary, its parts in colours of their own."
 model spider OBJ/spider.obj "Spider" "Wavefront OBJ, with JPEG textures." --camera -40,30
 model bison PLY/Wuson.ply "Bison" "PLY, every face with a normal of its own." --camera 150,15
 model bison_wire PLY/Wuson.ply "Bison, edges" "The same in lines." --camera 150,15 --wire
