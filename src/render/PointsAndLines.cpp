@@ -6,6 +6,7 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include "Numbers.h"
+#include "SpanJob.h"
 
 namespace Zx3D {
 
@@ -129,27 +130,34 @@ bool EndPixel(double x, double y, int* px, int* py) {
 
 } // namespace
 
-// Draws a line's pixel unless it is off the surface or was drawn last.
-void TRenderCPU::_LinePixel(int x, int y, double t) {
+// Whether a line's pixel is on the surface and was not drawn last; it then counts as drawn.
+bool TRenderCPU::_TakeLinePixel(int x, int y) {
   if (x < 0 || x >= m_Width || y < 0 || y >= m_Height || (x == m_LastPixelX && y == m_LastPixelY)) {
-    return;
+    return false;
   }
-  RasterizePixel(x, y, &m_Span, t);
   m_LastPixelX = x;
   m_LastPixelY = y;
+  return true;
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   _FlushFragment();
-  const bool perspective = m_PerspectiveHint != GL_FASTEST;
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
     const double r = 1.0 / at.w;
     const double h = r * 0.5;
     at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
-    if (perspective) {
-      _ScaleSlots(&v[i], r);
-    }
+  }
+  // The job is settled by the slots as they are before perspective prepares them.
+  TSpanJob job;
+  job.Vertex[0] = v[0].Slots;
+  job.Vertex[1] = v[1].Slots;
+  job.Vertex[2] = v[1].Slots;
+  const bool many = _SettleJob(&job);
+  job.AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+  if (m_PerspectiveHint != GL_FASTEST) {
+    _ScaleSlots(&v[0], v[0].Slots[0].w);
+    _ScaleSlots(&v[1], v[1].Slots[0].w);
   }
   m_Span.Begin = &v[0];
   m_Span.End = &v[1];
@@ -161,29 +169,48 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
       return;
     }
   }
-  const int delta[2] = {end[1][0] - end[0][0], end[1][1] - end[0][1]};
-  if (delta[0] == 0 && delta[1] == 0) {
-    _LinePixel(end[0][0], end[0][1], 0.0);
+  if (end[0][0] == end[1][0] && end[0][1] == end[1][1]) {
+    if (_TakeLinePixel(end[0][0], end[0][1])) {
+      RasterizePixel(end[0][0], end[0][1], &m_Span, 0.0);
+    }
     return;
   }
+  _WalkLine(end[0], end[1], many ? &job : nullptr);
+}
 
-  // The walk goes along the axis of the greater difference. The error starts at minus the length,
-  // so that the first step aside falls where the sum first reaches 0.
+// The walk goes along the axis of the greater difference. The error starts at minus the length, so
+// that the first step aside falls where the sum first reaches 0. With a job the pixels are drawn
+// many at a time, without one at once.
+void TRenderCPU::_WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job) {
+  const int delta[2] = {to[0] - from[0], to[1] - from[1]};
   const int major = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
   const int minor = 1 - major;
   const int step[2] = {SignOf(delta[0]), SignOf(delta[1])};
   const long long length = std::abs(delta[major]);
   const long long aside = std::abs(delta[minor]);
-  const double begin = v[0].Slots[0][static_cast<std::size_t>(major)];
+  const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
   const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -length;
-  int at[2] = {end[0][0], end[0][1]};
+  int at[2] = {from[0], from[1]};
+  TLinePixels pixels = {}; // whole vectors are read, behind the last pixel too
+  pixels.Axis = major;
   for (;;) {
-    double t = (at[major] - begin) / way;
-    t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-    _LinePixel(at[0], at[1], t);
-    if (at[major] == end[1][major] - step[major]) {
-      return;
+    if (_TakeLinePixel(at[0], at[1])) {
+      if (job == nullptr) {
+        double t = (at[major] - begin) / way;
+        t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+        RasterizePixel(at[0], at[1], &m_Span, t);
+      } else {
+        pixels.X[pixels.Count] = at[0];
+        pixels.Y[pixels.Count] = at[1];
+        if (++pixels.Count == TLinePixels::kMost) {
+          _RunLineJob(job, pixels);
+          pixels.Count = 0;
+        }
+      }
+    }
+    if (at[major] == to[major] - step[major]) {
+      break;
     }
     at[major] += step[major];
     error += 2 * aside;
@@ -191,6 +218,13 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
       error -= 2 * length;
       at[minor] += step[minor];
     }
+  }
+  if (job == nullptr) {
+    return;
+  }
+  _RunLineJob(job, pixels);
+  if (job->ColorSet) {
+    _InterpolateFragment(m_Span, job->LastT);
   }
 }
 

@@ -77,6 +77,7 @@ struct TSpanJob {
   int LastX;
   int LastY;
   int LastHalf; ///< 1 or 2: below or above the middle vertex, in the order of drawing
+  double LastT; ///< of a line
   vec_t_<double, 4> LastColor;
 };
 
@@ -91,17 +92,32 @@ enum TStencilStep : std::uint8_t {
   kStencilInvert,
 };
 
-using TDrawJob = void (*)(TSpanJob* job);
+/// Pixels of a line that are to be drawn, in its order and none of them twice. t follows from the
+/// coordinate of `Axis`, limited to 0 to 1.
+struct TLinePixels {
+  static constexpr int kMost = 64;
+  static constexpr int kRoom = kMost + 16; ///< a whole vector can be read from the last pixel on
 
-/// The routine for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain
-/// walker.
-TDrawJob GetDrawJob();
+  int Axis;
+  int Count;
+  int X[kRoom];
+  int Y[kRoom];
+};
+
+/// The routines of one instruction set.
+struct TSpanKernels {
+  void (*DrawTriangle)(TSpanJob* job);
+  void (*DrawLine)(TSpanJob* job, const TLinePixels& line);
+};
+
+/// Those for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain walker.
+const TSpanKernels* GetSpanKernels();
 
 /// \name For tests: the instruction set that spans are drawn with.
 /// \{
 
-/// "plain", "SSSE3", "AVX2" or "AVX3" (AVX-512); null takes the limit away. False, changing nothing, for a
-/// level that the processor does not have.
+/// "plain", "SSSE3", "AVX2" or "AVX3" (AVX-512); null takes the limit away. False, changing
+/// nothing, for a level that the processor does not have.
 bool LimitSpanLevel(const char* name);
 const char* GetSpanLevel();
 /// \}

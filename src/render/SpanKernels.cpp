@@ -15,12 +15,25 @@
 // A processor without SSSE3 is served by the plain walker: this is never called.
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-inline void DrawTriangleJob(TSpanJob*) {}
+inline const TSpanKernels* Kernels() { return nullptr; }
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D
 
 #else
 #include "SpanTriangle-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+inline constexpr TSpanKernels kKernels = {DrawTriangleJob, DrawLineJob};
+
+inline const TSpanKernels* Kernels() { return &kKernels; }
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
 #endif
 
 #if HWY_ONCE
@@ -29,11 +42,11 @@ inline void DrawTriangleJob(TSpanJob*) {}
 
 namespace Zx3D {
 
-HWY_EXPORT(DrawTriangleJob);
+HWY_EXPORT(Kernels);
 
 namespace {
 
-constinit std::atomic<TDrawJob> s_DrawJob{nullptr};
+constinit std::atomic<const TSpanKernels*> s_Kernels{nullptr};
 constinit std::atomic<bool> s_Plain{false};
 
 struct TLevel {
@@ -59,18 +72,15 @@ const TLevel* BestLevel() {
 
 } // namespace
 
-TDrawJob GetDrawJob() {
-  TDrawJob draw = s_DrawJob.load(std::memory_order_relaxed);
-  if (draw == nullptr && !s_Plain.load(std::memory_order_relaxed)) {
+const TSpanKernels* GetSpanKernels() {
+  const TSpanKernels* kernels = s_Kernels.load(std::memory_order_acquire);
+  if (kernels == nullptr && !s_Plain.load(std::memory_order_relaxed)) {
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    if (BestLevel() == nullptr) {
-      s_Plain.store(true, std::memory_order_relaxed);
-      return nullptr;
-    }
-    draw = &HWY_DYNAMIC_DISPATCH(DrawTriangleJob);
-    s_DrawJob.store(draw, std::memory_order_relaxed);
+    kernels = BestLevel() != nullptr ? HWY_DYNAMIC_DISPATCH(Kernels)() : nullptr;
+    s_Plain.store(kernels == nullptr, std::memory_order_relaxed);
+    s_Kernels.store(kernels, std::memory_order_release);
   }
-  return draw;
+  return kernels;
 }
 
 bool LimitSpanLevel(const char* name) {
@@ -92,11 +102,11 @@ bool LimitSpanLevel(const char* name) {
   hwy::SetSupportedTargetsForTest(targets);
   hwy::GetChosenTarget().Update(hwy::SupportedTargets());
   s_Plain.store(plain);
-  s_DrawJob.store(nullptr);
+  s_Kernels.store(nullptr);
   return true;
 }
 
-const char* GetSpanLevel() { return GetDrawJob() == nullptr ? "plain" : BestLevel()->Name; }
+const char* GetSpanLevel() { return GetSpanKernels() == nullptr ? "plain" : BestLevel()->Name; }
 
 } // namespace Zx3D
 

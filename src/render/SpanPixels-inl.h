@@ -217,16 +217,15 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
   }
 }
 
-// One group of pixels from column x on; only those in `live` exist.
+// One group of pixels at t; only those in `live` exist.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD x, MI live,
+                                           const TRow& row, VD t, MI live,
                                            const TGroupTargets& to) {
   const DD d;
   const DI di;
   const DU du;
   const DF df;
-  const VD t = hn::Div(hn::Sub(x, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
   TGroupResult result = {0, 0};
 
   MI pass = live;
@@ -307,7 +306,7 @@ HWY_INLINE void NoteGroup(TGroupResult group, int x, TRowResult* row) {
 // touched.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, VD x, std::size_t count,
+                                                  const TRow& row, VD t, std::size_t count,
                                                   const TGroupTargets& to) {
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   HWY_ALIGN std::uint32_t color[kMostLanes];
@@ -324,7 +323,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
     copies.Stencil = stencil;
   }
   const TGroupResult result =
-      DrawGroup<kTexels, kPerspective>(job, slots, row, x, hn::FirstN(DI(), count), copies);
+      DrawGroup<kTexels, kPerspective>(job, slots, row, t, hn::FirstN(DI(), count), copies);
   for (std::size_t i = 0; i < count; ++i) {
     to.Color[i] = color[i];
     to.Depth[i] = depth[i];
@@ -333,6 +332,73 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
     std::memcpy(to.Stencil, stencil, count);
   }
   return result;
+}
+
+// t of the pixels of a row from a column on.
+HWY_INLINE HWY_ATTR VD ColumnT(const TRow& row, VD x) {
+  const DD d;
+  return hn::Div(hn::Sub(x, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
+}
+
+inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
+  auto depth = static_cast<float>(row.Delta[2] * t + row.Begin[2]);
+  if (job.AddOffset) {
+    depth += job.Offset;
+  }
+  return depth;
+}
+
+// --- Rows that are a fill
+
+template <class D, class T>
+HWY_INLINE HWY_ATTR void FillRun(D d, T value, T* to, std::size_t count) {
+  const std::size_t lanes = hn::Lanes(d);
+  const auto values = hn::Set(d, value);
+  std::size_t i = 0;
+  for (; i + lanes <= count; i += lanes) {
+    hn::StoreU(values, d, to + i);
+  }
+  for (; i < count; ++i) {
+    to[i] = value;
+  }
+}
+
+// Whether a row has one colour, and one depth where that is written, and no test to pass.
+inline HWY_ATTR bool IsFill(const TSpanJob& job, const TRow& row) {
+  return job.ConstMask == 15 && job.ColorMask == 15 && !job.Blend && !job.DepthTest &&
+         job.Stencil == nullptr && (!job.DepthWrite || row.Delta[2] == 0.0);
+}
+
+inline HWY_ATTR void FillRow(const TSpanJob& job, const TRow& row, const TGroupTargets& to) {
+  const auto count = static_cast<std::size_t>(row.Last - row.First + 1);
+  FillRun(hn::ScalableTag<std::uint32_t>(), job.ConstColor, to.Color, count);
+  if (job.DepthWrite) {
+    FillRun(hn::ScalableTag<float>(), DepthAtT(job, row, 0.0), to.Depth, count);
+  }
+}
+
+// --- Runs that fail the depth test as a whole
+
+inline constexpr int kDepthRun = 64;
+
+// Whether no pixel of a run passes. Depth is monotone along a row, as t, the product, the sum, the
+// rounding to float and the offset are: what the nearer end fails against, all fail against.
+inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, const float* stored) {
+  const hn::ScalableTag<float> d;
+  const float a = DepthAtT(job, row, (x - row.Begin[0]) / row.Delta[0]);
+  const float b = DepthAtT(job, row, (x + kDepthRun - 1 - row.Begin[0]) / row.Delta[0]);
+  if (!(a <= b || b <= a)) {
+    return false;
+  }
+  const bool less = job.DepthFunc + GL_NEVER == GL_LESS;
+  const auto nearest = hn::Set(d, a < b ? a : b);
+  for (std::size_t i = 0; i < kDepthRun; i += hn::Lanes(d)) {
+    const auto there = hn::LoadU(d, stored + i);
+    if (!hn::AllFalse(d, less ? hn::Lt(nearest, there) : hn::Le(nearest, there))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 template <TTexelSource kTexels, bool kPerspective>
@@ -347,21 +413,92 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   to.Depth = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + row.First;
   to.Stencil =
       job.Stencil != nullptr ? job.Stencil + row.Y * job.StencilRowStride + row.First : nullptr;
+  if (kTexels == TTexelSource::None && IsFill(job, row)) {
+    FillRow(job, row, to);
+    return {row.Last, row.Last};
+  }
+  const bool mayFailWhole =
+      job.DepthTest && job.Stencil == nullptr &&
+      (job.DepthFunc + GL_NEVER == GL_LESS || job.DepthFunc + GL_NEVER == GL_LEQUAL);
   TRowResult result = {-1, -1};
   int x = row.First;
-  VD column = hn::Iota(d, static_cast<double>(x));
-  const VD step = hn::Set(d, static_cast<double>(lanes));
-  for (; x + lanes - 1 <= row.Last; x += lanes) {
-    NoteGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, column, all, to), x, &result);
-    column = hn::Add(column, step);
+  int runEnd = x; // up to here no whole run was found to fail
+  while (x + lanes - 1 <= row.Last) {
+    if (mayFailWhole && x >= runEnd) {
+      if (x + kDepthRun - 1 <= row.Last && FailsWhole(job, row, x, to.Depth)) {
+        result.LastStencil = x + kDepthRun - 1;
+        x += kDepthRun;
+        runEnd = x;
+        to.Color += kDepthRun;
+        to.Depth += kDepthRun;
+        continue;
+      }
+      runEnd = x + kDepthRun;
+    }
+    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
+    NoteGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, t, all, to), x, &result);
+    x += lanes;
     to.Color += lanes;
     to.Depth += lanes;
     to.Stencil = to.Stencil != nullptr ? to.Stencil + lanes : nullptr;
   }
   if (x <= row.Last) {
     const auto count = static_cast<std::size_t>(row.Last - x + 1);
-    NoteGroup(DrawPartialGroup<kTexels, kPerspective>(job, slots, row, column, count, to), x,
-              &result);
+    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
+    NoteGroup(DrawPartialGroup<kTexels, kPerspective>(job, slots, row, t, count, to), x, &result);
+  }
+  return result;
+}
+
+// --- Pixels that lie anywhere, as those of a line do: by way of copies, no pixel twice
+
+struct TScattered {
+  const int* X;
+  const int* Y;
+  const double* T;
+  int Count;
+};
+
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
+                                               const TRow& row, const TScattered& pixels) {
+  constexpr std::size_t kMostLanes = HWY_LANES(double);
+  const DD d;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  HWY_ALIGN std::uint32_t color[kMostLanes] = {};
+  HWY_ALIGN float depth[kMostLanes] = {};
+  HWY_ALIGN unsigned char stencil[kMostLanes] = {};
+  TRowResult result = {-1, -1};
+  for (int first = 0; first < pixels.Count; first += lanes) {
+    const int count = pixels.Count - first < lanes ? pixels.Count - first : lanes;
+    std::uint32_t* colorAt[kMostLanes];
+    float* depthAt[kMostLanes];
+    unsigned char* stencilAt[kMostLanes];
+    HWY_ALIGN double t[kMostLanes] = {};
+    for (int i = 0; i < count; ++i) {
+      const std::ptrdiff_t x = pixels.X[first + i];
+      const std::ptrdiff_t y = pixels.Y[first + i];
+      t[i] = pixels.T[first + i];
+      colorAt[i] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
+      depthAt[i] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
+      color[i] = *colorAt[i];
+      depth[i] = *depthAt[i];
+      if (job.Stencil != nullptr) {
+        stencilAt[i] = job.Stencil + y * job.StencilRowStride + x;
+        stencil[i] = *stencilAt[i];
+      }
+    }
+    const TGroupTargets copies = {color, depth, job.Stencil != nullptr ? stencil : nullptr};
+    const MI live = hn::FirstN(DI(), static_cast<std::size_t>(count));
+    NoteGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, hn::Load(d, t), live, copies),
+              first, &result);
+    for (int i = 0; i < count; ++i) {
+      *colorAt[i] = color[i];
+      *depthAt[i] = depth[i];
+      if (job.Stencil != nullptr) {
+        *stencilAt[i] = stencil[i];
+      }
+    }
   }
   return result;
 }

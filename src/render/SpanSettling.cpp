@@ -14,7 +14,7 @@ namespace Zx3D {
 namespace {
 
 using TVec4 = vec_t_<double, 4>;
-using VAR_DATA = TRenderCPU::VAR_DATA;
+using TVertices = const TVec4* [3];
 
 // How much the reciprocals of w may differ within a triangle, and how near an integer a byte's
 // value may lie, for rounding to be proven unable to reach it: interpolation loses a few units of
@@ -54,13 +54,13 @@ bool IsUnit(const TVec4& color) {
   return IsUnit(color.x) && IsUnit(color.y) && IsUnit(color.z) && IsUnit(color.w);
 }
 
-bool IsUnitSlot(const VAR_DATA* v, int slot) {
-  return IsUnit(v[0].Slots[slot]) && IsUnit(v[1].Slots[slot]) && IsUnit(v[2].Slots[slot]);
+bool IsUnitSlot(const TVertices& v, int slot) {
+  return IsUnit(v[0][slot]) && IsUnit(v[1][slot]) && IsUnit(v[2][slot]);
 }
 
-bool IsZeroSlot(const VAR_DATA* v, int slot) {
+bool IsZeroSlot(const TVertices& v, int slot) {
   for (int i = 0; i < 3; ++i) {
-    const TVec4& at = v[i].Slots[slot];
+    const TVec4& at = v[i][slot];
     if (at.x != 0.0 || at.y != 0.0 || at.z != 0.0) {
       return false;
     }
@@ -70,10 +70,10 @@ bool IsZeroSlot(const VAR_DATA* v, int slot) {
 
 // Whether 1/w, which stands in w of slot 0, stays so near that interpolated values stay within a
 // few units of the last place, times kMostRatio, of what they are between.
-bool IsSteady(const VAR_DATA* v) {
-  const double a = v[0].Slots[0].w;
-  const double b = v[1].Slots[0].w;
-  const double c = v[2].Slots[0].w;
+bool IsSteady(const TVertices& v) {
+  const double a = v[0][0].w;
+  const double b = v[1][0].w;
+  const double c = v[2][0].w;
   const double least = std::min({a, b, c});
   return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
 }
@@ -85,11 +85,11 @@ bool IsSteadyByte(double c) {
   return part > kByteMargin && part < 1.0 - kByteMargin;
 }
 
-void SettleConstants(const VAR_DATA* v, TSpanJob* job) {
+void SettleConstants(const TVertices& v, TSpanJob* job) {
   for (int i = 0; i < 4; ++i) {
     const auto k = static_cast<std::size_t>(i);
-    const double c = v[0].Slots[job->ColorSlot][k];
-    if (v[1].Slots[job->ColorSlot][k] == c && v[2].Slots[job->ColorSlot][k] == c && IsUnit(c) &&
+    const double c = v[0][job->ColorSlot][k];
+    if (v[1][job->ColorSlot][k] == c && v[2][job->ColorSlot][k] == c && IsUnit(c) &&
         (!job->Perspective || IsSteadyByte(c))) {
       job->ConstMask |= 1u << i;
       job->ConstColor |= static_cast<std::uint32_t>(ByteOf(c)) << (8 * i);
@@ -187,7 +187,8 @@ bool TRenderCPU::_SettleTests(TSpanJob* job) const {
 }
 
 // The choices of the standard fragment shader.
-bool TRenderCPU::_SettleColors(const VAR_DATA* v, TSpanJob* job) const {
+bool TRenderCPU::_SettleColors(TSpanJob* job) const {
+  const TVertices& v = job->Vertex;
   const bool front = m_Fragment.FrontFacing;
   const auto isLive = [this](int slot) { return slot >= 1 && slot < m_VarCount; };
   job->ColorSlot = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
@@ -232,30 +233,30 @@ bool TRenderCPU::_SettleColors(const VAR_DATA* v, TSpanJob* job) const {
   return true;
 }
 
-bool TRenderCPU::_SettleJob(const VAR_DATA* v, TSpanJob* job) const {
+// `job->Vertex` is set: the slots as they are before perspective prepares them, the position in
+// window coordinates.
+bool TRenderCPU::_SettleJob(TSpanJob* job) const {
   if (m_FragmentShader == nullptr || m_FragmentShader != m_StdFragmentShader || m_CalcDepth ||
-      GetDrawJob() == nullptr) {
+      GetSpanKernels() == nullptr) {
     return false;
   }
   // Within this range of the window no step of the rows can overflow or reach a NaN.
-  for (int i = 0; i < 3; ++i) {
-    const TVec4& at = v[i].Slots[0];
-    if (!(std::fabs(at.x) < 1e6 && std::fabs(at.y) < 1e6)) {
+  for (const TVec4* const vertex : job->Vertex) {
+    if (!(std::fabs(vertex[0].x) < 1e6 && std::fabs(vertex[0].y) < 1e6)) {
       return false;
     }
-    job->Vertex[i] = v[i].Slots;
   }
   job->Perspective = m_PerspectiveHint != GL_FASTEST;
-  return _SettleTargets(job) && _SettleTests(job) && _SettleColors(v, job);
+  job->YSet = false;
+  job->DepthSet = false;
+  job->ColorSet = false;
+  return _SettleTargets(job) && _SettleTests(job) && _SettleColors(job);
 }
 
 // --- Running
 
-void TRenderCPU::_RunJob(const VAR_DATA* v, TSpanJob* job) {
-  job->YSet = false;
-  job->DepthSet = false;
-  job->ColorSet = false;
-  GetDrawJob()(job);
+void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+  GetSpanKernels()->DrawTriangle(job);
 
   if (job->YSet) {
     m_Fragment.Y = job->Y;
@@ -280,6 +281,21 @@ void TRenderCPU::_RunJob(const VAR_DATA* v, TSpanJob* job) {
   }
   if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
     _FlushFragment();
+  }
+}
+
+void TRenderCPU::_RunLineJob(TSpanJob* job, const TLinePixels& line) {
+  if (line.Count == 0) {
+    return;
+  }
+  GetSpanKernels()->DrawLine(job, line);
+  if (job->DepthSet) {
+    m_Fragment.Depth = job->LastDepth;
+  }
+  if (job->ColorSet) {
+    m_Fragment.X = job->LastX;
+    m_Fragment.Y = job->LastY;
+    m_Fragment.Color = job->LastColor;
   }
 }
 

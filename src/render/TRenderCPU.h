@@ -14,6 +14,7 @@ class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
 struct TSpanJob;
+struct TLinePixels;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -959,7 +960,7 @@ private:
   float* _DepthPixel(int x, int y) const;
   unsigned char* _StencilPixel(int x, int y) const;
   void _FinishPixel(int x, int y, float* depth, unsigned char* stencil);
-  void _LinePixel(int x, int y, double t);
+  bool _TakeLinePixel(int x, int y);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   void _TakeSurfaces();
   TLight* _LightOf(unsigned int light);
@@ -989,12 +990,14 @@ private:
     VAR_DATA Vertex[3] = {};
   };
 
-  bool _SettleJob(const VAR_DATA* v, TSpanJob* job) const;
+  bool _SettleJob(TSpanJob* job) const;
   bool _SettleTargets(TSpanJob* job) const;
   bool _SettleTests(TSpanJob* job) const;
-  bool _SettleColors(const VAR_DATA* v, TSpanJob* job) const;
+  bool _SettleColors(TSpanJob* job) const;
   void _DrawEdges(VAR_DATA* v);
-  void _RunJob(const VAR_DATA* v, TSpanJob* job);
+  void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
+  void _RunLineJob(TSpanJob* job, const TLinePixels& line);
+  void _WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job);
   void _FlushFragment();
   void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
 

@@ -93,12 +93,15 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   }
   // The job is settled by the slots as they are before perspective prepares them.
   TSpanJob job;
-  const bool many = _SettleJob(v, &job);
+  for (int i = 0; i < 3; ++i) {
+    job.Vertex[i] = v[i].Slots;
+  }
+  const bool many = _SettleJob(&job);
   for (int i = 0; i < 3 && perspective; ++i) {
     _ScaleSlots(&v[i], v[i].Slots[0].w);
   }
   if (many) {
-    _RunJob(v, &job);
+    _RunTriangleJob(v, &job);
   } else {
     _DrawEdges(v);
   }

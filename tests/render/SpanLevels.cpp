@@ -63,7 +63,7 @@ TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
 TEST_F(SpanLevels, TheHookNamesAndRefuses) {
   EXPECT_TRUE(Zx3D::LimitSpanLevel("plain"));
   EXPECT_STREQ(Zx3D::GetSpanLevel(), "plain");
-  EXPECT_EQ(Zx3D::GetDrawJob(), nullptr);
+  EXPECT_EQ(Zx3D::GetSpanKernels(), nullptr);
   EXPECT_FALSE(Zx3D::LimitSpanLevel("8086"));
   EXPECT_TRUE(Zx3D::LimitSpanLevel(nullptr));
   EXPECT_STRNE(Zx3D::GetSpanLevel(), "8086");
