@@ -193,10 +193,21 @@ void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int 
   }
 }
 
+bool _IsFinite(const VERTEX& vertex) {
+  return std::all_of(std::begin(vertex.Position), std::end(vertex.Position),
+                     [](float component) { return std::isfinite(component); });
+}
+
 // A piece with a corner that is nowhere is left out. A mirroring matrix turns the corners round,
 // so they are taken the other way.
 void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
   const auto corners = static_cast<unsigned int>(to->Corners);
+  // A cloud of points has no faces at all.
+  for (unsigned int i = 0; from.mNumFaces == 0 && i < from.mNumVertices; ++i) {
+    if (_IsFinite(to->Vertices[i])) {
+      to->Indices.push_back(i);
+    }
+  }
   to->Indices.reserve(std::size_t{from.mNumFaces} * corners);
   for (unsigned int i = 0; i < from.mNumFaces; ++i) {
     const aiFace& face = from.mFaces[i];
@@ -204,9 +215,7 @@ void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
       continue;
     }
     const bool sound = std::all_of(face.mIndices, face.mIndices + corners, [&](unsigned int index) {
-      return index < from.mNumVertices && std::isfinite(to->Vertices[index].Position[0]) &&
-             std::isfinite(to->Vertices[index].Position[1]) &&
-             std::isfinite(to->Vertices[index].Position[2]);
+      return index < from.mNumVertices && _IsFinite(to->Vertices[index]);
     });
     if (!sound) {
       continue;
@@ -290,7 +299,7 @@ int _Corners(const aiMesh& mesh) {
 void _TakeMesh(const aiMesh& from, const aiMatrix4x4& toWorld,
                const std::vector<unsigned int>& channels, MODEL* out) {
   MESH mesh;
-  mesh.Corners = _Corners(from);
+  mesh.Corners = from.mNumFaces == 0 ? 1 : _Corners(from);
   if (mesh.Corners == 0 || from.mMaterialIndex >= out->Materials.size()) {
     return;
   }
@@ -342,6 +351,22 @@ bool _CanBeRead(const std::string& name, std::string* error) {
   return true;
 }
 
+// Clouds of points stay as they are, since the later steps refuse meshes without faces.
+const aiScene* _ReadScene(Assimp::Importer* importer, const std::string& name) {
+  // Sharp edges stay sharp where the file has no normals.
+  importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, 66.0f);
+  const aiScene* scene = importer->ReadFile(name, 0);
+  if (scene == nullptr || (scene->mNumMeshes > 0 &&
+                           std::all_of(scene->mMeshes, scene->mMeshes + scene->mNumMeshes,
+                                       [](const aiMesh* mesh) { return mesh->mNumFaces == 0; }))) {
+    return scene;
+  }
+  return importer->ApplyPostProcessing(
+      aiProcess_ValidateDataStructure | aiProcess_Triangulate | aiProcess_SortByPType |
+      aiProcess_GenSmoothNormals | aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
+      aiProcess_TransformUVCoords | aiProcess_ImproveCacheLocality);
+}
+
 } // namespace
 
 bool LoadModel(const std::string& name, MODEL* out, std::string* error,
@@ -350,13 +375,7 @@ bool LoadModel(const std::string& name, MODEL* out, std::string* error,
     return false;
   }
   Assimp::Importer importer;
-  // Sharp edges stay sharp where the file has no normals.
-  importer.SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, 66.0f);
-  const aiScene* scene =
-      importer.ReadFile(name, aiProcess_ValidateDataStructure | aiProcess_Triangulate |
-                                  aiProcess_SortByPType | aiProcess_GenSmoothNormals |
-                                  aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
-                                  aiProcess_TransformUVCoords | aiProcess_ImproveCacheLocality);
+  const aiScene* scene = _ReadScene(&importer, name);
   if (scene == nullptr) {
     *error = importer.GetErrorString();
     return false;

@@ -33,6 +33,16 @@ TEST(Model, SquareAsArrays) {
   }
 }
 
+TEST(Model, CloudOfPoints) {
+  const TDirectory directory;
+  const LOADED cloud(directory.Write(
+      "cloud.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                   "property float y\nproperty float z\nend_header\n0 0 0\n1 0 0\n0 1 0\n"));
+  ASSERT_TRUE(cloud.Done) << cloud.Error;
+  EXPECT_EQ(cloud.Model.CountCorners(1), 3u);
+  EXPECT_EQ(cloud.Model.CountCorners(3), 0u);
+}
+
 TEST(Model, MissingFileAndBrokenFileSayWhy) {
   const TDirectory directory;
   const LOADED missing(directory / "missing.obj");
