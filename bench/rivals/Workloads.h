@@ -263,7 +263,10 @@ template <class TGl> void TWorkloads<TGl>::List() {
                          Switch(m_Gl, GL_BLEND, true);
                          m_Gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
                        },
-                       [this] { TiltedQuad(2, 8, 0.5f); }});
+                       [this] {
+                         m_Gl.Clear(GL_COLOR_BUFFER_BIT); // blending adds up otherwise
+                         TiltedQuad(2, 8, 0.5f);
+                       }});
   m_Entries.push_back(
       {"sphere_directional", [this] { Sphere(1, false); }, [this] { DrawSphere(); }});
   m_Entries.push_back(
@@ -334,13 +337,14 @@ template <class TGl> void TWorkloads<TGl>::List() {
                          // Each crosses the near plane and the left side.
                          m_Gl.Begin(GL_TRIANGLES);
                          for (int i = 0; i < 20000; ++i) {
-                           const float x = -1.0f - 0.00001f * i;
+                           const float x = -1.0f;
+                           const float y = -0.9f + 0.00009f * i;
                            m_Gl.Color4f(1, 0.00005f * i, 0, 1);
-                           m_Gl.Vertex3f(x, 0, -1.02f);
+                           m_Gl.Vertex3f(x - 0.03f, y, -1.02f);
                            m_Gl.Color4f(0, 1, 0, 1);
-                           m_Gl.Vertex3f(x + 0.03f, 0.01f, -1.02f);
+                           m_Gl.Vertex3f(x + 0.03f, y + 0.01f, -1.02f);
                            m_Gl.Color4f(0, 0, 1, 1);
-                           m_Gl.Vertex3f(x + 0.015f, 0.02f, -0.98f);
+                           m_Gl.Vertex3f(x + 0.015f, y + 0.02f, -0.98f);
                          }
                          m_Gl.End();
                          m_Gl.Clear(GL_DEPTH_BUFFER_BIT);

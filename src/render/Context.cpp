@@ -66,7 +66,9 @@ bool TRenderCPU::Create(int width, int height, TRenderBase* share) {
     return false;
   }
   m_FrameBuffer = new (std::nothrow) TFrameBuffer;
-  if (m_FrameBuffer == nullptr || !m_FrameBuffer->Create(width, height)) {
+  m_VertexCache = new (std::nothrow) TVertexCache{};
+  if (m_FrameBuffer == nullptr || m_VertexCache == nullptr ||
+      !m_FrameBuffer->Create(width, height)) {
     Destroy();
     return false;
   }
@@ -145,6 +147,8 @@ void TRenderCPU::Destroy() {
     m_FrameBuffer = nullptr;
     _SettleColorTarget();
   }
+  delete m_VertexCache;
+  m_VertexCache = nullptr;
   _ClearVertexArrays();
   _ClearTextures();
   _ClearBuffers();

@@ -85,15 +85,28 @@ bool IsSteadyByte(double c) {
   return part > kByteMargin && part < 1.0 - kByteMargin;
 }
 
+// Channels whose byte is the same at all pixels. With one w for all vertices the differences are
+// zeros, and every pixel computes the same value; otherwise it only stays near.
 void SettleConstants(const TVertices& v, TSpanJob* job) {
+  const double r = v[0][0].w;
+  const bool oneW = v[1][0].w == r && v[2][0].w == r;
   for (int i = 0; i < 4; ++i) {
     const auto k = static_cast<std::size_t>(i);
     const double c = v[0][job->ColorSlot][k];
-    if (v[1][job->ColorSlot][k] == c && v[2][job->ColorSlot][k] == c && IsUnit(c) &&
-        (!job->Perspective || IsSteadyByte(c))) {
-      job->ConstMask |= 1u << i;
-      job->ConstColor |= static_cast<std::uint32_t>(ByteOf(c)) << (8 * i);
+    if (v[1][job->ColorSlot][k] != c || v[2][job->ColorSlot][k] != c || !IsUnit(c)) {
+      continue;
     }
+    double value = c;
+    if (job->Perspective) {
+      if (!oneW && !IsSteadyByte(c)) {
+        continue;
+      }
+      if (oneW) {
+        value = std::min((c * r) * (1.0 / r), 1.0);
+      }
+    }
+    job->ConstMask |= 1u << i;
+    job->ConstColor |= static_cast<std::uint32_t>(ByteOf(value)) << (8 * i);
   }
 }
 

@@ -66,6 +66,7 @@ struct TVertexLighting {
   TVec3 Eye;          ///< the vertex in eye space
   TVec3 EyeDirection; ///< the same divided by its length
   TVec3 Normal;
+  double NormalSquare;
   TFace Front;
   TFace Back;
   bool TwoSide;
@@ -84,6 +85,15 @@ struct TVertexLighting {
   void AddSpot(const TLight& light) const;
 };
 
+// Whether the specular term of a light is a zero that need not be added: no product of colours but
+// 0, and a power that stays finite for every cosine that a normal of this length can give.
+bool HasNoSpecular(const TFace& face, const TLight& light, double normalSquare) {
+  const TVec4& m = face.Material->Specular;
+  const TVec4& l = light.Specular;
+  return m.x * l.x == 0.0 && m.y * l.y == 0.0 && m.z * l.z == 0.0 &&
+         face.Material->Shininess >= 0.0 && face.Material->Shininess <= 128.0 && normalSquare < 4.0;
+}
+
 // t is the cosine between half vector and normal, turned to the side of the face.
 void AddSpecular(const TFace& face, const TLight& light, double t) {
   AddProduct(face.Secondary, face.Material->Specular, light.Specular,
@@ -99,9 +109,11 @@ void TVertexLighting::AddDirectional(const TLight& light) const {
   const double d = dot(away, Normal);
   if (d < 0.0) {
     AddProduct(Front.Color, Front.Material->Diffuse, light.Diffuse, -d);
-    const double t = dot(HalfVector(light), Normal);
-    if (t > 0.0) {
-      AddSpecular(Front, light, t);
+    if (!HasNoSpecular(Front, light, NormalSquare)) {
+      const double t = dot(HalfVector(light), Normal);
+      if (t > 0.0) {
+        AddSpecular(Front, light, t);
+      }
     }
   } else if (TwoSide) {
     AddProduct(Back.Color, Back.Material->Diffuse, light.Diffuse, d);
@@ -134,9 +146,11 @@ void TVertexLighting::AddPositional(const TLight& light) const {
   const double d = dot(toVertex, Normal);
   if (d < 0.0) {
     AddProduct(&frontSum, Front.Material->Diffuse, light.Diffuse, -d);
-    const double t = dot(HalfVector(light), Normal);
-    if (t > 0.0) {
-      AddSpecular(Front, light, t);
+    if (!HasNoSpecular(Front, light, NormalSquare)) {
+      const double t = dot(HalfVector(light), Normal);
+      if (t > 0.0) {
+        AddSpecular(Front, light, t);
+      }
     }
   } else if (TwoSide) {
     AddProduct(&backSum, Back.Material->Diffuse, light.Diffuse, d);
@@ -273,6 +287,7 @@ void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) {
   if (gl.m_Normalize) {
     vertex.Normal = Normalized(vertex.Normal);
   }
+  vertex.NormalSquare = dot(vertex.Normal, vertex.Normal);
   vertex.LocalViewer = gl.m_LightModelLocalViewer;
   vertex.EyeDirection = vertex.LocalViewer ? Normalized(vertex.Eye) : vertex.Eye;
   vertex.TwoSide = gl.m_LightModelTwoSide;

@@ -33,6 +33,12 @@ void TRenderCPU::Begin(unsigned int mode) {
   _SettleColorTarget();
   _RefreshSharedTextures();
 
+  static constexpr TVertexHandler s_Assembly[8] = {
+      &TRenderCPU::_AssemblePoint,       &TRenderCPU::_AssembleLine,
+      &TRenderCPU::_AssembleLineLoop,    &TRenderCPU::_AssembleLineStrip,
+      &TRenderCPU::_AssembleTriangle,    &TRenderCPU::_AssembleTriangleStrip,
+      &TRenderCPU::_AssembleTriangleFan, &TRenderCPU::_AssembleQuad,
+  };
   static constexpr TVertexHandler s_Handlers[8] = {
       &TRenderCPU::PointsVertex,      &TRenderCPU::LinesVertex,
       &TRenderCPU::LineLoopVertex,    &TRenderCPU::LineStripVertex,
@@ -46,6 +52,7 @@ void TRenderCPU::Begin(unsigned int mode) {
     m_VertexHandler = &TRenderCPU::UnknownVertex;
   } else {
     m_VertexHandler = s_Handlers[mode];
+    m_Assemble = s_Assembly[mode];
   }
   m_InBeginEnd = true;
 }
@@ -97,14 +104,14 @@ void TRenderCPU::_ShadeVertex() {
 
 void TRenderCPU::UnknownVertex() {}
 
-void TRenderCPU::PointsVertex() {
-  _ShadeVertex();
+// --- The modes, behind the shading of the vertex
+
+void TRenderCPU::_AssemblePoint() {
   ClipAndRasterizePoint(m_VarCur);
   m_Pending = 0;
 }
 
-void TRenderCPU::LinesVertex() {
-  _ShadeVertex();
+void TRenderCPU::_AssembleLine() {
   if (m_Pending == 2) {
     ClipAndRasterizeLine(m_VarCur, 0);
     m_Pending = 0;
@@ -112,7 +119,7 @@ void TRenderCPU::LinesVertex() {
 }
 
 // Draws the segment once it has both ends and keeps the newer for the next.
-void TRenderCPU::_ContinueLine() {
+void TRenderCPU::_AssembleLineStrip() {
   if (m_Pending == 2) {
     CopyVar(m_VarSaved[1], m_VarCur[1]);
     ClipAndRasterizeLine(m_VarCur, 0);
@@ -121,35 +128,25 @@ void TRenderCPU::_ContinueLine() {
   }
 }
 
-void TRenderCPU::LineStripVertex() {
-  _ShadeVertex();
-  _ContinueLine();
-}
-
-void TRenderCPU::LineLoopVertex() {
-  _ShadeVertex();
+void TRenderCPU::_AssembleLineLoop() {
   if (m_VertexIndex == 0) {
     CopyVar(m_VarSaved[0], m_VarCur[0]);
   }
-  _ContinueLine();
+  _AssembleLineStrip();
 }
 
-void TRenderCPU::TrianglesVertex() {
-  _ShadeVertex();
+void TRenderCPU::_AssembleTriangle() {
   if (m_Pending == 3) {
     ClipAndRasterizeTriangle(m_VarCur, 0);
     m_Pending = 0;
   }
 }
 
-void TRenderCPU::TriangleStripVertex() {
+void TRenderCPU::_AssembleTriangleStrip() {
   static constexpr int m1m3[3] = {2, 0, 1}; // i minus one modulo three
-  const int pending = m_Pending;
-  const int index = m_VertexIndex;
-  _ShadeVertex();
   m_StripIndex = m_StripIndex <= 1 ? m_StripIndex + 1 : 0;
-  if (index >= 0) {
-    CopyVar(m_VarSaved[m_StripIndex], m_VarCur[pending]);
+  if (m_VertexIndex > 0) {
+    CopyVar(m_VarSaved[m_StripIndex], m_VarCur[m_Pending - 1]);
   }
   if (m_Pending != 3) {
     return;
@@ -165,8 +162,7 @@ void TRenderCPU::TriangleStripVertex() {
   m_Pending = 2;
 }
 
-void TRenderCPU::TriangleFunVertex() {
-  _ShadeVertex();
+void TRenderCPU::_AssembleTriangleFan() {
   if (m_VertexIndex == 0) {
     CopyVar(m_VarSaved[0], m_VarCur[0]);
   } else {
@@ -183,8 +179,7 @@ void TRenderCPU::TriangleFunVertex() {
   }
 }
 
-void TRenderCPU::QuadsVertex() {
-  _ShadeVertex();
+void TRenderCPU::_AssembleQuad() {
   if (m_Pending == 4) {
     CopyVar(m_VarSaved[0], m_VarCur[0]);
     CopyVar(m_VarSaved[1], m_VarCur[2]);
@@ -193,6 +188,48 @@ void TRenderCPU::QuadsVertex() {
     ClipAndRasterizeTriangle(m_VarSaved, 0);
     m_Pending = 0;
   }
+}
+
+// --- The modes as a vertex meets them
+
+void TRenderCPU::PointsVertex() {
+  _ShadeVertex();
+  _AssemblePoint();
+}
+
+void TRenderCPU::LinesVertex() {
+  _ShadeVertex();
+  _AssembleLine();
+}
+
+void TRenderCPU::LineLoopVertex() {
+  _ShadeVertex();
+  _AssembleLineLoop();
+}
+
+void TRenderCPU::LineStripVertex() {
+  _ShadeVertex();
+  _AssembleLineStrip();
+}
+
+void TRenderCPU::TrianglesVertex() {
+  _ShadeVertex();
+  _AssembleTriangle();
+}
+
+void TRenderCPU::TriangleStripVertex() {
+  _ShadeVertex();
+  _AssembleTriangleStrip();
+}
+
+void TRenderCPU::TriangleFunVertex() {
+  _ShadeVertex();
+  _AssembleTriangleFan();
+}
+
+void TRenderCPU::QuadsVertex() {
+  _ShadeVertex();
+  _AssembleQuad();
 }
 
 } // namespace Zx3D

@@ -949,7 +949,14 @@ private:
   void _SetAttrib(int index, const vec_t_<double, 4>& value);
   void _Submit(const vec_t_<double, 4>& vertex);
   void _ShadeVertex();
-  void _ContinueLine();
+  void _AssemblePoint();
+  void _AssembleLine();
+  void _AssembleLineStrip();
+  void _AssembleLineLoop();
+  void _AssembleTriangle();
+  void _AssembleTriangleStrip();
+  void _AssembleTriangleFan();
+  void _AssembleQuad();
   void _SetDelta(EDGE* e);
   void _ScaleSlots(VAR_DATA* v, double r);
   bool _IsCulled(bool front) const;
@@ -975,7 +982,12 @@ private:
   void _SetBufferSubData(TBuffer* buffer, long offset, long size, const void* data);
   TVertexAttribPointer* _GenericArray(unsigned int index);
   TVertexAttribPointer* _ClassicArray(unsigned int array);
-  template <class TElementOf> void _Replay(unsigned int mode, int count, TElementOf elementOf);
+  template <class TElementOf>
+  void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
+  template <class TElementOf>
+  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, bool indexed,
+                       TElementOf elementOf);
+  bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
 
   /// What `m_VarFragment` is to hold after a triangle that was drawn many pixels at a time: worked
@@ -1001,6 +1013,18 @@ private:
   void _FlushFragment();
   void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
 
+  /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
+  /// shaded again. Made by `Create`.
+  struct TVertexCache {
+    static constexpr std::size_t kSize = 1024;
+
+    std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
+    VAR_DATA Vertices[kSize];
+    std::uint32_t Draw;
+  };
+
+  TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading
+  TVertexCache* m_VertexCache = nullptr;
   TColorTarget m_ColorTarget = {};
   TPendingFragment m_PendingFragment;
 };

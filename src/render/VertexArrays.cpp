@@ -1,8 +1,12 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstring>
+#include <typeinfo>
 
 #include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/StdVertexShader.h>
+
+#include "SpanJob.h"
 
 namespace Zx3D {
 
@@ -313,22 +317,81 @@ template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long 
 
 } // namespace
 
+// Whether nobody can tell the virtual calls from their being left out: the context is no derived
+// one, the standard vertex shader runs and writes nothing but its record.
+bool TRenderCPU::_MayReplayDirectly() const {
+  return GetSpanKernels() != nullptr && typeid(*this) == typeid(TRenderCPU) &&
+         m_VertexShader == m_StdVertexShader && m_VertexShader != nullptr &&
+         m_FragmentShader == m_StdFragmentShader && !m_ColorMaterial &&
+         m_VertexHandler != &TRenderCPU::UnknownVertex;
+}
+
+template <class TElementOf>
+void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count,
+                                 bool indexed, TElementOf elementOf) {
+  auto* const shader = static_cast<TStdVertexShaderCPU*>(m_VertexShader);
+  TVertexCache& cache = *m_VertexCache;
+  if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
+    std::memset(cache.Tags, 0, sizeof cache.Tags);
+    cache.Draw = 1;
+  }
+  const std::uint64_t draw = std::uint64_t{cache.Draw} << 32;
+  const auto fetch = [this, values, valueCount](unsigned long element) {
+    for (unsigned long k = 0; k < valueCount; ++k) {
+      values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
+    }
+    m_CurVertex = m_CurAttrib[0];
+  };
+  // What the shader writes; without a texture the last slot keeps what was there.
+  const std::size_t written =
+      static_cast<std::size_t>(m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1)) *
+      sizeof(vec_t_<double, 4>);
+  bool fetched = true;
+  for (int i = 0; i < count; ++i) {
+    const unsigned long element = elementOf(i);
+    VAR_DATA& vertex = m_VarCur[m_Pending];
+    const std::size_t place = element % TVertexCache::kSize;
+    const std::uint64_t tag = draw | static_cast<std::uint32_t>(element);
+    fetched = !indexed || cache.Tags[place] != tag;
+    if (!fetched) {
+      std::memcpy(vertex.Slots, cache.Vertices[place].Slots, written);
+    } else {
+      fetch(element);
+      shader->TStdVertexShaderCPU::Execute(&vertex);
+      if (indexed) {
+        std::memcpy(cache.Vertices[place].Slots, vertex.Slots, written);
+        cache.Tags[place] = tag;
+      }
+    }
+    ++m_VertexIndex;
+    ++m_Pending;
+    (this->*m_Assemble)();
+  }
+  if (!fetched) {
+    fetch(elementOf(count - 1)); // the current values are those of the last element
+  }
+}
+
 // Replays elements through the virtual operations; `elementOf` tells the element of the i-th
 // vertex.
 template <class TElementOf>
-void TRenderCPU::_Replay(unsigned int mode, int count, TElementOf elementOf) {
+void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf) {
   TAttrValue values[kMaxAttrValues];
   const unsigned long valueCount = _PrepareAttrValues(values, kMaxAttrValues);
   if (valueCount == 0) {
     return;
   }
   Begin(mode);
-  for (int i = 0; i < count; ++i) {
-    const unsigned long element = elementOf(i);
-    for (unsigned long k = 0; k < valueCount; ++k) {
-      values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
+  if (_MayReplayDirectly()) {
+    _ReplayDirectly(values, valueCount, count, indexed, elementOf);
+  } else {
+    for (int i = 0; i < count; ++i) {
+      const unsigned long element = elementOf(i);
+      for (unsigned long k = 0; k < valueCount; ++k) {
+        values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
+      }
+      Vertex4dv(&m_CurAttrib[0].x);
     }
-    Vertex4dv(&m_CurAttrib[0].x);
   }
   End();
 }
@@ -337,7 +400,7 @@ void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
   if (count == 0) {
     return;
   }
-  _Replay(mode, count,
+  _Replay(mode, count, false,
           [first](int i) { return static_cast<unsigned long>(static_cast<long>(first) + i); });
 }
 
@@ -361,13 +424,13 @@ void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
   }
   switch (type) {
   case GL_UNSIGNED_BYTE:
-    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
+    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
     break;
   case GL_UNSIGNED_SHORT:
-    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
+    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
     break;
   case GL_UNSIGNED_INT:
-    _Replay(mode, count, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
+    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
     break;
   default:
     _SetError(GL_INVALID_VALUE);

@@ -77,6 +77,11 @@ public:
     append(&m_Gl.m_Fragment.Y, sizeof(int));
     append(&m_Gl.m_Fragment.Depth, sizeof(float));
     append(&m_Gl.m_Fragment.FrontFacing, sizeof(bool));
+    append(&m_Gl.m_CurVertex, sizeof m_Gl.m_CurVertex);
+    append(&m_Gl.m_CurNormal, sizeof m_Gl.m_CurNormal);
+    append(&m_Gl.m_CurColor, sizeof m_Gl.m_CurColor);
+    append(&m_Gl.m_CurTexCoord, sizeof m_Gl.m_CurTexCoord);
+    append(m_Gl.m_CurAttrib, sizeof m_Gl.m_CurAttrib);
     if (!m_Gl.m_InBeginEnd) {
       append(&m_Gl.m_VarFragment, sizeof m_Gl.m_VarFragment);
     }
@@ -100,6 +105,7 @@ private:
   void MakeTextures();
   void Vertex();
   void Primitive();
+  void Arrays();
   void State();
   void TestState();
   void TextureState();
@@ -380,6 +386,47 @@ void TPlayer::Primitive() {
   m_Gl.End();
 }
 
+// The same kinds of vertices from arrays, by index or in a row; indices come again.
+void TPlayer::Arrays() {
+  static constexpr unsigned int kModes[] = {GL_POINTS,         GL_LINES,        GL_TRIANGLES,
+                                            GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS,
+                                            GL_LINE_LOOP};
+  double positions[24][3];
+  double normals[24][3];
+  unsigned char colors[24][4];
+  float coordinates[24][2];
+  for (int i = 0; i < 24; ++i) {
+    for (int k = 0; k < 3; ++k) {
+      positions[i][k] = Real(-1.2, 1.2);
+      normals[i][k] = Real(-1, 1);
+      colors[i][k] = static_cast<unsigned char>(Pick(256));
+    }
+    colors[i][3] = 255;
+    coordinates[i][0] = static_cast<float>(Real(-2, 2));
+    coordinates[i][1] = static_cast<float>(Real(-2, 2));
+  }
+  std::uint16_t indices[30];
+  for (std::uint16_t& index : indices) {
+    index = static_cast<std::uint16_t>(Pick(24));
+  }
+  m_Gl.VertexPointer(3, GL_DOUBLE, 0, positions);
+  m_Gl.NormalPointer(GL_DOUBLE, 0, normals);
+  m_Gl.ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
+  m_Gl.TexCoordPointer(2, GL_FLOAT, 0, coordinates);
+  m_Gl._EnableClientState(GL_VERTEX_ARRAY, true);
+  m_Gl._EnableClientState(GL_NORMAL_ARRAY, Coin());
+  m_Gl._EnableClientState(GL_COLOR_ARRAY, Coin());
+  m_Gl._EnableClientState(GL_TEXTURE_COORD_ARRAY, Coin());
+  const unsigned int mode = Of(kModes);
+  if (Coin()) {
+    Say("arrays; ");
+    m_Gl.DrawArrays(mode, Pick(4), 20);
+  } else {
+    Say("elements; ");
+    m_Gl.DrawElements(mode, 30, GL_UNSIGNED_SHORT, indices);
+  }
+}
+
 void TPlayer::Call() {
   switch (Pick(10)) {
   case 0:
@@ -389,8 +436,10 @@ void TPlayer::Call() {
   case 1:
   case 2:
   case 3:
-  case 4:
     Primitive();
+    break;
+  case 4:
+    Arrays();
     break;
   default:
     State();
