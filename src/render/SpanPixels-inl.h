@@ -302,34 +302,45 @@ HWY_INLINE void NoteGroup(TGroupResult group, int x, TRowResult* row) {
   }
 }
 
-// The last pixels of a row, fewer than a vector holds, by way of copies: nothing outside the row is
-// touched.
+// A group of which only the first pixels exist, in copies of whole vectors: nothing outside a row,
+// or beside a line, is touched.
+struct TGroupCopies {
+  HWY_ALIGN std::uint32_t Color[HWY_LANES(double)];
+  HWY_ALIGN float Depth[HWY_LANES(double)];
+  HWY_ALIGN unsigned char Stencil[HWY_LANES(double)];
+};
+
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlots& slots,
+                                              const TRow& row, const double* t, std::size_t count,
+                                              TGroupCopies* copies) {
+  const TGroupTargets to = {copies->Color, copies->Depth,
+                            job.Stencil != nullptr ? copies->Stencil : nullptr};
+  return DrawGroup<kTexels, kPerspective>(job, slots, row, hn::Load(DD(), t),
+                                          hn::FirstN(DI(), count), to);
+}
+
+// The last pixels of a row, fewer than a vector holds.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
                                                   const TRow& row, VD t, std::size_t count,
                                                   const TGroupTargets& to) {
-  constexpr std::size_t kMostLanes = HWY_LANES(double);
-  HWY_ALIGN std::uint32_t color[kMostLanes];
-  HWY_ALIGN float depth[kMostLanes];
-  HWY_ALIGN unsigned char stencil[kMostLanes] = {};
-  for (std::size_t i = 0; i < kMostLanes; ++i) {
-    const std::size_t k = i < count ? i : 0;
-    color[i] = to.Color[k];
-    depth[i] = to.Depth[k];
-  }
-  TGroupTargets copies = {color, depth, nullptr};
-  if (to.Stencil != nullptr) {
-    std::memcpy(stencil, to.Stencil, count);
-    copies.Stencil = stencil;
-  }
-  const TGroupResult result =
-      DrawGroup<kTexels, kPerspective>(job, slots, row, t, hn::FirstN(DI(), count), copies);
+  TGroupCopies copies = {};
   for (std::size_t i = 0; i < count; ++i) {
-    to.Color[i] = color[i];
-    to.Depth[i] = depth[i];
+    copies.Color[i] = to.Color[i];
+    copies.Depth[i] = to.Depth[i];
+    copies.Stencil[i] = to.Stencil != nullptr ? to.Stencil[i] : std::uint8_t{0};
   }
-  if (to.Stencil != nullptr) {
-    std::memcpy(to.Stencil, stencil, count);
+  HWY_ALIGN double values[HWY_LANES(double)];
+  hn::Store(t, DD(), values);
+  const TGroupResult result =
+      DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
+  for (std::size_t i = 0; i < count; ++i) {
+    to.Color[i] = copies.Color[i];
+    to.Depth[i] = copies.Depth[i];
+    if (to.Stencil != nullptr) {
+      to.Stencil[i] = copies.Stencil[i];
+    }
   }
   return result;
 }
@@ -402,8 +413,8 @@ inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, con
 }
 
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
-                                       const TRow& row) {
+HWY_NOINLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
+                                         const TRow& row) {
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
@@ -465,9 +476,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   const DD d;
   const int lanes = static_cast<int>(hn::Lanes(d));
-  HWY_ALIGN std::uint32_t color[kMostLanes] = {};
-  HWY_ALIGN float depth[kMostLanes] = {};
-  HWY_ALIGN unsigned char stencil[kMostLanes] = {};
+  TGroupCopies copies = {};
   TRowResult result = {-1, -1};
   for (int first = 0; first < pixels.Count; first += lanes) {
     const int count = pixels.Count - first < lanes ? pixels.Count - first : lanes;
@@ -481,22 +490,21 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
       t[i] = pixels.T[first + i];
       colorAt[i] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
       depthAt[i] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
-      color[i] = *colorAt[i];
-      depth[i] = *depthAt[i];
+      copies.Color[i] = *colorAt[i];
+      copies.Depth[i] = *depthAt[i];
       if (job.Stencil != nullptr) {
         stencilAt[i] = job.Stencil + y * job.StencilRowStride + x;
-        stencil[i] = *stencilAt[i];
+        copies.Stencil[i] = *stencilAt[i];
       }
     }
-    const TGroupTargets copies = {color, depth, job.Stencil != nullptr ? stencil : nullptr};
-    const MI live = hn::FirstN(DI(), static_cast<std::size_t>(count));
-    NoteGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, hn::Load(d, t), live, copies),
-              first, &result);
+    const TGroupResult group = DrawCopies<kTexels, kPerspective>(
+        job, slots, row, t, static_cast<std::size_t>(count), &copies);
+    NoteGroup(group, first, &result);
     for (int i = 0; i < count; ++i) {
-      *colorAt[i] = color[i];
-      *depthAt[i] = depth[i];
+      *colorAt[i] = copies.Color[i];
+      *depthAt[i] = copies.Depth[i];
       if (job.Stencil != nullptr) {
-        *stencilAt[i] = stencil[i];
+        *stencilAt[i] = copies.Stencil[i];
       }
     }
   }

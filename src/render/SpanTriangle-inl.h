@@ -74,9 +74,20 @@ inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& 
   return color;
 }
 
-template <TTexelSource kTexels, bool kPerspective, int kSlots>
+using TDrawRow = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row);
+
+// By where texels come from, then by perspective.
+inline constexpr TDrawRow kRowWays[4][2] = {
+    {DrawRow<TTexelSource::None, false>, DrawRow<TTexelSource::None, true>},
+    {DrawRow<TTexelSource::Nearest, false>, DrawRow<TTexelSource::Nearest, true>},
+    {DrawRow<TTexelSource::Linear, false>, DrawRow<TTexelSource::Linear, true>},
+    {DrawRow<TTexelSource::Sampler, false>, DrawRow<TTexelSource::Sampler, true>},
+};
+
+template <int kSlots>
 HWY_NOINLINE HWY_ATTR void DrawHalf(TSpanJob* job, const TRowSlots& slots, const TRowEdge& a,
                                     const TRowEdge& b, int half, TRowKeeper* keeper) {
+  const TDrawRow drawRow = kRowWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0];
   const double deltaA = a.Delta[1];
   const double deltaB = b.Delta[1];
   int first = 0;
@@ -97,13 +108,12 @@ HWY_NOINLINE HWY_ATTR void DrawHalf(TSpanJob* job, const TRowSlots& slots, const
     if (SetRow<kSlots>(*job, a, ta, b, tb, &row)) {
       row.Y = y;
       row.Half = half;
-      keeper->Note(DrawRow<kTexels, kPerspective>(*job, slots, row));
+      keeper->Note(drawRow(*job, slots, row));
     }
   }
 }
 
-template <TTexelSource kTexels, bool kPerspective, int kSlots>
-HWY_INLINE HWY_ATTR void DrawHalves(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
+inline HWY_ATTR void DrawHalves(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
   TRowEdge edges[3];
   SetRowEdge(*job, slots, 0, 1, &edges[0]);
   SetRowEdge(*job, slots, 1, 2, &edges[1]);
@@ -114,44 +124,19 @@ HWY_INLINE HWY_ATTR void DrawHalves(TSpanJob* job, const TRowSlots& slots, TRowK
       longest = i;
     }
   }
-  for (int i = 1; i < 3; ++i) {
-    DrawHalf<kTexels, kPerspective, kSlots>(job, slots, edges[longest], edges[(longest + i) % 3], i,
-                                            keeper);
-  }
+  using TDrawHalf = void (*)(TSpanJob * job, const TRowSlots& slots, const TRowEdge& a,
+                             const TRowEdge& b, int half, TRowKeeper* keeper);
+  static constexpr TDrawHalf kHalves[kMostSlots] = {DrawHalf<1>, DrawHalf<2>, DrawHalf<3>,
+                                                    DrawHalf<4>};
+  const TDrawHalf drawHalf = kHalves[slots.Count - 1];
+  drawHalf(job, slots, edges[longest], edges[(longest + 1) % 3], 1, keeper);
+  drawHalf(job, slots, edges[longest], edges[(longest + 2) % 3], 2, keeper);
 }
-
-template <TTexelSource kTexels, bool kPerspective>
-HWY_ATTR void DrawBySlots(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
-  switch (slots.Count) {
-  case 1:
-    DrawHalves<kTexels, kPerspective, 1>(job, slots, keeper);
-    break;
-  case 2:
-    DrawHalves<kTexels, kPerspective, 2>(job, slots, keeper);
-    break;
-  case 3:
-    DrawHalves<kTexels, kPerspective, 3>(job, slots, keeper);
-    break;
-  default:
-    DrawHalves<kTexels, kPerspective, 4>(job, slots, keeper);
-    break;
-  }
-}
-
-using TDrawBySlots = void (*)(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper);
-
-// By where texels come from, then by perspective.
-inline constexpr TDrawBySlots kDrawWays[4][2] = {
-    {DrawBySlots<TTexelSource::None, false>, DrawBySlots<TTexelSource::None, true>},
-    {DrawBySlots<TTexelSource::Nearest, false>, DrawBySlots<TTexelSource::Nearest, true>},
-    {DrawBySlots<TTexelSource::Linear, false>, DrawBySlots<TTexelSource::Linear, true>},
-    {DrawBySlots<TTexelSource::Sampler, false>, DrawBySlots<TTexelSource::Sampler, true>},
-};
 
 HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   const TRowSlots slots = RowSlotsOf(*job);
   TRowKeeper keeper;
-  kDrawWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](job, slots, &keeper);
+  DrawHalves(job, slots, &keeper);
   if (keeper.DepthRow >= 0) {
     job->DepthSet = true;
     const TRow& row = keeper.Rows[keeper.DepthRow];
