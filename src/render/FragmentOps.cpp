@@ -4,6 +4,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include "FragmentTables-inl.h"
 #include "Numbers.h"
 
 namespace Zx3D {
@@ -21,11 +22,6 @@ bool NotEqual1f(float fragment, float stored) { return fragment != stored; }
 bool Gequal1f(float fragment, float stored) { return fragment >= stored; }
 bool Always1f(float, float) { return true; }
 
-// In the order of the enums from GL_NEVER on.
-static constexpr TRenderCPU::TDepthCompare s_DepthCompares[8] = {
-    Never1f, Less1f, Equal1f, Lequal1f, Greater1f, NotEqual1f, Gequal1f, Always1f,
-};
-
 void TRenderCPU::DepthFunc(unsigned int func) {
   if (func == m_DepthFunc) {
     return;
@@ -35,7 +31,7 @@ void TRenderCPU::DepthFunc(unsigned int func) {
     _SetError(GL_INVALID_ENUM);
     return;
   }
-  m_DepthCompare = s_DepthCompares[func - GL_NEVER];
+  m_DepthCompare = kDepthCompares[func - GL_NEVER];
 }
 
 void TRenderCPU::EnableDepthTest(bool on) { m_DepthTest = on; }
@@ -50,11 +46,6 @@ bool GreaterM_1u8(TByte ref, TByte value, TByte mask) { return (ref & mask) > (v
 bool NotEqualM_1u8(TByte ref, TByte value, TByte mask) { return ((ref ^ value) & mask) != 0; }
 bool GequalM_1u8(TByte ref, TByte value, TByte mask) { return (ref & mask) >= (value & mask); }
 bool AlwaysM_1u8(TByte, TByte, TByte) { return true; }
-
-static constexpr TRenderCPU::TStencilCompare s_StencilCompares[8] = {
-    NeverM_1u8,   LessM_1u8,     EqualM_1u8,  LequalM_1u8,
-    GreaterM_1u8, NotEqualM_1u8, GequalM_1u8, AlwaysM_1u8,
-};
 
 // What lies under the mask comes from `value`, the rest stays.
 static void StoreMasked(TByte* s, int value, TByte mask) {
@@ -114,7 +105,7 @@ void TRenderCPU::StencilFunc(unsigned int func, int ref, unsigned int mask) {
   m_StencilFunc = func;
   m_StencilRef = ref;
   m_StencilValueMask = mask;
-  m_StencilCompare = s_StencilCompares[func - GL_NEVER];
+  m_StencilCompare = kStencilCompares[func - GL_NEVER];
 }
 
 void TRenderCPU::StencilOp(unsigned int fail, unsigned int zfail, unsigned int zpass) {

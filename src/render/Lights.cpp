@@ -7,11 +7,10 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include "ErrorCodes-inl.h"
 #include "Numbers.h"
 
 namespace Zx3D {
-
-static constexpr unsigned int kIndexError = 0xFFFFFFFF; ///< an index out of range
 
 static vec_t_<double, 4> Widened4(const float* v) { return {v[0], v[1], v[2], v[3]}; }
 

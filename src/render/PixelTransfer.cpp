@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include "SurfaceBlock-inl.h"
+
 namespace Zx3D {
 
 // --- State
@@ -119,12 +121,6 @@ void CutToBlock(std::ptrdiff_t offset, std::ptrdiff_t step, std::ptrdiff_t size,
 bool IsRGBAub(const TDataSurface* surface) {
   return surface != nullptr && surface->Data != nullptr && surface->Type == DATA_TYPE_UINT8 &&
          surface->Format == DATA_FORMAT_RGBA && surface->PixelStride >= 4;
-}
-
-std::ptrdiff_t BlockSize(const DATASURFACE& surface) {
-  const std::ptrdiff_t geometry = std::ptrdiff_t{surface.Height - 1} * surface.RowStride +
-                                  std::ptrdiff_t{surface.Width} * surface.PixelStride;
-  return std::max(static_cast<std::ptrdiff_t>(surface.DataSize), geometry);
 }
 
 void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,

@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
+#include "FragmentTables-inl.h"
 #include "Numbers.h"
 
 namespace Zx3D {
@@ -29,15 +30,6 @@ int IndexOf(const TFunction (&list)[N], TFunction function) {
   const TFunction* const found = std::find(std::begin(list), std::end(list), function);
   return found == std::end(list) ? -1 : static_cast<int>(found - list);
 }
-
-constexpr TRenderCPU::TDepthCompare kDepthCompares[] = {
-    Never1f, Less1f, Equal1f, Lequal1f, Greater1f, NotEqual1f, Gequal1f, Always1f,
-};
-
-constexpr TRenderCPU::TStencilCompare kStencilCompares[] = {
-    NeverM_1u8,   LessM_1u8,     EqualM_1u8,  LequalM_1u8,
-    GreaterM_1u8, NotEqualM_1u8, GequalM_1u8, AlwaysM_1u8,
-};
 
 int StencilStepOf(TRenderCPU::TStencilFunction operation) {
   constexpr TRenderCPU::TStencilFunction kOperations[] = {

@@ -11,6 +11,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include "Numbers.h"
+#include "SurfaceBlock-inl.h"
 
 namespace Zx3D {
 
@@ -71,9 +72,7 @@ void TRenderCPU::_SettleColorTarget() {
       m_DrawBuffer != nullptr
           ? static_cast<std::ptrdiff_t>(surface->Channels * GetTypeSize(surface->Type))
           : 4;
-  const std::ptrdiff_t geometry = std::ptrdiff_t{surface->Height - 1} * surface->RowStride +
-                                  std::ptrdiff_t{surface->Width} * surface->PixelStride;
-  target.Size = std::max(static_cast<std::ptrdiff_t>(surface->DataSize), geometry);
+  target.Size = BlockSize(*surface);
   target.Fits = surface->Width >= m_Width && surface->Height >= m_Height &&
                 target.PixelStride >= target.WriteSize;
 }

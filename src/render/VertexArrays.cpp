@@ -6,11 +6,10 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/StdVertexShader.h>
 
+#include "ErrorCodes-inl.h"
 #include "SpanJob.h"
 
 namespace Zx3D {
-
-static constexpr unsigned int kIndexError = 0xFFFFFFFF; ///< an index out of range
 
 // --- Fetching
 
