@@ -20,6 +20,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 } // namespace Zx3D
 
 #else
+#include "SpanLine-inl.h"
 #include "SpanTriangle-inl.h"
 
 HWY_BEFORE_NAMESPACE();

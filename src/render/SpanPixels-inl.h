@@ -12,8 +12,7 @@
 
 #include <hwy/highway.h>
 
-#include "SpanRows-inl.h"
-#include "SpanTexels-inl.h"
+#include "SpanColors-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -125,104 +124,11 @@ HWY_INLINE HWY_ATTR void StoreStencil(VI values, unsigned char* stencil) {
   hn::StoreU(hn::DemoteTo(d8, values), d8, stencil);
 }
 
-// The values of one component of a slot.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
-  return kPerspective ? hn::Mul(value, q) : value;
-}
-
-// A channel as a byte in the low bits of each lane.
-HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
-  const DD d;
-  if (clamp) {
-    // The greater of a NaN and 0 is 0 here, as the byte of a NaN is.
-    value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 1.0));
-  }
-  const VD scaled = hn::Add(hn::Mul(value, hn::Set(d, 255.0)), hn::Set(d, 0.5));
-  return hn::BitCast(DU(), hn::DemoteTo(DI(), scaled));
-}
-
-// Source over destination: each channel (dst * (255 - a) + src * a) / 255, truncated, in two pairs
-// of 16-bit lanes. v / 255 is (v + 1 + (v >> 8)) >> 8 for all v up to 65025.
-HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
-  const DU du;
-  const hn::Repartition<std::uint16_t, DU> d16;
-  using V16 = hn::Vec<decltype(d16)>;
-  const VU alpha = hn::ShiftRight<24>(src);
-  const V16 a = hn::BitCast(d16, hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
-  const V16 b = hn::Sub(hn::Set(d16, std::uint16_t{255}), a);
-  const VU low = hn::Set(du, 0x00FF00FFu);
-  const auto over = [&](VU from, VU to) HWY_ATTR {
-    const V16 v = hn::Add(hn::Mul(hn::BitCast(d16, to), b), hn::Mul(hn::BitCast(d16, from), a));
-    const V16 next = hn::Add(v, hn::Set(d16, std::uint16_t{1}));
-    return hn::BitCast(du, hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(v))));
-  };
-  const VU even = over(hn::And(src, low), hn::And(dst, low));
-  const VU odd = over(hn::And(hn::ShiftRight<8>(src), low), hn::And(hn::ShiftRight<8>(dst), low));
-  return hn::Or(even, hn::ShiftLeft<8>(odd));
-}
-
-// The fragment shader's colours as packed bytes.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    VD t, VD q) {
-  if constexpr (kTexels == TTexelSource::None) {
-    VU packed = hn::Set(DU(), job.ConstColor);
-    const auto put = [&](int i, auto shift) HWY_ATTR {
-      if ((job.ConstMask >> i & 1u) == 0) {
-        VD value = Interpolated<kPerspective>(row, slots.Color + i, t, q);
-        if (slots.Secondary >= 0 && i < 3) {
-          value = hn::Add(value, Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
-        packed =
-            hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(ChannelByte(value, job.Clamp)));
-      }
-    };
-    put(0, std::integral_constant<int, 0>());
-    put(1, std::integral_constant<int, 8>());
-    put(2, std::integral_constant<int, 16>());
-    put(3, std::integral_constant<int, 24>());
-    return packed;
-  } else {
-    const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
-    const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    TTexels texels;
-    if constexpr (kTexels == TTexelSource::Nearest) {
-      texels = NearestTexels(job.Sampler, s, u);
-    } else if constexpr (kTexels == TTexelSource::Linear) {
-      texels = LinearTexels(job.Sampler, s, u);
-    } else {
-      texels = SampledTexels(job.Sampler, s, u);
-    }
-    VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
-    if (job.Modulate) {
-      for (int i = 0; i < 4; ++i) {
-        channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-      }
-      if (slots.Secondary >= 0) {
-        for (int i = 0; i < 3; ++i) {
-          channel[i] =
-              hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
-      }
-    }
-    const VU r = ChannelByte(channel[0], job.Clamp);
-    const VU g = ChannelByte(channel[1], job.Clamp);
-    const VU b = ChannelByte(channel[2], job.Clamp);
-    const VU a = ChannelByte(channel[3], job.Clamp);
-    return hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)),
-                  hn::Or(hn::ShiftLeft<16>(b), hn::ShiftLeft<24>(a)));
-  }
-}
-
 // One group of pixels at t; only those in `live` exist.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
                                            const TRow& row, VD t, MI live,
                                            const TGroupTargets& to) {
-  const DD d;
   const DI di;
   const DU du;
   const DF df;
@@ -265,12 +171,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
     return result;
   }
 
-  VD q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(d, 1.0),
-                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  }
-  VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t, q);
+  VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
   const VU before = hn::LoadU(du, to.Color);
   if (job.Blend) {
     packed = Blended(packed, before);
@@ -457,56 +358,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& s
     const auto count = static_cast<std::size_t>(row.Last - x + 1);
     const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
     NoteGroup(DrawPartialGroup<kTexels, kPerspective>(job, slots, row, t, count, to), x, &result);
-  }
-  return result;
-}
-
-// --- Pixels that lie anywhere, as those of a line do: by way of copies, no pixel twice
-
-struct TScattered {
-  const int* X;
-  const int* Y;
-  const double* T;
-  int Count;
-};
-
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
-                                               const TRow& row, const TScattered& pixels) {
-  constexpr std::size_t kMostLanes = HWY_LANES(double);
-  const DD d;
-  const int lanes = static_cast<int>(hn::Lanes(d));
-  TGroupCopies copies = {};
-  TRowResult result = {-1, -1};
-  for (int first = 0; first < pixels.Count; first += lanes) {
-    const int count = pixels.Count - first < lanes ? pixels.Count - first : lanes;
-    std::uint32_t* colorAt[kMostLanes];
-    float* depthAt[kMostLanes];
-    unsigned char* stencilAt[kMostLanes];
-    HWY_ALIGN double t[kMostLanes] = {};
-    for (int i = 0; i < count; ++i) {
-      const std::ptrdiff_t x = pixels.X[first + i];
-      const std::ptrdiff_t y = pixels.Y[first + i];
-      t[i] = pixels.T[first + i];
-      colorAt[i] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
-      depthAt[i] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
-      copies.Color[i] = *colorAt[i];
-      copies.Depth[i] = *depthAt[i];
-      if (job.Stencil != nullptr) {
-        stencilAt[i] = job.Stencil + y * job.StencilRowStride + x;
-        copies.Stencil[i] = *stencilAt[i];
-      }
-    }
-    const TGroupResult group = DrawCopies<kTexels, kPerspective>(
-        job, slots, row, t, static_cast<std::size_t>(count), &copies);
-    NoteGroup(group, first, &result);
-    for (int i = 0; i < count; ++i) {
-      *colorAt[i] = copies.Color[i];
-      *depthAt[i] = copies.Depth[i];
-      if (job.Stencil != nullptr) {
-        *stencilAt[i] = copies.Stencil[i];
-      }
-    }
   }
   return result;
 }

@@ -42,38 +42,6 @@ struct TRowKeeper {
 
 inline HWY_ATTR double RowT(const TRow& row, int x) { return (x - row.Begin[0]) / row.Delta[0]; }
 
-// The colour that the fragment shader leaves at one pixel.
-inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, double t) {
-  const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
-  const auto slot = [&](int place) {
-    vec_t_<double, 4> v = {0, 0, 0, 0};
-    for (int i = 0; i < 4 && place >= 0; ++i) {
-      const double value = row.Delta[place + i] * t + row.Begin[place + i];
-      v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
-    }
-    return v;
-  };
-  vec_t_<double, 4> color = slot(slots.Color);
-  if (job.Texels != TTexelSource::None) {
-    vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex), &texel);
-    color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
-                                             color.z * texel.z, color.w * texel.w}
-                         : texel;
-  }
-  if (slots.Secondary >= 0) {
-    const vec_t_<double, 4> secondary = slot(slots.Secondary);
-    color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
-  } else if (job.ZeroSecondary) {
-    color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};
-  }
-  for (std::size_t i = 0; i < 4; ++i) {
-    color[i] = color[i] < 0.0 ? 0.0 : color[i] > 1.0 ? 1.0 : color[i];
-  }
-  return color;
-}
-
 using TDrawRow = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row);
 
 // By where texels come from, then by perspective.
@@ -149,61 +117,6 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     job->LastY = row.Y;
     job->LastHalf = row.Half;
     job->LastColor = ColorAt(*job, slots, row, RowT(row, keeper.ColorX));
-  }
-}
-
-// --- Lines
-
-using TDrawScattered = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                      const TScattered& pixels);
-
-inline constexpr TDrawScattered kLineWays[4][2] = {
-    {DrawScattered<TTexelSource::None, false>, DrawScattered<TTexelSource::None, true>},
-    {DrawScattered<TTexelSource::Nearest, false>, DrawScattered<TTexelSource::Nearest, true>},
-    {DrawScattered<TTexelSource::Linear, false>, DrawScattered<TTexelSource::Linear, true>},
-    {DrawScattered<TTexelSource::Sampler, false>, DrawScattered<TTexelSource::Sampler, true>},
-};
-
-// Pixels of a line between vertices 0 and 1 of the job.
-inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
-  const TRowSlots slots = RowSlotsOf(*job);
-  TRow row;
-  for (int s = 0; s < slots.Count; ++s) {
-    const double* const begin = &job->Vertex[0][slots.Source[s]].x;
-    const double* const end = &job->Vertex[1][slots.Source[s]].x;
-    for (int i = 0; i < 4; ++i) {
-      row.Begin[4 * s + i] = begin[i];
-      row.Delta[4 * s + i] = end[i] - begin[i];
-    }
-  }
-  constexpr std::size_t kMostLanes = HWY_LANES(double);
-  HWY_ALIGN double t[TLinePixels::kMost + kMostLanes];
-  const DD d;
-  const VD zero = hn::Zero(d);
-  const VD one = hn::Set(d, 1.0);
-  const int* const along = line.Axis == 0 ? line.X : line.Y;
-  const VD begin = hn::Set(d, row.Begin[line.Axis]);
-  const VD way = hn::Set(d, row.Delta[line.Axis]);
-  for (int i = 0; i < line.Count; i += static_cast<int>(hn::Lanes(d))) {
-    const VD at = hn::PromoteTo(d, hn::LoadU(DI(), along + i));
-    VD part = hn::Div(hn::Sub(at, begin), way);
-    part = hn::IfThenElse(hn::Lt(part, zero), zero, part);
-    part = hn::IfThenElse(hn::Gt(part, one), one, part);
-    hn::Store(part, d, t + i);
-  }
-  const TScattered pixels = {line.X, line.Y, t, line.Count};
-  const TRowResult result =
-      kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, pixels);
-  if (result.LastStencil >= 0) {
-    job->DepthSet = true;
-    job->LastDepth = DepthAtT(*job, row, t[result.LastStencil]);
-  }
-  if (result.LastShaded >= 0) {
-    job->ColorSet = true;
-    job->LastX = line.X[result.LastShaded];
-    job->LastY = line.Y[result.LastShaded];
-    job->LastT = t[result.LastShaded];
-    job->LastColor = ColorAt(*job, slots, row, job->LastT);
   }
 }
 
