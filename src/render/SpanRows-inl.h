@@ -97,10 +97,10 @@ struct TRowEdge {
   double DeltaY() const { return End[0].y - Begin[0].y; }
 };
 
-inline HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
-  const vec_t_<double, 4>* const a = job.Vertex[from];
-  const vec_t_<double, 4>* const b = job.Vertex[to];
-  return b[0].y >= a[0].y ? TRowEdge{a, b} : TRowEdge{b, a};
+HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
+  const vec_t_<double, 4>* const ends[2] = {job.Vertex[from], job.Vertex[to]};
+  const int upward = ends[1][0].y >= ends[0][0].y ? 1 : 0;
+  return {ends[1 - upward], ends[upward]};
 }
 
 // A triangle as two runs of rows: those that the edge longest in y shares with each of the others,
@@ -112,20 +112,26 @@ struct TRowPlan {
   int Count[2];
 };
 
-inline HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
-  const TRowEdge edges[3] = {RowEdgeOf(job, 0, 1), RowEdgeOf(job, 1, 2), RowEdgeOf(job, 2, 0)};
-  int longest = 0;
-  for (int i = 1; i < 3; ++i) {
-    if (edges[i].DeltaY() > edges[longest].DeltaY()) {
-      longest = i;
-    }
+// Which edge comes out longest is a matter of chance: the choice is made without branches.
+HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
+  const TRowEdge e0 = RowEdgeOf(job, 0, 1);
+  const TRowEdge e1 = RowEdgeOf(job, 1, 2);
+  const TRowEdge e2 = RowEdgeOf(job, 2, 0);
+  const TRowEdge edges[5] = {e0, e1, e2, e0, e1};
+  const double d0 = e0.DeltaY();
+  const double d1 = e1.DeltaY();
+  const int second = d1 > d0 ? 1 : 0;
+  const double most = std::max(d0, d1);
+  const int third = e2.DeltaY() > most ? 1 : 0;
+  const int longest = 2 * third + second * (1 - third);
+  TRowPlan plan = {edges[longest], {edges[longest + 1], edges[longest + 2]}, {0, 0}, {0, 0}};
+  if (plan.Long.DeltaY() == 0.0) {
+    return plan;
   }
-  TRowPlan plan = {edges[longest], {}, {0, 0}, {0, 0}};
   for (int half = 0; half < 2; ++half) {
-    const TRowEdge& edge = edges[(longest + 1 + half) % 3];
-    plan.Short[half] = edge;
+    const TRowEdge& edge = plan.Short[half];
     int last = 0;
-    if (plan.Long.DeltaY() != 0.0 && edge.DeltaY() != 0.0 &&
+    if (edge.DeltaY() != 0.0 &&
         LoopLimits(edge.Begin[0].y + 0.5, edge.End[0].y, job.Height, &plan.First[half], &last)) {
       plan.Count[half] = last - plan.First[half] + 1;
     }
@@ -196,19 +202,16 @@ HWY_INLINE HWY_ATTR TLiveRows MakeRows(const TSpanJob& job, const TRowSlots& slo
   // it is below 0 just when the difference is, and 1 or above just when the difference is not below
   // delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both can be
   // true of no more than the outermost pixel, since the next is a whole pixel further in.
-  VI first = hn::DemoteTo(di, hn::Max(from, zero));
-  VI last = hn::DemoteTo(di, hn::Min(end, hn::Sub(width, one)));
-  const VD atFirst = hn::Sub(hn::PromoteTo(d, first), begin);
-  const VD atLast = hn::Sub(hn::PromoteTo(d, last), begin);
-  const VD minusOne = hn::Set(d, -1.0);
-  first = hn::Sub(first, hn::DemoteTo(di, hn::IfThenElseZero(hn::Lt(atFirst, zero), minusOne)));
-  last = hn::Add(last, hn::DemoteTo(di, hn::IfThenElseZero(hn::Ge(atLast, delta), minusOne)));
-  live = hn::And(live, hn::Le(hn::PromoteTo(d, first), hn::PromoteTo(d, last)));
+  VD first = hn::Trunc(hn::Max(from, zero));
+  VD last = hn::Trunc(hn::Min(end, hn::Sub(width, one)));
+  first = hn::Add(first, hn::IfThenElseZero(hn::Lt(hn::Sub(first, begin), zero), one));
+  last = hn::Sub(last, hn::IfThenElseZero(hn::Ge(hn::Sub(last, begin), delta), one));
+  live = hn::And(live, hn::Le(first, last));
 
   hn::Store(begin, d, rows->Begin[0]);
   hn::Store(delta, d, rows->Delta[0]);
-  hn::Store(first, di, rows->First);
-  hn::Store(last, di, rows->Last);
+  hn::Store(hn::DemoteTo(di, first), di, rows->First);
+  hn::Store(hn::DemoteTo(di, last), di, rows->Last);
   hn::Store(hn::DemoteTo(di, y), di, rows->Y);
   for (std::uint32_t parts = slots.Parts; parts != 0; parts &= parts - 1) {
     const int place = __builtin_ctz(parts);
