@@ -316,17 +316,24 @@ inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
 
 // --- Rows that are a fill
 
+// The first and the last vector may overlap those between, which lie on whole vectors: a store
+// across two lines of a cache costs two.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void FillRun(D d, T value, T* to, std::size_t count) {
   const std::size_t lanes = hn::Lanes(d);
+  if (count < lanes) {
+    for (std::size_t i = 0; i < count; ++i) {
+      to[i] = value;
+    }
+    return;
+  }
   const auto values = hn::Set(d, value);
-  std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) {
+  const std::size_t aside = reinterpret_cast<std::uintptr_t>(to) / sizeof(T) % lanes;
+  hn::StoreU(values, d, to);
+  for (std::size_t i = lanes - aside; i + lanes <= count; i += lanes) {
     hn::StoreU(values, d, to + i);
   }
-  for (; i < count; ++i) {
-    to[i] = value;
-  }
+  hn::StoreU(values, d, to + count - lanes);
 }
 
 // Whether a row has one colour, and one depth where that is written, and no test to pass.
