@@ -7,6 +7,10 @@
 
 namespace Zx3D {
 
+struct TVertexBatch;
+struct TShapeVerdicts;
+struct TCulling;
+
 /// Where a triangle's texels come from.
 enum class TTexelSource : std::uint8_t {
   None,
@@ -108,6 +112,10 @@ struct TLinePixels {
 struct TSpanKernels {
   void (*DrawTriangle)(TSpanJob* job);
   void (*DrawLine)(TSpanJob* job, const TLinePixels& line);
+  void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
+  void (*JudgeTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
+                         const TCulling& culling, TShapeVerdicts* out);
+  void (*JudgeLines)(const TVertexBatch& batch, int count, TShapeVerdicts* out);
 };
 
 /// Those for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain walker.

@@ -985,8 +985,14 @@ private:
   template <class TElementOf>
   void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
   template <class TElementOf>
-  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, bool indexed,
-                       TElementOf elementOf);
+  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
+                       bool indexed, TElementOf elementOf);
+  struct TBatchDraw;
+  int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
+                     int count);
+  void _ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  void _DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
+  void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
 

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Zx3D {
+
+/// Positions of the vertices of an array draw, many at a time: first as fetched, then in clip
+/// space. Corner c of shape s (a triangle, a line, ...) is entry `c * Pitch + s`.
+struct TVertexBatch {
+  static constexpr int kMost = 96;
+
+  alignas(64) double X[kMost];
+  alignas(64) double Y[kMost];
+  alignas(64) double Z[kMost];
+  alignas(64) double W[kMost];
+  int Pitch; ///< a multiple of 8
+};
+
+/// What the planes and the face mode make of each shape of a batch, as bits.
+struct TShapeVerdicts {
+  std::uint64_t Inside;  ///< within all planes
+  std::uint64_t Outside; ///< draws nothing: see `JudgeTriangles`
+  std::uint64_t Culled;  ///< inside, and taken out by its face
+  std::uint64_t Front;   ///< of those that are inside, if there is culling
+};
+
+/// Which faces are taken out, and which way round the front is.
+struct TCulling {
+  bool Front;
+  bool Back;
+  bool FrontCCW;
+};
+
+} // namespace Zx3D
