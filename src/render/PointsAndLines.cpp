@@ -1,12 +1,14 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include "Numbers.h"
 #include "SpanJob.h"
+#include "VertexBatch.h"
 
 namespace Zx3D {
 
@@ -81,6 +83,74 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
     m_Fragment.Color = m_CurColor;
   }
   _FinishPixel(x, y, depth, stencil);
+}
+
+// Points of a batch in their order, each behind all that the one before it left: two may fall on
+// one pixel. They lie anywhere, so that their pixels are asked for before the first is drawn.
+void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
+                             const vec_t_<double, 4>* colors) {
+  struct TPoint {
+    int Index;
+    unsigned char* Color;
+  };
+  const bool useDepth = m_DepthTest || m_DepthMask;
+  TPoint live[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const std::ptrdiff_t x = points.X[i];
+    const std::ptrdiff_t y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
+    __builtin_prefetch(live[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(_DepthPixel(points.X[i], points.Y[i]), 1);
+    }
+    if (m_StencilTest) {
+      __builtin_prefetch(_StencilPixel(points.X[i], points.Y[i]), 1);
+    }
+    ++count;
+  }
+  const bool plainWrite = m_ColorMask == 15 && m_BlendFunc == nullptr;
+  int seen = -1;  // the last point that came to the depth test
+  int shown = -1; // the last one that was shaded
+  for (int k = 0; k < count; ++k) {
+    const int i = live[k].Index;
+    const unsigned char* const bytes = points.Bytes + 4 * i;
+    if (m_StencilTest || useDepth) {
+      unsigned char* const stencil = _StencilPixel(points.X[i], points.Y[i]);
+      float* const depth = _DepthPixel(points.X[i], points.Y[i]);
+      if (!_PassesStencil(stencil)) {
+        continue;
+      }
+      seen = i;
+      if (!_PassesDepth(depth, points.Depth[i], stencil)) {
+        continue;
+      }
+      if (m_DepthMask) {
+        *depth = points.Depth[i];
+      }
+      _RunStencil(m_StencilZPassOp, stencil);
+    }
+    seen = i;
+    shown = i;
+    if (plainWrite) {
+      std::memcpy(live[k].Color, bytes, 4);
+    } else {
+      _WriteBytes(live[k].Color, bytes);
+    }
+  }
+  if (seen >= 0) {
+    m_Fragment.Depth = points.Depth[seen];
+  }
+  if (shown >= 0) {
+    const auto limited = [](double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; };
+    const vec_t_<double, 4>& c = colors[shown];
+    m_Fragment.X = points.X[shown];
+    m_Fragment.Y = points.Y[shown];
+    m_Fragment.Color = {limited(c.x), limited(c.y), limited(c.z), limited(c.w)};
+  }
 }
 
 // --- Lines

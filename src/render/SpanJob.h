@@ -8,6 +8,7 @@
 namespace Zx3D {
 
 struct TVertexBatch;
+struct TPointBatch;
 struct TShapeVerdicts;
 struct TCulling;
 
@@ -116,6 +117,9 @@ struct TSpanKernels {
   void (*JudgeTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                          const TCulling& culling, TShapeVerdicts* out);
   void (*JudgeLines)(const TVertexBatch& batch, int count, TShapeVerdicts* out);
+  void (*PlacePoints)(const TVertexBatch& batch, int count, int width, int height,
+                      TPointBatch* out);
+  void (*PackColors)(const double* colors, int count, TPointBatch* out);
 };
 
 /// Those for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain walker.

@@ -29,7 +29,8 @@ namespace Zx3D {
 namespace HWY_NAMESPACE {
 
 inline constexpr TSpanKernels kKernels = {DrawTriangleJob, DrawLineJob, TransformBatch,
-                                          JudgeTriangles, JudgeLines};
+                                          JudgeTriangles,  JudgeLines,  PlacePoints,
+                                          PackColors};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

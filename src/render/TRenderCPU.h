@@ -15,6 +15,7 @@ class TVertexShaderCPU;
 class TFragmentShaderCPU;
 struct TSpanJob;
 struct TLinePixels;
+struct TPointBatch;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -926,6 +927,7 @@ private:
   unsigned char* _ColorPixel(int x, int y) const;
   int _ColorEnd(int x, int y) const;
   void _WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
+  void _WriteBytes(unsigned char* dst, const unsigned char* bytes);
 
   struct TMatrixTarget {
     MAT4<double>* Matrix;
@@ -991,6 +993,9 @@ private:
   int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
                      int count);
   void _ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
+  const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
+  void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
   void _DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
   void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;

@@ -143,6 +143,51 @@ inline HWY_ATTR void JudgeLines(const TVertexBatch& batch, int count, TShapeVerd
   }
 }
 
+// --- Points
+
+// The pixels and depths of points in clip space, by the steps of the plain way in their order. The
+// comparisons are those of its test: one with a NaN takes no point out before the window does.
+inline HWY_ATTR void PlacePoints(const TVertexBatch& batch, int count, int width, int height,
+                                 TPointBatch* out) {
+  const DD d;
+  const DI di;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const VD half = hn::Set(d, 0.5);
+  const VD wide = hn::Set(d, static_cast<double>(width));
+  const VD high = hn::Set(d, static_cast<double>(height));
+  const VD border = hn::Set(d, -1.0);
+  for (int i = 0; i < count; i += lanes) {
+    const VD w = hn::Load(d, batch.W + i);
+    const VD u[3] = {hn::Load(d, batch.X + i), hn::Load(d, batch.Y + i), hn::Load(d, batch.Z + i)};
+    MD out0 = NoLanes();
+    for (const VD& c : u) {
+      out0 = hn::Or(out0, hn::Or(hn::Gt(hn::Neg(w), c), hn::Gt(c, w)));
+    }
+    const VD h = hn::Mul(hn::Div(hn::Set(d, 1.0), w), half);
+    const VD x = hn::Mul(wide, hn::Add(hn::Mul(u[0], h), half));
+    const VD y = hn::Mul(high, hn::Add(hn::Mul(u[1], h), half));
+    const VD z = hn::Add(hn::Mul(h, u[2]), half);
+    const MD onX = hn::And(hn::Gt(x, border), hn::Lt(x, wide));
+    const MD onY = hn::And(hn::Gt(y, border), hn::Lt(y, high));
+    const MD live = hn::AndNot(out0, hn::And(onX, onY));
+    hn::Store(hn::DemoteTo(di, hn::IfThenElse(live, x, border)), di, out->X + i);
+    hn::Store(hn::DemoteTo(di, hn::IfThenElse(live, y, border)), di, out->Y + i);
+    hn::Store(hn::DemoteTo(DF(), z), DF(), out->Depth + i);
+  }
+  out->Count = count;
+}
+
+// Colours, limited to 0 to 1, as bytes. Four doubles in a row become four bytes in a row.
+inline HWY_ATTR void PackColors(const double* colors, int count, TPointBatch* out) {
+  const DD d;
+  const hn::Rebind<std::uint8_t, DD> d8;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  for (int i = 0; i < 4 * count; i += lanes) {
+    const VU bytes = ChannelByte(hn::LoadU(d, colors + i), true);
+    hn::StoreU(hn::DemoteTo(d8, hn::BitCast(DI(), bytes)), d8, out->Bytes + i);
+  }
+}
+
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D
 HWY_AFTER_NAMESPACE();

@@ -209,6 +209,44 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   leaveCulled(all);
 }
 
+// --- Points
+
+// Colours of a batch of points before they are limited: what the fragment shader takes without a
+// texture.
+const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
+  draw->FetchValues();
+  TVec4* const colors = draw->Vectors[1];
+  if (!m_Lighting) {
+    if (draw->Values[1].Pointer == nullptr) {
+      std::fill_n(colors, count, m_CurColor);
+    }
+    return colors;
+  }
+  const bool front = m_Fragment.FrontFacing;
+  const int primary = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
+  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  for (int i = 0; i < count; ++i) {
+    _ShadeBatched(draw, i, 0, i, true);
+    const VAR_DATA& v = m_VarCur[0];
+    const TVec4& a = v.Slots[primary];
+    const TVec4& b = v.Slots[secondary];
+    colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
+  }
+  return colors;
+}
+
+void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+  const TSpanKernels& kernels = *GetSpanKernels();
+  TPointBatch points;
+  kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
+  kernels.PlacePoints(draw->Batch, count, m_Width, m_Height, &points);
+  const TVec4* const colors = _PointColors(draw, count);
+  kernels.PackColors(&colors->x, count, &points);
+  _DrawPoints(job, points, colors);
+}
+
+// --- Replay
+
 // Replays the elements of separate shapes from `first` on by batches; returns how many, all but
 // the last shape at most. That one, and what a shape lacks, goes the plain way, so that current
 // values and scratch records are left as ever.
@@ -218,7 +256,11 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
 int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCount,
                                unsigned long first, int count) {
   int corners = 0;
+  TSpanJob job;
   switch (m_PrimitiveMode) {
+  case GL_POINTS:
+    corners = !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SettleTargets(&job) ? 1 : 0;
+    break;
   case GL_LINES:
     corners = 2;
     break;
@@ -229,6 +271,9 @@ int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCoun
     corners = 4;
     break;
   default:
+    break;
+  }
+  if (corners == 0) {
     return 0;
   }
   constexpr int kLeast = 4; // shapes that a batch is worth while for
@@ -241,7 +286,11 @@ int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCoun
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
-    _ReplayShapes(&draw, corners, next);
+    if (corners == 1) {
+      _ReplayPoints(&draw, job, next);
+    } else {
+      _ReplayShapes(&draw, corners, next);
+    }
     done += next;
   }
   m_Pending = 0;

@@ -17,6 +17,15 @@ struct TVertexBatch {
   int Pitch; ///< a multiple of 8
 };
 
+/// The points of a batch in the window.
+struct TPointBatch {
+  alignas(64) std::int32_t X[TVertexBatch::kMost]; ///< -1 for a point that falls on no pixel
+  alignas(64) std::int32_t Y[TVertexBatch::kMost];
+  alignas(64) float Depth[TVertexBatch::kMost];
+  alignas(64) unsigned char Bytes[4 * TVertexBatch::kMost]; ///< colours as they are written
+  int Count;
+};
+
 /// What the planes and the face mode make of each shape of a batch, as bits.
 struct TShapeVerdicts {
   std::uint64_t Inside;  ///< within all planes
