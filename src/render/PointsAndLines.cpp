@@ -245,57 +245,75 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
     }
     return;
   }
-  _WalkLine(end[0], end[1], many ? &job : nullptr);
+  const int delta[2] = {end[1][0] - end[0][0], end[1][1] - end[0][1]};
+  TLineWalk walk;
+  walk.Axis = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
+  for (int i = 0; i < 2; ++i) {
+    walk.From[i] = end[0][i];
+    walk.Step[i] = SignOf(delta[i]);
+  }
+  walk.Length = std::abs(delta[walk.Axis]);
+  walk.Aside = std::abs(delta[1 - walk.Axis]);
+  if (!many) {
+    _WalkLine(walk);
+  } else if (_CutWalk(&walk)) {
+    _RunLineJob(&job, walk);
+    if (job.ColorSet) {
+      _InterpolateFragment(m_Span, job.LastT);
+    }
+  }
 }
 
-// The walk goes along the axis of the greater difference. The error starts at minus the length, so
-// that the first step aside falls where the sum first reaches 0. With a job the pixels are drawn
-// many at a time, without one at once.
-void TRenderCPU::_WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job) {
-  const int delta[2] = {to[0] - from[0], to[1] - from[1]};
-  const int major = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
+// The plain walk. The error starts at minus the length, so that the first step aside falls where
+// the sum first reaches 0.
+void TRenderCPU::_WalkLine(const TLineWalk& walk) {
+  const int major = walk.Axis;
   const int minor = 1 - major;
-  const int step[2] = {SignOf(delta[0]), SignOf(delta[1])};
-  const long long length = std::abs(delta[major]);
-  const long long aside = std::abs(delta[minor]);
   const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
   const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
-  long long error = -length;
-  int at[2] = {from[0], from[1]};
-  TLinePixels pixels = {}; // whole vectors are read, behind the last pixel too
-  pixels.Axis = major;
-  for (;;) {
+  long long error = -walk.Length;
+  int at[2] = {walk.From[0], walk.From[1]};
+  for (long long i = 0; i < walk.Length; ++i) {
     if (_TakeLinePixel(at[0], at[1])) {
-      if (job == nullptr) {
-        double t = (at[major] - begin) / way;
-        t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-        RasterizePixel(at[0], at[1], &m_Span, t);
-      } else {
-        pixels.X[pixels.Count] = at[0];
-        pixels.Y[pixels.Count] = at[1];
-        if (++pixels.Count == TLinePixels::kMost) {
-          _RunLineJob(job, pixels);
-          pixels.Count = 0;
-        }
-      }
+      double t = (at[major] - begin) / way;
+      t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+      RasterizePixel(at[0], at[1], &m_Span, t);
     }
-    if (at[major] == to[major] - step[major]) {
-      break;
-    }
-    at[major] += step[major];
-    error += 2 * aside;
+    at[major] += walk.Step[major];
+    error += 2 * walk.Aside;
     if (error >= 0) {
-      error -= 2 * length;
-      at[minor] += step[minor];
+      error -= 2 * walk.Length;
+      at[minor] += walk.Step[minor];
     }
   }
-  if (job == nullptr) {
-    return;
+}
+
+// Finds the pixels of a line that are to be drawn: those on the surface, which follow each other,
+// but for the first if it was the last one drawn before. False if there are none. The others can't
+// be what was drawn last: each pixel lies behind another one.
+bool TRenderCPU::_CutWalk(TLineWalk* walk) {
+  walk->First = 0;
+  walk->Last = static_cast<int>(walk->Length) - 1;
+  int x = 0;
+  int y = 0;
+  const auto isOn = [&](int i) {
+    walk->At(i, &x, &y);
+    return x >= 0 && x < m_Width && y >= 0 && y < m_Height;
+  };
+  while (walk->First <= walk->Last && !isOn(walk->Last)) {
+    --walk->Last;
   }
-  _RunLineJob(job, pixels);
-  if (job->ColorSet) {
-    _InterpolateFragment(m_Span, job->LastT);
+  if (walk->First > walk->Last) {
+    return false;
   }
+  const int last[2] = {x, y};
+  while (!isOn(walk->First)) {
+    ++walk->First;
+  }
+  walk->First += x == m_LastPixelX && y == m_LastPixelY ? 1 : 0;
+  m_LastPixelX = last[0];
+  m_LastPixelY = last[1];
+  return walk->First <= walk->Last;
 }
 
 void TRenderCPU::PointSize(float size) { m_PointSize = size; }

@@ -289,11 +289,8 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   }
 }
 
-void TRenderCPU::_RunLineJob(TSpanJob* job, const TLinePixels& line) {
-  if (line.Count == 0) {
-    return;
-  }
-  GetSpanKernels()->DrawLine(job, line);
+void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
+  GetSpanKernels()->DrawLine(job, walk);
   if (job->DepthSet) {
     m_Fragment.Depth = job->LastDepth;
   }

@@ -14,7 +14,7 @@ class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
 struct TSpanJob;
-struct TLinePixels;
+struct TLineWalk;
 struct TPointBatch;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
@@ -1019,8 +1019,9 @@ private:
   bool _SettleColors(TSpanJob* job) const;
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
-  void _RunLineJob(TSpanJob* job, const TLinePixels& line);
-  void _WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job);
+  void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
+  void _WalkLine(const TLineWalk& walk);
+  bool _CutWalk(TLineWalk* walk);
   void _FlushFragment();
   void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
 
