@@ -211,6 +211,12 @@ bool TRenderCPU::_TakeLinePixel(int x, int y) {
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
+  TSpanJob job;
+  _DrawLine(v, _SettleDraw(&job) ? &job : nullptr);
+}
+
+// `settled` holds for the draw, or is null if pixels are to go one by one.
+void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
   _FlushFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
@@ -219,12 +225,14 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
     at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
   }
   // The job is settled by the slots as they are before perspective prepares them.
-  TSpanJob job;
-  job.Vertex[0] = v[0].Slots;
-  job.Vertex[1] = v[1].Slots;
-  job.Vertex[2] = v[1].Slots;
-  const bool many = _SettleJob(&job);
-  job.AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+  bool many = settled != nullptr;
+  if (many) {
+    settled->Vertex[0] = v[0].Slots;
+    settled->Vertex[1] = v[1].Slots;
+    settled->Vertex[2] = v[1].Slots;
+    settled->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+    many = _SettlePrimitive(settled);
+  }
   if (m_PerspectiveHint != GL_FASTEST) {
     _ScaleSlots(&v[0], v[0].Slots[0].w);
     _ScaleSlots(&v[1], v[1].Slots[0].w);
@@ -257,9 +265,9 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   if (!many) {
     _WalkLine(walk);
   } else if (_CutWalk(&walk)) {
-    _RunLineJob(&job, walk);
-    if (job.ColorSet) {
-      _InterpolateFragment(m_Span, job.LastT);
+    _RunLineJob(settled, walk);
+    if (settled->ColorSet) {
+      _InterpolateFragment(m_Span, settled->LastT);
     }
   }
 }

@@ -110,7 +110,9 @@ struct TLineWalk {
   int Last;
 
   /// How many steps aside pixel i is.
-  long long AsideAt(long long i) const { return (2 * Aside * i + Length) / (2 * Length); }
+  long long AsideAt(long long i) const {
+    return Aside == 0 ? 0 : (2 * Aside * i + Length) / (2 * Length);
+  }
   /// The first pixel that is k steps aside, k at least 1; only where `Aside` is not 0.
   long long FirstAside(long long k) const {
     return (2 * Length * k - Length + 2 * Aside - 1) / (2 * Aside);

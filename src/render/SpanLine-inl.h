@@ -55,9 +55,43 @@ HWY_INLINE void NoteRunGroup(TGroupResult group, int x, bool leftward, TRowResul
   }
 }
 
-// A run as a row is drawn. What is left behind the last whole group is drawn by a group that ends
-// with the run and leaves alone what stands already; a run shorter than a group goes through
-// copies. So nothing outside the run is touched.
+// The pixels of a run behind its last whole group, by way of copies that are loaded and stored
+// under a mask: nothing outside the run is touched. (A whole group that ends with the run would
+// wait for the stores of the one before.)
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR TGroupResult DrawRunEnd(const TSpanJob& job, const TRowSlots& slots,
+                                            const TRow& row, VD t, std::size_t count,
+                                            const TGroupTargets& to) {
+#if HWY_TARGET == HWY_SSSE3
+  return DrawPartialGroup<kTexels, kPerspective>(job, slots, row, t, count, to);
+#else
+  const DU du;
+  const DF df;
+  const bool useDepth = job.DepthTest || job.DepthWrite;
+  TGroupCopies copies;
+  hn::Store(hn::MaskedLoad(hn::FirstN(du, count), du, to.Color), du, copies.Color);
+  if (useDepth) {
+    hn::Store(hn::MaskedLoad(hn::FirstN(df, count), df, to.Depth), df, copies.Depth);
+  }
+  if (to.Stencil != nullptr) {
+    std::memcpy(copies.Stencil, to.Stencil, count);
+  }
+  HWY_ALIGN double values[HWY_LANES(double)];
+  hn::Store(t, DD(), values);
+  const TGroupResult result =
+      DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
+  hn::BlendedStore(hn::Load(du, copies.Color), hn::FirstN(du, count), du, to.Color);
+  if (job.DepthWrite) {
+    hn::BlendedStore(hn::Load(df, copies.Depth), hn::FirstN(df, count), df, to.Depth);
+  }
+  if (to.Stencil != nullptr) {
+    std::memcpy(to.Stencil, copies.Stencil, count);
+  }
+  return result;
+#endif
+}
+
+// A run as a row is drawn.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& slots,
                                          const TRow& row, const TLineRun& run) {
@@ -88,18 +122,10 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
   if (x > run.Last) {
     return result;
   }
-  const int begin = run.Last - lanes + 1;
-  if (begin >= run.First) {
-    const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(begin)));
-    const MI live = hn::Not(hn::FirstN(di, static_cast<std::size_t>(x - begin)));
-    NoteRunGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, t, live, targetsAt(begin)),
-                 begin, run.Leftward, &result);
-  } else {
-    const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
-    NoteRunGroup(DrawPartialGroup<kTexels, kPerspective>(
-                     job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
-                 x, run.Leftward, &result);
-  }
+  const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
+  NoteRunGroup(DrawRunEnd<kTexels, kPerspective>(
+                   job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
+               x, run.Leftward, &result);
   return result;
 }
 

@@ -992,11 +992,11 @@ private:
   struct TBatchDraw;
   int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
                      int count);
-  void _ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
   void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
   const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
   void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
-  void _DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
+  void _DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape, bool inside);
   void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
@@ -1014,12 +1014,15 @@ private:
   };
 
   bool _SettleJob(TSpanJob* job) const;
+  bool _SettleDraw(TSpanJob* job) const;
+  bool _SettlePrimitive(TSpanJob* job) const;
   bool _SettleTargets(TSpanJob* job) const;
   bool _SettleTests(TSpanJob* job) const;
   bool _SettleColors(TSpanJob* job) const;
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
+  void _DrawLine(VAR_DATA* v, TSpanJob* settled);
   void _WalkLine(const TLineWalk& walk);
   bool _CutWalk(TLineWalk* walk);
   void _FlushFragment();

@@ -150,14 +150,19 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
 
 // Draws a shape that is neither outside nor culled as a whole: its corners are filled in and go on
 // as ever.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
+void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape,
+                              bool inside) {
   for (int c = 0; c < corners; ++c) {
     _ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
   const int plane = inside ? kAllPlanes : 0;
   switch (corners) {
   case 2:
-    ClipAndRasterizeLine(m_VarCur, plane);
+    if (inside) {
+      _DrawLine(m_VarCur, settled);
+    } else {
+      ClipAndRasterizeLine(m_VarCur, 0);
+    }
     break;
   case 3:
     ClipAndRasterizeTriangle(m_VarCur, plane);
@@ -170,7 +175,7 @@ void TRenderCPU::_DrawBatched(TBatchDraw* draw, int corners, int shape, bool ins
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
+void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
   kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
@@ -204,7 +209,7 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     leaveCulled(bit - 1);
-    _DrawBatched(draw, corners, shape, (inside & bit) != 0);
+    _DrawBatched(draw, settled, corners, shape, (inside & bit) != 0);
   }
   leaveCulled(all);
 }
@@ -282,6 +287,7 @@ int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCoun
   if (shapes < kLeast || !draw.Take(this, values, valueCount)) {
     return 0;
   }
+  TSpanJob* const settled = corners == 2 && _SettleDraw(&job) ? &job : nullptr;
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
@@ -289,7 +295,7 @@ int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCoun
     if (corners == 1) {
       _ReplayPoints(&draw, job, next);
     } else {
-      _ReplayShapes(&draw, corners, next);
+      _ReplayShapes(&draw, settled, corners, next);
     }
     done += next;
   }
