@@ -249,8 +249,10 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
       row.Delta[4 * s + i] = end[i] - begin[i];
     }
   }
+  // With 1/w of 1 at both ends q is 1 / (0 * t + 1), and what is multiplied by it stays as it is.
+  const bool perspective = job->Perspective && !(row.Begin[3] == 1.0 && row.Delta[3] == 0.0);
   const TRowResult result =
-      kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
+      kLineWays[static_cast<int>(job->Texels)][perspective ? 1 : 0](*job, slots, row, walk);
   const auto partAt = [&](int i) {
     return LineT(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
   };
