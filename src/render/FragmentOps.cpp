@@ -193,11 +193,16 @@ void TRenderCPU::_WriteColor(unsigned char* dst, const vec_t_<double, 4>& color)
     m_PixelWrite(dst, color);
     return;
   }
+  const TByte bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z), ByteOf(color.w)};
+  _WriteBytes(dst, bytes);
+}
+
+// The same for a colour that is bytes already, without a `m_PixelWrite`.
+void TRenderCPU::_WriteBytes(unsigned char* dst, const unsigned char* bytes) {
   const unsigned char mask = m_ColorMask;
   if (mask == 0) {
     return;
   }
-  const TByte bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z), ByteOf(color.w)};
   if (mask == 15) {
     if (m_BlendFunc != nullptr) {
       m_BlendFunc(bytes, dst);

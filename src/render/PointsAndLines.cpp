@@ -1,12 +1,14 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include "Numbers.h"
 #include "SpanJob.h"
+#include "VertexBatch.h"
 
 namespace Zx3D {
 
@@ -83,6 +85,74 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   _FinishPixel(x, y, depth, stencil);
 }
 
+// Points of a batch in their order, each behind all that the one before it left: two may fall on
+// one pixel. They lie anywhere, so that their pixels are asked for before the first is drawn.
+void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
+                             const vec_t_<double, 4>* colors) {
+  struct TPoint {
+    int Index;
+    unsigned char* Color;
+  };
+  const bool useDepth = m_DepthTest || m_DepthMask;
+  TPoint live[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const std::ptrdiff_t x = points.X[i];
+    const std::ptrdiff_t y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
+    __builtin_prefetch(live[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(_DepthPixel(points.X[i], points.Y[i]), 1);
+    }
+    if (m_StencilTest) {
+      __builtin_prefetch(_StencilPixel(points.X[i], points.Y[i]), 1);
+    }
+    ++count;
+  }
+  const bool plainWrite = m_ColorMask == 15 && m_BlendFunc == nullptr;
+  int seen = -1;  // the last point that came to the depth test
+  int shown = -1; // the last one that was shaded
+  for (int k = 0; k < count; ++k) {
+    const int i = live[k].Index;
+    const unsigned char* const bytes = points.Bytes + 4 * i;
+    if (m_StencilTest || useDepth) {
+      unsigned char* const stencil = _StencilPixel(points.X[i], points.Y[i]);
+      float* const depth = _DepthPixel(points.X[i], points.Y[i]);
+      if (!_PassesStencil(stencil)) {
+        continue;
+      }
+      seen = i;
+      if (!_PassesDepth(depth, points.Depth[i], stencil)) {
+        continue;
+      }
+      if (m_DepthMask) {
+        *depth = points.Depth[i];
+      }
+      _RunStencil(m_StencilZPassOp, stencil);
+    }
+    seen = i;
+    shown = i;
+    if (plainWrite) {
+      std::memcpy(live[k].Color, bytes, 4);
+    } else {
+      _WriteBytes(live[k].Color, bytes);
+    }
+  }
+  if (seen >= 0) {
+    m_Fragment.Depth = points.Depth[seen];
+  }
+  if (shown >= 0) {
+    const auto limited = [](double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; };
+    const vec_t_<double, 4>& c = colors[shown];
+    m_Fragment.X = points.X[shown];
+    m_Fragment.Y = points.Y[shown];
+    m_Fragment.Color = {limited(c.x), limited(c.y), limited(c.z), limited(c.w)};
+  }
+}
+
 // --- Lines
 
 void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
@@ -141,6 +211,12 @@ bool TRenderCPU::_TakeLinePixel(int x, int y) {
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
+  TSpanJob job;
+  _DrawLine(v, _SettleDraw(&job) ? &job : nullptr);
+}
+
+// `settled` holds for the draw, or is null if pixels are to go one by one.
+void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
   _FlushFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
@@ -149,12 +225,14 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
     at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
   }
   // The job is settled by the slots as they are before perspective prepares them.
-  TSpanJob job;
-  job.Vertex[0] = v[0].Slots;
-  job.Vertex[1] = v[1].Slots;
-  job.Vertex[2] = v[1].Slots;
-  const bool many = _SettleJob(&job);
-  job.AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+  bool many = settled != nullptr;
+  if (many) {
+    settled->Vertex[0] = v[0].Slots;
+    settled->Vertex[1] = v[1].Slots;
+    settled->Vertex[2] = v[1].Slots;
+    settled->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+    many = _SettlePrimitive(settled);
+  }
   if (m_PerspectiveHint != GL_FASTEST) {
     _ScaleSlots(&v[0], v[0].Slots[0].w);
     _ScaleSlots(&v[1], v[1].Slots[0].w);
@@ -175,57 +253,75 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
     }
     return;
   }
-  _WalkLine(end[0], end[1], many ? &job : nullptr);
+  const int delta[2] = {end[1][0] - end[0][0], end[1][1] - end[0][1]};
+  TLineWalk walk;
+  walk.Axis = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
+  for (int i = 0; i < 2; ++i) {
+    walk.From[i] = end[0][i];
+    walk.Step[i] = SignOf(delta[i]);
+  }
+  walk.Length = std::abs(delta[walk.Axis]);
+  walk.Aside = std::abs(delta[1 - walk.Axis]);
+  if (!many) {
+    _WalkLine(walk);
+  } else if (_CutWalk(&walk)) {
+    _RunLineJob(settled, walk);
+    if (settled->ColorSet) {
+      _InterpolateFragment(m_Span, settled->LastT);
+    }
+  }
 }
 
-// The walk goes along the axis of the greater difference. The error starts at minus the length, so
-// that the first step aside falls where the sum first reaches 0. With a job the pixels are drawn
-// many at a time, without one at once.
-void TRenderCPU::_WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job) {
-  const int delta[2] = {to[0] - from[0], to[1] - from[1]};
-  const int major = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
+// The plain walk. The error starts at minus the length, so that the first step aside falls where
+// the sum first reaches 0.
+void TRenderCPU::_WalkLine(const TLineWalk& walk) {
+  const int major = walk.Axis;
   const int minor = 1 - major;
-  const int step[2] = {SignOf(delta[0]), SignOf(delta[1])};
-  const long long length = std::abs(delta[major]);
-  const long long aside = std::abs(delta[minor]);
   const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
   const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
-  long long error = -length;
-  int at[2] = {from[0], from[1]};
-  TLinePixels pixels = {}; // whole vectors are read, behind the last pixel too
-  pixels.Axis = major;
-  for (;;) {
+  long long error = -walk.Length;
+  int at[2] = {walk.From[0], walk.From[1]};
+  for (long long i = 0; i < walk.Length; ++i) {
     if (_TakeLinePixel(at[0], at[1])) {
-      if (job == nullptr) {
-        double t = (at[major] - begin) / way;
-        t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-        RasterizePixel(at[0], at[1], &m_Span, t);
-      } else {
-        pixels.X[pixels.Count] = at[0];
-        pixels.Y[pixels.Count] = at[1];
-        if (++pixels.Count == TLinePixels::kMost) {
-          _RunLineJob(job, pixels);
-          pixels.Count = 0;
-        }
-      }
+      double t = (at[major] - begin) / way;
+      t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+      RasterizePixel(at[0], at[1], &m_Span, t);
     }
-    if (at[major] == to[major] - step[major]) {
-      break;
-    }
-    at[major] += step[major];
-    error += 2 * aside;
+    at[major] += walk.Step[major];
+    error += 2 * walk.Aside;
     if (error >= 0) {
-      error -= 2 * length;
-      at[minor] += step[minor];
+      error -= 2 * walk.Length;
+      at[minor] += walk.Step[minor];
     }
   }
-  if (job == nullptr) {
-    return;
+}
+
+// Finds the pixels of a line that are to be drawn: those on the surface, which follow each other,
+// but for the first if it was the last one drawn before. False if there are none. The others can't
+// be what was drawn last: each pixel lies behind another one.
+bool TRenderCPU::_CutWalk(TLineWalk* walk) {
+  walk->First = 0;
+  walk->Last = static_cast<int>(walk->Length) - 1;
+  int x = 0;
+  int y = 0;
+  const auto isOn = [&](int i) {
+    walk->At(i, &x, &y);
+    return x >= 0 && x < m_Width && y >= 0 && y < m_Height;
+  };
+  while (walk->First <= walk->Last && !isOn(walk->Last)) {
+    --walk->Last;
   }
-  _RunLineJob(job, pixels);
-  if (job->ColorSet) {
-    _InterpolateFragment(m_Span, job->LastT);
+  if (walk->First > walk->Last) {
+    return false;
   }
+  const int last[2] = {x, y};
+  while (!isOn(walk->First)) {
+    ++walk->First;
+  }
+  walk->First += x == m_LastPixelX && y == m_LastPixelY ? 1 : 0;
+  m_LastPixelX = last[0];
+  m_LastPixelY = last[1];
+  return walk->First <= walk->Last;
 }
 
 void TRenderCPU::PointSize(float size) { m_PointSize = size; }

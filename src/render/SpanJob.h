@@ -7,6 +7,11 @@
 
 namespace Zx3D {
 
+struct TVertexBatch;
+struct TPointBatch;
+struct TShapeVerdicts;
+struct TCulling;
+
 /// Where a triangle's texels come from.
 enum class TTexelSource : std::uint8_t {
   None,
@@ -92,22 +97,45 @@ enum TStencilStep : std::uint8_t {
   kStencilInvert,
 };
 
-/// Pixels of a line that are to be drawn, in its order and none of them twice. t follows from the
-/// coordinate of `Axis`, limited to 0 to 1.
-struct TLinePixels {
-  static constexpr int kMost = 64;
-  static constexpr int kRoom = kMost + 16; ///< a whole vector can be read from the last pixel on
-
+/// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of
+/// the greater difference and floor((2 * Aside * i + Length) / (2 * Length)) aside; all of them are
+/// on the surface. t follows from the coordinate of `Axis`, limited to 0 to 1.
+struct TLineWalk {
   int Axis;
-  int Count;
-  int X[kRoom];
-  int Y[kRoom];
+  int From[2];
+  int Step[2];
+  long long Length; ///< the greater difference: at least 1, below 2^22
+  long long Aside;  ///< the smaller one
+  int First;
+  int Last;
+
+  /// How many steps aside pixel i is.
+  long long AsideAt(long long i) const {
+    return Aside == 0 ? 0 : (2 * Aside * i + Length) / (2 * Length);
+  }
+  /// The first pixel that is k steps aside, k at least 1; only where `Aside` is not 0.
+  long long FirstAside(long long k) const {
+    return (2 * Length * k - Length + 2 * Aside - 1) / (2 * Aside);
+  }
+  void At(int i, int* x, int* y) const {
+    const int along = From[Axis] + Step[Axis] * i;
+    const int across = From[1 - Axis] + Step[1 - Axis] * static_cast<int>(AsideAt(i));
+    *x = Axis == 0 ? along : across;
+    *y = Axis == 0 ? across : along;
+  }
 };
 
 /// The routines of one instruction set.
 struct TSpanKernels {
   void (*DrawTriangle)(TSpanJob* job);
-  void (*DrawLine)(TSpanJob* job, const TLinePixels& line);
+  void (*DrawLine)(TSpanJob* job, const TLineWalk& walk);
+  void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
+  void (*JudgeTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
+                         const TCulling& culling, TShapeVerdicts* out);
+  void (*JudgeLines)(const TVertexBatch& batch, int count, TShapeVerdicts* out);
+  void (*PlacePoints)(const TVertexBatch& batch, int count, int width, int height,
+                      TPointBatch* out);
+  void (*PackColors)(const double* colors, int count, TPointBatch* out);
 };
 
 /// Those for the processor at hand, or for what `LimitSpanLevel` allows; null for the plain walker.

@@ -22,12 +22,15 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 #else
 #include "SpanLine-inl.h"
 #include "SpanTriangle-inl.h"
+#include "VertexBatch-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-inline constexpr TSpanKernels kKernels = {DrawTriangleJob, DrawLineJob};
+inline constexpr TSpanKernels kKernels = {DrawTriangleJob, DrawLineJob, TransformBatch,
+                                          JudgeTriangles,  JudgeLines,  PlacePoints,
+                                          PackColors};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

@@ -1,5 +1,5 @@
-// The pixels of a line, which lie anywhere: by way of copies, no pixel twice. Included once for
-// each instruction set.
+// The pixels of a line: along rows as rows are drawn, anywhere else by way of copies. Included once
+// for each instruction set.
 
 #if defined(ZX_RENDER_SPANLINE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANLINE_INL_H_
@@ -7,6 +7,8 @@
 #else
 #define ZX_RENDER_SPANLINE_INL_H_
 #endif
+
+#include <algorithm>
 
 #include <hwy/highway.h>
 
@@ -16,66 +18,193 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-struct TScattered {
-  const int* X;
-  const int* Y;
-  const double* T;
-  int Count;
+// Pixels from `First` to `Last` of a row that a line covers; where it goes to the left, the last in
+// its order is the first in the row.
+struct TLineRun {
+  int Y;
+  int First;
+  int Last;
+  bool Leftward;
 };
 
+HWY_INLINE HWY_ATTR VD LineT(const TRow& row, int axis, VD at) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  const VD one = hn::Set(d, 1.0);
+  VD t = hn::Div(hn::Sub(at, hn::Set(d, row.Begin[axis])), hn::Set(d, row.Delta[axis]));
+  t = hn::IfThenElse(hn::Lt(t, zero), zero, t);
+  return hn::IfThenElse(hn::Gt(t, one), one, t);
+}
+
+inline HWY_ATTR double LineT(const TRow& row, int axis, int at) {
+  const double t = (at - row.Begin[axis]) / row.Delta[axis];
+  return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+}
+
+// As columns.
+HWY_INLINE void NoteRunGroup(TGroupResult group, int x, bool leftward, TRowResult* result) {
+  if (!leftward) {
+    NoteGroup(group, x, result);
+    return;
+  }
+  if (group.Stencil != 0 && result->LastStencil < 0) {
+    result->LastStencil = x + __builtin_ctz(group.Stencil);
+  }
+  if (group.Shaded != 0 && result->LastShaded < 0) {
+    result->LastShaded = x + __builtin_ctz(group.Shaded);
+  }
+}
+
+// A run as a row is drawn.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& slots,
+                                         const TRow& row, const TLineRun& run) {
+  const DD d;
+  const DI di;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const auto targetsAt = [&](int x) {
+    TGroupTargets to;
+    to.Color = reinterpret_cast<std::uint32_t*>(job.Color + run.Y * job.ColorRowStride) + x;
+    to.Depth = reinterpret_cast<float*>(job.Depth + run.Y * job.DepthRowStride) + x;
+    to.Stencil = kStencil ? job.Stencil + run.Y * job.StencilRowStride + x : nullptr;
+    return to;
+  };
+  if (kTexels == TTexelSource::None && !job.DepthWrite && IsFill(job, row)) {
+    FillRun(hn::ScalableTag<std::uint32_t>(), job.ConstColor, targetsAt(run.First).Color,
+            static_cast<std::size_t>(run.Last - run.First + 1));
+    const int last = run.Leftward ? run.First : run.Last;
+    return {last, last};
+  }
+  TRowResult result = {-1, -1};
+  const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
+  int x = run.First;
+  for (; x + lanes - 1 <= run.Last; x += lanes) {
+    const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
+    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, targetsAt(x)),
+                 x, run.Leftward, &result);
+  }
+  if (x > run.Last) {
+    return result;
+  }
+  const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
+  NoteRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
+                   job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
+               x, run.Leftward, &result);
+  return result;
+}
+
+// Pixels that lie anywhere: by way of copies, no pixel twice. As numbers of pixels.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
-                                               const TRow& row, const TScattered& pixels) {
+                                               const TRow& row, const TLineWalk& walk) {
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   const DD d;
+  const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
+  const bool useDepth = job.DepthTest || job.DepthWrite;
+  const VD length = hn::Set(d, static_cast<double>(walk.Length));
+  const VD twice = hn::Set(d, static_cast<double>(2 * walk.Length));
+  const VD aside = hn::Set(d, static_cast<double>(2 * walk.Aside));
+  const int other = 1 - walk.Axis;
   TGroupCopies copies = {};
   TRowResult result = {-1, -1};
-  for (int first = 0; first < pixels.Count; first += lanes) {
-    const int count = pixels.Count - first < lanes ? pixels.Count - first : lanes;
+  for (int first = walk.First; first <= walk.Last; first += lanes) {
+    const int count = walk.Last - first + 1 < lanes ? walk.Last - first + 1 : lanes;
+    // The quotient's floor is exact: dividend and divisor are integers below 2^53, and a quotient
+    // below an integer stays below it by 1 / (2 * Length), far more than rounding moves it.
+    const VD i = hn::Iota(d, static_cast<double>(first));
+    const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(aside, i), length), twice));
+    const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
+                             hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
+    const VD across = hn::Add(hn::Set(d, static_cast<double>(walk.From[other])),
+                              hn::Mul(hn::Set(d, static_cast<double>(walk.Step[other])), steps));
+    HWY_ALIGN std::int32_t at[2][kMostLanes];
+    HWY_ALIGN double t[kMostLanes];
+    hn::Store(hn::DemoteTo(di, along), di, at[walk.Axis]);
+    hn::Store(hn::DemoteTo(di, across), di, at[other]);
+    hn::Store(LineT(row, walk.Axis, along), d, t);
+
     std::uint32_t* colorAt[kMostLanes];
     float* depthAt[kMostLanes];
     unsigned char* stencilAt[kMostLanes];
-    HWY_ALIGN double t[kMostLanes] = {};
-    for (int i = 0; i < count; ++i) {
-      const std::ptrdiff_t x = pixels.X[first + i];
-      const std::ptrdiff_t y = pixels.Y[first + i];
-      t[i] = pixels.T[first + i];
-      colorAt[i] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
-      depthAt[i] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
-      copies.Color[i] = *colorAt[i];
-      copies.Depth[i] = *depthAt[i];
+    for (int k = 0; k < count; ++k) {
+      const std::ptrdiff_t x = at[0][k];
+      const std::ptrdiff_t y = at[1][k];
+      colorAt[k] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
+      copies.Color[k] = *colorAt[k];
+      if (useDepth) {
+        depthAt[k] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
+        copies.Depth[k] = *depthAt[k];
+      }
       if (job.Stencil != nullptr) {
-        stencilAt[i] = job.Stencil + y * job.StencilRowStride + x;
-        copies.Stencil[i] = *stencilAt[i];
+        stencilAt[k] = job.Stencil + y * job.StencilRowStride + x;
+        copies.Stencil[k] = *stencilAt[k];
       }
     }
     const TGroupResult group = DrawCopies<kTexels, kPerspective>(
         job, slots, row, t, static_cast<std::size_t>(count), &copies);
     NoteGroup(group, first, &result);
-    for (int i = 0; i < count; ++i) {
-      *colorAt[i] = copies.Color[i];
-      *depthAt[i] = copies.Depth[i];
+    for (int k = 0; k < count; ++k) {
+      *colorAt[k] = copies.Color[k];
+      if (job.DepthWrite) {
+        *depthAt[k] = copies.Depth[k];
+      }
       if (job.Stencil != nullptr) {
-        *stencilAt[i] = copies.Stencil[i];
+        *stencilAt[k] = copies.Stencil[k];
       }
     }
   }
   return result;
 }
 
-using TDrawScattered = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                      const TScattered& pixels);
+// How long the runs of a line are, on average, for which it is drawn by runs.
+inline constexpr long long kRunLength = 2 * HWY_LANES(double);
 
-inline constexpr TDrawScattered kLineWays[4][2] = {
-    {DrawScattered<TTexelSource::None, false>, DrawScattered<TTexelSource::None, true>},
-    {DrawScattered<TTexelSource::Nearest, false>, DrawScattered<TTexelSource::Nearest, true>},
-    {DrawScattered<TTexelSource::Linear, false>, DrawScattered<TTexelSource::Linear, true>},
-    {DrawScattered<TTexelSource::Sampler, false>, DrawScattered<TTexelSource::Sampler, true>},
+// As numbers of pixels.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRow& row, const TLineWalk& walk) {
+  if (walk.Axis != 0 || walk.Aside * kRunLength > walk.Length) {
+    return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
+  }
+  TRowResult result = {-1, -1};
+  const bool leftward = walk.Step[0] < 0;
+  for (int first = walk.First; first <= walk.Last;) {
+    const long long k = walk.AsideAt(first);
+    int last = walk.Last;
+    if (walk.Aside != 0) {
+      last = static_cast<int>(std::min<long long>(last, walk.FirstAside(k + 1) - 1));
+    }
+    const int a = walk.From[0] + walk.Step[0] * first;
+    const int b = walk.From[0] + walk.Step[0] * last;
+    const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
+                          leftward ? a : b, leftward};
+    const TRowResult drawn = job.Stencil != nullptr
+                                 ? DrawRun<kTexels, kPerspective, true>(job, slots, row, run)
+                                 : DrawRun<kTexels, kPerspective, false>(job, slots, row, run);
+    if (drawn.LastStencil >= 0) {
+      result.LastStencil = (drawn.LastStencil - walk.From[0]) * walk.Step[0];
+    }
+    if (drawn.LastShaded >= 0) {
+      result.LastShaded = (drawn.LastShaded - walk.From[0]) * walk.Step[0];
+    }
+    first = last + 1;
+  }
+  return result;
+}
+
+using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                 const TLineWalk& walk);
+
+inline constexpr TDrawWalk kLineWays[4][2] = {
+    {DrawWalk<TTexelSource::None, false>, DrawWalk<TTexelSource::None, true>},
+    {DrawWalk<TTexelSource::Nearest, false>, DrawWalk<TTexelSource::Nearest, true>},
+    {DrawWalk<TTexelSource::Linear, false>, DrawWalk<TTexelSource::Linear, true>},
+    {DrawWalk<TTexelSource::Sampler, false>, DrawWalk<TTexelSource::Sampler, true>},
 };
 
-// Pixels of a line between vertices 0 and 1 of the job.
-inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
+// A line between vertices 0 and 1 of the job.
+inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
   const TRowSlots slots = RowSlotsOf(*job);
   TRows rows;
   for (int s = 0; s < slots.Count; ++s) {
@@ -87,33 +216,19 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
     }
   }
   const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0};
-  constexpr std::size_t kMostLanes = HWY_LANES(double);
-  HWY_ALIGN double t[TLinePixels::kMost + kMostLanes];
-  const DD d;
-  const VD zero = hn::Zero(d);
-  const VD one = hn::Set(d, 1.0);
-  const int* const along = line.Axis == 0 ? line.X : line.Y;
-  const VD begin = hn::Set(d, row.Begin[line.Axis]);
-  const VD way = hn::Set(d, row.Delta[line.Axis]);
-  for (int i = 0; i < line.Count; i += static_cast<int>(hn::Lanes(d))) {
-    const VD at = hn::PromoteTo(d, hn::LoadU(DI(), along + i));
-    VD part = hn::Div(hn::Sub(at, begin), way);
-    part = hn::IfThenElse(hn::Lt(part, zero), zero, part);
-    part = hn::IfThenElse(hn::Gt(part, one), one, part);
-    hn::Store(part, d, t + i);
-  }
-  const TScattered pixels = {line.X, line.Y, t, line.Count};
   const TRowResult result =
-      kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, pixels);
+      kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
+  const auto partAt = [&](int i) {
+    return LineT(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
+  };
   if (result.LastStencil >= 0) {
     job->DepthSet = true;
-    job->LastDepth = DepthAtT(*job, row, t[result.LastStencil]);
+    job->LastDepth = DepthAtT(*job, row, partAt(result.LastStencil));
   }
   if (result.LastShaded >= 0) {
     job->ColorSet = true;
-    job->LastX = line.X[result.LastShaded];
-    job->LastY = line.Y[result.LastShaded];
-    job->LastT = t[result.LastShaded];
+    walk.At(result.LastShaded, &job->LastX, &job->LastY);
+    job->LastT = partAt(result.LastShaded);
     job->LastColor = ColorAt(*job, slots, row, job->LastT);
   }
 }

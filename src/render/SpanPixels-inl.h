@@ -268,7 +268,27 @@ HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlo
                                                  {copies->Color, copies->Depth, nullptr});
 }
 
-// The last pixels of a row, fewer than a vector holds.
+// The first `count` lanes of memory into a whole vector, and back.
+template <class D, class T>
+HWY_INLINE HWY_ATTR void CopyFirst(D d, std::size_t count, const T* from, T* copy) {
+#if HWY_TARGET == HWY_SSSE3
+  std::memcpy(copy, from, count * sizeof(T));
+#else
+  hn::Store(hn::MaskedLoad(hn::FirstN(d, count), d, from), d, copy);
+#endif
+}
+
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreFirst(D d, std::size_t count, const T* copy, T* to) {
+#if HWY_TARGET == HWY_SSSE3
+  std::memcpy(to, copy, count * sizeof(T));
+#else
+  hn::BlendedStore(hn::Load(d, copy), hn::FirstN(d, count), d, to);
+#endif
+}
+
+// The last pixels of a row, fewer than a vector holds. Where a mask can say which lanes of a vector
+// are read and written, the copies are made by it; nothing but those pixels is touched.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
                                                   const TRow& row, VD t, std::size_t count,
@@ -276,28 +296,31 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
   if constexpr (kMaskedAccess) {
     return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, hn::FirstN(DI(), count),
                                                       to);
-  }
-  const bool depth = job.DepthTest || job.DepthWrite;
-  TGroupCopies copies = {};
-  for (std::size_t i = 0; i < count; ++i) {
-    copies.Color[i] = to.Color[i];
-    copies.Depth[i] = depth ? to.Depth[i] : 0.0f;
-    copies.Stencil[i] = kStencil ? to.Stencil[i] : std::uint8_t{0};
-  }
-  HWY_ALIGN double values[HWY_LANES(double)];
-  hn::Store(t, DD(), values);
-  const TGroupResult result =
-      DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
-  for (std::size_t i = 0; i < count; ++i) {
-    to.Color[i] = copies.Color[i];
-    if (depth) {
-      to.Depth[i] = copies.Depth[i];
+  } else {
+    const DU du;
+    const DF df;
+    const bool useDepth = job.DepthTest || job.DepthWrite;
+    TGroupCopies copies;
+    CopyFirst(du, count, to.Color, copies.Color);
+    if (useDepth) {
+      CopyFirst(df, count, to.Depth, copies.Depth);
     }
     if (kStencil) {
-      to.Stencil[i] = copies.Stencil[i];
+      std::memcpy(copies.Stencil, to.Stencil, count);
     }
+    HWY_ALIGN double values[HWY_LANES(double)];
+    hn::Store(t, DD(), values);
+    const TGroupResult result =
+        DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
+    StoreFirst(du, count, copies.Color, to.Color);
+    if (job.DepthWrite) {
+      StoreFirst(df, count, copies.Depth, to.Depth);
+    }
+    if (kStencil) {
+      std::memcpy(to.Stencil, copies.Stencil, count);
+    }
+    return result;
   }
-  return result;
 }
 
 // t of the pixels of a row from a column on.

@@ -255,13 +255,19 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   return true;
 }
 
-// `job->Vertex` is set: the slots as they are before perspective prepares them, the position in
-// window coordinates.
-bool TRenderCPU::_SettleJob(TSpanJob* job) const {
+// What is the same for all primitives of a draw.
+bool TRenderCPU::_SettleDraw(TSpanJob* job) const {
   if (m_FragmentShader == nullptr || m_FragmentShader != m_StdFragmentShader || m_CalcDepth ||
       GetSpanKernels() == nullptr) {
     return false;
   }
+  job->Perspective = m_PerspectiveHint != GL_FASTEST;
+  return _SettleTargets(job) && _SettleTests(job);
+}
+
+// What depends on the primitive. `job->Vertex` is set: the slots as they are before perspective
+// prepares them, the position in window coordinates.
+bool TRenderCPU::_SettlePrimitive(TSpanJob* job) const {
   // Within this range of the window no step of the rows can overflow or reach a NaN.
   for (const TVec4* const vertex : job->Vertex) {
     if (!(std::fabs(vertex[0].x) < 1e6 && std::fabs(vertex[0].y) < 1e6)) {
@@ -275,7 +281,11 @@ bool TRenderCPU::_SettleJob(TSpanJob* job) const {
   job->YSet = false;
   job->DepthSet = false;
   job->ColorSet = false;
-  return _SettleTargets(job) && _SettleTests(job) && _SettleColors(job);
+  return _SettleColors(job);
+}
+
+bool TRenderCPU::_SettleJob(TSpanJob* job) const {
+  return _SettleDraw(job) && _SettlePrimitive(job);
 }
 
 // --- Running
@@ -313,11 +323,8 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   }
 }
 
-void TRenderCPU::_RunLineJob(TSpanJob* job, const TLinePixels& line) {
-  if (line.Count == 0) {
-    return;
-  }
-  GetSpanKernels()->DrawLine(job, line);
+void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
+  GetSpanKernels()->DrawLine(job, walk);
   if (job->DepthSet) {
     m_Fragment.Depth = job->LastDepth;
   }

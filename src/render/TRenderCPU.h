@@ -14,7 +14,8 @@ class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
 struct TSpanJob;
-struct TLinePixels;
+struct TLineWalk;
+struct TPointBatch;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -926,6 +927,7 @@ private:
   unsigned char* _ColorPixel(int x, int y) const;
   int _ColorEnd(int x, int y) const;
   void _WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
+  void _WriteBytes(unsigned char* dst, const unsigned char* bytes);
 
   struct TMatrixTarget {
     MAT4<double>* Matrix;
@@ -985,8 +987,17 @@ private:
   template <class TElementOf>
   void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
   template <class TElementOf>
-  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, bool indexed,
-                       TElementOf elementOf);
+  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
+                       bool indexed, TElementOf elementOf);
+  struct TBatchDraw;
+  int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
+                     int count);
+  void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
+  void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
+  const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
+  void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
+  void _DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape, bool inside);
+  void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
 
@@ -1003,13 +1014,17 @@ private:
   };
 
   bool _SettleJob(TSpanJob* job) const;
+  bool _SettleDraw(TSpanJob* job) const;
+  bool _SettlePrimitive(TSpanJob* job) const;
   bool _SettleTargets(TSpanJob* job) const;
   bool _SettleTests(TSpanJob* job) const;
   bool _SettleColors(TSpanJob* job) const;
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
-  void _RunLineJob(TSpanJob* job, const TLinePixels& line);
-  void _WalkLine(const int (&from)[2], const int (&to)[2], TSpanJob* job);
+  void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
+  void _DrawLine(VAR_DATA* v, TSpanJob* settled);
+  void _WalkLine(const TLineWalk& walk);
+  bool _CutWalk(TLineWalk* walk);
   void _FlushFragment();
   void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
 

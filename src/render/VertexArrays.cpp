@@ -8,6 +8,7 @@
 
 #include "ErrorCodes-inl.h"
 #include "SpanJob.h"
+#include "VertexFetch-inl.h"
 
 namespace Zx3D {
 
@@ -18,37 +19,8 @@ namespace {
 using TPointer = TRenderCPU::TVertexAttribPointer;
 using TVec4 = vec_t_<double, 4>;
 
-struct TFromByte {
-  using TElement = unsigned char;
-  static double Convert(unsigned char v) { return v; }
-};
-
-struct TFromNormalizedByte {
-  using TElement = unsigned char;
-  static double Convert(unsigned char v) { return v * 0.00392156862745098; }
-};
-
-struct TFromFloat {
-  using TElement = float;
-  static double Convert(float v) { return v; }
-};
-
-struct TFromDouble {
-  using TElement = double;
-  static double Convert(double v) { return v; }
-};
-
-// What the array has not is 0 for y and z and 1 for w.
 template <class TFrom, int Size> void Fetch(const TPointer* p, unsigned long index, TVec4* out) {
-  typename TFrom::TElement v[Size];
-  std::memcpy(v,
-              p->Data + static_cast<std::ptrdiff_t>(p->EffectiveStride) *
-                            static_cast<std::ptrdiff_t>(index),
-              sizeof v);
-  out->x = TFrom::Convert(v[0]);
-  out->y = Size > 1 ? TFrom::Convert(v[Size > 1 ? 1 : 0]) : 0.0;
-  out->z = Size > 2 ? TFrom::Convert(v[Size > 2 ? 2 : 0]) : 0.0;
-  out->w = Size > 3 ? TFrom::Convert(v[Size > 3 ? 3 : 0]) : 1.0;
+  *out = FetchAt<TFrom, Size>(ElementAt(*p, index));
 }
 
 } // namespace
@@ -327,7 +299,7 @@ bool TRenderCPU::_MayReplayDirectly() const {
 
 template <class TElementOf>
 void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count,
-                                 bool indexed, TElementOf elementOf) {
+                                 int done, bool indexed, TElementOf elementOf) {
   auto* const shader = static_cast<TStdVertexShaderCPU*>(m_VertexShader);
   TVertexCache& cache = *m_VertexCache;
   if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
@@ -346,7 +318,7 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
       static_cast<std::size_t>(m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1)) *
       sizeof(vec_t_<double, 4>);
   bool fetched = true;
-  for (int i = 0; i < count; ++i) {
+  for (int i = done; i < count; ++i) {
     const unsigned long element = elementOf(i);
     VAR_DATA& vertex = m_VarCur[m_Pending];
     const std::size_t place = element % TVertexCache::kSize;
@@ -382,7 +354,8 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   }
   Begin(mode);
   if (_MayReplayDirectly()) {
-    _ReplayDirectly(values, valueCount, count, indexed, elementOf);
+    const int done = indexed ? 0 : _ReplayBatches(values, valueCount, elementOf(0), count);
+    _ReplayDirectly(values, valueCount, count, done, indexed, elementOf);
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elementOf(i);

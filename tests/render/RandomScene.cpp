@@ -1,6 +1,8 @@
 #include "RandomScene.h"
 
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <random>
 #include <sstream>
 
@@ -77,6 +79,11 @@ public:
     append(&m_Gl.m_Fragment.Y, sizeof(int));
     append(&m_Gl.m_Fragment.Depth, sizeof(float));
     append(&m_Gl.m_Fragment.FrontFacing, sizeof(bool));
+    append(m_Gl.m_VarCur, sizeof m_Gl.m_VarCur);
+    append(m_Gl.m_VarSaved, sizeof m_Gl.m_VarSaved);
+    append(&m_Gl.m_StripIndex, sizeof(int));
+    append(&m_Gl.m_VertexIndex, sizeof(int));
+    append(&m_Gl.m_Pending, sizeof(int));
     append(&m_Gl.m_CurVertex, sizeof m_Gl.m_CurVertex);
     append(&m_Gl.m_CurNormal, sizeof m_Gl.m_CurNormal);
     append(&m_Gl.m_CurColor, sizeof m_Gl.m_CurColor);
@@ -106,6 +113,10 @@ private:
   void Vertex();
   void Primitive();
   void Arrays();
+  void LongArrays();
+  std::vector<unsigned char> Column(int components, unsigned int type, int stride, double low,
+                                    double high);
+  void Positions(int components, unsigned int type, int stride, std::vector<unsigned char>* out);
   void State();
   void TestState();
   void TextureState();
@@ -298,7 +309,7 @@ void TPlayer::TestState() {
   case 8:
     Say("culling; ");
     m_Gl.EnableCullFace(Pick(3) == 0);
-    m_Gl.CullFace(Coin() ? GL_BACK : GL_FRONT);
+    m_Gl.CullFace(Pick(4) == 0 ? GL_FRONT_AND_BACK : Coin() ? GL_BACK : GL_FRONT);
     m_Gl.FrontFace(Coin() ? GL_CCW : GL_CW);
     break;
   case 9:
@@ -427,8 +438,146 @@ void TPlayer::Arrays() {
   }
 }
 
+// --- Arrays long enough to be drawn by batches
+
+constexpr int kMostVertices = 420;
+
+int ComponentSize(unsigned int type) { return type == GL_DOUBLE ? 8 : type == GL_FLOAT ? 4 : 1; }
+
+void Put(unsigned char* to, unsigned int type, double value) {
+  const auto narrow = static_cast<float>(value);
+  if (type == GL_DOUBLE) {
+    std::memcpy(to, &value, 8);
+  } else if (type == GL_FLOAT) {
+    std::memcpy(to, &narrow, 4);
+  } else {
+    *to = static_cast<unsigned char>(static_cast<long>(value * 255.0));
+  }
+}
+
+// An array of random vectors with the stride given, 0 for packed ones.
+std::vector<unsigned char> TPlayer::Column(int components, unsigned int type, int stride,
+                                           double low, double high) {
+  const int size = ComponentSize(type);
+  const int step = stride != 0 ? stride : components * size;
+  std::vector<unsigned char> bytes(static_cast<std::size_t>(step * kMostVertices + 32));
+  for (int i = 0; i < kMostVertices; ++i) {
+    for (int k = 0; k < components; ++k) {
+      Put(bytes.data() + i * step + k * size, type, Real(low, high));
+    }
+  }
+  return bytes;
+}
+
+// Positions of shapes that lie anywhere, near each other, outside or on the borders, now and then
+// with values that are no numbers or far off.
+void TPlayer::Positions(int components, unsigned int type, int stride,
+                        std::vector<unsigned char>* out) {
+  static constexpr double kOdd[] = {0.0,
+                                    -0.0,
+                                    1e300,
+                                    -1e300,
+                                    1e-310,
+                                    1e30,
+                                    -1e30,
+                                    1.0,
+                                    -1.0,
+                                    HUGE_VAL,
+                                    2.5e9,
+                                    -HUGE_VAL,
+                                    std::numeric_limits<double>::quiet_NaN()};
+  *out = Column(components, type, stride, -1.2, 1.2);
+  if (type == GL_UNSIGNED_BYTE) {
+    return;
+  }
+  const int size = ComponentSize(type);
+  const int step = stride != 0 ? stride : components * size;
+  const int style = Pick(6);
+  const int together = 1 + Pick(9);
+  const double reach = Coin() ? 0.1 : 0.01;
+  const double shift = Pick(3) == 0 ? Real(-2.5, 2.5) : 0.0;
+  double center[4] = {};
+  for (int i = 0; i < kMostVertices; ++i) {
+    for (int k = 0; k < components; ++k) {
+      if (i % together == 0) {
+        center[k] = Real(-1.1, 1.1);
+      }
+      double value = center[k] + Real(-reach, reach) + (k == 0 ? shift : 0.0);
+      if (style == 0) {
+        value = Pick(9) * 0.25 - 1.0;
+      } else if (style == 1) {
+        value = Real(-1.5, 1.5);
+      } else if (style == 2 && Pick(20) == 0) {
+        value = kOdd[Pick(13)];
+      } else if (style == 3 && k == 1) {
+        value = center[k]; // level
+      } else if (style == 4 && k == 0) {
+        value = center[k]; // upright
+      }
+      Put(out->data() + i * step + k * size, type, value);
+    }
+  }
+}
+
+void TPlayer::LongArrays() {
+  static constexpr unsigned int kModes[] = {
+      GL_POINTS,    GL_POINTS,    GL_LINES,          GL_LINES,        GL_LINE_STRIP, GL_LINE_LOOP,
+      GL_TRIANGLES, GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
+  static constexpr unsigned int kTypes[] = {GL_FLOAT, GL_FLOAT, GL_DOUBLE, GL_UNSIGNED_BYTE};
+  struct TArray {
+    int Size;
+    unsigned int Type;
+    int Stride;
+    std::vector<unsigned char> Bytes;
+  } arrays[4];
+  for (TArray& array : arrays) {
+    array.Size = 1 + Pick(4);
+    array.Type = Of(kTypes);
+    array.Stride = Coin() ? 0 : 32 + Pick(9);
+  }
+  arrays[0].Type = Pick(8) == 0 ? GL_UNSIGNED_BYTE : Coin() ? GL_FLOAT : GL_DOUBLE;
+  arrays[0].Size = Pick(4) == 0 ? arrays[0].Size : 2 + Pick(3);
+  arrays[1].Size = 3;
+  Positions(arrays[0].Size, arrays[0].Type, arrays[0].Stride, &arrays[0].Bytes);
+  for (int i = 1; i < 4; ++i) {
+    const bool unit = Coin();
+    const bool bytes = arrays[i].Type == GL_UNSIGNED_BYTE;
+    arrays[i].Bytes = Column(arrays[i].Size, arrays[i].Type, arrays[i].Stride,
+                             unit || bytes ? 0.0 : -1.5, unit || bytes ? 1.0 : 2.0);
+  }
+  m_Gl.VertexPointer(arrays[0].Size, arrays[0].Type, arrays[0].Stride, arrays[0].Bytes.data());
+  m_Gl.NormalPointer(arrays[1].Type, arrays[1].Stride, arrays[1].Bytes.data());
+  m_Gl.ColorPointer(arrays[2].Size, arrays[2].Type, arrays[2].Stride, arrays[2].Bytes.data());
+  m_Gl.TexCoordPointer(arrays[3].Size, arrays[3].Type, arrays[3].Stride, arrays[3].Bytes.data());
+  m_Gl._EnableClientState(GL_VERTEX_ARRAY, true);
+  m_Gl._EnableClientState(GL_NORMAL_ARRAY, Coin());
+  m_Gl._EnableClientState(GL_COLOR_ARRAY, Pick(4) != 0);
+  m_Gl._EnableClientState(GL_TEXTURE_COORD_ARRAY, Coin());
+  const unsigned int mode = Of(kModes);
+  const int count = Coin() ? Pick(40) : Pick(kMostVertices + 1);
+  if (m_Words != nullptr) {
+    *m_Words << "long, mode " << mode << ", " << count << " vertices; ";
+  }
+  if (Coin()) {
+    Say("arrays; ");
+    m_Gl.DrawArrays(mode, Pick(kMostVertices + 1 - count), count);
+  } else {
+    Say("elements; ");
+    std::vector<std::uint32_t> indices(kMostVertices);
+    const bool near = Coin();
+    for (int i = 0; i < kMostVertices; ++i) {
+      indices[static_cast<std::size_t>(i)] =
+          static_cast<std::uint32_t>(near ? (i + Pick(6)) % kMostVertices : Pick(kMostVertices));
+    }
+    m_Gl.DrawElements(mode, count, GL_UNSIGNED_INT, indices.data());
+  }
+}
+
 void TPlayer::Call() {
-  switch (Pick(10)) {
+  switch (Pick(11)) {
+  case 10:
+    LongArrays();
+    break;
   case 0:
     Say("clear; ");
     m_Gl.Clear(Coin(), Coin(), Coin());

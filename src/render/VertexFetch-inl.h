@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+namespace Zx3D {
+
+struct TFromByte {
+  using TElement = unsigned char;
+  static double Convert(unsigned char v) { return v; }
+};
+
+struct TFromNormalizedByte {
+  using TElement = unsigned char;
+  static double Convert(unsigned char v) { return v * 0.00392156862745098; }
+};
+
+struct TFromFloat {
+  using TElement = float;
+  static double Convert(float v) { return v; }
+};
+
+struct TFromDouble {
+  using TElement = double;
+  static double Convert(double v) { return v; }
+};
+
+/// The vector at an address. What the array has not is 0 for y and z and 1 for w.
+template <class TFrom, int Size> inline vec_t_<double, 4> FetchAt(const unsigned char* from) {
+  typename TFrom::TElement v[Size];
+  std::memcpy(v, from, sizeof v);
+  return {TFrom::Convert(v[0]), Size > 1 ? TFrom::Convert(v[Size > 1 ? 1 : 0]) : 0.0,
+          Size > 2 ? TFrom::Convert(v[Size > 2 ? 2 : 0]) : 0.0,
+          Size > 3 ? TFrom::Convert(v[Size > 3 ? 3 : 0]) : 1.0};
+}
+
+/// The address of an element of an array.
+inline const unsigned char* ElementAt(const TRenderCPU::TVertexAttribPointer& p,
+                                      unsigned long index) {
+  return p.Data +
+         static_cast<std::ptrdiff_t>(p.EffectiveStride) * static_cast<std::ptrdiff_t>(index);
+}
+
+} // namespace Zx3D
