@@ -43,6 +43,8 @@ struct TSpanJob {
   bool Clamp;              ///< needed: values may lie outside 0 to 1, or be no numbers
   std::uint32_t ConstMask; ///< bit i: channel i has the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor;
+  bool Tinted;  ///< bytes depend on the interpolated colours, not on the texels alone
+  double Reach; ///< no channel is further from 0 at a corner; 0: not for single precision
   std::uint8_t ColorMask;
   bool Blend;
   unsigned char* Color;

@@ -19,10 +19,23 @@ namespace HWY_NAMESPACE {
 // Slots in the order in which a row keeps them; those that nothing reads are left out at the end.
 inline constexpr int kMostSlots = 4;
 
+// What a row's pixels read to be coloured in single precision: see SpanFloats-inl.h.
+struct TRowFloats {
+  alignas(16) float Begin[4]; ///< of the colour
+  alignas(16) float Delta[4];
+  alignas(16) float SecondaryBegin[4];
+  alignas(16) float SecondaryDelta[4];
+  float WBegin;
+  float WDelta;
+  mutable float Margin; ///< 0: the exact way
+  mutable int Doubts;   ///< groups that may still prove unsure before the row goes the exact way
+};
+
 // A row's two ends: `Begin` at the left, `Delta` to the right one. Slot 0 is the position.
 struct TRow {
   alignas(64) double Begin[4 * kMostSlots];
   alignas(64) double Delta[4 * kMostSlots];
+  TRowFloats Floats;
   int First; ///< first covered pixel
   int Last;  ///< last covered pixel
   int Y;

@@ -70,6 +70,33 @@ bool IsSteady(const TVertices& v) {
   return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
 }
 
+// The greatest of |c| at the vertices, for single precision; 0 if it is too great for that, or 1/w
+// is not within the range where floats lose nothing.
+double ReachOf(const TVertices& v, const TSpanJob& job) {
+  double reach = 0.0;
+  for (const TVec4* const at : v) {
+    const double w = at[0].w;
+    if (job.Perspective && !(w > 1e-15 && w < 1e15)) {
+      return 0.0;
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+      const double c = std::fabs(at[job.ColorSlot][i]) +
+                       (job.SecondarySlot >= 0 ? std::fabs(at[job.SecondarySlot][i]) : 0.0);
+      if (!(c <= 4.0)) {
+        return 0.0;
+      }
+      reach = std::max(reach, c);
+    }
+  }
+  return std::max(reach, 1.0);
+}
+
+bool IsWhite(const TVertices& v, int slot) {
+  return std::all_of(std::begin(v), std::end(v), [slot](const TVec4* at) {
+    return at[slot].x == 1.0 && at[slot].y == 1.0 && at[slot].z == 1.0 && at[slot].w == 1.0;
+  });
+}
+
 // Whether a channel that is c at all vertices has the byte of c at all pixels.
 bool IsSteadyByte(double c) {
   const double value = c * 255.0 + 0.5;
@@ -204,6 +231,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   job->Modulate = true;
   job->ConstMask = 0;
   job->ConstColor = 0;
+  job->Reach = 0.0;
+  job->Tinted = true;
   const TTexUnit& unit = m_TexUnits[0];
   if (unit.TexEnabled) {
     job->TexSlot = m_VarTexCoord;
@@ -215,6 +244,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     if (!job->Modulate) {
       job->ColorSlot = -1;
       job->Clamp = !AreUnitTexels(*job);
+      job->Tinted = false;
+      job->Reach = 1.0;
       return true;
     }
   }
@@ -234,6 +265,11 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
                (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
     SettleConstants(v, job);
+  }
+  if (steady) {
+    job->Reach = ReachOf(v, *job);
+    job->Tinted = job->Texels == TTexelSource::None || job->SecondarySlot >= 0 ||
+                  !IsWhite(v, job->ColorSlot);
   }
   return true;
 }

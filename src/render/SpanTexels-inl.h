@@ -145,21 +145,73 @@ HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD
           hn::Load(d, channel[3])};
 }
 
-HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+// --- Nearest
+
+// The packed texels; lanes of `outside` have the border's colour instead. False if an index does
+// not fit.
+HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                      VU* texels, MI* outside) {
   const DD d;
-  const DI di;
-  const VD u = hn::Mul(s, hn::Set(d, sampler->m_SurfaceWidth));
-  const VD v = hn::Mul(t, hn::Set(d, sampler->m_SurfaceHeight));
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
   if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  *outside = hn::MaskFromVec(hn::Zero(DI()));
+  const VI i = WrapIndex(FlooredIndex(u, s), sampler.m_WrapS, surface.Width, outside);
+  const VI j = WrapIndex(FlooredIndex(v, t), sampler.m_WrapT, surface.Height, outside);
+  *texels = FetchTexels(surface, i, j);
+  return true;
+}
+
+HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+  VU packed = hn::Zero(DU());
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
     return SampledTexels(sampler, s, t);
   }
-  const DATASURFACE& surface = *sampler->m_Surface;
-  MI outside = hn::MaskFromVec(hn::Zero(di));
-  const VI i = WrapIndex(FlooredIndex(u, s), sampler->m_WrapS, surface.Width, &outside);
-  const VI j = WrapIndex(FlooredIndex(v, t), sampler->m_WrapT, surface.Height, &outside);
-  TTexels texels = UnpackTexels(FetchTexels(surface, i, j));
+  TTexels texels = UnpackTexels(packed);
   PutBorder(*sampler, outside, &texels);
   return texels;
+}
+
+// --- Linear
+
+// Where the four texels of each pixel stand, and how they are mixed.
+struct TLinearPlaces {
+  VI X0, X1, Y0, Y1;
+  VD FractionU, FractionV;
+  MI Outside0, Outside1, OutsideB, OutsideT;
+
+  HWY_INLINE HWY_ATTR bool IsInside() const {
+    return hn::AllFalse(DI(), hn::Or(hn::Or(Outside0, Outside1), hn::Or(OutsideB, OutsideT)));
+  }
+};
+
+// False if an index does not fit.
+HWY_INLINE HWY_ATTR bool FindLinear(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                    TLinearPlaces* at) {
+  const DD d;
+  const DI di;
+  const VD half = hn::Set(d, 0.5);
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VI left = FlooredIndex(u, u);
+  const VI bottom = FlooredIndex(v, v);
+  at->FractionU = hn::Sub(u, hn::PromoteTo(d, left));
+  at->FractionV = hn::Sub(v, hn::PromoteTo(d, bottom));
+  const VI one = hn::Set(di, 1);
+  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = hn::MaskFromVec(hn::Zero(di));
+  at->X0 = WrapIndex(left, sampler.m_WrapS, surface.Width, &at->Outside0);
+  at->X1 = WrapIndex(hn::Add(left, one), sampler.m_WrapS, surface.Width, &at->Outside1);
+  at->Y0 = WrapIndex(bottom, sampler.m_WrapT, surface.Height, &at->OutsideB);
+  at->Y1 = WrapIndex(hn::Add(bottom, one), sampler.m_WrapT, surface.Height, &at->OutsideT);
+  return true;
 }
 
 HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) {
@@ -169,42 +221,53 @@ HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) 
 }
 
 HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
-  const DD d;
-  const DI di;
-  const VD half = hn::Set(d, 0.5);
-  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler->m_SurfaceWidth)), half);
-  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler->m_SurfaceHeight)), half);
-  if (!FitsIndex(u) || !FitsIndex(v)) {
+  TLinearPlaces at;
+  if (!FindLinear(*sampler, s, t, &at)) {
     return SampledTexels(sampler, s, t);
   }
   const DATASURFACE& surface = *sampler->m_Surface;
-  const VI left = FlooredIndex(u, u);
-  const VI bottom = FlooredIndex(v, v);
-  const VD fu = hn::Sub(u, hn::PromoteTo(d, left));
-  const VD fv = hn::Sub(v, hn::PromoteTo(d, bottom));
-  const VI one = hn::Set(di, 1);
-  MI out0 = hn::MaskFromVec(hn::Zero(di));
-  MI out1 = out0;
-  MI outB = out0;
-  MI outT = out0;
-  const VI x0 = WrapIndex(left, sampler->m_WrapS, surface.Width, &out0);
-  const VI x1 = WrapIndex(hn::Add(left, one), sampler->m_WrapS, surface.Width, &out1);
-  const VI y0 = WrapIndex(bottom, sampler->m_WrapT, surface.Height, &outB);
-  const VI y1 = WrapIndex(hn::Add(bottom, one), sampler->m_WrapT, surface.Height, &outT);
-  TTexels c00 = UnpackTexels(FetchTexels(surface, x0, y0));
-  TTexels c10 = UnpackTexels(FetchTexels(surface, x1, y0));
-  TTexels c01 = UnpackTexels(FetchTexels(surface, x0, y1));
-  TTexels c11 = UnpackTexels(FetchTexels(surface, x1, y1));
-  if (!hn::AllFalse(di, hn::Or(hn::Or(out0, out1), hn::Or(outB, outT)))) {
-    PutBorder(*sampler, hn::Or(out0, outB), &c00);
-    PutBorder(*sampler, hn::Or(out1, outB), &c10);
-    PutBorder(*sampler, hn::Or(out0, outT), &c01);
-    PutBorder(*sampler, hn::Or(out1, outT), &c11);
+  TTexels c00 = UnpackTexels(FetchTexels(surface, at.X0, at.Y0));
+  TTexels c10 = UnpackTexels(FetchTexels(surface, at.X1, at.Y0));
+  TTexels c01 = UnpackTexels(FetchTexels(surface, at.X0, at.Y1));
+  TTexels c11 = UnpackTexels(FetchTexels(surface, at.X1, at.Y1));
+  if (!at.IsInside()) {
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideB), &c00);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideB), &c10);
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideT), &c01);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideT), &c11);
   }
+  const VD fu = at.FractionU;
+  const VD fv = at.FractionV;
   return {MixVectors(c00.R, c10.R, c01.R, c11.R, fu, fv),
           MixVectors(c00.G, c10.G, c01.G, c11.G, fu, fv),
           MixVectors(c00.B, c10.B, c01.B, c11.B, fu, fv),
           MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
+}
+
+// The texels to the left and to the right, the lower ones in the low halves.
+struct TTexelPairs {
+  hn::Vec<hn::Repartition<std::uint32_t, DD>> Left, Right;
+};
+
+HWY_INLINE HWY_ATTR TTexelPairs FetchPairs(const DATASURFACE& surface, const TLinearPlaces& at) {
+  const hn::Repartition<std::uint32_t, DD> du;
+#if HWY_TARGET != HWY_SSSE3
+  // Neighbours come in one load each.
+  if (hn::AllTrue(DI(), hn::Eq(at.X1, hn::Add(at.X0, hn::Set(DI(), 1))))) {
+    const hn::RebindToSigned<DD> di64;
+    const hn::RebindToUnsigned<DD> du64;
+    const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+    const VI stride = hn::Set(DI(), surface.RowStride);
+    const VI x = hn::ShiftLeft<2>(at.X0);
+    const VI lower = hn::Add(x, hn::Mul(at.Y0, stride));
+    const VI upper = hn::Add(x, hn::Mul(at.Y1, stride));
+    const auto low = hn::BitCast(du, hn::GatherOffset(du64, data, hn::PromoteTo(di64, lower)));
+    const auto high = hn::BitCast(du, hn::GatherOffset(du64, data, hn::PromoteTo(di64, upper)));
+    return {hn::ConcatEven(du, high, low), hn::ConcatOdd(du, high, low)};
+  }
+#endif
+  return {hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0)),
+          hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0))};
 }
 
 } // namespace HWY_NAMESPACE

@@ -76,6 +76,7 @@ HWY_NOINLINE HWY_ATTR void DrawHalf(TSpanJob* job, const TRowSlots& slots, const
     if (SetRow<kSlots>(*job, a, ta, b, tb, &row)) {
       row.Y = y;
       row.Half = half;
+      SetRowFloats(*job, slots, row.Last - row.First + 1, &row);
       keeper->Note(drawRow(*job, slots, row));
     }
   }
