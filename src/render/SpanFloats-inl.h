@@ -35,31 +35,34 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 // a value between two bytes never lies that near. What remains is to bound |F - 255 v|.
 //
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
-// row's two ends, p = R / r, and C the greatest |c| of a channel at the corners, times 1/w where
-// there is perspective:
-// - A numerator is `delta * t + begin`, where |begin| <= C R and |delta| <= 2 C R. Rounding delta,
-//   t and the product costs 3 u |delta|, rounding begin and the sum 2 u C R: 8 u C R together. The
-//   same for 1/w, where |delta| <= R: 5 u R.
-// - The numerator times the reciprocal of 1/w is therefore off by at most
-//   8 u C p + C (5 u p + u) + u C = u C (13 p + 2). Without perspective it is less, p being 1.
+// row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
+// difference of two corners, both times 1/w where there is perspective:
+// - A numerator is `delta * t + begin`, where |begin| <= C R and |delta| <= max(C, D) R = E R: with
+//   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
+//   rounding begin and the sum 2 u C R. The same for 1/w itself: 5 u R.
+// - The reciprocal of 1/w times the least of it is off by 5 u p + u, and by less if it is taken in
+//   doubles; the numerator times it by u (3 E + 2 C) p + C (5 u p + u) + u C. Together it is below
+//   u E (10 p + 2). Without perspective it is less, p being 1.
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
-//   the fractions, three products, three sums, and loses at most 7 * 255 u; the fractions are those
-//   of the exact way.
-// - Texel times colour: 255 (u C (13 p + 2) + 7 u C + u C). A secondary colour adds its own
-//   u C (13 p + 2) and one rounding.
-// - Adding or taking away the margin rounds a number up to 256 once.
-// The terms of second order and all that the doubles lose, about 2^-50 p, are below what is added
-// to each sum here; p is limited for that. Clamping brings no two values further apart.
+//   the fractions, three products and three sums, and loses at most 7 * 255 u; the fractions are
+//   those of the exact way.
+// - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
+//   colour by 255 u (E (5 p + 2) + 7 C + C). A secondary colour, which C and E count in, adds a
+//   rounding of the sum.
+// - Adding or taking away the margin rounds a number up to 256 once, after the clamp, which brings
+//   no two values further apart: 128 u, counted as 255 u.
+// The terms of second order and all that the doubles lose, about 2^-50 p, are below the 2 u E that
+// are added; p is limited for that.
 //
 // Nothing here can be a NaN, an infinity or so small that it loses digits in a way that matters: a
-// job's `Reach` is C, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that do
+// job's `Reach` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that do
 // not exist may have any value, but they are not stored.
 inline constexpr double kRounding = 1.0 / 16777216.0;
 inline constexpr double kMostFloatRatio = 64.0;
 
 inline HWY_ATTR float FloatMargin(double reach, double ratio, bool texels) {
-  const double slope = 13.0 * ratio + (texels ? 14.0 : 4.0);
-  return static_cast<float>(255.0 * kRounding * (reach * slope + 2.0));
+  const double slope = texels ? 5.0 * ratio + 13.0 : 10.0 * ratio + 4.0;
+  return static_cast<float>(255.0 * kRounding * (reach * slope + 1.0));
 }
 
 // --- What a row has ready
@@ -95,7 +98,7 @@ inline HWY_ATTR void SetRowFloats(const TSpanJob& job, const TRowSlots& slots, i
                                   TRow* row) {
   TRowFloats& floats = row->Floats;
   floats.Margin = 0.0f;
-  if (job.Reach == 0.0) {
+  if (job.Reach == 0.0 || pixels < static_cast<int>(HWY_LANES(double))) {
     return;
   }
   floats.Doubts = 3 + pixels / 64;
@@ -202,11 +205,11 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
 }
 
 // Mixes four texels of each pixel, by the steps of the sampler.
-HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels, VD fractionU, VD fractionV) {
+HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
   const DF df;
   const DU du;
-  const TChannels fu = Spread(hn::DemoteTo(df, fractionU));
-  const TChannels fv = Spread(hn::DemoteTo(df, fractionV));
+  const TChannels fu = Spread(hn::DemoteTo(df, texels.FractionU));
+  const TChannels fv = Spread(hn::DemoteTo(df, texels.FractionV));
   const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
   const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
   const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
@@ -233,9 +236,12 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
   TChannels value;
   if constexpr (kTexels == TTexelSource::Nearest) {
     VU texels = hn::Zero(DU());
-    MI outside = hn::MaskFromVec(hn::Zero(DI()));
-    if (!FetchNearest(*job.Sampler, s, u, &texels, &outside) || !hn::AllFalse(DI(), outside)) {
-      return false;
+    if (!FetchPlainNearest(job, s, u, &texels)) {
+      VU any = texels;
+      if (!FetchAnyNearest(*job.Sampler, s, u, &any)) {
+        return false;
+      }
+      texels = any;
     }
     if (!job.Tinted) {
       // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
@@ -245,11 +251,15 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
     }
     value = ChannelsOf(texels);
   } else {
-    TLinearPlaces at;
-    if (!FindLinear(*job.Sampler, s, u, &at) || !at.IsInside()) {
-      return false;
+    TTexelPairs texels;
+    if (!FetchPlainPairs(job, s, u, &texels)) {
+      TTexelPairs any;
+      if (!FetchAnyPairs(*job.Sampler, s, u, &any)) {
+        return false;
+      }
+      texels = any;
     }
-    value = MixTexels(FetchPairs(*job.Sampler->m_Surface, at), at.FractionU, at.FractionV);
+    value = MixTexels(texels);
   }
   if (job.Tinted) {
     const DF df;

@@ -70,25 +70,33 @@ bool IsSteady(const TVertices& v) {
   return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
 }
 
-// The greatest of |c| at the vertices, for single precision; 0 if it is too great for that, or 1/w
-// is not within the range where floats lose nothing.
+// What single precision has to know of the channels: the greatest of |c| at the vertices, twice
+// that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
+// floats lose nothing, or all is too narrow for a group of pixels.
 double ReachOf(const TVertices& v, const TSpanJob& job) {
-  double reach = 0.0;
+  const auto [left, right] = std::minmax({v[0][0].x, v[1][0].x, v[2][0].x});
+  if (right - left < 8.0) {
+    return 0.0;
+  }
+  double least = 0.0;
+  double most = 1.0;
   for (const TVec4* const at : v) {
     const double w = at[0].w;
     if (job.Perspective && !(w > 1e-15 && w < 1e15)) {
       return 0.0;
     }
     for (std::size_t i = 0; i < 4; ++i) {
-      const double c = std::fabs(at[job.ColorSlot][i]) +
-                       (job.SecondarySlot >= 0 ? std::fabs(at[job.SecondarySlot][i]) : 0.0);
-      if (!(c <= 4.0)) {
+      const double c = at[job.ColorSlot][i];
+      const double added = job.SecondarySlot >= 0 ? at[job.SecondarySlot][i] : 0.0;
+      const double reach = std::fabs(c) + std::fabs(added);
+      if (!(reach <= 4.0)) {
         return 0.0;
       }
-      reach = std::max(reach, c);
+      least = std::min({least, c, added});
+      most = std::max(most, reach);
     }
   }
-  return std::max(reach, 1.0);
+  return least < 0.0 ? 2.0 * most : most;
 }
 
 bool IsWhite(const TVertices& v, int slot) {
@@ -138,6 +146,19 @@ bool IsByteTexture(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
 }
 
+// Within which coordinates only a mask wraps. A linear filter reads one texel further, but a mask
+// brings that one back.
+void SettlePlainRange(std::uint32_t wrap, int size, bool linear, double* range,
+                      std::uint32_t* mask) {
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    *range = 1048576.0;
+    *mask = static_cast<std::uint32_t>(size - 1);
+  } else {
+    *range = size - (linear ? 1 : 0);
+    *mask = 0xFFFFFFFFu;
+  }
+}
+
 // Tells where texels come from. False for a function that a caller put into the sampler.
 bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   using TSampler = TRenderCPU::TTexSampler;
@@ -152,7 +173,10 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   if (surface != nullptr && sampler.m_GetValue != &TSampler::GetValueBorder &&
       IsByteTexture(*surface) && sampler.m_SurfaceWidth == surface->Width &&
       sampler.m_SurfaceHeight == surface->Height) {
-    job->Texels = sampler.m_FilterMin == GL_NEAREST ? TTexelSource::Nearest : TTexelSource::Linear;
+    const bool linear = sampler.m_FilterMin != GL_NEAREST;
+    job->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
+    SettlePlainRange(sampler.m_WrapS, surface->Width, linear, &job->PlainWidth, &job->MaskX);
+    SettlePlainRange(sampler.m_WrapT, surface->Height, linear, &job->PlainHeight, &job->MaskY);
   }
   return true;
 }
@@ -268,8 +292,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   }
   if (steady) {
     job->Reach = ReachOf(v, *job);
-    job->Tinted = job->Texels == TTexelSource::None || job->SecondarySlot >= 0 ||
-                  !IsWhite(v, job->ColorSlot);
+    job->Tinted =
+        job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
   }
   return true;
 }

@@ -244,31 +244,125 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s,
           MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
 }
 
-// The texels to the left and to the right, the lower ones in the low halves.
+// --- Packed, for the way in single precision
+
+using DU2 = hn::Repartition<std::uint32_t, DD>;
+using DU64 = hn::RebindToUnsigned<DD>;
+using VU64 = hn::Vec<DU64>;
+
+// The four texels of each pixel, those to the left and those to the right, the lower ones in the
+// low halves; and how they are mixed.
 struct TTexelPairs {
-  hn::Vec<hn::Repartition<std::uint32_t, DD>> Left, Right;
+  hn::Vec<DU2> Left, Right;
+  VD FractionU, FractionV;
 };
 
-HWY_INLINE HWY_ATTR TTexelPairs FetchPairs(const DATASURFACE& surface, const TLinearPlaces& at) {
-  const hn::Repartition<std::uint32_t, DD> du;
-#if HWY_TARGET != HWY_SSSE3
-  // Neighbours come in one load each.
-  if (hn::AllTrue(DI(), hn::Eq(at.X1, hn::Add(at.X0, hn::Set(DI(), 1))))) {
-    const hn::RebindToSigned<DD> di64;
-    const hn::RebindToUnsigned<DD> du64;
-    const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
-    const VI stride = hn::Set(DI(), surface.RowStride);
-    const VI x = hn::ShiftLeft<2>(at.X0);
-    const VI lower = hn::Add(x, hn::Mul(at.Y0, stride));
-    const VI upper = hn::Add(x, hn::Mul(at.Y1, stride));
-    const auto low = hn::BitCast(du, hn::GatherOffset(du64, data, hn::PromoteTo(di64, lower)));
-    const auto high = hn::BitCast(du, hn::GatherOffset(du64, data, hn::PromoteTo(di64, upper)));
-    return {hn::ConcatEven(du, high, low), hn::ConcatOdd(du, high, low)};
-  }
-#endif
-  return {hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0)),
-          hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0))};
+// Any texels within the texture. False where an index does not fit or a border shows.
+HWY_NOINLINE HWY_ATTR bool FetchAnyNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                           VU* texels) {
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
 }
+
+HWY_NOINLINE HWY_ATTR bool FetchAnyPairs(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                         TTexelPairs* pairs) {
+  TLinearPlaces at;
+  if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
+    return false;
+  }
+  const DU2 du;
+  const DATASURFACE& surface = *sampler.m_Surface;
+  pairs->Left =
+      hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
+  pairs->Right =
+      hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
+  pairs->FractionU = at.FractionU;
+  pairs->FractionV = at.FractionV;
+  return true;
+}
+
+#if HWY_TARGET != HWY_SSSE3
+
+// From 2^52 on doubles are whole numbers, which stand in the low bits.
+HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
+  const DD d;
+  const DU64 du;
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, 4503599627370496.0))),
+                 hn::Set(du, std::uint64_t{mask}));
+}
+
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double mostU, VD v, double mostV) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, mostU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, mostV)))));
+}
+
+HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
+  const DU2 du;
+  return hn::MulEven(hn::BitCast(du, j),
+                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
+}
+
+// Texels at coordinates that are not below 0, where only a mask wraps; false if there are others.
+HWY_INLINE HWY_ATTR bool FetchPlainNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  const DD d;
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
+  if (HWY_UNLIKELY(!IsWithin(u, job.PlainWidth, v, job.PlainHeight))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VU64 i = WholeIndex(hn::Floor(u), job.MaskX);
+  const VU64 j = WholeIndex(hn::Floor(v), job.MaskY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(i), RowOffset(surface, j));
+  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+  return true;
+}
+
+// The same for four texels, when the two of each row are neighbours: they come in one load.
+HWY_INLINE HWY_ATTR bool FetchPlainPairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+  const DD d;
+  const DU64 du64;
+  const DU2 du;
+  const VD half = hn::Set(d, 0.5);
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (HWY_UNLIKELY(!IsWithin(u, job.PlainWidth, v, job.PlainHeight))) {
+    return false;
+  }
+  const VD left = hn::Floor(u);
+  const VD bottom = hn::Floor(v);
+  const VU64 x = WholeIndex(left, job.MaskX);
+  if (HWY_UNLIKELY(!hn::AllFalse(du64, hn::Eq(x, hn::Set(du64, std::uint64_t{job.MaskX}))))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+  const VU64 across = hn::ShiftLeft<2>(x);
+  const auto fetch = [&](VD row) HWY_ATTR {
+    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, job.MaskY)));
+    return hn::BitCast(du,
+                       hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+  };
+  const auto low = fetch(bottom);
+  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
+  pairs->Left = hn::ConcatEven(du, high, low);
+  pairs->Right = hn::ConcatOdd(du, high, low);
+  pairs->FractionU = hn::Sub(u, left);
+  pairs->FractionV = hn::Sub(v, bottom);
+  return true;
+}
+
+#else // without gathers there is nothing to gain
+
+HWY_INLINE HWY_ATTR bool FetchPlainNearest(const TSpanJob&, VD, VD, VU*) { return false; }
+HWY_INLINE HWY_ATTR bool FetchPlainPairs(const TSpanJob&, VD, VD, TTexelPairs*) { return false; }
+
+#endif
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D
