@@ -49,8 +49,8 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
 
 // The fragment shader's colours as packed bytes, operation by operation.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                     VD t) {
+HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                   VD t) {
   const DD d;
   VD q = t;
   if constexpr (kPerspective) {
@@ -106,6 +106,17 @@ HWY_NOINLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots
   }
 }
 
+// The same out of the way of what is common.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                      VD t) {
+  // Values that stand between two bytes all along a row would cost both ways.
+  if (--row.Floats.Doubts < 0) {
+    row.Floats.Margin = 0.0f;
+  }
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+}
+
 // The fragment shader's colours as packed bytes.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
@@ -127,10 +138,7 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
       if (HWY_LIKELY(sure)) {
         return packed;
       }
-      // Values that stand between two bytes all along a row would cost both ways.
-      if (--row.Floats.Doubts < 0) {
-        row.Floats.Margin = 0.0f;
-      }
+      return UnsureColors<kTexels, kPerspective>(job, slots, row, t);
     }
   }
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);

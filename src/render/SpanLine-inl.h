@@ -86,7 +86,7 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
       row.Delta[4 * s + i] = end[i] - begin[i];
     }
   }
-  SetRowFloats(*job, slots, line.Count, &row);
+  row.Floats.Margin = 0.0f; // the values of t do not follow each other
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   HWY_ALIGN double t[TLinePixels::kMost + kMostLanes];
   const DD d;
