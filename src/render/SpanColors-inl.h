@@ -148,24 +148,24 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, double t) {
   const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
-  const auto slot = [&](int place) {
+  const auto slot = [&](int place, int count) {
     vec_t_<double, 4> v = {0, 0, 0, 0};
-    for (int i = 0; i < 4 && place >= 0; ++i) {
+    for (int i = 0; i < count && place >= 0; ++i) {
       const double value = row.Delta[place + i] * t + row.Begin[place + i];
       v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
     }
     return v;
   };
-  vec_t_<double, 4> color = slot(slots.Color);
+  vec_t_<double, 4> color = slot(slots.Color, 4);
   if (job.Texels != TTexelSource::None) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex), &texel);
+    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
     color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
                                              color.z * texel.z, color.w * texel.w}
                          : texel;
   }
   if (slots.Secondary >= 0) {
-    const vec_t_<double, 4> secondary = slot(slots.Secondary);
+    const vec_t_<double, 4> secondary = slot(slots.Secondary, 3);
     color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
   } else if (job.ZeroSecondary) {
     color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};

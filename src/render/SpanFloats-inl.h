@@ -67,9 +67,9 @@ inline HWY_ATTR float FloatMargin(double reach, double ratio, bool texels) {
 
 // --- What a row has ready
 
-HWY_INLINE HWY_ATTR void SetFloats(const double* from, double scale, float* to) {
+HWY_INLINE HWY_ATTR void SetFloats(const TRowParts& from, int place, double scale, float* to) {
   for (int i = 0; i < 4; ++i) {
-    to[i] = static_cast<float>(from[i] * scale);
+    to[i] = static_cast<float>(from[place + i] * scale);
   }
 }
 
@@ -77,11 +77,11 @@ inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, T
   TRowFloats& floats = row->Floats;
   const bool texels = job.Texels != TTexelSource::None;
   const double scale = texels ? 1.0 : 255.0;
-  SetFloats(row->Begin + slots.Color, scale, floats.Begin);
-  SetFloats(row->Delta + slots.Color, scale, floats.Delta);
+  SetFloats(row->Begin, slots.Color, scale, floats.Begin);
+  SetFloats(row->Delta, slots.Color, scale, floats.Delta);
   if (slots.Secondary >= 0) {
-    SetFloats(row->Begin + slots.Secondary, 255.0, floats.SecondaryBegin);
-    SetFloats(row->Delta + slots.Secondary, 255.0, floats.SecondaryDelta);
+    SetFloats(row->Begin, slots.Secondary, 255.0, floats.SecondaryBegin);
+    SetFloats(row->Delta, slots.Secondary, 255.0, floats.SecondaryDelta);
     floats.SecondaryBegin[3] = 0.0f;
     floats.SecondaryDelta[3] = 0.0f;
   }
@@ -93,11 +93,10 @@ inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, T
   }
 }
 
-// Settles whether and how a row of some pixels is drawn in single precision.
-inline HWY_ATTR void SetRowFloats(const TSpanJob& job, const TRowSlots& slots, int pixels,
-                                  TRow* row) {
+// Settles whether and how a row is drawn in single precision.
+inline HWY_ATTR void SetRowFloats(const TSpanJob& job, const TRowSlots& slots, TRow* row) {
   TRowFloats& floats = row->Floats;
-  floats.Margin = 0.0f;
+  const int pixels = row->Last - row->First + 1;
   if (job.Reach == 0.0 || pixels < static_cast<int>(HWY_LANES(double))) {
     return;
   }

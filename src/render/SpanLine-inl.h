@@ -77,16 +77,16 @@ inline constexpr TDrawScattered kLineWays[4][2] = {
 // Pixels of a line between vertices 0 and 1 of the job.
 inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
   const TRowSlots slots = RowSlotsOf(*job);
-  TRow row;
+  TRows rows;
   for (int s = 0; s < slots.Count; ++s) {
     const double* const begin = &job->Vertex[0][slots.Source[s]].x;
     const double* const end = &job->Vertex[1][slots.Source[s]].x;
     for (int i = 0; i < 4; ++i) {
-      row.Begin[4 * s + i] = begin[i];
-      row.Delta[4 * s + i] = end[i] - begin[i];
+      rows.Begin[4 * s + i][0] = begin[i];
+      rows.Delta[4 * s + i][0] = end[i] - begin[i];
     }
   }
-  row.Floats.Margin = 0.0f; // the values of t do not follow each other
+  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, {}};
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   HWY_ALIGN double t[TLinePixels::kMost + kMostLanes];
   const DD d;

@@ -1,7 +1,10 @@
 #include "SpanJob.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
+#include <emmintrin.h>
 
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
@@ -40,24 +43,37 @@ int StencilStepOf(TRenderCPU::TStencilFunction operation) {
 
 // --- What a triangle's values prove
 
-bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
-
-bool IsUnit(const TVec4& color) {
-  return IsUnit(color.x) && IsUnit(color.y) && IsUnit(color.z) && IsUnit(color.w);
+// A bit for each component of a slot.
+unsigned int BitsOf(__m128d low, __m128d high) {
+  return static_cast<unsigned int>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
 }
 
-bool IsUnitSlot(const TVertices& v, int slot) {
-  return IsUnit(v[0][slot]) && IsUnit(v[1][slot]) && IsUnit(v[2][slot]);
+// The components that lie in 0 to 1.
+unsigned int UnitBits(const TVec4& slot) {
+  const __m128d zero = _mm_setzero_pd();
+  const __m128d one = _mm_set1_pd(1.0);
+  const __m128d low = _mm_loadu_pd(&slot.x);
+  const __m128d high = _mm_loadu_pd(&slot.z);
+  return BitsOf(_mm_and_pd(_mm_cmpge_pd(low, zero), _mm_cmple_pd(low, one)),
+                _mm_and_pd(_mm_cmpge_pd(high, zero), _mm_cmple_pd(high, one)));
 }
 
+unsigned int UnitBits(const TVertices& v, int slot) {
+  return UnitBits(v[0][slot]) & UnitBits(v[1][slot]) & UnitBits(v[2][slot]);
+}
+
+// The components in which two slots are equal.
+unsigned int EqualBits(const TVec4& a, const TVec4& b) {
+  return BitsOf(_mm_cmpeq_pd(_mm_loadu_pd(&a.x), _mm_loadu_pd(&b.x)),
+                _mm_cmpeq_pd(_mm_loadu_pd(&a.z), _mm_loadu_pd(&b.z)));
+}
+
+// Whether the first three components are 0 at all vertices.
 bool IsZeroSlot(const TVertices& v, int slot) {
-  for (int i = 0; i < 3; ++i) {
-    const TVec4& at = v[i][slot];
-    if (at.x != 0.0 || at.y != 0.0 || at.z != 0.0) {
-      return false;
-    }
-  }
-  return true;
+  constexpr TVec4 kZero = {0, 0, 0, 0};
+  const unsigned int bits =
+      EqualBits(v[0][slot], kZero) & EqualBits(v[1][slot], kZero) & EqualBits(v[2][slot], kZero);
+  return (bits & 7) == 7;
 }
 
 // Whether 1/w, which stands in w of slot 0, stays so near that interpolated values stay within a
@@ -114,15 +130,15 @@ bool IsSteadyByte(double c) {
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
 // zeros, and every pixel computes the same value; otherwise it only stays near.
-void SettleConstants(const TVertices& v, TSpanJob* job) {
+void SettleConstants(const TVertices& v, unsigned int unit, TSpanJob* job) {
   const double r = v[0][0].w;
   const bool oneW = v[1][0].w == r && v[2][0].w == r;
-  for (int i = 0; i < 4; ++i) {
-    const auto k = static_cast<std::size_t>(i);
-    const double c = v[0][job->ColorSlot][k];
-    if (v[1][job->ColorSlot][k] != c || v[2][job->ColorSlot][k] != c || !IsUnit(c)) {
-      continue;
-    }
+  const TVec4& first = v[0][job->ColorSlot];
+  unsigned int same =
+      unit & EqualBits(first, v[1][job->ColorSlot]) & EqualBits(first, v[2][job->ColorSlot]);
+  for (; same != 0; same &= same - 1) {
+    const int i = std::countr_zero(same);
+    const double c = first[static_cast<std::size_t>(i)];
     double value = c;
     if (job->Perspective) {
       if (!oneW && !IsSteadyByte(c)) {
@@ -184,7 +200,7 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
 // Whether all texels lie in 0 to 1.
 bool AreUnitTexels(const TSpanJob& job) {
   return (job.Texels == TTexelSource::Nearest || job.Texels == TTexelSource::Linear) &&
-         IsUnit(job.Sampler->m_BorderColor);
+         UnitBits(job.Sampler->m_BorderColor) == 15;
 }
 
 } // namespace
@@ -285,10 +301,11 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     job->SecondarySlot = job->ZeroSecondary ? -1 : secondary;
   }
   const bool steady = !job->Perspective || IsSteady(v);
-  job->Clamp = !steady || job->SecondarySlot >= 0 || !IsUnitSlot(v, job->ColorSlot) ||
+  const unsigned int inside = UnitBits(v, job->ColorSlot);
+  job->Clamp = !steady || job->SecondarySlot >= 0 || inside != 15 ||
                (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
-    SettleConstants(v, job);
+    SettleConstants(v, inside, job);
   }
   if (steady) {
     job->Reach = ReachOf(v, *job);
@@ -311,7 +328,10 @@ bool TRenderCPU::_SettleJob(TSpanJob* job) const {
       return false;
     }
   }
-  job->Perspective = m_PerspectiveHint != GL_FASTEST;
+  // With w of 1 throughout, perspective multiplies by 1 and nothing else.
+  job->Perspective =
+      m_PerspectiveHint != GL_FASTEST &&
+      !(job->Vertex[0][0].w == 1.0 && job->Vertex[1][0].w == 1.0 && job->Vertex[2][0].w == 1.0);
   job->YSet = false;
   job->DepthSet = false;
   job->ColorSet = false;
@@ -342,7 +362,11 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   pending.Y = job->LastY;
   pending.Half = job->LastHalf;
   for (int i = 0; i < 3; ++i) {
-    CopyVar(pending.Vertex[i], v[i]);
+    // Four slots are all that most states have.
+    std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
+    if (m_VarCount > 4) {
+      CopyVar(pending.Vertex[i], v[i]);
+    }
   }
   if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
     _FlushFragment();

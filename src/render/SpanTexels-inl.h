@@ -12,23 +12,11 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
-#include "SpanJob.h"
+#include "SpanRows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-namespace hn = hwy::HWY_NAMESPACE;
-
-using DD = hn::ScalableTag<double>;
-using DI = hn::Rebind<std::int32_t, DD>;
-using DU = hn::Rebind<std::uint32_t, DD>;
-using DF = hn::Rebind<float, DD>;
-using VD = hn::Vec<DD>;
-using VI = hn::Vec<DI>;
-using VU = hn::Vec<DU>;
-using VF = hn::Vec<DF>;
-using MI = hn::Mask<DI>;
 
 struct TTexels {
   VD R, G, B, A;
