@@ -111,9 +111,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                       VD t) {
   // Values that stand between two bytes all along a row would cost both ways.
-  if (--row.Floats.Doubts < 0) {
-    row.Floats.Margin = 0.0f;
-  }
+  --row.Floats->Doubts;
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
@@ -128,7 +126,7 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
     }
   }
   if constexpr (kTexels != TTexelSource::Sampler) {
-    if (row.Floats.Margin > 0.0f) {
+    if (row.Floats != nullptr && row.Floats->Doubts > 0) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
         sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);

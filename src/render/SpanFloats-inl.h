@@ -73,49 +73,50 @@ HWY_INLINE HWY_ATTR void SetFloats(const TRowParts& from, int place, double scal
   }
 }
 
-inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, TRow* row) {
-  TRowFloats& floats = row->Floats;
+inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                  TRowFloats* floats) {
   const bool texels = job.Texels != TTexelSource::None;
   const double scale = texels ? 1.0 : 255.0;
-  SetFloats(row->Begin, slots.Color, scale, floats.Begin);
-  SetFloats(row->Delta, slots.Color, scale, floats.Delta);
+  SetFloats(row.Begin, slots.Color, scale, floats->Begin);
+  SetFloats(row.Delta, slots.Color, scale, floats->Delta);
   if (slots.Secondary >= 0) {
-    SetFloats(row->Begin, slots.Secondary, 255.0, floats.SecondaryBegin);
-    SetFloats(row->Delta, slots.Secondary, 255.0, floats.SecondaryDelta);
-    floats.SecondaryBegin[3] = 0.0f;
-    floats.SecondaryDelta[3] = 0.0f;
+    SetFloats(row.Begin, slots.Secondary, 255.0, floats->SecondaryBegin);
+    SetFloats(row.Delta, slots.Secondary, 255.0, floats->SecondaryDelta);
+    floats->SecondaryBegin[3] = 0.0f;
+    floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
     if ((job.ConstMask >> i & 1u) != 0) {
-      floats.Begin[i] = 0.0f;
-      floats.Delta[i] = 0.0f;
+      floats->Begin[i] = 0.0f;
+      floats->Delta[i] = 0.0f;
     }
   }
 }
 
-// Settles whether and how a row is drawn in single precision.
-inline HWY_ATTR void SetRowFloats(const TSpanJob& job, const TRowSlots& slots, TRow* row) {
-  TRowFloats& floats = row->Floats;
-  const int pixels = row->Last - row->First + 1;
-  if (job.Reach == 0.0 || pixels < static_cast<int>(HWY_LANES(double))) {
-    return;
+// Makes a row ready for single precision; false if it is not for that.
+inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                  TRowFloats* floats) {
+  const int pixels = row.Last - row.First + 1;
+  if (pixels < kLanes) {
+    return false;
   }
-  floats.Doubts = 3 + pixels / 64;
   double ratio = 1.0;
   if (job.Tinted) {
     if (job.Perspective) {
-      const double begin = row->Begin[3];
-      const double end = begin + row->Delta[3];
+      const double begin = row.Begin[3];
+      const double end = begin + row.Delta[3];
       ratio = std::max(begin, end) / std::min(begin, end);
       if (!(ratio <= kMostFloatRatio)) {
-        return;
+        return false;
       }
-      floats.WBegin = static_cast<float>(begin);
-      floats.WDelta = static_cast<float>(row->Delta[3]);
+      floats->WBegin = static_cast<float>(begin);
+      floats->WDelta = static_cast<float>(row.Delta[3]);
     }
-    SetRowColors(job, slots, row);
+    SetRowColors(job, slots, row, floats);
   }
-  floats.Margin = FloatMargin(job.Reach, ratio, job.Texels != TTexelSource::None);
+  floats->Doubts = 3 + pixels / 64;
+  floats->Margin = FloatMargin(job.Reach, ratio, job.Texels != TTexelSource::None);
+  return true;
 }
 
 // --- Channels, pixel by pixel, in two whole vectors
@@ -224,7 +225,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        VD t, VU* packed) {
   const DD d;
-  const TRowFloats& floats = row.Floats;
+  const TRowFloats& floats = *row.Floats;
   VD exactQ = t;
   if constexpr (kPerspective) {
     exactQ = hn::Div(hn::Set(d, 1.0),
@@ -280,7 +281,7 @@ template <bool kPerspective>
 HWY_INLINE HWY_ATTR bool PlainBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     VD t, VU* packed) {
   const DF df;
-  const TRowFloats& floats = row.Floats;
+  const TRowFloats& floats = *row.Floats;
   const VF near = hn::DemoteTo(df, t);
   const TChannels ts = Spread(near);
   TChannels q = ts;

@@ -86,7 +86,7 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLinePixels& line) {
       rows.Delta[4 * s + i][0] = end[i] - begin[i];
     }
   }
-  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, {}};
+  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
   constexpr std::size_t kMostLanes = HWY_LANES(double);
   HWY_ALIGN double t[TLinePixels::kMost + kMostLanes];
   const DD d;

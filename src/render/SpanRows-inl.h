@@ -75,8 +75,8 @@ struct TRowFloats {
   alignas(16) float SecondaryDelta[4];
   float WBegin;
   float WDelta;
-  mutable float Margin; ///< 0: the exact way
-  mutable int Doubts;   ///< groups that may still prove unsure before the row goes the exact way
+  float Margin;
+  int Doubts; ///< groups that may still prove unsure before the row goes the exact way
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
@@ -86,7 +86,7 @@ struct TRow {
   int First; ///< first covered pixel
   int Last;  ///< last covered pixel
   int Y;
-  TRowFloats Floats;
+  TRowFloats* Floats; ///< null: the exact way
 };
 
 // Rows that were made together, one a lane.
@@ -98,7 +98,7 @@ struct TRows {
   HWY_ALIGN int Y[kLanes];
 
   TRow At(int lane) const {
-    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], {}};
+    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], nullptr};
   }
 };
 
