@@ -10,19 +10,11 @@
 
 #include <hwy/highway.h>
 
-#include "SpanTexels-inl.h"
+#include "SpanFloats-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-// The values of one component of a slot.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
-  return kPerspective ? hn::Mul(value, q) : value;
-}
 
 // A channel as a byte in the low bits of each lane.
 HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
@@ -55,10 +47,10 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
   return hn::Or(even, hn::ShiftLeft<8>(odd));
 }
 
-// The fragment shader's colours as packed bytes.
+// The fragment shader's colours as packed bytes, operation by operation.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    VD t) {
+HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                   VD t) {
   const DD d;
   VD q = t;
   if constexpr (kPerspective) {
@@ -112,6 +104,42 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
     return hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)),
                   hn::Or(hn::ShiftLeft<16>(b), hn::ShiftLeft<24>(a)));
   }
+}
+
+// The same out of the way of what is common.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                      VD t) {
+  // Values that stand between two bytes all along a row would cost both ways.
+  --row.Floats->Doubts;
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+}
+
+// The fragment shader's colours as packed bytes.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    VD t) {
+  VU packed = hn::Set(DU(), job.ConstColor);
+  if constexpr (kTexels == TTexelSource::None) {
+    if (job.ConstMask == 15) {
+      return packed;
+    }
+  }
+  if constexpr (kTexels != TTexelSource::Sampler) {
+    if (row.Floats != nullptr && row.Floats->Doubts > 0) {
+      bool sure = false;
+      if constexpr (kTexels == TTexelSource::None) {
+        sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);
+      } else {
+        sure = TexturedBytes<kTexels, kPerspective>(job, slots, row, t, &packed);
+      }
+      if (HWY_LIKELY(sure)) {
+        return packed;
+      }
+      return UnsureColors<kTexels, kPerspective>(job, slots, row, t);
+    }
+  }
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
 // The colour that the fragment shader leaves at one pixel.

@@ -215,7 +215,7 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
       rows.Delta[4 * s + i][0] = end[i] - begin[i];
     }
   }
-  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0};
+  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
   const TRowResult result =
       kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
   const auto partAt = [&](int i) {

@@ -67,6 +67,18 @@ struct TRowParts {
   double operator[](int place) const { return At[place * kLanes]; }
 };
 
+// What a row's pixels read to be coloured in single precision: see SpanFloats-inl.h.
+struct TRowFloats {
+  alignas(16) float Begin[4]; ///< of the colour
+  alignas(16) float Delta[4];
+  alignas(16) float SecondaryBegin[4];
+  alignas(16) float SecondaryDelta[4];
+  float WBegin;
+  float WDelta;
+  float Margin;
+  int Doubts; ///< groups that may still prove unsure before the row goes the exact way
+};
+
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
 struct TRow {
   TRowParts Begin;
@@ -74,6 +86,7 @@ struct TRow {
   int First; ///< first covered pixel
   int Last;  ///< last covered pixel
   int Y;
+  TRowFloats* Floats; ///< null: the exact way
 };
 
 // Rows that were made together, one a lane.
@@ -85,7 +98,7 @@ struct TRows {
   HWY_ALIGN int Y[kLanes];
 
   TRow At(int lane) const {
-    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane]};
+    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], nullptr};
   }
 };
 

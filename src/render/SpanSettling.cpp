@@ -86,6 +86,41 @@ bool IsSteady(const TVertices& v) {
   return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
 }
 
+// What single precision has to know of the channels: the greatest of |c| at the vertices, twice
+// that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
+// floats lose nothing, or all is too narrow for a group of pixels.
+double ReachOf(const TVertices& v, const TSpanJob& job) {
+  const auto [left, right] = std::minmax({v[0][0].x, v[1][0].x, v[2][0].x});
+  if (right - left < 8.0) {
+    return 0.0;
+  }
+  double least = 0.0;
+  double most = 1.0;
+  for (const TVec4* const at : v) {
+    const double w = at[0].w;
+    if (job.Perspective && !(w > 1e-15 && w < 1e15)) {
+      return 0.0;
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+      const double c = at[job.ColorSlot][i];
+      const double added = job.SecondarySlot >= 0 ? at[job.SecondarySlot][i] : 0.0;
+      const double reach = std::fabs(c) + std::fabs(added);
+      if (!(reach <= 4.0)) {
+        return 0.0;
+      }
+      least = std::min({least, c, added});
+      most = std::max(most, reach);
+    }
+  }
+  return least < 0.0 ? 2.0 * most : most;
+}
+
+bool IsWhite(const TVertices& v, int slot) {
+  return std::all_of(std::begin(v), std::end(v), [slot](const TVec4* at) {
+    return at[slot].x == 1.0 && at[slot].y == 1.0 && at[slot].z == 1.0 && at[slot].w == 1.0;
+  });
+}
+
 // Whether a channel that is c at all vertices has the byte of c at all pixels.
 bool IsSteadyByte(double c) {
   const double value = c * 255.0 + 0.5;
@@ -127,6 +162,19 @@ bool IsByteTexture(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
 }
 
+// Within which coordinates only a mask wraps. A linear filter reads one texel further, but a mask
+// brings that one back.
+void SettlePlainRange(std::uint32_t wrap, int size, bool linear, double* range,
+                      std::uint32_t* mask) {
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    *range = 1048576.0;
+    *mask = static_cast<std::uint32_t>(size - 1);
+  } else {
+    *range = size - (linear ? 1 : 0);
+    *mask = 0xFFFFFFFFu;
+  }
+}
+
 // Tells where texels come from. False for a function that a caller put into the sampler.
 bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   using TSampler = TRenderCPU::TTexSampler;
@@ -141,7 +189,10 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   if (surface != nullptr && sampler.m_GetValue != &TSampler::GetValueBorder &&
       IsByteTexture(*surface) && sampler.m_SurfaceWidth == surface->Width &&
       sampler.m_SurfaceHeight == surface->Height) {
-    job->Texels = sampler.m_FilterMin == GL_NEAREST ? TTexelSource::Nearest : TTexelSource::Linear;
+    const bool linear = sampler.m_FilterMin != GL_NEAREST;
+    job->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
+    SettlePlainRange(sampler.m_WrapS, surface->Width, linear, &job->PlainWidth, &job->MaskX);
+    SettlePlainRange(sampler.m_WrapT, surface->Height, linear, &job->PlainHeight, &job->MaskY);
   }
   return true;
 }
@@ -220,6 +271,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   job->Modulate = true;
   job->ConstMask = 0;
   job->ConstColor = 0;
+  job->Reach = 0.0;
+  job->Tinted = true;
   const TTexUnit& unit = m_TexUnits[0];
   if (unit.TexEnabled) {
     job->TexSlot = m_VarTexCoord;
@@ -231,6 +284,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     if (!job->Modulate) {
       job->ColorSlot = -1;
       job->Clamp = !AreUnitTexels(*job);
+      job->Tinted = false;
+      job->Reach = 1.0;
       return true;
     }
   }
@@ -251,6 +306,11 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
                (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
     SettleConstants(v, inside, job);
+  }
+  if (steady) {
+    job->Reach = ReachOf(v, *job);
+    job->Tinted =
+        job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
   }
   return true;
 }

@@ -31,9 +31,14 @@ struct TLastPixels {
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     unsigned int covered, int start, TLastPixels* last) {
+  TRowFloats floats;
   for (; covered != 0; covered &= covered - 1) {
     const int lane = __builtin_ctz(covered);
-    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, rows.At(lane));
+    TRow row = rows.At(lane);
+    if (job.Reach > 0.0 && SetRowFloats(job, slots, row, &floats)) {
+      row.Floats = &floats;
+    }
+    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
     if (result.LastStencil >= 0) {
       last->Stencil = {start, lane, result.LastStencil};
     }
