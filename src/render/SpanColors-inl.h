@@ -50,10 +50,11 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
 // The fragment shader's colours as packed bytes, operation by operation.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                   VD t) {
+                                   const TColumns& at) {
   const DD d;
-  VD q = t;
-  if constexpr (kPerspective) {
+  const VD t = at.T;
+  VD q = at.Q;
+  if constexpr (kPerspective && kTexels == TTexelSource::None) {
     q = hn::Div(hn::Set(d, 1.0),
                 hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
   }
@@ -109,16 +110,16 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
 // The same out of the way of what is common.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                      VD t) {
+                                      const TColumns& at) {
   // Values that stand between two bytes all along a row would cost both ways.
   --row.Floats->Doubts;
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, at);
 }
 
 // The fragment shader's colours as packed bytes.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    VD t) {
+                                    const TColumns& at) {
   VU packed = hn::Set(DU(), job.ConstColor);
   if constexpr (kTexels == TTexelSource::None) {
     if (job.ConstMask == 15) {
@@ -129,17 +130,17 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
     if (row.Floats != nullptr && row.Floats->Doubts > 0) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
-        sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);
+        sure = PlainBytes<kPerspective>(job, slots, row, at, &packed);
       } else {
-        sure = TexturedBytes<kTexels, kPerspective>(job, slots, row, t, &packed);
+        sure = TexturedBytes<kTexels, kPerspective>(job, slots, row, at, &packed);
       }
       if (HWY_LIKELY(sure)) {
         return packed;
       }
-      return UnsureColors<kTexels, kPerspective>(job, slots, row, t);
+      return UnsureColors<kTexels, kPerspective>(job, slots, row, at);
     }
   }
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, at);
 }
 
 // The colour that the fragment shader leaves at one pixel.

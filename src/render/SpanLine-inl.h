@@ -75,20 +75,24 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
     const int last = run.Leftward ? run.First : run.Last;
     return {last, last};
   }
+  const auto columnsFrom = [&](int from) HWY_ATTR {
+    return ColumnsAt<kTexels, kPerspective>(row,
+                                            LineT(row, 0, hn::Iota(d, static_cast<double>(from))));
+  };
   TRowResult result = {-1, -1};
   const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
   int x = run.First;
   for (; x + lanes - 1 <= run.Last; x += lanes) {
-    const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
-    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, targetsAt(x)),
+    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, columnsFrom(x), all,
+                                                            targetsAt(x)),
                  x, run.Leftward, &result);
   }
   if (x > run.Last) {
     return result;
   }
-  const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
   NoteRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                   job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
+                   job, slots, row, columnsFrom(x), static_cast<std::size_t>(run.Last - x + 1),
+                   targetsAt(x)),
                x, run.Leftward, &result);
   return result;
 }

@@ -164,7 +164,7 @@ HWY_INLINE HWY_ATTR void StoreStencil(VI values, MI live, unsigned char* stencil
 // One group of pixels at t; only those in `live` exist.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD t, MI live,
+                                           const TRow& row, const TColumns& at, MI live,
                                            const TGroupTargets& to) {
   const DI di;
   const DU du;
@@ -184,7 +184,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   result.Stencil = BitsOf(pass);
 
   if (job.DepthTest || job.DepthWrite) {
-    VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
+    VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, at.T, at.T));
     if (job.AddOffset) {
       depth = hn::Add(depth, hn::Set(df, job.Offset));
     }
@@ -210,7 +210,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
     return result;
   }
 
-  VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
+  VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, at);
   if (!kMaskedAccess || job.Blend || job.ColorMask != 15) {
     const VU before = LoadLive(du, live, to.Color);
     if (job.Blend) {
@@ -258,7 +258,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlots& slots,
                                               const TRow& row, const double* t, std::size_t count,
                                               TGroupCopies* copies) {
-  const VD at = hn::Load(DD(), t);
+  const TColumns at = ColumnsAt<kTexels, kPerspective>(row, hn::Load(DD(), t));
   const MI live = hn::FirstN(DI(), count);
   if (job.Stencil != nullptr) {
     return DrawGroup<kTexels, kPerspective, true>(job, slots, row, at, live,
@@ -291,10 +291,10 @@ HWY_INLINE HWY_ATTR void StoreFirst(D d, std::size_t count, const T* copy, T* to
 // are read and written, the copies are made by it; nothing but those pixels is touched.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, VD t, std::size_t count,
-                                                  const TGroupTargets& to) {
+                                                  const TRow& row, const TColumns& at,
+                                                  std::size_t count, const TGroupTargets& to) {
   if constexpr (kMaskedAccess) {
-    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, hn::FirstN(DI(), count),
+    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, at, hn::FirstN(DI(), count),
                                                       to);
   } else {
     const DU du;
@@ -309,7 +309,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
       std::memcpy(copies.Stencil, to.Stencil, count);
     }
     HWY_ALIGN double values[HWY_LANES(double)];
-    hn::Store(t, DD(), values);
+    hn::Store(at.T, DD(), values);
     const TGroupResult result =
         DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
     StoreFirst(du, count, copies.Color, to.Color);
@@ -418,6 +418,17 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   TRowResult result = {-1, -1};
   int x = row.First;
   int runEnd = x; // up to here no whole run was found to fail
+  const auto columnsFrom = [&](int from) HWY_ATTR {
+    return ColumnsAt<kTexels, kPerspective>(row,
+                                            ColumnT(row, hn::Iota(d, static_cast<double>(from))));
+  };
+  // With texels the columns of the next group are worked out ahead: their divisions, one upon the
+  // other, take longer than the group before.
+  constexpr bool kAhead = kTexels != TTexelSource::None;
+  TColumns ahead;
+  if (kAhead) {
+    ahead = columnsFrom(x);
+  }
   while (x + lanes - 1 <= row.Last) {
     if (mayFailWhole && x >= runEnd) {
       if (x + kDepthRun - 1 <= row.Last && FailsWhole(job, row, x, to.Depth)) {
@@ -426,12 +437,18 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
         runEnd = x;
         to.Color += kDepthRun;
         to.Depth += kDepthRun;
+        if (kAhead) {
+          ahead = columnsFrom(x);
+        }
         continue;
       }
       runEnd = x + kDepthRun;
     }
-    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, to), x, &result);
+    const TColumns at = kAhead ? ahead : columnsFrom(x);
+    if (kAhead) {
+      ahead = columnsFrom(x + lanes);
+    }
+    NoteGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, at, all, to), x, &result);
     x += lanes;
     to.Color += lanes;
     to.Depth += lanes;
@@ -439,8 +456,8 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   }
   if (x <= row.Last) {
     const auto count = static_cast<std::size_t>(row.Last - x + 1);
-    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to), x,
+    const TColumns at = kAhead ? ahead : columnsFrom(x);
+    NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, at, count, to), x,
               &result);
   }
   return result;
