@@ -76,15 +76,13 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     put(3, std::integral_constant<int, 24>());
     return packed;
   } else {
-    const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
-    const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     TTexels texels;
     if constexpr (kTexels == TTexelSource::Nearest) {
-      texels = NearestTexels(job.Sampler, s, u);
+      texels = NearestTexels(job.Sampler, at.Across, at.Along);
     } else if constexpr (kTexels == TTexelSource::Linear) {
-      texels = LinearTexels(job.Sampler, s, u);
+      texels = LinearTexels(job.Sampler, at.Across, at.Along);
     } else {
-      texels = SampledTexels(job.Sampler, s, u);
+      texels = SampledTexels(job.Sampler, at.Across, at.Along);
     }
     VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
     if (job.Modulate) {

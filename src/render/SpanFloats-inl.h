@@ -33,15 +33,17 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 // is drawn: two divisions, one after the other, take longer than all the rest.
 struct TColumns {
   VD T;
-  VD Q;     ///< 1 over 1/w, for texture coordinates
+  VD Q;      ///< 1 over 1/w, with texels
+  VD Across; ///< the texture's coordinates
+  VD Along;
   VF NearQ; ///< the same in single precision, for colours alone
 };
 
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR TColumns ColumnsAt(const TRow& row, VD t) {
+HWY_INLINE HWY_ATTR TColumns ColumnsAt(const TRowSlots& slots, const TRow& row, VD t) {
   const DD d;
   const DF df;
-  TColumns at = {t, t, hn::Zero(df)};
+  TColumns at = {t, t, t, t, hn::Zero(df)};
   if constexpr (kPerspective && kTexels != TTexelSource::None) {
     at.Q = hn::Div(hn::Set(d, 1.0),
                    hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
@@ -51,6 +53,10 @@ HWY_INLINE HWY_ATTR TColumns ColumnsAt(const TRow& row, VD t) {
                            hn::Set(df, row.Floats->WBegin));
       at.NearQ = hn::Div(hn::Set(df, 1.0f), w);
     }
+  }
+  if constexpr (kTexels != TTexelSource::None) {
+    at.Across = Interpolated<kPerspective>(row, slots.Tex, t, at.Q);
+    at.Along = Interpolated<kPerspective>(row, slots.Tex + 1, t, at.Q);
   }
   return at;
 }
@@ -253,14 +259,12 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        const TColumns& at, VU* packed) {
   const TRowFloats& floats = *row.Floats;
-  const VD s = Interpolated<kPerspective>(row, slots.Tex, at.T, at.Q);
-  const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, at.T, at.Q);
   TChannels value;
   if constexpr (kTexels == TTexelSource::Nearest) {
     VU texels = hn::Zero(DU());
-    if (!FetchPlainNearest(job, s, u, &texels)) {
+    if (!FetchPlainNearest(job, at.Across, at.Along, &texels)) {
       VU any = texels;
-      if (!FetchAnyNearest(*job.Sampler, s, u, &any)) {
+      if (!FetchAnyNearest(*job.Sampler, at.Across, at.Along, &any)) {
         return false;
       }
       texels = any;
@@ -274,9 +278,9 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
     value = ChannelsOf(texels);
   } else {
     TTexelPairs texels;
-    if (!FetchPlainPairs(job, s, u, &texels)) {
+    if (!FetchPlainPairs(job, at.Across, at.Along, &texels)) {
       TTexelPairs any;
-      if (!FetchAnyPairs(*job.Sampler, s, u, &any)) {
+      if (!FetchAnyPairs(*job.Sampler, at.Across, at.Along, &any)) {
         return false;
       }
       texels = any;

@@ -76,7 +76,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
     return {last, last};
   }
   const auto columnsFrom = [&](int from) HWY_ATTR {
-    return ColumnsAt<kTexels, kPerspective>(row,
+    return ColumnsAt<kTexels, kPerspective>(slots, row,
                                             LineT(row, 0, hn::Iota(d, static_cast<double>(from))));
   };
   TRowResult result = {-1, -1};

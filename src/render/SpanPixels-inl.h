@@ -258,7 +258,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlots& slots,
                                               const TRow& row, const double* t, std::size_t count,
                                               TGroupCopies* copies) {
-  const TColumns at = ColumnsAt<kTexels, kPerspective>(row, hn::Load(DD(), t));
+  const TColumns at = ColumnsAt<kTexels, kPerspective>(slots, row, hn::Load(DD(), t));
   const MI live = hn::FirstN(DI(), count);
   if (job.Stencil != nullptr) {
     return DrawGroup<kTexels, kPerspective, true>(job, slots, row, at, live,
@@ -419,7 +419,7 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   int x = row.First;
   int runEnd = x; // up to here no whole run was found to fail
   const auto columnsFrom = [&](int from) HWY_ATTR {
-    return ColumnsAt<kTexels, kPerspective>(row,
+    return ColumnsAt<kTexels, kPerspective>(slots, row,
                                             ColumnT(row, hn::Iota(d, static_cast<double>(from))));
   };
   // With texels the columns of the next group are worked out ahead: their divisions, one upon the
