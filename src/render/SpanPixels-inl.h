@@ -12,8 +12,7 @@
 
 #include <hwy/highway.h>
 
-#include "SpanColors-inl.h"
-#include "SpanTests-inl.h"
+#include "SpanPlain-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -347,22 +346,27 @@ inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, con
 
 // --- Rows
 
-// The colours of a run; `t` is null where it was not worked out.
+// The colours of a run at t, which is filled for whole vectors.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    int x, std::uint64_t shaded, const double* t,
+                                    int count, std::uint64_t shaded, const double* t,
                                     std::uint32_t* color) {
   const DD d;
   const DU du;
   const bool output = job.Blend || job.ColorMask != 15;
-  for (int i = 0; i < kRun && shaded >> i != 0; i += kLanes) {
+  int i = 0;
+  if constexpr (kTexels == TTexelSource::None) {
+    if (!output && row.Floats != nullptr && job.ConstMask != 15) {
+      i = DrawPlainColors<kPerspective>(job, slots, row, count, shaded, t, color);
+    }
+  }
+  for (; i < count; i += kLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
     if (bits == 0) {
       continue;
     }
     const MI live = MaskOfBits(bits);
-    const VD at = t != nullptr ? hn::Load(d, t + i) : ColumnT(row, x + i);
-    VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, at);
+    VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i));
     if (!kMaskedAccess || output) {
       const VU before = LoadLive(du, live, color + i);
       packed = OutputColors(job, packed, before);
@@ -384,11 +388,14 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
     tested &= StencilBits(job, stencil);
   }
-  HWY_ALIGN double t[kRun];
-  const bool useDepth = job.DepthTest || job.DepthWrite;
+  HWY_ALIGN double t[kRun + 2 * kLanes];
   std::uint64_t shaded = tested;
-  if (useDepth) {
+  if (job.DepthTest || job.DepthWrite) {
     shaded = DrawDepths(job, {&row, x, count, to.Depth, t}, tested);
+  } else {
+    for (int i = 0; i < count; i += kLanes) {
+      hn::Store(ColumnT(row, x + i), DD(), t + i);
+    }
   }
   if (kStencil) {
     StepStencils(job, job.StencilFail, live & ~tested, &stencil);
@@ -404,7 +411,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   }
   result->LastShaded = x + 63 - __builtin_clzll(shaded);
   if (job.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, x, shaded, useDepth ? t : nullptr, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, count, shaded, t, to.Color);
   }
 }
 
