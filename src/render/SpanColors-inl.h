@@ -50,11 +50,10 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
 // The fragment shader's colours as packed bytes, operation by operation.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                   const TColumns& at) {
+                                   VD t) {
   const DD d;
-  const VD t = at.T;
-  VD q = at.Q;
-  if constexpr (kPerspective && kTexels == TTexelSource::None) {
+  VD q = t;
+  if constexpr (kPerspective) {
     q = hn::Div(hn::Set(d, 1.0),
                 hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
   }
@@ -76,13 +75,15 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     put(3, std::integral_constant<int, 24>());
     return packed;
   } else {
+    const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
+    const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     TTexels texels;
     if constexpr (kTexels == TTexelSource::Nearest) {
-      texels = NearestTexels(job.Sampler, at.Across, at.Along);
+      texels = NearestTexels(job.Sampler, s, u);
     } else if constexpr (kTexels == TTexelSource::Linear) {
-      texels = LinearTexels(job.Sampler, at.Across, at.Along);
+      texels = LinearTexels(job.Sampler, s, u);
     } else {
-      texels = SampledTexels(job.Sampler, at.Across, at.Along);
+      texels = SampledTexels(job.Sampler, s, u);
     }
     VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
     if (job.Modulate) {
@@ -108,16 +109,16 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
 // The same out of the way of what is common.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                      const TColumns& at) {
+                                      VD t) {
   // Values that stand between two bytes all along a row would cost both ways.
   --row.Floats->Doubts;
-  return ExactColors<kTexels, kPerspective>(job, slots, row, at);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
 // The fragment shader's colours as packed bytes.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    const TColumns& at) {
+                                    VD t) {
   VU packed = hn::Set(DU(), job.ConstColor);
   if constexpr (kTexels == TTexelSource::None) {
     if (job.ConstMask == 15) {
@@ -128,17 +129,18 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
     if (row.Floats != nullptr && row.Floats->Doubts > 0) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
-        sure = PlainBytes<kPerspective>(job, slots, row, at, &packed);
+        sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);
       } else {
-        sure = TexturedBytes<kTexels, kPerspective>(job, slots, row, at, &packed);
+        sure = TexturedBytes<kTexels, kPerspective>(
+            job, slots, row, ColumnsAt<kPerspective>(slots, row, t), &packed);
       }
       if (HWY_LIKELY(sure)) {
         return packed;
       }
-      return UnsureColors<kTexels, kPerspective>(job, slots, row, at);
+      return UnsureColors<kTexels, kPerspective>(job, slots, row, t);
     }
   }
-  return ExactColors<kTexels, kPerspective>(job, slots, row, at);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
 // The colour that the fragment shader leaves at one pixel.

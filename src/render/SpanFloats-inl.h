@@ -27,38 +27,24 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
-// --- The columns of a group
-
-// What depends on nothing but where a group's pixels stand. It is worked out while the group before
-// is drawn: two divisions, one after the other, take longer than all the rest.
+// What depends on nothing but where a group of textured pixels stands.
 struct TColumns {
   VD T;
-  VD Q;      ///< 1 over 1/w, with texels
+  VD Q;      ///< 1 over 1/w
   VD Across; ///< the texture's coordinates
   VD Along;
-  VF NearQ; ///< the same in single precision, for colours alone
 };
 
-template <TTexelSource kTexels, bool kPerspective>
+template <bool kPerspective>
 HWY_INLINE HWY_ATTR TColumns ColumnsAt(const TRowSlots& slots, const TRow& row, VD t) {
   const DD d;
-  const DF df;
-  TColumns at = {t, t, t, t, hn::Zero(df)};
-  if constexpr (kPerspective && kTexels != TTexelSource::None) {
-    at.Q = hn::Div(hn::Set(d, 1.0),
-                   hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  } else if constexpr (kPerspective) {
-    if (row.Floats != nullptr) {
-      const VF w = hn::Add(hn::Mul(hn::Set(df, row.Floats->WDelta), hn::DemoteTo(df, t)),
-                           hn::Set(df, row.Floats->WBegin));
-      at.NearQ = hn::Div(hn::Set(df, 1.0f), w);
-    }
+  VD q = t;
+  if constexpr (kPerspective) {
+    q = hn::Div(hn::Set(d, 1.0),
+                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
   }
-  if constexpr (kTexels != TTexelSource::None) {
-    at.Across = Interpolated<kPerspective>(row, slots.Tex, t, at.Q);
-    at.Along = Interpolated<kPerspective>(row, slots.Tex + 1, t, at.Q);
-  }
-  return at;
+  return {t, q, Interpolated<kPerspective>(row, slots.Tex, t, q),
+          Interpolated<kPerspective>(row, slots.Tex + 1, t, q)};
 }
 
 // --- The proof
@@ -305,10 +291,16 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
 // The same without a texture.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR bool PlainBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    const TColumns& at, VU* packed) {
+                                    VD t, VU* packed) {
+  const DF df;
   const TRowFloats& floats = *row.Floats;
-  const TChannels ts = Spread(hn::DemoteTo(DF(), at.T));
-  const TChannels q = kPerspective ? Spread(at.NearQ) : ts;
+  const VF near = hn::DemoteTo(df, t);
+  const TChannels ts = Spread(near);
+  TChannels q = ts;
+  if constexpr (kPerspective) {
+    const VF w = hn::Add(hn::Mul(hn::Set(df, floats.WDelta), near), hn::Set(df, floats.WBegin));
+    q = Spread(hn::Div(hn::Set(df, 1.0f), w));
+  }
   TChannels value = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
   if (slots.Secondary >= 0) {
     const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);

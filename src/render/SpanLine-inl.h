@@ -57,8 +57,8 @@ HWY_INLINE void NoteRunGroup(TGroupResult group, int x, bool leftward, TRowResul
 
 // A run as a row is drawn.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& slots,
-                                         const TRow& row, const TLineRun& run) {
+HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
+                                             const TRow& row, const TLineRun& run) {
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
@@ -75,24 +75,20 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
     const int last = run.Leftward ? run.First : run.Last;
     return {last, last};
   }
-  const auto columnsFrom = [&](int from) HWY_ATTR {
-    return ColumnsAt<kTexels, kPerspective>(slots, row,
-                                            LineT(row, 0, hn::Iota(d, static_cast<double>(from))));
-  };
   TRowResult result = {-1, -1};
   const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
   int x = run.First;
   for (; x + lanes - 1 <= run.Last; x += lanes) {
-    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, columnsFrom(x), all,
-                                                            targetsAt(x)),
+    const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
+    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, targetsAt(x)),
                  x, run.Leftward, &result);
   }
   if (x > run.Last) {
     return result;
   }
+  const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
   NoteRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                   job, slots, row, columnsFrom(x), static_cast<std::size_t>(run.Last - x + 1),
-                   targetsAt(x)),
+                   job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
                x, run.Leftward, &result);
   return result;
 }
@@ -184,8 +180,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
                           leftward ? a : b, leftward};
     const TRowResult drawn = job.Stencil != nullptr
-                                 ? DrawRun<kTexels, kPerspective, true>(job, slots, row, run)
-                                 : DrawRun<kTexels, kPerspective, false>(job, slots, row, run);
+                                 ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, run)
+                                 : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, run);
     if (drawn.LastStencil >= 0) {
       result.LastStencil = (drawn.LastStencil - walk.From[0]) * walk.Step[0];
     }

@@ -1,0 +1,54 @@
+// The colours of a run of textured pixels, in stages: divisions, then texels and bytes. One upon
+// the other they would take longer than a processor looks ahead. Included once for each instruction
+// set.
+
+#if defined(ZX_RENDER_SPANTEXTURED_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANTEXTURED_INL_H_
+#undef ZX_RENDER_SPANTEXTURED_INL_H_
+#else
+#define ZX_RENDER_SPANTEXTURED_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include "SpanTests-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// The packed colours of a run of `count` pixels, for whole vectors, of those groups that have one
+// in `shaded`.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRow& row, int count, std::uint64_t shaded,
+                                        const double* t, std::uint32_t* packed) {
+  const DD d;
+  HWY_ALIGN double q[kRun + kLanes];
+  HWY_ALIGN double across[kRun + kLanes];
+  HWY_ALIGN double along[kRun + kLanes];
+  for (int i = 0; i < count; i += kLanes) {
+    const TColumns at = ColumnsAt<kPerspective>(slots, row, hn::Load(d, t + i));
+    hn::Store(at.Q, d, q + i);
+    hn::Store(at.Across, d, across + i);
+    hn::Store(at.Along, d, along + i);
+  }
+  for (int i = 0; i < count; i += kLanes) {
+    if ((shaded >> i & FirstBits(kLanes)) == 0) {
+      continue;
+    }
+    const TColumns at = {hn::Load(d, t + i), hn::Load(d, q + i), hn::Load(d, across + i),
+                         hn::Load(d, along + i)};
+    VU colors = hn::Zero(DU());
+    if (HWY_UNLIKELY((!TexturedBytes<kTexels, kPerspective>(job, slots, row, at, &colors)))) {
+      colors = UnsureColors<kTexels, kPerspective>(job, slots, row, at.T);
+    }
+    hn::Store(colors, DU(), packed + i);
+  }
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif
