@@ -131,8 +131,9 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
       if constexpr (kTexels == TTexelSource::None) {
         sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);
       } else {
-        sure = TexturedBytes<kTexels, kPerspective>(
-            job, slots, row, ColumnsAt<kPerspective>(slots, row, t), &packed);
+        TReadyTexels ready;
+        sure = ReadyTexels<kTexels, kPerspective>(job, slots, row, t, &ready) &&
+               TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats, ready, &packed);
       }
       if (HWY_LIKELY(sure)) {
         return packed;

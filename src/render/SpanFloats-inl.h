@@ -27,26 +27,6 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
-// What depends on nothing but where a group of textured pixels stands.
-struct TColumns {
-  VD T;
-  VD Q;      ///< 1 over 1/w
-  VD Across; ///< the texture's coordinates
-  VD Along;
-};
-
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR TColumns ColumnsAt(const TRowSlots& slots, const TRow& row, VD t) {
-  const DD d;
-  VD q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(d, 1.0),
-                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  }
-  return {t, q, Interpolated<kPerspective>(row, slots.Tex, t, q),
-          Interpolated<kPerspective>(row, slots.Tex + 1, t, q)};
-}
-
 // --- The proof
 //
 // The exact way works out a channel's value v in doubles and takes the truncation of v * 255 + 0.5.
@@ -224,12 +204,47 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
   return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
 }
 
+// What a group of textured pixels has ready for its colours.
+struct TReadyTexels {
+  VU Nearest;
+  TTexelPairs Pairs;
+  VF T;
+  VF Q; ///< 1 over 1/w
+};
+
+// Works out coordinates and fetches texels; false where only the exact way is sure.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR bool ReadyTexels(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                     VD t, TReadyTexels* ready) {
+  const DD d;
+  const DF df;
+  VD q = t;
+  if constexpr (kPerspective) {
+    q = hn::Div(hn::Set(d, 1.0),
+                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
+  }
+  const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
+  const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
+  if (job.Tinted) {
+    ready->T = hn::DemoteTo(df, t);
+    if (kPerspective) {
+      ready->Q = hn::DemoteTo(df, q);
+    }
+  }
+  if constexpr (kTexels == TTexelSource::Nearest) {
+    return FetchPlainNearest(job, across, along, &ready->Nearest) ||
+           FetchAnyNearest(*job.Sampler, across, along, &ready->Nearest);
+  } else {
+    return FetchPlainPairs(job, across, along, &ready->Pairs) ||
+           FetchAnyPairs(*job.Sampler, across, along, &ready->Pairs);
+  }
+}
+
 // Mixes four texels of each pixel, by the steps of the sampler.
 HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
-  const DF df;
   const DU du;
-  const TChannels fu = Spread(hn::DemoteTo(df, texels.FractionU));
-  const TChannels fv = Spread(hn::DemoteTo(df, texels.FractionV));
+  const TChannels fu = Spread(texels.FractionU);
+  const TChannels fv = Spread(texels.FractionV);
   const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
   const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
   const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
@@ -242,46 +257,25 @@ HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
 
 // Packed colours of textured pixels; false where only the exact way is sure.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                       const TColumns& at, VU* packed) {
-  const TRowFloats& floats = *row.Floats;
-  TChannels value;
-  if constexpr (kTexels == TTexelSource::Nearest) {
-    VU texels = hn::Zero(DU());
-    if (!FetchPlainNearest(job, at.Across, at.Along, &texels)) {
-      VU any = texels;
-      if (!FetchAnyNearest(*job.Sampler, at.Across, at.Along, &any)) {
-        return false;
-      }
-      texels = any;
-    }
-    if (!job.Tinted) {
-      // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
-      // place, also when it is multiplied by a 1 that interpolation left so near.
-      *packed = texels;
-      return true;
-    }
-    value = ChannelsOf(texels);
-  } else {
-    TTexelPairs texels;
-    if (!FetchPlainPairs(job, at.Across, at.Along, &texels)) {
-      TTexelPairs any;
-      if (!FetchAnyPairs(*job.Sampler, at.Across, at.Along, &any)) {
-        return false;
-      }
-      texels = any;
-    }
-    value = MixTexels(texels);
+HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                       const TRowFloats& floats, const TReadyTexels& ready,
+                                       VU* packed) {
+  if (kTexels == TTexelSource::Nearest && !job.Tinted) {
+    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
+    // place, also when it is multiplied by a 1 that interpolation left so near.
+    *packed = ready.Nearest;
+    return true;
   }
+  TChannels value =
+      kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
   if (job.Tinted) {
-    const DF df;
-    const TChannels ts = Spread(hn::DemoteTo(df, at.T));
-    const TChannels q = kPerspective ? Spread(hn::DemoteTo(df, at.Q)) : ts;
-    const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
+    const TChannels t = Spread(ready.T);
+    const TChannels q = kPerspective ? Spread(ready.Q) : t;
+    const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
     value = {hn::Mul(value.Low, tint.Low), hn::Mul(value.High, tint.High)};
     if (slots.Secondary >= 0) {
       const TChannels sum =
-          SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
+          SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
       value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
     }
   }

@@ -242,7 +242,7 @@ using VU64 = hn::Vec<DU64>;
 // low halves; and how they are mixed.
 struct TTexelPairs {
   hn::Vec<DU2> Left, Right;
-  VD FractionU, FractionV;
+  VF FractionU, FractionV;
 };
 
 // Any texels within the texture. False where an index does not fit or a border shows.
@@ -264,8 +264,8 @@ HWY_NOINLINE HWY_ATTR bool FetchAnyPairs(const TRenderCPU::TTexSampler& sampler,
       hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
   pairs->Right =
       hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
-  pairs->FractionU = at.FractionU;
-  pairs->FractionV = at.FractionV;
+  pairs->FractionU = hn::DemoteTo(DF(), at.FractionU);
+  pairs->FractionV = hn::DemoteTo(DF(), at.FractionV);
   return true;
 }
 
@@ -340,8 +340,8 @@ HWY_INLINE HWY_ATTR bool FetchPlainPairs(const TSpanJob& job, VD s, VD t, TTexel
   const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
   pairs->Left = hn::ConcatEven(du, high, low);
   pairs->Right = hn::ConcatOdd(du, high, low);
-  pairs->FractionU = hn::Sub(u, left);
-  pairs->FractionV = hn::Sub(v, bottom);
+  pairs->FractionU = hn::DemoteTo(DF(), hn::Sub(u, left));
+  pairs->FractionV = hn::DemoteTo(DF(), hn::Sub(v, bottom));
   return true;
 }
 

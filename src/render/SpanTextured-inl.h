@@ -24,24 +24,24 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
                                         const TRow& row, int count, std::uint64_t shaded,
                                         const double* t, std::uint32_t* packed) {
   const DD d;
-  HWY_ALIGN double q[kRun + kLanes];
-  HWY_ALIGN double across[kRun + kLanes];
-  HWY_ALIGN double along[kRun + kLanes];
+  TReadyTexels ready[kRun / kLanes];
+  std::uint64_t unsure = 0;
   for (int i = 0; i < count; i += kLanes) {
-    const TColumns at = ColumnsAt<kPerspective>(slots, row, hn::Load(d, t + i));
-    hn::Store(at.Q, d, q + i);
-    hn::Store(at.Across, d, across + i);
-    hn::Store(at.Along, d, along + i);
+    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
+    if (bits != 0 && HWY_UNLIKELY((!ReadyTexels<kTexels, kPerspective>(
+                         job, slots, row, hn::Load(d, t + i), &ready[i / kLanes])))) {
+      unsure |= bits << i;
+    }
   }
   for (int i = 0; i < count; i += kLanes) {
     if ((shaded >> i & FirstBits(kLanes)) == 0) {
       continue;
     }
-    const TColumns at = {hn::Load(d, t + i), hn::Load(d, q + i), hn::Load(d, across + i),
-                         hn::Load(d, along + i)};
     VU colors = hn::Zero(DU());
-    if (HWY_UNLIKELY((!TexturedBytes<kTexels, kPerspective>(job, slots, row, at, &colors)))) {
-      colors = UnsureColors<kTexels, kPerspective>(job, slots, row, at.T);
+    if (HWY_UNLIKELY((unsure >> i & FirstBits(kLanes)) != 0 ||
+                     (!TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats,
+                                                            ready[i / kLanes], &colors)))) {
+      colors = UnsureColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i));
     }
     hn::Store(colors, DU(), packed + i);
   }
