@@ -97,10 +97,12 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
         }
       }
     }
-    const VU r = ChannelByte(channel[0], job.Clamp);
-    const VU g = ChannelByte(channel[1], job.Clamp);
-    const VU b = ChannelByte(channel[2], job.Clamp);
-    const VU a = ChannelByte(channel[3], job.Clamp);
+    // A coordinate that fits no index leaves a fraction of any size, or a NaN.
+    const bool clamp = job.Clamp || kTexels == TTexelSource::Linear;
+    const VU r = ChannelByte(channel[0], clamp);
+    const VU g = ChannelByte(channel[1], clamp);
+    const VU b = ChannelByte(channel[2], clamp);
+    const VU a = ChannelByte(channel[3], clamp);
     return hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)),
                   hn::Or(hn::ShiftLeft<16>(b), hn::ShiftLeft<24>(a)));
   }

@@ -1,0 +1,225 @@
+// Colours that stand on the edge of a byte, and coordinates and depths at the ends of their ranges:
+// where single precision must step aside, every instruction set leaves what the plain walker does.
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../../src/render/SpanJob.h"
+#include "Scene.h"
+
+namespace {
+
+using Zx3D::TRenderCPU;
+using zx_test::TScene;
+
+constexpr int kWidth = 83; // whole groups at every level, and a rest
+constexpr int kHeight = 21;
+
+struct TCorner {
+  double X, Y, W;
+  double R, G, B, A;
+  double S, T;
+};
+
+// Two triangles of four corners, whose places are in w already.
+void DrawQuad(TRenderCPU& gl, const TCorner (&corners)[4]) {
+  gl.Begin(GL_QUADS);
+  for (const TCorner& c : corners) {
+    gl.Color4d(c.R, c.G, c.B, c.A);
+    gl.TexCoord2d(c.S, c.T);
+    gl.Vertex4d(c.X * c.W, c.Y * c.W, 0.0, c.W);
+  }
+  gl.End();
+}
+
+void SetTexture(TRenderCPU& gl, int width, int height, unsigned int filter) {
+  unsigned int id = 0;
+  gl.GenTextures(1, &id);
+  gl.BindTexture(GL_TEXTURE_2D, id);
+  std::vector<unsigned char> texels(static_cast<std::size_t>(4 * width * height));
+  std::uint32_t state = 12345;
+  for (unsigned char& byte : texels) {
+    state = state * 1664525u + 1013904223u;
+    // Whole bytes, the ends of the range, and pairs whose mean is between two bytes.
+    byte = static_cast<unsigned char>(state >> 31 != 0 ? state >> 24 : (state >> 28) % 2 * 255);
+  }
+  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                texels.data());
+  gl.TexFilter2D(filter, filter);
+  gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  gl._EnableTexture2D(0, true);
+}
+
+std::vector<unsigned char> RunAt(const char* level, const std::function<void(TRenderCPU&)>& draw) {
+  Zx3D::LimitSpanLevel(level);
+  TScene scene(kWidth, kHeight);
+  scene->ClearColor(0.25f, 0.5f, 0.75f, 0.5f);
+  scene->Clear(GL_COLOR_BUFFER_BIT);
+  draw(*scene);
+  const TDataSurface* const surface = scene->GetColorSurface();
+  std::vector<unsigned char> left(surface->Data, surface->Data + surface->DataSize);
+  const auto* const color = reinterpret_cast<const unsigned char*>(&scene->m_Fragment.Color);
+  left.insert(left.end(), color, color + sizeof scene->m_Fragment.Color);
+  return left;
+}
+
+class SpanBytes : public testing::Test {
+protected:
+  ~SpanBytes() override { Zx3D::LimitSpanLevel(nullptr); }
+
+  void Expect(const std::string& what, const std::function<void(TRenderCPU&)>& draw) {
+    const std::vector<unsigned char> plain = RunAt("plain", draw);
+    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
+      if (Zx3D::LimitSpanLevel(level)) {
+        EXPECT_EQ(plain, RunAt(level, draw)) << level << ", " << what;
+      }
+    }
+  }
+};
+
+// A value near one at which a byte changes, or near the middle between two.
+double Edge(int k, int which) {
+  const double on = (k + 0.5) / 255.0;
+  switch (which) {
+  case 0:
+    return on;
+  case 1:
+    return std::nextafter(on, 0.0);
+  case 2:
+    return std::nextafter(on, 1.0);
+  case 3:
+    return static_cast<float>(on);
+  case 4:
+    return on + 1e-7;
+  case 5:
+    return on - 1e-7;
+  default:
+    return k / 255.0;
+  }
+}
+
+TEST_F(SpanBytes, ColoursOnTheEdgeOfAByte) {
+  for (int which = 0; which < 7; ++which) {
+    for (int k = 0; k < 254; k += 5) {
+      const double a = Edge(k, which);
+      const double b = Edge(253 - k, which);
+      for (const double far : {1.0, 1.0000001, 3.0, 40.0, 500.0, 70000.0}) {
+        // The first channel is the same throughout, the second nearly so, the third runs.
+        const TCorner corners[4] = {{-1, -1, 1, a, a, a, b, 0, 0},
+                                    {1, -1, far, a, a, b, b, 0, 0},
+                                    {1, 1, far, a, a + 1e-9, 0, b, 0, 0},
+                                    {-1, 1, 1, a, a, 1, b, 0, 0}};
+        Expect("edge " + std::to_string(k) + " kind " + std::to_string(which) + " w " +
+                   std::to_string(far),
+               [&](TRenderCPU& gl) { DrawQuad(gl, corners); });
+      }
+    }
+  }
+}
+
+TEST_F(SpanBytes, ColoursOutsideTheirRange) {
+  for (const double c :
+       {-4.0, -1.0, -1e-9, 1.0 + 1e-9, 2.0, 4.0, 5.0, 1e30, 1e300,
+        std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN()}) {
+    for (const bool texture : {false, true}) {
+      const TCorner corners[4] = {{-1, -1, 1, c, 0, 1, 1, 0, 0},
+                                  {1, -1, 2, 0, c, 1, 0, 2, 0},
+                                  {1, 1, 3, 1, 0, c, 1, 2, 2},
+                                  {-1, 1, 2, 0, 1, -c, 0, 0, 2}};
+      Expect("colour " + std::to_string(c), [&](TRenderCPU& gl) {
+        if (texture) {
+          SetTexture(gl, 8, 8, GL_LINEAR);
+        }
+        DrawQuad(gl, corners);
+      });
+    }
+  }
+}
+
+TEST_F(SpanBytes, DepthsFarApart) {
+  for (const double near : {1e-200, 1e-30, 1e-15, 1.0, 1e15, 1e30, 1e200}) {
+    for (const double ratio : {1.5, 63.9, 64.1, 1e3, 65536.0, 1e9}) {
+      for (const unsigned int filter : {0u, unsigned{GL_NEAREST}, unsigned{GL_LINEAR}}) {
+        const double far = near * ratio;
+        const TCorner corners[4] = {{-1, -1, near, 1, 0, 0.5, 1, 0, 0},
+                                    {1, -1, far, 0, 1, 0.5, 0.5, 3, 0},
+                                    {1, 1, far, 0.5, 0, 1, 0.25, 3, 3},
+                                    {-1, 1, near, 0, 0.5, 0, 1, 0, 3}};
+        Expect("w " + std::to_string(near) + " times " + std::to_string(ratio),
+               [&](TRenderCPU& gl) {
+                 if (filter != 0) {
+                   SetTexture(gl, 16, 16, filter);
+                 }
+                 DrawQuad(gl, corners);
+               });
+      }
+    }
+  }
+}
+
+// Every pixel at the centre of a texel, between two, or between four, where the mean of bytes lies
+// between two bytes; colours that halve a byte.
+TEST_F(SpanBytes, TexelsOnTheEdgeOfAByte) {
+  for (const unsigned int filter : {unsigned{GL_NEAREST}, unsigned{GL_LINEAR}}) {
+    for (const double scale : {1.0, 2.0, 0.5}) {
+      for (const double shift : {0.0, 0.5, 0.25}) {
+        for (const double c : {1.0, 0.5, 0.2, 128.0 / 255.0}) {
+          const double left = shift / 64.0;
+          const double right = left + scale * kWidth / 64.0;
+          const double bottom = shift / 32.0;
+          const double top = bottom + scale * kHeight / 32.0;
+          const TCorner corners[4] = {{-1, -1, 1, c, c, c, c, left, bottom},
+                                      {1, -1, 1, c, c, c, c, right, bottom},
+                                      {1, 1, 1, c, c, c, c, right, top},
+                                      {-1, 1, 1, c, c, c, c, left, top}};
+          for (const int mode : {GL_MODULATE, GL_REPLACE}) {
+            Expect("scale " + std::to_string(scale) + " shift " + std::to_string(shift),
+                   [&](TRenderCPU& gl) {
+                     SetTexture(gl, 64, 32, filter);
+                     gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, mode);
+                     DrawQuad(gl, corners);
+                   });
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST_F(SpanBytes, CoordinatesOfAllKinds) {
+  constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP, GL_CLAMP_TO_BORDER, GL_CLAMP_TO_EDGE};
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInf = std::numeric_limits<double>::infinity();
+  constexpr double kRanges[][2] = {{0, 1},    {0.25, 0.75},    {-1, 1},      {-3, -1},    {-2, -2},
+                                   {1, 1},    {0, 1048576},    {1e5, 1e6},   {-1e6, 1e6}, {0, 1e9},
+                                   {0, 1e20}, {-1e300, 1e300}, {-5e-324, 0}, {-1e-20, 0}, {0, kInf},
+                                   {kNaN, 1}, {65535, 65537}};
+  for (const unsigned int filter : {unsigned{GL_NEAREST}, unsigned{GL_LINEAR}}) {
+    for (const int size : {1, 2, 3, 16, 33}) {
+      for (const unsigned int wrap : kWraps) {
+        for (const auto& range : kRanges) {
+          const double a = range[0];
+          const double b = range[1];
+          const TCorner corners[4] = {{-1, -1, 1, 1, 0.5, 1, 1, a, 0.1},
+                                      {1, -1, 2, 0, 1, 1, 1, b, 0.1},
+                                      {1, 1, 3, 1, 0, 1, 1, b, b},
+                                      {-1, 1, 1, 0.5, 1, 1, 1, a, a}};
+          Expect("size " + std::to_string(size) + " wrap " + std::to_string(wrap) + " from " +
+                     std::to_string(a) + " to " + std::to_string(b),
+                 [&](TRenderCPU& gl) {
+                   SetTexture(gl, size, size, filter);
+                   gl.TexWrap2D(wrap, wrap);
+                   DrawQuad(gl, corners);
+                 });
+        }
+      }
+    }
+  }
+}
+
+} // namespace
