@@ -10,20 +10,11 @@
 
 #include <hwy/highway.h>
 
-#include "SpanRows-inl.h"
-#include "SpanTexels-inl.h"
+#include "SpanFloats-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-// The values of one component of a slot.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
-  return kPerspective ? hn::Mul(value, q) : value;
-}
 
 // A channel as a byte in the low bits of each lane.
 HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
@@ -56,10 +47,10 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
   return hn::Or(even, hn::ShiftLeft<8>(odd));
 }
 
-// The fragment shader's colours as packed bytes.
+// The fragment shader's colours as packed bytes, operation by operation.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    VD t) {
+HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                   VD t) {
   const DD d;
   VD q = t;
   if constexpr (kPerspective) {
@@ -115,28 +106,64 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
   }
 }
 
+// The same out of the way of what is common.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR VU UnsureColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                      VD t) {
+  // Values that stand between two bytes all along a row would cost both ways.
+  --row.Floats->Doubts;
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+}
+
+// The fragment shader's colours as packed bytes.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    VD t) {
+  VU packed = hn::Set(DU(), job.ConstColor);
+  if constexpr (kTexels == TTexelSource::None) {
+    if (job.ConstMask == 15) {
+      return packed;
+    }
+  }
+  if constexpr (kTexels != TTexelSource::Sampler) {
+    if (row.Floats != nullptr && row.Floats->Doubts > 0) {
+      bool sure = false;
+      if constexpr (kTexels == TTexelSource::None) {
+        sure = PlainBytes<kPerspective>(job, slots, row, t, &packed);
+      } else {
+        sure = TexturedBytes<kTexels, kPerspective>(job, slots, row, t, &packed);
+      }
+      if (HWY_LIKELY(sure)) {
+        return packed;
+      }
+      return UnsureColors<kTexels, kPerspective>(job, slots, row, t);
+    }
+  }
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+}
+
 // The colour that the fragment shader leaves at one pixel.
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, double t) {
   const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
-  const auto slot = [&](int place) {
+  const auto slot = [&](int place, int count) {
     vec_t_<double, 4> v = {0, 0, 0, 0};
-    for (int i = 0; i < 4 && place >= 0; ++i) {
+    for (int i = 0; i < count && place >= 0; ++i) {
       const double value = row.Delta[place + i] * t + row.Begin[place + i];
       v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
     }
     return v;
   };
-  vec_t_<double, 4> color = slot(slots.Color);
+  vec_t_<double, 4> color = slot(slots.Color, 4);
   if (job.Texels != TTexelSource::None) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex), &texel);
+    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
     color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
                                              color.z * texel.z, color.w * texel.w}
                          : texel;
   }
   if (slots.Secondary >= 0) {
-    const vec_t_<double, 4> secondary = slot(slots.Secondary);
+    const vec_t_<double, 4> secondary = slot(slots.Secondary, 3);
     color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
   } else if (job.ZeroSecondary) {
     color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};

@@ -43,11 +43,17 @@ struct TSpanJob {
   TTexelSource Texels;
   bool Modulate; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler;
+  double PlainWidth; ///< coordinates in texels from 0 to below it are within, but for the mask
+  double PlainHeight;
+  std::uint32_t MaskX;
+  std::uint32_t MaskY;
 
   // --- Colour
   bool Clamp;              ///< needed: values may lie outside 0 to 1, or be no numbers
   std::uint32_t ConstMask; ///< bit i: channel i has the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor;
+  bool Tinted;  ///< bytes depend on the interpolated colours, not on the texels alone
+  double Reach; ///< of the channels, as SpanFloats-inl.h defines it; 0: not in single precision
   std::uint8_t ColorMask;
   bool Blend;
   unsigned char* Color;

@@ -55,44 +55,8 @@ HWY_INLINE void NoteRunGroup(TGroupResult group, int x, bool leftward, TRowResul
   }
 }
 
-// The pixels of a run behind its last whole group, by way of copies that are loaded and stored
-// under a mask: nothing outside the run is touched. (A whole group that ends with the run would
-// wait for the stores of the one before.)
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR TGroupResult DrawRunEnd(const TSpanJob& job, const TRowSlots& slots,
-                                            const TRow& row, VD t, std::size_t count,
-                                            const TGroupTargets& to) {
-#if HWY_TARGET == HWY_SSSE3
-  return DrawPartialGroup<kTexels, kPerspective>(job, slots, row, t, count, to);
-#else
-  const DU du;
-  const DF df;
-  const bool useDepth = job.DepthTest || job.DepthWrite;
-  TGroupCopies copies;
-  hn::Store(hn::MaskedLoad(hn::FirstN(du, count), du, to.Color), du, copies.Color);
-  if (useDepth) {
-    hn::Store(hn::MaskedLoad(hn::FirstN(df, count), df, to.Depth), df, copies.Depth);
-  }
-  if (to.Stencil != nullptr) {
-    std::memcpy(copies.Stencil, to.Stencil, count);
-  }
-  HWY_ALIGN double values[HWY_LANES(double)];
-  hn::Store(t, DD(), values);
-  const TGroupResult result =
-      DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
-  hn::BlendedStore(hn::Load(du, copies.Color), hn::FirstN(du, count), du, to.Color);
-  if (job.DepthWrite) {
-    hn::BlendedStore(hn::Load(df, copies.Depth), hn::FirstN(df, count), df, to.Depth);
-  }
-  if (to.Stencil != nullptr) {
-    std::memcpy(to.Stencil, copies.Stencil, count);
-  }
-  return result;
-#endif
-}
-
 // A run as a row is drawn.
-template <TTexelSource kTexels, bool kPerspective>
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& slots,
                                          const TRow& row, const TLineRun& run) {
   const DD d;
@@ -102,7 +66,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
     TGroupTargets to;
     to.Color = reinterpret_cast<std::uint32_t*>(job.Color + run.Y * job.ColorRowStride) + x;
     to.Depth = reinterpret_cast<float*>(job.Depth + run.Y * job.DepthRowStride) + x;
-    to.Stencil = job.Stencil != nullptr ? job.Stencil + run.Y * job.StencilRowStride + x : nullptr;
+    to.Stencil = kStencil ? job.Stencil + run.Y * job.StencilRowStride + x : nullptr;
     return to;
   };
   if (kTexels == TTexelSource::None && !job.DepthWrite && IsFill(job, row)) {
@@ -116,14 +80,14 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& s
   int x = run.First;
   for (; x + lanes - 1 <= run.Last; x += lanes) {
     const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
-    NoteRunGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, t, all, targetsAt(x)), x,
-                 run.Leftward, &result);
+    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, targetsAt(x)),
+                 x, run.Leftward, &result);
   }
   if (x > run.Last) {
     return result;
   }
   const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
-  NoteRunGroup(DrawRunEnd<kTexels, kPerspective>(
+  NoteRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
                    job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
                x, run.Leftward, &result);
   return result;
@@ -215,7 +179,9 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     const int b = walk.From[0] + walk.Step[0] * last;
     const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
                           leftward ? a : b, leftward};
-    const TRowResult drawn = DrawRun<kTexels, kPerspective>(job, slots, row, run);
+    const TRowResult drawn = job.Stencil != nullptr
+                                 ? DrawRun<kTexels, kPerspective, true>(job, slots, row, run)
+                                 : DrawRun<kTexels, kPerspective, false>(job, slots, row, run);
     if (drawn.LastStencil >= 0) {
       result.LastStencil = (drawn.LastStencil - walk.From[0]) * walk.Step[0];
     }
@@ -240,19 +206,18 @@ inline constexpr TDrawWalk kLineWays[4][2] = {
 // A line between vertices 0 and 1 of the job.
 inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
   const TRowSlots slots = RowSlotsOf(*job);
-  TRow row;
+  TRows rows;
   for (int s = 0; s < slots.Count; ++s) {
     const double* const begin = &job->Vertex[0][slots.Source[s]].x;
     const double* const end = &job->Vertex[1][slots.Source[s]].x;
     for (int i = 0; i < 4; ++i) {
-      row.Begin[4 * s + i] = begin[i];
-      row.Delta[4 * s + i] = end[i] - begin[i];
+      rows.Begin[4 * s + i][0] = begin[i];
+      rows.Delta[4 * s + i][0] = end[i] - begin[i];
     }
   }
-  // With 1/w of 1 at both ends q is 1 / (0 * t + 1), and what is multiplied by it stays as it is.
-  const bool perspective = job->Perspective && !(row.Begin[3] == 1.0 && row.Delta[3] == 0.0);
+  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
   const TRowResult result =
-      kLineWays[static_cast<int>(job->Texels)][perspective ? 1 : 0](*job, slots, row, walk);
+      kLineWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
   const auto partAt = [&](int i) {
     return LineT(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
   };

@@ -114,18 +114,55 @@ HWY_INLINE HWY_ATTR VI StencilStep(const TSpanJob& job, std::uint8_t step, VI st
   return hn::Or(hn::And(value, mask), hn::AndNot(mask, stored));
 }
 
-HWY_INLINE HWY_ATTR VI LoadStencil(const unsigned char* stencil) {
-  const hn::Rebind<std::uint8_t, DD> d8;
-  return hn::PromoteTo(DI(), hn::LoadU(d8, stencil));
+// Whether a group reads and writes only those of its pixels that exist. Otherwise whole vectors are
+// read and written, and a group that is none goes by way of copies.
+inline constexpr bool kMaskedAccess = HWY_TARGET == HWY_AVX3;
+
+template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
+  if constexpr (kMaskedAccess) {
+    return hn::MaskedLoad(hn::RebindMask(d, live), d, from);
+  } else {
+    return hn::LoadU(d, from);
+  }
 }
 
-HWY_INLINE HWY_ATTR void StoreStencil(VI values, unsigned char* stencil) {
-  const hn::Rebind<std::uint8_t, DD> d8;
-  hn::StoreU(hn::DemoteTo(d8, values), d8, stencil);
+// Those of `mask` get new values, the others keep `before`.
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, hn::Vec<D> before, MI mask, T* to) {
+  if constexpr (kMaskedAccess) {
+    hn::BlendedStore(values, hn::RebindMask(d, mask), d, to);
+  } else {
+    hn::StoreU(hn::IfThenElse(hn::RebindMask(d, mask), values, before), d, to);
+  }
+}
+
+using D8 = hn::Rebind<std::uint8_t, DD>;
+
+HWY_INLINE HWY_ATTR hn::Mask<D8> ByteMask(MI mask) {
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(DI(), mask, bits);
+  return hn::LoadMaskBits(D8(), bits);
+}
+
+HWY_INLINE HWY_ATTR VI LoadStencil(MI live, const unsigned char* stencil) {
+  if constexpr (kMaskedAccess) {
+    return hn::PromoteTo(DI(), hn::MaskedLoad(ByteMask(live), D8(), stencil));
+  } else {
+    return hn::PromoteTo(DI(), hn::LoadU(D8(), stencil));
+  }
+}
+
+HWY_INLINE HWY_ATTR void StoreStencil(VI values, MI live, unsigned char* stencil) {
+  const hn::Vec<D8> bytes = hn::DemoteTo(D8(), values);
+  if constexpr (kMaskedAccess) {
+    hn::BlendedStore(bytes, ByteMask(live), D8(), stencil);
+  } else {
+    hn::StoreU(bytes, D8(), stencil);
+  }
 }
 
 // One group of pixels at t; only those in `live` exist.
-template <TTexelSource kTexels, bool kPerspective>
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
                                            const TRow& row, VD t, MI live,
                                            const TGroupTargets& to) {
@@ -136,11 +173,13 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
 
   MI pass = live;
   VI stencil = hn::Zero(di);
-  if (to.Stencil != nullptr) {
-    stencil = LoadStencil(to.Stencil);
+  if constexpr (kStencil) {
+    stencil = LoadStencil(live, to.Stencil);
     pass = hn::And(live, StencilMask(job, stencil));
-    const MI failed = hn::AndNot(pass, live);
-    stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilFail, stencil), stencil);
+    if (job.StencilFail != kStencilKeep) {
+      const MI failed = hn::AndNot(pass, live);
+      stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilFail, stencil), stencil);
+    }
   }
   result.Stencil = BitsOf(pass);
 
@@ -149,22 +188,22 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
     if (job.AddOffset) {
       depth = hn::Add(depth, hn::Set(df, job.Offset));
     }
-    const VF stored = hn::LoadU(df, to.Depth);
+    const VF stored = LoadLive(df, live, to.Depth);
     if (job.DepthTest) {
       const MI shaded = hn::And(pass, DepthMask(job.DepthFunc, depth, stored));
-      if (to.Stencil != nullptr) {
+      if (kStencil && job.StencilZFail != kStencilKeep) {
         const MI failed = hn::AndNot(shaded, pass);
         stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilZFail, stencil), stencil);
       }
       pass = shaded;
     }
     if (job.DepthWrite) {
-      hn::StoreU(hn::IfThenElse(hn::RebindMask(df, pass), depth, stored), df, to.Depth);
+      StoreLive(df, depth, stored, pass, to.Depth);
     }
   }
-  if (to.Stencil != nullptr) {
+  if constexpr (kStencil) {
     stencil = hn::IfThenElse(pass, StencilStep(job, job.StencilZPass, stencil), stencil);
-    StoreStencil(stencil, to.Stencil);
+    StoreStencil(stencil, live, to.Stencil);
   }
   result.Shaded = BitsOf(pass);
   if (result.Shaded == 0 || job.ColorMask == 0) {
@@ -172,23 +211,27 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   }
 
   VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
-  const VU before = hn::LoadU(du, to.Color);
-  if (job.Blend) {
-    packed = Blended(packed, before);
+  if (!kMaskedAccess || job.Blend || job.ColorMask != 15) {
+    const VU before = LoadLive(du, live, to.Color);
+    if (job.Blend) {
+      packed = Blended(packed, before);
+    }
+    if (job.ColorMask != 15) {
+      const std::uint32_t bytes =
+          (job.ColorMask & 1 ? 0x000000FFu : 0) | (job.ColorMask & 2 ? 0x0000FF00u : 0) |
+          (job.ColorMask & 4 ? 0x00FF0000u : 0) | (job.ColorMask & 8 ? 0xFF000000u : 0);
+      const VU kept = hn::Set(du, bytes);
+      packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
+    }
+    StoreLive(du, packed, before, pass, to.Color);
+  } else {
+    StoreLive(du, packed, packed, pass, to.Color);
   }
-  if (job.ColorMask != 15) {
-    const std::uint32_t bytes =
-        (job.ColorMask & 1 ? 0x000000FFu : 0) | (job.ColorMask & 2 ? 0x0000FF00u : 0) |
-        (job.ColorMask & 4 ? 0x00FF0000u : 0) | (job.ColorMask & 8 ? 0xFF000000u : 0);
-    const VU kept = hn::Set(du, bytes);
-    packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
-  }
-  hn::StoreU(hn::IfThenElse(hn::RebindMask(du, pass), packed, before), du, to.Color);
   return result;
 }
 
-// What a row's pixels leave: the last ones that got through the stencil test and through all tests;
-// -1 if none did.
+// What pixels leave: the places of the last ones that got through the stencil test and through all
+// tests; -1 if none did.
 struct TRowResult {
   int LastStencil;
   int LastShaded;
@@ -215,35 +258,69 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlots& slots,
                                               const TRow& row, const double* t, std::size_t count,
                                               TGroupCopies* copies) {
-  const TGroupTargets to = {copies->Color, copies->Depth,
-                            job.Stencil != nullptr ? copies->Stencil : nullptr};
-  return DrawGroup<kTexels, kPerspective>(job, slots, row, hn::Load(DD(), t),
-                                          hn::FirstN(DI(), count), to);
+  const VD at = hn::Load(DD(), t);
+  const MI live = hn::FirstN(DI(), count);
+  if (job.Stencil != nullptr) {
+    return DrawGroup<kTexels, kPerspective, true>(job, slots, row, at, live,
+                                                  {copies->Color, copies->Depth, copies->Stencil});
+  }
+  return DrawGroup<kTexels, kPerspective, false>(job, slots, row, at, live,
+                                                 {copies->Color, copies->Depth, nullptr});
 }
 
-// The last pixels of a row, fewer than a vector holds.
-template <TTexelSource kTexels, bool kPerspective>
+// The first `count` lanes of memory into a whole vector, and back.
+template <class D, class T>
+HWY_INLINE HWY_ATTR void CopyFirst(D d, std::size_t count, const T* from, T* copy) {
+#if HWY_TARGET == HWY_SSSE3
+  std::memcpy(copy, from, count * sizeof(T));
+#else
+  hn::Store(hn::MaskedLoad(hn::FirstN(d, count), d, from), d, copy);
+#endif
+}
+
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreFirst(D d, std::size_t count, const T* copy, T* to) {
+#if HWY_TARGET == HWY_SSSE3
+  std::memcpy(to, copy, count * sizeof(T));
+#else
+  hn::BlendedStore(hn::Load(d, copy), hn::FirstN(d, count), d, to);
+#endif
+}
+
+// The last pixels of a row, fewer than a vector holds. Where a mask can say which lanes of a vector
+// are read and written, the copies are made by it; nothing but those pixels is touched.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
                                                   const TRow& row, VD t, std::size_t count,
                                                   const TGroupTargets& to) {
-  TGroupCopies copies = {};
-  for (std::size_t i = 0; i < count; ++i) {
-    copies.Color[i] = to.Color[i];
-    copies.Depth[i] = to.Depth[i];
-    copies.Stencil[i] = to.Stencil != nullptr ? to.Stencil[i] : std::uint8_t{0};
-  }
-  HWY_ALIGN double values[HWY_LANES(double)];
-  hn::Store(t, DD(), values);
-  const TGroupResult result =
-      DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
-  for (std::size_t i = 0; i < count; ++i) {
-    to.Color[i] = copies.Color[i];
-    to.Depth[i] = copies.Depth[i];
-    if (to.Stencil != nullptr) {
-      to.Stencil[i] = copies.Stencil[i];
+  if constexpr (kMaskedAccess) {
+    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, hn::FirstN(DI(), count),
+                                                      to);
+  } else {
+    const DU du;
+    const DF df;
+    const bool useDepth = job.DepthTest || job.DepthWrite;
+    TGroupCopies copies;
+    CopyFirst(du, count, to.Color, copies.Color);
+    if (useDepth) {
+      CopyFirst(df, count, to.Depth, copies.Depth);
     }
+    if (kStencil) {
+      std::memcpy(copies.Stencil, to.Stencil, count);
+    }
+    HWY_ALIGN double values[HWY_LANES(double)];
+    hn::Store(t, DD(), values);
+    const TGroupResult result =
+        DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
+    StoreFirst(du, count, copies.Color, to.Color);
+    if (job.DepthWrite) {
+      StoreFirst(df, count, copies.Depth, to.Depth);
+    }
+    if (kStencil) {
+      std::memcpy(to.Stencil, copies.Stencil, count);
+    }
+    return result;
   }
-  return result;
 }
 
 // t of the pixels of a row from a column on.
@@ -262,17 +339,24 @@ inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
 
 // --- Rows that are a fill
 
+// The first and the last vector may overlap those between, which lie on whole vectors: a store
+// across two lines of a cache costs two.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void FillRun(D d, T value, T* to, std::size_t count) {
   const std::size_t lanes = hn::Lanes(d);
+  if (count < lanes) {
+    for (std::size_t i = 0; i < count; ++i) {
+      to[i] = value;
+    }
+    return;
+  }
   const auto values = hn::Set(d, value);
-  std::size_t i = 0;
-  for (; i + lanes <= count; i += lanes) {
+  const std::size_t aside = reinterpret_cast<std::uintptr_t>(to) / sizeof(T) % lanes;
+  hn::StoreU(values, d, to);
+  for (std::size_t i = lanes - aside; i + lanes <= count; i += lanes) {
     hn::StoreU(values, d, to + i);
   }
-  for (; i < count; ++i) {
-    to[i] = value;
-  }
+  hn::StoreU(values, d, to + count - lanes);
 }
 
 // Whether a row has one colour, and one depth where that is written, and no test to pass.
@@ -313,9 +397,9 @@ inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, con
   return true;
 }
 
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
-                                         const TRow& row) {
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
+                                       const TRow& row) {
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
@@ -323,14 +407,13 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& s
   TGroupTargets to;
   to.Color = reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + row.First;
   to.Depth = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + row.First;
-  to.Stencil =
-      job.Stencil != nullptr ? job.Stencil + row.Y * job.StencilRowStride + row.First : nullptr;
+  to.Stencil = kStencil ? job.Stencil + row.Y * job.StencilRowStride + row.First : nullptr;
   if (kTexels == TTexelSource::None && IsFill(job, row)) {
     FillRow(job, row, to);
     return {row.Last, row.Last};
   }
   const bool mayFailWhole =
-      job.DepthTest && job.Stencil == nullptr &&
+      job.DepthTest && !kStencil &&
       (job.DepthFunc + GL_NEVER == GL_LESS || job.DepthFunc + GL_NEVER == GL_LEQUAL);
   TRowResult result = {-1, -1};
   int x = row.First;
@@ -348,16 +431,17 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& s
       runEnd = x + kDepthRun;
     }
     const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawGroup<kTexels, kPerspective>(job, slots, row, t, all, to), x, &result);
+    NoteGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, to), x, &result);
     x += lanes;
     to.Color += lanes;
     to.Depth += lanes;
-    to.Stencil = to.Stencil != nullptr ? to.Stencil + lanes : nullptr;
+    to.Stencil = kStencil ? to.Stencil + lanes : nullptr;
   }
   if (x <= row.Last) {
     const auto count = static_cast<std::size_t>(row.Last - x + 1);
     const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawPartialGroup<kTexels, kPerspective>(job, slots, row, t, count, to), x, &result);
+    NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to), x,
+              &result);
   }
   return result;
 }

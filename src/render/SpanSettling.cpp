@@ -1,7 +1,10 @@
 #include "SpanJob.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstring>
+#include <emmintrin.h>
 
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
@@ -40,24 +43,37 @@ int StencilStepOf(TRenderCPU::TStencilFunction operation) {
 
 // --- What a triangle's values prove
 
-bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
-
-bool IsUnit(const TVec4& color) {
-  return IsUnit(color.x) && IsUnit(color.y) && IsUnit(color.z) && IsUnit(color.w);
+// A bit for each component of a slot.
+unsigned int BitsOf(__m128d low, __m128d high) {
+  return static_cast<unsigned int>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
 }
 
-bool IsUnitSlot(const TVertices& v, int slot) {
-  return IsUnit(v[0][slot]) && IsUnit(v[1][slot]) && IsUnit(v[2][slot]);
+// The components that lie in 0 to 1.
+unsigned int UnitBits(const TVec4& slot) {
+  const __m128d zero = _mm_setzero_pd();
+  const __m128d one = _mm_set1_pd(1.0);
+  const __m128d low = _mm_loadu_pd(&slot.x);
+  const __m128d high = _mm_loadu_pd(&slot.z);
+  return BitsOf(_mm_and_pd(_mm_cmpge_pd(low, zero), _mm_cmple_pd(low, one)),
+                _mm_and_pd(_mm_cmpge_pd(high, zero), _mm_cmple_pd(high, one)));
 }
 
+unsigned int UnitBits(const TVertices& v, int slot) {
+  return UnitBits(v[0][slot]) & UnitBits(v[1][slot]) & UnitBits(v[2][slot]);
+}
+
+// The components in which two slots are equal.
+unsigned int EqualBits(const TVec4& a, const TVec4& b) {
+  return BitsOf(_mm_cmpeq_pd(_mm_loadu_pd(&a.x), _mm_loadu_pd(&b.x)),
+                _mm_cmpeq_pd(_mm_loadu_pd(&a.z), _mm_loadu_pd(&b.z)));
+}
+
+// Whether the first three components are 0 at all vertices.
 bool IsZeroSlot(const TVertices& v, int slot) {
-  for (int i = 0; i < 3; ++i) {
-    const TVec4& at = v[i][slot];
-    if (at.x != 0.0 || at.y != 0.0 || at.z != 0.0) {
-      return false;
-    }
-  }
-  return true;
+  constexpr TVec4 kZero = {0, 0, 0, 0};
+  const unsigned int bits =
+      EqualBits(v[0][slot], kZero) & EqualBits(v[1][slot], kZero) & EqualBits(v[2][slot], kZero);
+  return (bits & 7) == 7;
 }
 
 // Whether 1/w, which stands in w of slot 0, stays so near that interpolated values stay within a
@@ -70,6 +86,41 @@ bool IsSteady(const TVertices& v) {
   return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
 }
 
+// What single precision has to know of the channels: the greatest of |c| at the vertices, twice
+// that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
+// floats lose nothing, or all is too narrow for a group of pixels.
+double ReachOf(const TVertices& v, const TSpanJob& job) {
+  const auto [left, right] = std::minmax({v[0][0].x, v[1][0].x, v[2][0].x});
+  if (right - left < 8.0) {
+    return 0.0;
+  }
+  double least = 0.0;
+  double most = 1.0;
+  for (const TVec4* const at : v) {
+    const double w = at[0].w;
+    if (job.Perspective && !(w > 1e-15 && w < 1e15)) {
+      return 0.0;
+    }
+    for (std::size_t i = 0; i < 4; ++i) {
+      const double c = at[job.ColorSlot][i];
+      const double added = job.SecondarySlot >= 0 ? at[job.SecondarySlot][i] : 0.0;
+      const double reach = std::fabs(c) + std::fabs(added);
+      if (!(reach <= 4.0)) {
+        return 0.0;
+      }
+      least = std::min({least, c, added});
+      most = std::max(most, reach);
+    }
+  }
+  return least < 0.0 ? 2.0 * most : most;
+}
+
+bool IsWhite(const TVertices& v, int slot) {
+  return std::all_of(std::begin(v), std::end(v), [slot](const TVec4* at) {
+    return at[slot].x == 1.0 && at[slot].y == 1.0 && at[slot].z == 1.0 && at[slot].w == 1.0;
+  });
+}
+
 // Whether a channel that is c at all vertices has the byte of c at all pixels.
 bool IsSteadyByte(double c) {
   const double value = c * 255.0 + 0.5;
@@ -79,15 +130,15 @@ bool IsSteadyByte(double c) {
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
 // zeros, and every pixel computes the same value; otherwise it only stays near.
-void SettleConstants(const TVertices& v, TSpanJob* job) {
+void SettleConstants(const TVertices& v, unsigned int unit, TSpanJob* job) {
   const double r = v[0][0].w;
   const bool oneW = v[1][0].w == r && v[2][0].w == r;
-  for (int i = 0; i < 4; ++i) {
-    const auto k = static_cast<std::size_t>(i);
-    const double c = v[0][job->ColorSlot][k];
-    if (v[1][job->ColorSlot][k] != c || v[2][job->ColorSlot][k] != c || !IsUnit(c)) {
-      continue;
-    }
+  const TVec4& first = v[0][job->ColorSlot];
+  unsigned int same =
+      unit & EqualBits(first, v[1][job->ColorSlot]) & EqualBits(first, v[2][job->ColorSlot]);
+  for (; same != 0; same &= same - 1) {
+    const int i = std::countr_zero(same);
+    const double c = first[static_cast<std::size_t>(i)];
     double value = c;
     if (job->Perspective) {
       if (!oneW && !IsSteadyByte(c)) {
@@ -111,6 +162,19 @@ bool IsByteTexture(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
 }
 
+// Within which coordinates only a mask wraps. A linear filter reads one texel further, but a mask
+// brings that one back.
+void SettlePlainRange(std::uint32_t wrap, int size, bool linear, double* range,
+                      std::uint32_t* mask) {
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    *range = 1048576.0;
+    *mask = static_cast<std::uint32_t>(size - 1);
+  } else {
+    *range = size - (linear ? 1 : 0);
+    *mask = 0xFFFFFFFFu;
+  }
+}
+
 // Tells where texels come from. False for a function that a caller put into the sampler.
 bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   using TSampler = TRenderCPU::TTexSampler;
@@ -125,7 +189,10 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   if (surface != nullptr && sampler.m_GetValue != &TSampler::GetValueBorder &&
       IsByteTexture(*surface) && sampler.m_SurfaceWidth == surface->Width &&
       sampler.m_SurfaceHeight == surface->Height) {
-    job->Texels = sampler.m_FilterMin == GL_NEAREST ? TTexelSource::Nearest : TTexelSource::Linear;
+    const bool linear = sampler.m_FilterMin != GL_NEAREST;
+    job->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
+    SettlePlainRange(sampler.m_WrapS, surface->Width, linear, &job->PlainWidth, &job->MaskX);
+    SettlePlainRange(sampler.m_WrapT, surface->Height, linear, &job->PlainHeight, &job->MaskY);
   }
   return true;
 }
@@ -133,7 +200,7 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
 // Whether all texels lie in 0 to 1.
 bool AreUnitTexels(const TSpanJob& job) {
   return (job.Texels == TTexelSource::Nearest || job.Texels == TTexelSource::Linear) &&
-         IsUnit(job.Sampler->m_BorderColor);
+         UnitBits(job.Sampler->m_BorderColor) == 15;
 }
 
 } // namespace
@@ -204,6 +271,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   job->Modulate = true;
   job->ConstMask = 0;
   job->ConstColor = 0;
+  job->Reach = 0.0;
+  job->Tinted = true;
   const TTexUnit& unit = m_TexUnits[0];
   if (unit.TexEnabled) {
     job->TexSlot = m_VarTexCoord;
@@ -215,6 +284,8 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     if (!job->Modulate) {
       job->ColorSlot = -1;
       job->Clamp = !AreUnitTexels(*job);
+      job->Tinted = false;
+      job->Reach = 1.0;
       return true;
     }
   }
@@ -230,10 +301,16 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     job->SecondarySlot = job->ZeroSecondary ? -1 : secondary;
   }
   const bool steady = !job->Perspective || IsSteady(v);
-  job->Clamp = !steady || job->SecondarySlot >= 0 || !IsUnitSlot(v, job->ColorSlot) ||
+  const unsigned int inside = UnitBits(v, job->ColorSlot);
+  job->Clamp = !steady || job->SecondarySlot >= 0 || inside != 15 ||
                (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
-    SettleConstants(v, job);
+    SettleConstants(v, inside, job);
+  }
+  if (steady) {
+    job->Reach = ReachOf(v, *job);
+    job->Tinted =
+        job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
   }
   return true;
 }
@@ -257,6 +334,10 @@ bool TRenderCPU::_SettlePrimitive(TSpanJob* job) const {
       return false;
     }
   }
+  // With w of 1 throughout, perspective multiplies by 1 and nothing else.
+  job->Perspective =
+      m_PerspectiveHint != GL_FASTEST &&
+      !(job->Vertex[0][0].w == 1.0 && job->Vertex[1][0].w == 1.0 && job->Vertex[2][0].w == 1.0);
   job->YSet = false;
   job->DepthSet = false;
   job->ColorSet = false;
@@ -291,7 +372,11 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   pending.Y = job->LastY;
   pending.Half = job->LastHalf;
   for (int i = 0; i < 3; ++i) {
-    CopyVar(pending.Vertex[i], v[i]);
+    // Four slots are all that most states have.
+    std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
+    if (m_VarCount > 4) {
+      CopyVar(pending.Vertex[i], v[i]);
+    }
   }
   if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
     _FlushFragment();

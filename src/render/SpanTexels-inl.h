@@ -12,23 +12,11 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
-#include "SpanJob.h"
+#include "SpanRows-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-namespace hn = hwy::HWY_NAMESPACE;
-
-using DD = hn::ScalableTag<double>;
-using DI = hn::Rebind<std::int32_t, DD>;
-using DU = hn::Rebind<std::uint32_t, DD>;
-using DF = hn::Rebind<float, DD>;
-using VD = hn::Vec<DD>;
-using VI = hn::Vec<DI>;
-using VU = hn::Vec<DU>;
-using VF = hn::Vec<DF>;
-using MI = hn::Mask<DI>;
 
 struct TTexels {
   VD R, G, B, A;
@@ -145,21 +133,73 @@ HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD
           hn::Load(d, channel[3])};
 }
 
-HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+// --- Nearest
+
+// The packed texels; lanes of `outside` have the border's colour instead. False if an index does
+// not fit.
+HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                      VU* texels, MI* outside) {
   const DD d;
-  const DI di;
-  const VD u = hn::Mul(s, hn::Set(d, sampler->m_SurfaceWidth));
-  const VD v = hn::Mul(t, hn::Set(d, sampler->m_SurfaceHeight));
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
   if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  *outside = hn::MaskFromVec(hn::Zero(DI()));
+  const VI i = WrapIndex(FlooredIndex(u, s), sampler.m_WrapS, surface.Width, outside);
+  const VI j = WrapIndex(FlooredIndex(v, t), sampler.m_WrapT, surface.Height, outside);
+  *texels = FetchTexels(surface, i, j);
+  return true;
+}
+
+HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+  VU packed = hn::Zero(DU());
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
     return SampledTexels(sampler, s, t);
   }
-  const DATASURFACE& surface = *sampler->m_Surface;
-  MI outside = hn::MaskFromVec(hn::Zero(di));
-  const VI i = WrapIndex(FlooredIndex(u, s), sampler->m_WrapS, surface.Width, &outside);
-  const VI j = WrapIndex(FlooredIndex(v, t), sampler->m_WrapT, surface.Height, &outside);
-  TTexels texels = UnpackTexels(FetchTexels(surface, i, j));
+  TTexels texels = UnpackTexels(packed);
   PutBorder(*sampler, outside, &texels);
   return texels;
+}
+
+// --- Linear
+
+// Where the four texels of each pixel stand, and how they are mixed.
+struct TLinearPlaces {
+  VI X0, X1, Y0, Y1;
+  VD FractionU, FractionV;
+  MI Outside0, Outside1, OutsideB, OutsideT;
+
+  HWY_INLINE HWY_ATTR bool IsInside() const {
+    return hn::AllFalse(DI(), hn::Or(hn::Or(Outside0, Outside1), hn::Or(OutsideB, OutsideT)));
+  }
+};
+
+// False if an index does not fit.
+HWY_INLINE HWY_ATTR bool FindLinear(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                    TLinearPlaces* at) {
+  const DD d;
+  const DI di;
+  const VD half = hn::Set(d, 0.5);
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VI left = FlooredIndex(u, u);
+  const VI bottom = FlooredIndex(v, v);
+  at->FractionU = hn::Sub(u, hn::PromoteTo(d, left));
+  at->FractionV = hn::Sub(v, hn::PromoteTo(d, bottom));
+  const VI one = hn::Set(di, 1);
+  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = hn::MaskFromVec(hn::Zero(di));
+  at->X0 = WrapIndex(left, sampler.m_WrapS, surface.Width, &at->Outside0);
+  at->X1 = WrapIndex(hn::Add(left, one), sampler.m_WrapS, surface.Width, &at->Outside1);
+  at->Y0 = WrapIndex(bottom, sampler.m_WrapT, surface.Height, &at->OutsideB);
+  at->Y1 = WrapIndex(hn::Add(bottom, one), sampler.m_WrapT, surface.Height, &at->OutsideT);
+  return true;
 }
 
 HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) {
@@ -169,43 +209,148 @@ HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) 
 }
 
 HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
-  const DD d;
-  const DI di;
-  const VD half = hn::Set(d, 0.5);
-  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler->m_SurfaceWidth)), half);
-  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler->m_SurfaceHeight)), half);
-  if (!FitsIndex(u) || !FitsIndex(v)) {
+  TLinearPlaces at;
+  if (!FindLinear(*sampler, s, t, &at)) {
     return SampledTexels(sampler, s, t);
   }
   const DATASURFACE& surface = *sampler->m_Surface;
-  const VI left = FlooredIndex(u, u);
-  const VI bottom = FlooredIndex(v, v);
-  const VD fu = hn::Sub(u, hn::PromoteTo(d, left));
-  const VD fv = hn::Sub(v, hn::PromoteTo(d, bottom));
-  const VI one = hn::Set(di, 1);
-  MI out0 = hn::MaskFromVec(hn::Zero(di));
-  MI out1 = out0;
-  MI outB = out0;
-  MI outT = out0;
-  const VI x0 = WrapIndex(left, sampler->m_WrapS, surface.Width, &out0);
-  const VI x1 = WrapIndex(hn::Add(left, one), sampler->m_WrapS, surface.Width, &out1);
-  const VI y0 = WrapIndex(bottom, sampler->m_WrapT, surface.Height, &outB);
-  const VI y1 = WrapIndex(hn::Add(bottom, one), sampler->m_WrapT, surface.Height, &outT);
-  TTexels c00 = UnpackTexels(FetchTexels(surface, x0, y0));
-  TTexels c10 = UnpackTexels(FetchTexels(surface, x1, y0));
-  TTexels c01 = UnpackTexels(FetchTexels(surface, x0, y1));
-  TTexels c11 = UnpackTexels(FetchTexels(surface, x1, y1));
-  if (!hn::AllFalse(di, hn::Or(hn::Or(out0, out1), hn::Or(outB, outT)))) {
-    PutBorder(*sampler, hn::Or(out0, outB), &c00);
-    PutBorder(*sampler, hn::Or(out1, outB), &c10);
-    PutBorder(*sampler, hn::Or(out0, outT), &c01);
-    PutBorder(*sampler, hn::Or(out1, outT), &c11);
+  TTexels c00 = UnpackTexels(FetchTexels(surface, at.X0, at.Y0));
+  TTexels c10 = UnpackTexels(FetchTexels(surface, at.X1, at.Y0));
+  TTexels c01 = UnpackTexels(FetchTexels(surface, at.X0, at.Y1));
+  TTexels c11 = UnpackTexels(FetchTexels(surface, at.X1, at.Y1));
+  if (!at.IsInside()) {
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideB), &c00);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideB), &c10);
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideT), &c01);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideT), &c11);
   }
+  const VD fu = at.FractionU;
+  const VD fv = at.FractionV;
   return {MixVectors(c00.R, c10.R, c01.R, c11.R, fu, fv),
           MixVectors(c00.G, c10.G, c01.G, c11.G, fu, fv),
           MixVectors(c00.B, c10.B, c01.B, c11.B, fu, fv),
           MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
 }
+
+// --- Packed, for the way in single precision
+
+using DU2 = hn::Repartition<std::uint32_t, DD>;
+using DU64 = hn::RebindToUnsigned<DD>;
+using VU64 = hn::Vec<DU64>;
+
+// The four texels of each pixel, those to the left and those to the right, the lower ones in the
+// low halves; and how they are mixed.
+struct TTexelPairs {
+  hn::Vec<DU2> Left, Right;
+  VD FractionU, FractionV;
+};
+
+// Any texels within the texture. False where an index does not fit or a border shows.
+HWY_NOINLINE HWY_ATTR bool FetchAnyNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                           VU* texels) {
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
+}
+
+HWY_NOINLINE HWY_ATTR bool FetchAnyPairs(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                         TTexelPairs* pairs) {
+  TLinearPlaces at;
+  if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
+    return false;
+  }
+  const DU2 du;
+  const DATASURFACE& surface = *sampler.m_Surface;
+  pairs->Left =
+      hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
+  pairs->Right =
+      hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
+  pairs->FractionU = at.FractionU;
+  pairs->FractionV = at.FractionV;
+  return true;
+}
+
+#if HWY_TARGET != HWY_SSSE3
+
+// From 2^52 on doubles are whole numbers, which stand in the low bits.
+HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
+  const DD d;
+  const DU64 du;
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, 4503599627370496.0))),
+                 hn::Set(du, std::uint64_t{mask}));
+}
+
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double mostU, VD v, double mostV) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, mostU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, mostV)))));
+}
+
+HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
+  const DU2 du;
+  return hn::MulEven(hn::BitCast(du, j),
+                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
+}
+
+// Texels at coordinates that are not below 0, where only a mask wraps; false if there are others.
+HWY_INLINE HWY_ATTR bool FetchPlainNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  const DD d;
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
+  if (HWY_UNLIKELY(!IsWithin(u, job.PlainWidth, v, job.PlainHeight))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VU64 i = WholeIndex(hn::Floor(u), job.MaskX);
+  const VU64 j = WholeIndex(hn::Floor(v), job.MaskY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(i), RowOffset(surface, j));
+  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+  return true;
+}
+
+// The same for four texels, when the two of each row are neighbours: they come in one load.
+HWY_INLINE HWY_ATTR bool FetchPlainPairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+  const DD d;
+  const DU64 du64;
+  const DU2 du;
+  const VD half = hn::Set(d, 0.5);
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (HWY_UNLIKELY(!IsWithin(u, job.PlainWidth, v, job.PlainHeight))) {
+    return false;
+  }
+  const VD left = hn::Floor(u);
+  const VD bottom = hn::Floor(v);
+  const VU64 x = WholeIndex(left, job.MaskX);
+  if (HWY_UNLIKELY(!hn::AllFalse(du64, hn::Eq(x, hn::Set(du64, std::uint64_t{job.MaskX}))))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+  const VU64 across = hn::ShiftLeft<2>(x);
+  const auto fetch = [&](VD row) HWY_ATTR {
+    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, job.MaskY)));
+    return hn::BitCast(du,
+                       hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+  };
+  const auto low = fetch(bottom);
+  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
+  pairs->Left = hn::ConcatEven(du, high, low);
+  pairs->Right = hn::ConcatOdd(du, high, low);
+  pairs->FractionU = hn::Sub(u, left);
+  pairs->FractionV = hn::Sub(v, bottom);
+  return true;
+}
+
+#else // without gathers there is nothing to gain
+
+HWY_INLINE HWY_ATTR bool FetchPlainNearest(const TSpanJob&, VD, VD, VU*) { return false; }
+HWY_INLINE HWY_ATTR bool FetchPlainPairs(const TSpanJob&, VD, VD, TTexelPairs*) { return false; }
+
+#endif
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D

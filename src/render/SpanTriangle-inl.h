@@ -15,109 +15,107 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// The rows that matter after the triangle: those of the last pixels that left something in the
-// fragment record. Three records are enough to keep both while the next row is filled.
-struct TRowKeeper {
-  TRow Rows[3];
-  int Current = 0;
-  int DepthRow = -1;
-  int DepthX = 0;
-  int ColorRow = -1;
-  int ColorX = 0;
+// The last pixel, in the order of drawing, of those that left something in the fragment record.
+struct TLastPixel {
+  int Start = -1; ///< number of the first of the rows that were made with its own; -1 for none
+  int Lane = 0;
+  int X = 0;
+};
 
-  void Note(const TRowResult& result) {
+struct TLastPixels {
+  TLastPixel Stencil; ///< that passed the stencil test: its depth is left
+  TLastPixel Shaded;
+};
+
+// Draws rows that were made together.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                                    unsigned int covered, int start, TLastPixels* last) {
+  TRowFloats floats;
+  for (; covered != 0; covered &= covered - 1) {
+    const int lane = __builtin_ctz(covered);
+    TRow row = rows.At(lane);
+    if (job.Reach > 0.0 && SetRowFloats(job, slots, row, &floats)) {
+      row.Floats = &floats;
+    }
+    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
     if (result.LastStencil >= 0) {
-      DepthRow = Current;
-      DepthX = result.LastStencil;
+      last->Stencil = {start, lane, result.LastStencil};
     }
     if (result.LastShaded >= 0) {
-      ColorRow = Current;
-      ColorX = result.LastShaded;
-    }
-    while (Current == DepthRow || Current == ColorRow) {
-      Current = (Current + 1) % 3;
+      last->Shaded = {start, lane, result.LastShaded};
     }
   }
+}
+
+using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                           unsigned int covered, int start, TLastPixels* last);
+
+template <TTexelSource kTexels>
+inline constexpr TDrawRows kTexelWays[2][2] = {
+    {DrawRows<kTexels, false, false>, DrawRows<kTexels, false, true>},
+    {DrawRows<kTexels, true, false>, DrawRows<kTexels, true, true>},
+};
+
+// By where texels come from; then by perspective and by the stencil test.
+inline constexpr const TDrawRows (*kRowWays[4])[2] = {
+    kTexelWays<TTexelSource::None>,
+    kTexelWays<TTexelSource::Nearest>,
+    kTexelWays<TTexelSource::Linear>,
+    kTexelWays<TTexelSource::Sampler>,
 };
 
 inline HWY_ATTR double RowT(const TRow& row, int x) { return (x - row.Begin[0]) / row.Delta[0]; }
 
-using TDrawRow = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row);
-
-// By where texels come from, then by perspective.
-inline constexpr TDrawRow kRowWays[4][2] = {
-    {DrawRow<TTexelSource::None, false>, DrawRow<TTexelSource::None, true>},
-    {DrawRow<TTexelSource::Nearest, false>, DrawRow<TTexelSource::Nearest, true>},
-    {DrawRow<TTexelSource::Linear, false>, DrawRow<TTexelSource::Linear, true>},
-    {DrawRow<TTexelSource::Sampler, false>, DrawRow<TTexelSource::Sampler, true>},
-};
-
-template <int kSlots>
-HWY_NOINLINE HWY_ATTR void DrawHalf(TSpanJob* job, const TRowSlots& slots, const TRowEdge& a,
-                                    const TRowEdge& b, int half, TRowKeeper* keeper) {
-  const TDrawRow drawRow = kRowWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0];
-  const double deltaA = a.Delta[1];
-  const double deltaB = b.Delta[1];
-  int first = 0;
-  int last = 0;
-  if (deltaA == 0.0 || deltaB == 0.0 ||
-      !LoopLimits(b.Begin[1] + 0.5, b.EndY, job->Height, &first, &last)) {
-    return;
-  }
-  for (int y = first; y <= last; ++y) {
-    const double ta = (y - a.Begin[1]) / deltaA;
-    const double tb = (y - b.Begin[1]) / deltaB;
-    if (ta < 0.0 || ta >= 1.0 || tb < 0.0 || tb >= 1.0) {
-      continue;
+// Leaves what the fragment record is to hold; rows that were replaced since are made again.
+inline HWY_ATTR void LeaveRecord(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
+                                 const TLastPixels& last, int made, TRows* rows) {
+  const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
+    if (made != pixel.Start) {
+      MakeRows(*job, slots, plan, pixel.Start, rows);
+      made = pixel.Start;
     }
-    job->YSet = true;
-    job->Y = y;
-    TRow& row = keeper->Rows[keeper->Current];
-    if (SetRow<kSlots>(*job, a, ta, b, tb, &row)) {
-      row.Y = y;
-      row.Half = half;
-      keeper->Note(drawRow(*job, slots, row));
-    }
+    return rows->At(pixel.Lane);
+  };
+  if (last.Stencil.Start >= 0) {
+    const TRow row = rowOf(last.Stencil);
+    job->DepthSet = true;
+    job->LastDepth = DepthAtT(*job, row, RowT(row, last.Stencil.X));
   }
-}
-
-inline HWY_ATTR void DrawHalves(TSpanJob* job, const TRowSlots& slots, TRowKeeper* keeper) {
-  TRowEdge edges[3];
-  SetRowEdge(*job, slots, 0, 1, &edges[0]);
-  SetRowEdge(*job, slots, 1, 2, &edges[1]);
-  SetRowEdge(*job, slots, 2, 0, &edges[2]);
-  int longest = 0;
-  for (int i = 1; i < 3; ++i) {
-    if (edges[i].Delta[1] > edges[longest].Delta[1]) {
-      longest = i;
-    }
+  if (last.Shaded.Start >= 0) {
+    const TRow row = rowOf(last.Shaded);
+    job->ColorSet = true;
+    job->LastX = last.Shaded.X;
+    job->LastY = row.Y;
+    job->LastHalf = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
+    job->LastColor = ColorAt(*job, slots, row, RowT(row, last.Shaded.X));
   }
-  using TDrawHalf = void (*)(TSpanJob * job, const TRowSlots& slots, const TRowEdge& a,
-                             const TRowEdge& b, int half, TRowKeeper* keeper);
-  static constexpr TDrawHalf kHalves[kMostSlots] = {DrawHalf<1>, DrawHalf<2>, DrawHalf<3>,
-                                                    DrawHalf<4>};
-  const TDrawHalf drawHalf = kHalves[slots.Count - 1];
-  drawHalf(job, slots, edges[longest], edges[(longest + 1) % 3], 1, keeper);
-  drawHalf(job, slots, edges[longest], edges[(longest + 2) % 3], 2, keeper);
 }
 
 HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
+  const TRowPlan plan = PlanRows(*job);
+  const int count = plan.Count[0] + plan.Count[1];
+  if (count == 0) {
+    return;
+  }
   const TRowSlots slots = RowSlotsOf(*job);
-  TRowKeeper keeper;
-  DrawHalves(job, slots, &keeper);
-  if (keeper.DepthRow >= 0) {
-    job->DepthSet = true;
-    const TRow& row = keeper.Rows[keeper.DepthRow];
-    job->LastDepth = DepthAtT(*job, row, RowT(row, keeper.DepthX));
+  const TDrawRows drawRows = kRowWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0]
+                                     [job->Stencil != nullptr ? 1 : 0];
+  TRows rows;
+  TLastPixels last;
+  int made = -1;
+  for (int start = 0; start < count; start += kLanes) {
+    const TLiveRows live = MakeRows(*job, slots, plan, start, &rows);
+    made = start;
+    if (live.Crossed != 0) {
+      job->YSet = true;
+      job->Y = rows.Y[31 - __builtin_clz(live.Crossed)];
+    }
+    if (live.Covered != 0) {
+      drawRows(*job, slots, rows, live.Covered, start, &last);
+    }
   }
-  if (keeper.ColorRow >= 0) {
-    const TRow& row = keeper.Rows[keeper.ColorRow];
-    job->ColorSet = true;
-    job->LastX = keeper.ColorX;
-    job->LastY = row.Y;
-    job->LastHalf = row.Half;
-    job->LastColor = ColorAt(*job, slots, row, RowT(row, keeper.ColorX));
-  }
+  LeaveRecord(job, slots, plan, last, made, &rows);
 }
 
 } // namespace HWY_NAMESPACE

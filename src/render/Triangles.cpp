@@ -98,7 +98,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   }
   const bool many = _SettleJob(&job);
   for (int i = 0; i < 3 && perspective; ++i) {
-    _ScaleSlots(&v[i], v[i].Slots[0].w);
+    if (v[i].Slots[0].w != 1.0) {
+      _ScaleSlots(&v[i], v[i].Slots[0].w);
+    }
   }
   if (many) {
     _RunTriangleJob(v, &job);

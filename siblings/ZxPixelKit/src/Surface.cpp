@@ -151,30 +151,54 @@ bool Fill(const DATASURFACE& surface, const void* value, unsigned long size) {
       size > static_cast<unsigned long>(surface.PixelStride)) {
     return false;
   }
-  const auto width = static_cast<std::size_t>(surface.Width);
-  const auto pixelStride = static_cast<std::size_t>(surface.PixelStride);
-  // One row is made pixel by pixel; where pixels lie close, doubling copies make it and then the
-  // whole surface.
-  if (size == pixelStride) {
-    const std::size_t rowBytes = width * pixelStride;
-    std::uint8_t* first = PixelAt(surface, 0, 0);
-    std::memcpy(first, value, size);
-    for (std::size_t done = size; done < rowBytes;) {
-      const std::size_t part = std::min(done, rowBytes - done);
-      std::memcpy(first + done, first, part);
-      done += part;
-    }
-    for (int y = 1; y < surface.Height; ++y) {
-      std::memcpy(PixelAt(surface, 0, y), first, rowBytes);
+  const auto width = static_cast<unsigned long>(surface.Width);
+  const auto height = static_cast<unsigned long>(surface.Height);
+  const auto pixelStride = static_cast<unsigned long>(surface.PixelStride);
+  if (size != pixelStride) {
+    for (int y = 0; y < surface.Height; ++y) {
+      for (int x = 0; x < surface.Width; ++x) {
+        std::memcpy(PixelAt(surface, x, y), value, size);
+      }
     }
     return true;
   }
-  for (int y = 0; y < surface.Height; ++y) {
-    for (int x = 0; x < surface.Width; ++x) {
-      std::memcpy(PixelAt(surface, x, y), value, size);
-    }
+  const bool tight = width * pixelStride == static_cast<unsigned long>(surface.RowStride);
+  for (int y = 0; y < (tight ? 1 : surface.Height); ++y) {
+    FillRun(PixelAt(surface, 0, y), value, size, tight ? width * height : width);
   }
   return true;
+}
+
+void FillRun(void* run, const void* value, unsigned long size, unsigned long count) {
+  auto* const first = static_cast<std::uint8_t*>(run);
+  const unsigned long bytes = size * count;
+  if (bytes == 0) {
+    return;
+  }
+  constexpr unsigned long kWord = sizeof(std::uint64_t);
+  constexpr unsigned long kLongRun = 1024;
+  if (bytes >= kLongRun && kWord % size == 0) {
+    std::uint8_t pattern[kWord];
+    for (unsigned long i = 0; i < kWord; i += size) {
+      std::memcpy(pattern + i, value, size);
+    }
+    std::uint64_t word;
+    std::memcpy(&word, pattern, kWord);
+    // The string store takes lines over without reading them: beyond the caches that is a tenth
+    // faster than vectors.
+    void* at = first;
+    unsigned long words = bytes / kWord;
+    __asm__ volatile("rep stosq" : "+D"(at), "+c"(words) : "a"(word) : "memory");
+    std::memcpy(at, pattern, bytes % kWord);
+    return;
+  }
+  // Doubling copies.
+  std::memcpy(first, value, size);
+  for (unsigned long done = size; done < bytes;) {
+    const unsigned long part = std::min(done, bytes - done);
+    std::memcpy(first + done, first, part);
+    done += part;
+  }
 }
 
 bool Set(DATASURFACE* out, int width, int height, DATA_FORMAT format, DATA_TYPE type,

@@ -154,6 +154,26 @@ TEST(Fill, EveryPixelAndNoByteMore) {
   }
 }
 
+// Short and long runs, of sizes that go into a word and of one that does not.
+TEST(Fill, RunsOfEverySizeAndLength) {
+  constexpr unsigned char kValue[] = {11, 12, 13, 14, 15, 16, 17, 18};
+  constexpr unsigned char kGuard = 0xEE;
+  for (const unsigned long size : {1ul, 2ul, 3ul, 4ul, 8ul}) {
+    for (const unsigned long count :
+         {0ul, 1ul, 2ul, 5ul, 127ul, 255ul, 256ul, 511ul, 1025ul, 1027ul, 4099ul}) {
+      for (const std::size_t shift : {0, 1, 3}) {
+        std::vector<unsigned char> bytes(shift + size * count + 9, kGuard);
+        ds::FillRun(bytes.data() + shift, kValue, size, count);
+        for (std::size_t i = 0; i < bytes.size(); ++i) {
+          const bool inside = i >= shift && i < shift + size * count;
+          ASSERT_EQ(bytes[i], inside ? kValue[(i - shift) % size] : kGuard)
+              << size << " bytes, " << count << " values, byte " << i;
+        }
+      }
+    }
+  }
+}
+
 TEST(Fill, KeepsBytesBetweenPixelsAndRows) {
   std::vector<std::uint8_t> bytes(2 * 10, 9);
   DATASURFACE surface;

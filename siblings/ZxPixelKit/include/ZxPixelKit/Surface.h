@@ -39,6 +39,10 @@ namespace ds {
 /// has no pixels, `value` is null, or `size` is not what a pixel has (0, or above the pixel stride).
 ZX_PIXELKIT_API bool Fill(const DATASURFACE& surface, const void* value, unsigned long size);
 
+/// Sets `count` values that lie close, from `run` on, to the `size` bytes at `value`, which must not
+/// lie among them. Nothing is checked.
+ZX_PIXELKIT_API void FillRun(void* run, const void* value, unsigned long size, unsigned long count);
+
 /// Makes `*out` a record over the caller's pixels, with tight rows; nothing is copied or owned.
 /// False, with `*out` zeroed, when a size is below 1, `components` is outside 1 to 255, `type` has
 /// no size, or a byte count does not fit its field.

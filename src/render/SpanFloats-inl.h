@@ -1,0 +1,308 @@
+// The colours of a group of pixels in single precision, with proof that the bytes are those of the
+// exact way. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANFLOATS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANFLOATS_INL_H_
+#undef ZX_RENDER_SPANFLOATS_INL_H_
+#else
+#define ZX_RENDER_SPANFLOATS_INL_H_
+#endif
+
+#include <algorithm>
+
+#include <hwy/highway.h>
+
+#include "SpanRows-inl.h"
+#include "SpanTexels-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// The values of one component of a slot.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
+  const DD d;
+  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
+  return kPerspective ? hn::Mul(value, q) : value;
+}
+
+// --- The proof
+//
+// The exact way works out a channel's value v in doubles and takes the truncation of v * 255 + 0.5.
+// Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
+// F + margin round to it: then every value that near F has this byte, the exact one among them, and
+// a value between two bytes never lies that near. What remains is to bound |F - 255 v|.
+//
+// With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
+// row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
+// difference of two corners, both times 1/w where there is perspective:
+// - A numerator is `delta * t + begin`, where |begin| <= C R and |delta| <= max(C, D) R = E R: with
+//   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
+//   rounding begin and the sum 2 u C R. The same for 1/w itself: 5 u R.
+// - The reciprocal of 1/w times the least of it is off by 5 u p + u, and by less if it is taken in
+//   doubles; the numerator times it by u (3 E + 2 C) p + C (5 u p + u) + u C. Together it is below
+//   u E (10 p + 2). Without perspective it is less, p being 1.
+// - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
+//   the fractions, three products and three sums, and loses at most 7 * 255 u; the fractions are
+//   those of the exact way.
+// - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
+//   colour by 255 u (E (5 p + 2) + 7 C + C). A secondary colour, which C and E count in, adds a
+//   rounding of the sum.
+// - Adding or taking away the margin rounds a number up to 256 once, after the clamp, which brings
+//   no two values further apart: 128 u, counted as 255 u.
+// The terms of second order and all that the doubles lose, about 2^-50 p, are below the 2 u E that
+// are added; p is limited for that.
+//
+// Nothing here can be a NaN, an infinity or so small that it loses digits in a way that matters: a
+// job's `Reach` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that do
+// not exist may have any value, but they are not stored.
+inline constexpr double kRounding = 1.0 / 16777216.0;
+inline constexpr double kMostFloatRatio = 64.0;
+
+inline HWY_ATTR float FloatMargin(double reach, double ratio, bool texels) {
+  const double slope = texels ? 5.0 * ratio + 13.0 : 10.0 * ratio + 4.0;
+  return static_cast<float>(255.0 * kRounding * (reach * slope + 1.0));
+}
+
+// --- What a row has ready
+
+HWY_INLINE HWY_ATTR void SetFloats(const TRowParts& from, int place, double scale, float* to) {
+  for (int i = 0; i < 4; ++i) {
+    to[i] = static_cast<float>(from[place + i] * scale);
+  }
+}
+
+inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                  TRowFloats* floats) {
+  const bool texels = job.Texels != TTexelSource::None;
+  const double scale = texels ? 1.0 : 255.0;
+  SetFloats(row.Begin, slots.Color, scale, floats->Begin);
+  SetFloats(row.Delta, slots.Color, scale, floats->Delta);
+  if (slots.Secondary >= 0) {
+    SetFloats(row.Begin, slots.Secondary, 255.0, floats->SecondaryBegin);
+    SetFloats(row.Delta, slots.Secondary, 255.0, floats->SecondaryDelta);
+    floats->SecondaryBegin[3] = 0.0f;
+    floats->SecondaryDelta[3] = 0.0f;
+  }
+  for (int i = 0; i < 4; ++i) {
+    if ((job.ConstMask >> i & 1u) != 0) {
+      floats->Begin[i] = 0.0f;
+      floats->Delta[i] = 0.0f;
+    }
+  }
+}
+
+// Makes a row ready for single precision; false if it is not for that.
+inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                  TRowFloats* floats) {
+  const int pixels = row.Last - row.First + 1;
+  if (pixels < kLanes) {
+    return false;
+  }
+  double ratio = 1.0;
+  if (job.Tinted) {
+    if (job.Perspective) {
+      const double begin = row.Begin[3];
+      const double end = begin + row.Delta[3];
+      ratio = std::max(begin, end) / std::min(begin, end);
+      if (!(ratio <= kMostFloatRatio)) {
+        return false;
+      }
+      floats->WBegin = static_cast<float>(begin);
+      floats->WDelta = static_cast<float>(row.Delta[3]);
+    }
+    SetRowColors(job, slots, row, floats);
+  }
+  floats->Doubts = 3 + pixels / 64;
+  floats->Margin = FloatMargin(job.Reach, ratio, job.Texels != TTexelSource::None);
+  return true;
+}
+
+// --- Channels, pixel by pixel, in two whole vectors
+
+using DFF = hn::ScalableTag<float>;
+using DFU = hn::RebindToUnsigned<DFF>;
+using VFF = hn::Vec<DFF>;
+
+struct TChannels {
+  VFF Low, High;
+};
+
+// A value of each pixel, four times.
+HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
+  const DFF d;
+  const VFF whole = hn::ZeroExtendVector(d, value);
+#if HWY_TARGET == HWY_SSSE3
+  return {hn::Broadcast<0>(whole), hn::Broadcast<1>(whole)};
+#else
+  constexpr int kHalf = HWY_LANES(double) / 2;
+  HWY_ALIGN static constexpr std::int32_t kLow[16] = {0, 0, 0, 0, 1, 1, 1, 1,
+                                                      2, 2, 2, 2, 3, 3, 3, 3};
+  HWY_ALIGN static constexpr std::int32_t kHigh[16] = {
+      kHalf,     kHalf,     kHalf,     kHalf,     kHalf + 1, kHalf + 1, kHalf + 1, kHalf + 1,
+      kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 3, kHalf + 3, kHalf + 3, kHalf + 3};
+  return {hn::TableLookupLanes(whole, hn::SetTableIndices(d, kLow)),
+          hn::TableLookupLanes(whole, hn::SetTableIndices(d, kHigh))};
+#endif
+}
+
+HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
+  const DFF d;
+  const hn::RebindToSigned<DFF> di;
+  const hn::Rebind<std::uint8_t, DFF> half;
+  const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
+  return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
+          hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
+}
+
+// delta * t + begin, times q where there is perspective.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
+                                     const TChannels& q) {
+  const DFF d;
+  const VFF b = hn::LoadDup128(d, begin);
+  const VFF m = hn::LoadDup128(d, delta);
+  TChannels value = {hn::Add(hn::Mul(m, t.Low), b), hn::Add(hn::Mul(m, t.High), b)};
+  if (kPerspective) {
+    value = {hn::Mul(value.Low, q.Low), hn::Mul(value.High, q.High)};
+  }
+  return value;
+}
+
+// The bytes of channels from 0 to 255; false if one of them may have another byte than the exact
+// way finds.
+HWY_INLINE HWY_ATTR bool SureBytes(TChannels value, bool clamp, float margin, VU* packed) {
+  const DFF d;
+  const DFU du;
+  if (clamp) {
+    const VFF most = hn::Set(d, 255.0f);
+    value.Low = hn::Min(hn::Max(value.Low, hn::Zero(d)), most);
+    value.High = hn::Min(hn::Max(value.High, hn::Zero(d)), most);
+  }
+  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
+  const VFF whole = hn::Set(d, 8388608.0f);
+  const VFF by = hn::Set(d, margin);
+  const VFF low = hn::Add(hn::Sub(value.Low, by), whole);
+  const VFF high = hn::Add(hn::Sub(value.High, by), whole);
+  const auto same = hn::And(hn::Eq(low, hn::Add(hn::Add(value.Low, by), whole)),
+                            hn::Eq(high, hn::Add(hn::Add(value.High, by), whole)));
+  if (!hn::AllTrue(d, same)) {
+    return false;
+  }
+  const hn::Rebind<std::uint8_t, DFF> half;
+  const auto bytes =
+      hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, hn::BitCast(du, high)),
+                  hn::TruncateTo(half, hn::BitCast(du, low)));
+  *packed = hn::BitCast(DU(), bytes);
+  return true;
+}
+
+// --- Texels
+
+HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
+  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
+}
+
+// Mixes four texels of each pixel, by the steps of the sampler.
+HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
+  const DF df;
+  const DU du;
+  const TChannels fu = Spread(hn::DemoteTo(df, texels.FractionU));
+  const TChannels fv = Spread(hn::DemoteTo(df, texels.FractionV));
+  const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
+  const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
+  const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
+  const TChannels c11 = ChannelsOf(hn::UpperHalf(du, texels.Right));
+  return {
+      MixFloats(MixFloats(c00.Low, c10.Low, fu.Low), MixFloats(c01.Low, c11.Low, fu.Low), fv.Low),
+      MixFloats(MixFloats(c00.High, c10.High, fu.High), MixFloats(c01.High, c11.High, fu.High),
+                fv.High)};
+}
+
+// Packed colours of textured pixels; false where only the exact way is sure.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                       VD t, VU* packed) {
+  const DD d;
+  const TRowFloats& floats = *row.Floats;
+  VD exactQ = t;
+  if constexpr (kPerspective) {
+    exactQ = hn::Div(hn::Set(d, 1.0),
+                     hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
+  }
+  const VD s = Interpolated<kPerspective>(row, slots.Tex, t, exactQ);
+  const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, exactQ);
+  TChannels value;
+  if constexpr (kTexels == TTexelSource::Nearest) {
+    VU texels = hn::Zero(DU());
+    if (!FetchPlainNearest(job, s, u, &texels)) {
+      VU any = texels;
+      if (!FetchAnyNearest(*job.Sampler, s, u, &any)) {
+        return false;
+      }
+      texels = any;
+    }
+    if (!job.Tinted) {
+      // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
+      // place, also when it is multiplied by a 1 that interpolation left so near.
+      *packed = texels;
+      return true;
+    }
+    value = ChannelsOf(texels);
+  } else {
+    TTexelPairs texels;
+    if (!FetchPlainPairs(job, s, u, &texels)) {
+      TTexelPairs any;
+      if (!FetchAnyPairs(*job.Sampler, s, u, &any)) {
+        return false;
+      }
+      texels = any;
+    }
+    value = MixTexels(texels);
+  }
+  if (job.Tinted) {
+    const DF df;
+    const TChannels ts = Spread(hn::DemoteTo(df, t));
+    const TChannels q = kPerspective ? Spread(hn::DemoteTo(df, exactQ)) : ts;
+    const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
+    value = {hn::Mul(value.Low, tint.Low), hn::Mul(value.High, tint.High)};
+    if (slots.Secondary >= 0) {
+      const TChannels sum =
+          SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
+      value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
+    }
+  }
+  return SureBytes(value, job.Clamp, floats.Margin, packed);
+}
+
+// The same without a texture.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR bool PlainBytes(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    VD t, VU* packed) {
+  const DF df;
+  const TRowFloats& floats = *row.Floats;
+  const VF near = hn::DemoteTo(df, t);
+  const TChannels ts = Spread(near);
+  TChannels q = ts;
+  if constexpr (kPerspective) {
+    const VF w = hn::Add(hn::Mul(hn::Set(df, floats.WDelta), near), hn::Set(df, floats.WBegin));
+    q = Spread(hn::Div(hn::Set(df, 1.0f), w));
+  }
+  TChannels value = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
+  if (slots.Secondary >= 0) {
+    const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
+    value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
+  }
+  if (!SureBytes(value, job.Clamp, floats.Margin, packed)) {
+    return false;
+  }
+  *packed = hn::Or(*packed, hn::Set(DU(), job.ConstColor));
+  return true;
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif
