@@ -307,7 +307,7 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
     SettleConstants(v, inside, job);
   }
-  if (steady) {
+  if (steady && v[2] != v[1]) { // lines are drawn in doubles
     job->Reach = ReachOf(v, *job);
     job->Tinted =
         job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
