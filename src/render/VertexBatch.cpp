@@ -195,7 +195,8 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
   }
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
-  const std::uint64_t culled = (a.Culled | b.Culled) & all;
+  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
+  const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
   // All that is left of culled pieces is which way the last of them faced.
   std::uint64_t done = 0;
@@ -207,7 +208,6 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
       m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
-  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
