@@ -57,8 +57,8 @@ HWY_INLINE void NoteRunGroup(TGroupResult group, int x, bool leftward, TRowResul
 
 // A run as a row is drawn.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_NOINLINE HWY_ATTR TRowResult DrawRun(const TSpanJob& job, const TRowSlots& slots,
-                                         const TRow& row, const TLineRun& run) {
+HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
+                                             const TRow& row, const TLineRun& run) {
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
@@ -180,8 +180,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
                           leftward ? a : b, leftward};
     const TRowResult drawn = job.Stencil != nullptr
-                                 ? DrawRun<kTexels, kPerspective, true>(job, slots, row, run)
-                                 : DrawRun<kTexels, kPerspective, false>(job, slots, row, run);
+                                 ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, run)
+                                 : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, run);
     if (drawn.LastStencil >= 0) {
       result.LastStencil = (drawn.LastStencil - walk.From[0]) * walk.Step[0];
     }

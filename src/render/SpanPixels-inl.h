@@ -12,7 +12,7 @@
 
 #include <hwy/highway.h>
 
-#include "SpanColors-inl.h"
+#include "SpanPlain-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -30,35 +30,6 @@ struct TGroupResult {
   unsigned int Stencil;
   unsigned int Shaded;
 };
-
-HWY_INLINE HWY_ATTR unsigned int BitsOf(MI mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DI(), mask, bits);
-  return bits[0];
-}
-
-HWY_INLINE HWY_ATTR MI DepthMask(std::uint8_t func, VF fragment, VF stored) {
-  const DI di;
-  switch (func + GL_NEVER) {
-  case GL_NEVER:
-    return hn::MaskFromVec(hn::Zero(di));
-  case GL_LESS:
-    return hn::RebindMask(di, hn::Lt(fragment, stored));
-  case GL_EQUAL:
-    return hn::RebindMask(di, hn::Eq(fragment, stored));
-  case GL_LEQUAL:
-    return hn::RebindMask(di, hn::Le(fragment, stored));
-  case GL_GREATER:
-    return hn::RebindMask(di, hn::Gt(fragment, stored));
-  case GL_NOTEQUAL:
-    // The library's own Ne is false for a NaN on some levels.
-    return hn::RebindMask(di, hn::Not(hn::Eq(fragment, stored)));
-  case GL_GEQUAL:
-    return hn::RebindMask(di, hn::Ge(fragment, stored));
-  default:
-    return hn::Eq(hn::Zero(di), hn::Zero(di));
-  }
-}
 
 HWY_INLINE HWY_ATTR MI StencilMask(const TSpanJob& job, VI stored) {
   const DI di;
@@ -114,28 +85,6 @@ HWY_INLINE HWY_ATTR VI StencilStep(const TSpanJob& job, std::uint8_t step, VI st
   return hn::Or(hn::And(value, mask), hn::AndNot(mask, stored));
 }
 
-// Whether a group reads and writes only those of its pixels that exist. Otherwise whole vectors are
-// read and written, and a group that is none goes by way of copies.
-inline constexpr bool kMaskedAccess = HWY_TARGET == HWY_AVX3;
-
-template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
-  if constexpr (kMaskedAccess) {
-    return hn::MaskedLoad(hn::RebindMask(d, live), d, from);
-  } else {
-    return hn::LoadU(d, from);
-  }
-}
-
-// Those of `mask` get new values, the others keep `before`.
-template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, hn::Vec<D> before, MI mask, T* to) {
-  if constexpr (kMaskedAccess) {
-    hn::BlendedStore(values, hn::RebindMask(d, mask), d, to);
-  } else {
-    hn::StoreU(hn::IfThenElse(hn::RebindMask(d, mask), values, before), d, to);
-  }
-}
-
 using D8 = hn::Rebind<std::uint8_t, DD>;
 
 HWY_INLINE HWY_ATTR hn::Mask<D8> ByteMask(MI mask) {
@@ -159,6 +108,21 @@ HWY_INLINE HWY_ATTR void StoreStencil(VI values, MI live, unsigned char* stencil
   } else {
     hn::StoreU(bytes, D8(), stencil);
   }
+}
+
+// What pixels become: blended with what was before, and within the colour mask.
+HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
+  if (job.Blend) {
+    packed = Blended(packed, before);
+  }
+  if (job.ColorMask != 15) {
+    const std::uint32_t bytes =
+        (job.ColorMask & 1 ? 0x000000FFu : 0) | (job.ColorMask & 2 ? 0x0000FF00u : 0) |
+        (job.ColorMask & 4 ? 0x00FF0000u : 0) | (job.ColorMask & 8 ? 0xFF000000u : 0);
+    const VU kept = hn::Set(DU(), bytes);
+    packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
+  }
+  return packed;
 }
 
 // One group of pixels at t; only those in `live` exist.
@@ -213,16 +177,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
   if (!kMaskedAccess || job.Blend || job.ColorMask != 15) {
     const VU before = LoadLive(du, live, to.Color);
-    if (job.Blend) {
-      packed = Blended(packed, before);
-    }
-    if (job.ColorMask != 15) {
-      const std::uint32_t bytes =
-          (job.ColorMask & 1 ? 0x000000FFu : 0) | (job.ColorMask & 2 ? 0x0000FF00u : 0) |
-          (job.ColorMask & 4 ? 0x00FF0000u : 0) | (job.ColorMask & 8 ? 0xFF000000u : 0);
-      const VU kept = hn::Set(du, bytes);
-      packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
-    }
+    packed = OutputColors(job, packed, before);
     StoreLive(du, packed, before, pass, to.Color);
   } else {
     StoreLive(du, packed, packed, pass, to.Color);
@@ -323,12 +278,6 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
   }
 }
 
-// t of the pixels of a row from a column on.
-HWY_INLINE HWY_ATTR VD ColumnT(const TRow& row, VD x) {
-  const DD d;
-  return hn::Div(hn::Sub(x, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
-}
-
 inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
   auto depth = static_cast<float>(row.Delta[2] * t + row.Begin[2]);
   if (job.AddOffset) {
@@ -375,20 +324,18 @@ inline HWY_ATTR void FillRow(const TSpanJob& job, const TRow& row, const TGroupT
 
 // --- Runs that fail the depth test as a whole
 
-inline constexpr int kDepthRun = 64;
-
 // Whether no pixel of a run passes. Depth is monotone along a row, as t, the product, the sum, the
 // rounding to float and the offset are: what the nearer end fails against, all fail against.
 inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, const float* stored) {
   const hn::ScalableTag<float> d;
   const float a = DepthAtT(job, row, (x - row.Begin[0]) / row.Delta[0]);
-  const float b = DepthAtT(job, row, (x + kDepthRun - 1 - row.Begin[0]) / row.Delta[0]);
+  const float b = DepthAtT(job, row, (x + kRun - 1 - row.Begin[0]) / row.Delta[0]);
   if (!(a <= b || b <= a)) {
     return false;
   }
   const bool less = job.DepthFunc + GL_NEVER == GL_LESS;
   const auto nearest = hn::Set(d, a < b ? a : b);
-  for (std::size_t i = 0; i < kDepthRun; i += hn::Lanes(d)) {
+  for (std::size_t i = 0; i < kRun; i += hn::Lanes(d)) {
     const auto there = hn::LoadU(d, stored + i);
     if (!hn::AllFalse(d, less ? hn::Lt(nearest, there) : hn::Le(nearest, there))) {
       return false;
@@ -397,51 +344,119 @@ inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, con
   return true;
 }
 
+// --- Rows
+
+// The colours of a run at t, which is filled for whole vectors.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    int count, std::uint64_t shaded, const double* t,
+                                    std::uint32_t* color) {
+  const DD d;
+  const DU du;
+  const bool output = job.Blend || job.ColorMask != 15;
+  int i = 0;
+  if constexpr (kTexels == TTexelSource::None) {
+    if (!output && row.Floats != nullptr && job.ConstMask != 15) {
+      i = DrawPlainColors<kPerspective>(job, slots, row, count, shaded, t, color);
+    }
+  }
+  for (; i < count; i += kLanes) {
+    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
+    if (bits == 0) {
+      continue;
+    }
+    const MI live = MaskOfBits(bits);
+    VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i));
+    if (!kMaskedAccess || output) {
+      const VU before = LoadLive(du, live, color + i);
+      packed = OutputColors(job, packed, before);
+      StoreLive(du, packed, before, live, color + i);
+    } else {
+      StoreLive(du, packed, packed, live, color + i);
+    }
+  }
+}
+
+// A run of `count` pixels, up to kRun; unless access is by masks a multiple of the lanes.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                 int x, int count, const TGroupTargets& to, TRowResult* result) {
+  const std::uint64_t live = FirstBits(count);
+  std::uint64_t tested = live;
+  TStencilRun stencil;
+  if (kStencil) {
+    std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
+    tested &= StencilBits(job, stencil);
+  }
+  HWY_ALIGN double t[kRun + 2 * kLanes];
+  std::uint64_t shaded = tested;
+  if (job.DepthTest || job.DepthWrite) {
+    shaded = DrawDepths(job, {&row, x, count, to.Depth, t}, tested);
+  } else {
+    for (int i = 0; i < count; i += kLanes) {
+      hn::Store(ColumnT(row, x + i), DD(), t + i);
+    }
+  }
+  if (kStencil) {
+    StepStencils(job, job.StencilFail, live & ~tested, &stencil);
+    StepStencils(job, job.StencilZFail, tested & ~shaded, &stencil);
+    StepStencils(job, job.StencilZPass, shaded, &stencil);
+    std::memcpy(to.Stencil, stencil.Values, static_cast<std::size_t>(count));
+  }
+  if (tested != 0) {
+    result->LastStencil = x + 63 - __builtin_clzll(tested);
+  }
+  if (shaded == 0) {
+    return;
+  }
+  result->LastShaded = x + 63 - __builtin_clzll(shaded);
+  if (job.ColorMask != 0) {
+    DrawColors<kTexels, kPerspective>(job, slots, row, count, shaded, t, to.Color);
+  }
+}
+
+HWY_INLINE HWY_ATTR TGroupTargets TargetsAt(const TSpanJob& job, int x, int y) {
+  return {reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x,
+          reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x,
+          job.Stencil != nullptr ? job.Stencil + y * job.StencilRowStride + x : nullptr};
+}
+
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
                                        const TRow& row) {
-  const DD d;
-  const DI di;
-  const int lanes = static_cast<int>(hn::Lanes(d));
-  const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
-  TGroupTargets to;
-  to.Color = reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + row.First;
-  to.Depth = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + row.First;
-  to.Stencil = kStencil ? job.Stencil + row.Y * job.StencilRowStride + row.First : nullptr;
   if (kTexels == TTexelSource::None && IsFill(job, row)) {
-    FillRow(job, row, to);
+    FillRow(job, row, TargetsAt(job, row.First, row.Y));
     return {row.Last, row.Last};
+  }
+  TRowResult result = {-1, -1};
+  const int pixels = row.Last - row.First + 1;
+  if (pixels < kLanes) {
+    NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
+                  job, slots, row, ColumnT(row, row.First), static_cast<std::size_t>(pixels),
+                  TargetsAt(job, row.First, row.Y)),
+              row.First, &result);
+    return result;
   }
   const bool mayFailWhole =
       job.DepthTest && !kStencil &&
       (job.DepthFunc + GL_NEVER == GL_LESS || job.DepthFunc + GL_NEVER == GL_LEQUAL);
-  TRowResult result = {-1, -1};
-  int x = row.First;
-  int runEnd = x; // up to here no whole run was found to fail
-  while (x + lanes - 1 <= row.Last) {
-    if (mayFailWhole && x >= runEnd) {
-      if (x + kDepthRun - 1 <= row.Last && FailsWhole(job, row, x, to.Depth)) {
-        result.LastStencil = x + kDepthRun - 1;
-        x += kDepthRun;
-        runEnd = x;
-        to.Color += kDepthRun;
-        to.Depth += kDepthRun;
-        continue;
-      }
-      runEnd = x + kDepthRun;
+  for (int x = row.First; x <= row.Last; x += kRun) {
+    const TGroupTargets to = TargetsAt(job, x, row.Y);
+    const int count = row.Last - x + 1 < kRun ? row.Last - x + 1 : kRun;
+    if (mayFailWhole && count == kRun && FailsWhole(job, row, x, to.Depth)) {
+      result.LastStencil = x + kRun - 1;
+      continue;
     }
-    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, to), x, &result);
-    x += lanes;
-    to.Color += lanes;
-    to.Depth += lanes;
-    to.Stencil = kStencil ? to.Stencil + lanes : nullptr;
-  }
-  if (x <= row.Last) {
-    const auto count = static_cast<std::size_t>(row.Last - x + 1);
-    const VD t = ColumnT(row, hn::Iota(d, static_cast<double>(x)));
-    NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to), x,
-              &result);
+    const int whole = kMaskedAccess ? count : count / kLanes * kLanes;
+    if (whole != 0) {
+      DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, whole, to, &result);
+    }
+    if (whole < count) {
+      NoteGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
+                    job, slots, row, ColumnT(row, x + whole),
+                    static_cast<std::size_t>(count - whole), TargetsAt(job, x + whole, row.Y)),
+                x + whole, &result);
+    }
   }
   return result;
 }

@@ -1,0 +1,124 @@
+// The colours of a run of pixels without a texture in single precision, channel by channel, with
+// the proof of SpanFloats-inl.h. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANPLAIN_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANPLAIN_INL_H_
+#undef ZX_RENDER_SPANPLAIN_INL_H_
+#else
+#define ZX_RENDER_SPANPLAIN_INL_H_
+#endif
+
+#include <hwy/highway.h>
+
+#include "SpanColors-inl.h"
+#include "SpanTests-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// Lanes of a vector of floats: two groups.
+inline constexpr int kWideLanes = 2 * kLanes;
+
+using VFU = hn::Vec<DFU>;
+using MFF = hn::Mask<DFF>;
+
+HWY_INLINE HWY_ATTR hn::Mask<DFU> WideMaskOfBits(std::uint64_t bits) {
+  std::uint8_t bytes[8];
+  std::memcpy(bytes, &bits, sizeof bytes);
+  return hn::LoadMaskBits(DFU(), bytes);
+}
+
+// The bytes of a channel, moved to its place among the others; `sure` loses the pixels for which
+// they may not be those of the exact way.
+HWY_INLINE HWY_ATTR VFU PlacedBytes(VFF value, bool clamp, VFF margin, int channel, MFF* sure) {
+  const DFF d;
+  const DFU du;
+  if (clamp) {
+    value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 255.0f));
+  }
+  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
+  const VFF whole = hn::Set(d, 8388608.0f);
+  const VFF low = hn::Add(hn::Sub(value, margin), whole);
+  const VFF high = hn::Add(hn::Add(value, margin), whole);
+  *sure = hn::And(*sure, hn::Eq(low, high));
+  const VFU byte = hn::And(hn::BitCast(du, low), hn::Set(du, 255u));
+  return hn::ShiftLeftSame(byte, 8 * channel);
+}
+
+// Packed colours of two groups at t; those in `live` exist. False if the exact way is needed.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
+                                   const TRowFloats& floats, VFF t, MFF live, VFU* packed) {
+  const DFF d;
+  VFF q = t;
+  if constexpr (kPerspective) {
+    const VFF w = hn::Add(hn::Mul(hn::Set(d, floats.WDelta), t), hn::Set(d, floats.WBegin));
+    q = hn::Div(hn::Set(d, 1.0f), w);
+  }
+  const auto valueOf = [&](float begin, float delta) HWY_ATTR {
+    const VFF value = hn::Add(hn::Mul(hn::Set(d, delta), t), hn::Set(d, begin));
+    return kPerspective ? hn::Mul(value, q) : value;
+  };
+  const VFF margin = hn::Set(d, floats.Margin);
+  MFF sure = hn::Eq(margin, margin);
+  for (int i = 0; i < 4; ++i) {
+    if ((job.ConstMask >> i & 1u) != 0) {
+      continue;
+    }
+    VFF value = valueOf(floats.Begin[i], floats.Delta[i]);
+    if (slots.Secondary >= 0) {
+      value = hn::Add(value, valueOf(floats.SecondaryBegin[i], floats.SecondaryDelta[i]));
+    }
+    *packed = hn::Or(*packed, PlacedBytes(value, job.Clamp, margin, i, &sure));
+  }
+  return hn::AllFalse(d, hn::AndNot(sure, live));
+}
+
+// Draws the colours of a run as far as pairs of whole groups go, and returns how far that is; no
+// blending and no colour mask. `t` is read for whole vectors.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR int DrawPlainColors(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRow& row, int count, std::uint64_t shaded,
+                                        const double* t, std::uint32_t* color) {
+  const DD d;
+  const DF df;
+  const DFU du;
+  const VFU constant = hn::Set(du, job.ConstColor);
+  int i = 0;
+  for (; kMaskedAccess ? i < count : i + kWideLanes <= count; i += kWideLanes) {
+    const std::uint64_t bits = shaded >> i & FirstBits(kWideLanes);
+    if (bits == 0) {
+      continue;
+    }
+    if (row.Floats->Doubts <= 0) {
+      break;
+    }
+    const VFF at = hn::Combine(DFF(), hn::DemoteTo(df, hn::Load(d, t + i + kLanes)),
+                               hn::DemoteTo(df, hn::Load(d, t + i)));
+    const hn::Mask<DFU> live = WideMaskOfBits(bits);
+    VFU packed = constant;
+    if (HWY_UNLIKELY(!WideBytes<kPerspective>(job, slots, *row.Floats, at,
+                                              hn::RebindMask(DFF(), live), &packed))) {
+      HWY_ALIGN std::uint32_t exact[kWideLanes];
+      for (int k = 0; k < kWideLanes; k += kLanes) {
+        hn::Store(
+            UnsureColors<TTexelSource::None, kPerspective>(job, slots, row, hn::Load(d, t + i + k)),
+            DU(), exact + k);
+      }
+      packed = hn::Load(du, exact);
+    }
+    if constexpr (kMaskedAccess) {
+      hn::BlendedStore(packed, live, du, color + i);
+    } else {
+      hn::StoreU(hn::IfThenElse(live, packed, hn::LoadU(du, color + i)), du, color + i);
+    }
+  }
+  return i < count ? i : count;
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif
