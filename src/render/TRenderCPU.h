@@ -990,6 +990,13 @@ private:
   void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
                        bool indexed, TElementOf elementOf);
   struct TBatchDraw;
+  struct TIndexedDraw;
+  void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
+  void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
+  std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
+  template <class TElementOf>
+  int _ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
+                       TElementOf elementOf);
   int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
                      int count);
   void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
@@ -1035,7 +1042,11 @@ private:
 
     std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
     VAR_DATA Vertices[kSize];
+    std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
     std::uint32_t Draw;
+
+    /// A number for a draw's tags, in their upper half.
+    std::uint64_t NextDraw();
   };
 
   TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading

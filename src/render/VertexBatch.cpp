@@ -110,6 +110,11 @@ struct TRenderCPU::TBatchDraw {
                                    Position.Pointer->EffectiveStride, corners, shapes, &Batch);
   }
 
+  // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
+  const TVec4& ValueOf(int i, int vertex) const {
+    return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
+  }
+
   // The other values of the batch, once something of it is seen.
   void FetchValues() {
     if (Fetched) {
@@ -124,16 +129,13 @@ struct TRenderCPU::TBatchDraw {
   }
 };
 
-// Fills the next record of the primitive with a vertex of the batch, as the shader does.
+// Fills a record with a vertex of the batch, as the shader does.
 void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  draw->FetchValues();
-  for (int i = 0; i < 3; ++i) {
-    if (draw->Values[i].Pointer != nullptr) {
-      *draw->Current[i] = draw->Vectors[i][vertex];
-    }
-  }
   VAR_DATA& record = m_VarCur[corner];
   if (m_Lighting || !inside) {
+    for (int i = 0; i < 3; ++i) {
+      *draw->Current[i] = draw->ValueOf(i, vertex);
+    }
     const TPointer* const position = draw->Position.Pointer;
     position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
     static_cast<TStdVertexShaderCPU*>(m_VertexShader)->TStdVertexShaderCPU::Execute(&record);
@@ -142,9 +144,9 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
   const TVertexBatch& batch = draw->Batch;
   const int at = corner * batch.Pitch + shape;
   record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[m_VarColor] = m_CurColor;
+  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
   if (m_TexUnits[0].TexEnabled) {
-    record.Slots[m_VarTexCoord] = m_CurTexCoord;
+    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
   }
 }
 
@@ -152,6 +154,7 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
 // as ever.
 void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape,
                               bool inside) {
+  draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
     _ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
@@ -192,7 +195,8 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
   }
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
-  const std::uint64_t culled = (a.Culled | b.Culled) & all;
+  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
+  const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
   // All that is left of culled pieces is which way the last of them faced.
   std::uint64_t done = 0;
@@ -204,7 +208,6 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
       m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
-  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
