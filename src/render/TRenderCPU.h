@@ -16,6 +16,8 @@ class TFragmentShaderCPU;
 struct TSpanJob;
 struct TLineWalk;
 struct TPointBatch;
+struct TBatchDraw;
+struct TIndexedDraw;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -989,8 +991,7 @@ private:
   template <class TElementOf>
   void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
                        bool indexed, TElementOf elementOf);
-  struct TBatchDraw;
-  struct TIndexedDraw;
+  std::uint64_t _NextDraw();
   void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
   void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
   std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
@@ -1044,9 +1045,6 @@ private:
     VAR_DATA Vertices[kSize];
     std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
     std::uint32_t Draw;
-
-    /// A number for a draw's tags, in their upper half.
-    std::uint64_t NextDraw();
   };
 
   TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading

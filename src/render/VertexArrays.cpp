@@ -304,7 +304,7 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
                                  int done, bool indexed, TElementOf elementOf) {
   auto* const shader = static_cast<TStdVertexShaderCPU*>(m_VertexShader);
   TVertexCache& cache = *m_VertexCache;
-  const std::uint64_t draw = cache.NextDraw();
+  const std::uint64_t draw = _NextDraw();
   const auto fetch = [this, values, valueCount](unsigned long element) {
     for (unsigned long k = 0; k < valueCount; ++k) {
       values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
@@ -346,7 +346,11 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
 template <class TElementOf>
 int TRenderCPU::_ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
                                  TElementOf elementOf) {
-  const TIndexedDraw draw(this, values, valueCount);
+  const TIndexedDraw draw = {values,
+                             valueCount,
+                             _NextDraw(),
+                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1),
+                             {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW}};
   constexpr int kMost = 96;
   std::uint32_t elements[kMost];
   const int whole = 3 * (count / 3 - 1);

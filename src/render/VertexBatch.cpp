@@ -62,7 +62,7 @@ constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
 
 // --- The arrays of a draw call
 
-struct TRenderCPU::TBatchDraw {
+struct TBatchDraw {
   struct TSource {
     const TPointer* Pointer = nullptr;
     std::size_t Kind = 0;
@@ -70,7 +70,7 @@ struct TRenderCPU::TBatchDraw {
 
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
-  vec_t_<double, 4>* Current[3];
+  TVec4* Current[3];
   TVertexBatch Batch = {};
   unsigned long First = 0; ///< element of the batch's first vertex
   int Count = 0;           ///< vertices of the batch
@@ -78,18 +78,17 @@ struct TRenderCPU::TBatchDraw {
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   // False for a fetching function that a caller put there, or if positions come from no array.
-  bool Take(TRenderCPU* gl, const TAttrValue* values, unsigned long valueCount) {
+  bool Take(TRenderCPU* gl, const TRenderCPU::TAttrValue* values, unsigned long valueCount) {
+    const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
     Current[1] = &gl->m_CurColor;
     Current[2] = &gl->m_CurTexCoord;
     for (unsigned long k = 0; k < valueCount; ++k) {
-      const auto found =
-          std::find(s_AttrGetVals.begin(), s_AttrGetVals.end(), values[k].Pointer->GetValue);
-      if (found == s_AttrGetVals.end()) {
+      const auto found = std::find(known.begin(), known.end(), values[k].Pointer->GetValue);
+      if (found == known.end()) {
         return false;
       }
-      const TSource source = {values[k].Pointer,
-                              static_cast<std::size_t>(found - s_AttrGetVals.begin())};
+      const TSource source = {values[k].Pointer, static_cast<std::size_t>(found - known.begin())};
       if (values[k].Value == &gl->m_CurAttrib[0]) {
         Position = source; // of two arrays for it the last one counts
       }

@@ -40,12 +40,14 @@ bool FacesFront(const TVec4& a, const TVec4& b, const TVec4& c, bool frontCCW) {
 
 } // namespace
 
-std::uint64_t TRenderCPU::TVertexCache::NextDraw() {
-  if (++Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
-    std::memset(Tags, 0, sizeof Tags);
-    Draw = 1;
+// A number for a draw's tags, in their upper half.
+std::uint64_t TRenderCPU::_NextDraw() {
+  TVertexCache& cache = *m_VertexCache;
+  if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
+    std::memset(cache.Tags, 0, sizeof cache.Tags);
+    cache.Draw = 1;
   }
-  return std::uint64_t{Draw} << 32;
+  return std::uint64_t{cache.Draw} << 32;
 }
 
 // The place of an element's vertex in the cache; it is shaded if it isn't there.

@@ -10,19 +10,12 @@
 namespace Zx3D {
 
 /// What all triangles of an indexed draw share.
-struct TRenderCPU::TIndexedDraw {
-  const TAttrValue* Values;
+struct TIndexedDraw {
+  const TRenderCPU::TAttrValue* Values;
   unsigned long ValueCount;
   std::uint64_t Tag;
   int Written; ///< slots that the vertex shader fills: without a texture all but the last
   TCulling Culling;
-
-  TIndexedDraw(TRenderCPU* gl, const TAttrValue* values, unsigned long valueCount)
-      : Values(values), ValueCount(valueCount), Tag(gl->m_VertexCache->NextDraw()),
-        Written(gl->m_VarCount - (gl->m_TexUnits[0].TexEnabled ? 0 : 1)), Culling{
-                                                                              gl->_IsCulled(true),
-                                                                              gl->_IsCulled(false),
-                                                                              gl->m_FrontFaceCCW} {}
 };
 
 /// Copies the first slots of a record; sizes that the compiler knows need no call.
