@@ -197,10 +197,23 @@ bool SettleTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   return true;
 }
 
-// Whether all texels lie in 0 to 1.
+// Whether all texels lie in 0 to 1. Where coordinates are no numbers, or too great for their
+// fractions to be numbers, what is mixed between texels is none either.
 bool AreUnitTexels(const TSpanJob& job) {
-  return (job.Texels == TTexelSource::Nearest || job.Texels == TTexelSource::Linear) &&
-         UnitBits(job.Sampler->m_BorderColor) == 15;
+  if (job.Texels == TTexelSource::Linear) {
+    if (job.Perspective && !IsSteady(job.Vertex)) {
+      return false;
+    }
+    for (const TVec4* const at : job.Vertex) {
+      const TVec4& st = at[job.TexSlot];
+      if (!(std::fabs(st.x) < 1e15 && std::fabs(st.y) < 1e15)) {
+        return false;
+      }
+    }
+  } else if (job.Texels != TTexelSource::Nearest) {
+    return false;
+  }
+  return UnitBits(job.Sampler->m_BorderColor) == 15;
 }
 
 } // namespace
@@ -307,7 +320,7 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
   if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
     SettleConstants(v, inside, job);
   }
-  if (steady && job->ConstMask != 15) {
+  if (steady && job->ConstMask != 15 && v[2] != v[1]) { // lines are drawn in doubles
     job->Reach = ReachOf(v, *job);
     job->Tinted =
         job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);

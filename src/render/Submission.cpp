@@ -1,9 +1,9 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <cstring>
-
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
+
+#include "VertexReplay.h"
 
 namespace Zx3D {
 
@@ -78,9 +78,7 @@ void TRenderCPU::End() {
 
 // --- Records
 
-void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) {
-  std::memcpy(to.Slots, from.Slots, static_cast<std::size_t>(m_VarCount) * sizeof from.Slots[0]);
-}
+void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) { CopySlots(&to, from, m_VarCount); }
 
 void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
   for (int i = 0; i < m_VarCount; ++i) {

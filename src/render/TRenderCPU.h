@@ -16,6 +16,8 @@ class TFragmentShaderCPU;
 struct TSpanJob;
 struct TLineWalk;
 struct TPointBatch;
+struct TBatchDraw;
+struct TIndexedDraw;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -989,7 +991,13 @@ private:
   template <class TElementOf>
   void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
                        bool indexed, TElementOf elementOf);
-  struct TBatchDraw;
+  std::uint64_t _NextDraw();
+  void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
+  void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
+  std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
+  template <class TElementOf>
+  int _ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
+                       TElementOf elementOf);
   int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
                      int count);
   void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
@@ -1035,6 +1043,7 @@ private:
 
     std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
     VAR_DATA Vertices[kSize];
+    std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
     std::uint32_t Draw;
   };
 

@@ -1,5 +1,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <algorithm>
 #include <cstring>
 #include <typeinfo>
 
@@ -9,6 +10,7 @@
 #include "ErrorCodes-inl.h"
 #include "SpanJob.h"
 #include "VertexFetch-inl.h"
+#include "VertexReplay.h"
 
 namespace Zx3D {
 
@@ -302,11 +304,7 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
                                  int done, bool indexed, TElementOf elementOf) {
   auto* const shader = static_cast<TStdVertexShaderCPU*>(m_VertexShader);
   TVertexCache& cache = *m_VertexCache;
-  if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
-    std::memset(cache.Tags, 0, sizeof cache.Tags);
-    cache.Draw = 1;
-  }
-  const std::uint64_t draw = std::uint64_t{cache.Draw} << 32;
+  const std::uint64_t draw = _NextDraw();
   const auto fetch = [this, values, valueCount](unsigned long element) {
     for (unsigned long k = 0; k < valueCount; ++k) {
       values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
@@ -343,6 +341,32 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
   }
 }
 
+// Replays the triangles of an indexed draw but the last one, which goes with what comes behind it
+// and leaves current values and records as ever; returns how many vertices that were.
+template <class TElementOf>
+int TRenderCPU::_ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
+                                 TElementOf elementOf) {
+  const TIndexedDraw draw = {values,
+                             valueCount,
+                             _NextDraw(),
+                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1),
+                             {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW}};
+  constexpr int kMost = 96;
+  std::uint32_t elements[kMost];
+  const int whole = 3 * (count / 3 - 1);
+  int done = 0;
+  while (done < whole) {
+    const int next = std::min(whole - done, kMost);
+    for (int i = 0; i < next; ++i) {
+      elements[i] = static_cast<std::uint32_t>(elementOf(done + i));
+    }
+    _ReplayIndexed(draw, elements, next / 3);
+    done += next;
+  }
+  m_VertexIndex += done;
+  return done;
+}
+
 // Replays elements through the virtual operations; `elementOf` tells the element of the i-th
 // vertex.
 template <class TElementOf>
@@ -354,7 +378,9 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   }
   Begin(mode);
   if (_MayReplayDirectly()) {
-    const int done = indexed ? 0 : _ReplayBatches(values, valueCount, elementOf(0), count);
+    const int done = !indexed ? _ReplayBatches(values, valueCount, elementOf(0), count)
+                     : mode == GL_TRIANGLES ? _ReplayTriangles(values, valueCount, count, elementOf)
+                                            : 0;
     _ReplayDirectly(values, valueCount, count, done, indexed, elementOf);
   } else {
     for (int i = 0; i < count; ++i) {

@@ -62,7 +62,7 @@ constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
 
 // --- The arrays of a draw call
 
-struct TRenderCPU::TBatchDraw {
+struct TBatchDraw {
   struct TSource {
     const TPointer* Pointer = nullptr;
     std::size_t Kind = 0;
@@ -70,7 +70,7 @@ struct TRenderCPU::TBatchDraw {
 
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
-  vec_t_<double, 4>* Current[3];
+  TVec4* Current[3];
   TVertexBatch Batch = {};
   unsigned long First = 0; ///< element of the batch's first vertex
   int Count = 0;           ///< vertices of the batch
@@ -78,18 +78,17 @@ struct TRenderCPU::TBatchDraw {
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   // False for a fetching function that a caller put there, or if positions come from no array.
-  bool Take(TRenderCPU* gl, const TAttrValue* values, unsigned long valueCount) {
+  bool Take(TRenderCPU* gl, const TRenderCPU::TAttrValue* values, unsigned long valueCount) {
+    const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
     Current[1] = &gl->m_CurColor;
     Current[2] = &gl->m_CurTexCoord;
     for (unsigned long k = 0; k < valueCount; ++k) {
-      const auto found =
-          std::find(s_AttrGetVals.begin(), s_AttrGetVals.end(), values[k].Pointer->GetValue);
-      if (found == s_AttrGetVals.end()) {
+      const auto found = std::find(known.begin(), known.end(), values[k].Pointer->GetValue);
+      if (found == known.end()) {
         return false;
       }
-      const TSource source = {values[k].Pointer,
-                              static_cast<std::size_t>(found - s_AttrGetVals.begin())};
+      const TSource source = {values[k].Pointer, static_cast<std::size_t>(found - known.begin())};
       if (values[k].Value == &gl->m_CurAttrib[0]) {
         Position = source; // of two arrays for it the last one counts
       }
@@ -110,6 +109,11 @@ struct TRenderCPU::TBatchDraw {
                                    Position.Pointer->EffectiveStride, corners, shapes, &Batch);
   }
 
+  // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
+  const TVec4& ValueOf(int i, int vertex) const {
+    return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
+  }
+
   // The other values of the batch, once something of it is seen.
   void FetchValues() {
     if (Fetched) {
@@ -124,16 +128,13 @@ struct TRenderCPU::TBatchDraw {
   }
 };
 
-// Fills the next record of the primitive with a vertex of the batch, as the shader does.
+// Fills a record with a vertex of the batch, as the shader does.
 void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  draw->FetchValues();
-  for (int i = 0; i < 3; ++i) {
-    if (draw->Values[i].Pointer != nullptr) {
-      *draw->Current[i] = draw->Vectors[i][vertex];
-    }
-  }
   VAR_DATA& record = m_VarCur[corner];
   if (m_Lighting || !inside) {
+    for (int i = 0; i < 3; ++i) {
+      *draw->Current[i] = draw->ValueOf(i, vertex);
+    }
     const TPointer* const position = draw->Position.Pointer;
     position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
     static_cast<TStdVertexShaderCPU*>(m_VertexShader)->TStdVertexShaderCPU::Execute(&record);
@@ -142,9 +143,9 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
   const TVertexBatch& batch = draw->Batch;
   const int at = corner * batch.Pitch + shape;
   record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[m_VarColor] = m_CurColor;
+  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
   if (m_TexUnits[0].TexEnabled) {
-    record.Slots[m_VarTexCoord] = m_CurTexCoord;
+    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
   }
 }
 
@@ -152,6 +153,7 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
 // as ever.
 void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape,
                               bool inside) {
+  draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
     _ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
@@ -192,7 +194,8 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
   }
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
-  const std::uint64_t culled = (a.Culled | b.Culled) & all;
+  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
+  const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
   // All that is left of culled pieces is which way the last of them faced.
   std::uint64_t done = 0;
@@ -204,7 +207,6 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
       m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
-  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;

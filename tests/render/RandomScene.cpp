@@ -129,6 +129,7 @@ private:
   TTintShader* m_Shaders[2] = {};
   std::vector<Zx3D::TProgramCPU*> m_Programs;
   std::vector<unsigned int> m_Textures;
+  int m_Vertices = 0; ///< in each of the long arrays
 };
 
 void TPlayer::MakeTextures() {
@@ -441,6 +442,7 @@ void TPlayer::Arrays() {
 // --- Arrays long enough to be drawn by batches
 
 constexpr int kMostVertices = 420;
+constexpr int kCached = 1024; // elements this far apart share a place in the cache
 
 int ComponentSize(unsigned int type) { return type == GL_DOUBLE ? 8 : type == GL_FLOAT ? 4 : 1; }
 
@@ -460,8 +462,8 @@ std::vector<unsigned char> TPlayer::Column(int components, unsigned int type, in
                                            double low, double high) {
   const int size = ComponentSize(type);
   const int step = stride != 0 ? stride : components * size;
-  std::vector<unsigned char> bytes(static_cast<std::size_t>(step * kMostVertices + 32));
-  for (int i = 0; i < kMostVertices; ++i) {
+  std::vector<unsigned char> bytes(static_cast<std::size_t>(step * m_Vertices + 32));
+  for (int i = 0; i < m_Vertices; ++i) {
     for (int k = 0; k < components; ++k) {
       Put(bytes.data() + i * step + k * size, type, Real(low, high));
     }
@@ -497,7 +499,7 @@ void TPlayer::Positions(int components, unsigned int type, int stride,
   const double reach = Coin() ? 0.1 : 0.01;
   const double shift = Pick(3) == 0 ? Real(-2.5, 2.5) : 0.0;
   double center[4] = {};
-  for (int i = 0; i < kMostVertices; ++i) {
+  for (int i = 0; i < m_Vertices; ++i) {
     for (int k = 0; k < components; ++k) {
       if (i % together == 0) {
         center[k] = Real(-1.1, 1.1);
@@ -535,6 +537,8 @@ void TPlayer::LongArrays() {
     array.Type = Of(kTypes);
     array.Stride = Coin() ? 0 : 32 + Pick(9);
   }
+  const bool wide = Pick(6) == 0;
+  m_Vertices = kMostVertices + (wide ? kCached : 0);
   arrays[0].Type = Pick(8) == 0 ? GL_UNSIGNED_BYTE : Coin() ? GL_FLOAT : GL_DOUBLE;
   arrays[0].Size = Pick(4) == 0 ? arrays[0].Size : 2 + Pick(3);
   arrays[1].Size = 3;
@@ -566,8 +570,9 @@ void TPlayer::LongArrays() {
     std::vector<std::uint32_t> indices(kMostVertices);
     const bool near = Coin();
     for (int i = 0; i < kMostVertices; ++i) {
+      const int index = near ? (i + Pick(6)) % kMostVertices : Pick(kMostVertices);
       indices[static_cast<std::size_t>(i)] =
-          static_cast<std::uint32_t>(near ? (i + Pick(6)) % kMostVertices : Pick(kMostVertices));
+          static_cast<std::uint32_t>(index + (wide && Coin() ? kCached : 0));
     }
     m_Gl.DrawElements(mode, count, GL_UNSIGNED_INT, indices.data());
   }

@@ -1,8 +1,11 @@
 // Every instruction set must leave what the plain walker leaves, to the last bit.
 
+#include <cmath>
 #include <cstdlib>
 
 #include <gtest/gtest.h>
+
+#include <ZxCore3D/render/GLEnums.h>
 
 #include "../../src/render/SpanJob.h"
 #include "RandomScene.h"
@@ -58,6 +61,41 @@ TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
     }
   }
   EXPECT_GT(compared, 0) << "no level to compare";
+}
+
+// What is mixed between texels at such coordinates is no number, and its byte is 0.
+TEST_F(SpanLevels, TextureCoordinatesThatAreNoNumbers) {
+  const std::vector<unsigned char> texels(4 * 4 * 4, 200);
+  const auto draw = [&texels](const char* level, double coordinate, unsigned int environment) {
+    Zx3D::LimitSpanLevel(level);
+    Zx3D::TRenderCPU gl;
+    gl.Create(16, 16, nullptr);
+    unsigned int id = 0;
+    gl.GenTextures(1, &id);
+    gl.BindTexture(GL_TEXTURE_2D, id);
+    gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
+    gl.TexFilter2D(GL_LINEAR, GL_LINEAR);
+    gl._EnableTexture2D(0, true);
+    gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, static_cast<int>(environment));
+    gl.Begin(GL_TRIANGLES);
+    for (const int i : {0, 1, 2}) {
+      gl.TexCoord2d(i == 0 ? coordinate : 0.5, 0.5);
+      gl.Vertex2d(i == 1 ? 2.0 : -0.5, i == 2 ? 2.0 : -0.5);
+    }
+    gl.End();
+    const TDataSurface& color = *gl.GetColorSurface();
+    return std::vector<unsigned char>(color.Data, color.Data + color.DataSize);
+  };
+  for (const double coordinate : {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e308, -1e200, 1e16}) {
+    for (const unsigned int environment : {GL_REPLACE, GL_MODULATE}) {
+      const std::vector<unsigned char> plain = draw("plain", coordinate, environment);
+      for (const char* level : kLevels) {
+        if (Zx3D::LimitSpanLevel(level)) {
+          EXPECT_EQ(draw(level, coordinate, environment), plain) << coordinate << ", " << level;
+        }
+      }
+    }
+  }
 }
 
 TEST_F(SpanLevels, TheHookNamesAndRefuses) {

@@ -1,0 +1,401 @@
+// Array draws by batches leave what vertex after vertex leaves: pixels, the fragment record, the
+// scratch records and the current values.
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include "../../src/render/SpanJob.h"
+
+namespace {
+
+using Zx3D::TLineWalk;
+using Zx3D::TRenderCPU;
+
+constexpr int kWidth = 61;
+constexpr int kHeight = 47;
+constexpr unsigned int kModes[] = {GL_POINTS,    GL_LINES,          GL_LINE_LOOP,    GL_LINE_STRIP,
+                                   GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
+
+std::vector<unsigned char> LeftBy(const char* level,
+                                  const std::function<void(TRenderCPU*)>& scene) {
+  EXPECT_TRUE(Zx3D::LimitSpanLevel(level));
+  TRenderCPU gl;
+  gl.Create(kWidth, kHeight, nullptr);
+  gl.Clear(true, true, true);
+  scene(&gl);
+  std::vector<unsigned char> bytes;
+  const auto append = [&bytes](const void* data, std::size_t size) {
+    const auto* const from = static_cast<const unsigned char*>(data);
+    bytes.insert(bytes.end(), from, from + size);
+  };
+  for (const TDataSurface* surface :
+       {gl.GetColorSurface(), gl.GetDepthSurface(), gl.GetStencilSurface()}) {
+    append(surface->Data, surface->DataSize);
+  }
+  append(&gl.m_Fragment.Color, sizeof gl.m_Fragment.Color);
+  append(&gl.m_Fragment.X, sizeof(int));
+  append(&gl.m_Fragment.Y, sizeof(int));
+  append(&gl.m_Fragment.Depth, sizeof(float));
+  append(&gl.m_Fragment.FrontFacing, sizeof(bool));
+  append(&gl.m_VarFragment, sizeof gl.m_VarFragment);
+  append(gl.m_VarCur, sizeof gl.m_VarCur);
+  append(gl.m_VarSaved, sizeof gl.m_VarSaved);
+  append(&gl.m_VertexIndex, sizeof(int));
+  append(&gl.m_StripIndex, sizeof(int));
+  append(&gl.m_Pending, sizeof(int));
+  append(&gl.m_CurVertex, sizeof gl.m_CurVertex);
+  append(&gl.m_CurNormal, sizeof gl.m_CurNormal);
+  append(&gl.m_CurColor, sizeof gl.m_CurColor);
+  append(&gl.m_CurTexCoord, sizeof gl.m_CurTexCoord);
+  append(gl.m_CurAttrib, sizeof gl.m_CurAttrib);
+  return bytes;
+}
+
+class VertexBatches : public testing::Test {
+protected:
+  ~VertexBatches() override { Zx3D::LimitSpanLevel(nullptr); }
+
+  double Real(double low, double high) { return low + (high - low) * (m_Random() / 4294967295.0); }
+
+  // Each level leaves what the plain way leaves.
+  void Compare(const std::function<void(TRenderCPU*)>& scene) {
+    const std::vector<unsigned char> plain = LeftBy("plain", scene);
+    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
+      if (Zx3D::LimitSpanLevel(level)) {
+        EXPECT_TRUE(LeftBy(level, scene) == plain) << level;
+      }
+    }
+  }
+
+  // Shapes of three vertices, each within `reach` of a place within -spread to spread.
+  std::vector<float> Shapes(int vertices, double spread, double reach) {
+    std::vector<float> positions;
+    double center[3] = {};
+    for (int i = 0; i < vertices; ++i) {
+      for (double& c : center) {
+        c = i % 3 == 0 ? Real(-spread, spread) : c;
+        positions.push_back(static_cast<float>(c + Real(-reach, reach)));
+      }
+    }
+    return positions;
+  }
+
+  std::vector<unsigned char> Colors(int vertices) {
+    std::vector<unsigned char> colors(static_cast<std::size_t>(4 * vertices));
+    for (unsigned char& c : colors) {
+      c = static_cast<unsigned char>(m_Random());
+    }
+    return colors;
+  }
+
+  static void Bind(TRenderCPU* gl, const std::vector<float>& positions,
+                   const std::vector<unsigned char>& colors) {
+    gl->VertexPointer(3, GL_FLOAT, 0, positions.data());
+    gl->ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors.data());
+    gl->_EnableClientState(GL_VERTEX_ARRAY, true);
+    gl->_EnableClientState(GL_COLOR_ARRAY, true);
+  }
+
+  std::mt19937 m_Random{17};
+};
+
+TEST_F(VertexBatches, EveryCountOfEveryMode) {
+  const std::vector<float> positions = Shapes(260, 1.1, 0.2);
+  const std::vector<unsigned char> colors = Colors(260);
+  for (const unsigned int mode : kModes) {
+    for (const int count : {1, 2, 3, 4, 7, 15, 16, 20, 21, 95, 96, 97, 99, 100, 193, 200, 250}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << count << " vertices");
+      Compare([&](TRenderCPU* gl) {
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 5, count);
+      });
+    }
+  }
+}
+
+TEST_F(VertexBatches, NothingForNegativeCounts) {
+  const std::vector<float> positions = Shapes(30, 1.0, 0.2);
+  const std::vector<unsigned char> colors = Colors(30);
+  const std::uint8_t indices[30] = {};
+  for (const unsigned int mode : kModes) {
+    Compare([&](TRenderCPU* gl) {
+      Bind(gl, positions, colors);
+      gl->DrawArrays(mode, 0, -20);
+      gl->DrawElements(mode, -20, GL_UNSIGNED_BYTE, indices);
+    });
+  }
+}
+
+TEST_F(VertexBatches, ShapesOnAndBehindThePlanes) {
+  const std::vector<unsigned char> colors = Colors(240);
+  for (const unsigned int mode : {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_QUADS}) {
+    // The corners lie on a grid whose outer lines are the planes, and the lines behind them.
+    std::vector<float> positions;
+    for (int i = 0; i < 720; ++i) {
+      positions.push_back(static_cast<float>(static_cast<int>(m_Random() % 7) - 3) * 0.5f);
+    }
+    for (const bool perspective : {false, true}) {
+      SCOPED_TRACE(mode);
+      Compare([&](TRenderCPU* gl) {
+        if (perspective) { // w is no longer 1, and below 0 for some
+          gl->MatrixMode(GL_PROJECTION);
+          gl->Frustum(-1, 1, -1, 1, 0.5, 4);
+          gl->Translated(0, 0, -1);
+        }
+        gl->EnableCullFace(perspective);
+        gl->CullFace(GL_BACK);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 0, 240);
+      });
+    }
+  }
+}
+
+TEST_F(VertexBatches, NumbersThatAreNone) {
+  constexpr float kInfinity = std::numeric_limits<float>::infinity();
+  constexpr float kOdd[] = {
+      std::numeric_limits<float>::quiet_NaN(), kInfinity, -kInfinity, 3e38f, -3e38f, 1e-42f, -0.0f};
+  std::vector<float> positions = Shapes(240, 1.0, 0.3);
+  for (std::size_t i = 0; i < positions.size(); i += 5) {
+    positions[i] = kOdd[m_Random() % std::size(kOdd)];
+  }
+  const std::vector<unsigned char> colors = Colors(240);
+  std::vector<std::uint8_t> indices;
+  for (int i = 0; i < 240; ++i) {
+    indices.push_back(static_cast<std::uint8_t>(m_Random() % 240));
+  }
+  for (const unsigned int mode : kModes) {
+    SCOPED_TRACE(mode);
+    Compare([&](TRenderCPU* gl) {
+      gl->EnableDepthTest(true);
+      gl->DepthFunc(GL_GEQUAL);
+      Bind(gl, positions, colors);
+      gl->DrawArrays(mode, 0, 240);
+      gl->DrawElements(mode, 240, GL_UNSIGNED_BYTE, indices.data());
+    });
+  }
+}
+
+TEST_F(VertexBatches, AllArraysMayComeInAnyType) {
+  constexpr int kVertices = 150;
+  std::vector<unsigned char> bytes(64 * kVertices);
+  for (std::size_t i = 0; i + 8 <= bytes.size(); i += 8) {
+    const double value = Real(-1.0, 1.0);
+    const auto narrow = static_cast<float>(value);
+    if (i % 64 < 32) {
+      std::memcpy(bytes.data() + i, &value, 8);
+    } else {
+      std::memcpy(bytes.data() + i, &narrow, 4);
+      std::memcpy(bytes.data() + i + 4, &narrow, 4);
+    }
+  }
+  for (const unsigned int mode : {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_QUADS}) {
+    for (const unsigned int type : {GL_FLOAT, GL_DOUBLE, GL_UNSIGNED_BYTE}) {
+      for (int size = 1; size <= 4; ++size) {
+        SCOPED_TRACE(testing::Message() << mode << ", type " << type << ", size " << size);
+        const unsigned char* const at = bytes.data() + (type == GL_DOUBLE ? 0 : 32);
+        Compare([&](TRenderCPU* gl) {
+          gl->VertexPointer(size, type, 64, at);
+          gl->ColorPointer(size, type, 64, at);
+          gl->NormalPointer(type, 64, at);
+          gl->_EnableClientState(GL_VERTEX_ARRAY, true);
+          gl->_EnableClientState(GL_COLOR_ARRAY, true);
+          gl->DrawArrays(mode, 0, kVertices);
+          gl->_EnableClientState(GL_NORMAL_ARRAY, true);
+          gl->EnableLighting(true);
+          gl->EnableLight(0, true);
+          gl->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
+          gl->DrawArrays(mode, 0, kVertices);
+        });
+      }
+    }
+  }
+}
+
+// The slot that no shader fills is scaled by each triangle that is drawn, and by no other.
+TEST_F(VertexBatches, TheSpareSlotIsLeftAsEver) {
+  const std::vector<float> positions = Shapes(240, 1.3, 0.3);
+  const std::vector<unsigned char> colors = Colors(240);
+  const std::vector<float> coordinates = Shapes(160, 1.0, 0.5);
+  for (const unsigned int mode : kModes) {
+    SCOPED_TRACE(mode);
+    Compare([&](TRenderCPU* gl) {
+      gl->MatrixMode(GL_PROJECTION);
+      gl->Frustum(-1, 1, -1, 1, 0.5, 4);
+      gl->Translated(0, 0, -1.5);
+      gl->TexCoordPointer(2, GL_FLOAT, 0, coordinates.data());
+      gl->_EnableClientState(GL_TEXTURE_COORD_ARRAY, true);
+      Bind(gl, positions, colors);
+      gl->_EnableTexture2D(0, true);
+      gl->DrawArrays(mode, 0, 240);
+      gl->_EnableTexture2D(0, false);
+      gl->EnableCullFace(true);
+      gl->CullFace(GL_FRONT);
+      gl->DrawArrays(mode, 0, 240);
+      gl->CullFace(GL_FRONT_AND_BACK);
+      gl->DrawArrays(mode, 0, 240);
+    });
+  }
+}
+
+// Culled triangles leave which way they faced, and what is lit after them takes its side from that.
+TEST_F(VertexBatches, TheLastCulledFaceIsKept) {
+  std::vector<float> positions = Shapes(120, 0.8, 0.1);
+  const std::vector<unsigned char> colors = Colors(120);
+  for (int last = 3; last <= 120; last += 3) {
+    for (std::size_t i = 3 * static_cast<std::size_t>(last) - 9; i < positions.size(); ++i) {
+      positions[i] = 2.0f; // from here on everything is outside
+    }
+    Compare([&](TRenderCPU* gl) {
+      gl->EnableCullFace(true);
+      gl->CullFace(GL_FRONT_AND_BACK);
+      Bind(gl, positions, colors);
+      gl->DrawArrays(GL_TRIANGLES, 0, 120);
+      gl->DrawArrays(GL_QUADS, 0, 120);
+    });
+    positions = Shapes(120, 0.8, 0.1);
+  }
+}
+
+TEST_F(VertexBatches, PointsOnOnePixelGoInOrder) {
+  std::vector<float> positions;
+  for (int i = 0; i < 3 * 200; ++i) {
+    positions.push_back(static_cast<float>(static_cast<int>(m_Random() % 3) - 1) * 0.04f);
+  }
+  const std::vector<unsigned char> colors = Colors(200);
+  for (const bool stencil : {false, true}) {
+    for (const bool depth : {false, true}) {
+      for (const int mask : {15, 5, 0}) {
+        Compare([&](TRenderCPU* gl) {
+          gl->BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+          gl->EnableBlend(true);
+          gl->ColorMask(mask & 1, mask >> 1 & 1, mask >> 2 & 1, mask >> 3 & 1);
+          gl->_Enable(GL_STENCIL_TEST, stencil);
+          gl->StencilFunc(GL_GREATER, 40, 0xFF);
+          gl->StencilOp(GL_INVERT, GL_DECR, GL_INCR);
+          gl->EnableDepthTest(depth);
+          gl->DepthFunc(GL_GEQUAL);
+          Bind(gl, positions, colors);
+          gl->DrawArrays(GL_POINTS, 0, 200);
+        });
+      }
+    }
+  }
+}
+
+TEST_F(VertexBatches, PointsOnTheBorder) {
+  std::vector<float> positions;
+  for (int i = 0; i < 3 * 120; ++i) {
+    const float side = (m_Random() & 1) != 0 ? 1.0f : -1.0f;
+    const float next = std::nextafter(side, (m_Random() & 1) != 0 ? 2.0f : 0.0f);
+    positions.push_back((m_Random() & 1) != 0 ? side : next);
+  }
+  const std::vector<unsigned char> colors = Colors(120);
+  Compare([&](TRenderCPU* gl) {
+    Bind(gl, positions, colors);
+    gl->DrawArrays(GL_POINTS, 0, 120);
+  });
+}
+
+TEST_F(VertexBatches, IndicesThatShareAPlaceInTheCache) {
+  const std::vector<float> positions = Shapes(3 * 1024, 1.1, 0.4);
+  const std::vector<unsigned char> colors = Colors(3 * 1024);
+  std::vector<std::uint16_t> indices;
+  for (int i = 0; i < 300; ++i) {
+    indices.push_back(static_cast<std::uint16_t>(m_Random() % 3 * 1024 + m_Random() % 4));
+  }
+  for (const unsigned int mode : kModes) {
+    SCOPED_TRACE(mode);
+    Compare([&](TRenderCPU* gl) {
+      Bind(gl, positions, colors);
+      gl->DrawElements(mode, 300, GL_UNSIGNED_SHORT, indices.data());
+      gl->EnableCullFace(true);
+      gl->DrawElements(mode, 299, GL_UNSIGNED_SHORT, indices.data());
+    });
+  }
+}
+
+// --- Lines
+
+// The closed form of a walk against the walk by its error.
+TEST(LineWalks, StepsAsideAreThoseOfTheErrorWalk) {
+  for (long long length = 1; length <= 70; ++length) {
+    for (long long aside = 0; aside <= length; ++aside) {
+      const TLineWalk walk = {0, {0, 0}, {1, 1}, length, aside, 0, 0};
+      long long error = -length;
+      long long steps = 0;
+      for (long long i = 0; i < length; ++i) {
+        ASSERT_EQ(walk.AsideAt(i), steps) << length << ", " << aside << ", " << i;
+        error += 2 * aside;
+        if (error >= 0) {
+          error -= 2 * length;
+          ++steps;
+          ASSERT_EQ(walk.FirstAside(steps), i + 1) << length << ", " << aside;
+        }
+      }
+    }
+  }
+}
+
+TEST_F(VertexBatches, LinesOfAllDirections) {
+  const std::vector<unsigned char> colors = Colors(2 * 41 * 41);
+  std::vector<float> positions;
+  for (int y = -20; y <= 20; ++y) {
+    for (int x = -20; x <= 20; ++x) {
+      for (const int scale : {-1, 1}) {
+        positions.push_back(static_cast<float>(scale * x) * 2.0f / kWidth);
+        positions.push_back(static_cast<float>(scale * y) * 2.0f / kHeight);
+        positions.push_back(static_cast<float>(x) * 0.04f);
+      }
+    }
+  }
+  for (const bool tests : {false, true}) {
+    for (const unsigned int mode : {GL_LINES, GL_LINE_STRIP}) {
+      Compare([&](TRenderCPU* gl) {
+        gl->EnableDepthTest(tests);
+        gl->DepthFunc(GL_LEQUAL);
+        gl->_Enable(GL_STENCIL_TEST, tests);
+        gl->StencilFunc(GL_NOTEQUAL, 3, 0xFF);
+        gl->StencilOp(GL_ZERO, GL_KEEP, GL_INCR);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 0, 2 * 41 * 41);
+      });
+    }
+  }
+}
+
+// A pixel that was drawn last is left out, where lines meet and for lines of one pixel.
+TEST_F(VertexBatches, LinesThatShareAPixel) {
+  std::vector<float> positions;
+  int at[2] = {30, 23};
+  for (int i = 0; i < 400; ++i) {
+    const bool along = (m_Random() & 1) != 0;
+    at[along ? 0 : 1] += static_cast<int>(m_Random() % 7) - 3;
+    at[0] = std::clamp(at[0], 0, kWidth - 1);
+    at[1] = std::clamp(at[1], 0, kHeight - 1);
+    positions.push_back((static_cast<float>(at[0]) + 0.5f) * 2.0f / kWidth - 1.0f);
+    positions.push_back((static_cast<float>(at[1]) + 0.5f) * 2.0f / kHeight - 1.0f);
+    positions.push_back(0.0f);
+  }
+  const std::vector<unsigned char> colors = Colors(400);
+  for (const unsigned int mode : {GL_LINES, GL_LINE_STRIP, GL_LINE_LOOP}) {
+    Compare([&](TRenderCPU* gl) {
+      gl->BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+      gl->EnableBlend(true);
+      Bind(gl, positions, colors);
+      gl->DrawArrays(mode, 0, 400);
+    });
+  }
+}
+
+} // namespace
