@@ -44,15 +44,16 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 //   doubles; the numerator times it by u (3 E + 2 C) p + C (5 u p + u) + u C. Together it is below
 //   u E (10 p + 2). Without perspective it is less, p being 1.
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
-//   the fractions, three products and three sums, and loses at most 7 * 255 u; the fractions are
-//   those of the exact way.
+//   the two fractions, three products, three sums and a difference, of which no pixel meets more
+//   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
+//   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact way.
 // - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
-//   colour by 255 u (E (5 p + 2) + 7 C + C). A secondary colour, which C and E count in, adds a
-//   rounding of the sum.
-// - Adding or taking away the margin rounds a number up to 256 once, after the clamp, which brings
-//   no two values further apart: 128 u, counted as 255 u.
-// The terms of second order and all that the doubles lose, about 2^-50 p, are below the 2 u E that
-// are added; p is limited for that.
+//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C. A secondary colour, which C and E count
+//   in, adds a rounding of the sum: 255 u C.
+// - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
+//   no two values further apart: 128 u.
+// What the doubles lose, about 2^-50 p, is below the 255 u that are added, p being limited; the
+// terms of second order are below a thousandth of the first for p E up to 512.
 //
 // Nothing here can be a NaN, an infinity or so small that it loses digits in a way that matters: a
 // job's `Reach` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that do
@@ -60,9 +61,16 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 inline constexpr double kRounding = 1.0 / 16777216.0;
 inline constexpr double kMostFloatRatio = 64.0;
 
-inline HWY_ATTR float FloatMargin(double reach, double ratio, bool texels) {
-  const double slope = texels ? 5.0 * ratio + 13.0 : 10.0 * ratio + 4.0;
-  return static_cast<float>(255.0 * kRounding * (reach * slope + 1.0));
+// In units of 255 u before the last line.
+inline HWY_ATTR float FloatMargin(const TSpanJob& job, double ratio) {
+  double margin = 1.5;
+  if (job.Tinted) {
+    margin += job.Reach * ((job.Texels == TTexelSource::None ? 10.0 : 5.0) * ratio + 4.0);
+  }
+  if (job.Texels == TTexelSource::Linear) {
+    margin += job.Reach * 3.6;
+  }
+  return static_cast<float>(255.0 * kRounding * 1.001 * margin);
 }
 
 // --- What a row has ready
@@ -115,7 +123,7 @@ inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, c
     SetRowColors(job, slots, row, floats);
   }
   floats->Doubts = 3 + pixels / 64;
-  floats->Margin = FloatMargin(job.Reach, ratio, job.Texels != TTexelSource::None);
+  floats->Margin = FloatMargin(job, ratio);
   return true;
 }
 
