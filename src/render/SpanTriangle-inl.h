@@ -88,7 +88,9 @@ inline HWY_ATTR void LeaveRecord(TSpanJob* job, const TRowSlots& slots, const TR
     job->LastX = last.Shaded.X;
     job->LastY = row.Y;
     job->LastHalf = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
-    job->LastColor = ColorAt(*job, slots, row, RowT(row, last.Shaded.X));
+    if (job->LeaveColor) {
+      job->LastColor = ColorAt(*job, slots, row, RowT(row, last.Shaded.X));
+    }
   }
 }
 

@@ -92,11 +92,12 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
     at.z = (at.z * at.w) * 0.5 + 0.5;
   }
   // The job is settled by the slots as they are before perspective prepares them.
-  TSpanJob job;
+  TSpanJob own;
+  TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
   for (int i = 0; i < 3; ++i) {
     job.Vertex[i] = v[i].Slots;
   }
-  const bool many = _SettleJob(&job);
+  const bool many = m_DrawJob != nullptr ? _SettlePrimitive(&job) : _SettleJob(&job);
   for (int i = 0; i < 3 && perspective; ++i) {
     if (v[i].Slots[0].w != 1.0) {
       _ScaleSlots(&v[i], v[i].Slots[0].w);
