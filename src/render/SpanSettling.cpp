@@ -98,15 +98,17 @@ bool IsSteady(const TVertices& v) {
   const double a = v[0][0].w;
   const double b = v[1][0].w;
   const double c = v[2][0].w;
-  const double least = std::min({a, b, c});
-  return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
+  const double least = std::min(std::min(a, b), c);
+  const double most = std::max(std::max(a, b), c);
+  return least > 1e-100 && most <= least * kMostRatio && least < 1e100;
 }
 
 // What single precision has to know of the channels: the greatest of |c| at the vertices, twice
 // that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
 // floats lose nothing, or all is too narrow for a group of pixels.
 double ReachOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
-  const auto [left, right] = std::minmax({v[0][0].x, v[1][0].x, v[2][0].x});
+  const double left = std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
+  const double right = std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x);
   if (right - left < 8.0) {
     return 0.0;
   }
