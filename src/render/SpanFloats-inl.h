@@ -39,17 +39,17 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 // difference of two corners, both times 1/w where there is perspective:
 // - A numerator is `delta * t + begin`, where |begin| <= C R and |delta| <= max(C, D) R = E R: with
 //   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
-//   rounding begin and the sum 2 u C R. The same for 1/w itself: 5 u R.
-// - The reciprocal of 1/w times the least of it is off by 5 u p + u, and by less if it is taken in
-//   doubles; the numerator times it by u (3 E + 2 C) p + C (5 u p + u) + u C. Together it is below
-//   u E (10 p + 2). Without perspective it is less, p being 1.
+//   rounding begin and the sum 2 u C R: u (3 E + 2 C) p relative to 1/w. Of 1/w itself |delta| is
+//   at most R - r: relative to it, it is off by u (3 (p - 1) + p + 1) = u (4 p - 2).
+// - The numerator times the reciprocal, both rounded, is off by u (3 E + 2 C) p + u C (4 p - 1)
+//   + u C: below 9 u E p. Without perspective it is less, p being 1. A secondary colour, which C
+//   and E count in, adds a rounding of the sum: u C.
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
 //   the two fractions, three products, three sums and a difference, of which no pixel meets more
 //   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
 //   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact way.
 // - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
-//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C. A secondary colour, which C and E count
-//   in, adds a rounding of the sum: 255 u C.
+//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
 // - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
 //   no two values further apart: 128 u.
 // What the doubles lose, about 2^-50 p, is below the 255 u that are added, p being limited; the
@@ -65,7 +65,8 @@ inline constexpr double kMostFloatRatio = 64.0;
 inline HWY_ATTR float FloatMargin(const TSpanJob& job, double ratio) {
   double margin = 1.5;
   if (job.Tinted) {
-    margin += job.Reach * ((job.Texels == TTexelSource::None ? 10.0 : 5.0) * ratio + 4.0);
+    margin +=
+        job.Reach * (job.Texels == TTexelSource::None ? 9.0 * ratio + 2.0 : 5.0 * ratio + 4.0);
   }
   if (job.Texels == TTexelSource::Linear) {
     margin += job.Reach * 3.6;

@@ -187,6 +187,18 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   return result;
 }
 
+// The last pixel, in the order of drawing, of those that left something in the fragment record.
+struct TLastPixel {
+  int Start = -1; ///< number of the first of the rows that were made with its own; -1 for none
+  int Lane = 0;
+  int X = 0;
+};
+
+struct TLastPixels {
+  TLastPixel Stencil; ///< that passed the stencil test: its depth is left
+  TLastPixel Shaded;
+};
+
 // What pixels leave: the places of the last ones that got through the stencil test and through all
 // tests; -1 if none did.
 struct TRowResult {

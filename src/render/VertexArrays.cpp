@@ -378,10 +378,13 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   }
   Begin(mode);
   if (_MayReplayDirectly()) {
+    TSpanJob job;
+    m_DrawJob = mode >= GL_TRIANGLES && _SettleDraw(&job) ? &job : nullptr;
     const int done = !indexed ? _ReplayBatches(values, valueCount, elementOf(0), count)
                      : mode == GL_TRIANGLES ? _ReplayTriangles(values, valueCount, count, elementOf)
                                             : 0;
     _ReplayDirectly(values, valueCount, count, done, indexed, elementOf);
+    m_DrawJob = nullptr;
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elementOf(i);
