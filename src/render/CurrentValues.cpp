@@ -106,44 +106,44 @@ void TRenderCPU::MultiTexCoord3dv(unsigned int, const double* v) { TexCoord3dv(v
 // --- Vertex
 
 void TRenderCPU::Vertex2i(int x, int y) {
-  _Submit({static_cast<double>(x), static_cast<double>(y), 0, 1});
+  _Submit(static_cast<double>(x), static_cast<double>(y), 0, 1);
 }
 
 void TRenderCPU::Vertex2iv(const int* v) {
-  _Submit({static_cast<double>(v[0]), static_cast<double>(v[1]), 0, 1});
+  _Submit(static_cast<double>(v[0]), static_cast<double>(v[1]), 0, 1);
 }
 
-void TRenderCPU::Vertex2f(float x, float y) { _Submit({x, y, 0, 1}); }
+void TRenderCPU::Vertex2f(float x, float y) { _Submit(x, y, 0, 1); }
 
-void TRenderCPU::Vertex2fv(const float* v) { _Submit({v[0], v[1], 0, 1}); }
+void TRenderCPU::Vertex2fv(const float* v) { _Submit(v[0], v[1], 0, 1); }
 
-void TRenderCPU::Vertex2d(double x, double y) { _Submit({x, y, 0, 1}); }
+void TRenderCPU::Vertex2d(double x, double y) { _Submit(x, y, 0, 1); }
 
-void TRenderCPU::Vertex2dv(const double* v) { _Submit({v[0], v[1], 0, 1}); }
+void TRenderCPU::Vertex2dv(const double* v) { _Submit(v[0], v[1], 0, 1); }
 
 void TRenderCPU::Vertex3i(int x, int y, int z) {
-  _Submit({static_cast<double>(x), static_cast<double>(y), static_cast<double>(z), 1});
+  _Submit(static_cast<double>(x), static_cast<double>(y), static_cast<double>(z), 1);
 }
 
 void TRenderCPU::Vertex3iv(const int* v) {
-  _Submit({static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2]), 1});
+  _Submit(static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2]), 1);
 }
 
-void TRenderCPU::Vertex3f(float x, float y, float z) { _Submit({x, y, z, 1}); }
+void TRenderCPU::Vertex3f(float x, float y, float z) { _Submit(x, y, z, 1); }
 
-void TRenderCPU::Vertex3fv(const float* v) { _Submit({v[0], v[1], v[2], 1}); }
+void TRenderCPU::Vertex3fv(const float* v) { _Submit(v[0], v[1], v[2], 1); }
 
-void TRenderCPU::Vertex3d(double x, double y, double z) { _Submit({x, y, z, 1}); }
+void TRenderCPU::Vertex3d(double x, double y, double z) { _Submit(x, y, z, 1); }
 
-void TRenderCPU::Vertex3dv(const double* v) { _Submit({v[0], v[1], v[2], 1}); }
+void TRenderCPU::Vertex3dv(const double* v) { _Submit(v[0], v[1], v[2], 1); }
 
-void TRenderCPU::Vertex4f(float x, float y, float z, float w) { _Submit({x, y, z, w}); }
+void TRenderCPU::Vertex4f(float x, float y, float z, float w) { _Submit(x, y, z, w); }
 
-void TRenderCPU::Vertex4fv(const float* v) { _Submit({v[0], v[1], v[2], v[3]}); }
+void TRenderCPU::Vertex4fv(const float* v) { _Submit(v[0], v[1], v[2], v[3]); }
 
-void TRenderCPU::Vertex4d(double x, double y, double z, double w) { _Submit({x, y, z, w}); }
+void TRenderCPU::Vertex4d(double x, double y, double z, double w) { _Submit(x, y, z, w); }
 
-void TRenderCPU::Vertex4dv(const double* v) { _Submit({v[0], v[1], v[2], v[3]}); }
+void TRenderCPU::Vertex4dv(const double* v) { _Submit(v[0], v[1], v[2], v[3]); }
 
 // --- Generic attributes
 

@@ -106,7 +106,7 @@ inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, c
 inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                   TRowFloats* floats) {
   const int pixels = row.Last - row.First + 1;
-  if (pixels < kLanes) {
+  if (pixels < 3 * kLanes) {
     return false;
   }
   double ratio = 1.0;

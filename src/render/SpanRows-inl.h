@@ -155,12 +155,15 @@ HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
   return bits[0];
 }
 
+// Up to here rows are short: what is settled for a long one costs more than it saves.
+inline constexpr int kShortPixels = 8;
+
 // Which rows of those made together are crossed by both edges, which of them cover pixels, and how
 // many.
 struct TLiveRows {
   unsigned int Crossed;
   unsigned int Covered;
-  unsigned int Long; ///< more pixels than a vector has lanes
+  unsigned int Long; ///< more than kShortPixels
 };
 
 // Makes the rows from the one numbered `start` on, in the order of drawing.
@@ -254,7 +257,7 @@ HWY_INLINE HWY_ATTR TLiveRows MakeRows(const TSpanJob& job, const TRowSlots& slo
     makePart(job.TexSlot, slots.Tex, 0);
     makePart(job.TexSlot, slots.Tex, 1);
   }
-  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, kLanes));
+  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, kShortPixels));
   return {crossed, LaneBits(live), LaneBits(hn::And(live, longer))};
 }
 

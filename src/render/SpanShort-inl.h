@@ -48,16 +48,17 @@ HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& r
   return hn::Or(rg, hn::Or(b, a));
 }
 
-// Draws one row of up to a vector of pixels. Which of them were shaded, as bits.
+// Draws a group of a row, up to a vector of pixels. Which of them were shaded, as bits.
 template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
-HWY_INLINE HWY_ATTR unsigned int DrawShortRow(const TSpanJob& job, int place, const TRow& row) {
+HWY_INLINE HWY_ATTR unsigned int DrawShortGroup(const TSpanJob& job, int place, const TRow& row,
+                                                int x) {
   const DI di;
   const DU du;
   const DF df;
-  const VD t = ColumnT(row, row.First);
-  MI pass = hn::FirstN(di, static_cast<std::size_t>(row.Last - row.First + 1));
+  const VD t = ColumnT(row, x);
+  MI pass = hn::FirstN(di, static_cast<std::size_t>(row.Last - x + 1));
   if constexpr (kDepth != TShortDepth::None) {
-    float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + row.First;
+    float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + x;
     const VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     const VF stored = hn::MaskedLoad(hn::RebindMask(df, pass), df, at);
     const auto nearer = kDepth == TShortDepth::Less ? hn::Lt(depth, stored) : hn::Le(depth, stored);
@@ -66,34 +67,41 @@ HWY_INLINE HWY_ATTR unsigned int DrawShortRow(const TSpanJob& job, int place, co
   }
   const unsigned int bits = BitsOf(pass);
   if (bits != 0) {
-    hn::BlendedStore(
-        ShortColors<kPerspective, kConstAlpha>(job, place, row, t), hn::RebindMask(du, pass), du,
-        reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + row.First);
+    hn::BlendedStore(ShortColors<kPerspective, kConstAlpha>(job, place, row, t),
+                     hn::RebindMask(du, pass), du,
+                     reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
   }
   return bits;
 }
 
-// Draws the rows that are short, of those that were made together, and tells which those are.
+// Draws rows that were made together, and all are short.
 template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, unsigned int covered, int start,
                                          TLastPixels* last) {
   const int place = slots.Color;
   int shadedLane = -1;
+  int shadedX = 0;
   unsigned int shadedBits = 0;
   for (unsigned int rest = covered; rest != 0; rest &= rest - 1) {
     const int lane = __builtin_ctz(rest);
-    const unsigned int bits =
-        DrawShortRow<kPerspective, kConstAlpha, kDepth>(job, place, rows.At(lane));
-    if (bits != 0) {
-      shadedLane = lane;
-      shadedBits = bits;
-    }
+    const TRow row = rows.At(lane);
+    int x = row.First;
+    do { // one group is all where a vector holds a short row
+      const unsigned int bits =
+          DrawShortGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, x);
+      if (bits != 0) {
+        shadedLane = lane;
+        shadedX = x;
+        shadedBits = bits;
+      }
+      x += kLanes;
+    } while (kLanes < kShortPixels && x <= row.Last);
   }
   const int lane = 31 - __builtin_clz(covered);
   last->Stencil = {start, lane, rows.Last[lane]};
   if (shadedLane >= 0) {
-    last->Shaded = {start, shadedLane, rows.First[shadedLane] + 31 - __builtin_clz(shadedBits)};
+    last->Shaded = {start, shadedLane, shadedX + 31 - __builtin_clz(shadedBits)};
   }
 }
 

@@ -88,8 +88,10 @@ void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
 
 // --- The modes
 
-void TRenderCPU::_Submit(const vec_t_<double, 4>& vertex) {
-  m_CurVertex = vertex;
+// By its numbers: a vertex put together in memory and copied in pairs would wait for its own stores,
+// and those for all that pixels left to store.
+void TRenderCPU::_Submit(double x, double y, double z, double w) {
+  m_CurVertex = {x, y, z, w};
   (this->*m_VertexHandler)();
 }
 

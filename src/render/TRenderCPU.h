@@ -951,7 +951,7 @@ private:
   void _SetUniform(int location, const double* values, int count);
   void _SetUniform(int location, const std::int32_t* values, int count);
   void _SetAttrib(int index, const vec_t_<double, 4>& value);
-  void _Submit(const vec_t_<double, 4>& vertex);
+  void _Submit(double x, double y, double z, double w);
   void _ShadeVertex();
   void _AssemblePoint();
   void _AssembleLine();
