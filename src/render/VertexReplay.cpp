@@ -1,7 +1,5 @@
 #include "VertexReplay.h"
 
-#include <ZxCore3D/render/StdVertexShader.h>
-
 namespace Zx3D {
 
 namespace {
@@ -56,13 +54,8 @@ std::size_t TRenderCPU::_CachedVertex(const TIndexedDraw& draw, std::uint32_t el
   const std::size_t place = element % TVertexCache::kSize;
   const std::uint64_t tag = draw.Tag | element;
   if (cache.Tags[place] != tag) {
-    for (unsigned long k = 0; k < draw.ValueCount; ++k) {
-      const TAttrValue& value = draw.Values[k];
-      value.Pointer->GetValue(value.Pointer, element, value.Value);
-    }
-    m_CurVertex = m_CurAttrib[0];
-    static_cast<TStdVertexShaderCPU*>(m_VertexShader)
-        ->TStdVertexShaderCPU::Execute(&cache.Vertices[place]);
+    draw.Arrays.Fetch(this, element);
+    ShadeVertex(this, &cache.Vertices[place], draw.Arrays.Lighting);
     cache.Codes[place] = OutsidePlanes(cache.Vertices[place].Slots[0]);
     cache.Tags[place] = tag;
   }

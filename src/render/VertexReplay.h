@@ -6,13 +6,28 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include "VertexBatch.h"
+#include "VertexLighting.h"
 
 namespace Zx3D {
 
-/// What all triangles of an indexed draw share.
-struct TIndexedDraw {
+/// What all vertices of an array draw share: the enabled arrays and the lighting.
+struct TArrayDraw {
   const TRenderCPU::TAttrValue* Values;
   unsigned long ValueCount;
+  const TLightingTerms* Lighting;
+
+  /// Makes an element the current one.
+  void Fetch(TRenderCPU* gl, unsigned long element) const {
+    for (unsigned long k = 0; k < ValueCount; ++k) {
+      Values[k].Pointer->GetValue(Values[k].Pointer, element, Values[k].Value);
+    }
+    gl->m_CurVertex = gl->m_CurAttrib[0];
+  }
+};
+
+/// What all triangles of an indexed draw share.
+struct TIndexedDraw {
+  const TArrayDraw& Arrays;
   std::uint64_t Tag;
   int Written; ///< slots that the vertex shader fills: without a texture all but the last
   TCulling Culling;
