@@ -261,15 +261,21 @@ void SettleLighting(const TRenderCPU& gl, TLightingTerms* out) {
   }
 }
 
+TVec4 ClipPosition(const TRenderCPU& gl, const TVec4& vertex) {
+  const MAT4<double>& p = gl.m_ModelViewProjection;
+  TVec4 clip;
+  for (std::size_t i = 0; i < 4; ++i) {
+    clip[i] = p[i] * vertex.x + p[4 + i] * vertex.y + p[8 + i] * vertex.z + p[12 + i];
+  }
+  return clip;
+}
+
 void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) { ShadeVertex(m_Render, v, nullptr); }
 
 void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled) {
   TRenderCPU& gl = *render;
-  const MAT4<double>& p = gl.m_ModelViewProjection;
   const TVec4& at = gl.m_CurVertex;
-  for (std::size_t i = 0; i < 4; ++i) {
-    v->Slots[0][i] = p[i] * at.x + p[4 + i] * at.y + p[8 + i] * at.z + p[12 + i];
-  }
+  v->Slots[0] = ClipPosition(gl, at);
 
   // Lighting can be switched on after `Begin` filled the slot table without it; what has no slot
   // goes to the spare record.

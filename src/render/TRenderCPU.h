@@ -995,6 +995,8 @@ private:
   std::uint64_t _NextDraw();
   void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
   void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
+  void _TakeVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+                   VAR_DATA* record);
   std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
   template <class TElementOf>
   int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);

@@ -337,10 +337,10 @@ void TRenderCPU::_ReplayDirectly(const TArrayDraw& draw, int count, int done, bo
 // and leaves current values and records as ever; returns how many vertices that were.
 template <class TElementOf>
 int TRenderCPU::_ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
-  const TIndexedDraw draw = {arrays,
-                             _NextDraw(),
-                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1),
-                             {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW}};
+  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  const bool late = m_Lighting && (culling.Front || culling.Back);
+  const TIndexedDraw draw = {arrays, _NextDraw(), late ? arrays.Positions(*this) : nullptr,
+                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1), culling};
   constexpr int kMost = 96;
   std::uint32_t elements[kMost];
   const int whole = 3 * (count / 3 - 1);

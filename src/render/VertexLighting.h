@@ -23,6 +23,9 @@ struct TLightingTerms {
 
 void SettleLighting(const TRenderCPU& gl, TLightingTerms* out);
 
+/// The clip position that the standard vertex shader gives a vertex.
+vec_t_<double, 4> ClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& vertex);
+
 /// The standard vertex shader on the current values. `settled` is null where state may have changed
 /// since the vertex before.
 void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled);
