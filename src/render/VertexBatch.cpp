@@ -282,13 +282,13 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
   default:
     break;
   }
-  if (corners == 0) {
+  constexpr int kLeast = 4; // shapes that a batch is worth while for
+  const int shapes = corners != 0 ? count / corners - 1 : 0;
+  if (shapes < kLeast) {
     return 0;
   }
-  constexpr int kLeast = 4; // shapes that a batch is worth while for
-  const int shapes = count / corners - 1;
   TBatchDraw draw;
-  if (shapes < kLeast || !draw.Take(this, arrays)) {
+  if (!draw.Take(this, arrays)) {
     return 0;
   }
   TSpanJob* const settled = corners == 2 && _SettleDraw(&job) ? &job : nullptr;
