@@ -16,6 +16,18 @@ bool IsInside(const VAR_DATA& v, int plane) {
   return (plane & 1) == 0 ? u >= -at.w : u <= at.w;
 }
 
+// Whether all three are inside all planes: without branches, since that is what most are.
+bool AreInside(const VAR_DATA* v) {
+  int inside = 1;
+  for (int i = 0; i < 3; ++i) {
+    const vec_t_<double, 4>& at = v[i].Slots[0];
+    const double w = at.w;
+    inside &= int{at.x >= -w} & int{at.x <= w} & int{at.y >= -w} & int{at.y <= w} &
+              int{at.z >= -w} & int{at.z <= w};
+  }
+  return inside != 0;
+}
+
 // Where the way from `outside` to `inside` crosses the plane, as a part of it.
 double Crossing(const VAR_DATA& outside, const VAR_DATA& inside, int plane) {
   const auto axis = static_cast<std::size_t>(plane / 2);
@@ -60,6 +72,9 @@ void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
 void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
   if (plane < 0 || plane > kPlanes) {
     return;
+  }
+  if (plane == 0 && AreInside(v)) {
+    plane = kPlanes;
   }
   // Planes that cut nothing are passed without recursion.
   bool inside[3] = {};

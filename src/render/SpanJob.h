@@ -79,6 +79,8 @@ struct TSpanJob {
   std::uint8_t StencilZFail;
   std::uint8_t StencilZPass;
 
+  bool LeaveColor; ///< whether `LastColor` is wanted
+
   // --- Left behind: the fragment record's values where `...Set` says so
   bool YSet;
   int Y;

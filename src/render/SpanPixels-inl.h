@@ -154,7 +154,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
     }
     const VF stored = LoadLive(df, live, to.Depth);
     if (job.DepthTest) {
-      const MI shaded = hn::And(pass, DepthMask(job.DepthFunc, depth, stored));
+      const MI shaded =
+          hn::And(pass, hn::RebindMask(di, DepthMask(df, job.DepthFunc, depth, stored)));
       if (kStencil && job.StencilZFail != kStencilKeep) {
         const MI failed = hn::AndNot(shaded, pass);
         stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilZFail, stencil), stencil);
@@ -184,6 +185,18 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   }
   return result;
 }
+
+// The last pixel, in the order of drawing, of those that left something in the fragment record.
+struct TLastPixel {
+  int Start = -1; ///< number of the first of the rows that were made with its own; -1 for none
+  int Lane = 0;
+  int X = 0;
+};
+
+struct TLastPixels {
+  TLastPixel Stencil; ///< that passed the stencil test: its depth is left
+  TLastPixel Shaded;
+};
 
 // What pixels leave: the places of the last ones that got through the stencil test and through all
 // tests; -1 if none did.
@@ -346,27 +359,27 @@ inline HWY_ATTR bool FailsWhole(const TSpanJob& job, const TRow& row, int x, con
 
 // --- Rows
 
-// The colours of a run at t, which is filled for whole vectors.
+// The colours of a run. If `plain`, t is there in single precision alone.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    int count, std::uint64_t shaded, const double* t,
+                                    const TRunPixels& run, bool plain, std::uint64_t shaded,
                                     std::uint32_t* color) {
   const DD d;
   const DU du;
-  const bool output = job.Blend || job.ColorMask != 15;
-  int i = 0;
   if constexpr (kTexels == TTexelSource::None) {
-    if (!output && row.Floats != nullptr && job.ConstMask != 15) {
-      i = DrawPlainColors<kPerspective>(job, slots, row, count, shaded, t, color);
+    if (plain) {
+      DrawPlainColors<kPerspective>(job, slots, row, run, shaded, color);
+      return;
     }
   }
-  for (; i < count; i += kLanes) {
+  const bool output = job.Blend || job.ColorMask != 15;
+  for (int i = 0; i < run.Count; i += kLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
     if (bits == 0) {
       continue;
     }
     const MI live = MaskOfBits(bits);
-    VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i));
+    VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, run.Values.T + i));
     if (!kMaskedAccess || output) {
       const VU before = LoadLive(du, live, color + i);
       packed = OutputColors(job, packed, before);
@@ -377,7 +390,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
   }
 }
 
-// A run of `count` pixels, up to kRun; unless access is by masks a multiple of the lanes.
+// A run of pixels; unless access is by masks their count is a multiple of the lanes.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                  int x, int count, const TGroupTargets& to, TRowResult* result) {
@@ -388,14 +401,16 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
     tested &= StencilBits(job, stencil);
   }
-  HWY_ALIGN double t[kRun + 2 * kLanes];
+  // Colours by floats need no t but in floats, and those that are the same throughout none at all.
+  const bool plain = kTexels == TTexelSource::None && !job.Blend && job.ColorMask == 15 &&
+                     (job.ConstMask == 15 || (row.Floats != nullptr && row.Floats->Doubts > 0));
+  TRunPixels run;
+  run.X = x;
+  run.Count = count;
+  SetRunValues(row, x, count, !plain, &run.Values);
   std::uint64_t shaded = tested;
   if (job.DepthTest || job.DepthWrite) {
-    shaded = DrawDepths(job, {&row, x, count, to.Depth, t}, tested);
-  } else {
-    for (int i = 0; i < count; i += kLanes) {
-      hn::Store(ColumnT(row, x + i), DD(), t + i);
-    }
+    shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
   }
   if (kStencil) {
     StepStencils(job, job.StencilFail, live & ~tested, &stencil);
@@ -411,7 +426,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   }
   result->LastShaded = x + 63 - __builtin_clzll(shaded);
   if (job.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, count, shaded, t, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, run, plain, shaded, to.Color);
   }
 }
 

@@ -17,9 +17,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Lanes of a vector of floats: two groups.
-inline constexpr int kWideLanes = 2 * kLanes;
-
 using VFU = hn::Vec<DFU>;
 using MFF = hn::Mask<DFF>;
 
@@ -75,46 +72,57 @@ HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
   return hn::AllFalse(d, hn::AndNot(sure, live));
 }
 
-// Draws the colours of a run as far as pairs of whole groups go, and returns how far that is; no
-// blending and no colour mask. `t` is read for whole vectors.
+struct TRunPixels {
+  int X; ///< column of the first
+  int Count;
+  TRunValues Values;
+};
+
+// The exact colours of two groups of a run, from the pixel numbered `i` on.
 template <bool kPerspective>
-HWY_INLINE HWY_ATTR int DrawPlainColors(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRow& row, int count, std::uint64_t shaded,
-                                        const double* t, std::uint32_t* color) {
-  const DD d;
-  const DF df;
+HWY_NOINLINE HWY_ATTR VFU UnsureWideColors(const TSpanJob& job, const TRowSlots& slots,
+                                           const TRow& row, int x) {
+  HWY_ALIGN std::uint32_t exact[kWideLanes];
+  for (int k = 0; k < kWideLanes; k += kLanes) {
+    const VU packed =
+        UnsureColors<TTexelSource::None, kPerspective>(job, slots, row, ColumnT(row, x + k));
+    hn::Store(packed, DU(), exact + k);
+  }
+  return hn::Load(DFU(), exact);
+}
+
+// Draws the colours of a run, without blending and colour mask.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR void DrawPlainColors(const TSpanJob& job, const TRowSlots& slots,
+                                         const TRow& row, const TRunPixels& run,
+                                         std::uint64_t shaded, std::uint32_t* color) {
+  const DFF df;
   const DFU du;
   const VFU constant = hn::Set(du, job.ConstColor);
-  int i = 0;
-  for (; kMaskedAccess ? i < count : i + kWideLanes <= count; i += kWideLanes) {
+  for (int i = 0; i < run.Count; i += kWideLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kWideLanes);
     if (bits == 0) {
       continue;
     }
-    if (row.Floats->Doubts <= 0) {
-      break;
-    }
-    const VFF at = hn::Combine(DFF(), hn::DemoteTo(df, hn::Load(d, t + i + kLanes)),
-                               hn::DemoteTo(df, hn::Load(d, t + i)));
     const hn::Mask<DFU> live = WideMaskOfBits(bits);
     VFU packed = constant;
-    if (HWY_UNLIKELY(!WideBytes<kPerspective>(job, slots, *row.Floats, at,
-                                              hn::RebindMask(DFF(), live), &packed))) {
-      HWY_ALIGN std::uint32_t exact[kWideLanes];
-      for (int k = 0; k < kWideLanes; k += kLanes) {
-        hn::Store(
-            UnsureColors<TTexelSource::None, kPerspective>(job, slots, row, hn::Load(d, t + i + k)),
-            DU(), exact + k);
+    if (job.ConstMask != 15) {
+      const VFF t = hn::Load(df, run.Values.Near + i);
+      if (HWY_UNLIKELY(!WideBytes<kPerspective>(job, slots, *row.Floats, t,
+                                                hn::RebindMask(df, live), &packed))) {
+        packed = UnsureWideColors<kPerspective>(job, slots, row, run.X + i);
       }
-      packed = hn::Load(du, exact);
     }
     if constexpr (kMaskedAccess) {
       hn::BlendedStore(packed, live, du, color + i);
-    } else {
+    } else if (i + kWideLanes <= run.Count) {
       hn::StoreU(hn::IfThenElse(live, packed, hn::LoadU(du, color + i)), du, color + i);
+    } else {
+      const DU half;
+      const VU before = hn::LoadU(half, color + i);
+      StoreLive(half, hn::LowerHalf(half, packed), before, MaskOfBits(bits), color + i);
     }
   }
-  return i < count ? i : count;
 }
 
 } // namespace HWY_NAMESPACE

@@ -42,22 +42,19 @@ struct TRowSlots {
   int Color;
   int Secondary;
   int Tex;
-  std::uint32_t Parts; ///< bit i: the double at place i is read; x always is, and has no bit
 };
 
 inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
-  TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1, 0};
-  const auto add = [&slots](int source, std::uint32_t parts, int* place) {
+  TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
+  const auto add = [&slots](int source, int* place) {
     if (source >= 0) {
       *place = 4 * slots.Count;
       slots.Source[slots.Count++] = source;
-      slots.Parts |= parts << *place;
     }
   };
-  slots.Parts = job.Perspective ? 12 : 4; // z is always read: the record has the depth
-  add(job.ColorSlot, 15, &slots.Color);
-  add(job.SecondarySlot, 7, &slots.Secondary);
-  add(job.TexSlot, 3, &slots.Tex);
+  add(job.ColorSlot, &slots.Color);
+  add(job.SecondarySlot, &slots.Secondary);
+  add(job.TexSlot, &slots.Tex);
   return slots;
 }
 
@@ -158,10 +155,12 @@ HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
   return bits[0];
 }
 
-// Which rows of those made together are crossed by both edges, and which of them cover pixels.
+// Which rows of those made together are crossed by both edges, which of them cover pixels, and how
+// many.
 struct TLiveRows {
   unsigned int Crossed;
   unsigned int Covered;
+  unsigned int Long; ///< more pixels than a vector has lanes
 };
 
 // Makes the rows from the one numbered `start` on, in the order of drawing.
@@ -226,17 +225,37 @@ HWY_INLINE HWY_ATTR TLiveRows MakeRows(const TSpanJob& job, const TRowSlots& slo
   hn::Store(hn::DemoteTo(di, first), di, rows->First);
   hn::Store(hn::DemoteTo(di, last), di, rows->Last);
   hn::Store(hn::DemoteTo(di, y), di, rows->Y);
-  for (std::uint32_t parts = slots.Parts; parts != 0; parts &= parts - 1) {
-    const int place = __builtin_ctz(parts);
-    const int slot = slots.Source[place / 4];
-    const VD atA = valueAt(longPart(slot, place % 4), ta);
-    const VD atB = valueAt(shortPart(slot, place % 4), tb);
+  const auto makePart = [&](int slot, int place, int i) HWY_ATTR {
+    const VD atA = valueAt(longPart(slot, i), ta);
+    const VD atB = valueAt(shortPart(slot, i), tb);
     const VD left = hn::IfThenElse(rightward, atA, atB);
     const VD right = hn::IfThenElse(rightward, atB, atA);
-    hn::Store(left, d, rows->Begin[place]);
-    hn::Store(hn::Sub(right, left), d, rows->Delta[place]);
+    hn::Store(left, d, rows->Begin[place + i]);
+    hn::Store(hn::Sub(right, left), d, rows->Delta[place + i]);
+  };
+  makePart(0, 0, 2); // z is always read: the record has the depth
+  if (job.Perspective) {
+    makePart(0, 0, 3);
   }
-  return {crossed, LaneBits(live)};
+  if (slots.Color >= 0) {
+    makePart(job.ColorSlot, slots.Color, 0);
+    makePart(job.ColorSlot, slots.Color, 1);
+    makePart(job.ColorSlot, slots.Color, 2);
+    if (job.LeaveColor || (job.ConstMask & 8u) == 0) {
+      makePart(job.ColorSlot, slots.Color, 3);
+    }
+  }
+  if (slots.Secondary >= 0) {
+    makePart(job.SecondarySlot, slots.Secondary, 0);
+    makePart(job.SecondarySlot, slots.Secondary, 1);
+    makePart(job.SecondarySlot, slots.Secondary, 2);
+  }
+  if (slots.Tex >= 0) {
+    makePart(job.TexSlot, slots.Tex, 0);
+    makePart(job.TexSlot, slots.Tex, 1);
+  }
+  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, kLanes));
+  return {crossed, LaneBits(live), LaneBits(hn::And(live, longer))};
 }
 
 } // namespace HWY_NAMESPACE

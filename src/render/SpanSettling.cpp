@@ -43,36 +43,52 @@ int StencilStepOf(TRenderCPU::TStencilFunction operation) {
 
 // --- What a triangle's values prove
 
-// A bit for each component of a slot.
-unsigned int BitsOf(__m128d low, __m128d high) {
-  return static_cast<unsigned int>(_mm_movemask_pd(low) | _mm_movemask_pd(high) << 2);
+// A slot as two pairs, and a bit for each of its components.
+struct TPairs {
+  __m128d Low, High;
+
+  explicit TPairs(const TVec4& v) : Low(_mm_loadu_pd(&v.x)), High(_mm_loadu_pd(&v.z)) {}
+  TPairs(__m128d low, __m128d high) : Low(low), High(high) {}
+
+  unsigned int Bits() const {
+    return static_cast<unsigned int>(_mm_movemask_pd(Low) | _mm_movemask_pd(High) << 2);
+  }
+};
+
+TPairs operator&(const TPairs& a, const TPairs& b) {
+  return {_mm_and_pd(a.Low, b.Low), _mm_and_pd(a.High, b.High)};
+}
+
+TPairs Equal(const TPairs& a, const TPairs& b) {
+  return {_mm_cmpeq_pd(a.Low, b.Low), _mm_cmpeq_pd(a.High, b.High)};
 }
 
 // The components that lie in 0 to 1.
-unsigned int UnitBits(const TVec4& slot) {
+TPairs Unit(const TPairs& v) {
   const __m128d zero = _mm_setzero_pd();
   const __m128d one = _mm_set1_pd(1.0);
-  const __m128d low = _mm_loadu_pd(&slot.x);
-  const __m128d high = _mm_loadu_pd(&slot.z);
-  return BitsOf(_mm_and_pd(_mm_cmpge_pd(low, zero), _mm_cmple_pd(low, one)),
-                _mm_and_pd(_mm_cmpge_pd(high, zero), _mm_cmple_pd(high, one)));
+  return TPairs{_mm_cmpge_pd(v.Low, zero), _mm_cmpge_pd(v.High, zero)} &
+         TPairs{_mm_cmple_pd(v.Low, one), _mm_cmple_pd(v.High, one)};
 }
+
+unsigned int UnitBits(const TVec4& slot) { return Unit(TPairs(slot)).Bits(); }
 
 unsigned int UnitBits(const TVertices& v, int slot) {
-  return UnitBits(v[0][slot]) & UnitBits(v[1][slot]) & UnitBits(v[2][slot]);
+  return (Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]))).Bits();
 }
 
-// The components in which two slots are equal.
-unsigned int EqualBits(const TVec4& a, const TVec4& b) {
-  return BitsOf(_mm_cmpeq_pd(_mm_loadu_pd(&a.x), _mm_loadu_pd(&b.x)),
-                _mm_cmpeq_pd(_mm_loadu_pd(&a.z), _mm_loadu_pd(&b.z)));
+// The components that are the same at all vertices.
+unsigned int SameBits(const TVertices& v, int slot) {
+  const TPairs first(v[0][slot]);
+  return (Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]))).Bits();
 }
 
 // Whether the first three components are 0 at all vertices.
 bool IsZeroSlot(const TVertices& v, int slot) {
-  constexpr TVec4 kZero = {0, 0, 0, 0};
-  const unsigned int bits =
-      EqualBits(v[0][slot], kZero) & EqualBits(v[1][slot], kZero) & EqualBits(v[2][slot], kZero);
+  const TPairs zero(_mm_setzero_pd(), _mm_setzero_pd());
+  const unsigned int bits = (Equal(zero, TPairs(v[0][slot])) & Equal(zero, TPairs(v[1][slot])) &
+                             Equal(zero, TPairs(v[2][slot])))
+                                .Bits();
   return (bits & 7) == 7;
 }
 
@@ -82,25 +98,30 @@ bool IsSteady(const TVertices& v) {
   const double a = v[0][0].w;
   const double b = v[1][0].w;
   const double c = v[2][0].w;
-  const double least = std::min({a, b, c});
-  return least > 1e-100 && std::max({a, b, c}) <= least * kMostRatio && least < 1e100;
+  const double least = std::min(std::min(a, b), c);
+  const double most = std::max(std::max(a, b), c);
+  return least > 1e-100 && most <= least * kMostRatio && least < 1e100;
 }
 
 // What single precision has to know of the channels: the greatest of |c| at the vertices, twice
 // that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
 // floats lose nothing, or all is too narrow for a group of pixels.
-double ReachOf(const TVertices& v, const TSpanJob& job) {
-  const auto [left, right] = std::minmax({v[0][0].x, v[1][0].x, v[2][0].x});
+double ReachOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
+  const double left = std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
+  const double right = std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x);
   if (right - left < 8.0) {
+    return 0.0;
+  }
+  if (job.Perspective && !(v[0][0].w > 1e-15 && v[0][0].w < 1e15 && v[1][0].w > 1e-15 &&
+                           v[1][0].w < 1e15 && v[2][0].w > 1e-15 && v[2][0].w < 1e15)) {
     return 0.0;
   }
   double least = 0.0;
   double most = 1.0;
+  if (unit == 15 && job.SecondarySlot < 0) {
+    return most;
+  }
   for (const TVec4* const at : v) {
-    const double w = at[0].w;
-    if (job.Perspective && !(w > 1e-15 && w < 1e15)) {
-      return 0.0;
-    }
     for (std::size_t i = 0; i < 4; ++i) {
       const double c = at[job.ColorSlot][i];
       const double added = job.SecondarySlot >= 0 ? at[job.SecondarySlot][i] : 0.0;
@@ -134,8 +155,7 @@ void SettleConstants(const TVertices& v, unsigned int unit, TSpanJob* job) {
   const double r = v[0][0].w;
   const bool oneW = v[1][0].w == r && v[2][0].w == r;
   const TVec4& first = v[0][job->ColorSlot];
-  unsigned int same =
-      unit & EqualBits(first, v[1][job->ColorSlot]) & EqualBits(first, v[2][job->ColorSlot]);
+  unsigned int same = unit & SameBits(v, job->ColorSlot);
   for (; same != 0; same &= same - 1) {
     const int i = std::countr_zero(same);
     const double c = first[static_cast<std::size_t>(i)];
@@ -321,7 +341,7 @@ bool TRenderCPU::_SettleColors(TSpanJob* job) const {
     SettleConstants(v, inside, job);
   }
   if (steady && v[2] != v[1]) { // lines are drawn in doubles
-    job->Reach = ReachOf(v, *job);
+    job->Reach = ReachOf(v, inside, *job);
     job->Tinted =
         job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
   }
@@ -364,6 +384,7 @@ bool TRenderCPU::_SettleJob(TSpanJob* job) const {
 // --- Running
 
 void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+  job->LeaveColor = m_DrawJob == nullptr;
   GetSpanKernels()->DrawTriangle(job);
 
   if (job->YSet) {
@@ -376,9 +397,14 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
     return;
   }
   m_Fragment.X = job->LastX;
-  m_Fragment.Color = job->LastColor;
   TPendingFragment& pending = m_PendingFragment;
   pending.Set = true;
+  // No state changes within an array draw: the colour can wait for the last triangle.
+  pending.Shade = !job->LeaveColor;
+  pending.Front = m_Fragment.FrontFacing;
+  if (job->LeaveColor) {
+    m_Fragment.Color = job->LastColor;
+  }
   pending.Perspective = job->Perspective;
   pending.Count = m_VarCount;
   pending.X = job->LastX;
@@ -433,6 +459,12 @@ void TRenderCPU::_FlushFragment() {
   _InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
   m_VarCount = count;
   m_PerspectiveHint = hint;
+  if (pending.Shade) {
+    const bool front = m_Fragment.FrontFacing;
+    m_Fragment.FrontFacing = pending.Front;
+    m_FragmentShader->Execute(&m_VarFragment, &m_Fragment);
+    m_Fragment.FrontFacing = front;
+  }
 }
 
 } // namespace Zx3D

@@ -9,6 +9,7 @@
 #define ZX_RENDER_SPANTESTS_INL_H_
 #endif
 
+#include <cmath>
 #include <cstring>
 
 #include <hwy/highway.h>
@@ -75,95 +76,169 @@ HWY_INLINE HWY_ATTR VD ColumnT(const TRow& row, int x) {
 
 // --- Depth
 
-HWY_INLINE HWY_ATTR MI DepthMask(std::uint8_t func, VF fragment, VF stored) {
-  const DI di;
+// The lanes of a vector of floats that pass.
+template <class D>
+HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, std::uint8_t func, hn::Vec<D> fragment,
+                                          hn::Vec<D> stored) {
   switch (func + GL_NEVER) {
   case GL_NEVER:
-    return hn::MaskFromVec(hn::Zero(di));
+    return hn::MaskFromVec(hn::Zero(d));
   case GL_LESS:
-    return hn::RebindMask(di, hn::Lt(fragment, stored));
+    return hn::Lt(fragment, stored);
   case GL_EQUAL:
-    return hn::RebindMask(di, hn::Eq(fragment, stored));
+    return hn::Eq(fragment, stored);
   case GL_LEQUAL:
-    return hn::RebindMask(di, hn::Le(fragment, stored));
+    return hn::Le(fragment, stored);
   case GL_GREATER:
-    return hn::RebindMask(di, hn::Gt(fragment, stored));
+    return hn::Gt(fragment, stored);
   case GL_NOTEQUAL:
     // The library's own Ne is false for a NaN on some levels.
-    return hn::RebindMask(di, hn::Not(hn::Eq(fragment, stored)));
+    return hn::Not(hn::Eq(fragment, stored));
   case GL_GEQUAL:
-    return hn::RebindMask(di, hn::Ge(fragment, stored));
+    return hn::Ge(fragment, stored);
   default:
-    return hn::Eq(hn::Zero(di), hn::Zero(di));
+    return hn::Eq(hn::Zero(d), hn::Zero(d));
   }
 }
 
-// A run of pixels from column X on, the first `Count` of which exist. Unless access is by masks
-// `Count` is a multiple of the lanes.
-struct TDepthRun {
-  const TRow* Row;
-  int X;
-  int Count;
-  float* Depth; ///< of the first pixel
-  double* T;    ///< filled
+// Lanes of a vector of floats: two groups.
+using DFF = hn::ScalableTag<float>;
+inline constexpr int kWideLanes = 2 * kLanes;
+
+// What is worked out for a run of pixels before anything is tested.
+struct TRunValues {
+  HWY_ALIGN double T[kRun + kWideLanes];
+  HWY_ALIGN float Near[kRun + kWideLanes]; ///< t in single precision
+  HWY_ALIGN float Depth[kRun + kWideLanes];
 };
 
-// Which pixels of `live` pass; those get their depth, where it is written.
-template <bool kWrite, class TPass>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, const TDepthRun& run,
-                                             std::uint64_t live, const TPass& passes) {
+// t of a run, and its depth.
+inline HWY_ATTR void SetExactValues(const TRow& row, int x, int count, TRunValues* values) {
   const DD d;
-  const DF df;
-  const TRow row = *run.Row;
-  const bool addOffset = job.AddOffset;
-  const VF offset = hn::Set(df, job.Offset);
   const VD begin = hn::Set(d, row.Begin[2]);
   const VD delta = hn::Set(d, row.Delta[2]);
-  const std::uint64_t lanes = FirstBits(kLanes);
+  for (int i = 0; i < count; i += kLanes) {
+    const VD t = ColumnT(row, x + i);
+    hn::Store(t, d, values->T + i);
+    hn::Store(hn::DemoteTo(DF(), t), DF(), values->Near + i);
+    hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, t), begin)), DF(), values->Depth + i);
+  }
+}
+
+// The same without a division a pixel, for who needs t in single precision alone; false, with
+// nothing to rely on, if a depth may round to another float than the exact way finds.
+//
+// t is taken as the product with the reciprocal of the divisor: with u = 2^-53 it is off the exact
+// quotient's rounding by 3 u at most, t being below 1. So is depth by 9 u (|delta| + |begin|), with
+// the roundings of product and sum on both ways. If the depths 16 u (|delta| + |begin|) below and
+// above round to one float, that is the exact one's, since rounding is monotone. The bounds on the
+// sum keep this margin above all that a float can not tell from zero.
+inline HWY_ATTR bool SetNearValues(const TRow& row, int x, int count, TRunValues* values) {
+  const DD d;
+  const DF df;
+  const double reach = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
+  if (!(reach > 1e-20 && reach < 1e20)) {
+    return false;
+  }
+  const VD begin = hn::Set(d, row.Begin[2]);
+  const VD delta = hn::Set(d, row.Delta[2]);
+  const VD from = hn::Set(d, row.Begin[0]);
+  const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
+  const VD margin = hn::Set(d, reach * (1.0 / (std::int64_t{1} << 49)));
+  hn::Mask<DF> sure = hn::Eq(hn::Zero(df), hn::Zero(df));
+  for (int i = 0; i < count; i += kLanes) {
+    const VD column = hn::Iota(d, static_cast<double>(x + i));
+    const VD t = hn::Mul(hn::Sub(column, from), perPixel);
+    hn::Store(hn::DemoteTo(df, t), df, values->Near + i);
+    const VD depth = hn::Add(hn::Mul(delta, t), begin);
+    const VF low = hn::DemoteTo(df, hn::Sub(depth, margin));
+    sure = hn::And(sure, hn::Eq(low, hn::DemoteTo(df, hn::Add(depth, margin))));
+    hn::Store(low, df, values->Depth + i);
+  }
+  return hn::AllTrue(df, sure);
+}
+
+HWY_INLINE HWY_ATTR void SetRunValues(const TRow& row, int x, int count, bool exactT,
+                                      TRunValues* values) {
+  if (exactT || !SetNearValues(row, x, count, values)) {
+    SetExactValues(row, x, count, values);
+  }
+}
+
+// Tests one vector of depths, and writes those that pass. Which did, as bits.
+template <bool kWrite, class D, class TPass>
+HWY_INLINE HWY_ATTR std::uint64_t TestDepthVector(D d, hn::Vec<D> depth, std::uint64_t live,
+                                                  float* stored, const TPass& passes) {
+  std::uint8_t bytes[8];
+  std::memcpy(bytes, &live, sizeof bytes);
+  const hn::Mask<D> alive = hn::LoadMaskBits(d, bytes);
+  hn::Vec<D> before;
+  if constexpr (kMaskedAccess) {
+    before = hn::MaskedLoad(alive, d, stored);
+  } else {
+    before = hn::LoadU(d, stored);
+  }
+  const hn::Mask<D> pass = hn::And(alive, passes(d, depth, before));
+  if constexpr (kWrite && kMaskedAccess) {
+    hn::BlendedStore(depth, pass, d, stored);
+  } else if constexpr (kWrite) {
+    hn::StoreU(hn::IfThenElse(pass, depth, before), d, stored);
+  }
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(d, pass, bits);
+  std::uint64_t passed;
+  std::memcpy(&passed, bits, sizeof passed);
+  return passed;
+}
+
+// Which pixels of `live` pass; those get their depth, where it is written. Unless access is by
+// masks `count` is a multiple of the lanes.
+template <bool kWrite, class TPass>
+HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
+                                             std::uint64_t live, float* stored,
+                                             const TPass& passes) {
   std::uint64_t passed = 0;
-  for (int i = 0; i < run.Count; i += kLanes) {
-    const VD t = ColumnT(row, run.X + i);
-    hn::Store(t, d, run.T + i);
-    VF depth = hn::DemoteTo(df, hn::Add(hn::Mul(delta, t), begin));
-    if (addOffset) {
-      depth = hn::Add(depth, offset);
+  const auto test = [&](auto d, int i) HWY_ATTR {
+    auto depth = hn::Load(d, depths + i);
+    if (job.AddOffset) {
+      depth = hn::Add(depth, hn::Set(d, job.Offset));
     }
-    const MI alive = MaskOfBits(live >> i);
-    const VF stored = LoadLive(df, alive, run.Depth + i);
-    const MI pass = hn::And(alive, passes(depth, stored));
-    if (kWrite) {
-      StoreLive(df, depth, stored, pass, run.Depth + i);
-    }
-    passed |= (BitsOf(pass) & lanes) << i;
+    passed |= TestDepthVector<kWrite>(d, depth, live >> i, stored + i, passes) << i;
+  };
+  int i = 0;
+  for (; kMaskedAccess ? i < count : i + kWideLanes <= count; i += kWideLanes) {
+    test(DFF(), i);
+  }
+  if (i < count) {
+    test(DF(), i);
   }
   return passed;
 }
 
 template <bool kWrite>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepthsBy(const TSpanJob& job, const TDepthRun& run,
-                                               std::uint64_t live) {
-  const DI di;
-  const auto test = [&](auto passes)
-                        HWY_ATTR { return TestDepths<kWrite>(job, run, live, passes); };
+HWY_INLINE HWY_ATTR std::uint64_t TestDepthsBy(const TSpanJob& job, int count, const float* depths,
+                                               std::uint64_t live, float* stored) {
+  const auto test = [&](auto passes) HWY_ATTR {
+    return TestDepths<kWrite>(job, count, depths, live, stored, passes);
+  };
   switch (job.DepthTest ? job.DepthFunc + GL_NEVER : GL_ALWAYS) {
   case GL_LESS:
-    return test([](VF a, VF b) HWY_ATTR { return hn::RebindMask(DI(), hn::Lt(a, b)); });
+    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Lt(a, b); });
   case GL_LEQUAL:
-    return test([](VF a, VF b) HWY_ATTR { return hn::RebindMask(DI(), hn::Le(a, b)); });
-  case GL_ALWAYS: {
-    const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
-    return test([all](VF, VF) HWY_ATTR { return all; });
-  }
+    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Le(a, b); });
+  case GL_ALWAYS:
+    return test([](auto d, auto, auto) HWY_ATTR { return hn::Eq(hn::Zero(d), hn::Zero(d)); });
   default: {
     const std::uint8_t func = job.DepthFunc;
-    return test([func](VF a, VF b) HWY_ATTR { return DepthMask(func, a, b); });
+    return test([func](auto d, auto a, auto b) HWY_ATTR { return DepthMask(d, func, a, b); });
   }
   }
 }
 
-inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, const TDepthRun& run,
-                                         std::uint64_t live) {
-  return job.DepthWrite ? TestDepthsBy<true>(job, run, live) : TestDepthsBy<false>(job, run, live);
+inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
+                                         std::uint64_t live, float* stored) {
+  return job.DepthWrite ? TestDepthsBy<true>(job, count, depths, live, stored)
+                        : TestDepthsBy<false>(job, count, depths, live, stored);
 }
 
 // --- Stencil, in bytes

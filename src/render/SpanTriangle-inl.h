@@ -9,23 +9,11 @@
 
 #include <hwy/highway.h>
 
-#include "SpanPixels-inl.h"
+#include "SpanShort-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-// The last pixel, in the order of drawing, of those that left something in the fragment record.
-struct TLastPixel {
-  int Start = -1; ///< number of the first of the rows that were made with its own; -1 for none
-  int Lane = 0;
-  int X = 0;
-};
-
-struct TLastPixels {
-  TLastPixel Stencil; ///< that passed the stencil test: its depth is left
-  TLastPixel Shaded;
-};
 
 // Draws rows that were made together.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
@@ -88,7 +76,9 @@ inline HWY_ATTR void LeaveRecord(TSpanJob* job, const TRowSlots& slots, const TR
     job->LastX = last.Shaded.X;
     job->LastY = row.Y;
     job->LastHalf = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
-    job->LastColor = ColorAt(*job, slots, row, RowT(row, last.Shaded.X));
+    if (job->LeaveColor) {
+      job->LastColor = ColorAt(*job, slots, row, RowT(row, last.Shaded.X));
+    }
   }
 }
 
@@ -101,6 +91,7 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   const TRowSlots slots = RowSlotsOf(*job);
   const TDrawRows drawRows = kRowWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0]
                                      [job->Stencil != nullptr ? 1 : 0];
+  const TDrawShortRows shortWay = ShortWayOf(*job, slots);
   TRows rows;
   TLastPixels last;
   int made = -1;
@@ -111,7 +102,12 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
       job->YSet = true;
       job->Y = rows.Y[31 - __builtin_clz(live.Crossed)];
     }
-    if (live.Covered != 0) {
+    if (live.Covered == 0) {
+      continue;
+    }
+    if (shortWay != nullptr && live.Long == 0) {
+      shortWay(*job, slots, rows, live.Covered, start, &last);
+    } else {
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
   }

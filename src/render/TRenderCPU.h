@@ -1015,6 +1015,8 @@ private:
   struct TPendingFragment {
     bool Set = false;
     bool Perspective = false;
+    bool Shade = false; ///< the colour is to be worked out as well
+    bool Front = false;
     int Count = 0;
     int X = 0;
     int Y = 0;
@@ -1052,6 +1054,7 @@ private:
   TVertexCache* m_VertexCache = nullptr;
   TColorTarget m_ColorTarget = {};
   TPendingFragment m_PendingFragment;
+  TSpanJob* m_DrawJob = nullptr; ///< settled for all triangles of an array draw, while it lasts
 };
 
 } // namespace Zx3D

@@ -66,16 +66,20 @@ bool TRenderCPU::_IsCulled(bool front) const {
   }
 }
 
+// Divides by w, which becomes its reciprocal. Whole slots are stored: the next stage loads them in
+// pairs, which must not wait for a store of one number.
+static void DivideByW(vec_t_<double, 4>* at) {
+  const double r = 1.0 / at->w;
+  *at = {at->x * r, at->y * r, at->z, r};
+}
+
 void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
-  for (int i = 0; i < 3; ++i) {
-    vec_t_<double, 4>& at = v[i].Slots[0];
-    at.w = 1.0 / at.w;
-    at.x *= at.w;
-    at.y *= at.w;
-  }
-  const vec_t_<double, 4>& p0 = v[0].Slots[0];
-  const vec_t_<double, 4>& p1 = v[1].Slots[0];
-  const vec_t_<double, 4>& p2 = v[2].Slots[0];
+  vec_t_<double, 4>& p0 = v[0].Slots[0];
+  vec_t_<double, 4>& p1 = v[1].Slots[0];
+  vec_t_<double, 4>& p2 = v[2].Slots[0];
+  DivideByW(&p0);
+  DivideByW(&p1);
+  DivideByW(&p2);
   const double area =
       (p0.x * p1.y - p1.x * p0.y) + (p1.x * p2.y - p2.x * p1.y) + (p2.x * p0.y - p0.x * p2.y);
   const bool front = m_FrontFaceCCW ? area >= 0.0 : area < 0.0;
@@ -85,18 +89,20 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   }
 
   const bool perspective = m_PerspectiveHint != GL_FASTEST;
-  for (int i = 0; i < 3; ++i) {
-    vec_t_<double, 4>& at = v[i].Slots[0];
-    at.x = (at.x * 0.5 + 0.5) * m_Width - 0.5;
-    at.y = (at.y * 0.5 + 0.5) * m_Height - 0.5;
-    at.z = (at.z * at.w) * 0.5 + 0.5;
-  }
+  const auto toWindow = [this](vec_t_<double, 4>* at) {
+    *at = {(at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
+           (at->z * at->w) * 0.5 + 0.5, at->w};
+  };
+  toWindow(&p0);
+  toWindow(&p1);
+  toWindow(&p2);
   // The job is settled by the slots as they are before perspective prepares them.
-  TSpanJob job;
+  TSpanJob own;
+  TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
   for (int i = 0; i < 3; ++i) {
     job.Vertex[i] = v[i].Slots;
   }
-  const bool many = _SettleJob(&job);
+  const bool many = m_DrawJob != nullptr ? _SettlePrimitive(&job) : _SettleJob(&job);
   for (int i = 0; i < 3 && perspective; ++i) {
     if (v[i].Slots[0].w != 1.0) {
       _ScaleSlots(&v[i], v[i].Slots[0].w);

@@ -368,6 +368,8 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   }
   Begin(mode);
   if (_MayReplayDirectly()) {
+    TSpanJob job;
+    m_DrawJob = mode >= GL_TRIANGLES && _SettleDraw(&job) ? &job : nullptr;
     TLightingTerms lighting;
     SettleLighting(*this, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};
@@ -375,6 +377,7 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
                      : mode == GL_TRIANGLES ? _ReplayTriangles(draw, count, elementOf)
                                             : 0;
     _ReplayDirectly(draw, count, done, indexed, elementOf);
+    m_DrawJob = nullptr;
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elementOf(i);
