@@ -4,6 +4,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include "VertexLighting.h"
+
 namespace Zx3D {
 
 using TVec3 = vec_t_<double, 3>;
@@ -49,17 +51,46 @@ TVec3 Normalized(const TVec3& v) {
   return len == 0.0 ? v : TVec3{v.x / len, v.y / len, v.z / len};
 }
 
-// color += product of a and b, times a factor where there is one: the first three components.
-void AddProduct(TVec4* color, const TVec4& a, const TVec4& b) {
-  color->x = color->x + a.x * b.x;
-  color->y = color->y + a.y * b.y;
-  color->z = color->z + a.z * b.z;
+TVec4 ProductOf(const TVec4& a, const TVec4& b) { return {a.x * b.x, a.y * b.y, a.z * b.z, 0.0}; }
+
+// color += a product, times a factor where there is one: the first three components.
+void Add(TVec4* color, const TVec4& product) {
+  color->x = color->x + product.x;
+  color->y = color->y + product.y;
+  color->z = color->z + product.z;
 }
 
-void AddProduct(TVec4* color, const TVec4& a, const TVec4& b, double factor) {
-  color->x = color->x + a.x * b.x * factor;
-  color->y = color->y + a.y * b.y * factor;
-  color->z = color->z + a.z * b.z * factor;
+void Add(TVec4* color, const TVec4& product, double factor) {
+  color->x = color->x + product.x * factor;
+  color->y = color->y + product.y * factor;
+  color->z = color->z + product.z * factor;
+}
+
+// The half vector of a viewer that is far away.
+TVec3 FarHalfVector(const TLight& light) {
+  return Normalized({light.Position.x, light.Position.y, light.Position.z + 1.0});
+}
+
+// Whether the specular term of a light is a zero that need not be added, as long as the normal is
+// shorter than 2: no product of colours but 0, and a power that stays finite for every cosine that
+// such a normal can give.
+bool HasNoSpecular(const TVec4& product, double shininess) {
+  return product.x == 0.0 && product.y == 0.0 && product.z == 0.0 && shininess >= 0.0 &&
+         shininess <= 128.0;
+}
+
+TLightTerms TermsOf(const TRenderCPU& gl, const TLight& light) {
+  TLightTerms terms;
+  terms.Light = &light;
+  const TMaterial* const faces[2] = {&gl.m_MaterialFront, &gl.m_MaterialBack};
+  for (int i = 0; i < (gl.m_LightModelTwoSide ? 2 : 1); ++i) {
+    terms.Ambient[i] = ProductOf(faces[i]->Ambient, light.Ambient);
+    terms.Diffuse[i] = ProductOf(faces[i]->Diffuse, light.Diffuse);
+    terms.Specular[i] = ProductOf(faces[i]->Specular, light.Specular);
+  }
+  terms.NoSpecular = HasNoSpecular(terms.Specular[0], faces[0]->Shininess);
+  terms.HalfSet = false;
+  return terms;
 }
 
 struct TVertexLighting {
@@ -72,56 +103,55 @@ struct TVertexLighting {
   bool TwoSide;
   bool LocalViewer;
 
-  TVec3 HalfVector(const TLight& light) const {
-    const TVec3 half =
-        LocalViewer ? TVec3{light.Position.x - EyeDirection.x, light.Position.y - EyeDirection.y,
-                            light.Position.z - EyeDirection.z}
-                    : TVec3{light.Position.x, light.Position.y, light.Position.z + 1.0};
-    return Normalized(half);
+  TVec3 HalfVector(const TLightTerms& terms) const {
+    const TLight& light = *terms.Light;
+    if (LocalViewer) {
+      return Normalized({light.Position.x - EyeDirection.x, light.Position.y - EyeDirection.y,
+                         light.Position.z - EyeDirection.z});
+    }
+    return terms.HalfSet ? terms.Half : FarHalfVector(light);
   }
 
-  void AddDirectional(const TLight& light) const;
-  void AddPositional(const TLight& light) const;
-  void AddSpot(const TLight& light) const;
+  void AddDiffuseAndSpecular(const TLightTerms& terms, double d, TVec4* front, TVec4* back) const;
+  void AddDirectional(const TLightTerms& terms) const;
+  void AddPositional(const TLightTerms& terms) const;
+  void AddSpot(const TLightTerms& terms) const;
 };
 
-// Whether the specular term of a light is a zero that need not be added: no product of colours but
-// 0, and a power that stays finite for every cosine that a normal of this length can give.
-bool HasNoSpecular(const TFace& face, const TLight& light, double normalSquare) {
-  const TVec4& m = face.Material->Specular;
-  const TVec4& l = light.Specular;
-  return m.x * l.x == 0.0 && m.y * l.y == 0.0 && m.z * l.z == 0.0 &&
-         face.Material->Shininess >= 0.0 && face.Material->Shininess <= 128.0 && normalSquare < 4.0;
-}
-
 // t is the cosine between half vector and normal, turned to the side of the face.
-void AddSpecular(const TFace& face, const TLight& light, double t) {
-  AddProduct(face.Secondary, face.Material->Specular, light.Specular,
-             std::pow(t, face.Material->Shininess));
+void AddSpecular(const TFace& face, const TVec4& product, double t) {
+  Add(face.Secondary, product, std::pow(t, face.Material->Shininess));
 }
 
-void TVertexLighting::AddDirectional(const TLight& light) const {
-  AddProduct(Front.Color, Front.Material->Ambient, light.Ambient);
-  if (TwoSide) {
-    AddProduct(Back.Color, Back.Material->Ambient, light.Ambient);
-  }
-  const TVec3 away = {-light.Position.x, -light.Position.y, -light.Position.z};
-  const double d = dot(away, Normal);
+// d is the cosine between the light's direction and the normal; the diffuse part goes to the sum of
+// its side.
+void TVertexLighting::AddDiffuseAndSpecular(const TLightTerms& terms, double d, TVec4* front,
+                                            TVec4* back) const {
   if (d < 0.0) {
-    AddProduct(Front.Color, Front.Material->Diffuse, light.Diffuse, -d);
-    if (!HasNoSpecular(Front, light, NormalSquare)) {
-      const double t = dot(HalfVector(light), Normal);
+    Add(front, terms.Diffuse[0], -d);
+    if (!(terms.NoSpecular && NormalSquare < 4.0)) {
+      const double t = dot(HalfVector(terms), Normal);
       if (t > 0.0) {
-        AddSpecular(Front, light, t);
+        AddSpecular(Front, terms.Specular[0], t);
       }
     }
   } else if (TwoSide) {
-    AddProduct(Back.Color, Back.Material->Diffuse, light.Diffuse, d);
-    const double t = dot(HalfVector(light), Normal);
+    Add(back, terms.Diffuse[1], d);
+    const double t = dot(HalfVector(terms), Normal);
     if (t < 0.0) {
-      AddSpecular(Back, light, -t);
+      AddSpecular(Back, terms.Specular[1], -t);
     }
   }
+}
+
+void TVertexLighting::AddDirectional(const TLightTerms& terms) const {
+  const TLight& light = *terms.Light;
+  Add(Front.Color, terms.Ambient[0]);
+  if (TwoSide) {
+    Add(Back.Color, terms.Ambient[1]);
+  }
+  const TVec3 away = {-light.Position.x, -light.Position.y, -light.Position.z};
+  AddDiffuseAndSpecular(terms, dot(away, Normal), Front.Color, Back.Color);
 }
 
 double Attenuation(const TLight& light, double r) {
@@ -129,7 +159,8 @@ double Attenuation(const TLight& light, double r) {
                 light.ConstantAttenuation);
 }
 
-void TVertexLighting::AddPositional(const TLight& light) const {
+void TVertexLighting::AddPositional(const TLightTerms& terms) const {
+  const TLight& light = *terms.Light;
   TVec3 toVertex = {Eye.x - light.Position.x, Eye.y - light.Position.y, Eye.z - light.Position.z};
   const double r = length(toVertex);
   double attenuation = 1.0;
@@ -137,36 +168,17 @@ void TVertexLighting::AddPositional(const TLight& light) const {
     toVertex = {toVertex.x / r, toVertex.y / r, toVertex.z / r};
     attenuation = Attenuation(light, r);
   }
-  TVec4 frontSum = {Front.Material->Ambient.x * light.Ambient.x,
-                    Front.Material->Ambient.y * light.Ambient.y,
-                    Front.Material->Ambient.z * light.Ambient.z, 0.0};
-  TVec4 backSum = {Back.Material->Ambient.x * light.Ambient.x,
-                   Back.Material->Ambient.y * light.Ambient.y,
-                   Back.Material->Ambient.z * light.Ambient.z, 0.0};
-  const double d = dot(toVertex, Normal);
-  if (d < 0.0) {
-    AddProduct(&frontSum, Front.Material->Diffuse, light.Diffuse, -d);
-    if (!HasNoSpecular(Front, light, NormalSquare)) {
-      const double t = dot(HalfVector(light), Normal);
-      if (t > 0.0) {
-        AddSpecular(Front, light, t);
-      }
-    }
-  } else if (TwoSide) {
-    AddProduct(&backSum, Back.Material->Diffuse, light.Diffuse, d);
-    const double t = dot(HalfVector(light), Normal);
-    if (t < 0.0) {
-      AddSpecular(Back, light, -t);
-    }
-  }
-  const TVec4 scale = {attenuation, attenuation, attenuation, 0.0};
-  AddProduct(Front.Color, frontSum, scale);
+  TVec4 frontSum = terms.Ambient[0];
+  TVec4 backSum = terms.Ambient[TwoSide ? 1 : 0];
+  AddDiffuseAndSpecular(terms, dot(toVertex, Normal), &frontSum, &backSum);
+  Add(Front.Color, frontSum, attenuation);
   if (TwoSide) {
-    AddProduct(Back.Color, backSum, scale);
+    Add(Back.Color, backSum, attenuation);
   }
 }
 
-void TVertexLighting::AddSpot(const TLight& light) const {
+void TVertexLighting::AddSpot(const TLightTerms& terms) const {
+  const TLight& light = *terms.Light;
   TVec3 toVertex = {Eye.x - light.Position.x, Eye.y - light.Position.y, Eye.z - light.Position.z};
   const double r = length(toVertex);
   if (!(r > 0.0)) {
@@ -184,20 +196,18 @@ void TVertexLighting::AddSpot(const TLight& light) const {
     return;
   }
   const double f = attenuation * std::pow(c, light.SpotExponent);
+  const int side = front ? 0 : 1;
   const TFace& face = front ? Front : Back;
-  const double t = front ? dot(HalfVector(light), Normal) : -dot(HalfVector(light), Normal);
+  const double t = front ? dot(HalfVector(terms), Normal) : -dot(HalfVector(terms), Normal);
   if (t > 0.0) {
-    AddProduct(face.Secondary, face.Material->Specular, light.Specular,
-               std::pow(t, face.Material->Shininess) * f);
+    Add(face.Secondary, terms.Specular[side], std::pow(t, face.Material->Shininess) * f);
   }
   const double s = front ? -d : d;
-  const TMaterial& m = *face.Material;
-  face.Color->x =
-      face.Color->x + f * (m.Ambient.x * light.Ambient.x + m.Diffuse.x * light.Diffuse.x * s);
-  face.Color->y =
-      face.Color->y + f * (m.Ambient.y * light.Ambient.y + m.Diffuse.y * light.Diffuse.y * s);
-  face.Color->z =
-      face.Color->z + f * (m.Ambient.z * light.Ambient.z + m.Diffuse.z * light.Diffuse.z * s);
+  const TVec4& ambient = terms.Ambient[side];
+  const TVec4& diffuse = terms.Diffuse[side];
+  face.Color->x = face.Color->x + f * (ambient.x + diffuse.x * s);
+  face.Color->y = face.Color->y + f * (ambient.y + diffuse.y * s);
+  face.Color->z = face.Color->z + f * (ambient.z + diffuse.z * s);
 }
 
 void SetColorMaterial(TMaterial* material, std::uint32_t mode, const TVec4& color) {
@@ -242,13 +252,30 @@ void SetBaseColor(const TFace& face, const TVec4& sceneAmbient) {
 
 } // namespace
 
-void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) {
-  TRenderCPU& gl = *m_Render;
-  const MAT4<double>& p = gl.m_ModelViewProjection;
-  const TVec4& at = gl.m_CurVertex;
-  for (std::size_t i = 0; i < 4; ++i) {
-    v->Slots[0][i] = p[i] * at.x + p[4 + i] * at.y + p[8 + i] * at.z + p[12 + i];
+void SettleLighting(const TRenderCPU& gl, TLightingTerms* out) {
+  for (int k = 0; k < gl.m_EnabledLightCount && gl.m_Lighting; ++k) {
+    TLightTerms& terms = out->Lights[k];
+    terms = TermsOf(gl, gl.m_Lights[gl.m_EnabledLights[k]]);
+    terms.HalfSet = true;
+    terms.Half = FarHalfVector(*terms.Light);
   }
+}
+
+TVec4 ClipPosition(const TRenderCPU& gl, const TVec4& vertex) {
+  const MAT4<double>& p = gl.m_ModelViewProjection;
+  TVec4 clip;
+  for (std::size_t i = 0; i < 4; ++i) {
+    clip[i] = p[i] * vertex.x + p[4 + i] * vertex.y + p[8 + i] * vertex.z + p[12 + i];
+  }
+  return clip;
+}
+
+void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) { ShadeVertex(m_Render, v, nullptr); }
+
+void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled) {
+  TRenderCPU& gl = *render;
+  const TVec4& at = gl.m_CurVertex;
+  v->Slots[0] = ClipPosition(gl, at);
 
   // Lighting can be switched on after `Begin` filled the slot table without it; what has no slot
   // goes to the spare record.
@@ -299,13 +326,18 @@ void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) {
   }
 
   for (int k = 0; k < gl.m_EnabledLightCount; ++k) {
-    const TLight& light = gl.m_Lights[gl.m_EnabledLights[k]];
+    TLightTerms fresh;
+    if (settled == nullptr) {
+      fresh = TermsOf(gl, gl.m_Lights[gl.m_EnabledLights[k]]);
+    }
+    const TLightTerms& terms = settled != nullptr ? settled->Lights[k] : fresh;
+    const TLight& light = *terms.Light;
     if (light.Position.w == 0.0) {
-      vertex.AddDirectional(light);
+      vertex.AddDirectional(terms);
     } else if (!light.Spot) {
-      vertex.AddPositional(light);
+      vertex.AddPositional(terms);
     } else {
-      vertex.AddSpot(light);
+      vertex.AddSpot(terms);
     }
   }
 }

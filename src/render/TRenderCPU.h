@@ -16,6 +16,7 @@ class TFragmentShaderCPU;
 struct TSpanJob;
 struct TLineWalk;
 struct TPointBatch;
+struct TArrayDraw;
 struct TBatchDraw;
 struct TIndexedDraw;
 
@@ -989,17 +990,17 @@ private:
   template <class TElementOf>
   void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
   template <class TElementOf>
-  void _ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count, int done,
-                       bool indexed, TElementOf elementOf);
+  void _ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
+                       TElementOf elementOf);
   std::uint64_t _NextDraw();
   void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
   void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
+  void _TakeVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+                   VAR_DATA* record);
   std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
   template <class TElementOf>
-  int _ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
-                       TElementOf elementOf);
-  int _ReplayBatches(const TAttrValue* values, unsigned long valueCount, unsigned long first,
-                     int count);
+  int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
+  int _ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
   void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
   void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
   const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);

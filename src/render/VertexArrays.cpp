@@ -5,7 +5,6 @@
 #include <typeinfo>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/StdVertexShader.h>
 
 #include "ErrorCodes-inl.h"
 #include "SpanJob.h"
@@ -300,17 +299,10 @@ bool TRenderCPU::_MayReplayDirectly() const {
 }
 
 template <class TElementOf>
-void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCount, int count,
-                                 int done, bool indexed, TElementOf elementOf) {
-  auto* const shader = static_cast<TStdVertexShaderCPU*>(m_VertexShader);
+void TRenderCPU::_ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
+                                 TElementOf elementOf) {
   TVertexCache& cache = *m_VertexCache;
-  const std::uint64_t draw = _NextDraw();
-  const auto fetch = [this, values, valueCount](unsigned long element) {
-    for (unsigned long k = 0; k < valueCount; ++k) {
-      values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
-    }
-    m_CurVertex = m_CurAttrib[0];
-  };
+  const std::uint64_t number = _NextDraw();
   // What the shader writes; without a texture the last slot keeps what was there.
   const std::size_t written =
       static_cast<std::size_t>(m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1)) *
@@ -320,13 +312,13 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
     const unsigned long element = elementOf(i);
     VAR_DATA& vertex = m_VarCur[m_Pending];
     const std::size_t place = element % TVertexCache::kSize;
-    const std::uint64_t tag = draw | static_cast<std::uint32_t>(element);
+    const std::uint64_t tag = number | static_cast<std::uint32_t>(element);
     fetched = !indexed || cache.Tags[place] != tag;
     if (!fetched) {
       std::memcpy(vertex.Slots, cache.Vertices[place].Slots, written);
     } else {
-      fetch(element);
-      shader->TStdVertexShaderCPU::Execute(&vertex);
+      draw.Fetch(this, element);
+      ShadeVertex(this, &vertex, draw.Lighting);
       if (indexed) {
         std::memcpy(cache.Vertices[place].Slots, vertex.Slots, written);
         cache.Tags[place] = tag;
@@ -337,20 +329,18 @@ void TRenderCPU::_ReplayDirectly(const TAttrValue* values, unsigned long valueCo
     (this->*m_Assemble)();
   }
   if (!fetched) {
-    fetch(elementOf(count - 1)); // the current values are those of the last element
+    draw.Fetch(this, elementOf(count - 1)); // the current values are those of the last element
   }
 }
 
 // Replays the triangles of an indexed draw but the last one, which goes with what comes behind it
 // and leaves current values and records as ever; returns how many vertices that were.
 template <class TElementOf>
-int TRenderCPU::_ReplayTriangles(const TAttrValue* values, unsigned long valueCount, int count,
-                                 TElementOf elementOf) {
-  const TIndexedDraw draw = {values,
-                             valueCount,
-                             _NextDraw(),
-                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1),
-                             {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW}};
+int TRenderCPU::_ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
+  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  const bool late = m_Lighting && (culling.Front || culling.Back);
+  const TIndexedDraw draw = {arrays, _NextDraw(), late ? arrays.Positions(*this) : nullptr,
+                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1), culling};
   constexpr int kMost = 96;
   std::uint32_t elements[kMost];
   const int whole = 3 * (count / 3 - 1);
@@ -380,10 +370,13 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   if (_MayReplayDirectly()) {
     TSpanJob job;
     m_DrawJob = mode >= GL_TRIANGLES && _SettleDraw(&job) ? &job : nullptr;
-    const int done = !indexed ? _ReplayBatches(values, valueCount, elementOf(0), count)
-                     : mode == GL_TRIANGLES ? _ReplayTriangles(values, valueCount, count, elementOf)
+    TLightingTerms lighting;
+    SettleLighting(*this, &lighting);
+    const TArrayDraw draw = {values, valueCount, &lighting};
+    const int done = !indexed               ? _ReplayBatches(draw, elementOf(0), count)
+                     : mode == GL_TRIANGLES ? _ReplayTriangles(draw, count, elementOf)
                                             : 0;
-    _ReplayDirectly(values, valueCount, count, done, indexed, elementOf);
+    _ReplayDirectly(draw, count, done, indexed, elementOf);
     m_DrawJob = nullptr;
   } else {
     for (int i = 0; i < count; ++i) {

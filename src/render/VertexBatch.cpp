@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/StdVertexShader.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include "SpanJob.h"
 #include "VertexFetch-inl.h"
+#include "VertexReplay.h"
 
 namespace Zx3D {
 
@@ -68,6 +68,7 @@ struct TBatchDraw {
     std::size_t Kind = 0;
   };
 
+  const TLightingTerms* Lighting = nullptr;
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
@@ -78,22 +79,24 @@ struct TBatchDraw {
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   // False for a fetching function that a caller put there, or if positions come from no array.
-  bool Take(TRenderCPU* gl, const TRenderCPU::TAttrValue* values, unsigned long valueCount) {
+  bool Take(TRenderCPU* gl, const TArrayDraw& arrays) {
     const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
     Current[1] = &gl->m_CurColor;
     Current[2] = &gl->m_CurTexCoord;
-    for (unsigned long k = 0; k < valueCount; ++k) {
-      const auto found = std::find(known.begin(), known.end(), values[k].Pointer->GetValue);
+    Lighting = arrays.Lighting;
+    for (unsigned long k = 0; k < arrays.ValueCount; ++k) {
+      const TRenderCPU::TAttrValue& value = arrays.Values[k];
+      const auto found = std::find(known.begin(), known.end(), value.Pointer->GetValue);
       if (found == known.end()) {
         return false;
       }
-      const TSource source = {values[k].Pointer, static_cast<std::size_t>(found - known.begin())};
-      if (values[k].Value == &gl->m_CurAttrib[0]) {
+      const TSource source = {value.Pointer, static_cast<std::size_t>(found - known.begin())};
+      if (value.Value == &gl->m_CurAttrib[0]) {
         Position = source; // of two arrays for it the last one counts
       }
       for (int i = 0; i < 3; ++i) {
-        if (values[k].Value == Current[i]) {
+        if (value.Value == Current[i]) {
           Values[i] = source;
         }
       }
@@ -137,7 +140,7 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
     }
     const TPointer* const position = draw->Position.Pointer;
     position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
-    static_cast<TStdVertexShaderCPU*>(m_VertexShader)->TStdVertexShaderCPU::Execute(&record);
+    ShadeVertex(this, &record, draw->Lighting);
     return;
   }
   const TVertexBatch& batch = draw->Batch;
@@ -260,8 +263,7 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count)
 //
 // A shape that draws nothing leaves no record here. The plain way fills one with it, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
-int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCount,
-                               unsigned long first, int count) {
+int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
   TSpanJob job;
   switch (m_PrimitiveMode) {
@@ -280,13 +282,13 @@ int TRenderCPU::_ReplayBatches(const TAttrValue* values, unsigned long valueCoun
   default:
     break;
   }
-  if (corners == 0) {
+  constexpr int kLeast = 4; // shapes that a batch is worth while for
+  const int shapes = corners != 0 ? count / corners - 1 : 0;
+  if (shapes < kLeast) {
     return 0;
   }
-  constexpr int kLeast = 4; // shapes that a batch is worth while for
-  const int shapes = count / corners - 1;
   TBatchDraw draw;
-  if (shapes < kLeast || !draw.Take(this, values, valueCount)) {
+  if (!draw.Take(this, arrays)) {
     return 0;
   }
   TSpanJob* const settled = corners == 2 && _SettleDraw(&job) ? &job : nullptr;

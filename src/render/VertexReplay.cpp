@@ -1,7 +1,5 @@
 #include "VertexReplay.h"
 
-#include <ZxCore3D/render/StdVertexShader.h>
-
 namespace Zx3D {
 
 namespace {
@@ -9,6 +7,8 @@ namespace {
 using TVec4 = vec_t_<double, 4>;
 
 constexpr int kAllPlanes = 6; // as the number of the plane to clip by from on: none
+constexpr unsigned int kPlanes = 63;
+constexpr unsigned int kUnshaded = 64; // in a vertex's code: there is a position, but no more
 
 // Bit p for plane p, as the clipper numbers them; a NaN is outside.
 std::uint8_t OutsidePlanes(const TVec4& at) {
@@ -50,30 +50,46 @@ std::uint64_t TRenderCPU::_NextDraw() {
   return std::uint64_t{cache.Draw} << 32;
 }
 
-// The place of an element's vertex in the cache; it is shaded if it isn't there.
+// The place of an element's vertex in the cache, to which its position is brought if it isn't
+// there.
 std::size_t TRenderCPU::_CachedVertex(const TIndexedDraw& draw, std::uint32_t element) {
   TVertexCache& cache = *m_VertexCache;
   const std::size_t place = element % TVertexCache::kSize;
   const std::uint64_t tag = draw.Tag | element;
-  if (cache.Tags[place] != tag) {
-    for (unsigned long k = 0; k < draw.ValueCount; ++k) {
-      const TAttrValue& value = draw.Values[k];
-      value.Pointer->GetValue(value.Pointer, element, value.Value);
-    }
-    m_CurVertex = m_CurAttrib[0];
-    static_cast<TStdVertexShaderCPU*>(m_VertexShader)
-        ->TStdVertexShaderCPU::Execute(&cache.Vertices[place]);
-    cache.Codes[place] = OutsidePlanes(cache.Vertices[place].Slots[0]);
-    cache.Tags[place] = tag;
+  if (cache.Tags[place] == tag) {
+    return place;
   }
+  VAR_DATA& vertex = cache.Vertices[place];
+  if (draw.Positions != nullptr) {
+    TVec4 position;
+    draw.Positions->GetValue(draw.Positions, element, &position);
+    vertex.Slots[0] = ClipPosition(*this, position);
+    cache.Codes[place] = static_cast<std::uint8_t>(OutsidePlanes(vertex.Slots[0]) | kUnshaded);
+  } else {
+    draw.Arrays.Fetch(this, element);
+    ShadeVertex(this, &vertex, draw.Arrays.Lighting);
+    cache.Codes[place] = OutsidePlanes(vertex.Slots[0]);
+  }
+  cache.Tags[place] = tag;
   return place;
+}
+
+// Fills a record of the primitive with a vertex of the cache.
+void TRenderCPU::_TakeVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+                             VAR_DATA* record) {
+  TVertexCache& cache = *m_VertexCache;
+  if ((cache.Codes[place] & kUnshaded) != 0) {
+    draw.Arrays.Fetch(this, element);
+    ShadeVertex(this, &cache.Vertices[place], draw.Arrays.Lighting);
+    cache.Codes[place] = static_cast<std::uint8_t>(cache.Codes[place] & kPlanes);
+  }
+  CopySlots(record, cache.Vertices[place], draw.Written);
 }
 
 // A triangle whose vertices don't fit into the cache beside each other.
 void TRenderCPU::_ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements) {
   for (int i = 0; i < 3; ++i) {
-    const std::size_t place = _CachedVertex(draw, elements[i]);
-    CopySlots(&m_VarCur[i], m_VertexCache->Vertices[place], draw.Written);
+    _TakeVertex(draw, _CachedVertex(draw, elements[i]), elements[i], &m_VarCur[i]);
   }
   ClipAndRasterizeTriangle(m_VarCur, 0);
 }
@@ -91,10 +107,12 @@ void TRenderCPU::_ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* e
       _ReplayTriangle(draw, elements);
       continue;
     }
-    if (IsOutside(cache.Codes[a], cache.Codes[b], cache.Codes[c])) {
+    const unsigned int codes[3] = {cache.Codes[a] & kPlanes, cache.Codes[b] & kPlanes,
+                                   cache.Codes[c] & kPlanes};
+    if (IsOutside(codes[0], codes[1], codes[2])) {
       continue;
     }
-    const bool inside = (cache.Codes[a] | cache.Codes[b] | cache.Codes[c]) == 0;
+    const bool inside = (codes[0] | codes[1] | codes[2]) == 0;
     if (inside && mayCull) {
       const bool front = FacesFront(cache.Vertices[a].Slots[0], cache.Vertices[b].Slots[0],
                                     cache.Vertices[c].Slots[0], draw.Culling.FrontCCW);
@@ -103,9 +121,9 @@ void TRenderCPU::_ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* e
         continue;
       }
     }
-    CopySlots(&m_VarCur[0], cache.Vertices[a], draw.Written);
-    CopySlots(&m_VarCur[1], cache.Vertices[b], draw.Written);
-    CopySlots(&m_VarCur[2], cache.Vertices[c], draw.Written);
+    _TakeVertex(draw, a, elements[0], &m_VarCur[0]);
+    _TakeVertex(draw, b, elements[1], &m_VarCur[1]);
+    _TakeVertex(draw, c, elements[2], &m_VarCur[2]);
     ClipAndRasterizeTriangle(m_VarCur, inside ? kAllPlanes : 0);
   }
 }

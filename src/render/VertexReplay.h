@@ -6,14 +6,41 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include "VertexBatch.h"
+#include "VertexLighting.h"
 
 namespace Zx3D {
 
-/// What all triangles of an indexed draw share.
-struct TIndexedDraw {
+/// What all vertices of an array draw share: the enabled arrays and the lighting.
+struct TArrayDraw {
   const TRenderCPU::TAttrValue* Values;
   unsigned long ValueCount;
+  const TLightingTerms* Lighting;
+
+  /// The array that positions come from, the last one if there are two; null if there is none.
+  const TRenderCPU::TVertexAttribPointer* Positions(const TRenderCPU& gl) const {
+    const TRenderCPU::TVertexAttribPointer* found = nullptr;
+    for (unsigned long k = 0; k < ValueCount; ++k) {
+      found = Values[k].Value == &gl.m_CurAttrib[0] ? Values[k].Pointer : found;
+    }
+    return found;
+  }
+
+  /// Makes an element the current one.
+  void Fetch(TRenderCPU* gl, unsigned long element) const {
+    for (unsigned long k = 0; k < ValueCount; ++k) {
+      Values[k].Pointer->GetValue(Values[k].Pointer, element, Values[k].Value);
+    }
+    gl->m_CurVertex = gl->m_CurAttrib[0];
+  }
+};
+
+/// What all triangles of an indexed draw share.
+struct TIndexedDraw {
+  const TArrayDraw& Arrays;
   std::uint64_t Tag;
+  /// Where positions come from if vertices are shaded only once a triangle of theirs is drawn:
+  /// worth while with lights and culling. Null: they are shaded when they are met.
+  const TRenderCPU::TVertexAttribPointer* Positions;
   int Written; ///< slots that the vertex shader fills: without a texture all but the last
   TCulling Culling;
 };

@@ -113,7 +113,6 @@ private:
   void Vertex();
   void Primitive();
   void Arrays();
-  void LongArrays();
   std::vector<unsigned char> Column(int components, unsigned int type, int stride, double low,
                                     double high);
   void Positions(int components, unsigned int type, int stride, std::vector<unsigned char>* out);
@@ -398,48 +397,7 @@ void TPlayer::Primitive() {
   m_Gl.End();
 }
 
-// The same kinds of vertices from arrays, by index or in a row; indices come again.
-void TPlayer::Arrays() {
-  static constexpr unsigned int kModes[] = {GL_POINTS,         GL_LINES,        GL_TRIANGLES,
-                                            GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS,
-                                            GL_LINE_LOOP};
-  double positions[24][3];
-  double normals[24][3];
-  unsigned char colors[24][4];
-  float coordinates[24][2];
-  for (int i = 0; i < 24; ++i) {
-    for (int k = 0; k < 3; ++k) {
-      positions[i][k] = Real(-1.2, 1.2);
-      normals[i][k] = Real(-1, 1);
-      colors[i][k] = static_cast<unsigned char>(Pick(256));
-    }
-    colors[i][3] = 255;
-    coordinates[i][0] = static_cast<float>(Real(-2, 2));
-    coordinates[i][1] = static_cast<float>(Real(-2, 2));
-  }
-  std::uint16_t indices[30];
-  for (std::uint16_t& index : indices) {
-    index = static_cast<std::uint16_t>(Pick(24));
-  }
-  m_Gl.VertexPointer(3, GL_DOUBLE, 0, positions);
-  m_Gl.NormalPointer(GL_DOUBLE, 0, normals);
-  m_Gl.ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors);
-  m_Gl.TexCoordPointer(2, GL_FLOAT, 0, coordinates);
-  m_Gl._EnableClientState(GL_VERTEX_ARRAY, true);
-  m_Gl._EnableClientState(GL_NORMAL_ARRAY, Coin());
-  m_Gl._EnableClientState(GL_COLOR_ARRAY, Coin());
-  m_Gl._EnableClientState(GL_TEXTURE_COORD_ARRAY, Coin());
-  const unsigned int mode = Of(kModes);
-  if (Coin()) {
-    Say("arrays; ");
-    m_Gl.DrawArrays(mode, Pick(4), 20);
-  } else {
-    Say("elements; ");
-    m_Gl.DrawElements(mode, 30, GL_UNSIGNED_SHORT, indices);
-  }
-}
-
-// --- Arrays long enough to be drawn by batches
+// --- Arrays, some of them long enough to be drawn by batches
 
 constexpr int kMostVertices = 420;
 constexpr int kCached = 1024; // elements this far apart share a place in the cache
@@ -521,7 +479,7 @@ void TPlayer::Positions(int components, unsigned int type, int stride,
   }
 }
 
-void TPlayer::LongArrays() {
+void TPlayer::Arrays() {
   static constexpr unsigned int kModes[] = {
       GL_POINTS,    GL_POINTS,    GL_LINES,          GL_LINES,        GL_LINE_STRIP, GL_LINE_LOOP,
       GL_TRIANGLES, GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
@@ -560,29 +518,30 @@ void TPlayer::LongArrays() {
   const unsigned int mode = Of(kModes);
   const int count = Coin() ? Pick(40) : Pick(kMostVertices + 1);
   if (m_Words != nullptr) {
-    *m_Words << "long, mode " << mode << ", " << count << " vertices; ";
+    *m_Words << "mode " << mode << ", " << count << " vertices; ";
   }
   if (Coin()) {
     Say("arrays; ");
     m_Gl.DrawArrays(mode, Pick(kMostVertices + 1 - count), count);
   } else {
     Say("elements; ");
-    std::vector<std::uint32_t> indices(kMostVertices);
+    static constexpr unsigned int kIndices[] = {GL_UNSIGNED_BYTE, GL_UNSIGNED_SHORT,
+                                                GL_UNSIGNED_INT};
+    const unsigned int type = Of(kIndices);
+    const std::size_t size = type == GL_UNSIGNED_BYTE ? 1 : type == GL_UNSIGNED_SHORT ? 2 : 4;
+    std::vector<unsigned char> indices(size * kMostVertices);
     const bool near = Coin();
     for (int i = 0; i < kMostVertices; ++i) {
-      const int index = near ? (i + Pick(6)) % kMostVertices : Pick(kMostVertices);
-      indices[static_cast<std::size_t>(i)] =
-          static_cast<std::uint32_t>(index + (wide && Coin() ? kCached : 0));
+      const int index = (near ? (i + Pick(6)) % kMostVertices : Pick(kMostVertices)) +
+                        (wide && Coin() ? kCached : 0);
+      std::memcpy(indices.data() + static_cast<std::size_t>(i) * size, &index, size);
     }
-    m_Gl.DrawElements(mode, count, GL_UNSIGNED_INT, indices.data());
+    m_Gl.DrawElements(mode, count, type, indices.data());
   }
 }
 
 void TPlayer::Call() {
-  switch (Pick(11)) {
-  case 10:
-    LongArrays();
-    break;
+  switch (Pick(10)) {
   case 0:
     Say("clear; ");
     m_Gl.Clear(Coin(), Coin(), Coin());
