@@ -26,21 +26,20 @@ HWY_INLINE HWY_ATTR hn::Mask<DFU> WideMaskOfBits(std::uint64_t bits) {
   return hn::LoadMaskBits(DFU(), bytes);
 }
 
-// The bytes of a channel, moved to its place among the others; `sure` loses the pixels for which
-// they may not be those of the exact way.
-HWY_INLINE HWY_ATTR VFU PlacedBytes(VFF value, bool clamp, VFF margin, int channel, MFF* sure) {
-  const DFF d;
-  const DFU du;
+// The bytes of a channel; `sure` loses the pixels for which they may not be those of the exact way.
+template <class D, class TMask>
+HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>> NearByte(D d, hn::Vec<D> value, bool clamp,
+                                                                 hn::Vec<D> margin, TMask* sure) {
+  const hn::RebindToUnsigned<D> du;
   if (clamp) {
     value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 255.0f));
   }
   // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
-  const VFF whole = hn::Set(d, 8388608.0f);
-  const VFF low = hn::Add(hn::Sub(value, margin), whole);
-  const VFF high = hn::Add(hn::Add(value, margin), whole);
-  *sure = hn::And(*sure, hn::Eq(low, high));
-  const VFU byte = hn::And(hn::BitCast(du, low), hn::Set(du, 255u));
-  return hn::ShiftLeftSame(byte, 8 * channel);
+  const auto whole = hn::Set(d, 8388608.0f);
+  const auto low = hn::Add(hn::Sub(value, margin), whole);
+  const auto high = hn::Add(hn::Add(value, margin), whole);
+  *sure = hn::And(*sure, hn::RebindMask(hn::RebindToSigned<D>(), hn::Eq(low, high)));
+  return hn::And(hn::BitCast(du, low), hn::Set(du, 255u));
 }
 
 // Packed colours of two groups at t; those in `live` exist. False if the exact way is needed.
@@ -58,7 +57,8 @@ HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
     return kPerspective ? hn::Mul(value, q) : value;
   };
   const VFF margin = hn::Set(d, floats.Margin);
-  MFF sure = hn::Eq(margin, margin);
+  const hn::RebindToSigned<DFF> di;
+  auto sure = hn::Eq(hn::Zero(di), hn::Zero(di));
   for (int i = 0; i < 4; ++i) {
     if ((job.ConstMask >> i & 1u) != 0) {
       continue;
@@ -67,9 +67,10 @@ HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
     if (slots.Secondary >= 0) {
       value = hn::Add(value, valueOf(floats.SecondaryBegin[i], floats.SecondaryDelta[i]));
     }
-    *packed = hn::Or(*packed, PlacedBytes(value, job.Clamp, margin, i, &sure));
+    const VFU byte = NearByte(d, value, job.Clamp, margin, &sure);
+    *packed = hn::Or(*packed, hn::ShiftLeftSame(byte, 8 * i));
   }
-  return hn::AllFalse(d, hn::AndNot(sure, live));
+  return hn::AllFalse(di, hn::AndNot(sure, hn::RebindMask(di, live)));
 }
 
 struct TRunPixels {

@@ -155,20 +155,19 @@ HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
   return bits[0];
 }
 
-// Up to here rows are short: what is settled for a long one costs more than it saves.
-inline constexpr int kShortPixels = 8;
-
 // Which rows of those made together are crossed by both edges, which of them cover pixels, and how
 // many.
 struct TLiveRows {
   unsigned int Crossed;
   unsigned int Covered;
-  unsigned int Long; ///< more than kShortPixels
+  unsigned int Long; ///< more than is short
 };
 
-// Makes the rows from the one numbered `start` on, in the order of drawing.
+// Makes the rows from the one numbered `start` on, in the order of drawing. Those of up to
+// `shortPixels` are not long.
 HWY_INLINE HWY_ATTR TLiveRows MakeRows(const TSpanJob& job, const TRowSlots& slots,
-                                       const TRowPlan& plan, int start, TRows* rows) {
+                                       const TRowPlan& plan, int start, int shortPixels,
+                                       TRows* rows) {
   const DD d;
   const DI di;
   const VD zero = hn::Zero(d);
@@ -257,7 +256,7 @@ HWY_INLINE HWY_ATTR TLiveRows MakeRows(const TSpanJob& job, const TRowSlots& slo
     makePart(job.TexSlot, slots.Tex, 0);
     makePart(job.TexSlot, slots.Tex, 1);
   }
-  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, kShortPixels));
+  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, shortPixels));
   return {crossed, LaneBits(live), LaneBits(hn::And(live, longer))};
 }
 

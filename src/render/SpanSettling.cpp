@@ -107,11 +107,6 @@ bool IsSteady(const TVertices& v) {
 // that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
 // floats lose nothing, or all is too narrow for a group of pixels.
 double ReachOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
-  const double left = std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
-  const double right = std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x);
-  if (right - left < 8.0) {
-    return 0.0;
-  }
   if (job.Perspective && !(v[0][0].w > 1e-15 && v[0][0].w < 1e15 && v[1][0].w > 1e-15 &&
                            v[1][0].w < 1e15 && v[2][0].w > 1e-15 && v[2][0].w < 1e15)) {
     return 0.0;
@@ -120,6 +115,11 @@ double ReachOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
   double most = 1.0;
   if (unit == 15 && job.SecondarySlot < 0) {
     return most;
+  }
+  const double left = std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
+  const double right = std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x);
+  if (right - left < 8.0) {
+    return 0.0;
   }
   for (const TVec4* const at : v) {
     for (std::size_t i = 0; i < 4; ++i) {

@@ -12,6 +12,7 @@
 #include <hwy/highway.h>
 
 #include "SpanPixels-inl.h"
+#include "SpanPlain-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -74,12 +75,141 @@ HWY_INLINE HWY_ATTR unsigned int DrawShortGroup(const TSpanJob& job, int place, 
   return bits;
 }
 
-// Draws rows that were made together, and all are short.
+// --- Without a division of doubles a pixel, with the proofs of SpanTests-inl.h and
+// SpanFloats-inl.h
+
+// What that takes, row by row: red, green, blue, alpha and 1/w in single precision, the margins of
+// bytes and depths, and the reciprocal of the row's width.
+struct TNearRows {
+  static constexpr int kW = 4;
+
+  HWY_ALIGN float Begin[5][kLanes];
+  HWY_ALIGN float Delta[5][kLanes];
+  HWY_ALIGN float Margin[kLanes];
+  HWY_ALIGN double Inverse[kLanes];
+  HWY_ALIGN double DepthMargin[kLanes];
+};
+
+// A margin that nothing is sure with.
+HWY_INLINE HWY_ATTR VD Unsure(hn::Mask<DD> unsure, VD margin) {
+  return hn::IfThenElse(unsure, hn::Set(DD(), 1e30), margin);
+}
+
+template <bool kPerspective, bool kConstAlpha>
+HWY_INLINE HWY_ATTR void SetNearRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                                     TNearRows* near) {
+  const DD d;
+  const DF df;
+  const VD one = hn::Set(d, 1.0);
+  const auto setFloats = [&](int place, double scale, int i) HWY_ATTR {
+    const VD by = hn::Set(d, scale);
+    hn::Store(hn::DemoteTo(df, hn::Mul(hn::Load(d, rows.Begin[place]), by)), df, near->Begin[i]);
+    hn::Store(hn::DemoteTo(df, hn::Mul(hn::Load(d, rows.Delta[place]), by)), df, near->Delta[i]);
+  };
+  for (int i = 0; i < (kConstAlpha ? 3 : 4); ++i) {
+    setFloats(slots.Color + i, 255.0, i);
+  }
+  VD ratio = one;
+  if constexpr (kPerspective) {
+    setFloats(3, 1.0, TNearRows::kW);
+    const VD begin = hn::Load(d, rows.Begin[3]);
+    const VD end = hn::Add(begin, hn::Load(d, rows.Delta[3]));
+    ratio = hn::Div(hn::Max(begin, end), hn::Min(begin, end));
+  }
+  const VD margin = FloatMargins(job, ratio);
+  const auto steep = hn::Not(hn::Le(ratio, hn::Set(d, kMostFloatRatio)));
+  hn::Store(hn::DemoteTo(df, Unsure(steep, margin)), df, near->Margin);
+  hn::Store(hn::Div(one, hn::Load(d, rows.Delta[0])), d, near->Inverse);
+  const VD reach =
+      hn::Add(hn::Abs(hn::Load(d, rows.Delta[2])), hn::Abs(hn::Load(d, rows.Begin[2])));
+  const auto extreme = hn::Not(hn::And(hn::Gt(reach, hn::Set(d, kLeastDepthReach)),
+                                       hn::Lt(reach, hn::Set(d, kMostDepthReach))));
+  hn::Store(Unsure(extreme, hn::Mul(reach, hn::Set(d, kDepthMargin))), d, near->DepthMargin);
+}
+
+// The bytes of the channels; `sure` loses the pixels for which they may not be those of the exact
+// way.
+template <bool kPerspective, bool kConstAlpha>
+HWY_INLINE HWY_ATTR VU NearColors(const TSpanJob& job, const TNearRows& near, int lane, VF t,
+                                  MI* sure) {
+  const DF df;
+  const auto valueOf = [&](int i) HWY_ATTR {
+    return hn::Add(hn::Mul(hn::Set(df, near.Delta[i][lane]), t), hn::Set(df, near.Begin[i][lane]));
+  };
+  VF q = t;
+  if constexpr (kPerspective) {
+    q = hn::Div(hn::Set(df, 1.0f), valueOf(TNearRows::kW));
+  }
+  const VF margin = hn::Set(df, near.Margin[lane]);
+  const auto byteOf = [&](int i) HWY_ATTR {
+    const VF value = kPerspective ? hn::Mul(valueOf(i), q) : valueOf(i);
+    return NearByte(df, value, job.Clamp, margin, sure);
+  };
+  const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
+  const VU b = hn::ShiftLeft<16>(byteOf(2));
+  const VU a = kConstAlpha ? hn::Set(DU(), job.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
+  return hn::Or(rg, hn::Or(b, a));
+}
+
+template <bool kPerspective, bool kConstAlpha>
+HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const TRow& row, int x) {
+  return ShortColors<kPerspective, kConstAlpha>(job, place, row, ColumnT(row, x));
+}
+
+// As DrawShortGroup.
 template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
+HWY_INLINE HWY_ATTR unsigned int DrawNearGroup(const TSpanJob& job, int place, const TRow& row,
+                                               const TNearRows& near, int lane, int x) {
+  const DD d;
+  const DI di;
+  const DU du;
+  const DF df;
+  const VD column = hn::Iota(d, static_cast<double>(x));
+  const VD t = hn::Mul(hn::Sub(column, hn::Set(d, row.Begin[0])), hn::Set(d, near.Inverse[lane]));
+  MI pass = hn::FirstN(di, static_cast<std::size_t>(row.Last - x + 1));
+  if constexpr (kDepth != TShortDepth::None) {
+    const VD margin = hn::Set(d, near.DepthMargin[lane]);
+    const VD value = Interpolated<false>(row, 2, t, t);
+    VF depth = hn::DemoteTo(df, hn::Sub(value, margin));
+    const auto same = hn::Eq(depth, hn::DemoteTo(df, hn::Add(value, margin)));
+    if (HWY_UNLIKELY(!hn::AllFalse(di, hn::AndNot(hn::RebindMask(di, same), pass)))) {
+      depth = ExactDepths(row, x);
+    }
+    float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + x;
+    const VF stored = hn::MaskedLoad(hn::RebindMask(df, pass), df, at);
+    const auto nearer = kDepth == TShortDepth::Less ? hn::Lt(depth, stored) : hn::Le(depth, stored);
+    pass = hn::And(pass, hn::RebindMask(di, nearer));
+    hn::BlendedStore(depth, hn::RebindMask(df, pass), df, at);
+  }
+  const unsigned int bits = BitsOf(pass);
+  if (bits != 0) {
+    MI sure = pass;
+    VU packed = NearColors<kPerspective, kConstAlpha>(job, near, lane, hn::DemoteTo(df, t), &sure);
+    if (HWY_UNLIKELY(BitsOf(sure) != bits)) {
+      packed = ExactShortColors<kPerspective, kConstAlpha>(job, place, row, x);
+    }
+    hn::BlendedStore(packed, hn::RebindMask(du, pass), du,
+                     reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
+  }
+  return bits;
+}
+
+// --- Rows
+
+// Up to here rows are short: what is settled for a long one costs more than it saves.
+inline constexpr int kShortPixels = 8;
+inline constexpr int kNearPixels = 24;
+
+// Draws rows that were made together, and all are short.
+template <bool kNear, bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, unsigned int covered, int start,
                                          TLastPixels* last) {
   const int place = slots.Color;
+  TNearRows near;
+  if constexpr (kNear) {
+    SetNearRows<kPerspective, kConstAlpha>(job, slots, rows, &near);
+  }
   int shadedLane = -1;
   int shadedX = 0;
   unsigned int shadedBits = 0;
@@ -88,15 +218,19 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
     const TRow row = rows.At(lane);
     int x = row.First;
     do { // one group is all where a vector holds a short row
-      const unsigned int bits =
-          DrawShortGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, x);
+      unsigned int bits = 0;
+      if constexpr (kNear) {
+        bits = DrawNearGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, near, lane, x);
+      } else {
+        bits = DrawShortGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, x);
+      }
       if (bits != 0) {
         shadedLane = lane;
         shadedX = x;
         shadedBits = bits;
       }
       x += kLanes;
-    } while (kLanes < kShortPixels && x <= row.Last);
+    } while ((kNear || kLanes < kShortPixels) && x <= row.Last);
   }
   const int lane = 31 - __builtin_clz(covered);
   last->Stencil = {start, lane, rows.Last[lane]};
@@ -108,26 +242,35 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
 using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                 unsigned int covered, int start, TLastPixels* last);
 
-template <bool kPerspective, bool kConstAlpha>
+template <bool kNear, bool kPerspective, bool kConstAlpha>
 inline constexpr TDrawShortRows kShortWaysByDepth[3] = {
-    DrawShortRows<kPerspective, kConstAlpha, TShortDepth::None>,
-    DrawShortRows<kPerspective, kConstAlpha, TShortDepth::Less>,
-    DrawShortRows<kPerspective, kConstAlpha, TShortDepth::LessOrEqual>,
+    DrawShortRows<kNear, kPerspective, kConstAlpha, TShortDepth::None>,
+    DrawShortRows<kNear, kPerspective, kConstAlpha, TShortDepth::Less>,
+    DrawShortRows<kNear, kPerspective, kConstAlpha, TShortDepth::LessOrEqual>,
 };
 
-// By perspective and by whether alpha is the same throughout; then by depth.
-inline constexpr const TDrawShortRows* kShortWays[2][2] = {
-    {kShortWaysByDepth<false, false>, kShortWaysByDepth<false, true>},
-    {kShortWaysByDepth<true, false>, kShortWaysByDepth<true, true>},
+// By whether single precision will do, perspective, and whether alpha is the same throughout; then
+// by depth.
+inline constexpr const TDrawShortRows* kShortWays[2][2][2] = {
+    {{kShortWaysByDepth<false, false, false>, kShortWaysByDepth<false, false, true>},
+     {kShortWaysByDepth<false, true, false>, kShortWaysByDepth<false, true, true>}},
+    {{kShortWaysByDepth<true, false, false>, kShortWaysByDepth<true, false, true>},
+     {kShortWaysByDepth<true, true, false>, kShortWaysByDepth<true, true, true>}},
 };
 
-// The way for a job; null if there is none.
-inline HWY_ATTR TDrawShortRows ShortWayOf(const TSpanJob& job, const TRowSlots& slots) {
+struct TShortWay {
+  TDrawShortRows Draw = nullptr; ///< null: none
+  int Pixels = 0;                ///< up to which a row is short
+};
+
+inline HWY_ATTR TShortWay ShortWayOf(const TSpanJob& job, const TRowSlots& slots) {
   if (!HasShortWay(job, slots)) {
-    return nullptr;
+    return {};
   }
+  const bool near = job.Reach > 0.0 && job.Perspective;
   const int depth = !job.DepthTest ? 0 : job.DepthFunc + GL_NEVER == GL_LESS ? 1 : 2;
-  return kShortWays[job.Perspective ? 1 : 0][job.ConstMask != 0 ? 1 : 0][depth];
+  return {kShortWays[near ? 1 : 0][job.Perspective ? 1 : 0][job.ConstMask != 0 ? 1 : 0][depth],
+          near ? kNearPixels : kShortPixels};
 }
 
 } // namespace HWY_NAMESPACE

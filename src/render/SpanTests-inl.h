@@ -112,6 +112,19 @@ struct TRunValues {
   HWY_ALIGN float Depth[kRun + kWideLanes];
 };
 
+// The margins of the proof below.
+inline constexpr double kDepthMargin = 1.0 / (std::int64_t{1} << 49);
+inline constexpr double kLeastDepthReach = 1e-20;
+inline constexpr double kMostDepthReach = 1e20;
+
+// The depths of a group from a column on, without an offset.
+HWY_NOINLINE HWY_ATTR VF ExactDepths(const TRow& row, int x) {
+  const DD d;
+  const VD t = ColumnT(row, x);
+  return hn::DemoteTo(DF(),
+                      hn::Add(hn::Mul(hn::Set(d, row.Delta[2]), t), hn::Set(d, row.Begin[2])));
+}
+
 // t of a run, and its depth.
 inline HWY_ATTR void SetExactValues(const TRow& row, int x, int count, TRunValues* values) {
   const DD d;
@@ -137,14 +150,14 @@ inline HWY_ATTR bool SetNearValues(const TRow& row, int x, int count, TRunValues
   const DD d;
   const DF df;
   const double reach = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
-  if (!(reach > 1e-20 && reach < 1e20)) {
+  if (!(reach > kLeastDepthReach && reach < kMostDepthReach)) {
     return false;
   }
   const VD begin = hn::Set(d, row.Begin[2]);
   const VD delta = hn::Set(d, row.Delta[2]);
   const VD from = hn::Set(d, row.Begin[0]);
   const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
-  const VD margin = hn::Set(d, reach * (1.0 / (std::int64_t{1} << 49)));
+  const VD margin = hn::Set(d, reach * kDepthMargin);
   hn::Mask<DF> sure = hn::Eq(hn::Zero(df), hn::Zero(df));
   for (int i = 0; i < count; i += kLanes) {
     const VD column = hn::Iota(d, static_cast<double>(x + i));

@@ -60,7 +60,7 @@ inline HWY_ATTR void LeaveRecord(TSpanJob* job, const TRowSlots& slots, const TR
                                  const TLastPixels& last, int made, TRows* rows) {
   const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
     if (made != pixel.Start) {
-      MakeRows(*job, slots, plan, pixel.Start, rows);
+      MakeRows(*job, slots, plan, pixel.Start, 0, rows);
       made = pixel.Start;
     }
     return rows->At(pixel.Lane);
@@ -91,12 +91,12 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   const TRowSlots slots = RowSlotsOf(*job);
   const TDrawRows drawRows = kRowWays[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0]
                                      [job->Stencil != nullptr ? 1 : 0];
-  const TDrawShortRows shortWay = ShortWayOf(*job, slots);
+  const TShortWay shortWay = ShortWayOf(*job, slots);
   TRows rows;
   TLastPixels last;
   int made = -1;
   for (int start = 0; start < count; start += kLanes) {
-    const TLiveRows live = MakeRows(*job, slots, plan, start, &rows);
+    const TLiveRows live = MakeRows(*job, slots, plan, start, shortWay.Pixels, &rows);
     made = start;
     if (live.Crossed != 0) {
       job->YSet = true;
@@ -105,8 +105,8 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     if (live.Covered == 0) {
       continue;
     }
-    if (shortWay != nullptr && live.Long == 0) {
-      shortWay(*job, slots, rows, live.Covered, start, &last);
+    if (shortWay.Draw != nullptr && live.Long == 0) {
+      shortWay.Draw(*job, slots, rows, live.Covered, start, &last);
     } else {
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
