@@ -26,13 +26,17 @@ struct TCorner {
   double S, T;
 };
 
-// Two triangles of four corners, whose places are in w already.
+// Two triangles of four corners. A vertex's own w takes no part in its transformation: the matrix
+// takes z for it, and leaves 0 for z.
 void DrawQuad(TRenderCPU& gl, const TCorner (&corners)[4]) {
+  constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  gl.MatrixMode(GL_PROJECTION);
+  gl.LoadMatrixd(kDepthIsW);
   gl.Begin(GL_QUADS);
   for (const TCorner& c : corners) {
     gl.Color4d(c.R, c.G, c.B, c.A);
     gl.TexCoord2d(c.S, c.T);
-    gl.Vertex4d(c.X * c.W, c.Y * c.W, 0.0, c.W);
+    gl.Vertex3d(c.X * c.W, c.Y * c.W, c.W);
   }
   gl.End();
 }

@@ -1,0 +1,254 @@
+// Rows of every length, depths on the edge between two floats, and tests of whole runs: every
+// instruction set leaves what the plain walker does, in all three surfaces and in the records.
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../../src/render/SpanJob.h"
+#include "Scene.h"
+
+namespace {
+
+using Zx3D::TRenderCPU;
+using zx_test::TScene;
+
+constexpr int kWidth = 150; // two whole runs of 64 pixels and a rest
+constexpr int kHeight = 37;
+
+template <class T> void Append(const T& value, std::vector<unsigned char>* out) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);
+  out->insert(out->end(), bytes, bytes + sizeof value);
+}
+
+std::vector<unsigned char> RunAt(const char* level, const std::function<void(TRenderCPU&)>& draw) {
+  Zx3D::LimitSpanLevel(level);
+  TScene scene(kWidth, kHeight);
+  scene.Reset(0.75f);
+  draw(*scene);
+  std::vector<unsigned char> left = zx_test::AllBytes(*scene);
+  Append(scene->m_Fragment.Color, &left);
+  Append(scene->m_Fragment.Depth, &left);
+  Append(scene->m_Fragment.X, &left);
+  Append(scene->m_Fragment.Y, &left);
+  Append(scene->m_Fragment.FrontFacing, &left);
+  Append(scene->m_VarFragment, &left);
+  return left;
+}
+
+class SpanRows : public testing::Test {
+protected:
+  ~SpanRows() override { Zx3D::LimitSpanLevel(nullptr); }
+
+  void Expect(const std::string& what, const std::function<void(TRenderCPU&)>& draw) {
+    const std::vector<unsigned char> plain = RunAt("plain", draw);
+    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
+      if (Zx3D::LimitSpanLevel(level)) {
+        EXPECT_TRUE(plain == RunAt(level, draw)) << level << ", " << what;
+      }
+    }
+  }
+};
+
+struct TLook {
+  bool Perspective;
+  int Alpha;          ///< 0: 1 throughout, 1: another number throughout, 2: running
+  int Colour;         ///< 0: within 0 to 1, 1: beyond, 2: some no numbers
+  unsigned int Depth; ///< 0: off
+  bool Write;
+};
+
+// Random triangles of up to `side` pixels; by vertex or by arrays.
+class TShapes {
+public:
+  TShapes(int count, double side, const TLook& look) {
+    std::mt19937 random(static_cast<unsigned int>(count + 100 * side));
+    const auto next = [&random](double low, double high) {
+      return low + (high - low) * static_cast<double>(random()) / 4294967296.0;
+    };
+    for (int i = 0; i < count; ++i) {
+      const double x = next(-4, kWidth);
+      const double y = next(-4, kHeight);
+      for (int k = 0; k < 3; ++k) {
+        const double z = look.Perspective ? next(0.6, k == 0 ? 90.0 : 3.0) : next(-0.9, 0.9);
+        const double w = look.Perspective ? z : 1.0;
+        const double at[3] = {zx_test::Clip(x + next(0, side), kWidth) * w,
+                              zx_test::Clip(y + next(0, side), kHeight) * w, z};
+        Positions.insert(Positions.end(), at, at + 3);
+        for (int c = 0; c < 4; ++c) {
+          Colors.push_back(Channel(look, c, next));
+        }
+      }
+    }
+  }
+
+  void ByVertex(TRenderCPU& gl) const {
+    gl.Begin(GL_TRIANGLES);
+    for (std::size_t i = 0; i < Positions.size() / 3; ++i) {
+      gl.Color4dv(&Colors[4 * i]);
+      gl.Vertex3dv(&Positions[3 * i]);
+    }
+    gl.End();
+  }
+
+  void ByArrays(TRenderCPU& gl) const {
+    gl.EnableClientState(GL_VERTEX_ARRAY);
+    gl.EnableClientState(GL_COLOR_ARRAY);
+    gl.VertexPointer(3, GL_DOUBLE, 0, Positions.data());
+    gl.ColorPointer(4, GL_DOUBLE, 0, Colors.data());
+    gl.DrawArrays(GL_TRIANGLES, 0, static_cast<int>(Positions.size() / 3));
+  }
+
+private:
+  template <class TNext> static double Channel(const TLook& look, int channel, const TNext& next) {
+    if (channel == 3 && look.Alpha < 2) {
+      return look.Alpha == 0 ? 1.0 : 0.3;
+    }
+    const double value = look.Colour == 0 ? next(0, 1) : next(-1, 2);
+    return look.Colour == 2 && value > 1.9 ? std::numeric_limits<double>::quiet_NaN() : value;
+  }
+
+  std::vector<double> Positions;
+  std::vector<double> Colors;
+};
+
+TEST_F(SpanRows, TrianglesOfEverySizeAndLook) {
+  constexpr unsigned int kDepths[] = {0, GL_LESS, GL_LEQUAL, GL_GREATER, GL_NOTEQUAL};
+  for (const double side : {1.5, 5.0, 9.0, 17.0, 30.0, 140.0}) {
+    for (int i = 0; i < 2 * 3 * 3 * 5 * 2; ++i) {
+      const TLook look = {i % 2 != 0, i / 2 % 3, i / 6 % 3, kDepths[i / 18 % 5], i / 90 != 0};
+      const TShapes shapes(40, side, look);
+      for (const bool arrays : {false, true}) {
+        Expect("side " + std::to_string(side) + ", look " + std::to_string(i) +
+                   (arrays ? ", arrays" : ""),
+               [&](TRenderCPU& gl) {
+                 if (look.Perspective) { // w is z, and depth runs from z - 1
+                   constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0,  0,
+                                                     0, 0, 1, 1, 0, 0, -1, 0};
+                   gl.MatrixMode(GL_PROJECTION);
+                   gl.LoadMatrixd(kDepthIsW);
+                 }
+                 gl.EnableDepthTest(look.Depth != 0);
+                 if (look.Depth != 0) {
+                   gl.DepthFunc(look.Depth);
+                 }
+                 gl.DepthMask(look.Write ? 1 : 0);
+                 arrays ? shapes.ByArrays(gl) : shapes.ByVertex(gl);
+               });
+      }
+    }
+  }
+}
+
+void DrawSlope(TRenderCPU& gl, double left, double right) {
+  gl.EnableDepthTest(true);
+  gl.DepthFunc(GL_LEQUAL);
+  gl.DepthMask(1);
+  gl.Begin(GL_QUADS);
+  gl.Vertex3d(-1, -1, 2 * left - 1);
+  gl.Vertex3d(1, -1, 2 * right - 1);
+  gl.Vertex3d(1, 1, 2 * right - 1);
+  gl.Vertex3d(-1, 1, 2 * left - 1);
+  gl.End();
+}
+
+// Depths that would lie just between two floats at every pixel, if nothing were rounded on the way:
+// what is rounded decides which float it becomes, and so the least error would show.
+TEST_F(SpanRows, DepthsBetweenTwoFloats) {
+  constexpr double kUlp = 1.0 / (1 << 24); // of floats from 0.5 to 1
+  for (int i = 0; i < 64; ++i) {
+    const double middle = 0.5 + (i * 1000 + 0.5) * kUlp;
+    for (const double step : {0.0, 1.0, 7.0, 63.0, 40001.0, 52347.0}) { // from pixel to pixel
+      for (const double off : {0.0, 1e-16, -1e-16}) {
+        const double left = middle - 0.5 * step * kUlp + off;
+        Expect("middle " + std::to_string(i) + ", step " + std::to_string(step),
+               [&](TRenderCPU& gl) { DrawSlope(gl, left, left + kWidth * step * kUlp); });
+      }
+    }
+  }
+}
+
+// Tiny depths, where the margin of the proof ends, and a fragment depth of -0.
+TEST_F(SpanRows, DepthsNextToZero) {
+  for (const double z : {0.0, 1e-12, 1e-25, 1e-300, -1e-25, 5e-324}) {
+    for (const double slope : {0.0, 1e-21, 1e-30, -1e-30, 0.25}) {
+      Expect("z " + std::to_string(z), [&](TRenderCPU& gl) { DrawSlope(gl, z, z + slope); });
+    }
+  }
+}
+
+// Whole runs of stencil bytes: every function and operation, with masks, over a surface that holds
+// all kinds of bytes and depths that let half of the pixels pass.
+TEST_F(SpanRows, StencilOfWholeRuns) {
+  constexpr unsigned int kOperations[] = {GL_KEEP,      GL_ZERO, GL_REPLACE,   GL_INCR,
+                                          GL_INCR_WRAP, GL_DECR, GL_DECR_WRAP, GL_INVERT};
+  for (unsigned int func = GL_NEVER; func <= GL_ALWAYS; ++func) {
+    for (std::size_t op = 0; op < 8; ++op) {
+      for (const unsigned int mask : {0xFFu, 0x5Au}) {
+        Expect("function " + std::to_string(func) + ", operation " + std::to_string(op),
+               [&](TRenderCPU& gl) {
+                 for (int y = 0; y < kHeight; ++y) {
+                   for (int x = 0; x < kWidth; ++x) {
+                     *TScene::At(*gl.m_StencilSurface, x, y) =
+                         static_cast<std::uint8_t>(x * 7 + y * 31);
+                   }
+                 }
+                 gl.Enable(GL_STENCIL_TEST);
+                 gl.StencilFunc(func, 0x80, mask);
+                 gl.StencilMask(mask);
+                 gl.StencilOp(kOperations[op], kOperations[(op + 3) % 8],
+                              kOperations[(op + 5) % 8]);
+                 gl.EnableDepthTest(true);
+                 gl.DepthFunc(GL_LESS);
+                 gl.DepthMask(1);
+                 gl.Begin(GL_QUADS);
+                 gl.Color4d(1, 0.5, 0.25, 1);
+                 gl.Vertex3d(-1, -1, -0.9);
+                 gl.Color4d(0, 1, 0.25, 1);
+                 gl.Vertex3d(1, -1, 0.9);
+                 gl.Vertex3d(1, 1, 0.9);
+                 gl.Vertex3d(-1, 1, -0.9);
+                 gl.End();
+               });
+      }
+    }
+  }
+}
+
+// An array draw leaves its last colour to the end: faces that follow without a pixel, culled or
+// hidden, and the way they face, change nothing of it.
+TEST_F(SpanRows, TheLastColourOfAnArrayDraw) {
+  const double positions[] = {-0.9, -0.9, 0,   0.9, -0.9, 0,   0,   0.9, 0,   // drawn, in front
+                              -0.5, -0.5, 0.9, 0,   0.5,  0.9, 0.5, 0,   0.9, // hidden, back
+                              -0.5, -0.5, -2,  0,   0.5,  -2,  0.5, 0,   -2}; // outside
+  const double colors[] = {1, 0, 0, 0, 1, 0, 0, 0, 1, 1, 1, 1, 1, 1,
+                           1, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+  for (const int count : {3, 6, 9}) {
+    for (const bool lit : {false, true}) {
+      Expect("count " + std::to_string(count), [&](TRenderCPU& gl) {
+        gl.EnableDepthTest(true);
+        gl.DepthFunc(GL_LESS);
+        gl.DepthMask(1);
+        if (lit) {
+          const float ambient[4] = {0.5f, 0.25f, 0.125f, 1};
+          gl.Enable(GL_LIGHTING);
+          gl.Enable(GL_LIGHT0);
+          gl.LightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
+          gl.Materialfv(GL_BACK, GL_AMBIENT, ambient);
+        }
+        gl.EnableClientState(GL_VERTEX_ARRAY);
+        gl.EnableClientState(GL_COLOR_ARRAY);
+        gl.VertexPointer(3, GL_DOUBLE, 0, positions);
+        gl.ColorPointer(3, GL_DOUBLE, 0, colors);
+        gl.DrawArrays(GL_TRIANGLES, 0, count);
+      });
+    }
+  }
+}
+
+} // namespace
