@@ -26,7 +26,8 @@ HWY_INLINE HWY_ATTR hn::Mask<DFU> WideMaskOfBits(std::uint64_t bits) {
   return hn::LoadMaskBits(DFU(), bytes);
 }
 
-// The bytes of a channel; `sure` loses the pixels for which they may not be those of the exact way.
+// The bytes of a channel, below bits that the shift of any channel but the first moves out; `sure`
+// loses the pixels for which they may not be those of the exact way.
 template <class D, class TMask>
 HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>> NearByte(D d, hn::Vec<D> value, bool clamp,
                                                                  hn::Vec<D> margin, TMask* sure) {
@@ -39,7 +40,7 @@ HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>> NearByte(D d, hn::Vec<D>
   const auto low = hn::Add(hn::Sub(value, margin), whole);
   const auto high = hn::Add(hn::Add(value, margin), whole);
   *sure = hn::And(*sure, hn::RebindMask(hn::RebindToSigned<D>(), hn::Eq(low, high)));
-  return hn::And(hn::BitCast(du, low), hn::Set(du, 255u));
+  return hn::BitCast(du, low);
 }
 
 // Packed colours of two groups at t; those in `live` exist. False if the exact way is needed.
@@ -67,8 +68,9 @@ HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
     if (slots.Secondary >= 0) {
       value = hn::Add(value, valueOf(floats.SecondaryBegin[i], floats.SecondaryDelta[i]));
     }
-    const VFU byte = NearByte(d, value, job.Clamp, margin, &sure);
-    *packed = hn::Or(*packed, hn::ShiftLeftSame(byte, 8 * i));
+    VFU byte = NearByte(d, value, job.Clamp, margin, &sure);
+    byte = i == 0 ? hn::And(byte, hn::Set(DFU(), 255u)) : hn::ShiftLeftSame(byte, 8 * i);
+    *packed = hn::Or(*packed, byte);
   }
   return hn::AllFalse(di, hn::AndNot(sure, hn::RebindMask(di, live)));
 }

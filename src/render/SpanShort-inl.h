@@ -145,7 +145,8 @@ HWY_INLINE HWY_ATTR VU NearColors(const TSpanJob& job, const TNearRows& near, in
     const VF value = kPerspective ? hn::Mul(valueOf(i), q) : valueOf(i);
     return NearByte(df, value, job.Clamp, margin, sure);
   };
-  const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
+  const VU r = hn::And(byteOf(0), hn::Set(DU(), 255u));
+  const VU rg = hn::Or(r, hn::ShiftLeft<8>(byteOf(1)));
   const VU b = hn::ShiftLeft<16>(byteOf(2));
   const VU a = kConstAlpha ? hn::Set(DU(), job.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
   return hn::Or(rg, hn::Or(b, a));

@@ -159,8 +159,8 @@ inline HWY_ATTR bool SetNearValues(const TRow& row, int x, int count, TRunValues
   const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
   const VD margin = hn::Set(d, reach * kDepthMargin);
   hn::Mask<DF> sure = hn::Eq(hn::Zero(df), hn::Zero(df));
-  for (int i = 0; i < count; i += kLanes) {
-    const VD column = hn::Iota(d, static_cast<double>(x + i));
+  VD column = hn::Iota(d, static_cast<double>(x));
+  for (int i = 0; i < count; i += kLanes, column = hn::Add(column, hn::Set(d, kLanes))) {
     const VD t = hn::Mul(hn::Sub(column, from), perPixel);
     hn::Store(hn::DemoteTo(df, t), df, values->Near + i);
     const VD depth = hn::Add(hn::Mul(delta, t), begin);
