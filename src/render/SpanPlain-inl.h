@@ -43,10 +43,11 @@ HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>> NearByte(D d, hn::Vec<D>
   return hn::BitCast(du, low);
 }
 
-// Packed colours of two groups at t; those in `live` exist. False if the exact way is needed.
+// Packed colours of two groups at t; those in `live` exist. The pixels that need the exact way.
 template <bool kPerspective>
-HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
-                                   const TRowFloats& floats, VFF t, MFF live, VFU* packed) {
+HWY_INLINE HWY_ATTR hn::Mask<DFU> WideBytes(const TSpanJob& job, const TRowSlots& slots,
+                                            const TRowFloats& floats, VFF t, MFF live,
+                                            VFU* packed) {
   const DFF d;
   VFF q = t;
   if constexpr (kPerspective) {
@@ -72,7 +73,7 @@ HWY_INLINE HWY_ATTR bool WideBytes(const TSpanJob& job, const TRowSlots& slots,
     byte = i == 0 ? hn::And(byte, hn::Set(DFU(), 255u)) : hn::ShiftLeftSame(byte, 8 * i);
     *packed = hn::Or(*packed, byte);
   }
-  return hn::AllFalse(di, hn::AndNot(sure, hn::RebindMask(di, live)));
+  return hn::RebindMask(DFU(), hn::AndNot(sure, hn::RebindMask(di, live)));
 }
 
 struct TRunPixels {
@@ -81,17 +82,24 @@ struct TRunPixels {
   TRunValues Values;
 };
 
-// The exact colours of two groups of a run, from the pixel numbered `i` on.
+// Two groups from column x on, of which those that have an unsure pixel get their exact colours.
 template <bool kPerspective>
 HWY_NOINLINE HWY_ATTR VFU UnsureWideColors(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, int x) {
-  HWY_ALIGN std::uint32_t exact[kWideLanes];
+                                           const TRow& row, int x, hn::Mask<DFU> unsure,
+                                           VFU packed) {
+  HWY_ALIGN std::uint32_t colors[kWideLanes];
+  hn::Store(packed, DFU(), colors);
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(DFU(), unsure, bits);
+  const unsigned int all = bits[0] | static_cast<unsigned int>(bits[1]) << 8;
   for (int k = 0; k < kWideLanes; k += kLanes) {
-    const VU packed =
-        UnsureColors<TTexelSource::None, kPerspective>(job, slots, row, ColumnT(row, x + k));
-    hn::Store(packed, DU(), exact + k);
+    if ((all >> k & FirstBits(kLanes)) != 0) {
+      const VU exact =
+          UnsureColors<TTexelSource::None, kPerspective>(job, slots, row, ColumnT(row, x + k));
+      hn::Store(exact, DU(), colors + k);
+    }
   }
-  return hn::Load(DFU(), exact);
+  return hn::Load(DFU(), colors);
 }
 
 // Draws the colours of a run, without blending and colour mask.
@@ -111,9 +119,10 @@ HWY_INLINE HWY_ATTR void DrawPlainColors(const TSpanJob& job, const TRowSlots& s
     VFU packed = constant;
     if (job.ConstMask != 15) {
       const VFF t = hn::Load(df, run.Values.Near + i);
-      if (HWY_UNLIKELY(!WideBytes<kPerspective>(job, slots, *row.Floats, t,
-                                                hn::RebindMask(df, live), &packed))) {
-        packed = UnsureWideColors<kPerspective>(job, slots, row, run.X + i);
+      const hn::Mask<DFU> unsure =
+          WideBytes<kPerspective>(job, slots, *row.Floats, t, hn::RebindMask(df, live), &packed);
+      if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
+        packed = UnsureWideColors<kPerspective>(job, slots, row, run.X + i, unsure, packed);
       }
     }
     if constexpr (kMaskedAccess) {
