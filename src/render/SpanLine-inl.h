@@ -60,15 +60,8 @@ template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
                                              const TRow& row, const TLineRun& run) {
   const DD d;
-  const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
-  const auto targetsAt = [&](int x) {
-    TGroupTargets to;
-    to.Color = reinterpret_cast<std::uint32_t*>(job.Color + run.Y * job.ColorRowStride) + x;
-    to.Depth = reinterpret_cast<float*>(job.Depth + run.Y * job.DepthRowStride) + x;
-    to.Stencil = kStencil ? job.Stencil + run.Y * job.StencilRowStride + x : nullptr;
-    return to;
-  };
+  const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
   if (kTexels == TTexelSource::None && !job.DepthWrite && IsFill(job, row)) {
     FillRun(hn::ScalableTag<std::uint32_t>(), job.ConstColor, targetsAt(run.First).Color,
             static_cast<std::size_t>(run.Last - run.First + 1));
@@ -76,12 +69,12 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
     return {last, last};
   }
   TRowResult result = {-1, -1};
-  const MI all = hn::Eq(hn::Zero(di), hn::Zero(di));
   int x = run.First;
   for (; x + lanes - 1 <= run.Last; x += lanes) {
     const VD t = LineT(row, 0, hn::Iota(d, static_cast<double>(x)));
-    NoteRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, all, targetsAt(x)),
-                 x, run.Leftward, &result);
+    NoteRunGroup(
+        DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, kLanes, targetsAt(x)), x,
+        run.Leftward, &result);
   }
   if (x > run.Last) {
     return result;

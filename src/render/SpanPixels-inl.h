@@ -32,85 +32,6 @@ struct TGroupResult {
   unsigned int Shaded;
 };
 
-HWY_INLINE HWY_ATTR MI StencilMask(const TSpanJob& job, VI stored) {
-  const DI di;
-  const VI ref = hn::Set(di, job.StencilRef & job.StencilValueMask);
-  const VI value = hn::And(stored, hn::Set(di, job.StencilValueMask));
-  switch (job.StencilFunc + GL_NEVER) {
-  case GL_NEVER:
-    return hn::MaskFromVec(hn::Zero(di));
-  case GL_LESS:
-    return hn::Lt(ref, value);
-  case GL_EQUAL:
-    return hn::Eq(ref, value);
-  case GL_LEQUAL:
-    return hn::Not(hn::Gt(ref, value));
-  case GL_GREATER:
-    return hn::Gt(ref, value);
-  case GL_NOTEQUAL:
-    return hn::Ne(ref, value);
-  case GL_GEQUAL:
-    return hn::Not(hn::Lt(ref, value));
-  default:
-    return hn::Eq(hn::Zero(di), hn::Zero(di));
-  }
-}
-
-HWY_INLINE HWY_ATTR VI StencilStep(const TSpanJob& job, std::uint8_t step, VI stored) {
-  const DI di;
-  const VI mask = hn::Set(di, job.StencilWriteMask);
-  const VI inside = hn::And(stored, mask);
-  const VI one = hn::Set(di, 1);
-  VI value = stored;
-  switch (step) {
-  case kStencilKeep:
-    return stored;
-  case kStencilZero:
-    value = hn::Zero(di);
-    break;
-  case kStencilReplace:
-    value = hn::Set(di, job.StencilRef);
-    break;
-  case kStencilIncr:
-    value = hn::Min(hn::Add(inside, one), hn::Set(di, 255));
-    break;
-  case kStencilIncrWrap:
-    value = hn::Add(inside, one);
-    break;
-  case kStencilDecr:
-    value = hn::Max(hn::Sub(inside, one), hn::Zero(di));
-    break;
-  default: // kStencilInvert
-    return hn::Xor(stored, mask);
-  }
-  return hn::Or(hn::And(value, mask), hn::AndNot(mask, stored));
-}
-
-using D8 = hn::Rebind<std::uint8_t, DD>;
-
-HWY_INLINE HWY_ATTR hn::Mask<D8> ByteMask(MI mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DI(), mask, bits);
-  return hn::LoadMaskBits(D8(), bits);
-}
-
-HWY_INLINE HWY_ATTR VI LoadStencil(MI live, const unsigned char* stencil) {
-  if constexpr (kMaskedAccess) {
-    return hn::PromoteTo(DI(), hn::MaskedLoad(ByteMask(live), D8(), stencil));
-  } else {
-    return hn::PromoteTo(DI(), hn::LoadU(D8(), stencil));
-  }
-}
-
-HWY_INLINE HWY_ATTR void StoreStencil(VI values, MI live, unsigned char* stencil) {
-  const hn::Vec<D8> bytes = hn::DemoteTo(D8(), values);
-  if constexpr (kMaskedAccess) {
-    hn::BlendedStore(bytes, ByteMask(live), D8(), stencil);
-  } else {
-    hn::StoreU(bytes, D8(), stencil);
-  }
-}
-
 // What pixels become: blended with what was before, and within the colour mask.
 HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
   if (job.Blend) {
@@ -126,59 +47,54 @@ HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
   return packed;
 }
 
-// One group of pixels at t; only those in `live` exist.
+// The stages of a run for one group of pixels at t, of which the first `count` exist. Unless access
+// is by masks there is memory for all lanes.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD t, MI live,
+                                           const TRow& row, VD t, int count,
                                            const TGroupTargets& to) {
-  const DI di;
   const DU du;
   const DF df;
-  TGroupResult result = {0, 0};
-
-  MI pass = live;
-  VI stencil = hn::Zero(di);
+  const std::uint64_t live = FirstBits(count);
+  const auto bytes = static_cast<std::size_t>(kMaskedAccess ? count : kLanes);
+  std::uint64_t tested = live;
+  TStencilRun stencil;
   if constexpr (kStencil) {
-    stencil = LoadStencil(live, to.Stencil);
-    pass = hn::And(live, StencilMask(job, stencil));
-    if (job.StencilFail != kStencilKeep) {
-      const MI failed = hn::AndNot(pass, live);
-      stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilFail, stencil), stencil);
-    }
+    std::memcpy(stencil.Values, to.Stencil, bytes);
+    tested &= StencilBits(job, stencil);
   }
-  result.Stencil = BitsOf(pass);
-
+  std::uint64_t shaded = tested;
   if (job.DepthTest || job.DepthWrite) {
+    const MI alive = MaskOfBits(live);
+    MI pass = MaskOfBits(tested);
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     if (job.AddOffset) {
       depth = hn::Add(depth, hn::Set(df, job.Offset));
     }
-    const VF stored = LoadLive(df, live, to.Depth);
+    const VF stored = LoadLive(df, alive, to.Depth);
     if (job.DepthTest) {
-      const MI shaded =
-          hn::And(pass, hn::RebindMask(di, DepthMask(df, job.DepthFunc, depth, stored)));
-      if (kStencil && job.StencilZFail != kStencilKeep) {
-        const MI failed = hn::AndNot(shaded, pass);
-        stencil = hn::IfThenElse(failed, StencilStep(job, job.StencilZFail, stencil), stencil);
-      }
-      pass = shaded;
+      const auto passes = DepthMask(df, job.DepthFunc, depth, stored);
+      pass = hn::And(pass, hn::RebindMask(DI(), passes));
+      shaded = BitsOf(pass);
     }
     if (job.DepthWrite) {
       StoreLive(df, depth, stored, pass, to.Depth);
     }
   }
   if constexpr (kStencil) {
-    stencil = hn::IfThenElse(pass, StencilStep(job, job.StencilZPass, stencil), stencil);
-    StoreStencil(stencil, live, to.Stencil);
+    StepStencils(job, live, tested, shaded, &stencil);
+    std::memcpy(to.Stencil, stencil.Values, bytes);
   }
-  result.Shaded = BitsOf(pass);
-  if (result.Shaded == 0 || job.ColorMask == 0) {
+  const TGroupResult result = {static_cast<unsigned int>(tested),
+                               static_cast<unsigned int>(shaded)};
+  if (shaded == 0 || job.ColorMask == 0) {
     return result;
   }
 
+  const MI pass = MaskOfBits(shaded);
   VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
   if (!kMaskedAccess || job.Blend || job.ColorMask != 15) {
-    const VU before = LoadLive(du, live, to.Color);
+    const VU before = LoadLive(du, pass, to.Color);
     packed = OutputColors(job, packed, before);
     StoreLive(du, packed, before, pass, to.Color);
   } else {
@@ -228,7 +144,7 @@ HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlo
                                               const TRow& row, const double* t, std::size_t count,
                                               TGroupCopies* copies) {
   const VD at = hn::Load(DD(), t);
-  const MI live = hn::FirstN(DI(), count);
+  const int live = static_cast<int>(count);
   if (job.Stencil != nullptr) {
     return DrawGroup<kTexels, kPerspective, true>(job, slots, row, at, live,
                                                   {copies->Color, copies->Depth, copies->Stencil});
@@ -263,7 +179,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
                                                   const TRow& row, VD t, std::size_t count,
                                                   const TGroupTargets& to) {
   if constexpr (kMaskedAccess) {
-    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, hn::FirstN(DI(), count),
+    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, static_cast<int>(count),
                                                       to);
   } else {
     const DU du;
@@ -425,9 +341,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
   }
   if (kStencil) {
-    StepStencils(job, job.StencilFail, live & ~tested, &stencil);
-    StepStencils(job, job.StencilZFail, tested & ~shaded, &stencil);
-    StepStencils(job, job.StencilZPass, shaded, &stencil);
+    StepStencils(job, live, tested, shaded, &stencil);
     std::memcpy(to.Stencil, stencil.Values, static_cast<std::size_t>(count));
   }
   if (tested != 0) {

@@ -336,8 +336,8 @@ HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, std::uint8_t step, VB s
 }
 
 // Takes a step at the pixels of a set.
-inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint8_t step, std::uint64_t pixels,
-                                  TStencilRun* run) {
+inline HWY_ATTR void StepStencil(const TSpanJob& job, std::uint8_t step, std::uint64_t pixels,
+                                 TStencilRun* run) {
   if (step == kStencilKeep || pixels == 0) {
     return;
   }
@@ -349,6 +349,14 @@ inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint8_t step, std::u
     const auto chosen = hn::LoadMaskBits(db, bits + i / 8);
     hn::Store(hn::IfThenElse(chosen, StencilValue(job, step, stored), stored), db, run->Values + i);
   }
+}
+
+// The steps of those of `live` that fail the stencil test, fail the depth test, and pass both.
+inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint64_t live, std::uint64_t tested,
+                                  std::uint64_t shaded, TStencilRun* run) {
+  StepStencil(job, job.StencilFail, live & ~tested, run);
+  StepStencil(job, job.StencilZFail, tested & ~shaded, run);
+  StepStencil(job, job.StencilZPass, shaded, run);
 }
 
 } // namespace HWY_NAMESPACE
