@@ -31,6 +31,16 @@ inline HWY_ATTR bool HasShortWay(const TSpanJob& job, const TRowSlots& slots) {
          (job.ConstMask == 0 || job.ConstMask == 8);
 }
 
+// Pixels put together from the bytes of their channels; of alpha's nothing is asked if it is the
+// same throughout. Above the first byte there may be nothing; from the others the shift takes it.
+template <bool kConstAlpha, class TByteOf>
+HWY_INLINE HWY_ATTR VU ShortPixels(const TSpanJob& job, const TByteOf& byteOf) {
+  const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
+  const VU b = hn::ShiftLeft<16>(byteOf(2));
+  const VU a = kConstAlpha ? hn::Set(DU(), job.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
+  return hn::Or(rg, hn::Or(b, a));
+}
+
 // The bytes of the channels, alpha among them unless it is the same throughout.
 template <bool kPerspective, bool kConstAlpha>
 HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& row, VD t) {
@@ -43,10 +53,7 @@ HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& r
   const auto byteOf = [&](int i) HWY_ATTR {
     return ChannelByte(Interpolated<kPerspective>(row, place + i, t, q), job.Clamp);
   };
-  const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
-  const VU b = hn::ShiftLeft<16>(byteOf(2));
-  const VU a = kConstAlpha ? hn::Set(DU(), job.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
-  return hn::Or(rg, hn::Or(b, a));
+  return ShortPixels<kConstAlpha>(job, byteOf);
 }
 
 // Draws a group of a row, up to a vector of pixels. Which of them were shaded, as bits.
@@ -143,13 +150,10 @@ HWY_INLINE HWY_ATTR VU NearColors(const TSpanJob& job, const TNearRows& near, in
   const VF margin = hn::Set(df, near.Margin[lane]);
   const auto byteOf = [&](int i) HWY_ATTR {
     const VF value = kPerspective ? hn::Mul(valueOf(i), q) : valueOf(i);
-    return NearByte(df, value, job.Clamp, margin, sure);
+    const VU byte = NearByte(df, value, job.Clamp, margin, sure);
+    return i == 0 ? hn::And(byte, hn::Set(DU(), 255u)) : byte;
   };
-  const VU r = hn::And(byteOf(0), hn::Set(DU(), 255u));
-  const VU rg = hn::Or(r, hn::ShiftLeft<8>(byteOf(1)));
-  const VU b = hn::ShiftLeft<16>(byteOf(2));
-  const VU a = kConstAlpha ? hn::Set(DU(), job.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
-  return hn::Or(rg, hn::Or(b, a));
+  return ShortPixels<kConstAlpha>(job, byteOf);
 }
 
 template <bool kPerspective, bool kConstAlpha>

@@ -10,6 +10,8 @@
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
+#include "Scene.h"
+
 namespace zxtest {
 
 namespace {
@@ -64,37 +66,7 @@ public:
 
   void Call();
 
-  std::vector<unsigned char> Left() {
-    std::vector<unsigned char> bytes;
-    const auto append = [&bytes](const void* data, std::size_t size) {
-      const auto* const from = static_cast<const unsigned char*>(data);
-      bytes.insert(bytes.end(), from, from + size);
-    };
-    for (const TDataSurface* surface :
-         {m_Gl.GetColorSurface(), m_Gl.GetDepthSurface(), m_Gl.GetStencilSurface()}) {
-      append(surface->Data, surface->DataSize);
-    }
-    append(&m_Gl.m_Fragment.Color, sizeof m_Gl.m_Fragment.Color);
-    append(&m_Gl.m_Fragment.X, sizeof(int));
-    append(&m_Gl.m_Fragment.Y, sizeof(int));
-    append(&m_Gl.m_Fragment.Depth, sizeof(float));
-    append(&m_Gl.m_Fragment.FrontFacing, sizeof(bool));
-    append(m_Gl.m_VarCur, sizeof m_Gl.m_VarCur);
-    append(m_Gl.m_VarSaved, sizeof m_Gl.m_VarSaved);
-    append(&m_Gl.m_StripIndex, sizeof(int));
-    append(&m_Gl.m_VertexIndex, sizeof(int));
-    append(&m_Gl.m_Pending, sizeof(int));
-    append(&m_Gl.m_CurVertex, sizeof m_Gl.m_CurVertex);
-    append(&m_Gl.m_CurNormal, sizeof m_Gl.m_CurNormal);
-    append(&m_Gl.m_CurColor, sizeof m_Gl.m_CurColor);
-    append(&m_Gl.m_CurTexCoord, sizeof m_Gl.m_CurTexCoord);
-    append(m_Gl.m_CurAttrib, sizeof m_Gl.m_CurAttrib);
-    if (!m_Gl.m_InBeginEnd) {
-      append(&m_Gl.m_VarFragment, sizeof m_Gl.m_VarFragment);
-    }
-    append(&m_Gl.m_Error, sizeof m_Gl.m_Error);
-    return bytes;
-  }
+  std::vector<unsigned char> Left() { return zx_test::EverythingLeft(m_Gl); }
 
 private:
   int Pick(int n) { return static_cast<int>(m_Random() % static_cast<unsigned>(n)); }

@@ -117,6 +117,36 @@ inline std::vector<std::uint8_t> AllBytes(const Zx3D::TRenderCPU& r) {
   return all;
 }
 
+/// All that a later call, or a caller who looks, can find: the surfaces, the records of drawing,
+/// the current values, a pending error.
+inline std::vector<std::uint8_t> EverythingLeft(const Zx3D::TRenderCPU& r) {
+  std::vector<std::uint8_t> all = AllBytes(r);
+  const auto append = [&all](const auto& value) {
+    const auto* const from = reinterpret_cast<const std::uint8_t*>(&value);
+    all.insert(all.end(), from, from + sizeof value);
+  };
+  append(r.m_Fragment.Color);
+  append(r.m_Fragment.X);
+  append(r.m_Fragment.Y);
+  append(r.m_Fragment.Depth);
+  append(r.m_Fragment.FrontFacing);
+  if (!r.m_InBeginEnd) { // within, it is worked out when something reads it
+    append(r.m_VarFragment);
+  }
+  append(r.m_VarCur);
+  append(r.m_VarSaved);
+  append(r.m_VertexIndex);
+  append(r.m_StripIndex);
+  append(r.m_Pending);
+  append(r.m_CurVertex);
+  append(r.m_CurNormal);
+  append(r.m_CurColor);
+  append(r.m_CurTexCoord);
+  append(r.m_CurAttrib);
+  append(r.m_Error);
+  return all;
+}
+
 /// Two triangles over the whole clip square at depth `z`, counter-clockwise, in the current colour.
 inline void DrawFullQuad(Zx3D::TRenderCPU& r, double z = 0.0) {
   r.Begin(GL_QUADS);

@@ -9,13 +9,11 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/render/SpanJob.h"
-#include "Scene.h"
+#include "LevelTest.h"
 
 namespace {
 
 using Zx3D::TRenderCPU;
-using zx_test::TScene;
 
 constexpr int kWidth = 83; // whole groups at every level, and a rest
 constexpr int kHeight = 21;
@@ -59,30 +57,17 @@ void SetTexture(TRenderCPU& gl, int width, int height, unsigned int filter) {
   gl._EnableTexture2D(0, true);
 }
 
-std::vector<unsigned char> RunAt(const char* level, const std::function<void(TRenderCPU&)>& draw) {
-  Zx3D::LimitSpanLevel(level);
-  TScene scene(kWidth, kHeight);
-  scene->ClearColor(0.25f, 0.5f, 0.75f, 0.5f);
-  scene->Clear(GL_COLOR_BUFFER_BIT);
-  draw(*scene);
-  const TDataSurface* const surface = scene->GetColorSurface();
-  std::vector<unsigned char> left(surface->Data, surface->Data + surface->DataSize);
-  const auto* const color = reinterpret_cast<const unsigned char*>(&scene->m_Fragment.Color);
-  left.insert(left.end(), color, color + sizeof scene->m_Fragment.Color);
-  return left;
-}
-
-class SpanBytes : public testing::Test {
+class SpanBytes : public zx_test::TLevelTest {
 protected:
-  ~SpanBytes() override { Zx3D::LimitSpanLevel(nullptr); }
+  SpanBytes() : TLevelTest(kWidth, kHeight) {}
 
-  void Expect(const std::string& what, const std::function<void(TRenderCPU&)>& draw) {
-    const std::vector<unsigned char> plain = RunAt("plain", draw);
-    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
-      if (Zx3D::LimitSpanLevel(level)) {
-        EXPECT_EQ(plain, RunAt(level, draw)) << level << ", " << what;
-      }
-    }
+  // Onto a colour with four different channels.
+  void Expect(const std::string& what, const TDraw& draw) {
+    TLevelTest::Expect(what, [&draw](TRenderCPU& gl) {
+      gl.ClearColor(0.25f, 0.5f, 0.75f, 0.5f);
+      gl.Clear(GL_COLOR_BUFFER_BIT);
+      draw(gl);
+    });
   }
 };
 

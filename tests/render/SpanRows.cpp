@@ -10,8 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/render/SpanJob.h"
-#include "Scene.h"
+#include "LevelTest.h"
 
 namespace {
 
@@ -21,37 +20,17 @@ using zx_test::TScene;
 constexpr int kWidth = 150; // two whole runs of 64 pixels and a rest
 constexpr int kHeight = 37;
 
-template <class T> void Append(const T& value, std::vector<unsigned char>* out) {
-  const auto* const bytes = reinterpret_cast<const unsigned char*>(&value);
-  out->insert(out->end(), bytes, bytes + sizeof value);
-}
-
-std::vector<unsigned char> RunAt(const char* level, const std::function<void(TRenderCPU&)>& draw) {
-  Zx3D::LimitSpanLevel(level);
-  TScene scene(kWidth, kHeight);
-  scene.Reset(0.75f);
-  draw(*scene);
-  std::vector<unsigned char> left = zx_test::AllBytes(*scene);
-  Append(scene->m_Fragment.Color, &left);
-  Append(scene->m_Fragment.Depth, &left);
-  Append(scene->m_Fragment.X, &left);
-  Append(scene->m_Fragment.Y, &left);
-  Append(scene->m_Fragment.FrontFacing, &left);
-  Append(scene->m_VarFragment, &left);
-  return left;
-}
-
-class SpanRows : public testing::Test {
+class SpanRows : public zx_test::TLevelTest {
 protected:
-  ~SpanRows() override { Zx3D::LimitSpanLevel(nullptr); }
+  SpanRows() : TLevelTest(kWidth, kHeight) {}
 
-  void Expect(const std::string& what, const std::function<void(TRenderCPU&)>& draw) {
-    const std::vector<unsigned char> plain = RunAt("plain", draw);
-    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
-      if (Zx3D::LimitSpanLevel(level)) {
-        EXPECT_TRUE(plain == RunAt(level, draw)) << level << ", " << what;
-      }
-    }
+  // Onto depths in the middle of the range.
+  void Expect(const std::string& what, const TDraw& draw) {
+    TLevelTest::Expect(what, [&draw](TRenderCPU& gl) {
+      gl.ClearDepth(0.75);
+      gl.Clear(false, true, false);
+      draw(gl);
+    });
   }
 };
 

@@ -14,7 +14,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include "../../src/render/SpanJob.h"
+#include "LevelTest.h"
 
 namespace {
 
@@ -26,55 +26,15 @@ constexpr int kHeight = 47;
 constexpr unsigned int kModes[] = {GL_POINTS,    GL_LINES,          GL_LINE_LOOP,    GL_LINE_STRIP,
                                    GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
 
-std::vector<unsigned char> LeftBy(const char* level,
-                                  const std::function<void(TRenderCPU*)>& scene) {
-  EXPECT_TRUE(Zx3D::LimitSpanLevel(level));
-  TRenderCPU gl;
-  gl.Create(kWidth, kHeight, nullptr);
-  gl.Clear(true, true, true);
-  scene(&gl);
-  std::vector<unsigned char> bytes;
-  const auto append = [&bytes](const void* data, std::size_t size) {
-    const auto* const from = static_cast<const unsigned char*>(data);
-    bytes.insert(bytes.end(), from, from + size);
-  };
-  for (const TDataSurface* surface :
-       {gl.GetColorSurface(), gl.GetDepthSurface(), gl.GetStencilSurface()}) {
-    append(surface->Data, surface->DataSize);
-  }
-  append(&gl.m_Fragment.Color, sizeof gl.m_Fragment.Color);
-  append(&gl.m_Fragment.X, sizeof(int));
-  append(&gl.m_Fragment.Y, sizeof(int));
-  append(&gl.m_Fragment.Depth, sizeof(float));
-  append(&gl.m_Fragment.FrontFacing, sizeof(bool));
-  append(&gl.m_VarFragment, sizeof gl.m_VarFragment);
-  append(gl.m_VarCur, sizeof gl.m_VarCur);
-  append(gl.m_VarSaved, sizeof gl.m_VarSaved);
-  append(&gl.m_VertexIndex, sizeof(int));
-  append(&gl.m_StripIndex, sizeof(int));
-  append(&gl.m_Pending, sizeof(int));
-  append(&gl.m_CurVertex, sizeof gl.m_CurVertex);
-  append(&gl.m_CurNormal, sizeof gl.m_CurNormal);
-  append(&gl.m_CurColor, sizeof gl.m_CurColor);
-  append(&gl.m_CurTexCoord, sizeof gl.m_CurTexCoord);
-  append(gl.m_CurAttrib, sizeof gl.m_CurAttrib);
-  return bytes;
-}
-
-class VertexBatches : public testing::Test {
+class VertexBatches : public zx_test::TLevelTest {
 protected:
-  ~VertexBatches() override { Zx3D::LimitSpanLevel(nullptr); }
+  VertexBatches() : TLevelTest(kWidth, kHeight) {}
 
   double Real(double low, double high) { return low + (high - low) * (m_Random() / 4294967295.0); }
 
   // Each level leaves what the plain way leaves.
   void Compare(const std::function<void(TRenderCPU*)>& scene) {
-    const std::vector<unsigned char> plain = LeftBy("plain", scene);
-    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
-      if (Zx3D::LimitSpanLevel(level)) {
-        EXPECT_TRUE(LeftBy(level, scene) == plain) << level;
-      }
-    }
+    Expect("", [&scene](TRenderCPU& gl) { scene(&gl); });
   }
 
   // Shapes of three vertices, each within `reach` of a place within -spread to spread.

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "../../src/render/SpanJob.h"
+#include "Scene.h"
+
+namespace zx_test {
+
+/// A test that draws through the plain way and at every instruction set of this processor, and
+/// compares everything left.
+class TLevelTest : public testing::Test {
+protected:
+  using TDraw = std::function<void(Zx3D::TRenderCPU&)>;
+
+  TLevelTest(int width, int height) : m_Width(width), m_Height(height) {}
+  ~TLevelTest() override { Zx3D::LimitSpanLevel(nullptr); }
+
+  void Expect(const std::string& what, const TDraw& draw) {
+    const std::vector<std::uint8_t> plain = RunAt("plain", draw);
+    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
+      if (Zx3D::LimitSpanLevel(level)) {
+        EXPECT_TRUE(plain == RunAt(level, draw)) << level << ", " << what;
+      }
+    }
+  }
+
+private:
+  std::vector<std::uint8_t> RunAt(const char* level, const TDraw& draw) {
+    EXPECT_TRUE(Zx3D::LimitSpanLevel(level));
+    const TScene scene(m_Width, m_Height);
+    scene->Clear(true, true, true);
+    draw(*scene);
+    return EverythingLeft(*scene);
+  }
+
+  int m_Width;
+  int m_Height;
+};
+
+} // namespace zx_test
