@@ -23,7 +23,7 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
   for (; covered != 0; covered &= covered - 1) {
     const int lane = __builtin_ctz(covered);
     TRow row = rows.At(lane);
-    if (job.Reach > 0.0 && SetRowFloats(job, slots, row, &floats)) {
+    if (job.Reach > 0.0 && job.ConstMask != 15 && SetRowFloats(job, slots, row, &floats)) {
       row.Floats = &floats;
     }
     const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
