@@ -74,19 +74,27 @@ bool TRenderCPU::Create(int width, int height, TRenderBase* share) {
   }
   _TakeSurfaces();
   m_Created = true;
+  const bool linked = giver == nullptr || giver == this || m_Textures != nullptr;
+  if (!_MakeDefaultProgram() || (!linked && !giver->_Share(this))) {
+    Destroy();
+    return false;
+  }
+  return true;
+}
 
-  m_DefaultProgram = new TProgramCPU;
-  auto* const vertexShader = new TStdVertexShaderCPU;
+// False if memory is exhausted.
+bool TRenderCPU::_MakeDefaultProgram() {
+  auto* const vertexShader = new (std::nothrow) TStdVertexShaderCPU;
   m_StdVertexShader = vertexShader;
-  m_DefaultProgram->SetShaderV(vertexShader);
-  auto* const fragmentShader = new TStdFragmentShaderCPU;
+  auto* const fragmentShader = new (std::nothrow) TStdFragmentShaderCPU;
   m_StdFragmentShader = fragmentShader;
+  m_DefaultProgram = new (std::nothrow) TProgramCPU;
+  if (vertexShader == nullptr || fragmentShader == nullptr || m_DefaultProgram == nullptr) {
+    return false;
+  }
+  m_DefaultProgram->SetShaderV(vertexShader);
   m_DefaultProgram->SetShaderF(fragmentShader);
   _SetProgram(m_DefaultProgram);
-
-  if (giver != nullptr && giver != this && m_Textures == nullptr) {
-    giver->_Share(this);
-  }
   return true;
 }
 
@@ -96,7 +104,10 @@ bool TRenderCPU::_Share(TRenderBase* other) {
     return false;
   }
   if (m_Textures == nullptr) {
-    m_Textures = new TTextureTable;
+    m_Textures = new (std::nothrow) TTextureTable;
+    if (m_Textures == nullptr) {
+      return false;
+    }
   }
   m_Textures->RefCount.fetch_add(1, std::memory_order_relaxed);
   taker->m_Textures = m_Textures;

@@ -281,7 +281,7 @@ public:
   bool SetSize(int width, int height);
 
   /// Lets `other` share this context's textures; false if it has textures of its own already, is
-  /// this context or is no `TRenderCPU`.
+  /// this context or is no `TRenderCPU`, or memory is exhausted.
   bool _Share(TRenderBase* other);
 
   /// Notes an error if none is pending, and calls the debug callback if it is on.
@@ -974,6 +974,7 @@ private:
   void _FinishPixel(int x, int y, float* depth, unsigned char* stencil);
   bool _TakeLinePixel(int x, int y);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
+  bool _MakeDefaultProgram();
   void _TakeSurfaces();
   TLight* _LightOf(unsigned int light);
   TBuffer* _BufferOf(unsigned int target);

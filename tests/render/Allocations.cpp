@@ -95,6 +95,40 @@ TEST(Allocations, NorDoArrays) {
   EXPECT_EQ(64 * 48, s.Painted());
 }
 
+// Whichever allocation fails, nothing is thrown, nothing is kept, and the next try succeeds.
+TEST(Allocations, CreateFailsAtEachOfItsOwn) {
+  if (!s_Available) {
+    GTEST_SKIP() << "the sanitizer has malloc for itself";
+  }
+  unsigned long failAt = 1;
+  for (bool failed = true; failed; ++failAt) {
+    const TScene giver(4, 4); // without a table of textures, so that one is made
+    auto* const taker = new TRenderCPU;
+    bool created = false;
+    long kept = 0;
+    {
+      const TMallocWatch watch(failAt);
+      created = taker->Create(16, 12, giver.Get());
+      failed = watch.Failed();
+      kept = watch.LiveBlocks();
+    }
+    EXPECT_EQ(!failed, created) << failAt;
+    EXPECT_EQ(created, taker->m_Created) << failAt;
+    if (failed) {
+      EXPECT_LE(kept, giver->m_Textures != nullptr ? 1 : 0) << failAt;
+      EXPECT_EQ(nullptr, taker->m_FrameBuffer) << failAt;
+      EXPECT_EQ(nullptr, taker->m_VertexShader) << failAt;
+      EXPECT_TRUE(taker->Create(16, 12, giver.Get())) << failAt;
+    }
+    EXPECT_EQ(giver->m_Textures, taker->m_Textures) << failAt;
+    taker->Color4d(1, 1, 1, 1);
+    DrawFullQuad(*taker);
+    EXPECT_EQ(255, *TScene::At(*taker->m_ColorSurface, 8, 6)) << failAt;
+    taker->Release();
+  }
+  EXPECT_GT(failAt, 10u);
+}
+
 TEST(Allocations, TheWatchSeesAnAllocation) {
   if (!s_Available) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
