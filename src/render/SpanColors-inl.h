@@ -52,11 +52,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
   const DD d;
-  VD q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(d, 1.0),
-                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  }
+  const VD q = PerspectiveAt<kPerspective>(row, t);
   if constexpr (kTexels == TTexelSource::None) {
     VU packed = hn::Set(DU(), job.ConstColor);
     const auto put = [&](int i, auto shift) HWY_ATTR {

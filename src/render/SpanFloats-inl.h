@@ -27,6 +27,17 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
+// What perspective multiplies by at t: the reciprocal of 1/w.
+template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
+  const DD d;
+  if constexpr (kPerspective) {
+    const VD w = hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3]));
+    return hn::Div(hn::Set(d, 1.0), w);
+  } else {
+    return t; // is not read
+  }
+}
+
 // --- The proof
 //
 // The exact way works out a channel's value v in doubles and takes the truncation of v * 255 + 0.5.
@@ -61,25 +72,24 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
 inline constexpr double kRounding = 1.0 / 16777216.0;
 inline constexpr double kMostFloatRatio = 64.0;
 
-// In units of 255 u before the last line.
-inline HWY_ATTR float FloatMargin(const TSpanJob& job, double ratio) {
-  double margin = 1.5;
+// The margin of a row with a ratio of its 1/w: `Base + Slope * ratio`.
+struct TMarginTerms {
+  double Base;
+  double Slope;
+};
+
+inline HWY_ATTR TMarginTerms MarginTermsOf(const TSpanJob& job) {
+  constexpr double kUnit = 255.0 * kRounding * 1.001;
+  TMarginTerms terms = {1.5 * kUnit, 0.0};
   if (job.Tinted) {
-    margin +=
-        job.Reach * (job.Texels == TTexelSource::None ? 9.0 * ratio + 2.0 : 5.0 * ratio + 4.0);
+    const bool texels = job.Texels != TTexelSource::None;
+    terms.Base += kUnit * job.Reach * (texels ? 4.0 : 2.0);
+    terms.Slope = kUnit * job.Reach * (texels ? 5.0 : 9.0);
   }
   if (job.Texels == TTexelSource::Linear) {
-    margin += job.Reach * 3.6;
+    terms.Base += kUnit * job.Reach * 3.6;
   }
-  return static_cast<float>(255.0 * kRounding * 1.001 * margin);
-}
-
-// The same for many rows at once, without a texture.
-HWY_INLINE HWY_ATTR VD FloatMargins(const TSpanJob& job, VD ratio) {
-  const DD d;
-  const VD slope = hn::Add(hn::Mul(hn::Set(d, 9.0), ratio), hn::Set(d, 2.0));
-  const VD margin = hn::Add(hn::Mul(hn::Set(d, job.Reach), slope), hn::Set(d, 1.5));
-  return hn::Mul(hn::Set(d, 255.0 * kRounding * 1.001), margin);
+  return terms;
 }
 
 // --- What a row has ready
@@ -114,7 +124,7 @@ inline HWY_ATTR void SetRowColors(const TSpanJob& job, const TRowSlots& slots, c
 inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                   TRowFloats* floats) {
   const int pixels = row.Last - row.First + 1;
-  if (pixels < 3 * kLanes) {
+  if (pixels < 3 * kLanes) { // making them ready would cost more than it spares
     return false;
   }
   double ratio = 1.0;
@@ -132,7 +142,8 @@ inline HWY_ATTR bool SetRowFloats(const TSpanJob& job, const TRowSlots& slots, c
     SetRowColors(job, slots, row, floats);
   }
   floats->Doubts = 3 + pixels / 64;
-  floats->Margin = FloatMargin(job, ratio);
+  const TMarginTerms margin = MarginTermsOf(job);
+  floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
   return true;
 }
 
@@ -235,11 +246,7 @@ HWY_INLINE HWY_ATTR bool ReadyTexels(const TSpanJob& job, const TRowSlots& slots
                                      VD t, TReadyTexels* ready) {
   const DD d;
   const DF df;
-  VD q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(d, 1.0),
-                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  }
+  const VD q = PerspectiveAt<kPerspective>(row, t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
   const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
   if (job.Tinted) {

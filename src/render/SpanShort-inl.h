@@ -44,16 +44,31 @@ HWY_INLINE HWY_ATTR VU ShortPixels(const TSpanJob& job, const TByteOf& byteOf) {
 // The bytes of the channels, alpha among them unless it is the same throughout.
 template <bool kPerspective, bool kConstAlpha>
 HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& row, VD t) {
-  const DD d;
-  VD q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(d, 1.0),
-                hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3])));
-  }
+  const VD q = PerspectiveAt<kPerspective>(row, t);
   const auto byteOf = [&](int i) HWY_ATTR {
     return ChannelByte(Interpolated<kPerspective>(row, place + i, t, q), job.Clamp);
   };
   return ShortPixels<kConstAlpha>(job, byteOf);
+}
+
+// Those of a group's pixels that are nearer than what is stored, which then have their depth.
+template <TShortDepth kDepth>
+HWY_INLINE HWY_ATTR MI DrawShortDepths(const TSpanJob& job, const TRow& row, int x, VF depth,
+                                       MI live) {
+  const DF df;
+  float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + x;
+  const VF stored = hn::MaskedLoad(hn::RebindMask(df, live), df, at);
+  const auto nearer = kDepth == TShortDepth::Less ? hn::Lt(depth, stored) : hn::Le(depth, stored);
+  const MI pass = hn::And(live, hn::RebindMask(DI(), nearer));
+  hn::BlendedStore(depth, hn::RebindMask(df, pass), df, at);
+  return pass;
+}
+
+HWY_INLINE HWY_ATTR void StoreShortColors(const TSpanJob& job, const TRow& row, int x, VU packed,
+                                          MI pass) {
+  const DU du;
+  hn::BlendedStore(packed, hn::RebindMask(du, pass), du,
+                   reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
 }
 
 // Draws a group of a row, up to a vector of pixels. Which of them were shaded, as bits.
@@ -61,23 +76,16 @@ template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_INLINE HWY_ATTR unsigned int DrawShortGroup(const TSpanJob& job, int place, const TRow& row,
                                                 int x) {
   const DI di;
-  const DU du;
   const DF df;
   const VD t = ColumnT(row, x);
   MI pass = hn::FirstN(di, static_cast<std::size_t>(row.Last - x + 1));
   if constexpr (kDepth != TShortDepth::None) {
-    float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + x;
     const VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
-    const VF stored = hn::MaskedLoad(hn::RebindMask(df, pass), df, at);
-    const auto nearer = kDepth == TShortDepth::Less ? hn::Lt(depth, stored) : hn::Le(depth, stored);
-    pass = hn::And(pass, hn::RebindMask(di, nearer));
-    hn::BlendedStore(depth, hn::RebindMask(df, pass), df, at);
+    pass = DrawShortDepths<kDepth>(job, row, x, depth, pass);
   }
   const unsigned int bits = BitsOf(pass);
   if (bits != 0) {
-    hn::BlendedStore(ShortColors<kPerspective, kConstAlpha>(job, place, row, t),
-                     hn::RebindMask(du, pass), du,
-                     reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
+    StoreShortColors(job, row, x, ShortColors<kPerspective, kConstAlpha>(job, place, row, t), pass);
   }
   return bits;
 }
@@ -123,7 +131,8 @@ HWY_INLINE HWY_ATTR void SetNearRows(const TSpanJob& job, const TRowSlots& slots
     const VD end = hn::Add(begin, hn::Load(d, rows.Delta[3]));
     ratio = hn::Div(hn::Max(begin, end), hn::Min(begin, end));
   }
-  const VD margin = FloatMargins(job, ratio);
+  const TMarginTerms terms = MarginTermsOf(job);
+  const VD margin = hn::Add(hn::Set(d, terms.Base), hn::Mul(hn::Set(d, terms.Slope), ratio));
   const auto steep = hn::Not(hn::Le(ratio, hn::Set(d, kMostFloatRatio)));
   hn::Store(hn::DemoteTo(df, Unsure(steep, margin)), df, near->Margin);
   hn::Store(hn::Div(one, hn::Load(d, rows.Delta[0])), d, near->Inverse);
@@ -167,7 +176,6 @@ HWY_INLINE HWY_ATTR unsigned int DrawNearGroup(const TSpanJob& job, int place, c
                                                const TNearRows& near, int lane, int x) {
   const DD d;
   const DI di;
-  const DU du;
   const DF df;
   const VD column = hn::Iota(d, static_cast<double>(x));
   const VD t = hn::Mul(hn::Sub(column, hn::Set(d, row.Begin[0])), hn::Set(d, near.Inverse[lane]));
@@ -180,11 +188,7 @@ HWY_INLINE HWY_ATTR unsigned int DrawNearGroup(const TSpanJob& job, int place, c
     if (HWY_UNLIKELY(!hn::AllFalse(di, hn::AndNot(hn::RebindMask(di, same), pass)))) {
       depth = ExactDepths(row, x);
     }
-    float* const at = reinterpret_cast<float*>(job.Depth + row.Y * job.DepthRowStride) + x;
-    const VF stored = hn::MaskedLoad(hn::RebindMask(df, pass), df, at);
-    const auto nearer = kDepth == TShortDepth::Less ? hn::Lt(depth, stored) : hn::Le(depth, stored);
-    pass = hn::And(pass, hn::RebindMask(di, nearer));
-    hn::BlendedStore(depth, hn::RebindMask(df, pass), df, at);
+    pass = DrawShortDepths<kDepth>(job, row, x, depth, pass);
   }
   const unsigned int bits = BitsOf(pass);
   if (bits != 0) {
@@ -193,8 +197,7 @@ HWY_INLINE HWY_ATTR unsigned int DrawNearGroup(const TSpanJob& job, int place, c
     if (HWY_UNLIKELY(BitsOf(sure) != bits)) {
       packed = ExactShortColors<kPerspective, kConstAlpha>(job, place, row, x);
     }
-    hn::BlendedStore(packed, hn::RebindMask(du, pass), du,
-                     reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
+    StoreShortColors(job, row, x, packed, pass);
   }
   return bits;
 }

@@ -17,13 +17,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-using MD = hn::Mask<DD>;
-
-HWY_INLINE HWY_ATTR std::uint64_t BatchBits(MD mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DD(), mask, bits);
-  return bits[0];
-}
+HWY_INLINE HWY_ATTR std::uint64_t BatchBits(MD mask) { return LaneBits(mask); }
 
 HWY_INLINE HWY_ATTR MD NoLanes() { return hn::MaskFromVec(hn::Zero(DD())); }
 
