@@ -369,6 +369,11 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   Begin(mode);
   if (_MayReplayDirectly()) {
     TSpanJob job;
+    // Whatever a function that a caller put in place may throw, the job does not outlive this call.
+    const struct TJobScope {
+      TSpanJob** Job;
+      ~TJobScope() { *Job = nullptr; }
+    } scope = {&m_DrawJob};
     m_DrawJob = mode >= GL_TRIANGLES && _SettleDraw(&job) ? &job : nullptr;
     TLightingTerms lighting;
     SettleLighting(*this, &lighting);
@@ -377,7 +382,6 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
                      : mode == GL_TRIANGLES ? _ReplayTriangles(draw, count, elementOf)
                                             : 0;
     _ReplayDirectly(draw, count, done, indexed, elementOf);
-    m_DrawJob = nullptr;
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elementOf(i);
