@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 
@@ -84,10 +85,13 @@ void TImageSurface::Attach(DATASURFACE& s) {
 
 namespace {
 
-bool _ToObject(DATASURFACE& loaded, TImageSurface** out) {
+bool _ToObject(DATASURFACE& loaded, TImageSurface** out, TZxMessage* reason) {
   TImageSurface* image = new (std::nothrow) TImageSurface;
   if (image == nullptr) {
     FreeDataSurfaceData(loaded);
+    if (reason != nullptr) {
+      *reason = TZxMessage("out of memory"); // short enough to need none
+    }
     return false;
   }
   image->AttachDataSurface(loaded);
@@ -98,13 +102,22 @@ bool _ToObject(DATASURFACE& loaded, TImageSurface** out) {
 } // namespace
 
 bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out) {
-  DATASURFACE loaded = {};
-  return ::LoadImage(name, hint, &loaded) && _ToObject(loaded, out);
+  return LoadImage(name, hint, out, nullptr);
 }
 
 bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out) {
+  return LoadImage(stream, hint, out, nullptr);
+}
+
+bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out,
+               TZxMessage* reason) {
   DATASURFACE loaded = {};
-  return ::LoadImage(stream, hint, &loaded) && _ToObject(loaded, out);
+  return ::LoadImage(name, hint, &loaded, reason) && _ToObject(loaded, out, reason);
+}
+
+bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out, TZxMessage* reason) {
+  DATASURFACE loaded = {};
+  return ::LoadImage(stream, hint, &loaded, reason) && _ToObject(loaded, out, reason);
 }
 
 } // namespace Zx3D

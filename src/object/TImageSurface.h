@@ -7,6 +7,7 @@
 #include <ZxCore3D/types/Export.h>
 #include <ZxPixelKit/DATASURFACE.h>
 
+class TZxMessage;
 class TZxStream;
 struct TSaveImageHint;
 
@@ -63,5 +64,12 @@ ZX_CORE3D_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TIma
 
 /// The same from the bytes between a stream's position and its end.
 ZX_CORE3D_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out);
+
+/// The forms that can say why: when the result is false, `*reason` becomes a phrase that stands
+/// behind the file's name and a colon. A result of true leaves it alone, and it may be null.
+ZX_CORE3D_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out,
+                             TZxMessage* reason);
+ZX_CORE3D_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out,
+                             TZxMessage* reason);
 
 } // namespace Zx3D

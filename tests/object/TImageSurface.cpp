@@ -1,5 +1,6 @@
 #include <ZxCore3D/object/TImageSurface.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
@@ -270,6 +272,20 @@ TEST(LoadImageObject, FalseLeavesTheTarget) {
   TTextStream damaged("P5 2 2 255\nabc");
   EXPECT_FALSE(Zx3D::LoadImage(&damaged, nullptr, &image));
   EXPECT_EQ(image, before);
+}
+
+TEST(LoadImageObject, SaysWhyItFailed) {
+  TImageSurface* image = nullptr;
+  TZxMessage reason("as it was");
+  EXPECT_FALSE(Zx3D::LoadImage(std::string("/nonexistent.png"), nullptr, &image, &reason));
+  EXPECT_EQ(reason.GetText(), std::strerror(ENOENT));
+  TTextStream damaged("P5 2 2 255\nabc");
+  EXPECT_FALSE(Zx3D::LoadImage(&damaged, nullptr, &image, &reason));
+  EXPECT_STREQ(reason.what(), "ends inside its picture");
+  TTextStream sound("P5 1 1 255\na");
+  ASSERT_TRUE(Zx3D::LoadImage(&sound, nullptr, &image, &reason));
+  EXPECT_STREQ(reason.what(), "ends inside its picture"); // left alone
+  image->Release();
 }
 
 TEST(TImageSurface, ExhaustedMemoryKeepsAll) {

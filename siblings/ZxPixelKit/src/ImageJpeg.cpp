@@ -36,7 +36,7 @@ bool IsJpeg(BYTES head) {
   return head.Size >= 3 && head.Data[0] == 0xFF && head.Data[1] == 0xD8 && head.Data[2] == 0xFF;
 }
 
-bool DecodeJpeg(BYTES file, PICTURE* out) {
+bool DecodeJpeg(BYTES file, PICTURE* out, REASON* why) {
   const THandle handle(tjInitDecompress());
   int width = 0;
   int height = 0;
@@ -44,10 +44,10 @@ bool DecodeJpeg(BYTES file, PICTURE* out) {
   int colors = 0;
   if (!handle || tjDecompressHeader3(handle.get(), file.Data, file.Size, &width, &height,
                                      &subsampling, &colors) != 0) {
-    return false;
+    return why->Refuse("damaged JPEG", tjGetErrorStr2(handle.get()));
   }
   const bool small = static_cast<std::int64_t>(width) * height <= kFreePixels;
-  if (!FitsBudget(width, height, small ? ~std::uint64_t{0} : kMostPixelsPerByte, file.Size)) {
+  if (!FitsBudget(width, height, small ? ~std::uint64_t{0} : kMostPixelsPerByte, file.Size, why)) {
     return false;
   }
   const bool grey = colors == TJCS_GRAY;
@@ -58,7 +58,7 @@ bool DecodeJpeg(BYTES file, PICTURE* out) {
   TBlock decoded(static_cast<std::uint8_t*>(std::malloc(pixels * pixelSize)));
   if (!decoded || tjDecompress2(handle.get(), file.Data, file.Size, decoded.get(), width, 0, height,
                                 format, kFlags) != 0) {
-    return false;
+    return why->Refuse("damaged JPEG", tjGetErrorStr2(handle.get()));
   }
   if (cmyk) {
     _CmykToRgb(decoded.get(), pixels, decoded.get());

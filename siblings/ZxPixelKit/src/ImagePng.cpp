@@ -22,20 +22,25 @@ struct PNG_READ {
   png_uint_32 Height;
   int Channels;
   int BitDepth;
+  REASON* Why;
 };
 
 // Deflate codes at most 1032 bytes in one, and a byte holds at most eight pixels.
 constexpr std::uint64_t kMostBytesPerByte = 1032;
 constexpr std::uint64_t kMostPixelsPerByte = 8 * kMostBytesPerByte;
 
-void _OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void _OnError(png_structp png, png_const_charp text) {
+  static_cast<PNG_READ*>(png_get_error_ptr(png))->Why->Refuse("damaged PNG", text);
+  png_longjmp(png, 1);
+}
 
 void _OnWarning(png_structp, png_const_charp) {}
 
 void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
   PNG_READ* job = static_cast<PNG_READ*>(png_get_io_ptr(png));
   if (size > job->File.Size - job->Position) {
-    png_error(png, "truncated");
+    job->Why->Refuse(kTruncated);
+    png_longjmp(png, 1);
   }
   std::memcpy(data, job->File.Data + job->Position, size);
   job->Position += size;
@@ -43,13 +48,14 @@ void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
 
 // Whether the header is plausible, before any pixel is looked at.
 bool _CheckHeader(const PNG_READ* job) {
-  if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size)) {
+  if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size, job->Why)) {
     return false;
   }
   const std::uint64_t bitsPerPixel =
       std::uint64_t{png_get_channels(job->Png, job->Info)} * png_get_bit_depth(job->Png, job->Info);
   return std::uint64_t{job->Width} * job->Height * bitsPerPixel / 8 / kMostBytesPerByte <=
-         job->File.Size;
+             job->File.Size ||
+         job->Why->Refuse("promises more pixels than its bytes can hold");
 }
 
 // Asks for 8 or 16 bits a component, grey, grey and alpha, RGB or RGBA.
@@ -90,12 +96,12 @@ bool _ReadPicture(PNG_READ* job) {
   if (job->Channels < 1 || job->Channels > 4 || (job->BitDepth != 8 && job->BitDepth != 16) ||
       rowBytes != std::uint64_t{job->Width} * static_cast<unsigned int>(job->Channels) *
                       static_cast<unsigned int>(job->BitDepth / 8)) {
-    return false;
+    return job->Why->Refuse(kBadHeader);
   }
   // Zeroed, since the first pass of an interlaced picture mixes with what the rows hold.
   job->Pixels = static_cast<std::uint8_t*>(std::calloc(job->Height, rowBytes));
   if (job->Pixels == nullptr) {
-    return false;
+    return job->Why->Refuse(kOutOfMemory);
   }
   for (int pass = 0; pass < passes; ++pass) {
     for (png_uint_32 y = 0; y < job->Height; ++y) {
@@ -117,10 +123,12 @@ bool _Guarded(PNG_READ* job) {
 
 bool IsPng(BYTES head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
 
-bool DecodePng(BYTES file, PICTURE* out) {
+bool DecodePng(BYTES file, PICTURE* out, REASON* why) {
   PNG_READ job = {};
   job.File = file;
-  job.Png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, _OnError, _OnWarning);
+  job.Why = why;
+  why->Refuse(kOutOfMemory); // until there is something else to tell
+  job.Png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, _OnError, _OnWarning);
   if (job.Png == nullptr) {
     return false;
   }

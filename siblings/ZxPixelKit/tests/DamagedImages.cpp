@@ -46,12 +46,24 @@ TEST(DamagedImage, WholeFilesLoad) {
   }
 }
 
-TEST(DamagedImage, EveryTruncationIsRefused) {
+TEST(DamagedImage, EveryTruncationThatLosesAPixelIsRefused) {
   for (const NAMED_FILE& file : SmallFiles()) {
-    for (std::size_t size = 0; size < file.Bytes.size(); ++size) {
+    for (std::size_t size = 0; size + file.Spare < file.Bytes.size(); ++size) {
       const TBytes part(file.Bytes.begin(), file.Bytes.begin() + static_cast<long>(size));
       EXPECT_FALSE(LoadsSoundly(part))
           << file.Name << ": " << size << " of " << file.Bytes.size() << " bytes";
+    }
+  }
+}
+
+TEST(DamagedImage, BytesThatHoldNoPixelMayBeMissing) {
+  for (const NAMED_FILE& file : SmallFiles()) {
+    const TLoaded whole(file.Bytes);
+    for (std::size_t missing = 1; missing <= file.Spare; ++missing) {
+      const TLoaded image(
+          TBytes(file.Bytes.begin(), file.Bytes.end() - static_cast<long>(missing)));
+      ASSERT_TRUE(image.Done) << file.Name << ": " << missing;
+      EXPECT_EQ(image.Pixels(), whole.Pixels()) << file.Name << ": " << missing;
     }
   }
 }
@@ -166,6 +178,10 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"bmp within the budget", BmpHeader(16000, 16000, 24, 0, 0) + TBytes(200, 1)},
       {"pnm", Text("P6 16000 16000 255\n1234")},
       {"pnm of all", Text("P6 999999999 999999999 65535\n1234")},
+      {"pbm", Text("P4 16000 16000\n1234")},
+      {"pbm text", Text("P1 16000 16000\n1 1")},
+      {"pgm text", Text("P2 16000 16000 255\n1 1")},
+      {"ppm text", Text("P3 16000 16000 65535\n1 1")},
       {"hdr", Text(hdr + "-Y 999999999999 +X 999999999999\n1234")},
       {"hdr within the budget", Text(hdr + "-Y 16000 +X 16000\n1234")},
       {"hdr of a sign", Text(hdr + "-Y -3 +X -3\n1234")},

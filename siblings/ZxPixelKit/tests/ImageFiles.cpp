@@ -158,6 +158,9 @@ std::vector<NAMED_FILE> SmallFiles() {
                          TBytes{0x83, 9, 8, 7, 0x01, 1, 2, 3, 4, 5, 6, 0x81, 6, 6, 6}},
       {"tga palette", TBytes{2, 1, 1, 0, 0, 2, 0, 24, 0, 0, 0, 0, 3, 0, 1, 0, 8, 0, 'i', 'd'} +
                           TBytes{1, 2, 3, 4, 5, 6} + TBytes{1, 0, 1}},
+      {"tga with an unneeded palette",
+       TBytes{1, 1, 2, 0, 0, 2, 0, 24, 0, 0, 0, 0, 2, 0, 1, 0, 24, 0, 'i'} +
+           TBytes{9, 9, 9, 8, 8, 8} + TBytes{1, 2, 3, 4, 5, 6}},
       {"bmp", BmpHeader(3, 2, 24, 0, 0) + TBytes(24, 77)},
       {"bmp palette", BmpHeader(5, 2, 4, 0, 8) + TBytes{1, 2, 3, 0, 4, 5, 6, 0} +
                           TBytes{0x01, 0x10, 0x10, 0, 0x11, 0x01, 0x00, 0}},
@@ -165,10 +168,17 @@ std::vector<NAMED_FILE> SmallFiles() {
                         TBytes{0x00, 0xF8, 0, 0, 0xE0, 0x07, 0, 0, 0x1F, 0, 0, 0} +
                         TBytes{0x1F, 0, 0, 0, 0xE0, 0x07, 0, 0}},
       {"pgm", Text("P5 # grey\n3 2\n255\n") + TBytes{1, 2, 3, 4, 5, 6}},
+      {"pbm", Text("P4\n10 2\n") + TBytes{0xA5, 0x40, 0x5A, 0x80}},
+      {"pbm text", Text("P1\n# bits\n3 2\n101\n0 1 0\n"), 1},
+      {"pgm text", Text("P2\n3 2\n15\n0 7 15\n1 2 3\n"), 1},
+      {"ppm text 16", Text("P3 1 2 1000 1 2 3 100 1000 9\n"), 1},
       {"ppm 16", Text("P6\n1 2\n65535\n") + TBytes{1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12}},
       {"hdr", hdrHead + hdrRow + hdrRow},
       {"hdr flat", Text("#?RGBE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 2\n") +
                        TBytes{128, 64, 32, 129, 1, 2, 3, 130, 5, 6, 7, 120, 0, 0, 0, 1}},
+      {"hdr with carriage returns",
+       Text("#?RADIANCE\r\nFORMAT=32-bit_rle_rgbe\r\n\r\n-Y 1 +X 2\r\n") +
+           TBytes{128, 64, 32, 129, 13, 10, 13, 130}},
   };
 }
 

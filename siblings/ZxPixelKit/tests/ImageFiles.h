@@ -48,6 +48,8 @@ TBytes Text(const std::string& text);
 struct NAMED_FILE {
   const char* Name;
   TBytes Bytes;
+  /// Bytes at the end without which no pixel is lost.
+  std::size_t Spare = 0;
 };
 std::vector<NAMED_FILE> SmallFiles();
 

@@ -256,6 +256,29 @@ TEST(Tga, PaletteWithAFirstEntryAndAnIdentification) {
   EXPECT_EQ(image.Pixels(), (TBytes{6, 5, 4, 3, 2, 1, 0, 0, 0, 6, 5, 4}));
 }
 
+TEST(Tga, PaletteThatThePixelsDoNotNeed) {
+  for (const int kind : {2, 10}) {
+    TBytes file = TgaHeader(kind, 2, 1, 24, 0);
+    file[0] = 2;
+    file[1] = 1;
+    file[3] = 7;  // first entry
+    file[5] = 2;  // entries
+    file[7] = 32; // bits of one
+    const TBytes pixels = kind == 2 ? TBytes{1, 2, 3, 4, 5, 6} : TBytes{1, 1, 2, 3, 4, 5, 6};
+    const TLoaded image(file + TBytes{'i', 'd'} + TBytes(8, 99) + pixels);
+    ASSERT_TRUE(image.Done) << kind;
+    ExpectRecord(image.Surface, 2, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+    EXPECT_EQ(image.Pixels(), (TBytes{3, 2, 1, 6, 5, 4})) << kind;
+  }
+  TBytes grey = TgaHeader(3, 2, 1, 8, 0);
+  grey[1] = 1;
+  grey[5] = 1;
+  grey[7] = 16;
+  const TLoaded image(grey + TBytes{99, 99} + TBytes{7, 9});
+  ASSERT_TRUE(image.Done);
+  EXPECT_EQ(image.Pixels(), (TBytes{7, 9}));
+}
+
 TEST(Bmp, TrueColourFromEitherEnd) {
   const TBytes pixels = {1, 2, 3, 0, 4, 5, 6, 0}; // one pixel a row, padded to four bytes
   const TLoaded up(BmpHeader(1, 2, 24, 0, 0) + pixels);
@@ -360,10 +383,46 @@ TEST(Pnm, OtherGreatestValuesSpreadOverTheFullRange) {
   EXPECT_EQ(Wide(wide.Surface, 1), 65535);
 }
 
-TEST(Pnm, OnlyBinaryKinds) {
-  for (const char* text : {"P1 1 1\n1\n", "P2 1 1 255\n1\n", "P3 1 1 255\n1 1 1\n", "P4 8 1\n1",
-                           "P7 1 1 255\n1", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 -1 1 255\n1",
-                           "P5 1 99999999999999999999 255\n1", "P5 0 1 255\n1", "P5 1 0 255\n1"}) {
+TEST(Pnm, Bits) {
+  // 1 is black. Ten columns take two bytes a row, of which six bits mean nothing.
+  const TBytes expected = {255, 0,   255, 0,   0,   255, 0,   255, 0,   255, // 5A 80: 01011010 10
+                           0,   255, 0,   255, 255, 0,   255, 0,   255, 0};  // A5 40: 10100101 01
+  const TLoaded binary(Text("P4\n10 2\n") + TBytes{0xA5, 0x7F, 0x5A, 0xBF});
+  ASSERT_TRUE(binary.Done);
+  ExpectRecord(binary.Surface, 10, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(binary.Pixels(), expected);
+  for (const char* text : {"P1\n10 2\n1010010101\n0101101010\n", "P1 10 2 10100101010101101010",
+                           "P1 # c\n10 2\n1 0 1 0 0 1 0 1 0 1 # row\n0 1 0 1 1 0 1 0 1 0"}) {
+    const TLoaded plain(Text(text));
+    ASSERT_TRUE(plain.Done) << text;
+    ExpectRecord(plain.Surface, 10, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+    EXPECT_EQ(plain.Pixels(), expected) << text;
+  }
+}
+
+TEST(Pnm, TextKinds) {
+  const TLoaded grey(Text("P2\n2 2\n# greatest\n15\n0 7\r\n15\t16"));
+  ASSERT_TRUE(grey.Done);
+  ExpectRecord(grey.Surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(grey.Pixels(), (TBytes{255, 255, 0, 119}));
+  const TLoaded color(Text("P3 1 2 255\n1 2 3\n4 5 6\n"));
+  ASSERT_TRUE(color.Done);
+  ExpectRecord(color.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(color.Pixels(), (TBytes{4, 5, 6, 1, 2, 3}));
+  // 1 / 1023 * 65535 is 64.06.
+  const TLoaded wide(Text("P2 2 1 1023 1 1023"));
+  ASSERT_TRUE(wide.Done);
+  ExpectRecord(wide.Surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1);
+  EXPECT_EQ(Wide(wide.Surface, 0), 64);
+  EXPECT_EQ(Wide(wide.Surface, 1), 65535);
+}
+
+TEST(Pnm, WhatMakesNoSenseIsRefused) {
+  for (const char* text :
+       {"P0 1 1\n1\n", "P7 1 1 255\n1", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 -1 1 255\n1",
+        "P5 1 99999999999999999999 255\n1", "P5 0 1 255\n1", "P5 1 0 255\n1", "P2 2 1 255\n1 x",
+        "P2 2 1 255\n1 -1", "P1 2 1\n12", "P1 2 1\n1", "P3 1 1 255\n1 2", "P4 9 1\n1",
+        "P2 1 1 255\n99999999999999999999"}) {
     EXPECT_FALSE(TLoaded(Text(text)).Done) << text;
   }
 }
@@ -388,6 +447,18 @@ TEST(Hdr, FlatAndPacked) {
   for (int x = 0; x < 8; ++x) {
     EXPECT_EQ(Float(packed.Surface, 3 * x), reds[x]) << x;
     EXPECT_EQ(Float(packed.Surface, 3 * x + 1), 0.0f) << x;
+  }
+}
+
+TEST(Hdr, LinesThatEndInCarriageReturnAndLineFeed) {
+  // Bytes 13 and 10 among the pixels stay as they are.
+  const TLoaded image(Text("#?RADIANCE\r\n# c\r\nFORMAT=32-bit_rle_rgbe\r\n\r\n-Y 2 +X 1\r\n") +
+                      TBytes{128, 64, 32, 129, 13, 10, 13, 136});
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3);
+  const float expected[] = {13, 10, 13, 1, 0.5f, 0.25f};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(Float(image.Surface, i), expected[i]) << i;
   }
 }
 

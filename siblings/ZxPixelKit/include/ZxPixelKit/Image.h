@@ -5,6 +5,8 @@
 #include <ZxPixelKit/DATASURFACE.h>
 #include <ZxPixelKit/Export.h>
 
+class TDataSurface;
+class TZxMessage;
 class TZxStream;
 
 /// What a caller may say about an image file; passed through where it is not read.
@@ -17,7 +19,7 @@ struct TSaveImageHint {
 /// refused before anything of its pixels is read or allocated.
 constexpr unsigned long ZxMaxImagePixels = 1ul << 28;
 
-/// Loads an image file: PNG, JPEG, BMP, TGA, PNM (binary PGM and PPM) or Radiance HDR, told by its
+/// Loads an image file: PNG, JPEG, BMP, TGA, PNM (PBM, PGM and PPM) or Radiance HDR, told by its
 /// contents and, for TGA, which has no mark, by a header that makes sense.
 ///
 /// `out` receives a record with tight rows, row 0 being the bottom row of the picture, in a block
@@ -26,15 +28,31 @@ constexpr unsigned long ZxMaxImagePixels = 1ul << 28;
 /// `DATA_TYPE_FLOAT`; one to four channels as in the file (luminance, luminance and alpha, RGB,
 /// RGBA), palettes and transparent colours expanded, four-colour JPEG turned into RGB.
 ///
-/// False, leaving `*out` as it was and nothing allocated, when the file can't be read, is damaged or
-/// truncated, promises more than `ZxMaxImagePixels`, or promises more pixels than its bytes can
+/// False, leaving `*out` as it was and nothing allocated, when the file can't be read, is damaged
+/// or truncated, promises more than `ZxMaxImagePixels`, or promises more pixels than its bytes can
 /// code. `hint` is not read and may be null.
 ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, DATASURFACE* out);
 
 /// The same from the bytes between a stream's position and its end. The stream is read until it
-/// gives no more, unless its first bytes are of no known kind; false for a null stream and one whose
-/// `operator bool` is false. What its `Read` throws passes through.
+/// gives no more, unless its first bytes are of no known kind; false for a null stream and one
+/// whose `operator bool` is false. What its `Read` throws passes through.
 ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, DATASURFACE* out);
+
+/// The forms that can say why. When the result is false, `*reason` becomes a phrase without a full
+/// stop, fit to stand behind the name of the file and a colon: "No such file or directory", "of no
+/// known image kind", "ends inside its picture". A result of true leaves it alone, and it may be
+/// null.
+ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, DATASURFACE* out,
+                               TZxMessage* reason);
+ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, DATASURFACE* out,
+                               TZxMessage* reason);
+
+/// The forms for a surface that owns its pixels: on success what it held is freed and it owns the
+/// picture; otherwise it stays as it was.
+ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TDataSurface* out,
+                               TZxMessage* reason = nullptr);
+ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TDataSurface* out,
+                               TZxMessage* reason = nullptr);
 
 /// Saves a surface of 1 to 4 components of `DATA_TYPE_UINT8` or `DATA_TYPE_UINT16` as PNG (grey,
 /// grey and alpha, RGB, RGBA by their number), its row 0 as the bottom row of the picture. False
