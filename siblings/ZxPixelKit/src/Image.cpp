@@ -13,6 +13,7 @@
 #include <ZxPixelKit/TDataSurface.h>
 
 #include "ImageDecoders.h"
+#include "ImageOrientation.h"
 
 namespace zx::image {
 
@@ -106,26 +107,37 @@ private:
   std::size_t m_Capacity = 0;
 };
 
-// Turns the picture bottom row first, into a block with slack behind its pixels.
+// Turns the picture as it is to be seen, bottom row first, into a block with slack behind its
+// pixels.
 bool _ToSurface(const PICTURE& picture, DATASURFACE* out, REASON* why) {
   static constexpr DATA_FORMAT kFormats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
                                              DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
+  const WALK walk = WalkOf(picture.Width, picture.Height, picture.Orientation);
   DATASURFACE made;
   if (picture.Channels < 1 || picture.Channels > 4 ||
-      !ds::Set(&made, picture.Width, picture.Height, kFormats[picture.Channels - 1], picture.Type,
+      !ds::Set(&made, walk.Width, walk.Height, kFormats[picture.Channels - 1], picture.Type,
                picture.Channels, nullptr)) {
     return why->Refuse("has rows of more than 2 GiB");
   }
   const auto rowStride = static_cast<std::size_t>(made.RowStride);
-  const auto height = static_cast<std::size_t>(made.Height);
-  made.Data =
-      AllocateSurfaceBlock(made.DataSize, rowStride, static_cast<std::uint64_t>(made.PixelStride));
+  const auto pixelStride = static_cast<std::size_t>(made.PixelStride);
+  made.Data = AllocateSurfaceBlock(made.DataSize, rowStride, pixelStride);
   if (made.Data == nullptr) {
     return why->Refuse(kOutOfMemory);
   }
-  for (std::size_t y = 0; y < height; ++y) {
-    std::memcpy(made.Data + y * rowStride, picture.Pixels.get() + (height - 1 - y) * rowStride,
-                rowStride);
+  const auto stored = [&](std::ptrdiff_t index) {
+    return picture.Pixels.get() + static_cast<std::size_t>(index) * pixelStride;
+  };
+  for (int y = 0; y < walk.Height; ++y) {
+    std::uint8_t* row = made.Data + static_cast<std::size_t>(walk.Height - 1 - y) * rowStride;
+    const std::ptrdiff_t first = walk.First + y * walk.Row;
+    if (walk.Column == 1) {
+      std::memcpy(row, stored(first), rowStride);
+      continue;
+    }
+    for (int x = 0; x < walk.Width; ++x, row += pixelStride) {
+      std::memcpy(row, stored(first + x * walk.Column), pixelStride);
+    }
   }
   *out = made;
   return true;

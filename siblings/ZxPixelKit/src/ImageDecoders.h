@@ -40,12 +40,14 @@ inline constexpr char kBadHeader[] = "has a header that makes no sense";
 /// A block from `malloc`.
 using TBlock = std::unique_ptr<std::uint8_t[], TFree>;
 
-/// A decoded picture: tight rows, the top row first, components in the processor's byte order.
+/// A decoded picture as it is stored: tight rows, in the plain orientation the top row first,
+/// components in the processor's byte order.
 struct PICTURE {
   int Width = 0;
   int Height = 0;
   int Channels = 0;
   DATA_TYPE Type = DATA_TYPE_NONE;
+  int Orientation = 1; // as EXIF counts them: 1 to 8, 1 being as stored
   TBlock Pixels;
 };
 

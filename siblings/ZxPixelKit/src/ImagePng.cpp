@@ -6,6 +6,8 @@
 
 #include <png.h>
 
+#include "ImageOrientation.h"
+
 namespace zx::image {
 
 namespace {
@@ -22,6 +24,7 @@ struct PNG_READ {
   png_uint_32 Height;
   int Channels;
   int BitDepth;
+  int Orientation;
   REASON* Why;
 };
 
@@ -108,7 +111,11 @@ bool _ReadPicture(PNG_READ* job) {
       png_read_row(png, job->Pixels + y * rowBytes, nullptr);
     }
   }
-  png_read_end(png, nullptr);
+  png_read_end(png, job->Info);
+  png_bytep exif = nullptr;
+  png_uint_32 exifSize = 0;
+  job->Orientation =
+      png_get_eXIf_1(png, job->Info, &exifSize, &exif) != 0 ? ExifOrientation({exif, exifSize}) : 1;
   return true;
 }
 
@@ -143,6 +150,7 @@ bool DecodePng(BYTES file, PICTURE* out, REASON* why) {
   out->Height = static_cast<int>(job.Height);
   out->Channels = job.Channels;
   out->Type = job.BitDepth == 16 ? DATA_TYPE_UINT16 : DATA_TYPE_UINT8;
+  out->Orientation = job.Orientation;
   out->Pixels = std::move(pixels);
   return true;
 }

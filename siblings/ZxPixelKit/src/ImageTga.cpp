@@ -1,6 +1,6 @@
 #include "ImageStb.h"
 
-#include <algorithm>
+#include <cstdlib>
 #include <cstring>
 
 namespace zx::image {
@@ -63,19 +63,6 @@ bool _CheckTga(const TGA_HEADER& h) {
   return h.Grey ? h.BitsPerPixel == 8 || h.BitsPerPixel == 16 : isColor(h.BitsPerPixel);
 }
 
-void _Mirror(PICTURE* picture) {
-  const auto pixelBytes = static_cast<std::size_t>(picture->Channels);
-  const auto width = static_cast<std::size_t>(picture->Width);
-  const auto height = static_cast<std::size_t>(picture->Height);
-  for (std::size_t y = 0; y < height; ++y) {
-    std::uint8_t* row = picture->Pixels.get() + y * width * pixelBytes;
-    for (std::size_t left = 0, right = width - 1; left < right; ++left, --right) {
-      std::swap_ranges(row + left * pixelBytes, row + (left + 1) * pixelBytes,
-                       row + right * pixelBytes);
-    }
-  }
-}
-
 } // namespace
 
 bool IsTga(BYTES head) {
@@ -120,7 +107,7 @@ bool DecodeTga(BYTES file, PICTURE* out, REASON* why) {
     return false;
   }
   if ((h.Descriptor & 0x10) != 0) {
-    _Mirror(out);
+    out->Orientation = 2; // each row is stored from its right end
   }
   return true;
 }

@@ -5,6 +5,8 @@
 #include <cstring>
 #include <stdexcept>
 
+#include <cstdio>
+#include <jpeglib.h>
 #include <png.h>
 #include <turbojpeg.h>
 
@@ -44,6 +46,10 @@ TBytes MakePng(const PNG_SPEC& spec) {
     color.gray = static_cast<png_uint_16>(spec.TransparentGrey);
     png_set_tRNS(png, info, nullptr, 0, &color);
   }
+  TBytes exif = spec.Exif;
+  if (!exif.empty()) {
+    png_set_eXIf_1(png, info, static_cast<png_uint_32>(exif.size()), exif.data());
+  }
   png_write_info(png, info);
   TBytes rows = spec.Rows;
   const std::size_t rowBytes = png_get_rowbytes(png, info);
@@ -70,6 +76,83 @@ TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const T
   if (failed != 0) {
     throw std::runtime_error("no JPEG made");
   }
+  return made;
+}
+
+TBytes MakeJpeg(const JPEG_SPEC& spec) {
+  jpeg_compress_struct info = {};
+  jpeg_error_mgr errors = {};
+  info.err = jpeg_std_error(&errors);
+  jpeg_create_compress(&info);
+  unsigned char* file = nullptr;
+  unsigned long size = 0;
+  jpeg_mem_dest(&info, &file, &size);
+  info.image_width = static_cast<JDIMENSION>(spec.Width);
+  info.image_height = static_cast<JDIMENSION>(spec.Height);
+  info.input_components = spec.Channels;
+  info.in_color_space = spec.Channels == 1 ? JCS_GRAYSCALE : JCS_RGB;
+  jpeg_set_defaults(&info);
+  jpeg_set_quality(&info, 100, TRUE);
+  info.arith_code = spec.Arithmetic ? TRUE : FALSE;
+  info.restart_in_rows = spec.RestartRows;
+  if (spec.Progressive) {
+    jpeg_simple_progression(&info);
+  }
+  if (spec.Adobe) {
+    info.write_JFIF_header = FALSE;
+    info.write_Adobe_marker = TRUE;
+  }
+  jpeg_scan_info scans[3] = {};
+  for (int i = 0; i < 3; ++i) {
+    scans[i] = {1, {i}, 0, 63, 0, 0};
+  }
+  if (spec.Separate) {
+    info.scan_info = scans;
+    info.num_scans = spec.Channels;
+  }
+  jpeg_start_compress(&info, TRUE);
+  for (const TBytes& segment : spec.App1) {
+    jpeg_write_marker(&info, JPEG_APP0 + 1, segment.data(),
+                      static_cast<unsigned int>(segment.size()));
+  }
+  TBytes pixels = spec.Pixels;
+  while (info.next_scanline < info.image_height) {
+    JSAMPROW row = pixels.data() +
+                   info.next_scanline * info.image_width * static_cast<unsigned int>(spec.Channels);
+    jpeg_write_scanlines(&info, &row, 1);
+  }
+  jpeg_finish_compress(&info);
+  jpeg_destroy_compress(&info);
+  TBytes made(file, file + size);
+  std::free(file);
+  return made;
+}
+
+TBytes ExifOf(const char* order, int orientation) {
+  TBytes made = Text(order);
+  const bool isBig = order[0] == 'M';
+  const auto put16 = [&](int value) {
+    made.push_back(static_cast<std::uint8_t>(isBig ? value >> 8 : value));
+    made.push_back(static_cast<std::uint8_t>(isBig ? value : value >> 8));
+  };
+  const auto put32 = [&](int value) {
+    put16(isBig ? 0 : value);
+    put16(isBig ? value : 0);
+  };
+  put16(42);
+  put32(8);     // where the directory begins
+  put16(2);     // entries
+  put16(0x100); // another tag, of the same shape
+  put16(3);
+  put32(1);
+  put16(5);
+  put16(0);
+  put16(0x112);
+  put16(3);
+  put32(1);
+  put16(orientation);
+  put16(0);
+  put32(0); // no further directory
   return made;
 }
 
@@ -139,6 +222,17 @@ std::vector<NAMED_FILE> SmallFiles() {
   for (std::size_t i = 0; i < large.size(); ++i) {
     large[i] = static_cast<std::uint8_t>(i * 7);
   }
+  JPEG_SPEC separate;
+  separate.Width = 20;
+  separate.Height = 12;
+  separate.Pixels = large;
+  JPEG_SPEC restarts = separate;
+  JPEG_SPEC arithmetic = separate;
+  JPEG_SPEC turned = separate;
+  separate.Separate = true;
+  restarts.RestartRows = 1;
+  arithmetic.Arithmetic = true;
+  turned.App1 = {Text(std::string("Exif\0\0", 6)) + ExifOf("MM", 6)};
   const TBytes hdrHead = Text("#?RADIANCE\nFORMAT=32-bit_rle_rgbe\n\n-Y 2 +X 8\n");
   TBytes hdrRow = {2, 2, 0, 8};
   for (int component = 0; component < 3; ++component) {
@@ -150,9 +244,13 @@ std::vector<NAMED_FILE> SmallFiles() {
       {"png", MakePng(rgb)},
       {"png interlaced", MakePng(laced)},
       {"png palette", MakePng(indexed)},
-      {"jpeg", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_420, large)},
-      {"jpeg progressive", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_444, large, TJFLAG_PROGRESSIVE)},
-      {"jpeg grey", MakeJpeg(20, 12, TJPF_GRAY, TJSAMP_GRAY, large)},
+      {"jpeg", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_420, large), 2},
+      {"jpeg progressive", MakeJpeg(20, 12, TJPF_RGB, TJSAMP_444, large, TJFLAG_PROGRESSIVE), 2},
+      {"jpeg grey", MakeJpeg(20, 12, TJPF_GRAY, TJSAMP_GRAY, large), 2},
+      {"jpeg in a scan for each component", MakeJpeg(separate), 2},
+      {"jpeg with restart marks", MakeJpeg(restarts), 2},
+      {"jpeg of arithmetic coding", MakeJpeg(arithmetic)},
+      {"jpeg turned", MakeJpeg(turned), 2},
       {"tga", TgaHeader(2, 5, 4, 24, 0) + ramp},
       {"tga packed", TgaHeader(10, 4, 2, 24, 0x20) +
                          TBytes{0x83, 9, 8, 7, 0x01, 1, 2, 3, 4, 5, 6, 0x81, 6, 6, 6}},

@@ -16,7 +16,6 @@
 
 namespace {
 
-using testing::HasSubstr;
 using testing::StartsWith;
 
 // Why the bytes are no image; "loads" if they are one.
@@ -69,9 +68,6 @@ TEST(Reason, EveryRefusalHasOne) {
 
 TEST(Reason, TellsTruncationFromDamageAndFromSize) {
   for (const NAMED_FILE& file : SmallFiles()) {
-    if (std::string(file.Name).find("jpeg") != std::string::npos) {
-      continue; // told in the decoder's own words
-    }
     const TBytes part(file.Bytes.begin(), file.Bytes.end() - static_cast<long>(file.Spare) - 1);
     EXPECT_EQ(ReasonOf(part), "ends inside its picture") << file.Name;
   }
@@ -85,8 +81,9 @@ TEST(Reason, TellsTruncationFromDamageAndFromSize) {
   png.Bytes[png.Bytes.size() - 20] ^= 1; // in the pixels
   EXPECT_THAT(ReasonOf(png.Bytes), StartsWith("damaged PNG: "));
   TBytes jpeg = MakeJpeg(8, 8, TJPF_GRAY, TJSAMP_GRAY, TBytes(64, 9));
-  jpeg.resize(jpeg.size() - 4);
-  EXPECT_THAT(ReasonOf(jpeg), HasSubstr("JPEG"));
+  jpeg[jpeg.size() - 3] = 0; // in the pixels
+  jpeg[3] = 0xC3;            // a marker of lossless coding
+  EXPECT_THAT(ReasonOf(jpeg), StartsWith("damaged JPEG: "));
 }
 
 TEST(Reason, StandsBehindTheNameInAMessage) {
