@@ -25,6 +25,22 @@ bool REASON::Refuse(const char* text, const char* detail) {
   return false;
 }
 
+bool RefuseByErrno(REASON* why) {
+  char text[128];
+  return why->Refuse(strerror_r(errno, text, sizeof text));
+}
+
+void Tell(const REASON& why, TZxMessage* reason) {
+  if (reason == nullptr) {
+    return;
+  }
+  try {
+    *reason = TZxMessage(why.Text);
+  } catch (const std::bad_alloc&) {
+    *reason = TZxMessage(kOutOfMemory); // short enough to need none
+  }
+}
+
 bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
                 std::size_t fileSize, REASON* why) {
   constexpr auto kMost = static_cast<std::int64_t>(ZxMaxImagePixels);
@@ -159,11 +175,6 @@ template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, REASON* why
   return decode(bytes.Get(), &picture, why) && _ToSurface(picture, out, why);
 }
 
-bool _RefuseByErrno(REASON* why) {
-  char text[128];
-  return why->Refuse(strerror_r(errno, text, sizeof text));
-}
-
 struct TCloseFile {
   void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
@@ -171,14 +182,14 @@ struct TCloseFile {
 bool _LoadFrom(const std::string& name, DATASURFACE* out, REASON* why) {
   const std::unique_ptr<std::FILE, TCloseFile> file(std::fopen(name.c_str(), "rbe"));
   if (!file) {
-    return _RefuseByErrno(why);
+    return RefuseByErrno(why);
   }
   bool failed = false;
   const auto read = [&](std::uint8_t* data, std::size_t size) {
     const std::size_t got = std::fread(data, 1, size, file.get());
     if (got == 0 && std::ferror(file.get()) != 0) {
       failed = true;
-      _RefuseByErrno(why);
+      RefuseByErrno(why);
     }
     return got;
   };
@@ -208,24 +219,12 @@ bool _LoadFrom(TZxStream* stream, DATASURFACE* out, REASON* why) {
   return _LoadBytes(read, out, why);
 }
 
-// Without memory for the phrase the message tells of that: its text is short enough to need none.
-void _Tell(const REASON& why, TZxMessage* reason) {
-  if (reason == nullptr) {
-    return;
-  }
-  try {
-    *reason = TZxMessage(why.Text);
-  } catch (const std::bad_alloc&) {
-    *reason = TZxMessage(kOutOfMemory);
-  }
-}
-
 template <class TSource> bool _Load(const TSource& source, DATASURFACE* out, TZxMessage* reason) {
   REASON why;
   if (_LoadFrom(source, out, &why)) {
     return true;
   }
-  _Tell(why, reason);
+  Tell(why, reason);
   return false;
 }
 

@@ -7,6 +7,8 @@
 
 #include <ZxPixelKit/DATASURFACE.h>
 
+class TZxMessage;
+
 /// What the dispatch of image files and the decoders hand to each other. Internal.
 namespace zx::image {
 
@@ -31,6 +33,12 @@ struct REASON {
   /// The same with a decoder's own words behind it.
   bool Refuse(const char* text, const char* detail);
 };
+
+/// Notes what the C library says of the last error. Always false.
+bool RefuseByErrno(REASON* why);
+
+/// Hands a reason on to a caller who may not want it.
+void Tell(const REASON& why, TZxMessage* reason);
 
 /// Phrases that several kinds share.
 inline constexpr char kOutOfMemory[] = "out of memory";

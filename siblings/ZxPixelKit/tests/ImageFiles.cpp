@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <stdexcept>
 
 #include <cstdio>
+#include <gtest/gtest.h>
 #include <jpeglib.h>
 #include <png.h>
 #include <turbojpeg.h>
+#include <unistd.h>
 
 namespace {
 
@@ -292,4 +295,42 @@ unsigned long TBytesStream::Read(void* data, unsigned long size) {
 TLoaded::TLoaded(const TBytes& bytes) {
   TBytesStream stream(bytes);
   Done = LoadImage(&stream, nullptr, &Surface);
+}
+
+TTemporary::TTemporary(const char* suffix)
+    : Name((std::filesystem::temp_directory_path() /
+            ("zx_pixel_" + std::to_string(getpid()) + suffix))
+               .string()) {}
+
+TTemporary::~TTemporary() { std::filesystem::remove(Name); }
+
+void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
+                  int channels) {
+  const int pixelStride = channels * static_cast<int>(GetTypeSize(type));
+  EXPECT_EQ(s.Width, width);
+  EXPECT_EQ(s.Height, height);
+  EXPECT_EQ(s.Depth, 1);
+  EXPECT_EQ(s.PixelStride, pixelStride);
+  EXPECT_EQ(s.RowStride, pixelStride * width);
+  EXPECT_EQ(s.SliceStride, pixelStride * width * height);
+  EXPECT_EQ(s.Format, format);
+  EXPECT_EQ(s.Type, type);
+  EXPECT_EQ(s.Channels, channels);
+  EXPECT_EQ(s.DataSize, static_cast<std::uint64_t>(pixelStride * width * height));
+  ASSERT_NE(s.Data, nullptr);
+  for (int i = 0; i < s.RowStride + s.PixelStride; ++i) {
+    ASSERT_EQ(s.Data[s.DataSize + static_cast<unsigned int>(i)], 0) << "slack";
+  }
+}
+
+std::uint16_t Wide(const DATASURFACE& s, int index) {
+  std::uint16_t value;
+  std::memcpy(&value, s.Data + 2 * index, 2);
+  return value;
+}
+
+float Float(const DATASURFACE& s, int index) {
+  float value;
+  std::memcpy(&value, s.Data + 4 * index, 4);
+  return value;
 }

@@ -72,6 +72,25 @@ struct NAMED_FILE {
 };
 std::vector<NAMED_FILE> SmallFiles();
 
+/// The name of a file of this process, which is removed in the end.
+class TTemporary {
+public:
+  explicit TTemporary(const char* suffix);
+  ~TTemporary();
+  TTemporary(const TTemporary&) = delete;
+  TTemporary& operator=(const TTemporary&) = delete;
+
+  const std::string Name;
+};
+
+/// Holds a record of tight rows against what it is to be, its slack included.
+void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
+                  int channels);
+
+/// Component `index` of the data.
+std::uint16_t Wide(const DATASURFACE& s, int index);
+float Float(const DATASURFACE& s, int index);
+
 /// A stream over bytes that gives at most `step` of them at a time.
 class TBytesStream : public TZxStream {
 public:

@@ -6,57 +6,14 @@
 #include <filesystem>
 #include <fstream>
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <png.h>
-#include <sys/resource.h>
 #include <turbojpeg.h>
 #include <unistd.h>
 
 #include "ImageFiles.h"
 
 namespace {
-
-class TTemporary {
-public:
-  explicit TTemporary(const char* suffix)
-      : Name((std::filesystem::temp_directory_path() /
-              ("zx_pixel_" + std::to_string(getpid()) + suffix))
-                 .string()) {}
-  ~TTemporary() { std::filesystem::remove(Name); }
-  const std::string Name;
-};
-
-void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
-                  int channels) {
-  const int pixelStride = channels * static_cast<int>(GetTypeSize(type));
-  EXPECT_EQ(s.Width, width);
-  EXPECT_EQ(s.Height, height);
-  EXPECT_EQ(s.Depth, 1);
-  EXPECT_EQ(s.PixelStride, pixelStride);
-  EXPECT_EQ(s.RowStride, pixelStride * width);
-  EXPECT_EQ(s.SliceStride, pixelStride * width * height);
-  EXPECT_EQ(s.Format, format);
-  EXPECT_EQ(s.Type, type);
-  EXPECT_EQ(s.Channels, channels);
-  EXPECT_EQ(s.DataSize, static_cast<std::uint64_t>(pixelStride * width * height));
-  ASSERT_NE(s.Data, nullptr);
-  for (int i = 0; i < s.RowStride + s.PixelStride; ++i) {
-    ASSERT_EQ(s.Data[s.DataSize + static_cast<unsigned int>(i)], 0) << "slack";
-  }
-}
-
-std::uint16_t Wide(const DATASURFACE& s, int index) {
-  std::uint16_t value;
-  std::memcpy(&value, s.Data + 2 * index, 2);
-  return value;
-}
-
-float Float(const DATASURFACE& s, int index) {
-  float value;
-  std::memcpy(&value, s.Data + 4 * index, 4);
-  return value;
-}
 
 PNG_SPEC Spec(int width, int height, int colorType, int bitDepth, TBytes rows) {
   PNG_SPEC spec;
@@ -555,110 +512,6 @@ TEST(LoadImage, ReadsNoFurtherThanTheHeadOfWhatIsNoImage) {
   DATASURFACE target = {};
   EXPECT_FALSE(LoadImage(&stream, nullptr, &target));
   EXPECT_LE(stream.Total, 1ul << 16);
-}
-
-struct KIND {
-  DATA_TYPE Type;
-  int Channels;
-};
-
-TEST(SaveImage, RoundTripOfEveryKind) {
-  const TTemporary file("_round.png");
-  for (DATA_TYPE type : {DATA_TYPE_UINT8, DATA_TYPE_UINT16}) {
-    for (int channels = 1; channels <= 4; ++channels) {
-      TDataSurface surface;
-      ASSERT_TRUE(surface.Create(5, 3, DATA_FORMAT_NONE, type, channels));
-      for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
-        surface.Data[i] = static_cast<std::uint8_t>(i * 5 + 1);
-      }
-      TSaveImageHint hint;
-      hint.Compression = channels;
-      ASSERT_TRUE(SaveImage(file.Name, channels == 2 ? nullptr : &hint, surface));
-      DATASURFACE back = {};
-      ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-      const DATA_FORMAT formats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
-                                     DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
-      ExpectRecord(back, 5, 3, formats[channels - 1], type, channels);
-      EXPECT_EQ(std::memcmp(back.Data, surface.Data, surface.DataSize), 0);
-      FreeDataSurfaceData(back);
-    }
-  }
-}
-
-TEST(SaveImage, FileHasTheTopRowFirst) {
-  const TTemporary file("_order.png");
-  std::uint8_t pixels[] = {1, 2, 3, 4}; // the bottom row first
-  DATASURFACE surface;
-  ASSERT_TRUE(ds::Set(&surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, surface));
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  ASSERT_NE(png_image_begin_read_from_file(&image, file.Name.c_str()), 0);
-  image.format = PNG_FORMAT_GRAY;
-  std::uint8_t stored[4] = {};
-  ASSERT_NE(png_image_finish_read(&image, nullptr, stored, 2, nullptr), 0);
-  const std::uint8_t expected[] = {3, 4, 1, 2};
-  EXPECT_EQ(std::memcmp(stored, expected, 4), 0);
-}
-
-TEST(SaveImage, PartOfASurface) {
-  const TTemporary file("_part.png");
-  std::uint8_t pixels[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-  DATASURFACE surface, part, back = {};
-  ASSERT_TRUE(ds::Set(&surface, 3, 3, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
-  ASSERT_TRUE(ds::GetSubSurface(surface, 1, 1, 2, 2, &part));
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
-  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-  const std::uint8_t expected[] = {5, 6, 8, 9};
-  EXPECT_EQ(std::memcmp(back.Data, expected, 4), 0);
-  FreeDataSurfaceData(back);
-  // Components in pixels that lie further apart.
-  part = surface;
-  part.Width = 1;
-  part.PixelStride = 3;
-  part.Channels = 2;
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
-  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-  const std::uint8_t pairs[] = {1, 2, 4, 5, 7, 8};
-  EXPECT_EQ(std::memcmp(back.Data, pairs, 6), 0);
-  FreeDataSurfaceData(back);
-}
-
-TEST(SaveImage, RefusesWhatAPngCannotHold) {
-  const TTemporary file("_refused.png");
-  TDataSurface surface;
-  for (DATA_TYPE type : {DATA_TYPE_INT8, DATA_TYPE_BOOL, DATA_TYPE_UINT32, DATA_TYPE_FLOAT}) {
-    ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, type, 1));
-    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  }
-  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 5));
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, DATASURFACE{}));
-  EXPECT_FALSE(std::filesystem::exists(file.Name));
-  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
-  EXPECT_FALSE(SaveImage("/nonexistent/file.png", nullptr, surface));
-}
-
-TEST(SaveImage, FileThatCouldNotBeCompletedIsRemoved) {
-  const TTemporary file("_full.png");
-  TDataSurface surface;
-  ASSERT_TRUE(surface.Create(300, 300, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
-  std::uint32_t noise = 1;
-  for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
-    noise = noise * 1664525 + 1013904223;
-    surface.Data[i] = static_cast<std::uint8_t>(noise >> 24);
-  }
-  // Files of this process end at 4096 bytes for a while.
-  const auto old = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit = {};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-  const rlimit small = {4096, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-  std::signal(SIGXFSZ, old);
-  EXPECT_FALSE(std::filesystem::exists(file.Name));
-  EXPECT_TRUE(SaveImage(file.Name, nullptr, surface));
 }
 
 } // namespace

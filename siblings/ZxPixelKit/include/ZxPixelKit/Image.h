@@ -13,6 +13,8 @@ class TZxStream;
 struct TSaveImageHint {
   /// PNG compression effort, 0 (none) to 9 (smallest); -1 leaves it to the library.
   int Compression = -1;
+  /// JPEG quality, 1 (smallest) to 100 (nearly exact); any other number stands for 95.
+  int Quality = -1;
 };
 
 /// The greatest number of pixels that `LoadImage` decodes: an image whose header promises more is
@@ -54,9 +56,23 @@ ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TD
 ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TDataSurface* out,
                                TZxMessage* reason = nullptr);
 
-/// Saves a surface of 1 to 4 components of `DATA_TYPE_UINT8` or `DATA_TYPE_UINT16` as PNG (grey,
-/// grey and alpha, RGB, RGBA by their number), its row 0 as the bottom row of the picture. False
-/// when the surface can't be stored so or the file can't be written; a plain file that could not be
-/// completed is removed. `hint` may be null.
+/// Saves a surface of 1 to 4 channels, its row 0 as the bottom row of the picture, as the kind that
+/// the name's ending tells, whatever the case of its letters:
+///
+/// - ".png": channels of `DATA_TYPE_UINT8` or `DATA_TYPE_UINT16`, all of them as they are.
+/// - ".bmp", ".tga": `DATA_TYPE_UINT8`, all channels. A BMP has three or four: one becomes three
+///   equal ones, luminance and alpha become four.
+/// - ".jpg", ".jpeg": `DATA_TYPE_UINT8`, grey or RGB, with some loss. Alpha is left out.
+/// - ".hdr" (Radiance): `DATA_TYPE_FLOAT`, as RGB with 8 bits a component and a common exponent.
+///   Alpha is left out; below 0 and no number become 0.
+///
+/// False when the name has another ending or none, when the kind can't hold such pixels or so many
+/// of them (each says so before the file is touched), and when the file can't be written: a plain
+/// file that could not be completed is removed. `hint` may be null.
 ZX_PIXELKIT_API bool SaveImage(const std::string& name, TSaveImageHint* hint,
                                const DATASURFACE& surface);
+
+/// The form that can say why: when the result is false, `*reason` becomes a phrase that stands
+/// behind the file's name and a colon. A result of true leaves it alone, and it may be null.
+ZX_PIXELKIT_API bool SaveImage(const std::string& name, TSaveImageHint* hint,
+                               const DATASURFACE& surface, TZxMessage* reason);
