@@ -13,6 +13,12 @@ constexpr std::size_t kBmpFileHeader = 14;
 constexpr std::size_t kBmpInfoHeader = 108;
 constexpr std::size_t kBmpPalette = 256 * 4;
 
+// What the compression field tells.
+constexpr std::uint32_t kPlain = 0;
+constexpr std::uint32_t kPacked8 = 1;
+constexpr std::uint32_t kPacked4 = 2;
+constexpr std::uint32_t kMasked = 3;
+
 struct BMP_HEADER {
   std::uint32_t PixelsAt;
   std::uint32_t HeaderSize;
@@ -24,6 +30,8 @@ struct BMP_HEADER {
   std::uint32_t Colors;
   std::uint32_t Masks[4];
   std::size_t PaletteAt;
+
+  bool IsPacked() const { return Compression == kPacked8 || Compression == kPacked4; }
 };
 
 // Fields of the six known headers, whose common parts lie at the same places.
@@ -62,7 +70,7 @@ bool _ReadBmpHeader(BYTES file, BMP_HEADER* h) {
   h->Compression = Get32(p + 30);
   h->Colors = Get32(p + 46);
   h->PaletteAt = kBmpFileHeader + h->HeaderSize;
-  if (h->Compression == 3) {
+  if (h->Compression == kMasked) {
     // The masks stand inside the longer headers and behind the shortest: at the same place.
     if (h->HeaderSize == 40) {
       h->PaletteAt += 12;
@@ -81,16 +89,121 @@ bool _ReadBmpHeader(BYTES file, BMP_HEADER* h) {
 bool _CheckBmp(BYTES file, const BMP_HEADER& h, REASON* why) {
   const std::uint32_t bits = h.BitsPerPixel;
   const bool known = bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
-  const bool masked = h.Compression == 3 && (bits == 16 || bits == 32);
-  if (!known || h.Planes != 1 || (h.Compression != 0 && !masked) ||
-      (h.HeaderSize == 12 && (bits == 16 || bits == 32)) || h.Width < 1 ||
-      h.Height == std::numeric_limits<std::int32_t>::min() || h.PixelsAt < h.PaletteAt ||
-      h.PixelsAt > file.Size) {
+  const bool fits = h.Compression == kPlain ||
+                    (h.Compression == kMasked && (bits == 16 || bits == 32)) ||
+                    (h.Compression == kPacked8 && bits == 8 && h.Height > 0) ||
+                    (h.Compression == kPacked4 && bits == 4 && h.Height > 0);
+  if (!known || !fits || h.Planes != 1 || (h.HeaderSize == 12 && (bits == 16 || bits == 32)) ||
+      h.Width < 1 || h.Height == std::numeric_limits<std::int32_t>::min() ||
+      h.PixelsAt < h.PaletteAt || h.PixelsAt > file.Size) {
     return why->Refuse(kBadHeader);
+  }
+  if (h.IsPacked()) {
+    return true;
   }
   const std::uint64_t rowBytes = (static_cast<std::uint64_t>(h.Width) * bits + 31) / 32 * 4;
   return static_cast<std::uint64_t>(std::abs(h.Height)) <= (file.Size - h.PixelsAt) / rowBytes ||
          why->Refuse(kTruncated);
+}
+
+// Runs of packed pixels, spread into rows of a byte a pixel as the plain kind has them: the bottom
+// row first, each of a multiple of four bytes. What no run reaches has colour 0.
+//
+//     n c          n pixels of colour c; of two colours in turn, high half first, with 4 bits
+//     0 0          to the next row
+//     0 1          the end
+//     0 2 dx dy    that far right and up
+//     0 n ...      n pixels one by one, up to an even byte
+class TUnpacking {
+public:
+  TUnpacking(BYTES packed, const BMP_HEADER& h, std::uint8_t* rows, std::size_t rowBytes)
+      : m_Packed(packed), m_Rows(rows), m_RowBytes(rowBytes),
+        m_Width(static_cast<std::size_t>(h.Width)), m_Height(static_cast<std::size_t>(h.Height)),
+        m_IsHalf(h.Compression == kPacked4) {}
+
+  bool Run(REASON* why) {
+    for (;;) {
+      if (_Left() < 2) {
+        // The mark of the end may be missing behind the last pixel.
+        return m_Y >= m_Height || (m_Y == m_Height - 1 && m_X == m_Width) ||
+               why->Refuse(kTruncated);
+      }
+      const std::uint8_t* code = m_Packed.Data + m_At;
+      m_At += 2;
+      if (code[0] == 0 && code[1] == 1) {
+        return true;
+      }
+      if (!(code[0] != 0 ? _Put(code + 1, code[0], true, why) : _Escape(code[1], why))) {
+        return false;
+      }
+    }
+  }
+
+private:
+  std::size_t _Left() const { return m_Packed.Size - m_At; }
+
+  bool _Escape(std::size_t code, REASON* why) {
+    if (code == 0) {
+      m_X = 0;
+      ++m_Y;
+      return true;
+    }
+    const std::size_t bytes = code == 2 ? 2 : m_IsHalf ? (code + 1) / 2 : code;
+    if (_Left() < bytes) {
+      return why->Refuse(kTruncated);
+    }
+    const std::uint8_t* data = m_Packed.Data + m_At;
+    m_At += std::min(_Left(), bytes + bytes % 2);
+    if (code == 2) {
+      m_X += data[0];
+      m_Y += data[1];
+      return true;
+    }
+    return _Put(data, code, false, why);
+  }
+
+  // `count` pixels from `colors` on; `repeated`: all from its first byte.
+  bool _Put(const std::uint8_t* colors, std::size_t count, bool repeated, REASON* why) {
+    if (m_Y >= m_Height || m_X > m_Width || count > m_Width - m_X) {
+      return why->Refuse("damaged", "a run beyond its row");
+    }
+    std::uint8_t* to = m_Rows + m_Y * m_RowBytes + m_X;
+    for (std::size_t i = 0; i < count; ++i) {
+      const std::uint8_t byte = colors[repeated ? 0 : m_IsHalf ? i / 2 : i];
+      to[i] = !m_IsHalf ? byte : static_cast<std::uint8_t>(i % 2 == 0 ? byte >> 4 : byte & 15);
+    }
+    m_X += count;
+    return true;
+  }
+
+  BYTES m_Packed;
+  std::uint8_t* m_Rows;
+  std::size_t m_RowBytes;
+  std::size_t m_Width;
+  std::size_t m_Height;
+  bool m_IsHalf;
+  std::size_t m_At = 0;
+  std::size_t m_X = 0;
+  std::size_t m_Y = 0;
+};
+
+// The longest run codes 255 pixels in two bytes; small pictures may be nearly empty.
+constexpr std::uint64_t kMostPackedPixelsPerByte = 128;
+constexpr std::int64_t kFreePixels = std::int64_t{1} << 20;
+
+bool _Unpack(BYTES file, const BMP_HEADER& h, TBlock* rows, std::size_t* size, REASON* why) {
+  const bool small = std::int64_t{h.Width} * h.Height <= kFreePixels;
+  if (!FitsBudget(h.Width, h.Height, small ? ~std::uint64_t{0} : kMostPackedPixelsPerByte,
+                  file.Size, why)) {
+    return false;
+  }
+  const std::size_t rowBytes = (static_cast<std::size_t>(h.Width) + 3) / 4 * 4;
+  *size = rowBytes * static_cast<std::size_t>(h.Height);
+  rows->reset(static_cast<std::uint8_t*>(std::calloc(*size, 1)));
+  if (!*rows) {
+    return why->Refuse(kOutOfMemory);
+  }
+  return TUnpacking(From(file, h.PixelsAt), h, rows->get(), rowBytes).Run(why);
 }
 
 } // namespace
@@ -98,7 +211,8 @@ bool _CheckBmp(BYTES file, const BMP_HEADER& h, REASON* why) {
 bool IsBmp(BYTES head) { return head.Size >= 2 && head.Data[0] == 'B' && head.Data[1] == 'M'; }
 
 // Every header is rewritten as the one kind that the decoder reads without trouble, with a palette
-// of full length: colours that the file does not have are black.
+// of full length: colours that the file does not have are black. It does not read packed pixels, so
+// it gets those spread out.
 bool DecodeBmp(BYTES file, PICTURE* out, REASON* why) {
   BMP_HEADER h;
   if (!_ReadBmpHeader(file, &h)) {
@@ -126,12 +240,20 @@ bool DecodeBmp(BYTES file, PICTURE* out, REASON* why) {
   Put32(head + 18, static_cast<std::uint32_t>(h.Width));
   Put32(head + 22, static_cast<std::uint32_t>(h.Height));
   Put16(head + 26, 1);
-  Put16(head + 28, h.BitsPerPixel);
-  Put32(head + 30, h.Compression);
+  Put16(head + 28, h.IsPacked() ? 8 : h.BitsPerPixel);
+  Put32(head + 30, h.IsPacked() ? kPlain : h.Compression);
   for (int i = 0; i < 4; ++i) {
     Put32(head + 54 + 4 * i, h.Masks[i]);
   }
-  return DecodeByStb({head, headSize}, From(file, h.PixelsAt), DATA_TYPE_UINT8, 8, out, why);
+  TBlock rows;
+  BYTES body = From(file, h.PixelsAt);
+  if (h.IsPacked()) {
+    if (!_Unpack(file, h, &rows, &body.Size, why)) {
+      return false;
+    }
+    body.Data = rows.get();
+  }
+  return DecodeByStb({head, headSize}, body, DATA_TYPE_UINT8, 8, out, why);
 }
 
 } // namespace zx::image

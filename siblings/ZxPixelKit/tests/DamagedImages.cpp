@@ -176,6 +176,7 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"bmp of a sign", BmpHeader(-5, 5, 24, 0, 0) + TBytes(200, 1)},
       {"bmp of the lowest", BmpHeader(1, -0x7FFFFFFF - 1, 24, 0, 0) + TBytes(200, 1)},
       {"bmp within the budget", BmpHeader(16000, 16000, 24, 0, 0) + TBytes(200, 1)},
+      {"bmp packed", BmpHeader(16000, 16000, 8, 1, 8) + TBytes(8, 1) + TBytes{0, 1}},
       {"pnm", Text("P6 16000 16000 255\n1234")},
       {"pnm of all", Text("P6 999999999 999999999 65535\n1234")},
       {"pbm", Text("P4 16000 16000\n1234")},

@@ -268,6 +268,14 @@ std::vector<NAMED_FILE> SmallFiles() {
       {"bmp masks", BmpHeader(1, 2, 16, 3, 12) +
                         TBytes{0x00, 0xF8, 0, 0, 0xE0, 0x07, 0, 0, 0x1F, 0, 0, 0} +
                         TBytes{0x1F, 0, 0, 0, 0xE0, 0x07, 0, 0}},
+      {"bmp packed",
+       BmpHeader(5, 2, 8, 1, 8) + TBytes{1, 2, 3, 0, 4, 5, 6, 0} +
+           TBytes{0, 3, 1, 0, 1, 0, 2, 0, 0, 0, 5, 1, 0, 0, 0, 1},
+       4},
+      {"bmp packed half bytes",
+       BmpHeader(5, 2, 4, 2, 8) + TBytes{1, 2, 3, 0, 4, 5, 6, 0} +
+           TBytes{0, 5, 0x01, 0x10, 0x10, 0, 0, 0, 5, 0x01, 0, 1},
+       2},
       {"pgm", Text("P5 # grey\n3 2\n255\n") + TBytes{1, 2, 3, 4, 5, 6}},
       {"pbm", Text("P4\n10 2\n") + TBytes{0xA5, 0x40, 0x5A, 0x80}},
       {"pbm text", Text("P1\n# bits\n3 2\n101\n0 1 0\n"), 1},

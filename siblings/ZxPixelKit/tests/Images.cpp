@@ -304,9 +304,68 @@ TEST(Bmp, OldestHeader) {
   EXPECT_EQ(image.Pixels(), (TBytes{3, 2, 1, 6, 5, 4}));
 }
 
-TEST(Bmp, PackedIsRefused) {
-  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 8, 1, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
-  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 4, 2, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
+// Four colours: blue, green, red and one that is unused.
+const TBytes kPackedPalette = {10, 11, 12, 0, 20, 21, 22, 0, 30, 31, 32, 0, 40, 41, 42, 0};
+
+TBytes PackedBmp(int width, int height, int bits, const TBytes& codes) {
+  return BmpHeader(width, height, bits, bits == 8 ? 1 : 2, 16) + kPackedPalette + codes;
+}
+
+// The colours that the pixels have, by their number, row 0 first.
+TBytes Colors(const TBytes& numbers) {
+  TBytes made;
+  for (const std::uint8_t number : numbers) {
+    const std::size_t at = number * 4u;
+    made = made + TBytes{kPackedPalette[at + 2], kPackedPalette[at + 1], kPackedPalette[at]};
+  }
+  return made;
+}
+
+TEST(Bmp, PackedBytes) {
+  const TBytes codes = {3, 1, 2, 2, 0, 0,       // 1 1 1 2 2
+                        0, 5, 0, 1, 2, 3, 1, 0, // 0 1 2 3 1, one byte to be even
+                        0, 0, 0, 2, 2, 1, 1, 3, // nothing; two to the right, one up: 3
+                        0, 1};
+  const TLoaded image(PackedBmp(5, 4, 8, codes));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 5, 4, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(image.Pixels(), Colors({1, 1, 1, 2, 2, 0, 1, 2, 3, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0}));
+}
+
+TEST(Bmp, PackedHalfBytes) {
+  const TBytes codes = {5, 0x12, 0,    0,             // 1 2 1 2 1
+                        0, 5,    0x01, 0x23, 0x10, 0, // 0 1 2 3 1
+                        0, 0,    0,    1};
+  const TLoaded image(PackedBmp(5, 3, 4, codes));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 5, 3, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(image.Pixels(), Colors({1, 2, 1, 2, 1, 0, 1, 2, 3, 1, 0, 0, 0, 0, 0}));
+}
+
+TEST(Bmp, PackedWithoutTheMarkOfTheEndBehindTheLastPixel) {
+  const TBytes expected = Colors({1, 1, 2, 2});
+  for (const TBytes& codes : {TBytes{2, 1, 0, 0, 2, 2}, TBytes{2, 1, 0, 0, 2, 2, 0, 0},
+                              TBytes{2, 1, 0, 0, 2, 2, 0, 0, 0}}) {
+    const TLoaded image(PackedBmp(2, 2, 8, codes));
+    ASSERT_TRUE(image.Done);
+    EXPECT_EQ(image.Pixels(), expected);
+  }
+}
+
+TEST(Bmp, PackedThatLeavesThePictureIsRefused) {
+  for (const TBytes& codes :
+       {TBytes{3, 1, 0, 1}, TBytes{2, 1, 1, 1, 0, 1}, TBytes{0, 0, 0, 0, 1, 1, 0, 1},
+        TBytes{0, 3, 1, 1, 1, 1, 0, 1}, TBytes{0, 2, 3, 0, 1, 1, 0, 1},
+        TBytes{0, 2, 0, 2, 1, 1, 0, 1}, TBytes{2, 1}, TBytes{2, 1, 0, 0, 1, 1}, TBytes{0, 2, 1},
+        TBytes{0, 4, 1, 1}, TBytes{}}) {
+    EXPECT_FALSE(TLoaded(PackedBmp(2, 2, 8, codes)).Done);
+  }
+  // From the top, or with another depth than the packing is for.
+  const TBytes end = {0, 1};
+  EXPECT_TRUE(TLoaded(PackedBmp(2, 2, 8, end)).Done);
+  EXPECT_FALSE(TLoaded(PackedBmp(2, -2, 8, end)).Done);
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 2, 4, 1, 16) + kPackedPalette + end).Done);
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 2, 8, 2, 16) + kPackedPalette + end).Done);
 }
 
 TEST(Pnm, GreyAndColour) {

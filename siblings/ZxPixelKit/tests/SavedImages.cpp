@@ -272,7 +272,7 @@ TEST(SaveImage, RefusesWhatAKindCannotHold) {
                {".hdr", {DATA_TYPE_FLOAT}}};
   for (const auto& kind : kinds) {
     const TTemporary file((std::string("_holds") + kind.Ending).c_str());
-    for (int type = DATA_TYPE_BOOL; type <= DATA_TYPE_DOUBLE; ++type) {
+    for (unsigned int type = DATA_TYPE_BOOL; type <= DATA_TYPE_DOUBLE; ++type) {
       const bool takes = std::count(kind.Takes.begin(), kind.Takes.end(), DATA_TYPE(type)) != 0;
       TDataSurface surface;
       ASSERT_TRUE(surface.Create(2, 2, DATA_FORMAT_RED, DATA_TYPE(type), 1));
