@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 
 #include <ZxBaseKit/TZxMessage.h>
@@ -36,11 +37,44 @@ bool TImageSurface::SetDataSize(unsigned long n) {
   return true;
 }
 
+namespace {
+
+struct TFree {
+  void operator()(void* block) const noexcept { std::free(block); }
+};
+
+// Whether `data` may point into the surface's block, the slack behind its pixels included. Where
+// the answer is a wrong yes, the pixels are copied once more than needed, and that is all.
+bool _MayBeInside(const DATASURFACE& surface, std::uint64_t extraSize, const void* data) {
+  const std::uint64_t offset =
+      reinterpret_cast<std::uintptr_t>(data) - reinterpret_cast<std::uintptr_t>(surface.Data);
+  const std::uint64_t slack = static_cast<std::uint64_t>(surface.RowStride) +
+                              static_cast<std::uint64_t>(surface.PixelStride);
+  return surface.Data != nullptr &&
+         (offset < surface.DataSize ||
+          (offset - surface.DataSize < extraSize || offset - surface.DataSize < slack));
+}
+
+} // namespace
+
 bool TImageSurface::SetImage2D(unsigned long w, unsigned long h, unsigned long pixelStride,
                                unsigned long rowStride, DATA_FORMAT f, DATA_TYPE t, int channels,
                                void* data) {
   unsigned long size = 0;
-  if (__builtin_mul_overflow(rowStride, h, &size) || !SetDataSize(size)) {
+  if (__builtin_mul_overflow(rowStride, h, &size)) {
+    return false;
+  }
+  // Another size may move the block or cut it short, and with it pixels that lie inside.
+  std::unique_ptr<void, TFree> apart;
+  if (size != 0 && size != m_Surface.DataSize && data != nullptr &&
+      _MayBeInside(m_Surface, m_ExtraSize, data)) {
+    apart.reset(std::malloc(size));
+    if (!apart) {
+      return false;
+    }
+    data = std::memcpy(apart.get(), data, size);
+  }
+  if (!SetDataSize(size)) {
     return false;
   }
   m_Surface.Width = static_cast<std::int32_t>(w);
