@@ -6,6 +6,7 @@
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <limits>
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
+#include "CommaLocale.h"
 #include "ImageFiles.h"
 
 namespace {
@@ -356,6 +358,38 @@ TEST(SaveImage, SaysWhyTheFileCannotBeOpened) {
   TZxMessage reason;
   EXPECT_FALSE(SaveImage("/nonexistent/file.png", nullptr, surface, &reason));
   EXPECT_EQ(reason.GetText(), std::strerror(ENOENT));
+}
+
+std::string Contents(const std::string& name) {
+  std::ifstream file(name, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+// Names are bytes, and numbers in a header those of "C".
+TEST(SaveImage, NoLocaleHasASay) {
+  TDataSurface floats, bytes;
+  ASSERT_TRUE(floats.Create(1234, 1, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3));
+  ASSERT_TRUE(bytes.Create(1234, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3));
+  const auto save = [&](const char* ending, const TDataSurface& surface) {
+    const TTemporary file((std::string("_gr\u00FC\u00DFe \u65E5\u672C") + ending).c_str());
+    EXPECT_TRUE(SaveImage(file.Name, nullptr, surface));
+    EXPECT_TRUE(std::filesystem::exists(file.Name));
+    DATASURFACE back = {};
+    EXPECT_TRUE(LoadImage(file.Name, nullptr, &back));
+    EXPECT_EQ(back.Width, 1234);
+    FreeDataSurfaceData(back);
+    return Contents(file.Name);
+  };
+  const std::string hdr = save(".hdr", floats);
+  const std::string png = save(".png", bytes);
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  EXPECT_EQ(save(".hdr", floats), hdr);
+  EXPECT_EQ(save(".png", bytes), png);
+  EXPECT_TRUE(TLoaded(Text("P2 2 1 1023 1 1000")).Done);
+  EXPECT_TRUE(TLoaded(Text("P5 2 1 1023\n") + TBytes{0, 1, 0, 2}).Done);
 }
 
 } // namespace
