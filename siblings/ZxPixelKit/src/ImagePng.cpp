@@ -1,5 +1,6 @@
 #include "ImageDecoders.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstring>
 #include <limits>
@@ -32,6 +33,12 @@ struct PNG_READ {
 constexpr std::uint64_t kMostBytesPerByte = 1032;
 constexpr std::uint64_t kMostPixelsPerByte = 8 * kMostBytesPerByte;
 
+// What a packed chunk may come to in any case.
+constexpr std::size_t kFreeChunk = 1 << 16;
+
+constexpr std::size_t kSignature = 8;
+constexpr std::size_t kAroundChunk = 12; // length and kind before it, the sum behind
+
 void _OnError(png_structp png, png_const_charp text) {
   static_cast<PNG_READ*>(png_get_error_ptr(png))->Why->Refuse("damaged PNG", text);
   png_longjmp(png, 1);
@@ -47,6 +54,24 @@ void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
   }
   std::memcpy(data, job->File.Data + job->Position, size);
   job->Position += size;
+}
+
+// Whether the file has all bytes of each of its chunks, up to the last. The decoder allocates a
+// chunk by its length before it reads it.
+bool _HasItsChunks(BYTES file) {
+  std::size_t at = kSignature;
+  for (bool isLast = false; !isLast;) {
+    if (file.Size - at < kAroundChunk) {
+      return false;
+    }
+    const std::size_t size = png_get_uint_32(file.Data + at);
+    if (size > file.Size - at - kAroundChunk) {
+      return false;
+    }
+    isLast = std::memcmp(file.Data + at + 4, "IEND", 4) == 0;
+    at += kAroundChunk + size;
+  }
+  return true;
 }
 
 // Whether the header is plausible, before any pixel is looked at.
@@ -85,6 +110,8 @@ bool _ReadPicture(PNG_READ* job) {
   png_structp png = job->Png;
   png_set_read_fn(png, job, _ReadBytes);
   png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+  // Bounds what packed texts and profiles come to, which nobody looks at here.
+  png_set_chunk_malloc_max(png, std::max<std::size_t>(job->File.Size, kFreeChunk));
   png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
   png_read_info(png, job->Info);
   job->Width = png_get_image_width(png, job->Info);
@@ -131,6 +158,9 @@ bool _Guarded(PNG_READ* job) {
 bool IsPng(BYTES head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
 
 bool DecodePng(BYTES file, PICTURE* out, REASON* why) {
+  if (!_HasItsChunks(file)) {
+    return why->Refuse(kTruncated);
+  }
   PNG_READ job = {};
   job.File = file;
   job.Why = why;

@@ -146,6 +146,15 @@ TBytes PngThatPromises(std::uint32_t width, std::uint32_t height) {
   return png;
 }
 
+// A PNG whose next chunk after the header is of a kind and promises many bytes.
+TBytes PngWithAChunkThatPromises(const char* kind, std::uint32_t size) {
+  TBytes png = PngThatPromises(1, 1);
+  TBytes chunk = TBytes(4, 0) + Text(kind) + Text("a\0bc");
+  PutBig32(chunk.data(), size);
+  png.insert(png.begin() + 33, chunk.begin(), chunk.end());
+  return png;
+}
+
 TBytes JpegThatPromises(int width, int height) {
   TBytes jpeg = MakeJpeg(8, 8, TJPF_GRAY, TJSAMP_GRAY, TBytes(64, 9));
   for (std::size_t i = 0; i + 9 < jpeg.size(); ++i) {
@@ -166,6 +175,10 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"png of all", PngThatPromises(0x7FFFFFFF, 0x7FFFFFFF)},
       {"png above the budget", PngThatPromises(1 << 14, (1 << 14) + 1)},
       {"png within the budget", PngThatPromises(1 << 14, 1 << 14)},
+      {"png with a long text", PngWithAChunkThatPromises("tEXt", 7000000)},
+      {"png with a long packed text", PngWithAChunkThatPromises("zTXt", 7000000)},
+      {"png with a long profile", PngWithAChunkThatPromises("iCCP", 7000000)},
+      {"png with long EXIF data", PngWithAChunkThatPromises("eXIf", 7000000)},
       {"png without columns", PngThatPromises(0, 5)},
       {"png of a sign", PngThatPromises(0x80000000, 1)},
       {"jpeg", JpegThatPromises(65500, 65500)},
