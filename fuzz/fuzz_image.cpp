@@ -1,4 +1,4 @@
-// Bytes as an image file: a sound record or false, and the same pixels each time.
+// Bytes as an image file: a sound record, or false and why, and the same pixels each time.
 
 #include <algorithm>
 #include <cstddef>
@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/ZxPixelKit.h>
 
@@ -39,8 +40,10 @@ void Require(bool holds) {
 DATASURFACE Load(const std::uint8_t* data, std::size_t size) {
   DATASURFACE surface = {};
   TBytesStream stream(data, size);
-  const bool done = LoadImage(&stream, nullptr, &surface);
+  TZxMessage reason;
+  const bool done = LoadImage(&stream, nullptr, &surface, &reason);
   Require(done == (surface.Data != nullptr));
+  Require(done == reason.GetText().empty());
   return surface;
 }
 

@@ -11,9 +11,9 @@ for group in "$@"; do
   case "$group" in
     build)
       packages="$packages g++ cmake ninja-build pkg-config libboost-dev qtbase5-dev libpng-dev"
-      packages="$packages libturbojpeg0-dev libstb-dev libtomlplusplus-dev libhwy-dev libassimp-dev"
+      packages="$packages libjpeg62-turbo-dev libstb-dev libtomlplusplus-dev libhwy-dev libassimp-dev"
       ;;
-    test) packages="$packages libgtest-dev libgmock-dev libeigen3-dev libgl-dev binutils locales" ;;
+    test) packages="$packages libgtest-dev libgmock-dev libturbojpeg0-dev libeigen3-dev libgl-dev binutils locales" ;;
     demo) packages="$packages assimp-testmodels" ;;
     bench) packages="$packages libbenchmark-dev libeigen3-dev libboost-serialization-dev" ;;
     rivals) packages="$packages libosmesa6-dev" ;;

@@ -6,6 +6,7 @@
 
 #include <QtCore/QFile>
 #include <QtCore/QString>
+#include <unistd.h>
 
 namespace Zx3D {
 
@@ -53,8 +54,11 @@ bool TFileStream::SetEOS() { return m_File != nullptr && m_File->resize(m_File->
 
 long TFileStream::GetPos() const { return m_File != nullptr ? m_File->pos() : 0; }
 
+// Where a device has no positions, or not this one, the file layer would complain about it on the
+// error output: the system is asked first, with nothing left to be written at the old position.
 bool TFileStream::SetPos(long position) {
-  return m_File != nullptr && position >= 0 && m_File->seek(position);
+  return m_File != nullptr && position >= 0 && !m_File->isSequential() && m_File->flush() &&
+         lseek(m_File->handle(), position, SEEK_SET) == position && m_File->seek(position);
 }
 
 long TFileStream::GetSize() const { return m_File != nullptr ? m_File->size() : 0; }

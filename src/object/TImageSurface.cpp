@@ -2,8 +2,10 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <new>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 
@@ -35,11 +37,44 @@ bool TImageSurface::SetDataSize(unsigned long n) {
   return true;
 }
 
+namespace {
+
+struct TFree {
+  void operator()(void* block) const noexcept { std::free(block); }
+};
+
+// Whether `data` may point into the surface's block, the slack behind its pixels included. Where
+// the answer is a wrong yes, the pixels are copied once more than needed, and that is all.
+bool _MayBeInside(const DATASURFACE& surface, std::uint64_t extraSize, const void* data) {
+  const std::uint64_t offset =
+      reinterpret_cast<std::uintptr_t>(data) - reinterpret_cast<std::uintptr_t>(surface.Data);
+  const std::uint64_t slack = static_cast<std::uint64_t>(surface.RowStride) +
+                              static_cast<std::uint64_t>(surface.PixelStride);
+  return surface.Data != nullptr &&
+         (offset < surface.DataSize ||
+          (offset - surface.DataSize < extraSize || offset - surface.DataSize < slack));
+}
+
+} // namespace
+
 bool TImageSurface::SetImage2D(unsigned long w, unsigned long h, unsigned long pixelStride,
                                unsigned long rowStride, DATA_FORMAT f, DATA_TYPE t, int channels,
                                void* data) {
   unsigned long size = 0;
-  if (__builtin_mul_overflow(rowStride, h, &size) || !SetDataSize(size)) {
+  if (__builtin_mul_overflow(rowStride, h, &size)) {
+    return false;
+  }
+  // Another size may move the block or cut it short, and with it pixels that lie inside.
+  std::unique_ptr<void, TFree> apart;
+  if (size != 0 && size != m_Surface.DataSize && data != nullptr &&
+      _MayBeInside(m_Surface, m_ExtraSize, data)) {
+    apart.reset(std::malloc(size));
+    if (!apart) {
+      return false;
+    }
+    data = std::memcpy(apart.get(), data, size);
+  }
+  if (!SetDataSize(size)) {
     return false;
   }
   m_Surface.Width = static_cast<std::int32_t>(w);
@@ -84,10 +119,13 @@ void TImageSurface::Attach(DATASURFACE& s) {
 
 namespace {
 
-bool _ToObject(DATASURFACE& loaded, TImageSurface** out) {
+bool _ToObject(DATASURFACE& loaded, TImageSurface** out, TZxMessage* reason) {
   TImageSurface* image = new (std::nothrow) TImageSurface;
   if (image == nullptr) {
     FreeDataSurfaceData(loaded);
+    if (reason != nullptr) {
+      *reason = TZxMessage("out of memory"); // short enough to need none
+    }
     return false;
   }
   image->AttachDataSurface(loaded);
@@ -98,13 +136,22 @@ bool _ToObject(DATASURFACE& loaded, TImageSurface** out) {
 } // namespace
 
 bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out) {
-  DATASURFACE loaded = {};
-  return ::LoadImage(name, hint, &loaded) && _ToObject(loaded, out);
+  return LoadImage(name, hint, out, nullptr);
 }
 
 bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out) {
+  return LoadImage(stream, hint, out, nullptr);
+}
+
+bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out,
+               TZxMessage* reason) {
   DATASURFACE loaded = {};
-  return ::LoadImage(stream, hint, &loaded) && _ToObject(loaded, out);
+  return ::LoadImage(name, hint, &loaded, reason) && _ToObject(loaded, out, reason);
+}
+
+bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out, TZxMessage* reason) {
+  DATASURFACE loaded = {};
+  return ::LoadImage(stream, hint, &loaded, reason) && _ToObject(loaded, out, reason);
 }
 
 } // namespace Zx3D

@@ -7,6 +7,7 @@
 #include <ZxCore3D/types/Export.h>
 #include <ZxPixelKit/DATASURFACE.h>
 
+class TZxMessage;
 class TZxStream;
 struct TSaveImageHint;
 
@@ -29,9 +30,9 @@ public:
 
   /// Makes an image of `w` by `h` pixels with the given strides in bytes. The data size becomes
   /// `rowStride` times `h`, by the rule of `SetDataSize`. That many bytes are copied from `data`;
-  /// if it is null, the block keeps its content, which is undefined where it is new. Sizes and
-  /// strides are stored in 32 bits. False, with all as it was, when memory is exhausted or the data
-  /// size overflows.
+  /// they may lie inside the present block. If `data` is null, the block keeps its content, which
+  /// is undefined where it is new. Sizes and strides are stored in 32 bits. False, with all as it
+  /// was, when memory is exhausted or the data size overflows.
   virtual bool SetImage2D(unsigned long w, unsigned long h, unsigned long pixelStride,
                           unsigned long rowStride, DATA_FORMAT f, DATA_TYPE t, int channels,
                           void* data);
@@ -63,5 +64,12 @@ ZX_CORE3D_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TIma
 
 /// The same from the bytes between a stream's position and its end.
 ZX_CORE3D_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out);
+
+/// The forms that can say why: when the result is false, `*reason` becomes a phrase that stands
+/// behind the file's name and a colon. A result of true leaves it alone, and it may be null.
+ZX_CORE3D_API bool LoadImage(const std::string& name, TSaveImageHint* hint, TImageSurface** out,
+                             TZxMessage* reason);
+ZX_CORE3D_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TImageSurface** out,
+                             TZxMessage* reason);
 
 } // namespace Zx3D

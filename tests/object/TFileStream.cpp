@@ -1,16 +1,21 @@
 #include <ZxCore3D/object/TFileStream.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxCore3D/object/TMemoryStream.h>
 
+#include "CommaLocale.h"
 #include "object/FailingMalloc.h"
 #include "object/Streams.h"
 
@@ -134,6 +139,99 @@ TEST_F(TFileStreamTest, NamesAreUtf8) {
   EXPECT_TRUE(stream.WriteAll("x", 1));
   EXPECT_TRUE(stream.Close());
   EXPECT_TRUE(fs::exists(name));
+}
+
+// Names are bytes to the system; no locale has a say in what they are.
+TEST_F(TFileStreamTest, NamesAreUtf8InEveryLocale) {
+  const char* const names[] = {"gr\u00FC\u00DFe", "gru\u0308\u00DFe", "\u0416\u20AC\U0001D11E",
+                               "\u65E5\u672C.x"};
+  const auto check = [&](const std::string& locale) {
+    for (const char* each : names) {
+      const std::string name = Name((locale + each).c_str());
+      TFileStream stream;
+      ASSERT_TRUE(stream.Create(name)) << name;
+      EXPECT_TRUE(stream.WriteAll("x", 1));
+      EXPECT_TRUE(stream.Close());
+      EXPECT_EQ(Contents(name), "x");
+      EXPECT_TRUE(stream.Open(name));
+      EXPECT_EQ(stream.GetSize(), 1);
+      TMemoryStream memory;
+      EXPECT_TRUE(memory.LoadFromFile(name));
+      EXPECT_TRUE(memory.SaveToFile(name + "2"));
+      EXPECT_EQ(Contents(name + "2"), "x");
+    }
+  };
+  check("C");
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  check("comma");
+}
+
+// What has no positions says so by its results, and prints nothing.
+TEST_F(TFileStreamTest, DevicesAreSilent) {
+  const std::string pipe = Name("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int other = open(pipe.c_str(), O_RDWR | O_CLOEXEC); // so that no opening waits
+  ASSERT_GE(other, 0);
+  testing::internal::CaptureStderr();
+  for (const std::string& name : {std::string("/dev/null"), std::string("/dev/zero"),
+                                  std::string("/dev/full"), std::string("/dev/ptmx"), pipe}) {
+    for (const bool write : {false, true}) {
+      TFileStream stream;
+      if (!(write ? stream.Create(name) : stream.Open(name))) {
+        continue;
+      }
+      char byte = 'x';
+      EXPECT_FALSE(stream.SetPos(0)) << name;
+      EXPECT_FALSE(stream.SetPos(5)) << name;
+      EXPECT_THROW(stream.SetPosE(5), TZxMessage) << name;
+      EXPECT_FALSE(stream.Skip(0)) << name;
+      EXPECT_FALSE(stream.Skip(5)) << name;
+      EXPECT_FALSE(stream.SetSize(0)) << name;
+      stream.SetEOS();
+      stream.GetSize();
+      stream.GetPos();
+      stream.IsEOS();
+      if (write) {
+        stream._Write(&byte, 1);
+      } else if (name == "/dev/zero") {
+        EXPECT_EQ(stream._Read(&byte, 1), 1u);
+        EXPECT_EQ(byte, 0);
+        void* data = nullptr;
+        stream.Unmap(stream.Map(0, 1, true, false, &data));
+      }
+      stream.Close();
+    }
+  }
+  TMemoryStream memory;
+  memory.WriteAll("abc", 3);
+  memory.SaveToFile("/dev/null");
+  memory.LoadFromFile("/dev/null");
+  TFileStream file;
+  ASSERT_TRUE(file.Open(Put("in", "abc")));
+  EXPECT_FALSE(file.SetPos(LONG_MAX)); // further than a file can reach
+  EXPECT_FALSE(file.Skip(LONG_MAX));
+  EXPECT_EQ(file.GetPos(), 0);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  close(other);
+}
+
+TEST_F(TFileStreamTest, SetPosKeepsWhatWasWritten) {
+  const std::string name = Name("out");
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  EXPECT_TRUE(stream.WriteAll("abcdef", 6));
+  EXPECT_TRUE(stream.SetPos(2));
+  EXPECT_TRUE(stream.WriteAll("XY", 2));
+  EXPECT_EQ(stream.GetPos(), 4);
+  EXPECT_TRUE(stream.SetPos(8)); // behind the end
+  EXPECT_TRUE(stream.WriteAll("z", 1));
+  EXPECT_TRUE(stream.SetPos(0));
+  EXPECT_TRUE(stream.WriteAll("0", 1));
+  EXPECT_TRUE(stream.Close());
+  EXPECT_EQ(Contents(name), std::string("0bXYef\0\0z", 9));
 }
 
 TEST_F(TFileStreamTest, TheOtherModeAnswersMinusOneAndNoLoopTakesItForACount) {

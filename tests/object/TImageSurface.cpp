@@ -1,5 +1,6 @@
 #include <ZxCore3D/object/TImageSurface.h>
 
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
@@ -138,6 +140,52 @@ TEST(TImageSurface, ImageOfFourByTwo) {
   EXPECT_EQ(s.DataSize, 24u);
   EXPECT_NE(s.Data, pixels);
   EXPECT_EQ(std::memcmp(s.Data, pixels, 24), 0);
+}
+
+// The bytes from `offset` on of a block of 0, 1, 2, ... as an image of `w` by 1 pixels in its
+// place.
+void ExpectPartOfItself(TImageSurface& image, unsigned long offset, unsigned long w) {
+  SCOPED_TRACE(std::to_string(offset) + " " + std::to_string(w));
+  for (std::uint64_t i = 0; i < image.m_Surface.DataSize; ++i) {
+    image.m_Surface.Data[i] = static_cast<std::uint8_t>(i % 251);
+  }
+  ASSERT_TRUE(
+      image.SetImage2D(w, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, image.m_Surface.Data + offset));
+  ASSERT_EQ(image.m_Surface.DataSize, w);
+  for (unsigned long i = 0; i < w; ++i) {
+    ASSERT_EQ(image.m_Surface.Data[i], (offset + i) % 251) << i;
+  }
+}
+
+TEST(TImageSurface, DataInsideItsOwnBlock) {
+  constexpr unsigned long kSize = 1 << 20; // cut short, such a block goes back to the system
+  for (const unsigned long offset : {0ul, 1ul, 1000ul, kSize - 5}) {
+    for (const unsigned long w : {1ul, 5ul, kSize / 2, kSize - 5}) {
+      if (offset + w <= kSize) {
+        TImageSurface image;
+        ASSERT_TRUE(image.SetDataSize(kSize));
+        ExpectPartOfItself(image, offset, w);
+      }
+    }
+  }
+  TImageSurface image;
+  ASSERT_TRUE(image.SetDataSize(kSize));
+  ExpectPartOfItself(image, 0, kSize);
+}
+
+// What was allocated on top may be used as well: there a larger image can lie inside the block.
+TEST(TImageSurface, DataInsideTheExtraSizeOfItsOwnBlock) {
+  TImageSurface image;
+  image.m_ExtraSize = 100000;
+  ASSERT_TRUE(image.SetDataSize(8));
+  for (int i = 0; i < 100008; ++i) {
+    image.m_Surface.Data[i] = static_cast<std::uint8_t>(i % 251);
+  }
+  ASSERT_TRUE(
+      image.SetImage2D(100000, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, image.m_Surface.Data + 8));
+  for (int i = 0; i < 100000; ++i) {
+    ASSERT_EQ(image.m_Surface.Data[i], (i + 8) % 251) << i;
+  }
 }
 
 TEST(TImageSurface, StridesAsGiven) {
@@ -272,6 +320,20 @@ TEST(LoadImageObject, FalseLeavesTheTarget) {
   EXPECT_EQ(image, before);
 }
 
+TEST(LoadImageObject, SaysWhyItFailed) {
+  TImageSurface* image = nullptr;
+  TZxMessage reason("as it was");
+  EXPECT_FALSE(Zx3D::LoadImage(std::string("/nonexistent.png"), nullptr, &image, &reason));
+  EXPECT_EQ(reason.GetText(), std::strerror(ENOENT));
+  TTextStream damaged("P5 2 2 255\nabc");
+  EXPECT_FALSE(Zx3D::LoadImage(&damaged, nullptr, &image, &reason));
+  EXPECT_STREQ(reason.what(), "ends inside its picture");
+  TTextStream sound("P5 1 1 255\na");
+  ASSERT_TRUE(Zx3D::LoadImage(&sound, nullptr, &image, &reason));
+  EXPECT_STREQ(reason.what(), "ends inside its picture"); // left alone
+  image->Release();
+}
+
 TEST(TImageSurface, ExhaustedMemoryKeepsAll) {
   if (!zx_test::s_Available) {
     GTEST_SKIP();
@@ -289,6 +351,14 @@ TEST(TImageSurface, ExhaustedMemoryKeepsAll) {
     const zx_test::TMallocWatch watch(1);
     imaged = image.SetImage2D(30, 30, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3, nullptr);
   }
+  bool inside[2];
+  for (unsigned long failAt = 1; failAt <= 2; ++failAt) { // the copy apart, then the block
+    const zx_test::TMallocWatch watch(failAt);
+    inside[failAt - 1] =
+        image.SetImage2D(2, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, image.m_Surface.Data + 1);
+  }
+  EXPECT_FALSE(inside[0]);
+  EXPECT_FALSE(inside[1]);
   EXPECT_FALSE(sized);
   EXPECT_FALSE(imaged);
   EXPECT_EQ(std::memcmp(&before, &image.m_Surface, sizeof before), 0);

@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "CommaLocale.h"
+
 namespace {
 
 constexpr unsigned long s_Measure = ~0UL;
@@ -180,6 +182,50 @@ TEST(FindSlash, KnowsBothSeparators) {
   EXPECT_EQ(FindSlash(wide), wide + 1);
   EXPECT_EQ(FindSlashR(wide, s_Measure), wide + 3);
   EXPECT_EQ(FindSlashR(wide, 1), nullptr);
+}
+
+// Names of several bytes a character, and wide characters whose low byte alone would be a separator
+// or a point: U+012F, U+015C, U+012E.
+void CheckNamesBeyondAscii() {
+  const std::string folder = "\u65E5\u672C.\u00FC";
+  const std::string title = "gr\u00FC\u00DFe \u20AC";
+  const std::string name = folder + "\\" + title + ".\u0416";
+  EXPECT_EQ(Extracted<char>(ExtractFileName, name, s_Measure, 64), title + ".\u0416");
+  EXPECT_EQ(Extracted<char>(ExtractFilePath, name, s_Measure, 64), folder);
+  EXPECT_EQ(Extracted<char>(ExtractFileTitle, name, s_Measure, 64), title);
+  EXPECT_EQ(Extracted<char>(ExtractFileExt, name, s_Measure, 64), ".\u0416");
+  EXPECT_EQ(Extracted<char>(ExtractFileExt, folder + "/x", s_Measure, 64), "");
+  const std::wstring wide = L"\u012F\u015C/\u012E\u012F.\u015C\u012E";
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileName, wide, s_Measure, 64), L"\u012E\u012F.\u015C\u012E");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFilePath, wide, s_Measure, 64), L"\u012F\u015C");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileTitle, wide, s_Measure, 64), L"\u012E\u012F");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileExt, wide, s_Measure, 64), L".\u015C\u012E");
+  EXPECT_EQ(FindSlash(L"\u012F\u015C"), nullptr);
+  const wchar_t text[] = L"\u0161a"; // the low byte of U+0161 is an a
+  EXPECT_EQ(FindChar(text, L'a'), text + 1);
+  EXPECT_FALSE(IsFullFileName("\u00E4:\\x", s_Measure));
+  for (int i = 128; i < 256; ++i) {
+    EXPECT_FALSE(IsAlpha(static_cast<char>(i))) << i;
+  }
+  char out[64];
+  const unsigned long size =
+      RelativeToFullFileName("..\\\u00FC.x", s_Measure, "c:\\\u65E5\\\u672C", s_Measure, out, 64);
+  ASSERT_NE(size, s_Fail);
+  EXPECT_EQ(std::string(out, size), "c:\\\u65E5\\\u00FC.x");
+  // U+00E4 and U+00E5 have their first byte in common, which is no place to part a name.
+  const unsigned long relative =
+      FullToRelativeFileName("c:\\a\\\u00E5.x", s_Measure, "c:\\a\\\u00E4", s_Measure, out, 64);
+  ASSERT_NE(relative, s_Fail);
+  EXPECT_EQ(std::string(out, relative), "..\\\u00E5.x");
+}
+
+TEST(FileNames, BeyondAsciiInEveryLocale) {
+  CheckNamesBeyondAscii();
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  CheckNamesBeyondAscii();
 }
 
 } // namespace

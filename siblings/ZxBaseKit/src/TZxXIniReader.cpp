@@ -4,9 +4,8 @@
 #include <cstring>
 #include <vector>
 
-#include <toml++/toml.h>
-
 #include "TZxXIniFormat.h"
+#include "TomlPlusPlus.h"
 
 namespace {
 

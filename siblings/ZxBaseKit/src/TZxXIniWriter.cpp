@@ -5,9 +5,8 @@
 #include <sstream>
 #include <vector>
 
-#include <toml++/toml.h>
-
 #include "TZxXIniFormat.h"
+#include "TomlPlusPlus.h"
 
 struct TZxXIniWriter::TImpl {
   toml::table Root;

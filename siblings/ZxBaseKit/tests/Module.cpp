@@ -2,11 +2,17 @@
 
 #include <cfloat>
 #include <climits>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
 #include <thread>
 #include <type_traits>
 #include <vector>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 TEST(TZxStream, TheBaseIsAStreamWithoutBytes) {
   TZxStream stream;
@@ -79,4 +85,25 @@ TEST(Limits, AreTheFiniteOnes) {
   EXPECT_EQ(zx_max_value<int>(), INT_MAX);
   EXPECT_EQ(zx_min_value<int>(), INT_MIN);
   EXPECT_EQ(zx_min_value<unsigned char>(), 0);
+}
+
+// Uses enough of a copy of the library to bind what it exports, and closes it.
+TEST(ZxBaseKitModule, CanBeUnloaded) {
+  Dl_info about = {};
+  ASSERT_NE(dladdr(reinterpret_cast<void*>(&Init_ZxBaseKit), &about), 0);
+  const std::filesystem::path copy =
+      std::filesystem::temp_directory_path() / ("libZxBaseKit_" + std::to_string(getpid()) + ".so");
+  std::filesystem::copy_file(about.dli_fname, copy,
+                             std::filesystem::copy_options::overwrite_existing);
+  const auto isMapped = [&] {
+    std::ifstream maps("/proc/self/maps");
+    const std::string text(std::istreambuf_iterator<char>(maps), {});
+    return text.find(copy.string()) != std::string::npos;
+  };
+  void* library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+  ASSERT_NE(library, nullptr) << dlerror();
+  EXPECT_TRUE(isMapped());
+  EXPECT_EQ(dlclose(library), 0);
+  EXPECT_FALSE(isMapped());
+  std::filesystem::remove(copy);
 }

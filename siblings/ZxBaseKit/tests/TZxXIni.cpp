@@ -1,9 +1,13 @@
 #include <ZxBaseKit/TZxXIniReader.h>
 #include <ZxBaseKit/TZxXIniWriter.h>
 
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <locale>
 #include <random>
 #include <string>
 #include <vector>
@@ -12,6 +16,8 @@
 #include <gtest/gtest.h>
 
 #include <ZxBaseKit/TZxMessage.h>
+
+#include "CommaLocale.h"
 
 namespace {
 
@@ -85,6 +91,96 @@ TEST(TZxXIni, RandomBitPatternsComeBackToTheBit) {
     const double value = reader.ReadE<double>(reader.FindFE(NameOf(i), 0));
     ASSERT_EQ(BitsOf(value), bits[i]);
   }
+}
+
+std::string TextOf(double value) {
+  TZxXIniWriter writer;
+  EXPECT_TRUE(writer.WriteS<double>("v", &value));
+  const std::string text = writer.GetText();
+  EXPECT_EQ(text.substr(0, 4), "v = ");
+  return text.substr(4, text.size() - 5);
+}
+
+/// The digits of a number without sign, point, exponent and the zeros at both ends.
+std::string DigitsOf(const std::string& text) {
+  std::string digits;
+  for (const char c : text.substr(0, text.find('e'))) {
+    if (c >= '0' && c <= '9' && !(digits.empty() && c == '0')) {
+      digits += c;
+    }
+  }
+  return digits.substr(0, digits.find_last_not_of('0') + 1);
+}
+
+TEST(TZxXIni, WritesTheFewestDigitsThatReadBack) {
+  using L = std::numeric_limits<double>;
+  EXPECT_EQ(TextOf(0.1), "0.1");
+  EXPECT_EQ(TextOf(-1.1), "-1.1");
+  EXPECT_EQ(TextOf(100), "100.0");
+  EXPECT_EQ(TextOf(1.0 / 3), "0.3333333333333333");
+  EXPECT_EQ(TextOf(5e-324), "5e-324");
+  EXPECT_EQ(TextOf(1e23), "1e+23");
+  EXPECT_EQ(TextOf(L::max()), "1.7976931348623157e+308");
+  EXPECT_EQ(TextOf(-0.0), "-0.0");
+  std::mt19937_64 random(2);
+  for (int i = 0; i < 20000; ++i) {
+    double value = FromBits(random());
+    if (i % 2 == 0) { // as people write numbers
+      value = static_cast<double>(random() % 100000) / 1000;
+    }
+    if (!std::isfinite(value)) {
+      continue;
+    }
+    char text[64];
+    int digits = 0;
+    do {
+      std::snprintf(text, sizeof text, "%.*e", digits++, value);
+    } while (std::strtod(text, nullptr) != value);
+    // A whole number may stand with all its digits where that is not longer than an exponent.
+    const std::string written = TextOf(value);
+    ASSERT_EQ(std::strtod(written.c_str(), nullptr), value);
+    ASSERT_LE(written.size(), std::strlen(text) + 2) << text << " " << written; // ".0"
+    if (written.find('.') != written.size() - 2) {
+      ASSERT_EQ(DigitsOf(written).size(), DigitsOf(text).size()) << text << " " << written;
+    }
+  }
+}
+
+TEST(TZxXIni, NoLocaleHasASay) {
+  const std::vector<double> values = {0.5, -1234567.25, 1e300, 5e-324, 1.0 / 3};
+  const auto write = [&] {
+    TZxXIniWriter writer;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_TRUE(writer.WriteS<double>(NameOf(i), &values[i]));
+    }
+    const long whole = 1234567;
+    EXPECT_TRUE(writer.WriteS<long>("whole", &whole));
+    return writer.GetText();
+  };
+  const auto check = [&](const std::string& text) {
+    const TZxXIniReader reader(text);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(reader.ReadE<double>(reader.FindFE(NameOf(i), 0)), values[i]);
+    }
+    EXPECT_EQ(reader.ReadE<long>(reader.FindFE("whole", 0)), 1234567);
+    EXPECT_THAT(MessageOf([&] { TZxXIniReader damaged("a = 1,5\n"); }),
+                StartsWith("line 1, column "));
+  };
+  const std::string underC = write();
+  EXPECT_THAT(underC, HasSubstr("k1 = -1234567.25\n"));
+  EXPECT_THAT(underC, HasSubstr("whole = 1234567\n"));
+  check(underC);
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  EXPECT_EQ(write(), underC);
+  check(underC);
+  // Streams follow a locale of their own.
+  const std::locale before = std::locale::global(std::locale("de_DE.UTF-8"));
+  EXPECT_EQ(write(), underC);
+  check(underC);
+  std::locale::global(before);
 }
 
 TEST(TZxXIni, NansKeepSignAndPayload) {

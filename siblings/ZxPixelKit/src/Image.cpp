@@ -1,29 +1,62 @@
 #include <ZxPixelKit/Image.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <utility>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/Surface.h>
+#include <ZxPixelKit/TDataSurface.h>
 
 #include "ImageDecoders.h"
+#include "ImageOrientation.h"
 
 namespace zx::image {
 
-bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
-                std::size_t fileSize) {
-  constexpr auto kMost = static_cast<std::int64_t>(ZxMaxImagePixels);
-  if (width < 1 || height < 1 || width > kMost || height > kMost / width) {
-    return false;
+bool REASON::Refuse(const char* text) { return Refuse(text, nullptr); }
+
+bool REASON::Refuse(const char* text, const char* detail) {
+  const bool more = detail != nullptr && *detail != '\0';
+  std::snprintf(Text, sizeof Text, "%s%s%s", text, more ? ": " : "", more ? detail : "");
+  return false;
+}
+
+bool RefuseByErrno(REASON* why) {
+  char text[128];
+  return why->Refuse(strerror_r(errno, text, sizeof text));
+}
+
+void Tell(const REASON& why, TZxMessage* reason) {
+  if (reason == nullptr) {
+    return;
   }
-  return static_cast<std::uint64_t>(width * height) / pixelsPerByte <= fileSize;
+  try {
+    *reason = TZxMessage(why.Text);
+  } catch (const std::bad_alloc&) {
+    *reason = TZxMessage(kOutOfMemory); // short enough to need none
+  }
+}
+
+bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
+                std::size_t fileSize, REASON* why) {
+  constexpr auto kMost = static_cast<std::int64_t>(ZxMaxImagePixels);
+  if (width < 1 || height < 1) {
+    return why->Refuse("has no pixels");
+  }
+  if (width > kMost || height > kMost / width) {
+    return why->Refuse("has more than 2^28 pixels");
+  }
+  return static_cast<std::uint64_t>(width * height) / pixelsPerByte <= fileSize ||
+         why->Refuse("promises more pixels than its bytes can hold");
 }
 
 namespace {
 
-using TDecode = bool (*)(BYTES file, PICTURE* out);
+using TDecode = bool (*)(BYTES file, PICTURE* out, REASON* why);
 
 // The first bytes by which a file is told; what nobody knows is not read any further.
 constexpr std::size_t kHeadSize = 1 << 16;
@@ -52,15 +85,15 @@ TDecode _FindDecoder(BYTES head) {
 class TGrowing {
 public:
   // Reads up to `most` bytes in all by `read(data, size)`, until that gives 0.
-  template <class TRead> bool Read(std::size_t most, TRead& read) {
+  template <class TRead> bool Read(std::size_t most, TRead& read, REASON* why) {
     while (m_Size < most) {
       if (m_Size == m_Capacity && !_Grow()) {
-        return false;
+        return why->Refuse(kOutOfMemory);
       }
       const std::size_t asked = std::min(m_Capacity, most) - m_Size;
       const std::size_t got = read(m_Block.get() + m_Size, asked);
       if (got > asked) {
-        return false;
+        return why->Refuse("can't be read");
       }
       if (got == 0) {
         break;
@@ -90,69 +123,144 @@ private:
   std::size_t m_Capacity = 0;
 };
 
-// Turns the picture bottom row first, into a block with slack behind its pixels.
-bool _ToSurface(const PICTURE& picture, DATASURFACE* out) {
+// Turns the picture as it is to be seen, bottom row first, into a block with slack behind its
+// pixels.
+bool _ToSurface(const PICTURE& picture, DATASURFACE* out, REASON* why) {
   static constexpr DATA_FORMAT kFormats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
                                              DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
+  const WALK walk = WalkOf(picture.Width, picture.Height, picture.Orientation);
   DATASURFACE made;
   if (picture.Channels < 1 || picture.Channels > 4 ||
-      !ds::Set(&made, picture.Width, picture.Height, kFormats[picture.Channels - 1], picture.Type,
+      !ds::Set(&made, walk.Width, walk.Height, kFormats[picture.Channels - 1], picture.Type,
                picture.Channels, nullptr)) {
-    return false;
+    return why->Refuse("has rows of more than 2 GiB");
   }
   const auto rowStride = static_cast<std::size_t>(made.RowStride);
-  const auto height = static_cast<std::size_t>(made.Height);
-  made.Data =
-      AllocateSurfaceBlock(made.DataSize, rowStride, static_cast<std::uint64_t>(made.PixelStride));
+  const auto pixelStride = static_cast<std::size_t>(made.PixelStride);
+  made.Data = AllocateSurfaceBlock(made.DataSize, rowStride, pixelStride);
   if (made.Data == nullptr) {
-    return false;
+    return why->Refuse(kOutOfMemory);
   }
-  for (std::size_t y = 0; y < height; ++y) {
-    std::memcpy(made.Data + y * rowStride, picture.Pixels.get() + (height - 1 - y) * rowStride,
-                rowStride);
+  const auto stored = [&](std::ptrdiff_t index) {
+    return picture.Pixels.get() + static_cast<std::size_t>(index) * pixelStride;
+  };
+  for (int y = 0; y < walk.Height; ++y) {
+    std::uint8_t* row = made.Data + static_cast<std::size_t>(walk.Height - 1 - y) * rowStride;
+    const std::ptrdiff_t first = walk.First + y * walk.Row;
+    if (walk.Column == 1) {
+      std::memcpy(row, stored(first), rowStride);
+      continue;
+    }
+    for (int x = 0; x < walk.Width; ++x, row += pixelStride) {
+      std::memcpy(row, stored(first + x * walk.Column), pixelStride);
+    }
   }
   *out = made;
   return true;
 }
 
-template <class TRead> bool _Load(TRead read, DATASURFACE* out) {
+template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, REASON* why) {
   TGrowing bytes;
-  if (!bytes.Read(kHeadSize, read)) {
+  if (!bytes.Read(kHeadSize, read, why)) {
     return false;
   }
   const TDecode decode = _FindDecoder(bytes.Get());
-  if (decode == nullptr || !bytes.Read(kMostFileSize, read)) {
+  if (decode == nullptr) {
+    return why->Refuse(bytes.Get().Size == 0 ? "is empty" : "of no known image kind");
+  }
+  if (!bytes.Read(kMostFileSize, read, why)) {
     return false;
   }
   PICTURE picture;
-  return decode(bytes.Get(), &picture) && _ToSurface(picture, out);
+  return decode(bytes.Get(), &picture, why) && _ToSurface(picture, out, why);
 }
 
 struct TCloseFile {
   void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 
+bool _LoadFrom(const std::string& name, DATASURFACE* out, REASON* why) {
+  const std::unique_ptr<std::FILE, TCloseFile> file(std::fopen(name.c_str(), "rbe"));
+  if (!file) {
+    return RefuseByErrno(why);
+  }
+  bool failed = false;
+  const auto read = [&](std::uint8_t* data, std::size_t size) {
+    const std::size_t got = std::fread(data, 1, size, file.get());
+    if (got == 0 && std::ferror(file.get()) != 0) {
+      failed = true;
+      RefuseByErrno(why);
+    }
+    return got;
+  };
+  // What could be read of a file that can't be read to its end is not the file.
+  REASON ofBytes;
+  DATASURFACE made = {};
+  const bool done = _LoadBytes(read, &made, &ofBytes);
+  if (failed) {
+    FreeDataSurfaceData(made);
+    return false;
+  }
+  if (!done) {
+    *why = ofBytes;
+    return false;
+  }
+  *out = made;
+  return true;
+}
+
+bool _LoadFrom(TZxStream* stream, DATASURFACE* out, REASON* why) {
+  if (stream == nullptr || !static_cast<bool>(*stream)) {
+    return why->Refuse("no stream to read from");
+  }
+  const auto read = [&](std::uint8_t* data, std::size_t size) {
+    return std::size_t{stream->Read(data, size)};
+  };
+  return _LoadBytes(read, out, why);
+}
+
+template <class TSource> bool _Load(const TSource& source, DATASURFACE* out, TZxMessage* reason) {
+  REASON why;
+  if (_LoadFrom(source, out, &why)) {
+    return true;
+  }
+  Tell(why, reason);
+  return false;
+}
+
+template <class TSource> bool _Load(const TSource& source, TDataSurface* out, TZxMessage* reason) {
+  DATASURFACE made = {};
+  if (!_Load(source, &made, reason)) {
+    return false;
+  }
+  out->Adopt(made);
+  return true;
+}
+
 } // namespace
 
 } // namespace zx::image
 
 bool LoadImage(const std::string& name, TSaveImageHint*, DATASURFACE* out) {
-  const std::unique_ptr<std::FILE, zx::image::TCloseFile> file(std::fopen(name.c_str(), "rbe"));
-  if (!file) {
-    return false;
-  }
-  const auto read = [&](std::uint8_t* data, std::size_t size) {
-    return std::fread(data, 1, size, file.get());
-  };
-  return zx::image::_Load(read, out);
+  return zx::image::_Load(name, out, static_cast<TZxMessage*>(nullptr));
 }
 
 bool LoadImage(TZxStream* stream, TSaveImageHint*, DATASURFACE* out) {
-  if (stream == nullptr || !static_cast<bool>(*stream)) {
-    return false;
-  }
-  const auto read = [&](std::uint8_t* data, std::size_t size) {
-    return std::size_t{stream->Read(data, size)};
-  };
-  return zx::image::_Load(read, out);
+  return zx::image::_Load(stream, out, static_cast<TZxMessage*>(nullptr));
+}
+
+bool LoadImage(const std::string& name, TSaveImageHint*, DATASURFACE* out, TZxMessage* reason) {
+  return zx::image::_Load(name, out, reason);
+}
+
+bool LoadImage(TZxStream* stream, TSaveImageHint*, DATASURFACE* out, TZxMessage* reason) {
+  return zx::image::_Load(stream, out, reason);
+}
+
+bool LoadImage(const std::string& name, TSaveImageHint*, TDataSurface* out, TZxMessage* reason) {
+  return zx::image::_Load(name, out, reason);
+}
+
+bool LoadImage(TZxStream* stream, TSaveImageHint*, TDataSurface* out, TZxMessage* reason) {
+  return zx::image::_Load(stream, out, reason);
 }

@@ -7,6 +7,8 @@
 
 #include <ZxPixelKit/DATASURFACE.h>
 
+class TZxMessage;
+
 /// What the dispatch of image files and the decoders hand to each other. Internal.
 namespace zx::image {
 
@@ -20,15 +22,40 @@ struct TFree {
   void operator()(void* block) const noexcept { std::free(block); }
 };
 
+/// Why a file was refused, as a phrase that stands behind its name. Of fixed storage, so that a
+/// longjmp may leave it behind and exhausted memory can be told.
+struct REASON {
+  char Text[256] = "";
+
+  /// Notes the phrase. Always false, so that a refusal is one statement.
+  bool Refuse(const char* text);
+
+  /// The same with a decoder's own words behind it.
+  bool Refuse(const char* text, const char* detail);
+};
+
+/// Notes what the C library says of the last error. Always false.
+bool RefuseByErrno(REASON* why);
+
+/// Hands a reason on to a caller who may not want it.
+void Tell(const REASON& why, TZxMessage* reason);
+
+/// Phrases that several kinds share.
+inline constexpr char kOutOfMemory[] = "out of memory";
+inline constexpr char kTruncated[] = "ends inside its picture";
+inline constexpr char kBadHeader[] = "has a header that makes no sense";
+
 /// A block from `malloc`.
 using TBlock = std::unique_ptr<std::uint8_t[], TFree>;
 
-/// A decoded picture: tight rows, the top row first, components in the processor's byte order.
+/// A decoded picture as it is stored: tight rows, in the plain orientation the top row first,
+/// components in the processor's byte order.
 struct PICTURE {
   int Width = 0;
   int Height = 0;
   int Channels = 0;
   DATA_TYPE Type = DATA_TYPE_NONE;
+  int Orientation = 1; // as EXIF counts them: 1 to 8, 1 being as stored
   TBlock Pixels;
 };
 
@@ -36,7 +63,7 @@ struct PICTURE {
 /// pixels, and no more than `fileSize` bytes can code when a byte stands for `pixelsPerByte` pixels
 /// at the most. Beyond a small size, a length in a file thus never sizes a block by itself.
 bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
-                std::size_t fileSize);
+                std::size_t fileSize, REASON* why);
 
 /// An unsigned number of 2 or 4 bytes, lowest byte first.
 inline std::uint32_t Get16(const std::uint8_t* p) {
@@ -44,24 +71,25 @@ inline std::uint32_t Get16(const std::uint8_t* p) {
 }
 inline std::uint32_t Get32(const std::uint8_t* p) { return Get16(p) | Get16(p + 2) << 16; }
 
-/// Each `Is` looks at the first bytes only; each `Decode` leaves `*out` as it was when it is false.
+/// Each `Is` looks at the first bytes only; each `Decode` leaves `*out` as it was when it is false,
+/// and has noted in `*why` what was wrong.
 bool IsPng(BYTES head);
-bool DecodePng(BYTES file, PICTURE* out);
+bool DecodePng(BYTES file, PICTURE* out, REASON* why);
 
 bool IsJpeg(BYTES head);
-bool DecodeJpeg(BYTES file, PICTURE* out);
+bool DecodeJpeg(BYTES file, PICTURE* out, REASON* why);
 
 bool IsBmp(BYTES head);
-bool DecodeBmp(BYTES file, PICTURE* out);
+bool DecodeBmp(BYTES file, PICTURE* out, REASON* why);
 
 bool IsPnm(BYTES head);
-bool DecodePnm(BYTES file, PICTURE* out);
+bool DecodePnm(BYTES file, PICTURE* out, REASON* why);
 
 bool IsHdr(BYTES head);
-bool DecodeHdr(BYTES file, PICTURE* out);
+bool DecodeHdr(BYTES file, PICTURE* out, REASON* why);
 
 /// TGA has no mark: this holds each field of the header against the values that it can have.
 bool IsTga(BYTES head);
-bool DecodeTga(BYTES file, PICTURE* out);
+bool DecodeTga(BYTES file, PICTURE* out, REASON* why);
 
 } // namespace zx::image

@@ -1,10 +1,13 @@
 #include "ImageDecoders.h"
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstring>
 #include <limits>
 
 #include <png.h>
+
+#include "ImageOrientation.h"
 
 namespace zx::image {
 
@@ -22,34 +25,65 @@ struct PNG_READ {
   png_uint_32 Height;
   int Channels;
   int BitDepth;
+  int Orientation;
+  REASON* Why;
 };
 
 // Deflate codes at most 1032 bytes in one, and a byte holds at most eight pixels.
 constexpr std::uint64_t kMostBytesPerByte = 1032;
 constexpr std::uint64_t kMostPixelsPerByte = 8 * kMostBytesPerByte;
 
-void _OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+// What a packed chunk may come to in any case.
+constexpr std::size_t kFreeChunk = 1 << 16;
+
+constexpr std::size_t kSignature = 8;
+constexpr std::size_t kAroundChunk = 12; // length and kind before it, the sum behind
+
+void _OnError(png_structp png, png_const_charp text) {
+  static_cast<PNG_READ*>(png_get_error_ptr(png))->Why->Refuse("damaged PNG", text);
+  png_longjmp(png, 1);
+}
 
 void _OnWarning(png_structp, png_const_charp) {}
 
 void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
   PNG_READ* job = static_cast<PNG_READ*>(png_get_io_ptr(png));
   if (size > job->File.Size - job->Position) {
-    png_error(png, "truncated");
+    job->Why->Refuse(kTruncated);
+    png_longjmp(png, 1);
   }
   std::memcpy(data, job->File.Data + job->Position, size);
   job->Position += size;
 }
 
+// Whether the file has all bytes of each of its chunks, up to the last. The decoder allocates a
+// chunk by its length before it reads it.
+bool _HasItsChunks(BYTES file) {
+  std::size_t at = kSignature;
+  for (bool isLast = false; !isLast;) {
+    if (file.Size - at < kAroundChunk) {
+      return false;
+    }
+    const std::size_t size = png_get_uint_32(file.Data + at);
+    if (size > file.Size - at - kAroundChunk) {
+      return false;
+    }
+    isLast = std::memcmp(file.Data + at + 4, "IEND", 4) == 0;
+    at += kAroundChunk + size;
+  }
+  return true;
+}
+
 // Whether the header is plausible, before any pixel is looked at.
 bool _CheckHeader(const PNG_READ* job) {
-  if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size)) {
+  if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size, job->Why)) {
     return false;
   }
   const std::uint64_t bitsPerPixel =
       std::uint64_t{png_get_channels(job->Png, job->Info)} * png_get_bit_depth(job->Png, job->Info);
   return std::uint64_t{job->Width} * job->Height * bitsPerPixel / 8 / kMostBytesPerByte <=
-         job->File.Size;
+             job->File.Size ||
+         job->Why->Refuse("promises more pixels than its bytes can hold");
 }
 
 // Asks for 8 or 16 bits a component, grey, grey and alpha, RGB or RGBA.
@@ -76,6 +110,8 @@ bool _ReadPicture(PNG_READ* job) {
   png_structp png = job->Png;
   png_set_read_fn(png, job, _ReadBytes);
   png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
+  // Bounds what packed texts and profiles come to, which nobody looks at here.
+  png_set_chunk_malloc_max(png, std::max<std::size_t>(job->File.Size, kFreeChunk));
   png_set_crc_action(png, PNG_CRC_ERROR_QUIT, PNG_CRC_ERROR_QUIT);
   png_read_info(png, job->Info);
   job->Width = png_get_image_width(png, job->Info);
@@ -90,19 +126,23 @@ bool _ReadPicture(PNG_READ* job) {
   if (job->Channels < 1 || job->Channels > 4 || (job->BitDepth != 8 && job->BitDepth != 16) ||
       rowBytes != std::uint64_t{job->Width} * static_cast<unsigned int>(job->Channels) *
                       static_cast<unsigned int>(job->BitDepth / 8)) {
-    return false;
+    return job->Why->Refuse(kBadHeader);
   }
   // Zeroed, since the first pass of an interlaced picture mixes with what the rows hold.
   job->Pixels = static_cast<std::uint8_t*>(std::calloc(job->Height, rowBytes));
   if (job->Pixels == nullptr) {
-    return false;
+    return job->Why->Refuse(kOutOfMemory);
   }
   for (int pass = 0; pass < passes; ++pass) {
     for (png_uint_32 y = 0; y < job->Height; ++y) {
       png_read_row(png, job->Pixels + y * rowBytes, nullptr);
     }
   }
-  png_read_end(png, nullptr);
+  png_read_end(png, job->Info);
+  png_bytep exif = nullptr;
+  png_uint_32 exifSize = 0;
+  job->Orientation =
+      png_get_eXIf_1(png, job->Info, &exifSize, &exif) != 0 ? ExifOrientation({exif, exifSize}) : 1;
   return true;
 }
 
@@ -117,10 +157,15 @@ bool _Guarded(PNG_READ* job) {
 
 bool IsPng(BYTES head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
 
-bool DecodePng(BYTES file, PICTURE* out) {
+bool DecodePng(BYTES file, PICTURE* out, REASON* why) {
+  if (!_HasItsChunks(file)) {
+    return why->Refuse(kTruncated);
+  }
   PNG_READ job = {};
   job.File = file;
-  job.Png = png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, _OnError, _OnWarning);
+  job.Why = why;
+  why->Refuse(kOutOfMemory); // until there is something else to tell
+  job.Png = png_create_read_struct(PNG_LIBPNG_VER_STRING, &job, _OnError, _OnWarning);
   if (job.Png == nullptr) {
     return false;
   }
@@ -135,6 +180,7 @@ bool DecodePng(BYTES file, PICTURE* out) {
   out->Height = static_cast<int>(job.Height);
   out->Channels = job.Channels;
   out->Type = job.BitDepth == 16 ? DATA_TYPE_UINT16 : DATA_TYPE_UINT8;
+  out->Orientation = job.Orientation;
   out->Pixels = std::move(pixels);
   return true;
 }

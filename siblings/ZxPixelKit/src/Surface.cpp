@@ -41,6 +41,75 @@ std::uint8_t* PixelAt(const DATASURFACE& surface, int x, int y) {
          static_cast<std::ptrdiff_t>(x) * surface.PixelStride;
 }
 
+// What is copied from one surface to another: pixels from (0, 0) on.
+struct RECT {
+  int Width;
+  int Height;
+  std::uint64_t PixelBytes;
+};
+
+// Whether rows of pixels can be moved as a whole.
+bool AreTight(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+  return from.PixelStride == to.PixelStride &&
+         static_cast<std::uint64_t>(from.PixelStride) == part.PixelBytes;
+}
+
+bool Overlap(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+  const auto first = [](const DATASURFACE& surface) {
+    return reinterpret_cast<std::uintptr_t>(surface.Data);
+  };
+  const auto last = [&](const DATASURFACE& surface) {
+    return reinterpret_cast<std::uintptr_t>(PixelAt(surface, part.Width - 1, part.Height - 1)) +
+           part.PixelBytes;
+  };
+  return first(from) < last(to) && first(to) < last(from);
+}
+
+void CopyForwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+  const bool tight = AreTight(from, to, part);
+  for (int y = 0; y < part.Height; ++y) {
+    if (tight) {
+      std::memmove(PixelAt(to, 0, y), PixelAt(from, 0, y),
+                   static_cast<std::size_t>(part.Width) * part.PixelBytes);
+      continue;
+    }
+    for (int x = 0; x < part.Width; ++x) {
+      std::memmove(PixelAt(to, x, y), PixelAt(from, x, y), part.PixelBytes);
+    }
+  }
+}
+
+// From the last pixel to the first.
+void CopyBackwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+  const bool tight = AreTight(from, to, part);
+  for (int y = part.Height - 1; y >= 0; --y) {
+    if (tight) {
+      std::memmove(PixelAt(to, 0, y), PixelAt(from, 0, y),
+                   static_cast<std::size_t>(part.Width) * part.PixelBytes);
+      continue;
+    }
+    for (int x = part.Width - 1; x >= 0; --x) {
+      std::memmove(PixelAt(to, x, y), PixelAt(from, x, y), part.PixelBytes);
+    }
+  }
+}
+
+// Where surfaces of different strides overlap, no order is right for all their pixels.
+bool CopyByWayOfABlock(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+  DATASURFACE between;
+  if (!ds::Set(&between, part.Width, part.Height, from.Format, from.Type, from.Channels, nullptr)) {
+    return false;
+  }
+  between.Data = static_cast<std::uint8_t*>(std::malloc(between.DataSize));
+  if (between.Data == nullptr) {
+    return false;
+  }
+  CopyForwards(from, between, part);
+  CopyForwards(between, to, part);
+  std::free(between.Data);
+  return true;
+}
+
 } // namespace
 
 unsigned long GetTypeSize(DATA_TYPE type) {
@@ -261,21 +330,20 @@ bool Copy(const DATASURFACE& from, const DATASURFACE& to) {
       pixelBytes == 0) {
     return false;
   }
-  const int width = std::min(from.Width, to.Width);
-  const int height = std::min(from.Height, to.Height);
-  const bool tight = from.PixelStride == to.PixelStride &&
-                     static_cast<std::uint64_t>(from.PixelStride) == pixelBytes;
-  for (int y = 0; y < height; ++y) {
-    if (tight) {
-      std::memmove(PixelAt(to, 0, y), PixelAt(from, 0, y),
-                   static_cast<std::size_t>(width) * pixelBytes);
-      continue;
-    }
-    for (int x = 0; x < width; ++x) {
-      std::memmove(PixelAt(to, x, y), PixelAt(from, x, y), pixelBytes);
-    }
+  const RECT part = {std::min(from.Width, to.Width), std::min(from.Height, to.Height), pixelBytes};
+  if (!Overlap(from, to, part)) {
+    CopyForwards(from, to, part);
+    return true;
   }
-  return true;
+  if (from.RowStride == to.RowStride && from.PixelStride == to.PixelStride) {
+    if (to.Data <= from.Data) {
+      CopyForwards(from, to, part);
+    } else {
+      CopyBackwards(from, to, part);
+    }
+    return true;
+  }
+  return CopyByWayOfABlock(from, to, part);
 }
 
 } // namespace ds

@@ -46,12 +46,24 @@ TEST(DamagedImage, WholeFilesLoad) {
   }
 }
 
-TEST(DamagedImage, EveryTruncationIsRefused) {
+TEST(DamagedImage, EveryTruncationThatLosesAPixelIsRefused) {
   for (const NAMED_FILE& file : SmallFiles()) {
-    for (std::size_t size = 0; size < file.Bytes.size(); ++size) {
+    for (std::size_t size = 0; size + file.Spare < file.Bytes.size(); ++size) {
       const TBytes part(file.Bytes.begin(), file.Bytes.begin() + static_cast<long>(size));
       EXPECT_FALSE(LoadsSoundly(part))
           << file.Name << ": " << size << " of " << file.Bytes.size() << " bytes";
+    }
+  }
+}
+
+TEST(DamagedImage, BytesThatHoldNoPixelMayBeMissing) {
+  for (const NAMED_FILE& file : SmallFiles()) {
+    const TLoaded whole(file.Bytes);
+    for (std::size_t missing = 1; missing <= file.Spare; ++missing) {
+      const TLoaded image(
+          TBytes(file.Bytes.begin(), file.Bytes.end() - static_cast<long>(missing)));
+      ASSERT_TRUE(image.Done) << file.Name << ": " << missing;
+      EXPECT_EQ(image.Pixels(), whole.Pixels()) << file.Name << ": " << missing;
     }
   }
 }
@@ -134,6 +146,15 @@ TBytes PngThatPromises(std::uint32_t width, std::uint32_t height) {
   return png;
 }
 
+// A PNG whose next chunk after the header is of a kind and promises many bytes.
+TBytes PngWithAChunkThatPromises(const char* kind, std::uint32_t size) {
+  TBytes png = PngThatPromises(1, 1);
+  TBytes chunk = TBytes(4, 0) + Text(kind) + Text("a\0bc");
+  PutBig32(chunk.data(), size);
+  png.insert(png.begin() + 33, chunk.begin(), chunk.end());
+  return png;
+}
+
 TBytes JpegThatPromises(int width, int height) {
   TBytes jpeg = MakeJpeg(8, 8, TJPF_GRAY, TJSAMP_GRAY, TBytes(64, 9));
   for (std::size_t i = 0; i + 9 < jpeg.size(); ++i) {
@@ -154,6 +175,10 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"png of all", PngThatPromises(0x7FFFFFFF, 0x7FFFFFFF)},
       {"png above the budget", PngThatPromises(1 << 14, (1 << 14) + 1)},
       {"png within the budget", PngThatPromises(1 << 14, 1 << 14)},
+      {"png with a long text", PngWithAChunkThatPromises("tEXt", 7000000)},
+      {"png with a long packed text", PngWithAChunkThatPromises("zTXt", 7000000)},
+      {"png with a long profile", PngWithAChunkThatPromises("iCCP", 7000000)},
+      {"png with long EXIF data", PngWithAChunkThatPromises("eXIf", 7000000)},
       {"png without columns", PngThatPromises(0, 5)},
       {"png of a sign", PngThatPromises(0x80000000, 1)},
       {"jpeg", JpegThatPromises(65500, 65500)},
@@ -164,8 +189,13 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"bmp of a sign", BmpHeader(-5, 5, 24, 0, 0) + TBytes(200, 1)},
       {"bmp of the lowest", BmpHeader(1, -0x7FFFFFFF - 1, 24, 0, 0) + TBytes(200, 1)},
       {"bmp within the budget", BmpHeader(16000, 16000, 24, 0, 0) + TBytes(200, 1)},
+      {"bmp packed", BmpHeader(16000, 16000, 8, 1, 8) + TBytes(8, 1) + TBytes{0, 1}},
       {"pnm", Text("P6 16000 16000 255\n1234")},
       {"pnm of all", Text("P6 999999999 999999999 65535\n1234")},
+      {"pbm", Text("P4 16000 16000\n1234")},
+      {"pbm text", Text("P1 16000 16000\n1 1")},
+      {"pgm text", Text("P2 16000 16000 255\n1 1")},
+      {"ppm text", Text("P3 16000 16000 65535\n1 1")},
       {"hdr", Text(hdr + "-Y 999999999999 +X 999999999999\n1234")},
       {"hdr within the budget", Text(hdr + "-Y 16000 +X 16000\n1234")},
       {"hdr of a sign", Text(hdr + "-Y -3 +X -3\n1234")},

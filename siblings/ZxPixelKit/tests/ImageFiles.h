@@ -24,12 +24,31 @@ struct PNG_SPEC {
   TBytes Palette;
   TBytes Transparency;
   int TransparentGrey = -1;
+  TBytes Exif;
 };
 TBytes MakePng(const PNG_SPEC& spec);
 
 /// A JPEG from tight pixels of a TJPF_* format, top row first, at the best quality.
 TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const TBytes& pixels,
                 int flags = 0);
+
+/// A JPEG with what the plain encoder's interface does not offer.
+struct JPEG_SPEC {
+  int Width = 0;
+  int Height = 0;
+  int Channels = 3;
+  TBytes Pixels;         ///< tight, top row first
+  bool Separate = false; ///< a scan for each component
+  bool Progressive = false;
+  bool Arithmetic = false;  ///< in the place of Huffman coding
+  bool Adobe = false;       ///< an Adobe marker in the place of a JFIF one
+  int RestartRows = 0;      ///< a restart mark after that many rows of blocks
+  std::vector<TBytes> App1; ///< contents of segments, EXIF data among them
+};
+TBytes MakeJpeg(const JPEG_SPEC& spec);
+
+/// EXIF data that hold one entry, the orientation, in the byte order "II" or "MM".
+TBytes ExifOf(const char* order, int orientation);
 
 /// Appends a number, lowest byte first.
 void Put16(TBytes& bytes, std::uint32_t value);
@@ -48,8 +67,29 @@ TBytes Text(const std::string& text);
 struct NAMED_FILE {
   const char* Name;
   TBytes Bytes;
+  /// Bytes at the end without which no pixel is lost.
+  std::size_t Spare = 0;
 };
 std::vector<NAMED_FILE> SmallFiles();
+
+/// The name of a file of this process, which is removed in the end.
+class TTemporary {
+public:
+  explicit TTemporary(const char* suffix);
+  ~TTemporary();
+  TTemporary(const TTemporary&) = delete;
+  TTemporary& operator=(const TTemporary&) = delete;
+
+  const std::string Name;
+};
+
+/// Holds a record of tight rows against what it is to be, its slack included.
+void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
+                  int channels);
+
+/// Component `index` of the data.
+std::uint16_t Wide(const DATASURFACE& s, int index);
+float Float(const DATASURFACE& s, int index);
 
 /// A stream over bytes that gives at most `step` of them at a time.
 class TBytesStream : public TZxStream {

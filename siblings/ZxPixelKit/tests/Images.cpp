@@ -6,57 +6,14 @@
 #include <filesystem>
 #include <fstream>
 
-#include <csignal>
 #include <gtest/gtest.h>
 #include <png.h>
-#include <sys/resource.h>
 #include <turbojpeg.h>
 #include <unistd.h>
 
 #include "ImageFiles.h"
 
 namespace {
-
-class TTemporary {
-public:
-  explicit TTemporary(const char* suffix)
-      : Name((std::filesystem::temp_directory_path() /
-              ("zx_pixel_" + std::to_string(getpid()) + suffix))
-                 .string()) {}
-  ~TTemporary() { std::filesystem::remove(Name); }
-  const std::string Name;
-};
-
-void ExpectRecord(const DATASURFACE& s, int width, int height, DATA_FORMAT format, DATA_TYPE type,
-                  int channels) {
-  const int pixelStride = channels * static_cast<int>(GetTypeSize(type));
-  EXPECT_EQ(s.Width, width);
-  EXPECT_EQ(s.Height, height);
-  EXPECT_EQ(s.Depth, 1);
-  EXPECT_EQ(s.PixelStride, pixelStride);
-  EXPECT_EQ(s.RowStride, pixelStride * width);
-  EXPECT_EQ(s.SliceStride, pixelStride * width * height);
-  EXPECT_EQ(s.Format, format);
-  EXPECT_EQ(s.Type, type);
-  EXPECT_EQ(s.Channels, channels);
-  EXPECT_EQ(s.DataSize, static_cast<std::uint64_t>(pixelStride * width * height));
-  ASSERT_NE(s.Data, nullptr);
-  for (int i = 0; i < s.RowStride + s.PixelStride; ++i) {
-    ASSERT_EQ(s.Data[s.DataSize + static_cast<unsigned int>(i)], 0) << "slack";
-  }
-}
-
-std::uint16_t Wide(const DATASURFACE& s, int index) {
-  std::uint16_t value;
-  std::memcpy(&value, s.Data + 2 * index, 2);
-  return value;
-}
-
-float Float(const DATASURFACE& s, int index) {
-  float value;
-  std::memcpy(&value, s.Data + 4 * index, 4);
-  return value;
-}
 
 PNG_SPEC Spec(int width, int height, int colorType, int bitDepth, TBytes rows) {
   PNG_SPEC spec;
@@ -256,6 +213,29 @@ TEST(Tga, PaletteWithAFirstEntryAndAnIdentification) {
   EXPECT_EQ(image.Pixels(), (TBytes{6, 5, 4, 3, 2, 1, 0, 0, 0, 6, 5, 4}));
 }
 
+TEST(Tga, PaletteThatThePixelsDoNotNeed) {
+  for (const int kind : {2, 10}) {
+    TBytes file = TgaHeader(kind, 2, 1, 24, 0);
+    file[0] = 2;
+    file[1] = 1;
+    file[3] = 7;  // first entry
+    file[5] = 2;  // entries
+    file[7] = 32; // bits of one
+    const TBytes pixels = kind == 2 ? TBytes{1, 2, 3, 4, 5, 6} : TBytes{1, 1, 2, 3, 4, 5, 6};
+    const TLoaded image(file + TBytes{'i', 'd'} + TBytes(8, 99) + pixels);
+    ASSERT_TRUE(image.Done) << kind;
+    ExpectRecord(image.Surface, 2, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+    EXPECT_EQ(image.Pixels(), (TBytes{3, 2, 1, 6, 5, 4})) << kind;
+  }
+  TBytes grey = TgaHeader(3, 2, 1, 8, 0);
+  grey[1] = 1;
+  grey[5] = 1;
+  grey[7] = 16;
+  const TLoaded image(grey + TBytes{99, 99} + TBytes{7, 9});
+  ASSERT_TRUE(image.Done);
+  EXPECT_EQ(image.Pixels(), (TBytes{7, 9}));
+}
+
 TEST(Bmp, TrueColourFromEitherEnd) {
   const TBytes pixels = {1, 2, 3, 0, 4, 5, 6, 0}; // one pixel a row, padded to four bytes
   const TLoaded up(BmpHeader(1, 2, 24, 0, 0) + pixels);
@@ -324,9 +304,68 @@ TEST(Bmp, OldestHeader) {
   EXPECT_EQ(image.Pixels(), (TBytes{3, 2, 1, 6, 5, 4}));
 }
 
-TEST(Bmp, PackedIsRefused) {
-  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 8, 1, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
-  EXPECT_FALSE(TLoaded(BmpHeader(2, 1, 4, 2, 4) + TBytes(4, 0) + TBytes(64, 1)).Done);
+// Four colours: blue, green, red and one that is unused.
+const TBytes kPackedPalette = {10, 11, 12, 0, 20, 21, 22, 0, 30, 31, 32, 0, 40, 41, 42, 0};
+
+TBytes PackedBmp(int width, int height, int bits, const TBytes& codes) {
+  return BmpHeader(width, height, bits, bits == 8 ? 1 : 2, 16) + kPackedPalette + codes;
+}
+
+// The colours that the pixels have, by their number, row 0 first.
+TBytes Colors(const TBytes& numbers) {
+  TBytes made;
+  for (const std::uint8_t number : numbers) {
+    const std::size_t at = number * 4u;
+    made = made + TBytes{kPackedPalette[at + 2], kPackedPalette[at + 1], kPackedPalette[at]};
+  }
+  return made;
+}
+
+TEST(Bmp, PackedBytes) {
+  const TBytes codes = {3, 1, 2, 2, 0, 0,       // 1 1 1 2 2
+                        0, 5, 0, 1, 2, 3, 1, 0, // 0 1 2 3 1, one byte to be even
+                        0, 0, 0, 2, 2, 1, 1, 3, // nothing; two to the right, one up: 3
+                        0, 1};
+  const TLoaded image(PackedBmp(5, 4, 8, codes));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 5, 4, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(image.Pixels(), Colors({1, 1, 1, 2, 2, 0, 1, 2, 3, 1, 0, 0, 0, 0, 0, 0, 0, 3, 0, 0}));
+}
+
+TEST(Bmp, PackedHalfBytes) {
+  const TBytes codes = {5, 0x12, 0,    0,             // 1 2 1 2 1
+                        0, 5,    0x01, 0x23, 0x10, 0, // 0 1 2 3 1
+                        0, 0,    0,    1};
+  const TLoaded image(PackedBmp(5, 3, 4, codes));
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 5, 3, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(image.Pixels(), Colors({1, 2, 1, 2, 1, 0, 1, 2, 3, 1, 0, 0, 0, 0, 0}));
+}
+
+TEST(Bmp, PackedWithoutTheMarkOfTheEndBehindTheLastPixel) {
+  const TBytes expected = Colors({1, 1, 2, 2});
+  for (const TBytes& codes : {TBytes{2, 1, 0, 0, 2, 2}, TBytes{2, 1, 0, 0, 2, 2, 0, 0},
+                              TBytes{2, 1, 0, 0, 2, 2, 0, 0, 0}}) {
+    const TLoaded image(PackedBmp(2, 2, 8, codes));
+    ASSERT_TRUE(image.Done);
+    EXPECT_EQ(image.Pixels(), expected);
+  }
+}
+
+TEST(Bmp, PackedThatLeavesThePictureIsRefused) {
+  for (const TBytes& codes :
+       {TBytes{3, 1, 0, 1}, TBytes{2, 1, 1, 1, 0, 1}, TBytes{0, 0, 0, 0, 1, 1, 0, 1},
+        TBytes{0, 3, 1, 1, 1, 1, 0, 1}, TBytes{0, 2, 3, 0, 1, 1, 0, 1},
+        TBytes{0, 2, 0, 2, 1, 1, 0, 1}, TBytes{2, 1}, TBytes{2, 1, 0, 0, 1, 1}, TBytes{0, 2, 1},
+        TBytes{0, 4, 1, 1}, TBytes{}}) {
+    EXPECT_FALSE(TLoaded(PackedBmp(2, 2, 8, codes)).Done);
+  }
+  // From the top, or with another depth than the packing is for.
+  const TBytes end = {0, 1};
+  EXPECT_TRUE(TLoaded(PackedBmp(2, 2, 8, end)).Done);
+  EXPECT_FALSE(TLoaded(PackedBmp(2, -2, 8, end)).Done);
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 2, 4, 1, 16) + kPackedPalette + end).Done);
+  EXPECT_FALSE(TLoaded(BmpHeader(2, 2, 8, 2, 16) + kPackedPalette + end).Done);
 }
 
 TEST(Pnm, GreyAndColour) {
@@ -360,10 +399,46 @@ TEST(Pnm, OtherGreatestValuesSpreadOverTheFullRange) {
   EXPECT_EQ(Wide(wide.Surface, 1), 65535);
 }
 
-TEST(Pnm, OnlyBinaryKinds) {
-  for (const char* text : {"P1 1 1\n1\n", "P2 1 1 255\n1\n", "P3 1 1 255\n1 1 1\n", "P4 8 1\n1",
-                           "P7 1 1 255\n1", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 -1 1 255\n1",
-                           "P5 1 99999999999999999999 255\n1", "P5 0 1 255\n1", "P5 1 0 255\n1"}) {
+TEST(Pnm, Bits) {
+  // 1 is black. Ten columns take two bytes a row, of which six bits mean nothing.
+  const TBytes expected = {255, 0,   255, 0,   0,   255, 0,   255, 0,   255, // 5A 80: 01011010 10
+                           0,   255, 0,   255, 255, 0,   255, 0,   255, 0};  // A5 40: 10100101 01
+  const TLoaded binary(Text("P4\n10 2\n") + TBytes{0xA5, 0x7F, 0x5A, 0xBF});
+  ASSERT_TRUE(binary.Done);
+  ExpectRecord(binary.Surface, 10, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(binary.Pixels(), expected);
+  for (const char* text : {"P1\n10 2\n1010010101\n0101101010\n", "P1 10 2 10100101010101101010",
+                           "P1 # c\n10 2\n1 0 1 0 0 1 0 1 0 1 # row\n0 1 0 1 1 0 1 0 1 0"}) {
+    const TLoaded plain(Text(text));
+    ASSERT_TRUE(plain.Done) << text;
+    ExpectRecord(plain.Surface, 10, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+    EXPECT_EQ(plain.Pixels(), expected) << text;
+  }
+}
+
+TEST(Pnm, TextKinds) {
+  const TLoaded grey(Text("P2\n2 2\n# greatest\n15\n0 7\r\n15\t16"));
+  ASSERT_TRUE(grey.Done);
+  ExpectRecord(grey.Surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1);
+  EXPECT_EQ(grey.Pixels(), (TBytes{255, 255, 0, 119}));
+  const TLoaded color(Text("P3 1 2 255\n1 2 3\n4 5 6\n"));
+  ASSERT_TRUE(color.Done);
+  ExpectRecord(color.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3);
+  EXPECT_EQ(color.Pixels(), (TBytes{4, 5, 6, 1, 2, 3}));
+  // 1 / 1023 * 65535 is 64.06.
+  const TLoaded wide(Text("P2 2 1 1023 1 1023"));
+  ASSERT_TRUE(wide.Done);
+  ExpectRecord(wide.Surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1);
+  EXPECT_EQ(Wide(wide.Surface, 0), 64);
+  EXPECT_EQ(Wide(wide.Surface, 1), 65535);
+}
+
+TEST(Pnm, WhatMakesNoSenseIsRefused) {
+  for (const char* text :
+       {"P0 1 1\n1\n", "P7 1 1 255\n1", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 -1 1 255\n1",
+        "P5 1 99999999999999999999 255\n1", "P5 0 1 255\n1", "P5 1 0 255\n1", "P2 2 1 255\n1 x",
+        "P2 2 1 255\n1 -1", "P1 2 1\n12", "P1 2 1\n1", "P3 1 1 255\n1 2", "P4 9 1\n1",
+        "P2 1 1 255\n99999999999999999999"}) {
     EXPECT_FALSE(TLoaded(Text(text)).Done) << text;
   }
 }
@@ -388,6 +463,18 @@ TEST(Hdr, FlatAndPacked) {
   for (int x = 0; x < 8; ++x) {
     EXPECT_EQ(Float(packed.Surface, 3 * x), reds[x]) << x;
     EXPECT_EQ(Float(packed.Surface, 3 * x + 1), 0.0f) << x;
+  }
+}
+
+TEST(Hdr, LinesThatEndInCarriageReturnAndLineFeed) {
+  // Bytes 13 and 10 among the pixels stay as they are.
+  const TLoaded image(Text("#?RADIANCE\r\n# c\r\nFORMAT=32-bit_rle_rgbe\r\n\r\n-Y 2 +X 1\r\n") +
+                      TBytes{128, 64, 32, 129, 13, 10, 13, 136});
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 1, 2, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3);
+  const float expected[] = {13, 10, 13, 1, 0.5f, 0.25f};
+  for (int i = 0; i < 6; ++i) {
+    EXPECT_EQ(Float(image.Surface, i), expected[i]) << i;
   }
 }
 
@@ -484,110 +571,6 @@ TEST(LoadImage, ReadsNoFurtherThanTheHeadOfWhatIsNoImage) {
   DATASURFACE target = {};
   EXPECT_FALSE(LoadImage(&stream, nullptr, &target));
   EXPECT_LE(stream.Total, 1ul << 16);
-}
-
-struct KIND {
-  DATA_TYPE Type;
-  int Channels;
-};
-
-TEST(SaveImage, RoundTripOfEveryKind) {
-  const TTemporary file("_round.png");
-  for (DATA_TYPE type : {DATA_TYPE_UINT8, DATA_TYPE_UINT16}) {
-    for (int channels = 1; channels <= 4; ++channels) {
-      TDataSurface surface;
-      ASSERT_TRUE(surface.Create(5, 3, DATA_FORMAT_NONE, type, channels));
-      for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
-        surface.Data[i] = static_cast<std::uint8_t>(i * 5 + 1);
-      }
-      TSaveImageHint hint;
-      hint.Compression = channels;
-      ASSERT_TRUE(SaveImage(file.Name, channels == 2 ? nullptr : &hint, surface));
-      DATASURFACE back = {};
-      ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-      const DATA_FORMAT formats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
-                                     DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
-      ExpectRecord(back, 5, 3, formats[channels - 1], type, channels);
-      EXPECT_EQ(std::memcmp(back.Data, surface.Data, surface.DataSize), 0);
-      FreeDataSurfaceData(back);
-    }
-  }
-}
-
-TEST(SaveImage, FileHasTheTopRowFirst) {
-  const TTemporary file("_order.png");
-  std::uint8_t pixels[] = {1, 2, 3, 4}; // the bottom row first
-  DATASURFACE surface;
-  ASSERT_TRUE(ds::Set(&surface, 2, 2, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, surface));
-  png_image image = {};
-  image.version = PNG_IMAGE_VERSION;
-  ASSERT_NE(png_image_begin_read_from_file(&image, file.Name.c_str()), 0);
-  image.format = PNG_FORMAT_GRAY;
-  std::uint8_t stored[4] = {};
-  ASSERT_NE(png_image_finish_read(&image, nullptr, stored, 2, nullptr), 0);
-  const std::uint8_t expected[] = {3, 4, 1, 2};
-  EXPECT_EQ(std::memcmp(stored, expected, 4), 0);
-}
-
-TEST(SaveImage, PartOfASurface) {
-  const TTemporary file("_part.png");
-  std::uint8_t pixels[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
-  DATASURFACE surface, part, back = {};
-  ASSERT_TRUE(ds::Set(&surface, 3, 3, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1, pixels));
-  ASSERT_TRUE(ds::GetSubSurface(surface, 1, 1, 2, 2, &part));
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
-  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-  const std::uint8_t expected[] = {5, 6, 8, 9};
-  EXPECT_EQ(std::memcmp(back.Data, expected, 4), 0);
-  FreeDataSurfaceData(back);
-  // Components in pixels that lie further apart.
-  part = surface;
-  part.Width = 1;
-  part.PixelStride = 3;
-  part.Channels = 2;
-  ASSERT_TRUE(SaveImage(file.Name, nullptr, part));
-  ASSERT_TRUE(LoadImage(file.Name, nullptr, &back));
-  const std::uint8_t pairs[] = {1, 2, 4, 5, 7, 8};
-  EXPECT_EQ(std::memcmp(back.Data, pairs, 6), 0);
-  FreeDataSurfaceData(back);
-}
-
-TEST(SaveImage, RefusesWhatAPngCannotHold) {
-  const TTemporary file("_refused.png");
-  TDataSurface surface;
-  for (DATA_TYPE type : {DATA_TYPE_INT8, DATA_TYPE_BOOL, DATA_TYPE_UINT32, DATA_TYPE_FLOAT}) {
-    ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, type, 1));
-    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  }
-  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 5));
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, DATASURFACE{}));
-  EXPECT_FALSE(std::filesystem::exists(file.Name));
-  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
-  EXPECT_FALSE(SaveImage("/nonexistent/file.png", nullptr, surface));
-}
-
-TEST(SaveImage, FileThatCouldNotBeCompletedIsRemoved) {
-  const TTemporary file("_full.png");
-  TDataSurface surface;
-  ASSERT_TRUE(surface.Create(300, 300, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
-  std::uint32_t noise = 1;
-  for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
-    noise = noise * 1664525 + 1013904223;
-    surface.Data[i] = static_cast<std::uint8_t>(noise >> 24);
-  }
-  // Files of this process end at 4096 bytes for a while.
-  const auto old = std::signal(SIGXFSZ, SIG_IGN);
-  rlimit limit = {};
-  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
-  const rlimit small = {4096, limit.rlim_max};
-  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-  EXPECT_FALSE(SaveImage(file.Name, nullptr, surface));
-  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
-  std::signal(SIGXFSZ, old);
-  EXPECT_FALSE(std::filesystem::exists(file.Name));
-  EXPECT_TRUE(SaveImage(file.Name, nullptr, surface));
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <climits>
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -268,6 +269,67 @@ TEST(Copy, AcrossDifferentStrides) {
   ASSERT_TRUE(ds::Copy(source, target));
   const std::uint8_t expected[] = {1, 0, 0, 2, 0, 0, 3, 0, 0, 4, 0, 0};
   EXPECT_EQ(std::memcmp(to, expected, 12), 0);
+}
+
+// A part of a surface onto another part of it, compared with a copy by way of other memory.
+void ExpectMoved(const DATASURFACE& from, const DATASURFACE& to, std::vector<std::uint8_t>& block) {
+  for (std::size_t i = 0; i < block.size(); ++i) {
+    block[i] = static_cast<std::uint8_t>(i % 251);
+  }
+  std::vector<std::uint8_t> expected = block;
+  const int width = std::min(from.Width, to.Width);
+  const int height = std::min(from.Height, to.Height);
+  for (int y = 0; y < height; ++y) {
+    for (int x = 0; x < width; ++x) {
+      const auto offset = [&](const DATASURFACE& s) {
+        return static_cast<std::size_t>(s.Data - block.data() + y * s.RowStride +
+                                        x * s.PixelStride);
+      };
+      for (std::size_t i = 0; i < from.Channels; ++i) {
+        expected[offset(to) + i] = block[offset(from) + i];
+      }
+    }
+  }
+  ASSERT_TRUE(ds::Copy(from, to));
+  ASSERT_EQ(block, expected);
+}
+
+TEST(Copy, OverlappingRowsInEveryDirection) {
+  std::vector<std::uint8_t> block(9 * 9 * 3);
+  DATASURFACE whole, from, to;
+  ASSERT_TRUE(ds::Set(&whole, 9, 9, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3, block.data()));
+  for (int dx = -3; dx <= 3; ++dx) {
+    for (int dy = -3; dy <= 3; ++dy) {
+      SCOPED_TRACE(std::to_string(dx) + " " + std::to_string(dy));
+      ASSERT_TRUE(ds::GetSubSurface(whole, 3, 3, 3, 3, &from));
+      ASSERT_TRUE(ds::GetSubSurface(whole, 3 + dx, 3 + dy, 3, 3, &to));
+      ExpectMoved(from, to, block);
+      // One component of each pixel, so that pixels are moved one by one.
+      from.Channels = to.Channels = 1;
+      ExpectMoved(from, to, block);
+    }
+  }
+}
+
+TEST(Copy, OverlappingWithOtherStrides) {
+  std::vector<std::uint8_t> block(400);
+  for (int fromAt = 0; fromAt <= 40; ++fromAt) {
+    for (const int toStride : {1, 2, 3}) {
+      for (const int toRow : {12, 17, 20, 31}) {
+        SCOPED_TRACE(std::to_string(fromAt) + " " + std::to_string(toStride) + " " +
+                     std::to_string(toRow));
+        DATASURFACE from, to;
+        ASSERT_TRUE(
+            ds::Set(&from, 4, 5, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, block.data() + fromAt));
+        ASSERT_TRUE(ds::Set(&to, 4, 5, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, block.data() + 20));
+        from.PixelStride = 2;
+        from.RowStride = 17;
+        to.PixelStride = toStride;
+        to.RowStride = toRow;
+        ExpectMoved(from, to, block);
+      }
+    }
+  }
 }
 
 TEST(Copy, RefusesAnotherKindOfPixel) {

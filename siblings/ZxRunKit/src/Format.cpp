@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
+#include <cstring>
 #include <locale.h>
 #include <new>
 
@@ -12,20 +13,59 @@ namespace Zentrix {
 
 namespace {
 
-// Switches the calling thread to the "C" locale for its lifetime. Where that locale can't be had
-// the host's stays in force.
+// Whether a format converts wide characters, for which it needs the encoding of the locale: "%ls",
+// "%lc", "%S", "%C".
+bool HasWideCharacters(const char* format) {
+  for (const char* at = std::strchr(format, '%'); at != nullptr; at = std::strchr(at + 1, '%')) {
+    at += 1 + std::strspn(at + 1, "#0- +'I123456789.*$");
+    const std::size_t lengths = std::strspn(at, "hlLqjzt");
+    const bool isLong = std::memchr(at, 'l', lengths) != nullptr;
+    at += lengths;
+    if (*at == 'S' || *at == 'C' || (isLong && (*at == 's' || *at == 'c'))) {
+      return true;
+    }
+    if (*at == '\0') {
+      return false;
+    }
+  }
+  return false;
+}
+
+// The locale in force, but with the numbers of "C"; null where it can't be made.
+locale_t MakeNumericC() {
+  const locale_t copy = duplocale(uselocale(nullptr));
+  if (copy == nullptr) {
+    return nullptr;
+  }
+  const locale_t made = newlocale(LC_NUMERIC_MASK, "C", copy);
+  if (made == nullptr) {
+    freelocale(copy);
+  }
+  return made;
+}
+
+// Switches the calling thread to numbers of the "C" locale for its lifetime. Where no such locale
+// can be had the host's stays in force.
 class TNumericCLocale {
 public:
-  TNumericCLocale() : m_Previous(CLocale() != nullptr ? uselocale(CLocale()) : nullptr) {}
+  explicit TNumericCLocale(const char* format)
+      : m_Made(HasWideCharacters(format) ? MakeNumericC() : nullptr) {
+    const locale_t wanted = m_Made != nullptr ? m_Made : CLocale();
+    m_Previous = wanted != nullptr ? uselocale(wanted) : nullptr;
+  }
   ~TNumericCLocale() {
     if (m_Previous != nullptr) {
       uselocale(m_Previous);
+    }
+    if (m_Made != nullptr) {
+      freelocale(m_Made);
     }
   }
   TNumericCLocale(const TNumericCLocale&) = delete;
   TNumericCLocale& operator=(const TNumericCLocale&) = delete;
 
 private:
+  locale_t m_Made; // of its own; most formats do without
   locale_t m_Previous;
 };
 
@@ -41,7 +81,7 @@ std::size_t CheckedLength(int length) {
 }
 
 std::string Format(const char* format, va_list arguments, va_list again) {
-  const TNumericCLocale locale;
+  const TNumericCLocale locale(format);
   char local[512];
   const std::size_t size = CheckedLength(std::vsnprintf(local, sizeof local, format, arguments));
   if (size < sizeof local) {

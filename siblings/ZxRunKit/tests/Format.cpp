@@ -58,6 +58,33 @@ TEST(Ssprintf, DoesNotFollowTheHostsLocale) {
   EXPECT_STREQ(text, "1,5") << "the host's locale is in force again";
 }
 
+TEST(Ssprintf, WideCharactersHaveTheEncodingOfTheLocaleAndNumbersThatOfC) {
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  EXPECT_EQ(ssprintf("%ls %.1f", L"\u0416\u20AC", 1.5), "\u0416\u20AC 1.5");
+  EXPECT_EQ(ssprintf("%.1f %'d %5lc|%-3ls|", 1.5, 1234567, wchar_t{0x416}, L"\u00E9"),
+            "1.5 1234567    \u0416|\u00E9 |");
+  EXPECT_EQ(ssprintf("%S%C %f", L"\u0416", wchar_t{0x416}, 0.5), "\u0416\u0416 0.500000");
+  EXPECT_EQ(ssprintf("%2$ls %1$.1f", 1.5, L"\u0416"), "\u0416 1.5");
+  EXPECT_EQ(ssprintf("%%ls %.1f %%", 2.5), "%ls 2.5 %");
+  char text[8];
+  std::snprintf(text, sizeof text, "%.1f", 1.5);
+  EXPECT_STREQ(text, "1,5") << "the host's locale is in force again";
+}
+
+// The thread's own locale counts, not the process's.
+TEST(Ssprintf, WideCharactersInTheThreadsOwnLocale) {
+  const locale_t mine = newlocale(LC_ALL_MASK, "C.utf8", nullptr);
+  ASSERT_NE(mine, nullptr);
+  const locale_t before = uselocale(mine);
+  EXPECT_EQ(ssprintf("%ls", L"\u0416"), "\u0416");
+  EXPECT_EQ(uselocale(nullptr), mine);
+  uselocale(before);
+  freelocale(mine);
+}
+
 TEST(Ssprintf, KeepsTheThreadsOwnLocale) {
   const locale_t mine = newlocale(LC_ALL_MASK, "C.utf8", nullptr);
   ASSERT_NE(mine, nullptr);

@@ -10,8 +10,9 @@
 /// out in the order of their keys, its values before its sections that are not compact.
 ///
 /// Keys and texts are UTF-8; a key has no tab, line feed or apostrophe and stands once in a
-/// section. Doubles come back exact to the bit; the NaNs that TOML has no words for are written as
-/// a text of their bits, "0x7ff8000000000001". One object belongs to one thread at a time.
+/// section. Doubles are written with the fewest digits that read back exact to the bit, whatever
+/// the locale; the NaNs that TOML has no words for are written as a text of their bits,
+/// "0x7ff8000000000001". One object belongs to one thread at a time.
 class ZX_BASEKIT_API TZxXIniWriter {
 public:
   TZxXIniWriter();

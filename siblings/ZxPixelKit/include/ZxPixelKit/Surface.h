@@ -55,8 +55,10 @@ ZX_PIXELKIT_API bool Set(DATASURFACE* out, int width, int height, DATA_FORMAT fo
 ZX_PIXELKIT_API bool GetSubSurface(const DATASURFACE& surface, int x, int y, int width, int height,
                                    DATASURFACE* out);
 
-/// Copies the pixels that both surfaces have, from (0, 0) on, row by row. False, with nothing
-/// copied, when type or channel count differ or either has no pixels.
+/// Copies the pixels that both surfaces have, from (0, 0) on. The two may lie in one block and
+/// overlap in any way: the target then has what the source had before. False, with nothing copied,
+/// when type or channel count differ, when either has no pixels, or when surfaces overlap whose
+/// strides differ and there is no memory for a copy in between.
 ZX_PIXELKIT_API bool Copy(const DATASURFACE& from, const DATASURFACE& to);
 
 } // namespace ds

@@ -1,15 +1,12 @@
-#include <ZxPixelKit/Image.h>
+#include "ImageEncoders.h"
 
 #include <csetjmp>
-#include <cstdio>
-#include <cstring>
-#include <memory>
-#include <new>
 
 #include <png.h>
-#include <sys/stat.h>
 
 #include <ZxPixelKit/Surface.h>
+
+namespace zx::image {
 
 namespace {
 
@@ -22,15 +19,20 @@ struct PNG_WRITE {
   std::uint8_t* Row; // one tight row
   std::size_t PixelBytes;
   int Compression;
+  REASON* Why;
 };
 
-void _OnError(png_structp png, png_const_charp) { png_longjmp(png, 1); }
+void _OnError(png_structp png, png_const_charp text) {
+  static_cast<PNG_WRITE*>(png_get_error_ptr(png))->Why->Refuse("can't be written as PNG", text);
+  png_longjmp(png, 1);
+}
 
 void _OnWarning(png_structp, png_const_charp) {}
 
 void _WriteBytes(png_structp png, png_bytep data, std::size_t size) {
   if (std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size) {
-    png_error(png, "write failed");
+    RefuseByErrno(static_cast<PNG_WRITE*>(png_get_error_ptr(png))->Why);
+    png_longjmp(png, 1);
   }
 }
 
@@ -54,11 +56,8 @@ void _WritePicture(PNG_WRITE* job) {
   if (bitDepth == 16) {
     png_set_swap(job->Png);
   }
-  for (int y = surface.Height - 1; y >= 0; --y) {
-    const std::uint8_t* from = surface.Data + static_cast<std::ptrdiff_t>(y) * surface.RowStride;
-    for (int x = 0; x < surface.Width; ++x, from += surface.PixelStride) {
-      std::memcpy(job->Row + static_cast<std::size_t>(x) * job->PixelBytes, from, job->PixelBytes);
-    }
+  for (int y = 0; y < surface.Height; ++y) {
+    CopyRowFromTop(surface, y, job->PixelBytes, job->Row);
     png_write_row(job->Png, job->Row);
   }
   png_write_end(job->Png, job->Info);
@@ -73,7 +72,7 @@ bool _Guarded(PNG_WRITE* job) {
 }
 
 bool _Write(PNG_WRITE* job) {
-  job->Png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, _OnError, _OnWarning);
+  job->Png = png_create_write_struct(PNG_LIBPNG_VER_STRING, job, _OnError, _OnWarning);
   if (job->Png == nullptr) {
     return false;
   }
@@ -83,42 +82,21 @@ bool _Write(PNG_WRITE* job) {
   return done;
 }
 
-bool _CanBeStored(const DATASURFACE& surface) {
-  return surface.Data != nullptr && surface.Width > 0 && surface.Height > 0 &&
-         surface.Channels >= 1 && surface.Channels <= 4 &&
-         (surface.Type == DATA_TYPE_UINT8 || surface.Type == DATA_TYPE_UINT16) &&
-         surface.PixelStride >= static_cast<int>(surface.Channels * GetTypeSize(surface.Type));
-}
-
 } // namespace
 
-bool SaveImage(const std::string& name, TSaveImageHint* hint, const DATASURFACE& surface) {
-  if (!_CanBeStored(surface)) {
-    return false;
-  }
+bool EncodePng(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
+               REASON* why) {
   PNG_WRITE job = {};
+  job.File = file;
   job.Surface = &surface;
   job.PixelBytes = surface.Channels * GetTypeSize(surface.Type);
-  job.Compression = hint != nullptr ? hint->Compression : -1;
-  const std::unique_ptr<std::uint8_t[]> row(
-      new (std::nothrow) std::uint8_t[static_cast<std::size_t>(surface.Width) * job.PixelBytes]);
-  if (!row) {
-    return false;
-  }
+  job.Compression = hint.Compression;
+  job.Why = why;
+  why->Refuse(kOutOfMemory); // until there is something else to tell
+  const TBlock row(static_cast<std::uint8_t*>(
+      std::malloc(static_cast<std::size_t>(surface.Width) * job.PixelBytes)));
   job.Row = row.get();
-  job.File = std::fopen(name.c_str(), "wbe");
-  if (job.File == nullptr) {
-    return false;
-  }
-  // A device or a pipe that took only a part is not ours to remove.
-  struct stat about = {};
-  const bool plain = fstat(fileno(job.File), &about) == 0 && S_ISREG(about.st_mode);
-  bool done = _Write(&job);
-  if (std::fclose(job.File) != 0) {
-    done = false;
-  }
-  if (!done && plain) {
-    std::remove(name.c_str());
-  }
-  return done;
+  return row && _Write(&job);
 }
+
+} // namespace zx::image
