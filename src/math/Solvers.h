@@ -68,8 +68,9 @@ ZX_CORE3D_API void mul_mtv(const TMatrixD& a, const TVectorD& v, TVectorD* res);
 
 /// Least squares: the `x` that minimises the length of `a x - b`. `a` has one row for each equation
 /// and one column for each unknown; `b` has a value for each equation; `x` must already have
-/// `a.SizeX` elements. False, with `x` untouched, when the normal matrix can't be inverted, for want
-/// of memory too (see `inverse`). Throws `std::bad_alloc` when there is none for its own arrays.
+/// `a.SizeX` elements. False, with `x` untouched, when the normal matrix can't be inverted, for
+/// want of memory too (see `inverse`). Throws `std::bad_alloc` when there is none for its own
+/// arrays.
 ///
 /// It goes by the normal equations, which squares the condition number of `a`: about 8 digits of
 /// the input are all that can be told apart. The normal matrix is inverted with the absolute
