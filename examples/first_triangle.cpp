@@ -1,5 +1,4 @@
 #include <ZxCore3D/ZxCore3D.h>
-#include <ZxPixelKit/Image.h>
 
 int main(int argc, char** argv) {
   Init_ZxCore3D();

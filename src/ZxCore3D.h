@@ -1,6 +1,12 @@
 #pragma once
 
-/// Everything that ZxCore3D offers.
+/// Everything that ZxCore3D offers, with what its four sibling libraries offer: messages and
+/// counted objects, text, surfaces and image files, drawing surfaces.
+
+#include <ZxBaseKit/ZxBaseKit.h>
+#include <ZxDrawKit/ZxDrawKit.h>
+#include <ZxPixelKit/ZxPixelKit.h>
+#include <ZxRunKit/ZxRunKit.h>
 
 #include <ZxCore3D/math/CubeSpline.h>
 #include <ZxCore3D/math/Frusta.h>

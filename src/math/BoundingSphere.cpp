@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include <ZxCore3D/types/ExpandAxis.h>
+#include <ZxCore3D/types/vec_t_-inl.h>
 
 using TPoint = vec_t_<double, 3>;
 

@@ -94,6 +94,16 @@ HWY_INLINE void CopyRow(const double* HWY_RESTRICT from, size_t count, double* H
   }
 }
 
+/// Copies `count` (at least 1) values and repeats the last of them up to `total`: unused lanes then
+/// do what a used one does, and raise no floating point exception of their own.
+HWY_INLINE void CopyRowRepeating(const double* HWY_RESTRICT from, size_t count,
+                                 double* HWY_RESTRICT to, size_t total) {
+  CopyRow(from, count, to);
+  for (size_t j = count; j < total; ++j) {
+    to[j] = from[count - 1];
+  }
+}
+
 /// Exchanges two rows.
 HWY_INLINE void SwapRows(double* HWY_RESTRICT a, double* HWY_RESTRICT b, size_t count) {
   const DOUBLES d;

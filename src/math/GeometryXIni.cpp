@@ -1,5 +1,6 @@
 #include <ZxCore3D/math/GeometryXIni.h>
 
+#include <cmath>
 #include <string>
 
 #include <ZxBaseKit/KeyStrings.h>
@@ -42,7 +43,8 @@ template <std::size_t N> vec_t_<double, N> ReadPointE(TZxXIniReader* r, const ch
 /// Puts both corners in order. A NaN stays where it is.
 template <std::size_t N> void Order(vec_t_<double, N>* min, vec_t_<double, N>* max) {
   for (std::size_t i = 0; i < N; ++i) {
-    if ((*max)[i] < (*min)[i]) {
+    // Quiet: the mark of an empty bound is a NaN, and a host may trap invalid operations.
+    if (std::isless((*max)[i], (*min)[i])) {
       const double greater = (*min)[i];
       (*min)[i] = (*max)[i];
       (*max)[i] = greater;

@@ -28,19 +28,20 @@ struct INVERSION {
   size_t stride;
   double* w;
   double* inv;
+  double tol;
+  size_t steps = 0;
+  // From here on for `InvertByPanels` alone.
   /// n rows of the columns that the pivot steps are made in.
-  double* panel;
+  double* panel = nullptr;
   /// n rows of `PanelPivots` multipliers.
-  double* multipliers;
+  double* multipliers = nullptr;
   /// For each row of `multipliers`: whether one of its multipliers is exactly 0, so that its step
   /// must be left out (subtracting a product with 0 can change the sign of a zero, or make a NaN).
-  unsigned char* skips;
+  unsigned char* skips = nullptr;
   /// The column of the inverse that column t of `inv` is. See `InvertByPanels`.
-  size_t* order;
+  size_t* order = nullptr;
   /// The reciprocals of the pivots.
-  double* scales;
-  double tol;
-  size_t steps;
+  double* scales = nullptr;
 };
 
 } // namespace zx_math
@@ -398,18 +399,8 @@ constexpr unsigned long RowSpace(unsigned long n) {
 
 bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, unsigned long* rank,
                   double* space) {
-  INVERSION job;
-  job.n = n;
-  job.stride = RowStride(n);
-  job.w = space;
-  job.inv = job.w + n * job.stride;
-  job.panel = job.inv + n * job.stride;
-  job.multipliers = job.panel + n * PanelPivots;
-  job.scales = job.multipliers + n * PanelPivots;
-  job.order = reinterpret_cast<size_t*>(job.scales + n);
-  job.skips = reinterpret_cast<unsigned char*>(job.order + n);
-  job.tol = tol;
-  job.steps = 0;
+  const size_t stride = RowStride(n);
+  INVERSION job = {n, stride, space, space + n * stride, tol};
   for (unsigned long i = 0; i < n; ++i) {
     std::fill(std::copy_n(a + i * n, n, job.w + i * job.stride), job.w + (i + 1) * job.stride, 0.0);
   }
@@ -421,6 +412,11 @@ bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, uns
     }
     return Finish(rank, job.steps, done);
   }
+  job.panel = job.inv + n * stride;
+  job.multipliers = job.panel + n * PanelPivots;
+  job.scales = job.multipliers + n * PanelPivots;
+  job.order = reinterpret_cast<size_t*>(job.scales + n);
+  job.skips = reinterpret_cast<unsigned char*>(job.order + n);
   std::iota(job.order, job.order + n, size_t{0});
   const bool done = HWY_DYNAMIC_DISPATCH(InvertByPanels)(job);
   for (unsigned long i = 0; i < n; ++i) {

@@ -4,6 +4,8 @@
 #include <cmath>
 #include <memory>
 
+#include <ZxCore3D/types/vec_t_-inl.h>
+
 namespace {
 
 using TPoint = vec_t_<double, 2>;

@@ -34,10 +34,7 @@ HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStrid
     for (size_t t = 0; t < steps; ++t) {
       const double* from = r + (k + t) * columns + x;
       double* to = panel + t * stripColumns;
-      CopyRow(from, width, to);
-      for (size_t j = width; j < stripColumns; ++j) {
-        to[j] = 0.0;
-      }
+      CopyRowRepeating(from, width, to, stripColumns);
     }
     for (size_t y = 0; y < rows; y += TileRows) {
       const size_t count = std::min(TileRows, rows - y);
@@ -49,7 +46,7 @@ HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStrid
         continue;
       }
       for (size_t i = 0; i < count && k != 0; ++i) {
-        CopyRow(tile + i * columns, width, edge + i * stripColumns);
+        CopyRowRepeating(tile + i * columns, width, edge + i * stripColumns, stripColumns);
       }
       UpdateTileRows<Vectors>(count, edge, stripColumns, m, rowStride, stepStride, panel, steps,
                               k == 0, ADD());

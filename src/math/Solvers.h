@@ -45,11 +45,17 @@ ZX_CORE3D_API bool LineSysGauss1(double* a, unsigned long n, double* b, double* 
 ZX_CORE3D_API bool LineSysGauss2(double* a, unsigned long n, double* b, double* x);
 
 /// The inverse of `m`, n by n with n being `m.SizeX`, by Gauss-Jordan elimination with partial
-/// pivoting. `res` must already be n by n. False when a pivot's magnitude is 1e-9 or less.
+/// pivoting. `res` must already be n by n. False when a pivot's magnitude is 1e-9 or less, and also
+/// when there is no memory for the work space; the two can't be told apart. `res` keeps its values
+/// without memory, and without a large enough pivot it holds partial ones.
 ///
-/// That tolerance is absolute: a well-conditioned matrix of small numbers is refused (1e-9 times
+/// The tolerance is absolute: a well-conditioned matrix of small numbers is refused (1e-9 times
 /// the identity), and a nearly singular one of large numbers passes. Only for n = 1 the test is for
 /// exactly 0. A NaN passes.
+///
+/// The work space is more than 2 n^2 doubles: two matrices whose rows are padded to 8 doubles, from
+/// n = 48 on to 32 and 32 more where a row would be a multiple of 1 KiB, and 67 doubles more a row.
+/// Up to n = 16 it lies on the stack; above, it is one block.
 ZX_CORE3D_API bool inverse(const TMatrixD& m, TMatrixD& res);
 
 /// The product of the transpose of `a` with `a`, each element added up from 0.0 over the rows of
@@ -62,7 +68,9 @@ ZX_CORE3D_API void mul_mtv(const TMatrixD& a, const TVectorD& v, TVectorD* res);
 
 /// Least squares: the `x` that minimises the length of `a x - b`. `a` has one row for each equation
 /// and one column for each unknown; `b` has a value for each equation; `x` must already have
-/// `a.SizeX` elements. False, with `x` untouched, when the normal matrix can't be inverted.
+/// `a.SizeX` elements. False, with `x` untouched, when the normal matrix can't be inverted, for
+/// want of memory too (see `inverse`). Throws `std::bad_alloc` when there is none for its own
+/// arrays.
 ///
 /// It goes by the normal equations, which squares the condition number of `a`: about 8 digits of
 /// the input are all that can be told apart. The normal matrix is inverted with the absolute

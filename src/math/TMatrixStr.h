@@ -15,7 +15,7 @@ public:
   /// The number of elements.
   unsigned long Size;
 
-  /// Without elements. `Size` isn't set: give the object its shape before any use.
+  /// Without elements; `Size` is 0.
   TVectorStr();
   /// `n` empty texts.
   explicit TVectorStr(unsigned long n);
@@ -34,7 +34,7 @@ public:
   /// Rows.
   unsigned long SizeY;
 
-  /// Without elements. The sizes aren't set: give the object its shape before any use.
+  /// Without elements; both sizes are 0.
   TMatrixStr();
   /// `sizeX * sizeY` empty texts. Throws `std::length_error` or `std::bad_alloc`.
   TMatrixStr(unsigned long sizeX, unsigned long sizeY);

@@ -3,6 +3,8 @@
 #include <cmath>
 #include <utility>
 
+#include <ZxCore3D/types/vec_t_-inl.h>
+
 namespace {
 
 using TPoint2 = vec_t_<double, 2>;

@@ -18,6 +18,16 @@ TAttributable& TAttributable::operator=(const TAttributable& other) {
   return *this;
 }
 
+TAttributable::TAttributable(TAttributable&& other) noexcept
+    : m_Attributes(std::exchange(other.m_Attributes, nullptr)) {}
+
+TAttributable& TAttributable::operator=(TAttributable&& other) noexcept {
+  if (this != &other) {
+    AttachAttributes(other.DetachAttributes());
+  }
+  return *this;
+}
+
 TAttributable::~TAttributable() { delete m_Attributes; }
 
 void TAttributable::Swap(TAttributable& other) { std::swap(m_Attributes, other.m_Attributes); }
@@ -67,6 +77,14 @@ bool TAttributable::SetAttribute(const char* name, const TVariant& value) {
 
 bool TAttributable::SetAttribute(const std::string& name, const TVariant& value) {
   return QueryAttributes()->SetValue(name, value);
+}
+
+bool TAttributable::SetAttribute(const char* name, TVariant&& value) {
+  return QueryAttributes()->SetValue(name, std::move(value));
+}
+
+bool TAttributable::SetAttribute(const std::string& name, TVariant&& value) {
+  return QueryAttributes()->SetValue(name, std::move(value));
 }
 
 TVariant* TAttributable::FindAttribute(const char* name) const {

@@ -18,6 +18,11 @@ public:
   TAttributable(const TAttributable& other);
   TAttributable& operator=(const TAttributable& other);
 
+  /// Take the list itself, or that there is none; `other` has no list afterwards. An object moved
+  /// to itself keeps its list.
+  TAttributable(TAttributable&& other) noexcept;
+  TAttributable& operator=(TAttributable&& other) noexcept;
+
   ~TAttributable();
 
   /// Exchanges the two lists.
@@ -47,6 +52,8 @@ public:
   void SetAttribute(const std::string& name, const std::string& text);
   bool SetAttribute(const char* name, const TVariant& value);
   bool SetAttribute(const std::string& name, const TVariant& value);
+  bool SetAttribute(const char* name, TVariant&& value);
+  bool SetAttribute(const std::string& name, TVariant&& value);
 
   /// The value under `name`, or null. It may be changed through a const object.
   TVariant* FindAttribute(const char* name) const;

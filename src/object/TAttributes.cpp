@@ -21,6 +21,19 @@ TAttributes& TAttributes::operator=(const TAttributes& other) {
   return *this;
 }
 
+TAttributes::TAttributes(TAttributes&& other) noexcept : m_Values(std::move(other.m_Values)) {
+  other.m_Values.clear();
+}
+
+TAttributes& TAttributes::operator=(TAttributes&& other) noexcept {
+  if (this != &other) {
+    // The old values go last: what they let go of may look at either list, or hold the other one.
+    TAttributes taken(std::move(other));
+    m_Values.swap(taken.m_Values);
+  }
+  return *this;
+}
+
 TAttributes::~TAttributes() = default;
 
 void TAttributes::Clear() { m_Values.clear(); }
@@ -37,6 +50,16 @@ bool TAttributes::SetValue(const std::string& name, const TVariant& value) {
   return true;
 }
 
+bool TAttributes::SetValue(const char* name, TVariant&& value) {
+  CheckNameE(name);
+  return SetValue(std::string(name), std::move(value));
+}
+
+bool TAttributes::SetValue(const std::string& name, TVariant&& value) {
+  m_Values[name] = std::move(value);
+  return true;
+}
+
 bool TAttributes::SetValue(const char* name, const char* text, unsigned long length) {
   CheckNameE(name);
   return SetValue(std::string(name), text, length);
@@ -47,12 +70,7 @@ bool TAttributes::SetValue(const std::string& name, const char* text, unsigned l
   if (!value.Set(text, length)) {
     return false;
   }
-  TVariant& entry = m_Values[name];
-  // Three moves of the record: an exchange by copies could run out of memory halfway.
-  std::swap(entry.Value, value.Value);
-  std::swap(entry.Count, value.Count);
-  std::swap(entry.Type, value.Type);
-  return true;
+  return SetValue(name, std::move(value));
 }
 
 TVariant* TAttributes::FindValue(const char* name) {

@@ -21,6 +21,11 @@ public:
   TAttributes(const TAttributes& other);
   TAttributes& operator=(const TAttributes& other);
 
+  /// Take the values themselves, where they stand: pointers to them stay valid, nothing is
+  /// allocated, and `other` is left empty. A list moved to itself keeps its values.
+  TAttributes(TAttributes&& other) noexcept;
+  TAttributes& operator=(TAttributes&& other) noexcept;
+
   ~TAttributes();
 
   /// Removes all values.
@@ -35,6 +40,10 @@ public:
   /// Stores a deep copy of `value` under `name`, in place of what is there. Always true.
   bool SetValue(const char* name, const TVariant& value);
   bool SetValue(const std::string& name, const TVariant& value);
+
+  /// The same, moving `value` into the list: it is empty afterwards.
+  bool SetValue(const char* name, TVariant&& value);
+  bool SetValue(const std::string& name, TVariant&& value);
 
   /// Stores `length` characters under `name`; `~0` measures with `strlen`. False, with the list as
   /// it was, if a variant can't take the text.

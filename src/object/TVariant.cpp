@@ -107,6 +107,13 @@ void TVariant::_Assign(const TVariant& other) {
   }
 }
 
+void TVariant::_Take(TVariant& other) noexcept {
+  const TVariant let(std::move(*this));
+  // The last use of the other: it may go with what this variant lets go of.
+  _CopyRecord(other);
+  other.Type = DATA_TYPE_NONE;
+}
+
 void TVariant::_CopyArray(const TVariant& other) {
   if (GetBaseCode(other.Type) >= DATA_TYPE_REF || GetComponents(other.Type) > 4) {
     throw std::invalid_argument("");

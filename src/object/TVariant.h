@@ -58,6 +58,12 @@ public:
       _Assign(other);
     }
   }
+  /// Takes what `other` holds, its block or its count included, and leaves `other` empty (tag 0).
+  /// Nothing is allocated and no count changes.
+  TVariant(TVariant&& other) noexcept {
+    _CopyRecord(other);
+    other.Type = DATA_TYPE_NONE;
+  }
   /// Holds one count of its own on `ref`; a null pointer gives the empty variant.
   TVariant(zx::TRef* ref);
   /// Frees what is owned. An exception out of a `Release` ends the process.
@@ -72,6 +78,21 @@ public:
   /// array of references or strings or of more than four components, before the target is touched.
   TVariant& operator=(const TVariant& other);
 
+  /// Takes what `other` holds and leaves `other` empty; then frees what the target held, so that
+  /// `other` may lie inside it. A variant moved to itself keeps its value. An exception out of a
+  /// `Release` ends the process.
+  TVariant& operator=(TVariant&& other) noexcept {
+    if (this != &other) {
+      if (_OwnsNothing()) {
+        _CopyRecord(other);
+        other.Type = DATA_TYPE_NONE;
+      } else {
+        _Take(other);
+      }
+    }
+    return *this;
+  }
+
   /// Frees what is owned and makes the variant empty.
   void Reset() {
     if (_OwnsNothing()) {
@@ -80,7 +101,8 @@ public:
       _Clear();
     }
   }
-  /// Exchanges two values by three deep copies; raises what `operator=` raises.
+  /// Exchanges two values by three deep copies; raises what `operator=` raises. `std::swap` moves
+  /// them instead, and allocates nothing.
   void Swap(TVariant& other);
 
   /// Stores a scalar; always true.
@@ -183,6 +205,7 @@ private:
   void _Clear();
   template <class T> bool _SetScalar(DATA_TYPE type, T value);
   void _Assign(const TVariant& other);
+  void _Take(TVariant& other) noexcept;
   // The whole record, word by word: the barrier on each word keeps the compiler from making wider
   // transfers, which could not be forwarded from the stores that set the value. The one on the
   // pointer says that the bytes of an empty variant may be copied, whatever they are.

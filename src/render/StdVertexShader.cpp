@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/types/vec_t_-inl.h>
 
 #include "VertexLighting.h"
 

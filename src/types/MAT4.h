@@ -20,7 +20,8 @@ static_assert(sizeof(MAT4<double>) == 128);
 /// summed left to right. In column-vector terms the result is the matrix product b * a.
 ///
 /// Each pointer is to 16 values; `out` must be neither input, since it is written while they are
-/// read.
+/// read. For double and float the arithmetic is the library's, whatever flags a host is compiled
+/// with.
 template <class T> inline void Mat4_Mul_Mat4(const T* a, const T* b, T* out) {
   for (int i = 0; i < 4; ++i) {
     for (int j = 0; j < 4; ++j) {
@@ -29,6 +30,9 @@ template <class T> inline void Mat4_Mul_Mat4(const T* a, const T* b, T* out) {
     }
   }
 }
+
+template <> ZX_CORE3D_API void Mat4_Mul_Mat4<double>(const double* a, const double* b, double* out);
+template <> ZX_CORE3D_API void Mat4_Mul_Mat4<float>(const float* a, const float* b, float* out);
 
 /// The identity.
 extern ZX_CORE3D_API const MAT4<double> g_M4Ed;

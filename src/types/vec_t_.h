@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 #include <string>
+#include <type_traits>
 
 #include <ZxCore3D/types/Export.h>
 
@@ -93,21 +94,52 @@ inline bool operator!=(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return !(a == b);
 }
 
+// The operations below multiply and add. A host may be compiled with flags that make one rounding
+// of two (-march=native is enough for some compilers), so for double and float they stand in the
+// library: their bits don't depend on the host's flags. Expressions of the operators above are the
+// host's own arithmetic.
+
+namespace zx_vec {
+
+/// Whether the library holds the arithmetic of `T`.
+template <class T>
+inline constexpr bool IsInLibrary = std::is_same_v<T, double> || std::is_same_v<T, float>;
+
+/// `dot` and `length` of `count` (at least 1) elements that lie close.
+ZX_CORE3D_API double Dot(const double* a, const double* b, std::size_t count);
+ZX_CORE3D_API float Dot(const float* a, const float* b, std::size_t count);
+ZX_CORE3D_API double Length(const double* v, std::size_t count);
+ZX_CORE3D_API float Length(const float* v, std::size_t count);
+
+} // namespace zx_vec
+
 /// Sum of products, in the order x, y, z, w.
 template <class T, std::size_t N> inline T dot(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
-  T sum = a[0] * b[0];
-  for (std::size_t i = 1; i < N; ++i) {
-    sum = sum + a[i] * b[i];
+  if constexpr (zx_vec::IsInLibrary<T>) {
+    return zx_vec::Dot(&a[0], &b[0], N);
+  } else {
+    T sum = a[0] * b[0];
+    for (std::size_t i = 1; i < N; ++i) {
+      sum = sum + a[i] * b[i];
+    }
+    return sum;
   }
-  return sum;
 }
 
 /// (a.y b.z - a.z b.y, a.z b.x - a.x b.z, a.x b.y - a.y b.x)
 template <class T> inline vec_t_<T, 3> cross(const vec_t_<T, 3>& a, const vec_t_<T, 3>& b) {
   return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
+template <>
+ZX_CORE3D_API vec_t_<double, 3> cross(const vec_t_<double, 3>& a, const vec_t_<double, 3>& b);
+template <>
+ZX_CORE3D_API vec_t_<float, 3> cross(const vec_t_<float, 3>& a, const vec_t_<float, 3>& b);
 
 /// Square root of the sum of squares.
 template <class T, std::size_t N> inline T length(const vec_t_<T, N>& v) {
-  return std::sqrt(dot(v, v));
+  if constexpr (zx_vec::IsInLibrary<T>) {
+    return zx_vec::Length(&v[0], N);
+  } else {
+    return std::sqrt(dot(v, v));
+  }
 }

@@ -21,14 +21,17 @@ case "$way" in
     cd "$work"
     build/consumer
     build/sibling
+    build/one_header
     ;;
   pkg-config)
     cd "$work"
     export PKG_CONFIG_PATH="$lib/pkgconfig"
     [ "$(pkg-config --modversion ZxCore3D)" = 1.0.0 ]
     # shellcheck disable=SC2046
-    "$compiler" -std=c++17 -Wall -Wextra -Werror "$source/consumer/consumer.cpp" -o consumer \
-      $(pkg-config --cflags --libs ZxCore3D)
-    LD_LIBRARY_PATH="$lib" ./consumer
+    for program in consumer one_header; do
+      "$compiler" -std=c++17 -Wall -Wextra -Werror "$source/consumer/$program.cpp" -o "$program" \
+        $(pkg-config --cflags --libs ZxCore3D)
+      LD_LIBRARY_PATH="$lib" "./$program"
+    done
     ;;
 esac

@@ -7,6 +7,11 @@ root=$1
 sed -n '/^```cpp$/,/^```$/p' "$root/README.md" | sed '1d;$d' | diff - "$root/examples/first_triangle.cpp" ||
   { echo "the README's first program is not examples/first_triangle.cpp" >&2; exit 1; }
 
+# One header is all that it takes.
+includes=$(grep '^#include' "$root/examples/first_triangle.cpp")
+[ "$includes" = '#include <ZxCore3D/ZxCore3D.h>' ] ||
+  { echo "the README's first program includes more than the one header: $includes" >&2; exit 1; }
+
 # Links to files lead somewhere.
 bad=0
 for page in "$root"/*.md "$root"/docs/*.md; do

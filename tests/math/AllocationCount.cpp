@@ -5,14 +5,18 @@
 #include <new>
 
 static std::atomic<std::size_t> s_Count{0};
+static std::atomic<std::size_t> s_Size{0};
 static std::atomic<std::size_t> s_Limit{0};
 
 std::size_t AllocationCount() { return s_Count; }
+
+std::size_t LastAllocationSize() { return s_Size; }
 
 void SetAllocationLimit(std::size_t bytes) { s_Limit = bytes; }
 
 void* operator new(std::size_t size) {
   ++s_Count;
+  s_Size = size;
   if (s_Limit != 0 && size >= s_Limit) {
     throw std::bad_alloc();
   }

@@ -209,6 +209,38 @@ TEST(CubeSplineXY, Refusals) {
   EXPECT_EQ(out[0].a, 9.0);
 }
 
+// Two neighbours with the same x, at any place of the row, make the system singular.
+TEST(CubeSplineXY, EqualNeighboursInXAreRefused) {
+  std::mt19937_64 random(11);
+  for (unsigned long n = 3; n <= 9; ++n) {
+    for (unsigned long at = 0; at + 1 < n; ++at) {
+      for (const bool sameY : {false, true}) {
+        for (const unsigned long types : {0ul, 1ul, 2ul, 3ul}) {
+          std::vector<vec_t_<double, 2>> p(n);
+          const std::vector<double> values = RandomValues(2 * n, Fill::Plain, random);
+          double x = values[0];
+          for (unsigned long i = 0; i < n; ++i) {
+            x += 0.25 + std::fabs(values[i]);
+            p[i] = {x, values[n + i]};
+          }
+          p[at + 1].x = p[at].x;
+          if (sameY) {
+            p[at + 1].y = p[at].y;
+          }
+          const POLYNOM3 mark = {5, 5, 5, 5};
+          std::vector<POLYNOM3> out(n - 1, mark);
+          EXPECT_FALSE(
+              CalcCubeSplineXY(p.data(), n, 1 + types % 2, 0.5, 1 + types / 2, -0.5, out.data()))
+              << n << " points, " << at;
+          for (const POLYNOM3& polynom : out) {
+            EXPECT_TRUE(SameBits(&polynom.a, &mark.a, 4)) << "untouched";
+          }
+        }
+      }
+    }
+  }
+}
+
 TEST(CubeSplineXY, TwoPoints) {
   const Point p[] = {{0, 1}, {2, 5}};
   POLYNOM3 out[1];

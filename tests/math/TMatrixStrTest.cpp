@@ -21,7 +21,10 @@ using Texts = std::vector<std::string>;
 
 TEST(TMatrixStr, Construction) {
   EXPECT_TRUE(TVectorStr().Data.empty());
+  EXPECT_EQ(TVectorStr().Size, 0u);
   EXPECT_TRUE(TMatrixStr().Data.empty());
+  EXPECT_EQ(TMatrixStr().SizeX, 0u);
+  EXPECT_EQ(TMatrixStr().SizeY, 0u);
   const TVectorStr v(2);
   EXPECT_EQ(v.Size, 2u);
   EXPECT_EQ(v.Data, Texts({"", ""}));

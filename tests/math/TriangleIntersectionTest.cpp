@@ -251,6 +251,70 @@ TEST(TriangleIntersection, StarOfDavidGivesSixPoints) {
   EXPECT_TRUE(IsCycle(Common(up, down), expected));
 }
 
+/// A vertex in the plane, from its two coordinates.
+TPoint Flat(double x, double y) { return {x, y, 0}; }
+
+/// The polygon that is left of `b`, clipped by the three edges of `a`, in the order in which the
+/// definition makes it and of any number of vertices. For pairs in the plane z = 0 whose `a` begins
+/// at the origin with an edge along x, where the plane's own coordinates are x and y themselves.
+TPoints ClippedByDefinition(const TRIANGLE& a, const TRIANGLE& b) {
+  TPoints polygon(b.v, b.v + 3);
+  for (int t = 0; t < 3; ++t) {
+    const TPoint& p = a.v[t];
+    const TPoint& q = a.v[(t + 1) % 3];
+    std::vector<double> s;
+    for (const TPoint& w : polygon) {
+      s.push_back((q.x - p.x) * (w.y - p.y) - (q.y - p.y) * (w.x - p.x));
+    }
+    TPoints clipped;
+    for (std::size_t i = 0; i < polygon.size(); ++i) {
+      const std::size_t before = (i + polygon.size() - 1) % polygon.size();
+      if ((s[i] < 0 && s[before] > 0) || (s[i] > 0 && s[before] < 0)) {
+        const double part = s[before] / (s[before] - s[i]);
+        clipped.push_back(Flat(polygon[before].x + (polygon[i].x - polygon[before].x) * part,
+                               polygon[before].y + (polygon[i].y - polygon[before].y) * part));
+      }
+      if (s[i] >= 0) {
+        clipped.push_back(polygon[i]);
+      }
+    }
+    polygon = clipped;
+  }
+  return polygon;
+}
+
+// By rounding a crossing comes out on the wrong side of a line that it nearly lies on, and the
+// polygon bends inwards there: the last edge then cuts it four times. There is room for six points,
+// and the first six are given; `Common` sees to it that nothing stands behind them.
+TEST(TriangleIntersection, OfSevenPointsTheFirstSixAreGiven) {
+  const TRIANGLE pairs[][2] = {
+      {{{Flat(0, 0), Flat(0x1.d465210b58529p-1, 0),
+         Flat(0x1.0a2c89199d1ecp-2, 0x1.31fdb87a44a0cp-1)}},
+       {{Flat(0x1.94f2f6c7d007cp+0, -0x1.37a4febd79ef3p-1),
+         Flat(0x1.487d19ddad0cp-1, 0x1.feb21d7c7bc7ep-3),
+         Flat(0x1.da8fc3a97f28ap-3, 0x1.3f2cb11f082a1p-1)}}},
+      {{{Flat(0, 0), Flat(0x1.37b686bc8badep-1, 0),
+         Flat(0x1.673f317180614p-2, 0x1.3b8e64fded362p-1)}},
+       {{Flat(0x1.59e17a1d35713p-2, 0x1.4b858f561f29ep-1),
+         Flat(0x1.640beb4b704a4p-1, -0x1.a7a4d20fdafcdp-3),
+         Flat(0x1.7fe455dfdd1d6p-2, 0x1.1e1e42eacac39p-1)}}},
+      {{{Flat(0, 0), Flat(0x1.165821c0d3833p-1, 0),
+         Flat(-0x1.4c5f5fbb35b5fp-1, 0x1.fff42cb14a042p-1)}},
+       {{Flat(-0x1.d3ee9674e30ep-1, 0x1.6860c946be29bp+0),
+         Flat(-0x1.1fb790f039c76p-1, 0x1.bb2bbfa5cce65p-1),
+         Flat(0x1.aca20dadea71p-3, -0x1.4a1ca9089d9d9p-2)}}},
+  };
+  for (const auto& pair : pairs) {
+    const TPoints all = ClippedByDefinition(pair[0], pair[1]);
+    ASSERT_EQ(all.size(), 7u);
+    const TPoints common = Common(pair[0], pair[1]);
+    ASSERT_EQ(common.size(), 6u);
+    for (std::size_t i = 0; i < 6; ++i) {
+      EXPECT_EQ(common[i], all[i]) << i;
+    }
+  }
+}
+
 TEST(TriangleIntersection, CoplanarTrianglesApartDoNotMeet) {
   const TRIANGLE apart = {{{0, -1, 0}, {8, -1, 0}, {0, -9, 0}}};
   EXPECT_TRUE(Common(s_Floor, apart).empty());

@@ -3,6 +3,7 @@
 #include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -238,6 +239,40 @@ TEST(TMemoryStream, ReadsAreCutAndReadAllIsAllOrNothing) {
   stream.SetPos(100); // behind the size, within the capacity
   EXPECT_TRUE(stream.ReadAll(nullptr, 0));
   EXPECT_EQ(stream._Read(text, 1), 0u);
+}
+
+// No loop through the virtual operations, and one copy for any number of bytes.
+TEST(TMemoryStream, ReadAllAndWriteAllAreOneCopy) {
+  class TCounting : public TMemoryStream {
+  public:
+    unsigned long _Read(void* data, unsigned long size) override {
+      ++Calls;
+      return TMemoryStream::_Read(data, size);
+    }
+    unsigned long _Write(const void* data, unsigned long size) override {
+      ++Calls;
+      return TMemoryStream::_Write(data, size);
+    }
+    int Calls = 0;
+  };
+  TCounting stream;
+  std::vector<unsigned char> bytes(100000);
+  for (std::size_t i = 0; i < bytes.size(); ++i) {
+    bytes[i] = static_cast<unsigned char>(i * 7 + i / 256);
+  }
+  ASSERT_TRUE(stream.WriteAll(bytes.data(), bytes.size()));
+  ASSERT_TRUE(stream.SetPos(0));
+  std::vector<unsigned char> back(bytes.size());
+  ASSERT_TRUE(stream.ReadAll(back.data(), back.size()));
+  EXPECT_EQ(back, bytes);
+  ASSERT_TRUE(stream.SetPos(0));
+  ASSERT_TRUE(stream.ReadAllE(back.data(), back.size()));
+  ASSERT_TRUE(stream.WriteString("text", 4));
+  ASSERT_TRUE(stream.WriteEOL());
+  EXPECT_EQ(stream.Calls, 0);
+  TStream& base = stream;
+  EXPECT_EQ(base._Write("x", 1), 1u);
+  EXPECT_EQ(stream.Calls, 1) << "the count does count";
 }
 
 TEST(TMemoryStream, OverwritingInPlaceKeepsTheSize) {
