@@ -104,13 +104,14 @@ bool TRenderCPU::_Share(TRenderBase* other) {
     return false;
   }
   if (m_Textures == nullptr) {
-    m_Textures = new (std::nothrow) TTextureTable;
-    if (m_Textures == nullptr) {
+    auto* const table = new (std::nothrow) TTextureTable;
+    if (table == nullptr) {
       return false;
     }
+    _TakeTextures(table);
   }
   m_Textures->RefCount.fetch_add(1, std::memory_order_relaxed);
-  taker->m_Textures = m_Textures;
+  taker->_TakeTextures(m_Textures);
   return true;
 }
 
@@ -119,9 +120,7 @@ bool TRenderCPU::SetSize(int width, int height) {
     return false;
   }
   // The old surfaces go first; nothing may draw into them until the new ones are taken.
-  m_ColorSurface = nullptr;
-  m_DepthSurface = nullptr;
-  m_StencilSurface = nullptr;
+  _ForgetOwnSurfaces();
   if (!m_FrameBuffer->Create(width, height)) {
     Destroy();
     return false;
@@ -151,12 +150,10 @@ void TRenderCPU::Destroy() {
   if (m_FrameBuffer != nullptr) {
     m_Width = 0;
     m_Height = 0;
-    m_ColorSurface = nullptr;
-    m_DepthSurface = nullptr;
-    m_StencilSurface = nullptr;
+    _ForgetOwnSurfaces();
     delete m_FrameBuffer;
     m_FrameBuffer = nullptr;
-    _SettleColorTarget();
+    _MeasureTargets();
   }
   delete m_VertexCache;
   m_VertexCache = nullptr;

@@ -321,7 +321,8 @@ public:
   virtual void VertexPointer(int size, unsigned int type, int stride, const void* pointer) = 0;
 
   /// Replays `count` elements from `first` through the virtual `Begin`, `Vertex4dv` and `End`.
-  /// Nothing happens without an enabled array. The range is the caller's duty.
+  /// Nothing happens without an enabled array. The range is the caller's duty. Elements that lie in
+  /// a surface which is being drawn into may be read before or after it is written.
   virtual void DrawArrays(unsigned int mode, int first, int count) = 0;
 
   /// The same by indices of `GL_UNSIGNED_BYTE`, `GL_UNSIGNED_SHORT` or `GL_UNSIGNED_INT`, from
