@@ -94,12 +94,10 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
-  const bool useDepth = job.DepthTest || job.DepthWrite;
   const VD length = hn::Set(d, static_cast<double>(walk.Length));
   const VD twice = hn::Set(d, static_cast<double>(2 * walk.Length));
   const VD aside = hn::Set(d, static_cast<double>(2 * walk.Aside));
   const int other = 1 - walk.Axis;
-  TGroupCopies copies = {};
   TRowResult result = {-1, -1};
   for (int first = walk.First; first <= walk.Last; first += lanes) {
     const int count = walk.Last - first + 1 < lanes ? walk.Last - first + 1 : lanes;
@@ -117,35 +115,13 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
     hn::Store(hn::DemoteTo(di, across), di, at[other]);
     hn::Store(LineT(row, walk.Axis, along), d, t);
 
-    std::uint32_t* colorAt[kMostLanes];
-    float* depthAt[kMostLanes];
-    unsigned char* stencilAt[kMostLanes];
+    TGroupTargets pixels[kMostLanes];
     for (int k = 0; k < count; ++k) {
-      const std::ptrdiff_t x = at[0][k];
-      const std::ptrdiff_t y = at[1][k];
-      colorAt[k] = reinterpret_cast<std::uint32_t*>(job.Color + y * job.ColorRowStride) + x;
-      copies.Color[k] = *colorAt[k];
-      if (useDepth) {
-        depthAt[k] = reinterpret_cast<float*>(job.Depth + y * job.DepthRowStride) + x;
-        copies.Depth[k] = *depthAt[k];
-      }
-      if (job.Stencil != nullptr) {
-        stencilAt[k] = job.Stencil + y * job.StencilRowStride + x;
-        copies.Stencil[k] = *stencilAt[k];
-      }
+      pixels[k] = TargetsAt(job, at[0][k], at[1][k]);
     }
-    const TGroupResult group = DrawCopies<kTexels, kPerspective>(
-        job, slots, row, t, static_cast<std::size_t>(count), &copies);
-    NoteGroup(group, first, &result);
-    for (int k = 0; k < count; ++k) {
-      *colorAt[k] = copies.Color[k];
-      if (job.DepthWrite) {
-        *depthAt[k] = copies.Depth[k];
-      }
-      if (job.Stencil != nullptr) {
-        *stencilAt[k] = copies.Stencil[k];
-      }
-    }
+    NoteGroup(DrawPixelCopies<kTexels, kPerspective>(job, slots, row, t,
+                                                     static_cast<std::size_t>(count), pixels),
+              first, &result);
   }
   return result;
 }

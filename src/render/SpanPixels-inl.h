@@ -47,8 +47,8 @@ HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
   return packed;
 }
 
-// The stages of a run for one group of pixels at t, of which the first `count` exist. Unless access
-// is by masks there is memory for all lanes.
+// The stages of a run for one group of pixels at t, of which the first `count` exist. Without
+// masked access there is memory for all lanes.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
                                            const TRow& row, VD t, int count,
@@ -56,11 +56,14 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   const DU du;
   const DF df;
   const std::uint64_t live = FirstBits(count);
-  const auto bytes = static_cast<std::size_t>(kMaskedAccess ? count : kLanes);
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kStencil) {
-    std::memcpy(stencil.Values, to.Stencil, bytes);
+    if (!kMaskedAccess || count == kLanes) { // a size that the compiler knows needs no call
+      std::memcpy(stencil.Values, to.Stencil, kLanes);
+    } else {
+      std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
+    }
     tested &= StencilBits(job, stencil);
   }
   std::uint64_t shaded = tested;
@@ -78,12 +81,11 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
       shaded = BitsOf(pass);
     }
     if (job.DepthWrite) {
-      StoreLive(df, depth, stored, pass, to.Depth);
+      StoreLive(df, depth, pass, to.Depth);
     }
   }
   if constexpr (kStencil) {
-    StepStencils(job, live, tested, shaded, &stencil);
-    std::memcpy(to.Stencil, stencil.Values, bytes);
+    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
   }
   const TGroupResult result = {static_cast<unsigned int>(tested),
                                static_cast<unsigned int>(shaded)};
@@ -93,13 +95,10 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
 
   const MI pass = MaskOfBits(shaded);
   VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
-  if (!kMaskedAccess || job.Blend || job.ColorMask != 15) {
-    const VU before = LoadLive(du, pass, to.Color);
-    packed = OutputColors(job, packed, before);
-    StoreLive(du, packed, before, pass, to.Color);
-  } else {
-    StoreLive(du, packed, packed, pass, to.Color);
+  if (job.Blend || job.ColorMask != 15) {
+    packed = OutputColors(job, packed, LoadLive(du, pass, to.Color));
   }
+  StoreLive(du, packed, pass, to.Color);
   return result;
 }
 
@@ -153,27 +152,45 @@ HWY_NOINLINE HWY_ATTR TGroupResult DrawCopies(const TSpanJob& job, const TRowSlo
                                                  {copies->Color, copies->Depth, nullptr});
 }
 
-// The first `count` lanes of memory into a whole vector, and back.
-template <class D, class T>
-HWY_INLINE HWY_ATTR void CopyFirst(D d, std::size_t count, const T* from, T* copy) {
-#if HWY_TARGET == HWY_SSSE3
-  std::memcpy(copy, from, count * sizeof(T));
-#else
-  hn::Store(hn::MaskedLoad(hn::FirstN(d, count), d, from), d, copy);
-#endif
+// A group of pixels that lie anywhere, no two at one place.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR TGroupResult DrawPixelCopies(const TSpanJob& job, const TRowSlots& slots,
+                                                 const TRow& row, const double* t,
+                                                 std::size_t count, const TGroupTargets* pixels) {
+  const bool useDepth = job.DepthTest || job.DepthWrite;
+  TGroupCopies copies = {};
+  for (std::size_t k = 0; k < count; ++k) {
+    copies.Color[k] = *pixels[k].Color;
+    if (useDepth) {
+      copies.Depth[k] = *pixels[k].Depth;
+    }
+    if (job.Stencil != nullptr) {
+      copies.Stencil[k] = *pixels[k].Stencil;
+    }
+  }
+  const TGroupResult group = DrawCopies<kTexels, kPerspective>(job, slots, row, t, count, &copies);
+  const std::uint64_t stepped =
+      job.Stencil != nullptr
+          ? SteppedPixels(job, FirstBits(static_cast<int>(count)), group.Stencil, group.Shaded)
+          : 0;
+  for (std::size_t k = 0; k < count; ++k) {
+    if ((group.Shaded >> k & 1u) != 0) {
+      if (job.ColorMask != 0) {
+        *pixels[k].Color = copies.Color[k];
+      }
+      if (job.DepthWrite) {
+        *pixels[k].Depth = copies.Depth[k];
+      }
+    }
+    if ((stepped >> k & 1u) != 0) {
+      *pixels[k].Stencil = copies.Stencil[k];
+    }
+  }
+  return group;
 }
 
-template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreFirst(D d, std::size_t count, const T* copy, T* to) {
-#if HWY_TARGET == HWY_SSSE3
-  std::memcpy(to, copy, count * sizeof(T));
-#else
-  hn::BlendedStore(hn::Load(d, copy), hn::FirstN(d, count), d, to);
-#endif
-}
-
-// The last pixels of a row, fewer than a vector holds. Where a mask can say which lanes of a vector
-// are read and written, the copies are made by it; nothing but those pixels is touched.
+// The last pixels of a row, fewer than a vector holds: nothing but those is read, and of those
+// nothing written but what passes its tests.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
                                                   const TRow& row, VD t, std::size_t count,
@@ -182,29 +199,13 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
     return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, static_cast<int>(count),
                                                       to);
   } else {
-    const DU du;
-    const DF df;
-    const bool useDepth = job.DepthTest || job.DepthWrite;
-    TGroupCopies copies;
-    CopyFirst(du, count, to.Color, copies.Color);
-    if (useDepth) {
-      CopyFirst(df, count, to.Depth, copies.Depth);
-    }
-    if (kStencil) {
-      std::memcpy(copies.Stencil, to.Stencil, count);
-    }
     HWY_ALIGN double values[HWY_LANES(double)];
     hn::Store(t, DD(), values);
-    const TGroupResult result =
-        DrawCopies<kTexels, kPerspective>(job, slots, row, values, count, &copies);
-    StoreFirst(du, count, copies.Color, to.Color);
-    if (job.DepthWrite) {
-      StoreFirst(df, count, copies.Depth, to.Depth);
+    TGroupTargets pixels[HWY_LANES(double)] = {};
+    for (std::size_t k = 0; k < count; ++k) {
+      pixels[k] = {to.Color + k, to.Depth + k, kStencil ? to.Stencil + k : nullptr};
     }
-    if (kStencil) {
-      std::memcpy(to.Stencil, copies.Stencil, count);
-    }
-    return result;
+    return DrawPixelCopies<kTexels, kPerspective>(job, slots, row, values, count, pixels);
   }
 }
 
@@ -308,17 +309,14 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
     VU packed = staged ? hn::Load(du, colors + i)
                        : PackedColors<kTexels, kPerspective>(job, slots, row,
                                                              hn::Load(d, run.Values.T + i));
-    if (!kMaskedAccess || output) {
-      const VU before = LoadLive(du, live, color + i);
-      packed = OutputColors(job, packed, before);
-      StoreLive(du, packed, before, live, color + i);
-    } else {
-      StoreLive(du, packed, packed, live, color + i);
+    if (output) {
+      packed = OutputColors(job, packed, LoadLive(du, live, color + i));
     }
+    StoreLive(du, packed, live, color + i);
   }
 }
 
-// A run of pixels; unless access is by masks their count is a multiple of the lanes.
+// A run of pixels; without masked access their count is a multiple of the lanes.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                  int x, int count, const TGroupTargets& to, TRowResult* result) {
@@ -341,8 +339,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
   }
   if (kStencil) {
-    StepStencils(job, live, tested, shaded, &stencil);
-    std::memcpy(to.Stencil, stencil.Values, static_cast<std::size_t>(count));
+    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
   }
   if (tested != 0) {
     result->LastStencil = x + 63 - __builtin_clzll(tested);

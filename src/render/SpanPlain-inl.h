@@ -125,15 +125,7 @@ HWY_INLINE HWY_ATTR void DrawPlainColors(const TSpanJob& job, const TRowSlots& s
         packed = UnsureWideColors<kPerspective>(job, slots, row, run.X + i, unsure, packed);
       }
     }
-    if constexpr (kMaskedAccess) {
-      hn::BlendedStore(packed, live, du, color + i);
-    } else if (i + kWideLanes <= run.Count) {
-      hn::StoreU(hn::IfThenElse(live, packed, hn::LoadU(du, color + i)), du, color + i);
-    } else {
-      const DU half;
-      const VU before = hn::LoadU(half, color + i);
-      StoreLive(half, hn::LowerHalf(half, packed), before, MaskOfBits(bits), color + i);
-    }
+    StoreMasked(du, packed, live, color + i);
   }
 }
 

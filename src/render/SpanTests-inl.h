@@ -42,9 +42,9 @@ HWY_INLINE HWY_ATTR MI MaskOfBits(std::uint64_t bits) {
   return hn::LoadMaskBits(DI(), bytes);
 }
 
-// Whether a group reads and writes only those of its pixels that exist. Otherwise whole vectors are
-// read and written, and a group that is none goes by way of copies.
-inline constexpr bool kMaskedAccess = HWY_TARGET == HWY_AVX3;
+// Whether a mask can say which lanes of a vector are read and written. Otherwise whole vectors are
+// read, and a group that is none goes by way of copies.
+inline constexpr bool kMaskedAccess = HWY_TARGET != HWY_SSSE3;
 
 template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
   if constexpr (kMaskedAccess) {
@@ -54,14 +54,35 @@ template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live
   }
 }
 
-// Those of `mask` get new values, the others keep `before`.
+// Writes the lanes of a mask and no others: memory behind a pixel that fails its tests may be
+// another thread's to write, or nobody's.
 template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, hn::Vec<D> before, MI mask, T* to) {
-  if constexpr (kMaskedAccess) {
-    hn::BlendedStore(values, hn::RebindMask(d, mask), d, to);
-  } else {
-    hn::StoreU(hn::IfThenElse(hn::RebindMask(d, mask), values, before), d, to);
+HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
+#if HWY_TARGET == HWY_AVX3
+  hn::BlendedStore(values, mask, d, to);
+#else
+  if (HWY_LIKELY(hn::AllTrue(d, mask))) { // masked stores are slow on some processors
+    hn::StoreU(values, d, to);
+    return;
   }
+#if HWY_TARGET == HWY_SSSE3
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(d, mask, bits);
+  HWY_ALIGN T lanes[hn::MaxLanes(d)];
+  hn::Store(values, d, lanes);
+  for (unsigned int rest = bits[0]; rest != 0; rest &= rest - 1) {
+    const int i = __builtin_ctz(rest);
+    std::memcpy(to + i, lanes + i, sizeof(T));
+  }
+#else
+  hn::BlendedStore(values, mask, d, to);
+#endif
+#endif
+}
+
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, MI mask, T* to) {
+  StoreMasked(d, values, hn::RebindMask(d, mask), to);
 }
 
 // t of the pixels of a row from a column on.
@@ -192,10 +213,8 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepthVector(D d, hn::Vec<D> depth, std::ui
     before = hn::LoadU(d, stored);
   }
   const hn::Mask<D> pass = hn::And(alive, passes(d, depth, before));
-  if constexpr (kWrite && kMaskedAccess) {
-    hn::BlendedStore(depth, pass, d, stored);
-  } else if constexpr (kWrite) {
-    hn::StoreU(hn::IfThenElse(pass, depth, before), d, stored);
+  if constexpr (kWrite) {
+    StoreMasked(d, depth, pass, stored);
   }
   std::uint8_t bits[8] = {};
   hn::StoreMaskBits(d, pass, bits);
@@ -204,8 +223,8 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepthVector(D d, hn::Vec<D> depth, std::ui
   return passed;
 }
 
-// Which pixels of `live` pass; those get their depth, where it is written. Unless access is by
-// masks `count` is a multiple of the lanes.
+// Which pixels of `live` pass; those get their depth, where it is written. Without masked access
+// `count` is a multiple of the lanes.
 template <bool kWrite, class TPass>
 HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
                                              std::uint64_t live, float* stored,
@@ -351,12 +370,52 @@ inline HWY_ATTR void StepStencil(const TSpanJob& job, std::uint8_t step, std::ui
   }
 }
 
+// Writes the bytes of a run whose bits are set, and no others.
+inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels,
+                                   unsigned char* to) {
+#if HWY_TARGET == HWY_AVX3
+  const DB db;
+  static_assert(hn::MaxLanes(db) == kRun);
+  std::uint8_t bits[kRun / 8];
+  std::memcpy(bits, &pixels, sizeof bits);
+  hn::BlendedStore(hn::Load(db, run.Values), hn::LoadMaskBits(db, bits), db, to);
+#else
+  for (int i = 0; pixels >> i != 0; i += 8) {
+    unsigned int rest = pixels >> i & 255;
+    if (rest == 255) {
+      std::memcpy(to + i, run.Values + i, 8);
+      rest = 0;
+    }
+    for (; rest != 0; rest &= rest - 1) {
+      const int k = i + __builtin_ctz(rest);
+      to[k] = run.Values[k];
+    }
+    if (i == kRun - 8) {
+      break;
+    }
+  }
+#endif
+}
+
+// The pixels whose stencil an operation writes.
+inline std::uint64_t SteppedPixels(const TSpanJob& job, std::uint64_t live, std::uint64_t tested,
+                                   std::uint64_t shaded) {
+  return (job.StencilFail != kStencilKeep ? live & ~tested : 0) |
+         (job.StencilZFail != kStencilKeep ? tested & ~shaded : 0) |
+         (job.StencilZPass != kStencilKeep ? shaded : 0);
+}
+
 // The steps of those of `live` that fail the stencil test, fail the depth test, and pass both.
 inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint64_t live, std::uint64_t tested,
-                                  std::uint64_t shaded, TStencilRun* run) {
+                                  std::uint64_t shaded, TStencilRun* run, unsigned char* to) {
+  const std::uint64_t stepped = SteppedPixels(job, live, tested, shaded);
+  if (stepped == 0) {
+    return;
+  }
   StepStencil(job, job.StencilFail, live & ~tested, run);
   StepStencil(job, job.StencilZFail, tested & ~shaded, run);
   StepStencil(job, job.StencilZPass, shaded, run);
+  StoreStencils(*run, stepped, to);
 }
 
 } // namespace HWY_NAMESPACE
