@@ -104,13 +104,14 @@ bool TRenderCPU::_Share(TRenderBase* other) {
     return false;
   }
   if (m_Textures == nullptr) {
-    m_Textures = new (std::nothrow) TTextureTable;
-    if (m_Textures == nullptr) {
+    auto* const table = new (std::nothrow) TTextureTable;
+    if (table == nullptr) {
       return false;
     }
+    _TakeTextures(table);
   }
   m_Textures->RefCount.fetch_add(1, std::memory_order_relaxed);
-  taker->m_Textures = m_Textures;
+  taker->_TakeTextures(m_Textures);
   return true;
 }
 
@@ -156,7 +157,7 @@ void TRenderCPU::Destroy() {
     m_StencilSurface = nullptr;
     delete m_FrameBuffer;
     m_FrameBuffer = nullptr;
-    _SettleColorTarget();
+    _MeasureTargets();
   }
   delete m_VertexCache;
   m_VertexCache = nullptr;

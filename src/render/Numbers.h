@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <emmintrin.h>
 
 namespace Zx3D {
@@ -20,6 +21,16 @@ inline std::int64_t TruncI64(float value) { return _mm_cvttss_si64(_mm_set_ss(va
 inline unsigned char ByteOf(double c) {
   return static_cast<unsigned char>(TruncI64(c * 255.0 + 0.5));
 }
+
+/// \name A float at any address.
+/// \{
+inline float LoadFloat(const unsigned char* from) {
+  float value;
+  std::memcpy(&value, from, sizeof value);
+  return value;
+}
+inline void StoreFloat(unsigned char* to, float value) { std::memcpy(to, &value, sizeof value); }
+/// \}
 
 /// Sums of indices that wrap instead of overflowing.
 inline std::int32_t WrapAdd(std::int32_t a, std::int32_t b) {

@@ -12,33 +12,17 @@
 
 namespace Zx3D {
 
-// --- Addresses of one pixel; null where there is no target
-
-float* TRenderCPU::_DepthPixel(int x, int y) const {
-  return m_DepthSurface == nullptr
-             ? nullptr
-             : reinterpret_cast<float*>(m_DepthSurface->Data +
-                                        std::ptrdiff_t{y} * m_DepthSurface->RowStride) +
-                   x;
-}
-
-unsigned char* TRenderCPU::_StencilPixel(int x, int y) const {
-  return !m_StencilTest || m_StencilSurface == nullptr
-             ? nullptr
-             : m_StencilSurface->Data + std::ptrdiff_t{y} * m_StencilSurface->RowStride + x;
-}
-
 // What follows the shader in all three fragment paths but the spans': late depth, depth, stencil
 // and colour.
-void TRenderCPU::_FinishPixel(int x, int y, float* depth, unsigned char* stencil) {
+void TRenderCPU::_FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil) {
   if (m_CalcDepth && !_PassesDepth(depth, m_Fragment.Depth, stencil)) {
     return;
   }
   if (depth != nullptr && m_DepthMask) {
-    *depth = m_Fragment.Depth;
+    StoreFloat(depth, m_Fragment.Depth);
   }
   _RunStencil(m_StencilZPassOp, stencil);
-  unsigned char* const color = _ColorPixel(x, y);
+  unsigned char* const color = _TargetPixel(m_Targets.Color, x, y);
   if (color != nullptr) {
     _WriteColor(color, m_Fragment.Color);
   }
@@ -52,6 +36,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
     return;
   }
   _FlushFragment();
+  _RefreshState();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
   at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
@@ -63,7 +48,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   const int y = TruncI32(at.y);
 
   unsigned char* const stencil = _StencilPixel(x, y);
-  float* const depth = _DepthPixel(x, y);
+  unsigned char* const depth = _DepthPixel(x, y);
   if (!_PassesStencil(stencil)) {
     return;
   }
@@ -120,7 +105,7 @@ void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
     const unsigned char* const bytes = points.Bytes + 4 * i;
     if (m_StencilTest || useDepth) {
       unsigned char* const stencil = _StencilPixel(points.X[i], points.Y[i]);
-      float* const depth = _DepthPixel(points.X[i], points.Y[i]);
+      unsigned char* const depth = _DepthPixel(points.X[i], points.Y[i]);
       if (!_PassesStencil(stencil)) {
         continue;
       }
@@ -129,7 +114,7 @@ void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
         continue;
       }
       if (m_DepthMask) {
-        *depth = points.Depth[i];
+        StoreFloat(depth, points.Depth[i]);
       }
       _RunStencil(m_StencilZPassOp, stencil);
     }
@@ -159,8 +144,9 @@ void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
   if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
     return;
   }
+  _RefreshTargets();
   unsigned char* const stencil = _StencilPixel(x, y);
-  float* const depth = _DepthPixel(x, y);
+  unsigned char* const depth = _DepthPixel(x, y);
   if (!_PassesStencil(stencil)) {
     return;
   }
@@ -211,6 +197,7 @@ bool TRenderCPU::_TakeLinePixel(int x, int y) {
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
+  _RefreshState();
   TSpanJob job;
   _DrawLine(v, _SettleDraw(&job) ? &job : nullptr);
 }

@@ -7,6 +7,33 @@
 
 namespace Zx3D {
 
+namespace {
+
+// The pixels of one target along a row.
+class TSpanTarget {
+public:
+  TSpanTarget(unsigned char* first, std::ptrdiff_t step, int end)
+      : m_At(first), m_Step(step), m_End(end) {}
+
+  // The address at column x, those of the columns before it having been taken; null from the end
+  // on.
+  unsigned char* Next(int x) {
+    if (x >= m_End || m_At == nullptr) {
+      return nullptr;
+    }
+    unsigned char* const at = m_At;
+    m_At += m_Step;
+    return at;
+  }
+
+private:
+  unsigned char* m_At;
+  std::ptrdiff_t m_Step;
+  int m_End;
+};
+
+} // namespace
+
 // --- The tests of a fragment, for spans, lines and points alike. A null address is a target that
 // isn't there.
 
@@ -27,8 +54,8 @@ bool TRenderCPU::_PassesStencil(unsigned char* stencil) {
   return true;
 }
 
-bool TRenderCPU::_PassesDepth(const float* depth, float fragment, unsigned char* stencil) {
-  if (depth != nullptr && m_DepthTest && !m_DepthCompare(fragment, *depth)) {
+bool TRenderCPU::_PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil) {
+  if (depth != nullptr && m_DepthTest && !m_DepthCompare(fragment, LoadFloat(depth))) {
     _RunStencil(m_StencilZFailOp, stencil);
     return false;
   }
@@ -53,6 +80,7 @@ void TRenderCPU::_InterpolateFragment(const EDGE& e, double t) {
 // --- The walk
 
 void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
+  _RefreshTargets();
   if (span->Delta.Slots[0].x == 0.0 || y < 0 || y >= m_Height) {
     return;
   }
@@ -66,26 +94,20 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
 
 // The plain walker: right for every state and every shader, pixel by pixel from left to right.
 void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
-  const int colorEnd = _ColorEnd(first, y);
-  unsigned char* color = colorEnd > first ? _ColorPixel(first, y) : nullptr;
-  const std::ptrdiff_t colorStep = m_ColorTarget.Step;
-  float* depth = m_DepthSurface != nullptr
-                     ? reinterpret_cast<float*>(m_DepthSurface->Data +
-                                                std::ptrdiff_t{y} * m_DepthSurface->RowStride) +
-                           first
-                     : nullptr;
-  unsigned char* stencil =
-      m_StencilTest && m_StencilSurface != nullptr
-          ? m_StencilSurface->Data + std::ptrdiff_t{y} * m_StencilSurface->RowStride + first
-          : nullptr;
+  // Where a target ends within the row, its pixels from there on have no address.
+  TSpanTarget color(_TargetPixel(m_Targets.Color, first, y), m_Targets.Color.Step,
+                    _TargetEnd(m_Targets.Color, first, y));
+  TSpanTarget depth(_DepthPixel(first, y), sizeof(float), _TargetEnd(m_Targets.Depth, first, y));
+  TSpanTarget stencil(_StencilPixel(first, y), 1, _TargetEnd(m_Targets.Stencil, first, y));
   const double beginX = span.Begin->Slots[0].x;
   const double deltaX = span.Delta.Slots[0].x;
   const double beginZ = span.Begin->Slots[0].z;
   const double deltaZ = span.Delta.Slots[0].z;
 
-  const auto drawPixel = [&](int x) {
+  const auto drawPixel = [&](int x, unsigned char* colorAt, unsigned char* depthAt,
+                             unsigned char* stencilAt) {
     const double t = (x - beginX) / deltaX;
-    if (t < 0.0 || t >= 1.0 || !_PassesStencil(stencil)) {
+    if (t < 0.0 || t >= 1.0 || !_PassesStencil(stencilAt)) {
       return;
     }
     if (!m_CalcDepth) {
@@ -93,7 +115,7 @@ void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA
       if (m_PolygonOffsetFill) {
         fs->Depth += m_PolygonOffsetFactor;
       }
-      if (!_PassesDepth(depth, fs->Depth, stencil)) {
+      if (!_PassesDepth(depthAt, fs->Depth, stencilAt)) {
         return;
       }
     }
@@ -102,23 +124,20 @@ void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA
     if (!m_FragmentShader->Execute(&m_VarFragment, fs)) {
       return;
     }
-    if (m_CalcDepth && !_PassesDepth(depth, fs->Depth, stencil)) {
+    if (m_CalcDepth && !_PassesDepth(depthAt, fs->Depth, stencilAt)) {
       return;
     }
-    if (depth != nullptr && m_DepthMask) {
-      *depth = fs->Depth;
+    if (depthAt != nullptr && m_DepthMask) {
+      StoreFloat(depthAt, fs->Depth);
     }
-    _RunStencil(m_StencilZPassOp, stencil);
-    if (x < colorEnd) {
-      _WriteColor(color, fs->Color);
+    _RunStencil(m_StencilZPassOp, stencilAt);
+    if (colorAt != nullptr) {
+      _WriteColor(colorAt, fs->Color);
     }
   };
 
   for (int x = first; x <= last; ++x) {
-    drawPixel(x);
-    color = color != nullptr ? color + colorStep : nullptr;
-    depth = depth != nullptr ? depth + 1 : nullptr;
-    stencil = stencil != nullptr ? stencil + 1 : nullptr;
+    drawPixel(x, color.Next(x), depth.Next(x), stencil.Next(x));
   }
 }
 

@@ -241,20 +241,21 @@ bool AreUnitTexels(const TSpanJob& job) {
 // --- Settling
 
 bool TRenderCPU::_SettleTargets(TSpanJob* job) const {
-  const TColorTarget& target = m_ColorTarget;
-  if (m_PixelWrite != nullptr || m_DrawBuffer != nullptr || !target.Fits ||
-      target.Data == nullptr || target.PixelStride != 4 || m_DepthSurface == nullptr ||
-      m_StencilSurface == nullptr) {
+  const TTarget& target = m_Targets.Color;
+  const TTarget& depth = m_Targets.Depth;
+  const TTarget& stencil = m_Targets.Stencil;
+  if (m_PixelWrite != nullptr || m_DrawBuffer != nullptr || !m_Targets.Kernels ||
+      target.PixelStride != 4 || _TextureIsTarget()) {
     return false;
   }
   job->Width = m_Width;
   job->Height = m_Height;
   job->Color = target.Data;
   job->ColorRowStride = target.RowStride;
-  job->Depth = m_DepthSurface->Data;
-  job->DepthRowStride = m_DepthSurface->RowStride;
-  job->Stencil = m_StencilTest ? m_StencilSurface->Data : nullptr;
-  job->StencilRowStride = m_StencilSurface->RowStride;
+  job->Depth = depth.Data;
+  job->DepthRowStride = depth.RowStride;
+  job->Stencil = m_StencilTest ? stencil.Data : nullptr;
+  job->StencilRowStride = stencil.RowStride;
   job->ColorMask = m_ColorMask;
   if (m_ColorMask == 15) {
     job->Blend = m_BlendFunc != nullptr;

@@ -30,8 +30,7 @@ void TRenderCPU::Begin(unsigned int mode) {
       }
     }
   }
-  _SettleColorTarget();
-  _RefreshSharedTextures();
+  _RefreshState();
 
   static constexpr TVertexHandler s_Assembly[8] = {
       &TRenderCPU::_AssemblePoint,       &TRenderCPU::_AssembleLine,
@@ -88,8 +87,8 @@ void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
 
 // --- The modes
 
-// By its numbers: a vertex put together in memory and copied in pairs would wait for its own stores,
-// and those for all that pixels left to store.
+// By its numbers: a vertex put together in memory and copied in pairs would wait for its own
+// stores, and those for all that pixels left to store.
 void TRenderCPU::_Submit(double x, double y, double z, double w) {
   m_CurVertex = {x, y, z, w};
   (this->*m_VertexHandler)();

@@ -78,15 +78,19 @@ public:
     void Destroy();
   };
 
+  struct TTextureHold;
+
   /// The texture objects that contexts share. The record owns its surfaces; the last context to let
-  /// go of it deletes them. Names are not to be made or deleted from two threads at once.
+  /// go of it deletes them. Names are not to be made or deleted from two threads at once, and no
+  /// texture is to be changed or deleted while another thread draws with it.
   struct TTextureTable {
     std::atomic<std::uint32_t> RefCount{1};
     std::vector<TDataSurface*> Surfaces; ///< index is the texture name; null is a free name
 
-    /// Deleted textures that another context may still have bound: emptied, and kept until nobody
-    /// else uses the table.
-    std::vector<TDataSurface*> Retired;
+    /// Counts every texture that was deleted, detached, remade or exchanged: a context whose own
+    /// count differs looks at what it has bound before it draws.
+    std::atomic<std::uint64_t> Changes{0};
+    std::vector<TTextureHold*> Holds; ///< by name: who has it bound
   };
 
   struct TLight {
@@ -290,7 +294,9 @@ public:
   /// Draws into `surface` in the place of the context's own colour surface; null goes back. It is
   /// not owned, must outlive its binding, and is to have four bytes a pixel. One of another size
   /// reports `GL_INVALID_VALUE` and is bound all the same: pixels outside its block are then not
-  /// written.
+  /// written. Its owner may exchange its pixels at any time: each primitive goes to those it has.
+  /// It may be a surface that is sampled or tested against as well: pixels are then drawn one by
+  /// one, from left to right, so that each sees what those before it wrote.
   void BindColorSurface(TDataSurface* surface);
 
   /// Takes every fragment's colour, unquantised and without mask or blending, in the place of the
@@ -915,8 +921,8 @@ public:
   bool m_DebugOutput = false;
 
 private:
-  /// Where colours go, worked out when it changes and at each `Begin`.
-  struct TColorTarget {
+  /// Where the pixels of a surface are.
+  struct TTarget {
     unsigned char* Data;
     std::ptrdiff_t PixelStride;
     std::ptrdiff_t RowStride;
@@ -926,9 +932,23 @@ private:
     bool Fits;                ///< every pixel of the context lies inside the block
   };
 
-  void _SettleColorTarget();
-  unsigned char* _ColorPixel(int x, int y) const;
-  int _ColorEnd(int x, int y) const;
+  /// What drawing goes to, measured whenever a primitive finds a surface's record changed: an owner
+  /// may exchange the pixels of a surface at any time.
+  struct TTargets {
+    const DATASURFACE* Surfaces[3]; ///< colour, depth, stencil
+    DATASURFACE Records[3];         ///< as they were measured
+    TTarget Color;
+    TTarget Depth;
+    TTarget Stencil;
+    bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
+  };
+
+  void _MeasureTargets();
+  bool _RefreshTargets();
+  bool _RefreshState();
+  static unsigned char* _TargetPixel(const TTarget& target, int x, int y);
+  int _TargetEnd(const TTarget& target, int x, int y) const;
+  bool _TextureIsTarget() const;
   void _WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
   void _WriteBytes(unsigned char* dst, const unsigned char* bytes);
 
@@ -941,8 +961,24 @@ private:
   bool _MatrixTarget(TMatrixTarget* out);
   void _RefreshModelViewProjection();
   TTexUnit* _ActiveTexUnit();
-  void _RefreshSharedTextures();
-  void _PurgeRetiredTextures();
+
+  /// The texture that `BindTexture` gave to a unit, and the image that the sampler was set for.
+  struct TTextureBinding {
+    TTextureHold* Hold = nullptr; ///< one count held; null if none
+    std::int32_t Width = 0;
+    std::int32_t Height = 0;
+    DATA_TYPE Type = DATA_TYPE_NONE;
+    std::uint8_t Channels = 0;
+    bool HasPixels = false;
+
+    void Note(const DATASURFACE& surface);
+    bool Describes(const DATASURFACE& surface) const;
+  };
+
+  bool _RefreshTextures();
+  void _TakeTextures(TTextureTable* table);
+  void _NoteTextureChange();
+  void _DropBinding(int unit);
   void _UnbindTexture(const TDataSurface* surface);
   TDataSurface* _BoundTexture();
   bool _MayChangeTexture(unsigned int target);
@@ -967,11 +1003,11 @@ private:
   bool _IsCulled(bool front) const;
   void _InterpolateFragment(const EDGE& e, double t);
   bool _PassesStencil(unsigned char* stencil);
-  bool _PassesDepth(const float* depth, float fragment, unsigned char* stencil);
+  bool _PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil);
   void _RunStencil(TStencilFunction operation, unsigned char* stencil);
-  float* _DepthPixel(int x, int y) const;
+  unsigned char* _DepthPixel(int x, int y) const;
   unsigned char* _StencilPixel(int x, int y) const;
-  void _FinishPixel(int x, int y, float* depth, unsigned char* stencil);
+  void _FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
   bool _TakeLinePixel(int x, int y);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool _MakeDefaultProgram();
@@ -1053,7 +1089,9 @@ private:
 
   TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading
   TVertexCache* m_VertexCache = nullptr;
-  TColorTarget m_ColorTarget = {};
+  TTargets m_Targets = {};
+  TTextureBinding m_TextureBindings[8];
+  std::uint64_t m_TextureChanges = 0; ///< of the table, up to which the bindings are looked after
   TPendingFragment m_PendingFragment;
   TSpanJob* m_DrawJob = nullptr; ///< settled for all triangles of an array draw, while it lasts
 };

@@ -1,6 +1,10 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <emmintrin.h>
+#include <iterator>
 #include <new>
 #include <string>
 
@@ -52,34 +56,115 @@ void TRenderCPU::_TakeSurfaces() {
   m_StencilSurface = m_FrameBuffer->Stencil;
   m_Width = m_FrameBuffer->Width;
   m_Height = m_FrameBuffer->Height;
-  _SettleColorTarget();
+  _MeasureTargets();
 }
 
-// --- Where colours go
+// --- Where drawing goes
 
-void TRenderCPU::_SettleColorTarget() {
-  TColorTarget& target = m_ColorTarget;
-  target = {};
-  const DATASURFACE* const surface = m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface;
-  if (surface == nullptr || surface->Data == nullptr) {
-    return;
+namespace {
+
+// Whether two records are the same, byte by byte.
+bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
+  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
+  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
+  const auto load = [](const DATASURFACE& from, std::size_t place) {
+    return _mm_loadu_si128(
+        reinterpret_cast<const __m128i*>(reinterpret_cast<const unsigned char*>(&from) + place));
+  };
+  __m128i same = _mm_set1_epi8(-1);
+  for (const std::size_t place : kPlaces) {
+    same = _mm_and_si128(same, _mm_cmpeq_epi8(load(a, place), load(b, place)));
   }
-  target.Data = surface->Data;
-  target.PixelStride = surface->PixelStride;
-  target.RowStride = surface->RowStride;
-  target.Step = m_DrawBuffer != nullptr ? surface->PixelStride : 4;
-  target.WriteSize =
-      m_DrawBuffer != nullptr
-          ? static_cast<std::ptrdiff_t>(surface->Channels * GetTypeSize(surface->Type))
-          : 4;
-  target.Size = BlockSize(*surface);
-  target.Fits = surface->Width >= m_Width && surface->Height >= m_Height &&
-                target.PixelStride >= target.WriteSize;
+  return _mm_movemask_epi8(same) == 0xFFFF;
+}
+
+// Whether all pixels are addresses of 32-bit words.
+bool IsAligned(const DATASURFACE& surface) {
+  return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
+}
+
+} // namespace
+
+// Measures the targets if one of their surfaces is another one, or not what it was. True if so.
+bool TRenderCPU::_RefreshTargets() {
+  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
+                                          m_DepthSurface, m_StencilSurface};
+  for (int i = 0; i < 3; ++i) {
+    if (surfaces[i] != m_Targets.Surfaces[i] ||
+        (surfaces[i] != nullptr && !IsSameRecord(*surfaces[i], m_Targets.Records[i]))) {
+      _MeasureTargets();
+      return true;
+    }
+  }
+  return false;
+}
+
+// What each primitive looks at anew, as others may have changed it: targets and shared textures.
+// True if there was a change.
+bool TRenderCPU::_RefreshState() {
+  const bool targets = _RefreshTargets();
+  return _RefreshTextures() || targets;
+}
+
+void TRenderCPU::_MeasureTargets() {
+  TTargets& t = m_Targets;
+  t = {};
+  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
+                                          m_DepthSurface, m_StencilSurface};
+  const auto measure = [this, &t, &surfaces](int i, std::ptrdiff_t size, std::ptrdiff_t step,
+                                             std::ptrdiff_t stride) -> TTarget {
+    const DATASURFACE* const surface = surfaces[i];
+    t.Surfaces[i] = surface;
+    if (surface == nullptr) {
+      return {};
+    }
+    std::memcpy(&t.Records[i], surface, sizeof *surface); // with the bytes between its fields
+    if (surface->Data == nullptr) {
+      return {};
+    }
+    return {surface->Data,
+            stride,
+            surface->RowStride,
+            step,
+            size,
+            BlockSize(*surface),
+            surface->Width >= m_Width && surface->Height >= m_Height &&
+                surface->PixelStride >= size};
+  };
+  const std::ptrdiff_t stride = surfaces[0] != nullptr ? surfaces[0]->PixelStride : 0;
+  if (m_DrawBuffer != nullptr) {
+    const auto size = m_DrawBuffer->Channels * GetTypeSize(m_DrawBuffer->Type);
+    t.Color = measure(0, static_cast<std::ptrdiff_t>(size), stride, stride);
+  } else {
+    t.Color = measure(0, 4, 4, stride);
+  }
+  t.Depth = measure(1, sizeof(float), sizeof(float), sizeof(float));
+  t.Stencil = measure(2, 1, 1, 1);
+  if (t.Color.Fits && t.Depth.Fits && t.Stencil.Fits && IsAligned(t.Records[0]) &&
+      IsAligned(t.Records[1])) {
+    const TBlock color = BlockOf(t.Records[0]);
+    const TBlock depth = BlockOf(t.Records[1]);
+    const TBlock stencil = BlockOf(t.Records[2]);
+    t.Kernels = !color.Overlaps(depth) && !color.Overlaps(stencil) && !depth.Overlaps(stencil);
+  }
+}
+
+// Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
+// its end.
+bool TRenderCPU::_TextureIsTarget() const {
+  const DATASURFACE* const texture = m_TexUnits[0].Sampler.m_Surface;
+  if (!m_TexUnits[0].TexEnabled || texture == nullptr) {
+    return false;
+  }
+  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
+  const TBlock texels = BlockOf(*texture, slack);
+  return std::any_of(
+      std::begin(m_Targets.Records), std::end(m_Targets.Records),
+      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
 }
 
 // Null for a pixel that the block does not hold.
-unsigned char* TRenderCPU::_ColorPixel(int x, int y) const {
-  const TColorTarget& target = m_ColorTarget;
+unsigned char* TRenderCPU::_TargetPixel(const TTarget& target, int x, int y) {
   const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
   if (!target.Fits &&
       (target.Data == nullptr || offset < 0 || offset > target.Size - target.WriteSize)) {
@@ -89,17 +174,24 @@ unsigned char* TRenderCPU::_ColorPixel(int x, int y) const {
 }
 
 // The column at which a span from (x, y) on leaves the block.
-int TRenderCPU::_ColorEnd(int x, int y) const {
-  const TColorTarget& target = m_ColorTarget;
+int TRenderCPU::_TargetEnd(const TTarget& target, int x, int y) const {
   if (target.Fits) {
     return m_Width;
   }
-  if (_ColorPixel(x, y) == nullptr || target.Step <= 0) {
+  if (_TargetPixel(target, x, y) == nullptr || target.Step <= 0) {
     return x;
   }
   const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
   const std::ptrdiff_t pixels = (target.Size - target.WriteSize - offset) / target.Step + 1;
   return static_cast<int>(std::min<std::ptrdiff_t>(x + pixels, m_Width));
+}
+
+unsigned char* TRenderCPU::_DepthPixel(int x, int y) const {
+  return _TargetPixel(m_Targets.Depth, x, y);
+}
+
+unsigned char* TRenderCPU::_StencilPixel(int x, int y) const {
+  return m_StencilTest ? _TargetPixel(m_Targets.Stencil, x, y) : nullptr;
 }
 
 void TRenderCPU::BindColorSurface(TDataSurface* surface) {
@@ -111,7 +203,7 @@ void TRenderCPU::BindColorSurface(TDataSurface* surface) {
     }
     m_ColorSurface = surface;
   }
-  _SettleColorTarget();
+  _MeasureTargets();
 }
 
 static TRenderCPU::TPixelWrite PixelWriterOf(const DATASURFACE& surface) {
@@ -133,7 +225,7 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   if (surface == nullptr) {
     m_DrawBuffer = nullptr;
     m_PixelWrite = nullptr;
-    _SettleColorTarget();
+    _MeasureTargets();
     return;
   }
   if (surface->Width != m_Width || surface->Height != m_Height) {
@@ -145,7 +237,7 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   }
   m_DrawBuffer = surface;
   m_PixelWrite = write;
-  _SettleColorTarget();
+  _MeasureTargets();
 }
 
 TDataSurface* TRenderCPU::GetColorSurface() { return m_ColorSurface; }

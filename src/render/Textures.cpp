@@ -1,5 +1,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -9,6 +10,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include "Numbers.h"
+#include "SurfaceBlock-inl.h"
 
 namespace Zx3D {
 
@@ -53,35 +55,138 @@ void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
   }
 }
 
+// --- What is bound, and by whom
+
+/// A texture from the side of those who have it bound. Its pixels go when it is deleted; the
+/// surface itself, empty, stays until the last unit has let go of it, so that no sampler points to
+/// freed memory and no other surface has its address meanwhile.
+struct TRenderCPU::TTextureHold {
+  enum TFate : std::uint8_t { kAlive, kDeleted, kDetached };
+
+  std::atomic<std::uint32_t> Count{1}; ///< its name, and each unit that has it bound
+  std::atomic<std::uint8_t> Fate{kAlive};
+  /// Null until the name is filled: an entry that was filled by hand is met when it is bound.
+  std::atomic<TDataSurface*> Surface{nullptr};
+
+  /// Whether the hold is that of `surface`.
+  bool Takes(TDataSurface* surface) {
+    TDataSurface* held = nullptr;
+    return Surface.compare_exchange_strong(held, surface, std::memory_order_acq_rel) ||
+           held == surface;
+  }
+  void Acquire() { Count.fetch_add(1, std::memory_order_relaxed); }
+  void Release() {
+    if (Count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      if (Fate.load(std::memory_order_relaxed) == kDeleted) {
+        delete Surface.load(std::memory_order_relaxed);
+      }
+      delete this;
+    }
+  }
+  /// Lets go of the name.
+  void Retire(TFate fate) {
+    Fate.store(fate, std::memory_order_release);
+    Release();
+  }
+};
+
+void TRenderCPU::TTextureBinding::Note(const DATASURFACE& surface) {
+  Width = surface.Width;
+  Height = surface.Height;
+  Type = surface.Type;
+  Channels = surface.Channels;
+  HasPixels = surface.Data != nullptr;
+}
+
+bool TRenderCPU::TTextureBinding::Describes(const DATASURFACE& surface) const {
+  return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
+         Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
+}
+
+void TRenderCPU::_DropBinding(int unit) {
+  TTextureBinding& binding = m_TextureBindings[unit];
+  if (binding.Hold != nullptr) {
+    binding.Hold->Release();
+    binding.Hold = nullptr;
+  }
+}
+
 // A surface changed under the samplers that hold it: they choose anew.
 void TRenderCPU::_UpdateSamplersOf(const TDataSurface* surface) {
-  for (TTexUnit& unit : m_TexUnits) {
-    if (unit.Sampler.m_Surface == surface && surface != nullptr) {
-      unit.Sampler.SetSurface(unit.Sampler.m_Surface);
+  for (int i = 0; i < 8; ++i) {
+    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    if (sampler.m_Surface == surface && surface != nullptr) {
+      sampler.SetSurface(sampler.m_Surface);
+      m_TextureBindings[i].Note(*surface);
     }
   }
 }
 
-// Another context of the table may have emptied, resized or exchanged what is bound here.
-void TRenderCPU::_RefreshSharedTextures() {
-  if (m_Textures == nullptr || m_Textures->RefCount.load(std::memory_order_acquire) < 2) {
-    return;
-  }
-  for (TTexUnit& unit : m_TexUnits) {
-    unit.Sampler.SetSurface(unit.Sampler.m_Surface);
+void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
+  for (int i = 0; i < 8; ++i) {
+    if (surface != nullptr && m_TexUnits[i].Sampler.m_Surface == surface) {
+      m_TexUnits[i].Sampler.SetSurface(nullptr);
+      _DropBinding(i);
+    }
   }
 }
 
+// Looks after what other contexts of the table did to the textures that are bound here. Samplers
+// are touched only where the texture is gone or has another shape, so that a surface or a function
+// that a caller put there stays. True if anything in the table changed.
+bool TRenderCPU::_RefreshTextures() {
+  if (m_Textures == nullptr) {
+    return false;
+  }
+  const std::uint64_t changes = m_Textures->Changes.load(std::memory_order_acquire);
+  if (changes == m_TextureChanges) {
+    return false;
+  }
+  m_TextureChanges = changes;
+  for (int i = 0; i < 8; ++i) {
+    TTextureBinding& binding = m_TextureBindings[i];
+    if (binding.Hold == nullptr) {
+      continue;
+    }
+    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
+    const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
+    const bool bound = sampler.m_Surface == surface;
+    if (fate != TTextureHold::kAlive) {
+      if (bound && fate == TTextureHold::kDeleted) {
+        sampler.SetSurface(nullptr);
+      }
+      _DropBinding(i);
+    } else if (bound && !binding.Describes(*surface)) {
+      sampler.SetSurface(surface);
+      binding.Note(*surface);
+    }
+  }
+  return true;
+}
+
 // --- The table
+
+void TRenderCPU::_TakeTextures(TTextureTable* table) {
+  m_Textures = table;
+  m_TextureChanges = table->Changes.load(std::memory_order_acquire);
+}
+
+void TRenderCPU::_NoteTextureChange() {
+  if (m_Textures != nullptr) {
+    m_Textures->Changes.fetch_add(1, std::memory_order_release);
+  }
+}
 
 void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
   if (n < 1) {
     return;
   }
   if (m_Textures == nullptr) {
-    m_Textures = new TTextureTable;
+    _TakeTextures(new TTextureTable);
   }
   std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
+  std::vector<TTextureHold*>& holds = m_Textures->Holds;
   auto wanted = static_cast<std::size_t>(n);
   for (std::size_t id = 1; wanted > 0; ++id) {
     if (id >= surfaces.size()) {
@@ -90,8 +195,19 @@ void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
     if (surfaces[id] != nullptr) {
       continue;
     }
+    if (id >= holds.size()) {
+      holds.resize(surfaces.size(), nullptr);
+    }
+    if (holds[id] != nullptr && holds[id]->Surface.load(std::memory_order_relaxed) != nullptr) {
+      holds[id]->Retire(TTextureHold::kDetached); // of an entry that was emptied by hand
+      holds[id] = nullptr;
+    }
+    if (holds[id] == nullptr) {
+      holds[id] = new TTextureHold;
+    }
     if (create) {
       surfaces[id] = new TDataSurface;
+      holds[id]->Takes(surfaces[id]);
     }
     *ids++ = static_cast<unsigned int>(id);
     --wanted;
@@ -104,42 +220,39 @@ static TDataSurface** EntryOf(TRenderCPU::TTextureTable* table, unsigned int id)
   return table != nullptr && id < table->Surfaces.size() ? &table->Surfaces[id] : nullptr;
 }
 
+// The hold of a name, if it is that of the surface which stands there; null otherwise.
+static TRenderCPU::TTextureHold* HoldOf(const TRenderCPU::TTextureTable& table, std::size_t id,
+                                        TDataSurface* surface) {
+  TRenderCPU::TTextureHold* const hold = id < table.Holds.size() ? table.Holds[id] : nullptr;
+  return hold != nullptr && surface != nullptr && hold->Takes(surface) ? hold : nullptr;
+}
+
+// Frees the texture of a name but for what others still have bound.
+static void FreeTexture(TRenderCPU::TTextureTable* table, std::size_t id) {
+  TDataSurface* const surface = table->Surfaces[id];
+  TRenderCPU::TTextureHold* const hold = HoldOf(*table, id, surface);
+  table->Surfaces[id] = nullptr;
+  if (hold == nullptr) {
+    delete surface;
+    return;
+  }
+  surface->Destroy();
+  table->Holds[id] = nullptr;
+  hold->Retire(TRenderCPU::TTextureHold::kDeleted);
+}
+
 void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
+  if (m_Textures == nullptr) {
+    return;
+  }
   for (int i = 0; i < n; ++i) {
     TDataSurface** const entry = EntryOf(m_Textures, ids[i]);
     if (ids[i] == 0 || entry == nullptr || *entry == nullptr) {
       continue;
     }
     _UnbindTexture(*entry);
-    if (m_Textures->RefCount.load(std::memory_order_acquire) > 1) {
-      // Another context may have it bound: its next `Begin` finds the surface empty.
-      m_Textures->Retired.push_back(*entry);
-      (*entry)->Destroy();
-    } else {
-      delete *entry;
-    }
-    *entry = nullptr;
-  }
-  _PurgeRetiredTextures();
-}
-
-// Once no other context uses the table, emptied surfaces are of no use to anybody.
-void TRenderCPU::_PurgeRetiredTextures() {
-  if (m_Textures == nullptr || m_Textures->RefCount.load(std::memory_order_acquire) > 1) {
-    return;
-  }
-  for (const TDataSurface* surface : m_Textures->Retired) {
-    _UnbindTexture(surface);
-    delete surface;
-  }
-  m_Textures->Retired.clear();
-}
-
-void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
-  for (TTexUnit& unit : m_TexUnits) {
-    if (surface != nullptr && unit.Sampler.m_Surface == surface) {
-      unit.Sampler.SetSurface(nullptr);
-    }
+    FreeTexture(m_Textures, ids[i]);
+    _NoteTextureChange();
   }
 }
 
@@ -152,6 +265,7 @@ unsigned int TRenderCPU::AttachTexture(TDataSurface* surface) {
   unsigned int id = 0;
   _GenTextures(1, false, &id);
   m_Textures->Surfaces[id] = surface;
+  HoldOf(*m_Textures, id, surface);
   return id;
 }
 
@@ -162,6 +276,11 @@ TDataSurface* TRenderCPU::DetachTexture(unsigned int id) {
   }
   TDataSurface* const surface = *entry;
   *entry = nullptr;
+  if (TTextureHold* const hold = HoldOf(*m_Textures, id, surface)) {
+    m_Textures->Holds[id] = nullptr;
+    hold->Retire(TTextureHold::kDetached);
+    _NoteTextureChange();
+  }
   return surface;
 }
 
@@ -169,22 +288,30 @@ void TRenderCPU::_ClearTextures() {
   if (m_Textures == nullptr) {
     return;
   }
-  TTextureTable* const table = m_Textures;
-  if (table->RefCount.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-    for (const std::vector<TDataSurface*>* list : {&table->Surfaces, &table->Retired}) {
-      for (const TDataSurface* surface : *list) {
-        _UnbindTexture(surface);
-        delete surface;
-      }
+  // From here on the table belongs to others, if there are any, and may not even be read.
+  for (int i = 0; i < 8; ++i) {
+    const TTextureHold* const hold = m_TextureBindings[i].Hold;
+    if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
+        hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
+      m_TexUnits[i].Sampler.SetSurface(nullptr);
     }
-    delete table;
-  } else {
-    // The table belongs to others from here on and may not even be read: nothing of it stays bound.
-    for (TTexUnit& unit : m_TexUnits) {
-      unit.Sampler.SetSurface(nullptr);
+    _DropBinding(i);
+  }
+  TTextureTable* const table = m_Textures;
+  m_Textures = nullptr;
+  if (table->RefCount.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+    return;
+  }
+  for (std::size_t id = 0; id < table->Surfaces.size(); ++id) {
+    _UnbindTexture(table->Surfaces[id]);
+    FreeTexture(table, id);
+  }
+  for (TTextureHold* const hold : table->Holds) { // of names that were never filled
+    if (hold != nullptr) {
+      hold->Retire(TTextureHold::kDetached);
     }
   }
-  m_Textures = nullptr;
+  delete table;
 }
 
 // --- Binding and images
@@ -199,13 +326,26 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
   RequireTexture2D(target);
   TDataSurface** const entry = EntryOf(m_Textures, id);
   TTexUnit* const unit = _ActiveTexUnit();
-  if (entry != nullptr && unit != nullptr) {
-    unit->Sampler.SetSurface(*entry);
+  if (entry == nullptr || unit == nullptr) {
+    return;
+  }
+  TTextureHold* const hold = HoldOf(*m_Textures, id, *entry);
+  if (hold != nullptr) {
+    hold->Acquire();
+  }
+  unit->Sampler.SetSurface(*entry);
+  _DropBinding(m_ActiveTexture);
+  TTextureBinding& binding = m_TextureBindings[m_ActiveTexture];
+  binding.Hold = hold;
+  if (hold != nullptr) {
+    binding.Note(**entry);
   }
 }
 
-// The surface bound to the active unit, as what it is; null if there is none.
+// The surface bound to the active unit, as what it is; null if there is none, or another context
+// has deleted it.
 TDataSurface* TRenderCPU::_BoundTexture() {
+  _RefreshTextures();
   TTexUnit* const unit = _ActiveTexUnit();
   return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
 }
@@ -224,12 +364,19 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
     _SetError(GL_INVALID_VALUE);
     return;
   }
+  TDataSurface old; // what was there lives on while it is copied from
+  const auto from = reinterpret_cast<std::uintptr_t>(pixels);
+  const TBlock block = BlockOf(*surface);
+  if (from >= block.Begin && from < block.End) {
+    old.Swap(*surface);
+  }
   const bool made = surface->Create(width, height, DataFormatFromGL(format), DataTypeFromGL(type),
                                     GetFormatComponents(format), nullptr);
   if (made && pixels != nullptr) {
     std::memcpy(surface->Data, pixels, surface->DataSize);
   }
   _UpdateSamplersOf(surface);
+  _NoteTextureChange();
   if (!made) {
     _SetError(GL_INVALID_OPERATION);
   }
@@ -270,16 +417,15 @@ bool TRenderCPU::MoveTexImage2D(unsigned int target, int level, TDataSurface* su
     throw TZxMessage(std::string(kWhere) + "Unexpected Level %1%") << level;
   }
   TDataSurface* const bound = _BoundTexture();
-  if (bound == nullptr) {
+  if (bound == nullptr || surface == nullptr) {
     _SetError(GL_INVALID_OPERATION);
     return false;
   }
-  if (surface != nullptr) {
-    bound->Swap(*surface);
-    _UpdateSamplersOf(bound);
-    _UpdateSamplersOf(surface);
-  }
-  return surface != nullptr;
+  bound->Swap(*surface);
+  _UpdateSamplersOf(bound);
+  _UpdateSamplersOf(surface);
+  _NoteTextureChange();
+  return true;
 }
 
 void TRenderCPU::CopyTexImage2D(unsigned int, int, unsigned int, int, int, int, int, int) {

@@ -96,6 +96,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p0);
   toWindow(&p1);
   toWindow(&p2);
+  if (_RefreshState()) {
+    m_DrawJob = nullptr; // it was settled for what is no more
+  }
   // The job is settled by the slots as they are before perspective prepares them.
   TSpanJob own;
   TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
