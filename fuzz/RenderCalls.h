@@ -22,7 +22,7 @@ public:
     }
     m_Contexts[0]->Create(1 + static_cast<int>(m_In.Below(33)),
                           1 + static_cast<int>(m_In.Below(33)), nullptr);
-    m_Contexts[1]->Create(7, 5, m_In.Bool() ? m_Contexts[0] : nullptr);
+    m_Contexts[1]->Create(7, 5, m_In.Below(4) != 0 ? m_Contexts[0] : nullptr);
   }
   ~TCalls() {
     for (TRenderCPU* r : m_Contexts) {
@@ -37,7 +37,7 @@ public:
   /// One call of either context.
   void Step() {
     const unsigned int kind = m_In.Byte();
-    m_R = m_Contexts[kind >= 224];
+    m_R = m_Contexts[kind >= 192];
     try {
       switch (kind % 32) {
       case 0:
@@ -85,6 +85,10 @@ public:
         break;
       case 21:
         Programs();
+        break;
+      case 22:
+      case 23:
+        SharedMemory();
         break;
       default:
         Vertices();
@@ -167,6 +171,65 @@ private:
     default:
       m_R->Viewport(0, m_In.Int(), m_R->m_Width, m_In.Int());
       break;
+    }
+  }
+
+  /// Targets and textures that are the same, overlap or change places.
+  void SharedMemory() {
+    if (m_R->m_FrameBuffer == nullptr) {
+      return;
+    }
+    TDataSurface* const own[3] = {m_R->m_FrameBuffer->Color, m_R->m_FrameBuffer->Depth,
+                                  m_R->m_FrameBuffer->Stencil};
+    TDataSurface* const surface = own[m_In.Below(3)];
+    switch (m_In.Below(8)) {
+    case 0:
+      m_R->BindColorSurface(surface);
+      break;
+    case 1:
+      m_R->SetDrawBuffer(surface);
+      break;
+    case 2:
+    case 3:
+      m_R->m_TexUnits[m_In.Below(2)].Sampler.SetSurface(surface);
+      break;
+    case 4:
+    case 5:
+      m_R->MoveTexImage2D(3553, 0, surface);
+      break;
+    case 6:
+      Exchange(surface, NewSurface());
+      break;
+    default:
+      Overlap(own[0], surface);
+      break;
+    }
+  }
+
+  /// As a surface's owner may: who samples it is told.
+  void Exchange(TDataSurface* surface, TDataSurface* other) {
+    surface->Swap(*other);
+    for (TRenderCPU::TTexUnit& unit : m_R->m_TexUnits) {
+      if (unit.Sampler.m_Surface == surface || unit.Sampler.m_Surface == other) {
+        unit.Sampler.SetSurface(unit.Sampler.m_Surface);
+      }
+    }
+  }
+
+  /// Makes both surfaces views of one block, one pixel apart. Without the last row they have the
+  /// slack behind their pixels that samplers need.
+  void Overlap(TDataSurface* one, TDataSurface* other) {
+    m_Kept.push_back(std::make_unique<TDataSurface>());
+    TDataSurface& block = *m_Kept.back();
+    block.Create(m_R->m_Width, m_R->m_Height + 1, DATA_FORMAT(6), DATA_TYPE(3), 4);
+    int shift = 0;
+    for (TDataSurface* surface : {one, other}) {
+      m_Kept.push_back(std::make_unique<TDataSurface>());
+      const bool depth = surface == m_R->m_FrameBuffer->Depth;
+      m_Kept.back()->Create(m_R->m_Width, m_R->m_Height, DATA_FORMAT(depth ? 13 : 6),
+                            DATA_TYPE(depth ? 10 : 3), depth ? 1 : 4, block.Data + shift);
+      Exchange(surface, m_Kept.back().get());
+      shift += 4;
     }
   }
 

@@ -120,9 +120,7 @@ bool TRenderCPU::SetSize(int width, int height) {
     return false;
   }
   // The old surfaces go first; nothing may draw into them until the new ones are taken.
-  m_ColorSurface = nullptr;
-  m_DepthSurface = nullptr;
-  m_StencilSurface = nullptr;
+  _ForgetOwnSurfaces();
   if (!m_FrameBuffer->Create(width, height)) {
     Destroy();
     return false;
@@ -152,9 +150,7 @@ void TRenderCPU::Destroy() {
   if (m_FrameBuffer != nullptr) {
     m_Width = 0;
     m_Height = 0;
-    m_ColorSurface = nullptr;
-    m_DepthSurface = nullptr;
-    m_StencilSurface = nullptr;
+    _ForgetOwnSurfaces();
     delete m_FrameBuffer;
     m_FrameBuffer = nullptr;
     _MeasureTargets();

@@ -1,6 +1,8 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
@@ -123,14 +125,17 @@ bool IsRGBAub(const TDataSurface* surface) {
          surface->Format == DATA_FORMAT_RGBA && surface->PixelStride >= 4;
 }
 
+// One after the other: a caller may hand in the pixels that are drawn into.
 void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
                 std::ptrdiff_t toStep, std::ptrdiff_t count) {
-  if (fromStep == 4 && toStep == 4) {
+  const auto apart = static_cast<std::size_t>(
+      std::abs(reinterpret_cast<std::intptr_t>(to) - reinterpret_cast<std::intptr_t>(from)));
+  if (fromStep == 4 && toStep == 4 && apart >= static_cast<std::size_t>(count) * 4) {
     std::memcpy(to, from, static_cast<std::size_t>(count) * 4);
     return;
   }
   for (; count > 0; --count) {
-    std::memcpy(to, from, 4);
+    std::memmove(to, from, 4);
     from += fromStep;
     to += toStep;
   }

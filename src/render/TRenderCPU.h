@@ -943,6 +943,8 @@ private:
     bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
   };
 
+  void _ForgetOwnSurfaces();
+  void _ForgetTarget(const TDataSurface* surface);
   void _MeasureTargets();
   bool _RefreshTargets();
   bool _RefreshState();

@@ -59,6 +59,28 @@ void TRenderCPU::_TakeSurfaces() {
   _MeasureTargets();
 }
 
+// The surfaces of the frame buffer are about to go: nothing may draw into them or sample them.
+void TRenderCPU::_ForgetOwnSurfaces() {
+  for (TDataSurface* const surface :
+       {m_FrameBuffer->Color, m_FrameBuffer->Depth, m_FrameBuffer->Stencil}) {
+    _UnbindTexture(surface);
+    _ForgetTarget(surface);
+  }
+  m_ColorSurface = nullptr;
+  m_DepthSurface = nullptr;
+  m_StencilSurface = nullptr;
+}
+
+// A surface is about to go: it is no target any more.
+void TRenderCPU::_ForgetTarget(const TDataSurface* surface) {
+  if (surface != nullptr && m_DrawBuffer == surface) {
+    SetDrawBuffer(nullptr);
+  }
+  if (surface != nullptr && m_ColorSurface == surface) {
+    BindColorSurface(nullptr);
+  }
+}
+
 // --- Where drawing goes
 
 namespace {
@@ -81,6 +103,18 @@ bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
 // Whether all pixels are addresses of 32-bit words.
 bool IsAligned(const DATASURFACE& surface) {
   return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
+}
+
+// Bytes that a draw buffer's writer touches: its surface may have been exchanged since it was
+// chosen.
+std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite write) {
+  const std::ptrdiff_t pixel =
+      surface.Channels * static_cast<std::ptrdiff_t>(GetTypeSize(surface.Type));
+  const std::ptrdiff_t written = write == &SetValue4d   ? 32
+                                 : write == &SetValue4f ? 16
+                                 : write == &SetValue1d ? 8
+                                                        : 4;
+  return std::max(pixel, written);
 }
 
 } // namespace
@@ -133,8 +167,7 @@ void TRenderCPU::_MeasureTargets() {
   };
   const std::ptrdiff_t stride = surfaces[0] != nullptr ? surfaces[0]->PixelStride : 0;
   if (m_DrawBuffer != nullptr) {
-    const auto size = m_DrawBuffer->Channels * GetTypeSize(m_DrawBuffer->Type);
-    t.Color = measure(0, static_cast<std::ptrdiff_t>(size), stride, stride);
+    t.Color = measure(0, WriteSizeOf(*m_DrawBuffer, m_PixelWrite), stride, stride);
   } else {
     t.Color = measure(0, 4, 4, stride);
   }

@@ -251,6 +251,7 @@ void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
       continue;
     }
     _UnbindTexture(*entry);
+    _ForgetTarget(*entry);
     FreeTexture(m_Textures, ids[i]);
     _NoteTextureChange();
   }
@@ -304,6 +305,7 @@ void TRenderCPU::_ClearTextures() {
   }
   for (std::size_t id = 0; id < table->Surfaces.size(); ++id) {
     _UnbindTexture(table->Surfaces[id]);
+    _ForgetTarget(table->Surfaces[id]);
     FreeTexture(table, id);
   }
   for (TTextureHold* const hold : table->Holds) { // of names that were never filled

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <memory>
 #include <random>
 #include <sstream>
 
@@ -40,7 +41,8 @@ private:
 
 class TPlayer {
 public:
-  TPlayer(std::uint32_t seed, std::ostream* words) : m_Random(seed), m_Words(words) {
+  TPlayer(std::uint32_t seed, std::ostream* words)
+      : m_Random(seed), m_Words(words), m_SharesMemory(seed % 4 == 0) {
     const int width = Pick(8) == 0 ? 1 + Pick(3) : 1 + Pick(70);
     const int height = Pick(8) == 0 ? 1 + Pick(3) : 1 + Pick(50);
     m_Gl.Create(width, height, nullptr);
@@ -66,7 +68,14 @@ public:
 
   void Call();
 
-  std::vector<unsigned char> Left() { return zx_test::EverythingLeft(m_Gl); }
+  std::vector<unsigned char> Left() {
+    std::vector<unsigned char> left = zx_test::EverythingLeft(m_Gl);
+    for (const unsigned int id : m_Textures) {
+      const TDataSurface* const texture = m_Gl.m_Textures->Surfaces[id];
+      left.insert(left.end(), texture->Data, texture->Data + texture->DataSize);
+    }
+    return left;
+  }
 
 private:
   int Pick(int n) { return static_cast<int>(m_Random() % static_cast<unsigned>(n)); }
@@ -93,9 +102,12 @@ private:
   void TextureState();
   void LightState();
   void MatrixState();
+  void TargetState();
 
   std::mt19937 m_Random;
   std::ostream* m_Words;
+  bool m_SharesMemory; ///< targets and textures may be the same, or overlap
+  std::vector<std::unique_ptr<TDataSurface>> m_Shifted;
   TRenderCPU m_Gl;
   TTintShader* m_Shaders[2] = {};
   std::vector<Zx3D::TProgramCPU*> m_Programs;
@@ -300,7 +312,55 @@ void TPlayer::TestState() {
   }
 }
 
+// Targets and textures that share memory, wholly or but for a few pixels, or change places.
+void TPlayer::TargetState() {
+  TDataSurface* const own[3] = {m_Gl.m_FrameBuffer->Color, m_Gl.m_FrameBuffer->Depth,
+                                m_Gl.m_FrameBuffer->Stencil};
+  TDataSurface* const texture = m_Gl.m_Textures->Surfaces[m_Textures[Pick(4)]];
+  switch (Pick(8)) {
+  case 0:
+  case 1:
+    Say("own colour; ");
+    m_Gl.BindColorSurface(nullptr);
+    break;
+  case 2:
+    Say("colour is depth or stencil; ");
+    m_Gl.BindColorSurface(own[1 + Pick(2)]);
+    break;
+  case 3:
+    Say("colour is a texture; ");
+    m_Gl.BindColorSurface(texture);
+    break;
+  case 4:
+  case 5:
+    Say("texture is a target; ");
+    m_Gl.m_TexUnits[0].Sampler.SetSurface(own[Pick(3)]);
+    break;
+  case 6:
+    Say("target and texture change places; ");
+    m_Gl.MoveTexImage2D(GL_TEXTURE_2D, 0, own[Pick(3)]);
+    break;
+  default: {
+    Say("colour overlaps; ");
+    const TDataSurface& under = *own[Pick(2)];
+    const int shift = Pick(m_Gl.m_Width + 1); // the slack behind the pixels has room for as many
+    if (under.IsOwner() && under.Width == m_Gl.m_Width && under.Height == m_Gl.m_Height &&
+        under.PixelStride == 4) {
+      m_Shifted.push_back(std::make_unique<TDataSurface>());
+      m_Shifted.back()->Create(under.Width, under.Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+                               under.Data + 4 * shift);
+      m_Gl.BindColorSurface(m_Shifted.back().get());
+    }
+    break;
+  }
+  }
+}
+
 void TPlayer::State() {
+  if (m_SharesMemory && Pick(4) == 0) {
+    TargetState();
+    return;
+  }
   switch (Pick(8)) {
   case 0:
   case 1:
@@ -363,6 +423,9 @@ void TPlayer::Primitive() {
     if (Pick(12) == 0) {
       // What is not refused between Begin and End holds from the next vertex or piece on.
       Coin() ? TestState() : TextureState();
+      if (m_SharesMemory && Pick(4) == 0) {
+        TargetState();
+      }
     }
     Vertex();
   }

@@ -10,7 +10,8 @@
 namespace zxtest {
 
 /// A sequence of drawing calls made from a seed: modes, tests, masks, blending, textures of every
-/// kind, lights, hints and custom shaders, mixed. The same seed and length make the same calls.
+/// kind, lights, hints and custom shaders, mixed; in every fourth scene targets and textures share
+/// memory too. The same seed and length make the same calls.
 class TRandomScene {
 public:
   explicit TRandomScene(std::uint32_t seed) : m_Seed(seed) {}

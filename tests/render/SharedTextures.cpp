@@ -1,6 +1,10 @@
+#include <malloc.h>
+
 #include <memory>
 #include <thread>
 #include <vector>
+
+#include <ZxPixelKit/Surface.h>
 
 #include "StateChecks.h"
 
@@ -173,4 +177,177 @@ TEST(SharedTextures, ContextsOnDifferentThreadsLetGoIndependently) {
     release(0);
     other.join();
   }
+}
+
+// --- What one context does to what another one has bound
+
+TEST(SharedTextures, ATextureThatWasDeletedByAContextThatIsGone) {
+  auto a = std::make_unique<TScene>(4, 4);
+  TScene b(4, 4, a->Get());
+  const unsigned int id = MakeTexture(**a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  (*a)->DeleteTextures(1, &id);
+  a.reset();
+  EXPECT_EQ(s_Clear, Drawn(b));
+  EXPECT_EQ(nullptr, b->m_TexUnits[0].Sampler.GetSurface());
+}
+
+TEST(SharedTextures, ALoaderThatRemakesATextureAndGoes) {
+  TScene b(8, 8);
+  const unsigned int id = MakeTexture(*b, 200);
+  std::vector<unsigned char> large(4 * 64 * 64, 90);
+  b->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_RGBA, GL_UNSIGNED_BYTE, large.data());
+  EXPECT_EQ((TPixel{90, 90, 90, 90}), Drawn(b));
+  {
+    TScene loader(1, 1, b.Get());
+    loader->BindTexture(GL_TEXTURE_2D, id);
+    const unsigned char texels[2][4] = {{10, 20, 30, 255}, {40, 50, 60, 255}};
+    loader->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+  }
+  b.Reset();
+  b->Begin(GL_QUADS);
+  for (const auto& corner : {V4{0, 0, 0, 1}, V4{1, 0, 0, 1}, V4{1, 1, 0, 1}, V4{0, 1, 0, 1}}) {
+    b->TexCoord2d(corner.x, corner.y);
+    b->Vertex2d(2 * corner.x - 1, 2 * corner.y - 1);
+  }
+  b->End();
+  for (int x = 0; x < 8; ++x) {
+    EXPECT_EQ(x < 4 ? (TPixel{10, 20, 30, 255}) : (TPixel{40, 50, 60, 255}), b.Color(x, 3)) << x;
+  }
+}
+
+TEST(SharedTextures, AMoveIsSeenByTheOthers) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  TDataSurface image;
+  ASSERT_TRUE(image.Create(2, 2, DATA_FORMAT_RED, DATA_TYPE_FLOAT, 1));
+  ASSERT_TRUE(a->MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+  image.Destroy();
+  EXPECT_EQ((TPixel{0, 0, 0, 255}), Drawn(b)) << "by its new type";
+}
+
+TEST(SharedTextures, ADeletionBetweenBeginAndEnd) {
+  for (const unsigned int mode : {GL_TRIANGLES, GL_LINES, GL_POINTS}) {
+    TScene a(8, 8);
+    TScene b(8, 8, a.Get());
+    const unsigned int id = MakeTexture(*a, 200);
+    b->BindTexture(GL_TEXTURE_2D, id);
+    b->Enable(GL_TEXTURE_2D);
+    b->TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+    const auto shape = [&b, mode](double y) {
+      b->Vertex2d(Clip(0, 8), y);
+      if (mode != GL_POINTS) {
+        b->Vertex2d(1, y - 0.001);
+      }
+      if (mode == GL_TRIANGLES) {
+        b->Vertex2d(-1, y + 0.2);
+        b->Vertex2d(-1, y - 0.2);
+        b->Vertex2d(1, y - 0.2);
+        b->Vertex2d(-1, y + 0.2);
+      }
+    };
+    b->Begin(mode);
+    shape(Clip(2, 8));
+    a->DeleteTextures(1, &id);
+    shape(Clip(5, 8));
+    b->End();
+    EXPECT_EQ((TPixel{200, 20, 30, 255}), b.Color(0, 2)) << mode;
+    EXPECT_EQ(s_Clear, b.Color(0, 5)) << mode;
+  }
+}
+
+TEST(SharedTextures, AnImageForATextureThatIsGone) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  a->DeleteTextures(1, &id);
+  const unsigned char pixel[4] = {1, 2, 3, 4};
+  b->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+  EXPECT_EQ(1281u, b->GetError());
+  TDataSurface image;
+  EXPECT_FALSE(b->MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+  EXPECT_EQ(1282u, b->GetError());
+}
+
+TEST(SharedTextures, DeletedOnesTakeNoMemory) {
+  TScene a(2, 2);
+  TScene b(2, 2, a.Get());
+  const auto makeAndDelete = [&](int times) {
+    for (int i = 0; i < times; ++i) {
+      unsigned int id = 0;
+      a->GenTextures(1, &id);
+      if (i % 3 == 0) { // bound by the other one, or by both
+        b->BindTexture(GL_TEXTURE_2D, id);
+      }
+      a->BindTexture(GL_TEXTURE_2D, id);
+      a->DeleteTextures(1, &id);
+    }
+  };
+  makeAndDelete(1000);
+  const std::size_t before = mallinfo2().uordblks;
+  makeAndDelete(500000);
+  EXPECT_LT(mallinfo2().uordblks, before + 4096);
+}
+
+TEST(SharedTextures, ADetachedOneStaysBoundEverywhere) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  const std::unique_ptr<TDataSurface> taken(a->DetachTexture(id));
+  EXPECT_EQ(id, MakeTexture(*a, 50)) << "the name is free";
+  a->DeleteTextures(1, &id);
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+  EXPECT_EQ(taken.get(), b->m_TexUnits[0].Sampler.GetSurface());
+}
+
+// --- What a caller put into a sampler
+
+namespace {
+
+/// A sampling function of a caller's own: such a function is a member of the sampler.
+void PutFunction(TRenderCPU::TTexSampler& sampler) {
+  sampler.m_GetValue = &TRenderCPU::TTexSampler::GetValueClampToEdgeNearest4ub2D;
+}
+
+bool HasFunction(const TRenderCPU::TTexSampler& sampler) {
+  return sampler.m_GetValue == &TRenderCPU::TTexSampler::GetValueClampToEdgeNearest4ub2D;
+}
+
+} // namespace
+
+TEST(SharedTextures, AFunctionOfTheCallersStays) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  PutFunction(b->m_TexUnits[0].Sampler);
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+  EXPECT_TRUE(HasFunction(b->m_TexUnits[0].Sampler));
+  unsigned int other = MakeTexture(*a, 10); // what happens to another texture is no matter
+  a->DeleteTextures(1, &other);
+  Drawn(b);
+  EXPECT_TRUE(HasFunction(b->m_TexUnits[0].Sampler));
+}
+
+TEST(SharedTextures, ASurfaceOfTheCallersStays) {
+  TScene a(4, 4);
+  std::vector<std::uint8_t> block(64, 70);
+  DATASURFACE own = {};
+  ASSERT_TRUE(ds::Set(&own, 1, 1, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4, block.data()));
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->ActiveTexture(GL_TEXTURE0 + 3);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  b->m_TexUnits[3].Sampler.SetSurface(&own);
+  b->m_TexUnits[5].Sampler.SetSurface(&own);
+  a->DeleteTextures(1, &id);
+  Drawn(b);
+  EXPECT_EQ(&own, b->m_TexUnits[3].Sampler.GetSurface());
+  b->Destroy();
+  EXPECT_EQ(&own, b->m_TexUnits[3].Sampler.GetSurface());
+  EXPECT_EQ(&own, b->m_TexUnits[5].Sampler.GetSurface());
 }

@@ -71,6 +71,20 @@ TEST(Textures, IsTextureLooksForASurface) {
   EXPECT_EQ(0u, r->GetError());
 }
 
+TEST(Textures, WithoutATableNoNameIsRead) {
+  THeld<TRenderCPU> r;
+  r->DeleteTextures(1000000, nullptr);
+  EXPECT_EQ(0u, r->GetError());
+}
+
+TEST(Textures, MovingNothingIsRefused) {
+  THeld<TRenderCPU> r;
+  r->BindTexture(GL_TEXTURE_2D, Gen(*r, 1)[0]);
+  EXPECT_EQ(nullptr, r->m_TexUnits[0].Sampler.GetSurface()->Data);
+  EXPECT_FALSE(r->MoveTexImage2D(GL_TEXTURE_2D, 0, nullptr));
+  EXPECT_EQ(1282u, r->GetError());
+}
+
 TEST(Textures, DeletingIgnoresWhatIsNotThere) {
   THeld<TRenderCPU> r;
   const unsigned int ids[5] = {0, 1, 1, 99, 0xFFFFFFFF};

@@ -1,8 +1,5 @@
 // Events between many threads, for the thread sanitizer; a program of its own, since that sanitizer
-// must be in every object that is linked:
-//
-//   g++ -std=c++20 -g -O1 -fsanitize=thread -I <build>/include src/util/TEvent.cpp \
-//     tests/util/tsan/TEventThreads.cpp -o tevent_threads && ./tevent_threads
+// must be in every object that is linked.
 //
 // It ends with 0 when every signal that was sent was taken by exactly one waiter.
 
