@@ -281,15 +281,15 @@ TDataSurface* TRenderCPU::GetStencilSurface() { return m_StencilSurface; }
 
 // --- Clear values and masks
 
-void TRenderCPU::ClearColor(float r, float g, float b, float a) {
-  ClearColor(vec_t_<double, 4>{r, g, b, a});
-}
-
-void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) {
+void TRenderCPU::_SetClearColor(const vec_t_<double, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
-    m_ClearColor[i] = static_cast<unsigned char>(TruncI64(color[i] * 255.0 + 0.5));
+    m_ClearColor[i] = ByteOf(color[i]);
   }
 }
+
+void TRenderCPU::ClearColor(float r, float g, float b, float a) { _SetClearColor({r, g, b, a}); }
+
+void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { _SetClearColor(color); }
 
 void TRenderCPU::ClearColor(const vec_t_<float, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
