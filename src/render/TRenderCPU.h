@@ -1015,7 +1015,8 @@ private:
   unsigned char* _DepthPixel(int x, int y) const;
   unsigned char* _StencilPixel(int x, int y) const;
   void _FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
-  bool _TakeLinePixel(int x, int y);
+  bool _IsLinePixel(int x, int y) const;
+  void _DrawLinePixel(int x, int y, double t);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool _MakeDefaultProgram();
   void _TakeSurfaces();
