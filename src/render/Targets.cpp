@@ -332,6 +332,16 @@ static void ClearChannels(const DATASURFACE& surface, unsigned int mask,
   }
 }
 
+// Fills by the strides as drawing takes them: rows may go down in memory.
+static bool Fill(const DATASURFACE& surface, const void* value, unsigned long size) {
+  DATASURFACE upright = surface;
+  if (surface.RowStride < 0 && surface.Data != nullptr && surface.Height > 0) {
+    upright.Data += std::ptrdiff_t{surface.Height - 1} * surface.RowStride;
+    upright.RowStride = -surface.RowStride;
+  }
+  return ds::Fill(upright, value, size);
+}
+
 void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
   if (!m_Created) {
     _SetError(GL_INVALID_OPERATION);
@@ -342,13 +352,13 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
       if (m_ColorSurface->Data != nullptr) {
         ClearChannels(*m_ColorSurface, m_ColorMask, m_ClearColor);
       }
-    } else if (!ds::Fill(*m_ColorSurface, m_ClearColor, 4)) {
+    } else if (!Fill(*m_ColorSurface, m_ClearColor, 4)) {
       _SetError(GL_INVALID_OPERATION);
       return;
     }
   }
   if (depth && m_DepthMask && m_DepthSurface != nullptr &&
-      !ds::Fill(*m_DepthSurface, &m_ClearDepth, sizeof m_ClearDepth)) {
+      !Fill(*m_DepthSurface, &m_ClearDepth, sizeof m_ClearDepth)) {
     _SetError(GL_INVALID_OPERATION);
     return;
   }
@@ -357,7 +367,7 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
   }
   const auto mask = static_cast<unsigned char>(m_StencilWriteMask);
   if (mask == 255) {
-    if (!ds::Fill(*m_StencilSurface, &m_ClearStencil, 1)) {
+    if (!Fill(*m_StencilSurface, &m_ClearStencil, 1)) {
       _SetError(GL_INVALID_OPERATION);
     }
   } else if (mask != 0) {
