@@ -20,7 +20,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 } // namespace Zx3D
 
 #else
-#include "QuietFloats.h"
+#include "QuietFloats-inl.h"
 #include "SpanLine-inl.h"
 #include "SpanTriangle-inl.h"
 #include "VertexBatch-inl.h"

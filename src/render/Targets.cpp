@@ -370,7 +370,7 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
     if (!Fill(*m_StencilSurface, &m_ClearStencil, 1)) {
       _SetError(GL_INVALID_OPERATION);
     }
-  } else if (mask != 0) {
+  } else if (mask != 0 && m_StencilSurface->Data != nullptr) {
     const int value = m_ClearStencil & mask;
     ForEachPixel(*m_StencilSurface, [mask, value](unsigned char* s) {
       *s = static_cast<unsigned char>((*s & ~mask) | value);

@@ -114,4 +114,30 @@ TEST(ClearDownward, FillsDepthAndStencil) {
   }
 }
 
+// --- A surface without pixels, as one that was moved into a texture leaves it
+
+TEST(ClearEmpty, PartialMasksFindNothingToClear) {
+  const TScene s(s_Width, s_Height);
+  TDataSurface taken;
+  for (TDataSurface* const surface : {s->m_ColorSurface, s->m_StencilSurface}) {
+    surface->Swap(taken);
+    s->ColorMask(1, 0, 1, 0);
+    s->StencilMask(0x0F);
+    s->Clear(true, false, true);
+    EXPECT_EQ(0u, s->GetError());
+    surface->Swap(taken);
+  }
+}
+
+TEST(ClearEmpty, AFullMaskReportsIt) {
+  const TScene s(s_Width, s_Height);
+  TDataSurface taken;
+  for (TDataSurface* const surface : {s->m_ColorSurface, s->m_DepthSurface, s->m_StencilSurface}) {
+    surface->Swap(taken);
+    s->Clear(true, true, true);
+    EXPECT_EQ(static_cast<unsigned int>(GL_INVALID_OPERATION), s->GetError());
+    surface->Swap(taken);
+  }
+}
+
 } // namespace
