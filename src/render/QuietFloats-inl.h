@@ -9,9 +9,15 @@ namespace Zx3D {
 /// worked out from them is dropped. Rounding stays as the host has set it.
 class TQuietFloats {
 public:
-  TQuietFloats() : m_Before(_mm_getcsr()) {
-    if ((m_Before & kMasks) != kMasks) {
-      _mm_setcsr(m_Before | kMasks);
+  enum class TScope {
+    Routine, ///< writes the control word only for a host that traps, and where a flag is new
+    Draw,    ///< has the flags up, so that no routine within finds a new one: a write costs it more
+  };
+
+  explicit TQuietFloats(TScope scope = TScope::Routine) : m_Before(_mm_getcsr()) {
+    const unsigned int wanted = scope == TScope::Draw ? kMasks | kFlags : kMasks;
+    if ((m_Before & wanted) != wanted) {
+      _mm_setcsr(m_Before | wanted);
     }
     // No load moves to before this, no store to behind the end.
     __asm__ volatile("" ::: "memory");
@@ -19,7 +25,6 @@ public:
   ~TQuietFloats() {
     __asm__ volatile("" ::: "memory");
     const unsigned int after = _mm_getcsr();
-    // Flags are rarely new: the write is left out then.
     if (((after ^ m_Before) & (kMasks | kFlags)) != 0) {
       _mm_setcsr((after & ~(kMasks | kFlags)) | (m_Before & (kMasks | kFlags)));
     }

@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include "ErrorCodes-inl.h"
+#include "QuietFloats-inl.h"
 #include "SpanJob.h"
 #include "VertexFetch-inl.h"
 #include "VertexReplay.h"
@@ -401,6 +402,7 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
     return IsOwnFetch(value.Pointer->GetValue);
   });
   if (ownFetches && _MayReplayDirectly()) {
+    const TQuietFloats quiet(TQuietFloats::TScope::Draw);
     TSpanJob job;
     // Whatever a function that a caller put in place may throw, the job does not outlive this call.
     const struct TJobScope {
