@@ -1,5 +1,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <algorithm>
+#include <climits>
 #include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
@@ -190,7 +192,7 @@ void TRenderCPU::GetBufferParameter(unsigned int target, unsigned int pname, int
   }
   switch (pname) {
   case GL_BUFFER_SIZE:
-    *out = static_cast<int>(buffer->Data.size());
+    *out = static_cast<int>(std::min<std::size_t>(buffer->Data.size(), INT_MAX));
     break;
   case GL_BUFFER_USAGE:
     *out = static_cast<int>(buffer->Usage);

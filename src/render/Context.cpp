@@ -144,6 +144,9 @@ void TRenderCPU::Destroy() {
   ReleaseAndForget(m_StdFragmentShader);
   ReleaseAndForget(m_DefaultProgram);
   _SetProgram(nullptr);
+  // Shaders can be installed without a program, before `Create` and after this.
+  _SetVertexShader(nullptr);
+  _SetFragmentShader(nullptr);
   // Without shaders and surfaces no vertex may be followed, should one come before the next
   // `Begin`.
   m_VertexHandler = &TRenderCPU::UnknownVertex;

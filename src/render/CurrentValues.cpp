@@ -2,6 +2,8 @@
 
 namespace Zx3D {
 
+// Each form stores by itself: a derived context sees one call for one call.
+
 // --- Colour
 
 // In single precision: the byte times the float nearest to 1/255.
@@ -13,95 +15,108 @@ void TRenderCPU::_Color3ub(unsigned char r, unsigned char g, unsigned char b) {
   m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), 1.0};
 }
 
-void TRenderCPU::_Color3ubv(const unsigned char* v) { _Color3ub(v[0], v[1], v[2]); }
+void TRenderCPU::_Color3ubv(const unsigned char* v) {
+  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), 1.0};
+}
 
 void TRenderCPU::_Color4ub(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
   m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), ColorOfByte(a)};
 }
 
-void TRenderCPU::_Color4ubv(const unsigned char* v) { _Color4ub(v[0], v[1], v[2], v[3]); }
+void TRenderCPU::_Color4ubv(const unsigned char* v) {
+  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), ColorOfByte(v[3])};
+}
 
 void TRenderCPU::_Color3f(float r, float g, float b) { m_CurColor = {r, g, b, 1.0}; }
 
-void TRenderCPU::_Color3fv(const float* v) { _Color3f(v[0], v[1], v[2]); }
+void TRenderCPU::_Color3fv(const float* v) { m_CurColor = {v[0], v[1], v[2], 1.0}; }
 
 void TRenderCPU::_Color4f(float r, float g, float b, float a) { m_CurColor = {r, g, b, a}; }
 
-void TRenderCPU::_Color4fv(const float* v) { _Color4f(v[0], v[1], v[2], v[3]); }
+void TRenderCPU::_Color4fv(const float* v) { m_CurColor = {v[0], v[1], v[2], v[3]}; }
 
 void TRenderCPU::_Color3d(double r, double g, double b) { m_CurColor = {r, g, b, 1.0}; }
 
-void TRenderCPU::_Color3dv(const double* v) { _Color3d(v[0], v[1], v[2]); }
+void TRenderCPU::_Color3dv(const double* v) { m_CurColor = {v[0], v[1], v[2], 1.0}; }
 
 void TRenderCPU::_Color4d(double r, double g, double b, double a) { m_CurColor = {r, g, b, a}; }
 
-void TRenderCPU::_Color4dv(const double* v) { _Color4d(v[0], v[1], v[2], v[3]); }
+void TRenderCPU::_Color4dv(const double* v) { m_CurColor = {v[0], v[1], v[2], v[3]}; }
 
 // --- Normal
 
-void TRenderCPU::Normal3f(float x, float y, float z) {
+// The w stays as it is.
+void TRenderCPU::_SetNormal(double x, double y, double z) {
   m_CurNormal.x = x;
   m_CurNormal.y = y;
   m_CurNormal.z = z;
 }
 
-void TRenderCPU::Normal3fv(const float* v) { Normal3f(v[0], v[1], v[2]); }
+void TRenderCPU::Normal3f(float x, float y, float z) { _SetNormal(x, y, z); }
 
-void TRenderCPU::Normal3d(double x, double y, double z) {
-  m_CurNormal.x = x;
-  m_CurNormal.y = y;
-  m_CurNormal.z = z;
-}
+void TRenderCPU::Normal3fv(const float* v) { _SetNormal(v[0], v[1], v[2]); }
 
-void TRenderCPU::Normal3dv(const double* v) { Normal3d(v[0], v[1], v[2]); }
+void TRenderCPU::Normal3d(double x, double y, double z) { _SetNormal(x, y, z); }
+
+void TRenderCPU::Normal3dv(const double* v) { _SetNormal(v[0], v[1], v[2]); }
 
 // --- Texture coordinate
 
 void TRenderCPU::TexCoord2f(float s, float t) { m_CurTexCoord = {s, t, 0, 1}; }
 
-void TRenderCPU::TexCoord2fv(const float* v) { TexCoord2f(v[0], v[1]); }
+void TRenderCPU::TexCoord2fv(const float* v) { m_CurTexCoord = {v[0], v[1], 0, 1}; }
 
 void TRenderCPU::TexCoord2d(double s, double t) { m_CurTexCoord = {s, t, 0, 1}; }
 
-void TRenderCPU::TexCoord2dv(const double* v) { TexCoord2d(v[0], v[1]); }
+void TRenderCPU::TexCoord2dv(const double* v) { m_CurTexCoord = {v[0], v[1], 0, 1}; }
 
 void TRenderCPU::TexCoord3f(float s, float t, float r) { m_CurTexCoord = {s, t, r, 1}; }
 
-void TRenderCPU::TexCoord3fv(const float* v) { TexCoord3f(v[0], v[1], v[2]); }
+void TRenderCPU::TexCoord3fv(const float* v) { m_CurTexCoord = {v[0], v[1], v[2], 1}; }
 
 void TRenderCPU::TexCoord3d(double s, double t, double r) { m_CurTexCoord = {s, t, r, 1}; }
 
-void TRenderCPU::TexCoord3dv(const double* v) { TexCoord3d(v[0], v[1], v[2]); }
+void TRenderCPU::TexCoord3dv(const double* v) { m_CurTexCoord = {v[0], v[1], v[2], 1}; }
 
 void TRenderCPU::TexCoord4f(float s, float t, float r, float q) { m_CurTexCoord = {s, t, r, q}; }
 
-void TRenderCPU::TexCoord4fv(const float* v) { TexCoord4f(v[0], v[1], v[2], v[3]); }
+void TRenderCPU::TexCoord4fv(const float* v) { m_CurTexCoord = {v[0], v[1], v[2], v[3]}; }
 
 void TRenderCPU::TexCoord4d(double s, double t, double r, double q) {
   m_CurTexCoord = {s, t, r, q};
 }
 
-void TRenderCPU::TexCoord4dv(const double* v) { TexCoord4d(v[0], v[1], v[2], v[3]); }
+void TRenderCPU::TexCoord4dv(const double* v) { m_CurTexCoord = {v[0], v[1], v[2], v[3]}; }
 
 // There is one coordinate, whatever the unit.
 
-void TRenderCPU::MultiTexCoord2f(unsigned int, float s, float t) { TexCoord2f(s, t); }
+void TRenderCPU::MultiTexCoord2f(unsigned int, float s, float t) { m_CurTexCoord = {s, t, 0, 1}; }
 
-void TRenderCPU::MultiTexCoord2fv(unsigned int, const float* v) { TexCoord2fv(v); }
-
-void TRenderCPU::MultiTexCoord2d(unsigned int, double s, double t) { TexCoord2d(s, t); }
-
-void TRenderCPU::MultiTexCoord2dv(unsigned int, const double* v) { TexCoord2dv(v); }
-
-void TRenderCPU::MultiTexCoord3f(unsigned int, float s, float t, float r) { TexCoord3f(s, t, r); }
-
-void TRenderCPU::MultiTexCoord3fv(unsigned int, const float* v) { TexCoord3fv(v); }
-
-void TRenderCPU::MultiTexCoord3d(unsigned int, double s, double t, double r) {
-  TexCoord3d(s, t, r);
+void TRenderCPU::MultiTexCoord2fv(unsigned int, const float* v) {
+  m_CurTexCoord = {v[0], v[1], 0, 1};
 }
 
-void TRenderCPU::MultiTexCoord3dv(unsigned int, const double* v) { TexCoord3dv(v); }
+void TRenderCPU::MultiTexCoord2d(unsigned int, double s, double t) { m_CurTexCoord = {s, t, 0, 1}; }
+
+void TRenderCPU::MultiTexCoord2dv(unsigned int, const double* v) {
+  m_CurTexCoord = {v[0], v[1], 0, 1};
+}
+
+void TRenderCPU::MultiTexCoord3f(unsigned int, float s, float t, float r) {
+  m_CurTexCoord = {s, t, r, 1};
+}
+
+void TRenderCPU::MultiTexCoord3fv(unsigned int, const float* v) {
+  m_CurTexCoord = {v[0], v[1], v[2], 1};
+}
+
+void TRenderCPU::MultiTexCoord3d(unsigned int, double s, double t, double r) {
+  m_CurTexCoord = {s, t, r, 1};
+}
+
+void TRenderCPU::MultiTexCoord3dv(unsigned int, const double* v) {
+  m_CurTexCoord = {v[0], v[1], v[2], 1};
+}
 
 // --- Vertex
 

@@ -214,35 +214,30 @@ void TRenderCPU::EnableLighting(bool on) { m_Lighting = on; }
 
 // --- The light model
 
-bool* TRenderCPU::_LightModelFlag(unsigned int pname) {
+void TRenderCPU::_SetLightModelFlag(unsigned int pname, bool on) {
   switch (pname) {
   case GL_LIGHT_MODEL_LOCAL_VIEWER:
-    return &m_LightModelLocalViewer;
+    m_LightModelLocalViewer = on;
+    break;
   case GL_LIGHT_MODEL_TWO_SIDE:
-    return &m_LightModelTwoSide;
+    m_LightModelTwoSide = on;
+    break;
   case GL_LIGHT_MODEL_COLOR_CONTROL:
-    return &m_LightModelColorControl;
+    m_LightModelColorControl = on;
+    break;
   default:
     _SetError(GL_INVALID_ENUM);
-    return nullptr;
+    break;
   }
 }
 
-void TRenderCPU::LightModeli(unsigned int pname, int v) {
-  if (bool* const flag = _LightModelFlag(pname)) {
-    *flag = v != 0;
-  }
-}
+void TRenderCPU::LightModeli(unsigned int pname, int v) { _SetLightModelFlag(pname, v != 0); }
 
-void TRenderCPU::LightModelf(unsigned int pname, float v) {
-  if (bool* const flag = _LightModelFlag(pname)) {
-    *flag = v != 0.0f;
-  }
-}
+void TRenderCPU::LightModelf(unsigned int pname, float v) { _SetLightModelFlag(pname, v != 0.0f); }
 
 void TRenderCPU::LightModeliv(unsigned int pname, const int* v) {
   if (pname != GL_LIGHT_MODEL_AMBIENT) {
-    LightModeli(pname, v[0]);
+    _SetLightModelFlag(pname, v[0] != 0);
     return;
   }
   constexpr double kScale = 4.656612875245797e-10; // 1/2147483647
@@ -251,7 +246,7 @@ void TRenderCPU::LightModeliv(unsigned int pname, const int* v) {
 
 void TRenderCPU::LightModelfv(unsigned int pname, const float* v) {
   if (pname != GL_LIGHT_MODEL_AMBIENT) {
-    LightModelf(pname, v[0]);
+    _SetLightModelFlag(pname, v[0] != 0.0f);
     return;
   }
   m_LightModelAmbient = Widened4(v);
@@ -320,7 +315,7 @@ void TRenderCPU::Fog(unsigned int pname, int v) {
   m_Fog.Mode = v;
 }
 
-void TRenderCPU::Fog(unsigned int pname, float v) {
+void TRenderCPU::_SetFogValue(unsigned int pname, float v) {
   switch (pname) {
   case GL_FOG_MODE:
     m_Fog.Mode = TruncI32(v);
@@ -340,12 +335,14 @@ void TRenderCPU::Fog(unsigned int pname, float v) {
   }
 }
 
+void TRenderCPU::Fog(unsigned int pname, float v) { _SetFogValue(pname, v); }
+
 void TRenderCPU::Fog(unsigned int pname, const float* v) {
   if (pname == GL_FOG_COLOR) {
     m_Fog.Color = Widened4(v);
     return;
   }
-  Fog(pname, v[0]);
+  _SetFogValue(pname, v[0]);
 }
 
 // --- Shading

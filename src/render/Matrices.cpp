@@ -145,7 +145,10 @@ void TRenderCPU::Ortho(double left, double right, double bottom, double top, dou
 
 // --- Rotation, scale, translation
 
-void TRenderCPU::Rotated(double angle, double x, double y, double z) {
+// All of these multiply by the virtual `MultMatrix` alone, so that a derived context sees each
+// change once.
+
+static MAT4<double> Rotation(double angle, double x, double y, double z) {
   const double s = x * x + y * y + z * z;
   double qx = 0.0;
   double qy = 0.0;
@@ -173,30 +176,40 @@ void TRenderCPU::Rotated(double angle, double x, double y, double z) {
     m[9] = k * qy * qz - k * qx * w;
     m[10] = 1.0 - (k * qx * qx + k * qy * qy);
   }
-  MultMatrix(m);
+  return m;
 }
 
-void TRenderCPU::Rotatef(float angle, float x, float y, float z) { Rotated(angle, x, y, z); }
+void TRenderCPU::Rotated(double angle, double x, double y, double z) {
+  MultMatrix(Rotation(angle, x, y, z));
+}
 
-void TRenderCPU::Scaled(double x, double y, double z) {
+void TRenderCPU::Rotatef(float angle, float x, float y, float z) {
+  MultMatrix(Rotation(angle, x, y, z));
+}
+
+static MAT4<double> Scale(double x, double y, double z) {
   MAT4<double> m = {};
   m[0] = x;
   m[5] = y;
   m[10] = z;
   m[15] = 1.0;
-  MultMatrix(m);
+  return m;
 }
 
-void TRenderCPU::Scalef(float x, float y, float z) { Scaled(x, y, z); }
+void TRenderCPU::Scaled(double x, double y, double z) { MultMatrix(Scale(x, y, z)); }
 
-void TRenderCPU::Translated(double x, double y, double z) {
+void TRenderCPU::Scalef(float x, float y, float z) { MultMatrix(Scale(x, y, z)); }
+
+static MAT4<double> Translation(double x, double y, double z) {
   MAT4<double> m = E4d;
   m[12] = x;
   m[13] = y;
   m[14] = z;
-  MultMatrix(m);
+  return m;
 }
 
-void TRenderCPU::Translatef(float x, float y, float z) { Translated(x, y, z); }
+void TRenderCPU::Translated(double x, double y, double z) { MultMatrix(Translation(x, y, z)); }
+
+void TRenderCPU::Translatef(float x, float y, float z) { MultMatrix(Translation(x, y, z)); }
 
 } // namespace Zx3D

@@ -48,34 +48,36 @@ void TRenderCPU::PixelStorei(unsigned int pname, int v) {
 }
 
 void TRenderCPU::RasterPos2i(int x, int y) {
-  RasterPos2d(static_cast<double>(x), static_cast<double>(y));
+  m_RasterPos = {static_cast<double>(x), static_cast<double>(y), 0, 1};
 }
 
-void TRenderCPU::RasterPos2iv(const int* v) { RasterPos2i(v[0], v[1]); }
+void TRenderCPU::RasterPos2iv(const int* v) {
+  m_RasterPos = {static_cast<double>(v[0]), static_cast<double>(v[1]), 0, 1};
+}
 
-void TRenderCPU::RasterPos2f(float x, float y) { RasterPos2d(x, y); }
+void TRenderCPU::RasterPos2f(float x, float y) { m_RasterPos = {x, y, 0, 1}; }
 
-void TRenderCPU::RasterPos2fv(const float* v) { RasterPos2d(v[0], v[1]); }
+void TRenderCPU::RasterPos2fv(const float* v) { m_RasterPos = {v[0], v[1], 0, 1}; }
 
 void TRenderCPU::RasterPos2d(double x, double y) { m_RasterPos = {x, y, 0, 1}; }
 
-void TRenderCPU::RasterPos2dv(const double* v) { RasterPos2d(v[0], v[1]); }
+void TRenderCPU::RasterPos2dv(const double* v) { m_RasterPos = {v[0], v[1], 0, 1}; }
 
 void TRenderCPU::RasterPos(const vec_t_<double, 2>& position) {
-  RasterPos2d(position.x, position.y);
+  m_RasterPos = {position.x, position.y, 0, 1};
 }
 
 void TRenderCPU::RasterPos3i(int x, int y, int z) {
-  RasterPos3d(static_cast<double>(x), static_cast<double>(y), static_cast<double>(z));
+  m_RasterPos = {static_cast<double>(x), static_cast<double>(y), static_cast<double>(z), 1};
 }
 
-void TRenderCPU::RasterPos3f(float x, float y, float z) { RasterPos3d(x, y, z); }
+void TRenderCPU::RasterPos3f(float x, float y, float z) { m_RasterPos = {x, y, z, 1}; }
 
-void TRenderCPU::RasterPos3fv(const float* v) { RasterPos3d(v[0], v[1], v[2]); }
+void TRenderCPU::RasterPos3fv(const float* v) { m_RasterPos = {v[0], v[1], v[2], 1}; }
 
 void TRenderCPU::RasterPos3d(double x, double y, double z) { m_RasterPos = {x, y, z, 1}; }
 
-void TRenderCPU::RasterPos3dv(const double* v) { RasterPos3d(v[0], v[1], v[2]); }
+void TRenderCPU::RasterPos3dv(const double* v) { m_RasterPos = {v[0], v[1], v[2], 1}; }
 
 void TRenderCPU::WindowPos2i(int x, int y) { m_WindowPos = {x, y}; }
 

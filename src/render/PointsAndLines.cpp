@@ -186,14 +186,18 @@ bool EndPixel(double x, double y, int* px, int* py) {
 
 } // namespace
 
-// Whether a line's pixel is on the surface and was not drawn last; it then counts as drawn.
-bool TRenderCPU::_TakeLinePixel(int x, int y) {
-  if (x < 0 || x >= m_Width || y < 0 || y >= m_Height || (x == m_LastPixelX && y == m_LastPixelY)) {
-    return false;
-  }
+// Whether a line's pixel is on the surface and was not drawn last.
+bool TRenderCPU::_IsLinePixel(int x, int y) const {
+  return x >= 0 && x < m_Width && y >= 0 && y < m_Height &&
+         !(x == m_LastPixelX && y == m_LastPixelY);
+}
+
+// The pixel becomes the last one whatever the tests made of it, but after its shader, which may
+// look where the line was before.
+void TRenderCPU::_DrawLinePixel(int x, int y, double t) {
+  RasterizePixel(x, y, &m_Span, t);
   m_LastPixelX = x;
   m_LastPixelY = y;
-  return true;
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
@@ -235,8 +239,8 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
     }
   }
   if (end[0][0] == end[1][0] && end[0][1] == end[1][1]) {
-    if (_TakeLinePixel(end[0][0], end[0][1])) {
-      RasterizePixel(end[0][0], end[0][1], &m_Span, 0.0);
+    if (_IsLinePixel(end[0][0], end[0][1])) {
+      _DrawLinePixel(end[0][0], end[0][1], 0.0);
     }
     return;
   }
@@ -269,10 +273,10 @@ void TRenderCPU::_WalkLine(const TLineWalk& walk) {
   long long error = -walk.Length;
   int at[2] = {walk.From[0], walk.From[1]};
   for (long long i = 0; i < walk.Length; ++i) {
-    if (_TakeLinePixel(at[0], at[1])) {
+    if (_IsLinePixel(at[0], at[1])) {
       double t = (at[major] - begin) / way;
       t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-      RasterizePixel(at[0], at[1], &m_Span, t);
+      _DrawLinePixel(at[0], at[1], t);
     }
     at[major] += walk.Step[major];
     error += 2 * walk.Aside;

@@ -20,6 +20,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 } // namespace Zx3D
 
 #else
+#include "QuietFloats-inl.h"
 #include "SpanLine-inl.h"
 #include "SpanTriangle-inl.h"
 #include "VertexBatch-inl.h"
@@ -28,9 +29,19 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-inline constexpr TSpanKernels kKernels = {DrawTriangleJob, DrawLineJob, TransformBatch,
-                                          JudgeTriangles,  JudgeLines,  PlacePoints,
-                                          PackColors};
+// A routine as it is called: what lanes beyond the last pixel or vertex raise stays within.
+template <auto kRoutine> struct TQuiet;
+template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
+  static HWY_ATTR void Call(TArgs... args) {
+    const TQuietFloats quiet;
+    kRoutine(args...);
+  }
+};
+
+inline constexpr TSpanKernels kKernels = {
+    TQuiet<DrawTriangleJob>::Call, TQuiet<DrawLineJob>::Call, TQuiet<TransformBatch>::Call,
+    TQuiet<JudgeTriangles>::Call,  TQuiet<JudgeLines>::Call,  TQuiet<PlacePoints>::Call,
+    TQuiet<PackColors>::Call};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

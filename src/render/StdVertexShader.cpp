@@ -33,6 +33,15 @@ void TStdVertexShaderCPU::Begin() {
     gl.m_VarTexCoord = texCoord;
   }
   gl.m_VarCount = texCoord + 1;
+  if (!gl.m_TexUnits[0].TexEnabled) {
+    // Nobody fills the last slot now, and each primitive scales it: what a texture left there would
+    // grow beyond all bounds.
+    for (TRenderCPU::VAR_DATA* const records : {gl.m_VarCur, gl.m_VarSaved}) {
+      for (int i = 0; i < 4; ++i) {
+        records[i].Slots[texCoord] = {0, 0, 0, 0};
+      }
+    }
+  }
 }
 
 void TStdVertexShaderCPU::End() {}
@@ -193,7 +202,8 @@ void TVertexLighting::AddSpot(const TLightTerms& terms) const {
     return;
   }
   const double c = dot(toVertex, light.SpotDirection);
-  if (!(c > 0.0) || !(light.SpotCutoffRad > std::acos(c))) {
+  // Above 1, as a vector of floats that was meant as a unit vector can make it, there is no angle.
+  if (!(c > 0.0 && c <= 1.0) || !(light.SpotCutoffRad > std::acos(c))) {
     return;
   }
   const double f = attenuation * std::pow(c, light.SpotExponent);

@@ -985,9 +985,14 @@ private:
   TDataSurface* _BoundTexture();
   bool _MayChangeTexture(unsigned int target);
   void _SetLightValue(TLight* light, unsigned int pname, float v);
-  bool* _LightModelFlag(unsigned int pname);
+  void _SetLightModelFlag(unsigned int pname, bool on);
+  void _SetFogValue(unsigned int pname, float v);
+  void _SetTexParameter(unsigned int target, unsigned int pname, int v);
+  void _SetClearColor(const vec_t_<double, 4>& color);
+  void _SetNormal(double x, double y, double z);
   void _UpdateSamplersOf(const TDataSurface* surface);
   void _SetUniform(int location, const double* values, int count);
+  void _SetUniform(int location, const float* values, int count);
   void _SetUniform(int location, const std::int32_t* values, int count);
   void _SetAttrib(int index, const vec_t_<double, 4>& value);
   void _Submit(double x, double y, double z, double w);
@@ -1010,7 +1015,8 @@ private:
   unsigned char* _DepthPixel(int x, int y) const;
   unsigned char* _StencilPixel(int x, int y) const;
   void _FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
-  bool _TakeLinePixel(int x, int y);
+  bool _IsLinePixel(int x, int y) const;
+  void _DrawLinePixel(int x, int y, double t);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool _MakeDefaultProgram();
   void _TakeSurfaces();

@@ -321,14 +321,16 @@ public:
   virtual void VertexPointer(int size, unsigned int type, int stride, const void* pointer) = 0;
 
   /// Replays `count` elements from `first` through the virtual `Begin`, `Vertex4dv` and `End`.
-  /// Nothing happens without an enabled array. The range is the caller's duty. Elements that lie in
-  /// a surface which is being drawn into may be read before or after it is written.
+  /// Nothing happens without an enabled array that has data, or with a count below 1. The range is
+  /// the caller's duty. Elements that lie in a surface which is being drawn into may be read before
+  /// or after it is written.
   virtual void DrawArrays(unsigned int mode, int first, int count) = 0;
 
   /// The same by indices of `GL_UNSIGNED_BYTE`, `GL_UNSIGNED_SHORT` or `GL_UNSIGNED_INT`, from
   /// memory or from the buffer bound to `GL_ELEMENT_ARRAY_BUFFER` at the offset `indices`.
-  /// `GL_INVALID_VALUE` for another type, or null indices without a buffer. Indices beyond the data
-  /// are the caller's duty to avoid.
+  /// `GL_INVALID_VALUE` for another type, or null indices without a buffer. A buffer that does not
+  /// hold `count` indices from the offset on is passed over. Indices beyond the data are the
+  /// caller's duty to avoid.
   virtual void DrawElements(unsigned int mode, int count, unsigned int type,
                             const void* indices) = 0;
 

@@ -281,15 +281,15 @@ TDataSurface* TRenderCPU::GetStencilSurface() { return m_StencilSurface; }
 
 // --- Clear values and masks
 
-void TRenderCPU::ClearColor(float r, float g, float b, float a) {
-  ClearColor(vec_t_<double, 4>{r, g, b, a});
-}
-
-void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) {
+void TRenderCPU::_SetClearColor(const vec_t_<double, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
-    m_ClearColor[i] = static_cast<unsigned char>(TruncI64(color[i] * 255.0 + 0.5));
+    m_ClearColor[i] = ByteOf(color[i]);
   }
 }
+
+void TRenderCPU::ClearColor(float r, float g, float b, float a) { _SetClearColor({r, g, b, a}); }
+
+void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { _SetClearColor(color); }
 
 void TRenderCPU::ClearColor(const vec_t_<float, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
@@ -332,6 +332,16 @@ static void ClearChannels(const DATASURFACE& surface, unsigned int mask,
   }
 }
 
+// Fills by the strides as drawing takes them: rows may go down in memory.
+static bool Fill(const DATASURFACE& surface, const void* value, unsigned long size) {
+  DATASURFACE upright = surface;
+  if (surface.RowStride < 0 && surface.Data != nullptr && surface.Height > 0) {
+    upright.Data += std::ptrdiff_t{surface.Height - 1} * surface.RowStride;
+    upright.RowStride = -surface.RowStride;
+  }
+  return ds::Fill(upright, value, size);
+}
+
 void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
   if (!m_Created) {
     _SetError(GL_INVALID_OPERATION);
@@ -342,13 +352,13 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
       if (m_ColorSurface->Data != nullptr) {
         ClearChannels(*m_ColorSurface, m_ColorMask, m_ClearColor);
       }
-    } else if (!ds::Fill(*m_ColorSurface, m_ClearColor, 4)) {
+    } else if (!Fill(*m_ColorSurface, m_ClearColor, 4)) {
       _SetError(GL_INVALID_OPERATION);
       return;
     }
   }
   if (depth && m_DepthMask && m_DepthSurface != nullptr &&
-      !ds::Fill(*m_DepthSurface, &m_ClearDepth, sizeof m_ClearDepth)) {
+      !Fill(*m_DepthSurface, &m_ClearDepth, sizeof m_ClearDepth)) {
     _SetError(GL_INVALID_OPERATION);
     return;
   }
@@ -357,10 +367,10 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
   }
   const auto mask = static_cast<unsigned char>(m_StencilWriteMask);
   if (mask == 255) {
-    if (!ds::Fill(*m_StencilSurface, &m_ClearStencil, 1)) {
+    if (!Fill(*m_StencilSurface, &m_ClearStencil, 1)) {
       _SetError(GL_INVALID_OPERATION);
     }
-  } else if (mask != 0) {
+  } else if (mask != 0 && m_StencilSurface->Data != nullptr) {
     const int value = m_ClearStencil & mask;
     ForEachPixel(*m_StencilSurface, [mask, value](unsigned char* s) {
       *s = static_cast<unsigned char>((*s & ~mask) | value);

@@ -449,7 +449,7 @@ bool TRenderCPU::_MayChangeTexture(unsigned int target) {
   return true;
 }
 
-void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
+void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v) {
   if (!_MayChangeTexture(target)) {
     return;
   }
@@ -474,13 +474,17 @@ void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
   }
 }
 
+void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
+  _SetTexParameter(target, pname, v);
+}
+
 void TRenderCPU::TexParameterf(unsigned int target, unsigned int pname, float v) {
-  TexParameteri(target, pname, TruncI32(v));
+  _SetTexParameter(target, pname, TruncI32(v));
 }
 
 void TRenderCPU::TexParameterfv(unsigned int target, unsigned int pname, const float* v) {
   if (pname != GL_TEXTURE_BORDER_COLOR) {
-    TexParameteri(target, pname, TruncI32(v[0]));
+    _SetTexParameter(target, pname, TruncI32(v[0]));
     return;
   }
   if (_MayChangeTexture(target)) {

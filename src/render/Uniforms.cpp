@@ -15,6 +15,14 @@ void TRenderCPU::_SetUniform(int location, const double* values, int count) {
   std::memcpy(&m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof(double));
 }
 
+void TRenderCPU::_SetUniform(int location, const float* values, int count) {
+  double wide[16];
+  for (int i = 0; i < count; ++i) {
+    wide[i] = values[i];
+  }
+  _SetUniform(location, wide, count);
+}
+
 void TRenderCPU::_SetUniform(int location, const std::int32_t* values, int count) {
   if (location < 0 || location >= kCells) {
     return;
@@ -29,7 +37,10 @@ void TRenderCPU::Uniform(int location, bool v) {
   }
 }
 
-void TRenderCPU::Uniform(int location, unsigned int v) { Uniform(location, static_cast<int>(v)); }
+void TRenderCPU::Uniform(int location, unsigned int v) {
+  const std::int32_t values[] = {static_cast<std::int32_t>(v)};
+  _SetUniform(location, values, 1);
+}
 
 void TRenderCPU::Uniform(int location, int v) {
   const std::int32_t values[] = {v};
@@ -52,22 +63,22 @@ void TRenderCPU::Uniform(int location, int x, int y, int z, int w) {
 }
 
 void TRenderCPU::Uniform(int location, float v) {
-  const double values[] = {v};
+  const float values[] = {v};
   _SetUniform(location, values, 1);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y) {
-  const double values[] = {x, y};
+  const float values[] = {x, y};
   _SetUniform(location, values, 2);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z) {
-  const double values[] = {x, y, z};
+  const float values[] = {x, y, z};
   _SetUniform(location, values, 3);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z, float w) {
-  const double values[] = {x, y, z, w};
+  const float values[] = {x, y, z, w};
   _SetUniform(location, values, 4);
 }
 
@@ -93,27 +104,31 @@ void TRenderCPU::Uniform(int location, double x, double y, double z, double w) {
 
 // --- Vectors and arrays
 
-void TRenderCPU::Uniform2(int location, const float* v) { Uniform(location, v[0], v[1]); }
+void TRenderCPU::Uniform2(int location, const float* v) { _SetUniform(location, v, 2); }
 
-void TRenderCPU::Uniform3(int location, const float* v) { Uniform(location, v[0], v[1], v[2]); }
+void TRenderCPU::Uniform3(int location, const float* v) { _SetUniform(location, v, 3); }
 
-void TRenderCPU::Uniform4(int location, const float* v) {
-  Uniform(location, v[0], v[1], v[2], v[3]);
+void TRenderCPU::Uniform4(int location, const float* v) { _SetUniform(location, v, 4); }
+
+void TRenderCPU::Uniform(int location, const vec_t_<float, 2>& v) {
+  _SetUniform(location, &v.x, 2);
 }
-
-void TRenderCPU::Uniform(int location, const vec_t_<float, 2>& v) { Uniform2(location, &v.x); }
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 2>& v) {
   _SetUniform(location, &v.x, 2);
 }
 
-void TRenderCPU::Uniform(int location, const vec_t_<float, 3>& v) { Uniform3(location, &v.x); }
+void TRenderCPU::Uniform(int location, const vec_t_<float, 3>& v) {
+  _SetUniform(location, &v.x, 3);
+}
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 3>& v) {
   _SetUniform(location, &v.x, 3);
 }
 
-void TRenderCPU::Uniform(int location, const vec_t_<float, 4>& v) { Uniform4(location, &v.x); }
+void TRenderCPU::Uniform(int location, const vec_t_<float, 4>& v) {
+  _SetUniform(location, &v.x, 4);
+}
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 4>& v) {
   _SetUniform(location, &v.x, 4);
@@ -121,23 +136,11 @@ void TRenderCPU::Uniform(int location, const vec_t_<double, 4>& v) {
 
 // --- Matrices, running on over the cells
 
-void TRenderCPU::Uniform(int location, const MAT3<float>& m) {
-  double values[9];
-  for (std::size_t i = 0; i < 9; ++i) {
-    values[i] = m[i];
-  }
-  _SetUniform(location, values, 9);
-}
+void TRenderCPU::Uniform(int location, const MAT3<float>& m) { _SetUniform(location, m.m, 9); }
 
 void TRenderCPU::Uniform(int location, const MAT3<double>& m) { _SetUniform(location, m.m, 9); }
 
-void TRenderCPU::Uniform(int location, const MAT4<float>& m) {
-  double values[16];
-  for (std::size_t i = 0; i < 16; ++i) {
-    values[i] = m[i];
-  }
-  _SetUniform(location, values, 16);
-}
+void TRenderCPU::Uniform(int location, const MAT4<float>& m) { _SetUniform(location, m.m, 16); }
 
 void TRenderCPU::Uniform(int location, const MAT4<double>& m) { _SetUniform(location, m.m, 16); }
 

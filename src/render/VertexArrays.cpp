@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include "ErrorCodes-inl.h"
+#include "QuietFloats-inl.h"
 #include "SpanJob.h"
 #include "VertexFetch-inl.h"
 #include "VertexReplay.h"
@@ -71,10 +72,13 @@ void TRenderCPU::_VertexAttribPointer(TVertexAttribPointer* p, int size, unsigne
   p->Pointer = pointer;
   p->Data = static_cast<const unsigned char*>(pointer);
   if (m_BufferBindings[0] != 0) {
+    // An offset into a buffer that has no contents is no address: the array has no data.
     const TBuffer* const buffer = _BufferNamed(m_BufferBindings[0]);
-    const auto base = buffer != nullptr ? reinterpret_cast<std::uintptr_t>(buffer->Data.data()) : 0;
-    p->Data =
-        reinterpret_cast<const unsigned char*>(base + reinterpret_cast<std::uintptr_t>(pointer));
+    p->Data = buffer == nullptr || buffer->Data.empty()
+                  ? nullptr
+                  : reinterpret_cast<const unsigned char*>(
+                        reinterpret_cast<std::uintptr_t>(buffer->Data.data()) +
+                        reinterpret_cast<std::uintptr_t>(pointer));
   }
   p->GetValue = s_AttrGetVals[static_cast<std::size_t>(family * 4 + size - 1)];
 }
@@ -259,10 +263,21 @@ void TRenderCPU::_ClearVertexArrays() {
 
 // --- Drawing
 
+// Whether a fetching function is one of the table and not a caller's own.
+static bool IsOwnFetch(TRenderCPU::TAttrGetVal getValue) {
+  const auto& own = TRenderCPU::s_AttrGetVals;
+  return std::find(own.begin(), own.end(), getValue) != own.end();
+}
+
+// Without data only a caller's own function has something to fetch.
+static bool HasElements(const TRenderCPU::TVertexAttribPointer& p) {
+  return p.Data != nullptr || (p.GetValue != nullptr && !IsOwnFetch(p.GetValue));
+}
+
 unsigned long TRenderCPU::_PrepareAttrValues(TAttrValue* out, unsigned long max) {
   unsigned long count = 0;
   const auto add = [out, max, &count](const TVertexAttribPointer& p, vec_t_<double, 4>* value) {
-    if (p.Enabled && p.Data != nullptr && count < max) {
+    if (p.Enabled && HasElements(p) && count < max) {
       out[count++] = {&p, value};
     }
   };
@@ -279,6 +294,20 @@ unsigned long TRenderCPU::_PrepareAttrValues(TAttrValue* out, unsigned long max)
 namespace {
 
 constexpr unsigned long kMaxAttrValues = 12;
+
+// Bytes of an index; 0 for a type that indices don't have.
+std::size_t IndexSize(unsigned int type) {
+  switch (type) {
+  case GL_UNSIGNED_BYTE:
+    return 1;
+  case GL_UNSIGNED_SHORT:
+    return 2;
+  case GL_UNSIGNED_INT:
+    return 4;
+  default:
+    return 0;
+  }
+}
 
 template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long i) {
   TIndex index;
@@ -367,7 +396,13 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
     return;
   }
   Begin(mode);
-  if (_MayReplayDirectly()) {
+  // What a caller's own function does is not known: it is called for each vertex, and may change
+  // any state.
+  const bool ownFetches = std::all_of(values, values + valueCount, [](const TAttrValue& value) {
+    return IsOwnFetch(value.Pointer->GetValue);
+  });
+  if (ownFetches && _MayReplayDirectly()) {
+    const TQuietFloats quiet(TQuietFloats::TScope::Draw);
     TSpanJob job;
     // Whatever a function that a caller put in place may throw, the job does not outlive this call.
     const struct TJobScope {
@@ -395,7 +430,7 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
 }
 
 void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
-  if (count == 0) {
+  if (count < 1) {
     return;
   }
   _Replay(mode, count, false,
@@ -404,34 +439,34 @@ void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
 
 void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
                               const void* indices) {
-  if (count == 0) {
+  if (count < 1) {
+    return;
+  }
+  const std::size_t size = IndexSize(type);
+  if (size == 0 || (m_BufferBindings[1] == 0 && indices == nullptr)) {
+    _SetError(GL_INVALID_VALUE);
     return;
   }
   const auto* base = static_cast<const unsigned char*>(indices);
   if (m_BufferBindings[1] != 0) {
+    // A buffer that doesn't hold the indices is passed over, as arrays without data are.
     const TBuffer* const buffer = _BufferNamed(m_BufferBindings[1]);
-    if (buffer == nullptr) {
+    const auto offset = reinterpret_cast<std::uintptr_t>(indices);
+    if (buffer == nullptr || offset > buffer->Data.size() ||
+        (buffer->Data.size() - offset) / size < static_cast<std::size_t>(count)) {
       return;
     }
-    base = reinterpret_cast<const unsigned char*>(
-        reinterpret_cast<std::uintptr_t>(buffer->Data.data()) +
-        reinterpret_cast<std::uintptr_t>(indices));
-  } else if (indices == nullptr) {
-    _SetError(GL_INVALID_VALUE);
-    return;
+    base = buffer->Data.data() + offset;
   }
-  switch (type) {
-  case GL_UNSIGNED_BYTE:
+  switch (size) {
+  case 1:
     _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
     break;
-  case GL_UNSIGNED_SHORT:
+  case 2:
     _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
     break;
-  case GL_UNSIGNED_INT:
-    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
-    break;
   default:
-    _SetError(GL_INVALID_VALUE);
+    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
     break;
   }
 }

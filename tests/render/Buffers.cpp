@@ -1,5 +1,8 @@
+#include <climits>
 #include <functional>
 #include <vector>
+
+#include <unistd.h>
 
 #include "StateChecks.h"
 
@@ -280,6 +283,23 @@ TEST(Buffers, TheNamedFormsWorkById) {
   EXPECT_TRUE(r->UnmapNamedBuffer(2));
   EXPECT_FALSE(r->m_Buffers[1]->Mapped);
   EXPECT_TRUE(r->m_Buffers[0]->Data.empty());
+}
+
+TEST(Buffers, ASizeBeyondAnIntIsTheLargestInt) {
+  constexpr long kSize = 1L << 31;
+  const long available = sysconf(_SC_AVPHYS_PAGES) * sysconf(_SC_PAGESIZE);
+  if (available < 2 * kSize) {
+    GTEST_SKIP() << "too little memory for a buffer of 2 GiB";
+  }
+  TScene s;
+  unsigned int id = 0;
+  s->GenBuffers(1, &id);
+  s->BindBuffer(GL_ARRAY_BUFFER, id);
+  s->BufferData(GL_ARRAY_BUFFER, kSize, nullptr, GL_STATIC_DRAW);
+  int size = 0;
+  s->GetBufferParameter(GL_ARRAY_BUFFER, GL_BUFFER_SIZE, &size);
+  EXPECT_EQ(INT_MAX, size);
+  EXPECT_EQ(0u, s->GetError());
 }
 
 TEST(Buffers, TheNamedFormsDoNothingForAnUnknownId) {

@@ -232,6 +232,41 @@ TEST_F(PointsAndLines, ADegenerateLineIsSkippedOnTheLastPixel) {
   EXPECT_EQ((TCells{{3, 3}}), Take());
 }
 
+/// Notes where the last pixel is while a shader runs.
+class TLastPixelShader : public Zx3D::TFragmentShaderCPU {
+public:
+  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
+  void Begin() override {}
+  void End() override {}
+  bool Execute(Zx3D::TRenderCPU::VAR_DATA*, Zx3D::TRenderCPU::FS_DATA* f) override {
+    Last.emplace_back(m_Render->m_LastPixelX, m_Render->m_LastPixelY);
+    f->Color = {1, 1, 1, 1};
+    return !Discard;
+  }
+  bool IsCalcDepth() const override { return false; }
+
+  bool Discard = false;
+  TCells Last;
+};
+
+TEST_F(PointsAndLines, APixelIsTheLastOneOnceItsShaderHasRun) {
+  const THeld<TLastPixelShader> shader;
+  m_Scene->_SetFragmentShader(shader.Get());
+  for (const bool discard : {false, true}) {
+    shader->Discard = discard;
+    shader->Last.clear();
+    m_Scene->Begin(GL_LINE_STRIP);
+    m_Scene->Vertex2d(Clip(2, 16), Clip(2, 8));
+    m_Scene->Vertex2d(Clip(5, 16), Clip(2, 8)); // (2, 2), (3, 2), (4, 2)
+    m_Scene->Vertex2d(Clip(5, 16), Clip(4, 8)); // (5, 2), (5, 3)
+    m_Scene->Vertex2d(Clip(5, 16), Clip(4, 8)); // (5, 4), a line of one pixel
+    m_Scene->End();
+    EXPECT_EQ((TCells{{-1, -1}, {2, 2}, {3, 2}, {4, 2}, {5, 2}, {5, 3}}), shader->Last);
+    EXPECT_EQ(5, m_Scene->m_LastPixelX);
+    EXPECT_EQ(4, m_Scene->m_LastPixelY);
+  }
+}
+
 TEST_F(PointsAndLines, ADegenerateLineOffTheSurfaceIsNothing) {
   // At the very right and top edge the window position rounds to the column or row past the last.
   m_Scene->Begin(GL_LINES);

@@ -323,4 +323,80 @@ TEST(CustomShaders, ReadsUniformsAndAttributesFromTheContext) {
   EXPECT_EQ((TPixel{255, 128, 0, 255}), s.Color(1, 2));
 }
 
+// --- Shaders without a created context
+
+TEST(ShadersWithoutCreate, AreGivenBackWhenTheContextGoes) {
+  THeld<TPassVertexShader> vertex;
+  THeld<TSeeingFragmentShader> fragment;
+  {
+    TRenderCPU r;
+    r._SetVertexShader(vertex.Get());
+    r._SetFragmentShader(fragment.Get());
+    EXPECT_EQ(&r, vertex->m_Render);
+    EXPECT_EQ(2u, vertex->GetRefCount());
+    EXPECT_EQ(2u, fragment->GetRefCount());
+  }
+  EXPECT_EQ(nullptr, vertex->m_Render);
+  EXPECT_EQ(nullptr, fragment->m_Render);
+  EXPECT_EQ(1u, vertex->GetRefCount());
+  EXPECT_EQ(1u, fragment->GetRefCount());
+}
+
+TEST(ShadersWithoutCreate, AreGivenBackWhenTheyCameAfterDestroy) {
+  THeld<TPassVertexShader> vertex;
+  THeld<TSeeingFragmentShader> fragment(true);
+  {
+    TScene s;
+    s->Destroy();
+    s->_SetVertexShader(vertex.Get());
+    s->_SetFragmentShader(fragment.Get());
+    EXPECT_TRUE(s->m_CalcDepth);
+  }
+  EXPECT_EQ(nullptr, vertex->m_Render);
+  EXPECT_EQ(nullptr, fragment->m_Render);
+  EXPECT_EQ(1u, vertex->GetRefCount());
+  EXPECT_EQ(1u, fragment->GetRefCount());
+}
+
+TEST(ShadersWithoutCreate, AreGivenBackByDestroyItself) {
+  THeld<TPassVertexShader> vertex;
+  THeld<TSeeingFragmentShader> fragment(true);
+  TRenderCPU r;
+  r._SetVertexShader(vertex.Get());
+  r._SetFragmentShader(fragment.Get());
+  r.Destroy();
+  EXPECT_EQ(nullptr, vertex->m_Render);
+  EXPECT_EQ(nullptr, r.m_VertexShader);
+  EXPECT_EQ(nullptr, r.m_FragmentShader);
+  EXPECT_FALSE(r.m_CalcDepth);
+  EXPECT_EQ(1u, vertex->GetRefCount());
+  EXPECT_EQ(1u, fragment->GetRefCount());
+}
+
+// Its default program takes their place.
+TEST(ShadersWithoutCreate, AreReplacedByCreate) {
+  THeld<TPassVertexShader> vertex;
+  TRenderCPU r;
+  r._SetVertexShader(vertex.Get());
+  ASSERT_TRUE(r.Create(2, 2, nullptr));
+  EXPECT_EQ(nullptr, vertex->m_Render);
+  EXPECT_EQ(1u, vertex->GetRefCount());
+  EXPECT_EQ(r.m_StdVertexShader, r.m_VertexShader);
+}
+
+TEST(ShadersWithoutCreate, OfAProgramAreGivenBackAsWell) {
+  THeld<TPassVertexShader> vertex;
+  THeld<TProgramCPU> program;
+  program->SetShaderV(vertex.Get());
+  {
+    TScene s;
+    s->Destroy();
+    s->SetProgram(program.Get());
+    EXPECT_EQ(s.Get(), vertex->m_Render);
+  }
+  EXPECT_EQ(nullptr, vertex->m_Render);
+  EXPECT_EQ(1u, program->GetRefCount());
+  EXPECT_EQ(2u, vertex->GetRefCount()); // the program's and ours
+}
+
 } // namespace
