@@ -87,8 +87,12 @@ TEST(Limits, AreTheFiniteOnes) {
   EXPECT_EQ(zx_min_value<unsigned char>(), 0);
 }
 
-// Uses enough of a copy of the library to bind what it exports, and closes it.
+// A copy in a namespace of its own binds what it exports to itself, as a library that a program
+// opens.
 TEST(ZxBaseKitModule, CanBeUnloaded) {
+#ifdef __SANITIZE_ADDRESS__
+  GTEST_SKIP() << "the sanitizer takes a second copy of a library for a mistake";
+#endif
   Dl_info about = {};
   ASSERT_NE(dladdr(reinterpret_cast<void*>(&Init_ZxBaseKit), &about), 0);
   const std::filesystem::path copy =
@@ -100,7 +104,7 @@ TEST(ZxBaseKitModule, CanBeUnloaded) {
     const std::string text(std::istreambuf_iterator<char>(maps), {});
     return text.find(copy.string()) != std::string::npos;
   };
-  void* library = dlopen(copy.c_str(), RTLD_NOW | RTLD_LOCAL);
+  void* library = dlmopen(LM_ID_NEWLM, copy.c_str(), RTLD_NOW | RTLD_LOCAL);
   ASSERT_NE(library, nullptr) << dlerror();
   EXPECT_TRUE(isMapped());
   EXPECT_EQ(dlclose(library), 0);

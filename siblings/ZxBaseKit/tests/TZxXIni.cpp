@@ -146,6 +146,13 @@ TEST(TZxXIni, WritesTheFewestDigitsThatReadBack) {
   }
 }
 
+class TCommaPunctuation : public std::numpunct<char> {
+protected:
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
 TEST(TZxXIni, NoLocaleHasASay) {
   const std::vector<double> values = {0.5, -1234567.25, 1e300, 5e-324, 1.0 / 3};
   const auto write = [&] {
@@ -177,7 +184,8 @@ TEST(TZxXIni, NoLocaleHasASay) {
   EXPECT_EQ(write(), underC);
   check(underC);
   // Streams follow a locale of their own.
-  const std::locale before = std::locale::global(std::locale("de_DE.UTF-8"));
+  const std::locale before =
+      std::locale::global(std::locale(std::locale::classic(), new TCommaPunctuation));
   EXPECT_EQ(write(), underC);
   check(underC);
   std::locale::global(before);

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <langinfo.h>
 #include <locale.h>
 #include <new>
 
@@ -31,6 +32,11 @@ bool HasWideCharacters(const char* format) {
   return false;
 }
 
+// Whether the locale in force writes numbers as "C" does.
+bool IsNumericC() {
+  return std::strcmp(nl_langinfo(RADIXCHAR), ".") == 0 && *nl_langinfo(THOUSEP) == '\0';
+}
+
 // The locale in force, but with the numbers of "C"; null where it can't be made.
 locale_t MakeNumericC() {
   const locale_t copy = duplocale(uselocale(nullptr));
@@ -48,9 +54,12 @@ locale_t MakeNumericC() {
 // can be had the host's stays in force.
 class TNumericCLocale {
 public:
-  explicit TNumericCLocale(const char* format)
-      : m_Made(HasWideCharacters(format) ? MakeNumericC() : nullptr) {
-    const locale_t wanted = m_Made != nullptr ? m_Made : CLocale();
+  explicit TNumericCLocale(const char* format) {
+    locale_t wanted = CLocale();
+    if (HasWideCharacters(format)) {
+      m_Made = IsNumericC() ? nullptr : MakeNumericC();
+      wanted = m_Made;
+    }
     m_Previous = wanted != nullptr ? uselocale(wanted) : nullptr;
   }
   ~TNumericCLocale() {
@@ -65,8 +74,8 @@ public:
   TNumericCLocale& operator=(const TNumericCLocale&) = delete;
 
 private:
-  locale_t m_Made; // of its own; most formats do without
-  locale_t m_Previous;
+  locale_t m_Made = nullptr; // of its own; most formats do without
+  locale_t m_Previous = nullptr;
 };
 
 // What `vsnprintf` returned, with exhausted memory told apart from a refused format.
