@@ -1,7 +1,9 @@
-# The front door: each target sets up what it needs by itself on Debian 12.
+# The front door: each target sets up what it needs by itself on Debian 12 and 13. What a target is about to
+# do, and which packages it would install first, it prints before anything else.
 #
-#   make demo           draw real models into demo-out/ and an index.html that shows them
+#   make, make demo     draw real models into demo-out/ and an index.html that shows them
 #   make test           build and test, plain and under the sanitizers
+#   make test-arm64     the same for arm64 under qemu, and that both compute the same bits
 #   make bench          time the library; make bench-rivals compares it with OSMesa
 #   make fuzz           fuzz each target for FUZZ_SECONDS
 #   make install        install into PREFIX (/usr/local), under DESTDIR if given
@@ -13,15 +15,19 @@ DEMO_OUT ?= demo-out
 FUZZ_SECONDS ?= 60
 
 .DEFAULT_GOAL := demo
-.PHONY: demo test bench bench-rivals fuzz install clean
+.PHONY: demo test test-arm64 bench bench-rivals fuzz install clean help
 
 demo:
+	@scripts/announce.sh "build demo" "build the library and zxrender in build/release" \
+	  "draw models and examples into $(DEMO_OUT)/; $(DEMO_OUT)/index.html will show the pictures"
 	scripts/install-packages.sh build demo
 	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	cmake --build --preset release -j $(JOBS)
 	scripts/run-demo.sh build/release/bin $(DEMO_OUT)
 
 test:
+	@scripts/announce.sh "build test demo" "build and test in build/release" \
+	  "build and test once more under the sanitizers, in build/asan"
 	scripts/install-packages.sh build test demo
 	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
 	cmake --build --preset release -j $(JOBS)
@@ -30,29 +36,43 @@ test:
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan -j $(JOBS)
 
+test-arm64:
+	@scripts/announce.sh "build test demo arm64" "build for this machine in build/release and for arm64 in build/arm64" \
+	  "run the arm64 build under qemu and compare what it computes with this machine's"
+	JOBS=$(JOBS) scripts/test-arm64.sh
+
 bench:
+	@scripts/announce.sh "build bench" "build the benchmarks in build/bench and run them"
 	scripts/install-packages.sh build bench
 	cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=OFF -DZX_BUILD_BENCH=ON
 	cmake --build build/bench -j $(JOBS)
 	scripts/run-bench.sh build/bench/bin
 
 bench-rivals:
+	@scripts/announce.sh "build bench rivals" "build the comparison with OSMesa in build/bench and run it"
 	scripts/install-packages.sh build bench rivals
 	cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=OFF -DZX_BUILD_BENCH=ON -DZX_BUILD_RIVALS=ON
 	cmake --build build/bench -j $(JOBS)
 	build/bench/bin/bench_rivals
 
 fuzz:
+	@scripts/announce.sh "build fuzz" "build the fuzz targets with clang in build/fuzz" \
+	  "run each of them for $(FUZZ_SECONDS) s"
 	scripts/install-packages.sh build fuzz
-	CXX=clang++-14 cmake -S . -B build/fuzz -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=OFF -DZX_BUILD_FUZZ=ON
-	cmake --build build/fuzz -j $(JOBS)
+	cmake --preset fuzz
+	cmake --build --preset fuzz -j $(JOBS)
 	scripts/run-fuzz.sh build/fuzz/bin $(FUZZ_SECONDS)
 
 install:
+	@scripts/announce.sh "build" "build the library and zxrender in build/install" \
+	  "install them into $(DESTDIR)$(PREFIX)"
 	scripts/install-packages.sh build
 	cmake -S . -B build/install -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=$(PREFIX) -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	cmake --build build/install -j $(JOBS)
 	DESTDIR=$(DESTDIR) cmake --install build/install
+
+help:
+	@sed -n 's/^#   //p' Makefile
 
 clean:
 	rm -rf build demo-out

@@ -1,6 +1,6 @@
 # Flags and target shapes that every directory of the project shares.
 
-if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
   set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
@@ -10,9 +10,9 @@ set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_CXX_VISIBILITY_PRESET hidden)
 set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/bin")
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${CMAKE_BINARY_DIR}/lib")
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
 # Pixels and results are pinned to the last bit: a product and a sum are two roundings, everywhere.
 add_compile_options(-ffp-contract=off)
@@ -26,7 +26,7 @@ endif()
 
 if(ZX_BUILD_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
-    message(FATAL_ERROR "ZX_BUILD_FUZZ needs clang: -DCMAKE_CXX_COMPILER=clang++-14")
+    message(FATAL_ERROR "ZX_BUILD_FUZZ needs clang: -DCMAKE_CXX_COMPILER=clang++")
   endif()
   add_compile_options(-fsanitize=fuzzer-no-link,address,undefined -fno-sanitize-recover=undefined
                       -fno-omit-frame-pointer)
@@ -36,9 +36,14 @@ endif()
 set(ZX_WARNINGS -Wall -Wextra -Wconversion)
 
 # One include root for the build that looks like the installed one: <ZxCore3D/group/Name.h>.
-set(ZX_INCLUDE_ROOT "${CMAKE_BINARY_DIR}/include")
+set(ZX_INCLUDE_ROOT "${PROJECT_BINARY_DIR}/include")
 file(MAKE_DIRECTORY "${ZX_INCLUDE_ROOT}")
-file(CREATE_LINK "${CMAKE_SOURCE_DIR}/src" "${ZX_INCLUDE_ROOT}/ZxCore3D" SYMBOLIC)
+file(CREATE_LINK "${PROJECT_SOURCE_DIR}/src" "${ZX_INCLUDE_ROOT}/ZxCore3D" SYMBOLIC)
+
+# zx_version(NAME): file name and soname of a library, from the one place that states the version.
+function(zx_version name)
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+endfunction()
 
 # zx_sibling(NAME [DEPENDS lib...]): a shared library from include/NAME and src/, with its tests.
 function(zx_sibling name)
@@ -52,11 +57,13 @@ function(zx_sibling name)
     "$<BUILD_INTERFACE:${CMAKE_CURRENT_SOURCE_DIR}/include>"
     "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
-  set_target_properties(${name} PROPERTIES VERSION 1.0.0 SOVERSION 1)
-  install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/include/${name}"
-          DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
-  install(TARGETS ${name} EXPORT ZxCore3DTargets
-          LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  zx_version(${name})
+  if(ZX_INSTALL)
+    install(DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}/include/${name}"
+            DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" FILES_MATCHING PATTERN "*.h")
+    install(TARGETS ${name} EXPORT ZxCore3DTargets
+            LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  endif()
 endfunction()
 
 # zx_room(NAME LIBS lib...): the objects of one directory of src/, which tests can link one by one.

@@ -15,20 +15,20 @@ set(ZX_PRIVATE_HEADERS
   "-inl\\.h$|/ZxModule_Initializer\\.h$|/Numbers\\.h$|/NullName\\.h$|/ObjectAccess\\.h$|/Trace\\.h$|/StreamAccess\\.h$"
   "|/TVariantWords\\.h$|/TextScan\\.h$|/FileNameScan\\.h$|/Span[A-Za-z]*\\.h$|/Vertex[A-Za-z]*\\.h$|/private/")
 string(REPLACE ";" "" ZX_PRIVATE_HEADERS "${ZX_PRIVATE_HEADERS}")
-install(DIRECTORY "${CMAKE_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ZxCore3D"
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ZxCore3D"
         FILES_MATCHING PATTERN "*.h" REGEX "${ZX_PRIVATE_HEADERS}" EXCLUDE)
 
 install(EXPORT ZxCore3DTargets NAMESPACE ZxCore3D::
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
-configure_package_config_file("${CMAKE_SOURCE_DIR}/cmake/ZxCore3DConfig.cmake.in"
-  "${CMAKE_BINARY_DIR}/ZxCore3DConfig.cmake"
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/ZxCore3DConfig.cmake.in"
+  "${PROJECT_BINARY_DIR}/ZxCore3DConfig.cmake"
   INSTALL_DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
-write_basic_package_version_file("${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
   COMPATIBILITY SameMajorVersion)
-install(FILES "${CMAKE_BINARY_DIR}/ZxCore3DConfig.cmake"
-              "${CMAKE_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
+install(FILES "${PROJECT_BINARY_DIR}/ZxCore3DConfig.cmake"
+              "${PROJECT_BINARY_DIR}/ZxCore3DConfigVersion.cmake"
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")
 file(RELATIVE_PATH ZX_PC_TO_PREFIX "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" ZX_PC_TO_PREFIX "${ZX_PC_TO_PREFIX}")
-configure_file("${CMAKE_SOURCE_DIR}/cmake/ZxCore3D.pc.in" "${CMAKE_BINARY_DIR}/ZxCore3D.pc" @ONLY)
-install(FILES "${CMAKE_BINARY_DIR}/ZxCore3D.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+configure_file("${PROJECT_SOURCE_DIR}/cmake/ZxCore3D.pc.in" "${PROJECT_BINARY_DIR}/ZxCore3D.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/ZxCore3D.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")

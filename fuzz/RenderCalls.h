@@ -633,14 +633,14 @@ private:
     case 2:
     case 3:
       if (Span(m_R->m_PixelUnpack, width, height, m_R->m_WindowPos.x, m_R->m_WindowPos.y, 4) <
-          static_cast<long double>(s_MemorySize / 2)) {
+          static_cast<double>(s_MemorySize / 2)) {
         m_R->DrawPixels(width, height, PixelFormat(), PixelType(),
                         s_Memory.data() + s_MemorySize / 2);
       }
       break;
     default:
       if (Span(m_R->m_PixelPack, width, height, x, y, 512) <
-          static_cast<long double>(sizeof(s_Room) / 2)) {
+          static_cast<double>(sizeof(s_Room) / 2)) {
         m_R->ReadPixels(x, y, width, height, 6408, 5121, s_Room + sizeof(s_Room) / 2);
       }
       break;
@@ -648,11 +648,11 @@ private:
   }
   /// A bound of how far from the given address a transfer reaches in the caller's memory; in
   /// floating point, where nothing overflows.
-  static long double Span(const TRenderCPU::TPixelStore& store, int width, int height, int x, int y,
-                          int surfaceStep) {
-    const auto abs = [](long double v) { return v < 0 ? -v : v; };
-    const long double step = 8 + abs(store.Alignment);
-    const long double row = step * (abs(store.RowLength) + abs(width)) + 40.0L * 40 * surfaceStep;
+  static double Span(const TRenderCPU::TPixelStore& store, int width, int height, int x, int y,
+                     int surfaceStep) {
+    const auto abs = [](double v) { return v < 0 ? -v : v; };
+    const double step = 8 + abs(store.Alignment);
+    const double row = step * (abs(store.RowLength) + abs(width)) + 40.0 * 40 * surfaceStep;
     return row * (abs(height) + abs(y) + abs(store.SkipRows) + 1) +
            (step + surfaceStep) * (abs(width) + abs(x) + abs(store.SkipRows) + 1);
   }

@@ -27,10 +27,11 @@ public:
   unsigned int Below(unsigned int n) { return Byte() % n; }
 
   template <class T> T Raw() {
-    std::uint8_t bytes[sizeof(T)];
-    for (std::uint8_t& b : bytes) {
-      b = static_cast<std::uint8_t>(Byte());
-    }
+    std::uint8_t bytes[sizeof(T)] = {}; // zeros where the input has ended
+    const auto rest = static_cast<std::size_t>(m_End - m_At);
+    const std::size_t count = rest < sizeof(T) ? rest : sizeof(T);
+    std::memcpy(bytes, m_At, count);
+    m_At += count;
     T value;
     std::memcpy(&value, bytes, sizeof(T));
     return value;

@@ -1,10 +1,21 @@
 #!/bin/sh
 # Installs the Debian packages that the named groups need and the system lacks; without any missing it
-# asks for no rights and no network.
+# asks for no rights and no network. Where a package's name differs from one suite to the next, a name
+# stands for the first of its alternatives (one|other) that is installed or that apt knows.
 #
-#   scripts/install-packages.sh build test demo bench rivals fuzz
+#   scripts/install-packages.sh build test demo bench rivals fuzz qt6 arm64
+#   scripts/install-packages.sh --list build demo     only says which are missing
+
+# Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
+# the system's own, which not every system allows.
 
 set -eu
+
+list_only=""
+if [ "${1-}" = --list ]; then
+  list_only=yes
+  shift
+fi
 
 packages=""
 for group in "$@"; do
@@ -17,23 +28,40 @@ for group in "$@"; do
     demo) packages="$packages assimp-testmodels" ;;
     bench) packages="$packages libbenchmark-dev libeigen3-dev libboost-serialization-dev" ;;
     rivals) packages="$packages libosmesa6-dev" ;;
-    fuzz) packages="$packages clang-14 libclang-rt-14-dev" ;;
+    arm64)
+      packages="$packages g++-aarch64-linux-gnu qemu-user-static qtbase5-dev:arm64 libpng-dev:arm64"
+      packages="$packages libjpeg62-turbo-dev:arm64 libstb-dev:arm64 libtomlplusplus-dev:arm64 libhwy-dev:arm64"
+      packages="$packages libassimp-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64"
+      ;;
+    qt6) packages="$packages qt6-base-dev" ;;
+    fuzz) packages="$packages clang libclang-rt-14-dev|libclang-rt-19-dev" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, qt6, arm64)" >&2
       exit 2
       ;;
   esac
 done
 
+installed() {
+  case "$(dpkg-query -W -f='${Status}' "$1" 2>/dev/null || true)" in
+    *" installed") return 0 ;;
+  esac
+  return 1
+}
+
 missing=""
 for package in $packages; do
-  status=$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null || true)
-  case "$status" in
-    *" installed") ;;
-    *) missing="$missing $package" ;;
-  esac
+  found=""
+  for name in $(echo "$package" | tr '|' ' '); do
+    installed "$name" && found=yes && break
+  done
+  [ -n "$found" ] || missing="$missing $package"
 done
 [ -n "$missing" ] || exit 0
+if [ -n "$list_only" ]; then
+  echo "${missing# }"
+  exit 0
+fi
 
 as_root=""
 if [ "$(id -u)" -ne 0 ]; then
@@ -44,7 +72,26 @@ if [ "$(id -u)" -ne 0 ]; then
   fi
   as_root="sudo"
 fi
-echo "Installing:$missing"
+case "$missing" in
+  *:arm64*) dpkg --print-foreign-architectures | grep -qx arm64 || $as_root dpkg --add-architecture arm64 ;;
+esac
 $as_root apt-get update -qq
+names=""
+for package in $missing; do
+  chosen=${package%%|*}
+  for name in $(echo "$package" | tr '|' ' '); do
+    if apt-cache show "$name" >/dev/null 2>&1; then
+      chosen=$name
+      break
+    fi
+  done
+  names="$names $chosen"
+done
 # shellcheck disable=SC2086
-$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing
+if apt-get install -s --no-install-recommends $names 2>/dev/null | grep '^Remv'; then
+  echo "install-packages.sh: the packages above would be removed for$names" >&2
+  exit 3
+fi
+echo "Installing with apt-get${as_root:+, by $as_root}:$names"
+# shellcheck disable=SC2086
+$as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $names

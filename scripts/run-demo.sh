@@ -4,7 +4,7 @@
 #
 #   scripts/run-demo.sh BIN_DIR OUT_DIR
 #
-# MODELS names another place of the models.
+# MODELS names another place of the models, EMULATOR a program that runs the others.
 
 set -eu
 
@@ -74,7 +74,8 @@ model() { # name file title caption option...
     echo "run-demo.sh: no model $models/$file" >&2
     exit 1
   fi
-  draw "$name" "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 "$@"
+  # shellcheck disable=SC2086
+  draw "$name" ${EMULATOR-} "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 "$@"
   # A picture that came with a warning is still a picture; the warning belongs before everyone's eyes.
   sed 's/^/        /' "$log.part"
   show "$name" "$title" "$caption"
@@ -82,7 +83,8 @@ model() { # name file title caption option...
 
 example() { # name title caption
   begin "$2 (examples/$1)"
-  draw "$1" "$bin/$1" "$out/$1.png"
+  # shellcheck disable=SC2086
+  draw "$1" ${EMULATOR-} "$bin/$1" "$out/$1.png"
   show "$1" "$2" "$3"
 }
 

@@ -8,6 +8,8 @@
 
 #include <ZxCore3D/math/SplineElimination-inl.h>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/CubeSpline1D.cpp"
 #include <hwy/foreach_target.h>

@@ -11,6 +11,8 @@
 #define ZX_MATH_DENSE_TILES_INL_H
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -22,7 +24,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using DOUBLES = hn::ScalableTag<double>;
 
 /// Rows of a tile: as many as the registers hold beside the operands.
-constexpr size_t TileRows = HWY_TARGET <= HWY_AVX3 ? 8 : 4;
+constexpr size_t TileRows = ZX_HAS_MASK_REGISTERS ? 8 : 4;
 
 /// The widest tile of any instruction set.
 constexpr size_t MaxTileColumns = 2 * HWY_MAX_BYTES / sizeof(double);

@@ -7,6 +7,8 @@
 
 #include <ZxCore3D/math/Malloced-inl.h>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/InverseEx.cpp"
 #include <hwy/foreach_target.h>

@@ -5,6 +5,8 @@
 #include <memory>
 #include <numeric>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/LineSysGauss.cpp"
 #include <hwy/foreach_target.h>
@@ -121,6 +123,9 @@ void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsi
 } // namespace
 } // namespace zx_math
 
+// Dispatching to a single instruction set names its namespace, within zx_math.
+using namespace zx_math;
+
 bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
   if (n == 0) {
     return false;
@@ -141,7 +146,7 @@ bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
       return false;
     }
     std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(zx_math::EliminateRescaled)(a, n, b, k, perm.get());
+    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm.get());
   }
   zx_math::SubstituteByColumns(a, n, b, perm.get());
   for (unsigned long i = 0; i < n; ++i) {
@@ -162,7 +167,7 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
   for (unsigned long k = 0; k < n; ++k) {
     unsigned long p = k;
     unsigned long c = k;
-    const double largest = HWY_DYNAMIC_DISPATCH(zx_math::FindPivot)(a, n, k, perm, &p, &c);
+    const double largest = HWY_DYNAMIC_DISPATCH(FindPivot)(a, n, k, perm, &p, &c);
     if (largest == 0.0) {
       return false;
     }
@@ -173,7 +178,7 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
       }
       std::swap(cperm[k], cperm[c]);
     }
-    HWY_DYNAMIC_DISPATCH(zx_math::EliminateRescaled)(a, n, b, k, perm);
+    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm);
   }
   zx_math::SubstituteByColumns(a, n, b, perm);
   for (unsigned long i = 0; i < n; ++i) {

@@ -5,6 +5,8 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/Product.cpp"
 #include <hwy/foreach_target.h>
@@ -164,6 +166,9 @@ constexpr unsigned long TransposeTile = 8;
 } // namespace
 } // namespace zx_math
 
+// Dispatching to a single instruction set names its namespace, within zx_math.
+using namespace zx_math;
+
 void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
   if (l.SizeX != r.SizeY) {
     throw TZxMessage("l.SizeX != r.SizeY");
@@ -187,7 +192,7 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     zx_math::SmallProducts1To7[columns - 1](l.Data, r.Data, res.Data, l.SizeY, inner);
     return;
   }
-  HWY_DYNAMIC_DISPATCH(zx_math::Product)
+  HWY_DYNAMIC_DISPATCH(Product)
   (l.Data, inner, 1, r.Data, res.Data, l.SizeY, inner, columns, false);
 }
 
@@ -240,7 +245,7 @@ void mul_mtm(const TMatrixD& a, TMatrixD* res) {
   if (a.SizeY == 0 || n == 0) {
     return;
   }
-  HWY_DYNAMIC_DISPATCH(zx_math::Product)(a.Data, 1, n, a.Data, res->Data, n, a.SizeY, n, true);
+  HWY_DYNAMIC_DISPATCH(Product)(a.Data, 1, n, a.Data, res->Data, n, a.SizeY, n, true);
   for (unsigned long i = 1; i < n; ++i) {
     for (unsigned long j = 0; j < i; ++j) {
       res->Data[i * n + j] = res->Data[j * n + i];
@@ -253,6 +258,6 @@ void mul_mtv(const TMatrixD& a, const TVectorD& v, TVectorD* res) {
     return;
   }
   res->Fill(0.0);
-  HWY_DYNAMIC_DISPATCH(zx_math::AddRows)(a.Data, v.Data, res->Data, a.SizeY, a.SizeX);
+  HWY_DYNAMIC_DISPATCH(AddRows)(a.Data, v.Data, res->Data, a.SizeY, a.SizeX);
 }
 #endif // HWY_ONCE

@@ -6,6 +6,8 @@
 
 #include <ZxCore3D/math/Malloced-inl.h>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"
 #include <hwy/foreach_target.h>
@@ -48,6 +50,9 @@ constexpr unsigned long LocalUnknowns = 128;
 } // namespace
 } // namespace zx_math
 
+// Dispatching to a single instruction set names its namespace, within zx_math.
+using namespace zx_math;
+
 bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double* x,
                        unsigned long* rank) {
   unsigned long local[zx_math::LocalUnknowns];
@@ -78,7 +83,7 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
       return false;
     }
     std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(zx_math::EliminateBelow)(a, n, b, k, perm);
+    HWY_DYNAMIC_DISPATCH(EliminateBelow)(a, n, b, k, perm);
   }
   for (unsigned long i = n; i-- > 0;) {
     const double* row = a + perm[i] * n;

@@ -2,20 +2,26 @@
 
 #include <cstdint>
 #include <cstring>
-#include <emmintrin.h>
+#include <limits>
 
 namespace Zx3D {
 
-/// Truncation towards zero to 32 bits as the processor does it: what does not fit, and a NaN, gives
-/// the least integer. A cast would leave those undefined.
-inline std::int32_t TruncI32(double value) { return _mm_cvttsd_si32(_mm_set_sd(value)); }
+/// Truncation towards zero to 32 bits. What does not fit, and a NaN, gives the least integer, on
+/// every processor; a cast would leave those undefined, and processors differ in them.
+inline std::int32_t TruncI32(double value) {
+  const bool fits = value > -2147483649.0 && value < 2147483648.0;
+  return fits ? static_cast<std::int32_t>(value) : std::numeric_limits<std::int32_t>::min();
+}
 
-/// The same for a float.
-inline std::int32_t TruncI32(float value) { return _mm_cvttss_si32(_mm_set_ss(value)); }
+/// Truncation to 64 bits, in the same way. The least integer is itself a double.
+inline std::int64_t TruncI64(double value) {
+  const bool fits = value >= -9223372036854775808.0 && value < 9223372036854775808.0;
+  return fits ? static_cast<std::int64_t>(value) : std::numeric_limits<std::int64_t>::min();
+}
 
-/// Truncation to 64 bits.
-inline std::int64_t TruncI64(double value) { return _mm_cvttsd_si64(_mm_set_sd(value)); }
-inline std::int64_t TruncI64(float value) { return _mm_cvttss_si64(_mm_set_ss(value)); }
+/// A float is a double of the same value.
+inline std::int32_t TruncI32(float value) { return TruncI32(static_cast<double>(value)); }
+inline std::int64_t TruncI64(float value) { return TruncI64(static_cast<double>(value)); }
 
 /// A channel as a byte: the low byte of the truncation of `c * 255 + 0.5`.
 inline unsigned char ByteOf(double c) {

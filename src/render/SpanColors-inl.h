@@ -8,6 +8,8 @@
 #define ZX_RENDER_SPANCOLORS_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanFloats-inl.h"
@@ -51,7 +53,6 @@ HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
-  const DD d;
   const VD q = PerspectiveAt<kPerspective>(row, t);
   if constexpr (kTexels == TTexelSource::None) {
     VU packed = hn::Set(DU(), job.ConstColor);
@@ -73,14 +74,15 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
   } else {
     const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    TTexels texels;
-    if constexpr (kTexels == TTexelSource::Nearest) {
-      texels = NearestTexels(job.Sampler, s, u);
-    } else if constexpr (kTexels == TTexelSource::Linear) {
-      texels = LinearTexels(job.Sampler, s, u);
-    } else {
-      texels = SampledTexels(job.Sampler, s, u);
-    }
+    const TTexels texels = [&]() HWY_ATTR {
+      if constexpr (kTexels == TTexelSource::Nearest) {
+        return NearestTexels(job.Sampler, s, u);
+      } else if constexpr (kTexels == TTexelSource::Linear) {
+        return LinearTexels(job.Sampler, s, u);
+      } else {
+        return SampledTexels(job.Sampler, s, u);
+      }
+    }();
     VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
     if (job.Modulate) {
       for (int i = 0; i < 4; ++i) {

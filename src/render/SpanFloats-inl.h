@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanRows-inl.h"
@@ -161,7 +163,7 @@ struct TChannels {
 HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
   const DFF d;
   const VFF whole = hn::ZeroExtendVector(d, value);
-#if HWY_TARGET == HWY_SSSE3
+#if ZX_HAS_ONE_BLOCK
   return {hn::Broadcast<0>(whole), hn::Broadcast<1>(whole)};
 #else
   constexpr int kHalf = HWY_LANES(double) / 2;
@@ -238,13 +240,14 @@ struct TReadyTexels {
   TTexelPairs Pairs;
   VF T;
   VF Q; ///< 1 over 1/w
+
+  HWY_INLINE HWY_ATTR TReadyTexels() {}
 };
 
 // Works out coordinates and fetches texels; false where only the exact way is sure.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool ReadyTexels(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                      VD t, TReadyTexels* ready) {
-  const DD d;
   const DF df;
   const VD q = PerspectiveAt<kPerspective>(row, t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);

@@ -135,6 +135,8 @@ struct TLineWalk {
 
 /// The routines of one instruction set.
 struct TSpanKernels {
+  const char* Level; ///< the name of the instruction set
+  int Lanes;         ///< doubles in a vector
   void (*DrawTriangle)(TSpanJob* job);
   void (*DrawLine)(TSpanJob* job, const TLineWalk& walk);
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
@@ -152,7 +154,14 @@ const TSpanKernels* GetSpanKernels();
 /// \name For tests: the instruction set that spans are drawn with.
 /// \{
 
-/// "plain", "SSSE3", "AVX2" or "AVX3" (AVX-512); null takes the limit away. False, changing
+/// The names of the levels, of all architectures. SSE2 is one only where Highway has it, from
+/// version 1.1 on.
+inline constexpr const char* kSpanLevels[] = {"SSE2", "SSSE3", "AVX2", "AVX3", "NEON"};
+
+/// The same with the plain walker before them.
+inline constexpr const char* kSpanWays[] = {"plain", "SSE2", "SSSE3", "AVX2", "AVX3", "NEON"};
+
+/// "plain" or one of the levels (AVX3 is AVX-512); null takes the limit away. False, changing
 /// nothing, for a level that the processor does not have.
 bool LimitSpanLevel(const char* name);
 const char* GetSpanLevel();

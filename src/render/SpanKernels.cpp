@@ -4,15 +4,16 @@
 #include <atomic>
 #include <cstring>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/render/SpanKernels.cpp"
-#define HWY_DISABLED_TARGETS (HWY_SSE4 | HWY_AVX3_DL)
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
 
-#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+#if ZX_IS_PORTABLE
 
-// A processor without SSSE3 is served by the plain walker: this is never called.
+// A processor that has none of the instruction sets is served by the plain walker.
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 inline const TSpanKernels* Kernels() { return nullptr; }
@@ -38,10 +39,29 @@ template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
   }
 };
 
-inline constexpr TSpanKernels kKernels = {
-    TQuiet<DrawTriangleJob>::Call, TQuiet<DrawLineJob>::Call, TQuiet<TransformBatch>::Call,
-    TQuiet<JudgeTriangles>::Call,  TQuiet<JudgeLines>::Call,  TQuiet<PlacePoints>::Call,
-    TQuiet<PackColors>::Call};
+// The kernels count on these to agree with each other.
+static_assert(ZX_HAS_ONE_BLOCK == (HWY_LANES(double) == 2));
+static_assert(ZX_HAS_GATHERS == ZX_HAS_MASKED_ACCESS);
+static_assert(ZX_HAS_MASKED_ACCESS || !ZX_HAS_MASK_REGISTERS);
+
+// Compiled in, so that no table elsewhere can tell another name than that of what runs.
+inline constexpr const char* kLevel = (HWY_TARGET & ZX_TARGETS_AVX3) != 0    ? "AVX3"
+                                      : (HWY_TARGET & ZX_TARGETS_AVX2) != 0  ? "AVX2"
+                                      : (HWY_TARGET & ZX_TARGETS_SSSE3) != 0 ? "SSSE3"
+                                      : (HWY_TARGET & ZX_TARGETS_SSE2) != 0  ? "SSE2"
+                                      : (HWY_TARGET & ZX_TARGETS_NEON) != 0  ? "NEON"
+                                                                             : nullptr;
+static_assert(kLevel != nullptr, "an instruction set without a name");
+
+inline constexpr TSpanKernels kKernels = {kLevel,
+                                          kLanes,
+                                          TQuiet<DrawTriangleJob>::Call,
+                                          TQuiet<DrawLineJob>::Call,
+                                          TQuiet<TransformBatch>::Call,
+                                          TQuiet<JudgeTriangles>::Call,
+                                          TQuiet<JudgeLines>::Call,
+                                          TQuiet<PlacePoints>::Call,
+                                          TQuiet<PackColors>::Call};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 
@@ -66,23 +86,17 @@ constinit std::atomic<bool> s_Plain{false};
 
 struct TLevel {
   const char* Name;
-  std::uint32_t Target;
+  std::int64_t Targets;
 };
 
 constexpr TLevel kLevels[] = {
-    {"SSSE3", HWY_SSSE3},
-    {"AVX2", HWY_AVX2},
-    {"AVX3", HWY_AVX3},
+    {"SSE2", ZX_TARGETS_SSE2}, {"SSSE3", ZX_TARGETS_SSSE3}, {"AVX2", ZX_TARGETS_AVX2},
+    {"AVX3", ZX_TARGETS_AVX3}, {"NEON", ZX_TARGETS_NEON},
 };
 
-// The best level among the targets in force; null if none of them is there.
-const TLevel* BestLevel() {
-  for (std::size_t i = std::size(kLevels); i-- > 0;) {
-    if ((hwy::SupportedTargets() & kLevels[i].Target) != 0) {
-      return &kLevels[i];
-    }
-  }
-  return nullptr;
+// Those targets in force that kernels are compiled for.
+std::int64_t KernelTargets() {
+  return hwy::SupportedTargets() & HWY_TARGETS & ~static_cast<std::int64_t>(ZX_TARGETS_PORTABLE);
 }
 
 } // namespace
@@ -91,7 +105,7 @@ const TSpanKernels* GetSpanKernels() {
   const TSpanKernels* kernels = s_Kernels.load(std::memory_order_acquire);
   if (kernels == nullptr && !s_Plain.load(std::memory_order_relaxed)) {
     hwy::GetChosenTarget().Update(hwy::SupportedTargets());
-    kernels = BestLevel() != nullptr ? HWY_DYNAMIC_DISPATCH(Kernels)() : nullptr;
+    kernels = KernelTargets() != 0 ? HWY_DYNAMIC_DISPATCH(Kernels)() : nullptr;
     s_Plain.store(kernels == nullptr, std::memory_order_relaxed);
     s_Kernels.store(kernels, std::memory_order_release);
   }
@@ -104,10 +118,9 @@ bool LimitSpanLevel(const char* name) {
   if (name != nullptr) {
     plain = std::strcmp(name, "plain") == 0;
     hwy::SetSupportedTargetsForTest(0);
-    const std::int64_t had = hwy::SupportedTargets();
     for (const TLevel& level : kLevels) {
-      if (std::strcmp(name, level.Name) == 0 && (had & level.Target) != 0) {
-        targets = level.Target;
+      if (std::strcmp(name, level.Name) == 0) {
+        targets = KernelTargets() & level.Targets;
       }
     }
     if (!plain && targets == 0) {
@@ -121,7 +134,10 @@ bool LimitSpanLevel(const char* name) {
   return true;
 }
 
-const char* GetSpanLevel() { return GetSpanKernels() == nullptr ? "plain" : BestLevel()->Name; }
+const char* GetSpanLevel() {
+  const TSpanKernels* const kernels = GetSpanKernels();
+  return kernels == nullptr ? "plain" : kernels->Level;
+}
 
 } // namespace Zx3D
 

@@ -10,6 +10,8 @@
 
 #include <algorithm>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanPixels-inl.h"

@@ -10,6 +10,8 @@
 
 #include <cstring>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanPlain-inl.h"
@@ -59,6 +61,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kStencil) {
+    std::memset(stencil.Values, 0, sizeof stencil.Values); // all of them are tested
     if (!kMaskedAccess || count == kLanes) { // a size that the compiler knows needs no call
       std::memcpy(stencil.Values, to.Stencil, kLanes);
     } else {

@@ -7,6 +7,10 @@
 #define ZX_RENDER_SPANROWS_INL_H_
 #endif
 
+#include <algorithm>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "Numbers.h"

@@ -4,7 +4,6 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
-#include <emmintrin.h>
 
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
@@ -43,32 +42,38 @@ int StencilStepOf(TRenderCPU::TStencilFunction operation) {
 
 // --- What a triangle's values prove
 
-// A slot as two pairs, and a bit for each of its components.
-struct TPairs {
-  __m128d Low, High;
+// Two doubles in a vector register that every processor of this library has, and what a comparison
+// of them gives: all ones or all zeros.
+using TPair = double __attribute__((vector_size(16)));
+using TPairMask = std::int64_t __attribute__((vector_size(16)));
 
-  explicit TPairs(const TVec4& v) : Low(_mm_loadu_pd(&v.x)), High(_mm_loadu_pd(&v.z)) {}
-  TPairs(__m128d low, __m128d high) : Low(low), High(high) {}
+// What holds for the components of a slot.
+struct TComponents {
+  TPairMask Low, High;
 
+  TComponents operator&(const TComponents& other) const {
+    return {Low & other.Low, High & other.High};
+  }
+  // A bit for each component.
   unsigned int Bits() const {
-    return static_cast<unsigned int>(_mm_movemask_pd(Low) | _mm_movemask_pd(High) << 2);
+    return static_cast<unsigned int>((Low[0] & 1) | (Low[1] & 2) | (High[0] & 4) | (High[1] & 8));
   }
 };
 
-TPairs operator&(const TPairs& a, const TPairs& b) {
-  return {_mm_and_pd(a.Low, b.Low), _mm_and_pd(a.High, b.High)};
-}
+// A slot as two pairs.
+struct TPairs {
+  TPair Low, High;
 
-TPairs Equal(const TPairs& a, const TPairs& b) {
-  return {_mm_cmpeq_pd(a.Low, b.Low), _mm_cmpeq_pd(a.High, b.High)};
-}
+  explicit TPairs(const TVec4& v) : Low{v.x, v.y}, High{v.z, v.w} {}
+};
+
+TComponents Equal(const TPairs& a, const TPairs& b) { return {a.Low == b.Low, a.High == b.High}; }
 
 // The components that lie in 0 to 1.
-TPairs Unit(const TPairs& v) {
-  const __m128d zero = _mm_setzero_pd();
-  const __m128d one = _mm_set1_pd(1.0);
-  return TPairs{_mm_cmpge_pd(v.Low, zero), _mm_cmpge_pd(v.High, zero)} &
-         TPairs{_mm_cmple_pd(v.Low, one), _mm_cmple_pd(v.High, one)};
+TComponents Unit(const TPairs& v) {
+  constexpr TPair kZero = {0.0, 0.0};
+  constexpr TPair kOne = {1.0, 1.0};
+  return {(v.Low >= kZero) & (v.Low <= kOne), (v.High >= kZero) & (v.High <= kOne)};
 }
 
 unsigned int UnitBits(const TVec4& slot) { return Unit(TPairs(slot)).Bits(); }
@@ -85,7 +90,7 @@ unsigned int SameBits(const TVertices& v, int slot) {
 
 // Whether the first three components are 0 at all vertices.
 bool IsZeroSlot(const TVertices& v, int slot) {
-  const TPairs zero(_mm_setzero_pd(), _mm_setzero_pd());
+  const TPairs zero(TVec4{0, 0, 0, 0});
   const unsigned int bits = (Equal(zero, TPairs(v[0][slot])) & Equal(zero, TPairs(v[1][slot])) &
                              Equal(zero, TPairs(v[2][slot])))
                                 .Bits();

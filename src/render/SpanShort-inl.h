@@ -9,6 +9,8 @@
 #define ZX_RENDER_SPANSHORT_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanPixels-inl.h"
@@ -26,7 +28,7 @@ inline HWY_ATTR bool HasShortWay(const TSpanJob& job, const TRowSlots& slots) {
   const int func = job.DepthFunc + GL_NEVER;
   const bool depth = job.DepthTest == job.DepthWrite && !job.AddOffset &&
                      (!job.DepthTest || func == GL_LESS || func == GL_LEQUAL);
-  return HWY_TARGET != HWY_SSSE3 && job.Texels == TTexelSource::None && job.Stencil == nullptr &&
+  return ZX_HAS_MASKED_ACCESS && job.Texels == TTexelSource::None && job.Stencil == nullptr &&
          job.ColorMask == 15 && !job.Blend && slots.Secondary < 0 && depth &&
          (job.ConstMask == 0 || job.ConstMask == 8);
 }

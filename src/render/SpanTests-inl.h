@@ -12,6 +12,8 @@
 #include <cmath>
 #include <cstring>
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include <ZxCore3D/render/GLEnums.h>
@@ -44,7 +46,7 @@ HWY_INLINE HWY_ATTR MI MaskOfBits(std::uint64_t bits) {
 
 // Whether a mask can say which lanes of a vector are read and written. Otherwise whole vectors are
 // read, and a group that is none goes by way of copies.
-inline constexpr bool kMaskedAccess = HWY_TARGET != HWY_SSSE3;
+inline constexpr bool kMaskedAccess = ZX_HAS_MASKED_ACCESS;
 
 template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
   if constexpr (kMaskedAccess) {
@@ -58,14 +60,14 @@ template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live
 // another thread's to write, or nobody's.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
-#if HWY_TARGET == HWY_AVX3
+#if ZX_HAS_MASK_REGISTERS
   hn::BlendedStore(values, mask, d, to);
 #else
   if (HWY_LIKELY(hn::AllTrue(d, mask))) { // masked stores are slow on some processors
     hn::StoreU(values, d, to);
     return;
   }
-#if HWY_TARGET == HWY_SSSE3
+#if !ZX_HAS_MASKED_ACCESS
   std::uint8_t bits[8] = {};
   hn::StoreMaskBits(d, mask, bits);
   HWY_ALIGN T lanes[hn::MaxLanes(d)];
@@ -373,7 +375,7 @@ inline HWY_ATTR void StepStencil(const TSpanJob& job, std::uint8_t step, std::ui
 // Writes the bytes of a run whose bits are set, and no others.
 inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels,
                                    unsigned char* to) {
-#if HWY_TARGET == HWY_AVX3
+#if ZX_HAS_MASK_REGISTERS
   const DB db;
   static_assert(hn::MaxLanes(db) == kRun);
   std::uint8_t bits[kRun / 8];

@@ -8,6 +8,8 @@
 #define ZX_RENDER_SPANTEXELS_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include <ZxCore3D/render/GLEnums.h>
@@ -172,6 +174,9 @@ struct TLinearPlaces {
   VD FractionU, FractionV;
   MI Outside0, Outside1, OutsideB, OutsideT;
 
+  // Vectors of NEON have constructors; one that the compiler adds here would be for no target.
+  HWY_INLINE HWY_ATTR TLinearPlaces() {}
+
   HWY_INLINE HWY_ATTR bool IsInside() const {
     return hn::AllFalse(DI(), hn::Or(hn::Or(Outside0, Outside1), hn::Or(OutsideB, OutsideT)));
   }
@@ -243,6 +248,8 @@ using VU64 = hn::Vec<DU64>;
 struct TTexelPairs {
   hn::Vec<DU2> Left, Right;
   VF FractionU, FractionV;
+
+  HWY_INLINE HWY_ATTR TTexelPairs() {}
 };
 
 // Any texels within the texture. False where an index does not fit or a border shows.
@@ -269,7 +276,7 @@ HWY_NOINLINE HWY_ATTR bool FetchAnyPairs(const TRenderCPU::TTexSampler& sampler,
   return true;
 }
 
-#if HWY_TARGET != HWY_SSSE3
+#if ZX_HAS_GATHERS
 
 // From 2^52 on doubles are whole numbers, which stand in the low bits.
 HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {

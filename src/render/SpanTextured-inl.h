@@ -9,6 +9,8 @@
 #define ZX_RENDER_SPANTEXTURED_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanTests-inl.h"

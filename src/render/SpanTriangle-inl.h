@@ -7,6 +7,8 @@
 #define ZX_RENDER_SPANTRIANGLE_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanShort-inl.h"

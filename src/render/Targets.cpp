@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <emmintrin.h>
 #include <iterator>
 #include <new>
 #include <string>
@@ -89,15 +88,14 @@ namespace {
 bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
   constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
   static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
-  const auto load = [](const DATASURFACE& from, std::size_t place) {
-    return _mm_loadu_si128(
-        reinterpret_cast<const __m128i*>(reinterpret_cast<const unsigned char*>(&from) + place));
-  };
-  __m128i same = _mm_set1_epi8(-1);
+  std::uint64_t differing = 0;
   for (const std::size_t place : kPlaces) {
-    same = _mm_and_si128(same, _mm_cmpeq_epi8(load(a, place), load(b, place)));
+    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
+    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
+    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
+    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
   }
-  return _mm_movemask_epi8(same) == 0xFFFF;
+  return differing == 0;
 }
 
 // Whether all pixels are addresses of 32-bit words.

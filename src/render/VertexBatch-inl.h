@@ -8,6 +8,8 @@
 #define ZX_RENDER_VERTEXBATCH_INL_H_
 #endif
 
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 #include "SpanColors-inl.h"

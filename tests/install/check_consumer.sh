@@ -1,7 +1,7 @@
 #!/bin/sh
 # Builds and runs a host against the installed tree, by CMake and by pkg-config:
 #
-#   check_consumer.sh (cmake|pkg-config) COMPILER PREFIX LIBDIR SOURCE_DIR WORK_DIR
+#   check_consumer.sh (cmake|pkg-config) COMPILER PREFIX LIBDIR SOURCE_DIR WORK_DIR VERSION
 
 set -eu
 
@@ -11,6 +11,7 @@ prefix=$3
 lib=$4
 source=$5
 work=$6
+version=$7
 
 rm -rf "$work"
 mkdir -p "$work"
@@ -26,7 +27,7 @@ case "$way" in
   pkg-config)
     cd "$work"
     export PKG_CONFIG_PATH="$lib/pkgconfig"
-    [ "$(pkg-config --modversion ZxCore3D)" = 1.0.0 ]
+    [ "$(pkg-config --modversion ZxCore3D)" = "$version" ]
     # shellcheck disable=SC2046
     for program in consumer one_header; do
       "$compiler" -std=c++17 -Wall -Wextra -Werror "$source/consumer/$program.cpp" -o "$program" \

@@ -1,18 +1,20 @@
 #!/bin/sh
-# Names in the install tree: check_files.sh LIBDIR INCLUDE_DIR
+# Names in the install tree: check_files.sh LIBDIR INCLUDE_DIR VERSION
 
 set -eu
 
 lib=$1
 include=$2
+version=$3
+major=${version%%.*}
 
 for name in ZxCore3D ZxBaseKit ZxRunKit ZxPixelKit ZxDrawKit; do
-  [ -f "$lib/lib$name.so.1.0.0" ] || { echo "no lib$name.so.1.0.0" >&2; exit 1; }
-  [ "$(readlink "$lib/lib$name.so.1")" = "lib$name.so.1.0.0" ] || { echo "lib$name.so.1 leads elsewhere" >&2; exit 1; }
-  [ "$(readlink "$lib/lib$name.so")" = "lib$name.so.1" ] || { echo "lib$name.so leads elsewhere" >&2; exit 1; }
-  readelf -dW "$lib/lib$name.so.1.0.0" | grep -q "SONAME.*\[lib$name\.so\.1\]" || { echo "lib$name: wrong soname" >&2; exit 1; }
+  [ -f "$lib/lib$name.so.$version" ] || { echo "no lib$name.so.$version" >&2; exit 1; }
+  [ "$(readlink "$lib/lib$name.so.$major")" = "lib$name.so.$version" ] || { echo "lib$name.so.$major leads elsewhere" >&2; exit 1; }
+  [ "$(readlink "$lib/lib$name.so")" = "lib$name.so.$major" ] || { echo "lib$name.so leads elsewhere" >&2; exit 1; }
+  readelf -dW "$lib/lib$name.so.$version" | grep -q "SONAME.*\[lib$name\.so\.$major\]" || { echo "lib$name: wrong soname" >&2; exit 1; }
   # Nothing of the build's paths; only the tree's own directory.
-  if readelf -dW "$lib/lib$name.so.1.0.0" | grep -E 'RPATH|RUNPATH' | grep -qvF '[$ORIGIN]'; then
+  if readelf -dW "$lib/lib$name.so.$version" | grep -E 'RPATH|RUNPATH' | grep -qvF '[$ORIGIN]'; then
     echo "lib$name carries a run path of the build" >&2
     exit 1
   fi

@@ -1,5 +1,7 @@
 #include <ZxCore3D/math/CubeSpline.h>
 
+#include <algorithm>
+
 #include <eigen3/Eigen/Dense>
 
 #include "Fixture.h"

@@ -9,6 +9,9 @@
 #include <vector>
 
 #include <gtest/gtest.h>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
 #include <hwy/highway.h>
 
 /// Runs `check` once for every instruction set that this processor has, the plain one that any

@@ -1,5 +1,6 @@
 #include <ZxCore3D/math/Frusta.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <functional>

@@ -3,6 +3,7 @@
 // The eliminations and products as plain loops, one operation after the other in the order that the
 // library keeps. Every faster way is held against these, bit by bit.
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <numeric>

@@ -1,9 +1,10 @@
 #include <ZxCore3D/math/TMatrixD.h>
 
+#include <algorithm>
 #include <utility>
 
-#include <eigen3/Eigen/Dense>
 #include <ZxBaseKit/TZxMessage.h>
+#include <eigen3/Eigen/Dense>
 
 #include "Fixture.h"
 

@@ -1,5 +1,6 @@
 #include <ZxCore3D/math/TVectorD.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "Fixture.h"

@@ -53,7 +53,7 @@ protected:
   ~ChangingTargets() override { LimitSpanLevel(nullptr); }
 
   static void AtEveryLevel(const std::function<void()>& run) {
-    for (const char* level : {"plain", "SSSE3", "AVX2", "AVX3"}) {
+    for (const char* level : Zx3D::kSpanWays) {
       if (LimitSpanLevel(level)) {
         SCOPED_TRACE(level);
         run();

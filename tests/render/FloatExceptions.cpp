@@ -35,7 +35,7 @@ protected:
   ~FloatExceptions() override { LimitSpanLevel(nullptr); }
 
   static void ExpectNone(const std::string& what, const TDraw& draw) {
-    for (const char* level : {"plain", "SSSE3", "AVX2", "AVX3"}) {
+    for (const char* level : Zx3D::kSpanWays) {
       if (!LimitSpanLevel(level)) {
         continue; // not on this processor
       }
@@ -225,7 +225,7 @@ TEST_F(FloatExceptions, RandomScenesRaiseNone) {
 
 // The host does not look at flags but traps: a child process would be ended by a signal.
 TEST_F(FloatExceptions, AHostThatTrapsThemCanDraw) {
-  for (const char* level : {"plain", "SSSE3", "AVX2", "AVX3"}) {
+  for (const char* level : Zx3D::kSpanWays) {
     if (!LimitSpanLevel(level)) {
       continue;
     }
@@ -252,7 +252,7 @@ TEST_F(FloatExceptions, AHostThatTrapsThemCanDraw) {
 
 // What a host has raised before stays raised.
 TEST_F(FloatExceptions, FlagsOfTheHostStay) {
-  for (const char* level : {"plain", "SSSE3", "AVX2", "AVX3"}) {
+  for (const char* level : Zx3D::kSpanWays) {
     if (!LimitSpanLevel(level)) {
       continue;
     }

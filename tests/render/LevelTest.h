@@ -22,7 +22,7 @@ protected:
 
   void Expect(const std::string& what, const TDraw& draw) {
     const std::vector<std::uint8_t> plain = RunAt("plain", draw);
-    for (const char* level : {"SSSE3", "AVX2", "AVX3"}) {
+    for (const char* const level : Zx3D::kSpanLevels) {
       if (Zx3D::LimitSpanLevel(level)) {
         EXPECT_TRUE(plain == RunAt(level, draw)) << level << ", " << what;
       }

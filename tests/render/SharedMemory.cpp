@@ -22,7 +22,7 @@ protected:
   ~SharedMemory() override { LimitSpanLevel(nullptr); }
 
   static void AtEveryLevel(const std::function<void(const char*)>& run) {
-    for (const char* level : {"plain", "SSSE3", "AVX2", "AVX3"}) {
+    for (const char* level : Zx3D::kSpanWays) {
       if (LimitSpanLevel(level)) {
         run(level);
       }

@@ -1,4 +1,5 @@
-// Lets the whole suite run with one instruction set: ZX_SPAN_LEVEL=plain, SSSE3, AVX2 or AVX3.
+// Lets the whole suite run with one instruction set: ZX_SPAN_LEVEL=plain, or a name of
+// kSpanLevels.
 
 #include <cstdio>
 #include <cstdlib>

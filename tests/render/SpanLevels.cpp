@@ -1,11 +1,20 @@
 // Every instruction set must leave what the plain walker leaves, to the last bit.
 
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
+#include <iterator>
+#include <string>
+
+#if defined(__aarch64__)
+#include <asm/hwcap.h>
+#include <sys/auxv.h>
+#endif
 
 #include <gtest/gtest.h>
 
 #include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/types/InstructionSets-inl.h>
 
 #include "../../src/render/SpanJob.h"
 #include "RandomScene.h"
@@ -14,7 +23,7 @@ namespace {
 
 using zxtest::TRandomScene;
 
-constexpr const char* kLevels[] = {"SSSE3", "AVX2", "AVX3"};
+using Zx3D::kSpanLevels;
 
 std::vector<unsigned char> RunAt(const char* level, const TRandomScene& scene, int calls) {
   EXPECT_TRUE(Zx3D::LimitSpanLevel(level));
@@ -48,7 +57,7 @@ TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
   for (int seed = 1; seed <= SceneCount(); ++seed) {
     const TRandomScene scene(static_cast<std::uint32_t>(seed));
     const std::vector<unsigned char> plain = RunAt("plain", scene, TRandomScene::kCalls);
-    for (const char* level : kLevels) {
+    for (const char* level : kSpanLevels) {
       if (!Zx3D::LimitSpanLevel(level)) {
         continue; // not on this processor
       }
@@ -61,6 +70,7 @@ TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
     }
   }
   EXPECT_GT(compared, 0) << "no level to compare";
+  std::printf("%d comparisons of whole scenes\n", compared);
 }
 
 // What is mixed between texels at such coordinates is no number, and its byte is 0.
@@ -89,7 +99,7 @@ TEST_F(SpanLevels, TextureCoordinatesThatAreNoNumbers) {
   for (const double coordinate : {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e308, -1e200, 1e16}) {
     for (const unsigned int environment : {GL_REPLACE, GL_MODULATE}) {
       const std::vector<unsigned char> plain = draw("plain", coordinate, environment);
-      for (const char* level : kLevels) {
+      for (const char* level : kSpanLevels) {
         if (Zx3D::LimitSpanLevel(level)) {
           EXPECT_EQ(draw(level, coordinate, environment), plain) << coordinate << ", " << level;
         }
@@ -106,5 +116,66 @@ TEST_F(SpanLevels, TheHookNamesAndRefuses) {
   EXPECT_TRUE(Zx3D::LimitSpanLevel(nullptr));
   EXPECT_STRNE(Zx3D::GetSpanLevel(), "8086");
 }
+
+// What this processor has, asked of the compiler's own support and not of Highway.
+bool ProcessorHas(const std::string& level) {
+#if defined(__x86_64__)
+  const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                    __builtin_cpu_supports("bmi2");
+  return level == "SSE2"    ? HWY_SSE2 != 0
+         : level == "SSSE3" ? __builtin_cpu_supports("ssse3") != 0
+         : level == "AVX2"  ? avx2
+         : level == "AVX3"
+             ? avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                   __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+                   __builtin_cpu_supports("avx512cd")
+             : false;
+#elif defined(__aarch64__)
+  // Older versions of Highway ask for a processor with AES, which none of the kernels uses.
+  return level == "NEON" && (HWY_NEON_WITHOUT_AES != 0 || (getauxval(AT_HWCAP) & HWCAP_AES) != 0);
+#else
+  return false;
+#endif
+}
+
+std::string BestOfProcessor() {
+  std::string best = "plain";
+  for (const char* const level : kSpanLevels) { // the better ones stand behind
+    if (ProcessorHas(level)) {
+      best = level;
+    }
+  }
+  return best;
+}
+
+TEST_F(SpanLevels, TheBestOfTheProcessorIsChosen) {
+  ASSERT_TRUE(Zx3D::LimitSpanLevel(nullptr));
+  EXPECT_EQ(Zx3D::GetSpanLevel(), BestOfProcessor());
+}
+
+// Each level once, so that one which the processor lacks is reported as skipped.
+class EachSpanLevel : public SpanLevels, public testing::WithParamInterface<const char*> {};
+
+TEST_P(EachSpanLevel, RunsUnderItsOwnName) {
+  const std::string level = GetParam();
+  if (!ProcessorHas(level)) {
+    EXPECT_FALSE(Zx3D::LimitSpanLevel(GetParam()));
+    GTEST_SKIP() << "not on this processor, or not in this version of Highway";
+  }
+  ASSERT_TRUE(Zx3D::LimitSpanLevel(GetParam()));
+  EXPECT_EQ(Zx3D::GetSpanLevel(), level);
+  const Zx3D::TSpanKernels* const kernels = Zx3D::GetSpanKernels();
+  ASSERT_NE(kernels, nullptr);
+  EXPECT_EQ(kernels->Level, level);
+  EXPECT_EQ(kernels->Lanes, level == "AVX3" ? 8 : level == "AVX2" ? 4 : 2);
+  for (const char* const other : kSpanLevels) {
+    if (other != level && Zx3D::LimitSpanLevel(other)) {
+      EXPECT_NE(Zx3D::GetSpanKernels()->DrawTriangle, kernels->DrawTriangle) << other;
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Levels, EachSpanLevel, testing::ValuesIn(kSpanLevels),
+                         [](const auto& info) { return std::string(info.param); });
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <iterator>
 #include <limits>
 #include <vector>
 
@@ -115,8 +116,11 @@ struct TLevelGuard {
 void RunScene(unsigned int seed, bool lit, bool textured) {
   TDice dice(seed);
   const TLevelGuard guard;
-  const char* const levels[] = {"plain", "SSSE3", "AVX2", "AVX3", nullptr, nullptr};
-  Zx3D::LimitSpanLevel(levels[seed % 6]); // one that isn't there changes nothing
+  constexpr unsigned int kLevels = std::size(Zx3D::kSpanLevels);
+  const unsigned int level = seed % (kLevels + 2); // one that isn't there changes nothing
+  Zx3D::LimitSpanLevel(level < kLevels    ? Zx3D::kSpanLevels[level]
+                       : level == kLevels ? "plain"
+                                          : nullptr);
   const int width = 1 + dice.Below(45);
   const int height = 1 + dice.Below(33);
   TPair pair(width, height);

@@ -1,5 +1,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <limits>

@@ -244,6 +244,7 @@ void FillRun(void* run, const void* value, unsigned long size, unsigned long cou
   if (bytes == 0) {
     return;
   }
+#if defined(__x86_64__)
   constexpr unsigned long kWord = sizeof(std::uint64_t);
   constexpr unsigned long kLongRun = 1024;
   if (bytes >= kLongRun && kWord % size == 0) {
@@ -261,6 +262,7 @@ void FillRun(void* run, const void* value, unsigned long size, unsigned long cou
     std::memcpy(at, pattern, bytes % kWord);
     return;
   }
+#endif
   // Doubling copies.
   std::memcpy(first, value, size);
   for (unsigned long done = size; done < bytes;) {

@@ -1,5 +1,7 @@
 #include "Model.h"
 
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "Files.h"
