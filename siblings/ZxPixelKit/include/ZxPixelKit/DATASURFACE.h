@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// A value's type as one packed word. Bits 0 to 3 are the base code below, bits 5 to 7 the component
-/// count minus 1, bit 8 the array flag. Surfaces use plain base codes only.
+/// A value's type as one packed word. Bits 0 to 3 are the base code below, bits 5 to 7 the
+/// component count minus 1, bit 8 the array flag. Surfaces use plain base codes only.
 enum DATA_TYPE : std::uint32_t {
   DATA_TYPE_NONE = 0,
   DATA_TYPE_BOOL = 1,

@@ -36,11 +36,12 @@ ZX_PIXELKIT_API void FreeDataSurfaceData(DATASURFACE& surface);
 namespace ds {
 
 /// Sets every pixel to the `size` bytes at `value`. False, with nothing written, when the surface
-/// has no pixels, `value` is null, or `size` is not what a pixel has (0, or above the pixel stride).
+/// has no pixels, `value` is null, or `size` is not what a pixel has (0, or above the pixel
+/// stride).
 ZX_PIXELKIT_API bool Fill(const DATASURFACE& surface, const void* value, unsigned long size);
 
-/// Sets `count` values that lie close, from `run` on, to the `size` bytes at `value`, which must not
-/// lie among them. Nothing is checked.
+/// Sets `count` values that lie close, from `run` on, to the `size` bytes at `value`, which must
+/// not lie among them. Nothing is checked.
 ZX_PIXELKIT_API void FillRun(void* run, const void* value, unsigned long size, unsigned long count);
 
 /// Makes `*out` a record over the caller's pixels, with tight rows; nothing is copied or owned.
