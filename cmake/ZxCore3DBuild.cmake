@@ -69,7 +69,7 @@ endfunction()
 # zx_room(NAME LIBS lib...): the objects of one directory of src/, which tests can link one by one.
 function(zx_room name)
   cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
-  file(GLOB sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp")
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp")
   add_library(zx_${name} OBJECT ${sources})
   target_compile_options(zx_${name} PRIVATE ${ZX_WARNINGS})
   target_include_directories(zx_${name} PUBLIC "${ZX_INCLUDE_ROOT}")

@@ -978,7 +978,7 @@ private:
   };
 
   bool _RefreshTextures();
-  void _TakeTextures(TTextureTable* table);
+  void _AdoptTextures(TTextureTable* table);
   void _NoteTextureChange();
   void _DropBinding(int unit);
   void _UnbindTexture(const TDataSurface* surface);
@@ -1019,7 +1019,7 @@ private:
   void _DrawLinePixel(int x, int y, double t);
   void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool _MakeDefaultProgram();
-  void _TakeSurfaces();
+  void _AdoptSurfaces();
   TLight* _LightOf(unsigned int light);
   TBuffer* _BufferOf(unsigned int target);
   void _DrawPixelRow(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
@@ -1040,7 +1040,7 @@ private:
   std::uint64_t _NextDraw();
   void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
   void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
-  void _TakeVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+  void _LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
                    VAR_DATA* record);
   std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
   template <class TElementOf>
@@ -1057,7 +1057,7 @@ private:
 
   /// What `m_VarFragment` is to hold after a triangle that was drawn many pixels at a time: worked
   /// out when something can read it.
-  struct TPendingFragment {
+  struct TDeferredFragment {
     bool Set = false;
     bool Perspective = false;
     bool Shade = false; ///< the colour is to be worked out as well
@@ -1069,19 +1069,19 @@ private:
     VAR_DATA Vertex[3] = {};
   };
 
-  bool _SettleJob(TSpanJob* job) const;
-  bool _SettleDraw(TSpanJob* job) const;
-  bool _SettlePrimitive(TSpanJob* job) const;
-  bool _SettleTargets(TSpanJob* job) const;
-  bool _SettleTests(TSpanJob* job) const;
-  bool _SettleColors(TSpanJob* job) const;
+  bool _SetUpJob(TSpanJob* job) const;
+  bool _SetUpDraw(TSpanJob* job) const;
+  bool _SetUpPrimitive(TSpanJob* job) const;
+  bool _SetUpTargets(TSpanJob* job) const;
+  bool _SetUpDepthStencil(TSpanJob* job) const;
+  bool _SetUpColors(TSpanJob* job) const;
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
   void _DrawLine(VAR_DATA* v, TSpanJob* settled);
   void _WalkLine(const TLineWalk& walk);
-  bool _CutWalk(TLineWalk* walk);
-  void _FlushFragment();
+  bool _ClipWalk(TLineWalk* walk);
+  void _ResolveFragment();
   void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
 
   /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
@@ -1100,7 +1100,7 @@ private:
   TTargets m_Targets = {};
   TTextureBinding m_TextureBindings[8];
   std::uint64_t m_TextureChanges = 0; ///< of the table, up to which the bindings are looked after
-  TPendingFragment m_PendingFragment;
+  TDeferredFragment m_DeferredFragment;
   TSpanJob* m_DrawJob = nullptr; ///< settled for all triangles of an array draw, while it lasts
 };
 

@@ -21,8 +21,8 @@
 #include <ZxCore3D/object/TObjectWriter.h>
 #include <ZxCore3D/object/TVariant.h>
 
-#include "../../src/render/Numbers.h"
-#include "../../src/render/SpanJob.h"
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
 #include "../render/RandomScene.h"
 
 namespace {
@@ -84,7 +84,7 @@ void Scenes(int count) {
     }
   }
   for (int seed = 1; seed <= count; ++seed) {
-    const THash reference = SceneAt("plain", seed);
+    const THash reference = SceneAt("reference", seed);
     char name[32];
     std::snprintf(name, sizeof name, "scene %d", seed);
     Print(name, reference);
@@ -106,7 +106,7 @@ void Scenes(int count) {
 
 // What the scene's first calls leave, call by call, by the reference path.
 void TraceScene(int seed) {
-  Zx3D::LimitSpanLevel("plain");
+  Zx3D::LimitSpanLevel("reference");
   const zxtest::TRandomScene scene(static_cast<std::uint32_t>(seed));
   for (int calls = 1; calls <= zxtest::TRandomScene::kCalls; ++calls) {
     const std::vector<unsigned char> left = scene.RunForAnyProcessor(calls);

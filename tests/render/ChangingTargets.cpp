@@ -53,7 +53,7 @@ protected:
   ~ChangingTargets() override { LimitSpanLevel(nullptr); }
 
   static void AtEveryLevel(const std::function<void()>& run) {
-    for (const char* level : Zx3D::kSpanWays) {
+    for (const char* level : Zx3D::kSpanPaths) {
       if (LimitSpanLevel(level)) {
         SCOPED_TRACE(level);
         run();

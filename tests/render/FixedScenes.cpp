@@ -12,7 +12,7 @@
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
-#include "../../src/render/SpanJob.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace {
 

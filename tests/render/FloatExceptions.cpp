@@ -9,8 +9,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "../../src/render/SpanJob.h"
 #include "StateChecks.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 using namespace Zx3D;
 using namespace zx_test;
@@ -35,7 +35,7 @@ protected:
   ~FloatExceptions() override { LimitSpanLevel(nullptr); }
 
   static void ExpectNone(const std::string& what, const TDraw& draw) {
-    for (const char* level : Zx3D::kSpanWays) {
+    for (const char* level : Zx3D::kSpanPaths) {
       if (!LimitSpanLevel(level)) {
         continue; // not on this processor
       }
@@ -225,7 +225,7 @@ TEST_F(FloatExceptions, RandomScenesRaiseNone) {
 
 // The host does not look at flags but traps: a child process would be ended by a signal.
 TEST_F(FloatExceptions, AHostThatTrapsThemCanDraw) {
-  for (const char* level : Zx3D::kSpanWays) {
+  for (const char* level : Zx3D::kSpanPaths) {
     if (!LimitSpanLevel(level)) {
       continue;
     }
@@ -252,7 +252,7 @@ TEST_F(FloatExceptions, AHostThatTrapsThemCanDraw) {
 
 // What a host has raised before stays raised.
 TEST_F(FloatExceptions, FlagsOfTheHostStay) {
-  for (const char* level : Zx3D::kSpanWays) {
+  for (const char* level : Zx3D::kSpanPaths) {
     if (!LimitSpanLevel(level)) {
       continue;
     }

@@ -6,12 +6,12 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/render/SpanJob.h"
 #include "Scene.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace zx_test {
 
-/// A test that draws through the plain way and at every instruction set of this processor, and
+/// A test that draws through the reference path and at every instruction set of this processor, and
 /// compares everything left.
 class TLevelTest : public testing::Test {
 protected:
@@ -21,10 +21,10 @@ protected:
   ~TLevelTest() override { Zx3D::LimitSpanLevel(nullptr); }
 
   void Expect(const std::string& what, const TDraw& draw) {
-    const std::vector<std::uint8_t> plain = RunAt("plain", draw);
+    const std::vector<std::uint8_t> reference = RunAt("reference", draw);
     for (const char* const level : Zx3D::kSpanLevels) {
       if (Zx3D::LimitSpanLevel(level)) {
-        EXPECT_TRUE(plain == RunAt(level, draw)) << level << ", " << what;
+        EXPECT_TRUE(reference == RunAt(level, draw)) << level << ", " << what;
       }
     }
   }

@@ -167,7 +167,7 @@ protected:
   /// `fail` makes the pixels from `kSplit` on fail.
   static void Run(const std::function<void(TScene&)>& fail) {
     const TWay& way = kWays[GetParam()];
-    for (const char* level : Zx3D::kSpanWays) {
+    for (const char* level : Zx3D::kSpanPaths) {
       if (!LimitSpanLevel(level)) {
         continue;
       }
@@ -236,7 +236,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, MaskedWrites, testing::Range(std::size_t{0}, std:
 TEST(MaskedWritesOnTwoThreads, NoPixelOfTheOtherIsLost) {
   constexpr int kSize = 512; // long enough for both to be at it
   constexpr int kRounds = 60;
-  for (const char* level : Zx3D::kSpanWays) {
+  for (const char* level : Zx3D::kSpanPaths) {
     if (!LimitSpanLevel(level)) {
       continue;
     }

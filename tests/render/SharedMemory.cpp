@@ -22,7 +22,7 @@ protected:
   ~SharedMemory() override { LimitSpanLevel(nullptr); }
 
   static void AtEveryLevel(const std::function<void(const char*)>& run) {
-    for (const char* level : Zx3D::kSpanWays) {
+    for (const char* level : Zx3D::kSpanPaths) {
       if (LimitSpanLevel(level)) {
         run(level);
       }

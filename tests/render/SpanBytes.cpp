@@ -1,5 +1,6 @@
 // Colours that stand on the edge of a byte, and coordinates and depths at the ends of their ranges:
-// where single precision must step aside, every instruction set leaves what the plain walker does.
+// where single precision must step aside, every instruction set leaves what the reference walker
+// does.
 
 #include <cmath>
 #include <functional>

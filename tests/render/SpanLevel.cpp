@@ -1,4 +1,4 @@
-// Lets the whole suite run with one instruction set: ZX_SPAN_LEVEL=plain, or a name of
+// Lets the whole suite run with one instruction set: ZX_SPAN_LEVEL=reference, or a name of
 // kSpanLevels.
 
 #include <cstdio>
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "../../src/render/SpanJob.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace {
 

@@ -1,4 +1,4 @@
-// Every instruction set must leave what the plain walker leaves, to the last bit.
+// Every instruction set must leave what the reference walker leaves, to the last bit.
 
 #include <cmath>
 #include <cstdio>
@@ -16,8 +16,8 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/types/InstructionSets-inl.h>
 
-#include "../../src/render/SpanJob.h"
 #include "RandomScene.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace {
 
@@ -36,7 +36,7 @@ int FirstDifference(const char* level, const TRandomScene& scene) {
   int different = TRandomScene::kCalls;
   while (different - same > 1) {
     const int middle = (same + different) / 2;
-    (RunAt("plain", scene, middle) == RunAt(level, scene, middle) ? same : different) = middle;
+    (RunAt("reference", scene, middle) == RunAt(level, scene, middle) ? same : different) = middle;
   }
   return different - 1;
 }
@@ -56,13 +56,13 @@ TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
   int compared = 0;
   for (int seed = 1; seed <= SceneCount(); ++seed) {
     const TRandomScene scene(static_cast<std::uint32_t>(seed));
-    const std::vector<unsigned char> plain = RunAt("plain", scene, TRandomScene::kCalls);
+    const std::vector<unsigned char> reference = RunAt("reference", scene, TRandomScene::kCalls);
     for (const char* level : kSpanLevels) {
       if (!Zx3D::LimitSpanLevel(level)) {
         continue; // not on this processor
       }
       ++compared;
-      if (scene.Run(TRandomScene::kCalls) != plain) {
+      if (scene.Run(TRandomScene::kCalls) != reference) {
         const int call = FirstDifference(level, scene);
         FAIL() << "seed " << seed << ", level " << level << ", call " << call << ": "
                << scene.Describe(call);
@@ -98,10 +98,10 @@ TEST_F(SpanLevels, TextureCoordinatesThatAreNoNumbers) {
   };
   for (const double coordinate : {std::nan(""), HUGE_VAL, -HUGE_VAL, 1e308, -1e200, 1e16}) {
     for (const unsigned int environment : {GL_REPLACE, GL_MODULATE}) {
-      const std::vector<unsigned char> plain = draw("plain", coordinate, environment);
+      const std::vector<unsigned char> reference = draw("reference", coordinate, environment);
       for (const char* level : kSpanLevels) {
         if (Zx3D::LimitSpanLevel(level)) {
-          EXPECT_EQ(draw(level, coordinate, environment), plain) << coordinate << ", " << level;
+          EXPECT_EQ(draw(level, coordinate, environment), reference) << coordinate << ", " << level;
         }
       }
     }
@@ -109,8 +109,8 @@ TEST_F(SpanLevels, TextureCoordinatesThatAreNoNumbers) {
 }
 
 TEST_F(SpanLevels, TheHookNamesAndRefuses) {
-  EXPECT_TRUE(Zx3D::LimitSpanLevel("plain"));
-  EXPECT_STREQ(Zx3D::GetSpanLevel(), "plain");
+  EXPECT_TRUE(Zx3D::LimitSpanLevel("reference"));
+  EXPECT_STREQ(Zx3D::GetSpanLevel(), "reference");
   EXPECT_EQ(Zx3D::GetSpanKernels(), nullptr);
   EXPECT_FALSE(Zx3D::LimitSpanLevel("8086"));
   EXPECT_TRUE(Zx3D::LimitSpanLevel(nullptr));
@@ -139,7 +139,7 @@ bool ProcessorHas(const std::string& level) {
 }
 
 std::string BestOfProcessor() {
-  std::string best = "plain";
+  std::string best = "reference";
   for (const char* const level : kSpanLevels) { // the better ones stand behind
     if (ProcessorHas(level)) {
       best = level;

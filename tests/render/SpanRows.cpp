@@ -1,5 +1,5 @@
 // Rows of every length, depths on the edge between two floats, and tests of whole runs: every
-// instruction set leaves what the plain walker does, in all three surfaces and in the records.
+// instruction set leaves what the reference walker does, in all three surfaces and in the records.
 
 #include <cmath>
 #include <functional>

@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ZxCore3D/render/SpanJob.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 #include "ReferenceScene.h"
 
@@ -119,7 +119,7 @@ void RunScene(unsigned int seed, bool lit, bool textured) {
   constexpr unsigned int kLevels = std::size(Zx3D::kSpanLevels);
   const unsigned int level = seed % (kLevels + 2); // one that isn't there changes nothing
   Zx3D::LimitSpanLevel(level < kLevels    ? Zx3D::kSpanLevels[level]
-                       : level == kLevels ? "plain"
+                       : level == kLevels ? "reference"
                                           : nullptr);
   const int width = 1 + dice.Below(45);
   const int height = 1 + dice.Below(33);

@@ -32,7 +32,7 @@ protected:
 
   double Real(double low, double high) { return low + (high - low) * (m_Random() / 4294967295.0); }
 
-  // Each level leaves what the plain way leaves.
+  // Each level leaves what the reference path leaves.
   void Compare(const std::function<void(TRenderCPU*)>& scene) {
     Expect("", [&scene](TRenderCPU& gl) { scene(&gl); });
   }
@@ -295,12 +295,12 @@ TEST(LineWalks, StepsAsideAreThoseOfTheErrorWalk) {
       long long error = -length;
       long long steps = 0;
       for (long long i = 0; i < length; ++i) {
-        ASSERT_EQ(walk.AsideAt(i), steps) << length << ", " << aside << ", " << i;
+        ASSERT_EQ(walk.MinorStepsAt(i), steps) << length << ", " << aside << ", " << i;
         error += 2 * aside;
         if (error >= 0) {
           error -= 2 * length;
           ++steps;
-          ASSERT_EQ(walk.FirstAside(steps), i + 1) << length << ", " << aside;
+          ASSERT_EQ(walk.FirstAtMinorStep(steps), i + 1) << length << ", " << aside;
         }
       }
     }

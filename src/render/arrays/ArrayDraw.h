@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/stages/VertexLighting.h>
+
+namespace Zx3D {
+
+/// What all vertices of an array draw share: the enabled arrays and the lighting.
+struct TArrayDraw {
+  const TRenderCPU::TAttrValue* Values;
+  unsigned long ValueCount;
+  const TLightingTerms* Lighting;
+
+  /// The array that positions come from, the last one if there are two; null if there is none.
+  const TRenderCPU::TVertexAttribPointer* Positions(const TRenderCPU& gl) const {
+    const TRenderCPU::TVertexAttribPointer* found = nullptr;
+    for (unsigned long k = 0; k < ValueCount; ++k) {
+      found = Values[k].Value == &gl.m_CurAttrib[0] ? Values[k].Pointer : found;
+    }
+    return found;
+  }
+
+  /// Makes an element the current one.
+  void Fetch(TRenderCPU* gl, unsigned long element) const {
+    for (unsigned long k = 0; k < ValueCount; ++k) {
+      Values[k].Pointer->GetValue(Values[k].Pointer, element, Values[k].Value);
+    }
+    gl->m_CurVertex = gl->m_CurAttrib[0];
+  }
+};
+
+/// What all triangles of an indexed draw share.
+struct TIndexedDraw {
+  const TArrayDraw& Arrays;
+  std::uint64_t Tag;
+  /// Where positions come from if vertices are shaded only once a triangle of theirs is drawn:
+  /// worth while with lights and culling. Null: they are shaded when they are met.
+  const TRenderCPU::TVertexAttribPointer* Positions;
+  int Written; ///< slots that the vertex shader fills: without a texture all but the last
+  TCulling Culling;
+};
+
+/// Copies the first slots of a record; sizes that the compiler knows need no call.
+inline void CopySlots(TRenderCPU::VAR_DATA* to, const TRenderCPU::VAR_DATA& from, int count) {
+  constexpr std::size_t kSlot = sizeof from.Slots[0];
+  switch (count) {
+  case 1:
+    std::memcpy(to, &from, kSlot);
+    break;
+  case 2:
+    std::memcpy(to, &from, 2 * kSlot);
+    break;
+  case 3:
+    std::memcpy(to, &from, 3 * kSlot);
+    break;
+  case 4:
+    std::memcpy(to, &from, 4 * kSlot);
+    break;
+  default:
+    std::memcpy(to, &from, static_cast<std::size_t>(count) * kSlot);
+    break;
+  }
+}
+
+} // namespace Zx3D

@@ -1,0 +1,311 @@
+#include <ZxCore3D/render/arrays/VertexBatch.h>
+
+#include <algorithm>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/arrays/ArrayDraw.h>
+#include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
+namespace Zx3D {
+
+namespace {
+
+using TPointer = TRenderCPU::TVertexAttribPointer;
+using TVec4 = vec_t_<double, 4>;
+
+constexpr int kAllPlanes = 6; // as the number of the plane to clip by from on: none
+
+// --- Fetching many
+
+using TFetchRun = void (*)(const unsigned char* from, std::ptrdiff_t stride, int count, TVec4* out);
+
+template <class TFrom, int Size>
+void FetchRun(const unsigned char* from, std::ptrdiff_t stride, int count, TVec4* out) {
+  for (int i = 0; i < count; ++i, from += stride) {
+    out[i] = FetchAt<TFrom, Size>(from);
+  }
+}
+
+using TFetchPositions = void (*)(const unsigned char* from, std::ptrdiff_t stride, int corners,
+                                 int shapes, TVertexBatch* out);
+
+// The w of a position takes no part in its transformation.
+template <class TFrom, int Size>
+void FetchPositions(const unsigned char* from, std::ptrdiff_t stride, int corners, int shapes,
+                    TVertexBatch* out) {
+  for (int s = 0; s < shapes; ++s) {
+    for (int at = s, c = 0; c < corners; ++c, at += out->Pitch, from += stride) {
+      const TVec4 v = FetchAt<TFrom, Size>(from);
+      out->X[at] = v.x;
+      out->Y[at] = v.y;
+      out->Z[at] = v.z;
+    }
+  }
+}
+
+#define ZX_BY_SIZE(fetch, from) fetch<from, 1>, fetch<from, 2>, fetch<from, 3>, fetch<from, 4>
+#define ZX_BY_FAMILY(fetch)                                                                        \
+  ZX_BY_SIZE(fetch, TFromByte), ZX_BY_SIZE(fetch, TFromNormalizedByte),                            \
+      ZX_BY_SIZE(fetch, TFromFloat), ZX_BY_SIZE(fetch, TFromDouble)
+
+// In the order of `s_AttrGetVals`.
+constexpr TFetchRun kFetchRuns[16] = {ZX_BY_FAMILY(FetchRun)};
+constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
+
+#undef ZX_BY_FAMILY
+#undef ZX_BY_SIZE
+
+} // namespace
+
+// --- The arrays of a draw call
+
+struct TBatchDraw {
+  struct TSource {
+    const TPointer* Pointer = nullptr;
+    std::size_t Kind = 0;
+  };
+
+  const TLightingTerms* Lighting = nullptr;
+  TSource Position;
+  TSource Values[3]; ///< normal, colour, texture coordinate
+  TVec4* Current[3];
+  TVertexBatch Batch = {};
+  unsigned long First = 0; ///< element of the batch's first vertex
+  int Count = 0;           ///< vertices of the batch
+  bool Fetched = false;    ///< whether `Vectors` are those of the batch
+  TVec4 Vectors[3][TVertexBatch::kMost];
+
+  // False for a fetching function that a caller put there, or if positions come from no array.
+  bool Take(TRenderCPU* gl, const TArrayDraw& arrays) {
+    const auto& known = TRenderCPU::s_AttrGetVals;
+    Current[0] = &gl->m_CurNormal;
+    Current[1] = &gl->m_CurColor;
+    Current[2] = &gl->m_CurTexCoord;
+    Lighting = arrays.Lighting;
+    for (unsigned long k = 0; k < arrays.ValueCount; ++k) {
+      const TRenderCPU::TAttrValue& value = arrays.Values[k];
+      const auto found = std::find(known.begin(), known.end(), value.Pointer->GetValue);
+      if (found == known.end()) {
+        return false;
+      }
+      const TSource source = {value.Pointer, static_cast<std::size_t>(found - known.begin())};
+      if (value.Value == &gl->m_CurAttrib[0]) {
+        Position = source; // of two arrays for it the last one counts
+      }
+      for (int i = 0; i < 3; ++i) {
+        if (value.Value == Current[i]) {
+          Values[i] = source;
+        }
+      }
+    }
+    return Position.Pointer != nullptr;
+  }
+
+  void FetchBatch(unsigned long first, int corners, int shapes) {
+    First = first;
+    Count = corners * shapes;
+    Fetched = false;
+    kFetchPositions[Position.Kind](ElementAt(*Position.Pointer, first),
+                                   Position.Pointer->EffectiveStride, corners, shapes, &Batch);
+  }
+
+  // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
+  const TVec4& ValueOf(int i, int vertex) const {
+    return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
+  }
+
+  // The other values of the batch, once something of it is seen.
+  void FetchValues() {
+    if (Fetched) {
+      return;
+    }
+    Fetched = true;
+    for (int i = 0; i < 3; ++i) {
+      if (const TPointer* const p = Values[i].Pointer) {
+        kFetchRuns[Values[i].Kind](ElementAt(*p, First), p->EffectiveStride, Count, Vectors[i]);
+      }
+    }
+  }
+};
+
+// Fills a record with a vertex of the batch, as the shader does.
+void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
+  VAR_DATA& record = m_VarCur[corner];
+  if (m_Lighting || !inside) {
+    for (int i = 0; i < 3; ++i) {
+      *draw->Current[i] = draw->ValueOf(i, vertex);
+    }
+    const TPointer* const position = draw->Position.Pointer;
+    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
+    ShadeVertex(this, &record, draw->Lighting);
+    return;
+  }
+  const TVertexBatch& batch = draw->Batch;
+  const int at = corner * batch.Pitch + shape;
+  record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
+  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
+  if (m_TexUnits[0].TexEnabled) {
+    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
+  }
+}
+
+// Draws a shape that is neither outside nor culled as a whole: its corners are filled in and go on
+// as ever.
+void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape,
+                              bool inside) {
+  draw->FetchValues();
+  for (int c = 0; c < corners; ++c) {
+    _ShadeBatched(draw, shape * corners + c, c, shape, inside);
+  }
+  const int plane = inside ? kAllPlanes : 0;
+  switch (corners) {
+  case 2:
+    if (inside) {
+      _DrawLine(m_VarCur, settled);
+    } else {
+      ClipAndRasterizeLine(m_VarCur, 0);
+    }
+    break;
+  case 3:
+    ClipAndRasterizeTriangle(m_VarCur, plane);
+    break;
+  default:
+    m_Pending = 4;
+    _AssembleQuad();
+    break;
+  }
+}
+
+// The shapes of one batch.
+void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes) {
+  const TSpanKernels& kernels = *GetSpanKernels();
+  const TVertexBatch& batch = draw->Batch;
+  kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
+  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  TShapeClasses a;
+  TShapeClasses b = {0, ~std::uint64_t{0}, 0, 0};
+  if (corners == 2) {
+    kernels.ClassifyLines(batch, shapes, &a);
+  } else {
+    kernels.ClassifyTriangles(batch, {0, 1, 2}, shapes, culling, &a);
+    if (corners == 4) {
+      kernels.ClassifyTriangles(batch, {0, 2, 3}, shapes, culling, &b);
+    }
+  }
+  const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
+  const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
+  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
+  const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
+
+  // All that is left of culled pieces is which way the last of them faced.
+  std::uint64_t done = 0;
+  const auto leaveCulled = [&](std::uint64_t before) {
+    const std::uint64_t left = culled & before & ~done;
+    done = before;
+    if (left != 0) {
+      const std::uint64_t last = std::uint64_t{1} << (63 - __builtin_clzll(left));
+      m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
+    }
+  };
+  for (; rest != 0; rest &= rest - 1) {
+    const int shape = __builtin_ctzll(rest);
+    const std::uint64_t bit = std::uint64_t{1} << shape;
+    leaveCulled(bit - 1);
+    _DrawBatched(draw, settled, corners, shape, (inside & bit) != 0);
+  }
+  leaveCulled(all);
+}
+
+// --- Points
+
+// Colours of a batch of points before they are limited: what the fragment shader takes without a
+// texture.
+const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
+  draw->FetchValues();
+  TVec4* const colors = draw->Vectors[1];
+  if (!m_Lighting) {
+    if (draw->Values[1].Pointer == nullptr) {
+      std::fill_n(colors, count, m_CurColor);
+    }
+    return colors;
+  }
+  const bool front = m_Fragment.FrontFacing;
+  const int primary = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
+  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  for (int i = 0; i < count; ++i) {
+    _ShadeBatched(draw, i, 0, i, true);
+    const VAR_DATA& v = m_VarCur[0];
+    const TVec4& a = v.Slots[primary];
+    const TVec4& b = v.Slots[secondary];
+    colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
+  }
+  return colors;
+}
+
+void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+  const TSpanKernels& kernels = *GetSpanKernels();
+  TPointBatch points;
+  kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
+  kernels.ProjectPoints(draw->Batch, count, m_Width, m_Height, &points);
+  const TVec4* const colors = _PointColors(draw, count);
+  kernels.PackColors(&colors->x, count, &points);
+  _DrawPoints(job, points, colors);
+}
+
+// --- Replay
+
+// Replays the elements of separate shapes from `first` on by batches; returns how many, all but
+// the last shape at most. That one, and what a shape lacks, goes the reference path, so that
+// current values and scratch records are left as ever.
+//
+// A shape that draws nothing leaves no record here. The plain way fills one with it, which the next
+// vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
+int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
+  int corners = 0;
+  TSpanJob job;
+  switch (m_PrimitiveMode) {
+  case GL_POINTS:
+    corners = !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&job) ? 1 : 0;
+    break;
+  case GL_LINES:
+    corners = 2;
+    break;
+  case GL_TRIANGLES:
+    corners = 3;
+    break;
+  case GL_QUADS:
+    corners = 4;
+    break;
+  default:
+    break;
+  }
+  constexpr int kLeast = 4; // shapes that a batch is worth while for
+  const int shapes = corners != 0 ? count / corners - 1 : 0;
+  if (shapes < kLeast) {
+    return 0;
+  }
+  TBatchDraw draw;
+  if (!draw.Take(this, arrays)) {
+    return 0;
+  }
+  TSpanJob* const settled = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
+  draw.Batch.Pitch = TVertexBatch::kMost / corners;
+  for (int done = 0; done < shapes;) {
+    const int next = std::min(shapes - done, draw.Batch.Pitch);
+    draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
+    if (corners == 1) {
+      _ReplayPoints(&draw, job, next);
+    } else {
+      _ReplayShapes(&draw, settled, corners, next);
+    }
+    done += next;
+  }
+  m_Pending = 0;
+  m_VertexIndex += shapes * corners;
+  return shapes * corners;
+}
+
+} // namespace Zx3D

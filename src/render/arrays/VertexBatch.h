@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Zx3D {
+
+/// Positions of the vertices of an array draw, many at a time: first as fetched, then in clip
+/// space. Corner c of shape s (a triangle, a line, ...) is entry `c * Pitch + s`.
+struct TVertexBatch {
+  static constexpr int kMost = 96;
+
+  alignas(64) double X[kMost];
+  alignas(64) double Y[kMost];
+  alignas(64) double Z[kMost];
+  alignas(64) double W[kMost];
+  int Pitch; ///< a multiple of 8
+};
+
+/// The points of a batch in the window.
+struct TPointBatch {
+  alignas(64) std::int32_t X[TVertexBatch::kMost]; ///< -1 for a point that falls on no pixel
+  alignas(64) std::int32_t Y[TVertexBatch::kMost];
+  alignas(64) float Depth[TVertexBatch::kMost];
+  alignas(64) unsigned char Bytes[4 * TVertexBatch::kMost]; ///< colours as they are written
+  int Count;
+};
+
+/// What the planes and the face mode make of each shape of a batch, as bits.
+struct TShapeClasses {
+  std::uint64_t Inside;  ///< within all planes
+  std::uint64_t Outside; ///< draws nothing: see `ClassifyTriangles`
+  std::uint64_t Culled;  ///< inside, and taken out by its face
+  std::uint64_t Front;   ///< of those that are inside, if there is culling
+};
+
+/// Which faces are taken out, and which way round the front is.
+struct TCulling {
+  bool Front;
+  bool Back;
+  bool FrontCCW;
+};
+
+} // namespace Zx3D

@@ -1,0 +1,342 @@
+// The colours of a group of pixels in single precision, with proof that the bytes are those of the
+// exact way. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANFLOATCOLORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANFLOATCOLORS_INL_H_
+#undef ZX_RENDER_SPANFLOATCOLORS_INL_H_
+#else
+#define ZX_RENDER_SPANFLOATCOLORS_INL_H_
+#endif
+
+#include <algorithm>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+#include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
+#include <ZxCore3D/render/kernels/SpanTexels-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// The values of one component of a slot.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
+  const DD d;
+  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
+  return kPerspective ? hn::Mul(value, q) : value;
+}
+
+// What perspective multiplies by at t: the reciprocal of 1/w.
+template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
+  const DD d;
+  if constexpr (kPerspective) {
+    const VD w = hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3]));
+    return hn::Div(hn::Set(d, 1.0), w);
+  } else {
+    return t; // is not read
+  }
+}
+
+// --- The proof
+//
+// The exact path works out a channel's value v in doubles and takes the truncation of v * 255 +
+// 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
+// F + margin round to it: then every value that near F has this byte, the exact one among them, and
+// a value between two bytes never lies that near. What remains is to bound |F - 255 v|.
+//
+// With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
+// row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
+// difference of two corners, both times 1/w where there is perspective:
+// - A numerator is `delta * t + begin`, where |begin| <= C R and |delta| <= max(C, D) R = E R: with
+//   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
+//   rounding begin and the sum 2 u C R: u (3 E + 2 C) p relative to 1/w. Of 1/w itself |delta| is
+//   at most R - r: relative to it, it is off by u (3 (p - 1) + p + 1) = u (4 p - 2).
+// - The numerator times the reciprocal, both rounded, is off by u (3 E + 2 C) p + u C (4 p - 1)
+//   + u C: below 9 u E p. Without perspective it is less, p being 1. A secondary colour, which C
+//   and E count in, adds a rounding of the sum: u C.
+// - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
+//   the two fractions, three products, three sums and a difference, of which no pixel meets more
+//   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
+//   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact path.
+// - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
+//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
+// - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
+//   no two values further apart: 128 u.
+// What the doubles lose, about 2^-50 p, is below the 255 u that are added, p being limited; the
+// terms of second order are below a thousandth of the first for p E up to 512.
+//
+// Nothing here can be a NaN, an infinity or so small that it loses digits in a way that matters: a
+// job's `ChannelBound` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that
+// do not exist may have any value, but they are not stored.
+inline constexpr double kRounding = 1.0 / 16777216.0;
+inline constexpr double kMaxFloatRatio = 64.0;
+
+// The margin of a row with a ratio of its 1/w: `Base + Slope * ratio`.
+struct TMarginTerms {
+  double Base;
+  double Slope;
+};
+
+inline HWY_ATTR TMarginTerms MarginTermsOf(const TSpanJob& job) {
+  constexpr double kUnit = 255.0 * kRounding * 1.001;
+  TMarginTerms terms = {1.5 * kUnit, 0.0};
+  if (job.UsesVertexColor) {
+    const bool texels = job.Texels != TTexelSource::None;
+    terms.Base += kUnit * job.ChannelBound * (texels ? 4.0 : 2.0);
+    terms.Slope = kUnit * job.ChannelBound * (texels ? 5.0 : 9.0);
+  }
+  if (job.Texels == TTexelSource::Linear) {
+    terms.Base += kUnit * job.ChannelBound * 3.6;
+  }
+  return terms;
+}
+
+// --- What a row has ready
+
+HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double scale, float* to) {
+  for (int i = 0; i < 4; ++i) {
+    to[i] = static_cast<float>(from[place + i] * scale);
+  }
+}
+
+inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    TRowFloats* floats) {
+  const bool texels = job.Texels != TTexelSource::None;
+  const double scale = texels ? 1.0 : 255.0;
+  SetFloats(row.Begin, slots.Color, scale, floats->Begin);
+  SetFloats(row.Delta, slots.Color, scale, floats->Delta);
+  if (slots.Secondary >= 0) {
+    SetFloats(row.Begin, slots.Secondary, 255.0, floats->SecondaryBegin);
+    SetFloats(row.Delta, slots.Secondary, 255.0, floats->SecondaryDelta);
+    floats->SecondaryBegin[3] = 0.0f;
+    floats->SecondaryDelta[3] = 0.0f;
+  }
+  for (int i = 0; i < 4; ++i) {
+    if ((job.ConstMask >> i & 1u) != 0) {
+      floats->Begin[i] = 0.0f;
+      floats->Delta[i] = 0.0f;
+    }
+  }
+}
+
+// Makes a row ready for single precision; false if it is not for that.
+inline HWY_ATTR bool SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    TRowFloats* floats) {
+  const int pixels = row.Last - row.First + 1;
+  if (pixels < 3 * kLanes) { // making them ready would cost more than it spares
+    return false;
+  }
+  double ratio = 1.0;
+  if (job.UsesVertexColor) {
+    if (job.Perspective) {
+      const double begin = row.Begin[3];
+      const double end = begin + row.Delta[3];
+      ratio = std::max(begin, end) / std::min(begin, end);
+      if (!(ratio <= kMaxFloatRatio)) {
+        return false;
+      }
+      floats->WBegin = static_cast<float>(begin);
+      floats->WDelta = static_cast<float>(row.Delta[3]);
+    }
+    SetUpRowColors(job, slots, row, floats);
+  }
+  floats->FallbackBudget = 3 + pixels / 64;
+  const TMarginTerms margin = MarginTermsOf(job);
+  floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
+  return true;
+}
+
+// --- Channels, pixel by pixel, in two whole vectors
+
+using DFF = hn::ScalableTag<float>;
+using DFU = hn::RebindToUnsigned<DFF>;
+using VFF = hn::Vec<DFF>;
+
+struct TChannels {
+  VFF Low, High;
+};
+
+// A value of each pixel, four times.
+HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
+  const DFF d;
+  const VFF whole = hn::ZeroExtendVector(d, value);
+#if ZX_HAS_ONE_BLOCK
+  return {hn::Broadcast<0>(whole), hn::Broadcast<1>(whole)};
+#else
+  constexpr int kHalf = HWY_LANES(double) / 2;
+  HWY_ALIGN static constexpr std::int32_t kLow[16] = {0, 0, 0, 0, 1, 1, 1, 1,
+                                                      2, 2, 2, 2, 3, 3, 3, 3};
+  HWY_ALIGN static constexpr std::int32_t kHigh[16] = {
+      kHalf,     kHalf,     kHalf,     kHalf,     kHalf + 1, kHalf + 1, kHalf + 1, kHalf + 1,
+      kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 3, kHalf + 3, kHalf + 3, kHalf + 3};
+  return {hn::TableLookupLanes(whole, hn::SetTableIndices(d, kLow)),
+          hn::TableLookupLanes(whole, hn::SetTableIndices(d, kHigh))};
+#endif
+}
+
+HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
+  const DFF d;
+  const hn::RebindToSigned<DFF> di;
+  const hn::Rebind<std::uint8_t, DFF> half;
+  const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
+  return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
+          hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
+}
+
+// delta * t + begin, times q where there is perspective.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
+                                     const TChannels& q) {
+  const DFF d;
+  const VFF b = hn::LoadDup128(d, begin);
+  const VFF m = hn::LoadDup128(d, delta);
+  TChannels value = {hn::Add(hn::Mul(m, t.Low), b), hn::Add(hn::Mul(m, t.High), b)};
+  if (kPerspective) {
+    value = {hn::Mul(value.Low, q.Low), hn::Mul(value.High, q.High)};
+  }
+  return value;
+}
+
+// The bytes of channels from 0 to 255; false if one of them may have another byte than the exact
+// way finds.
+HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float margin,
+                                             VU* packed) {
+  const DFF d;
+  const DFU du;
+  if (clamp) {
+    const VFF most = hn::Set(d, 255.0f);
+    value.Low = hn::Min(hn::Max(value.Low, hn::Zero(d)), most);
+    value.High = hn::Min(hn::Max(value.High, hn::Zero(d)), most);
+  }
+  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
+  const VFF whole = hn::Set(d, 8388608.0f);
+  const VFF by = hn::Set(d, margin);
+  const VFF low = hn::Add(hn::Sub(value.Low, by), whole);
+  const VFF high = hn::Add(hn::Sub(value.High, by), whole);
+  const auto same = hn::And(hn::Eq(low, hn::Add(hn::Add(value.Low, by), whole)),
+                            hn::Eq(high, hn::Add(hn::Add(value.High, by), whole)));
+  if (!hn::AllTrue(d, same)) {
+    return false;
+  }
+  const hn::Rebind<std::uint8_t, DFF> half;
+  const auto bytes =
+      hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, hn::BitCast(du, high)),
+                  hn::TruncateTo(half, hn::BitCast(du, low)));
+  *packed = hn::BitCast(DU(), bytes);
+  return true;
+}
+
+// --- Texels
+
+HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
+  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
+}
+
+// What a group of textured pixels has ready for its colours.
+struct TFetchedTexels {
+  VU Nearest;
+  TTexelPairs Pairs;
+  VF T;
+  VF Q; ///< 1 over 1/w
+
+  HWY_INLINE HWY_ATTR TFetchedTexels() {}
+};
+
+// Works out coordinates and fetches texels; false where only the exact path is sure.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                       VD t, TFetchedTexels* ready) {
+  const DF df;
+  const VD q = PerspectiveAt<kPerspective>(row, t);
+  const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
+  const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
+  if (job.UsesVertexColor) {
+    ready->T = hn::DemoteTo(df, t);
+    if (kPerspective) {
+      ready->Q = hn::DemoteTo(df, q);
+    }
+  }
+  if constexpr (kTexels == TTexelSource::Nearest) {
+    return FetchInRangeNearest(job, across, along, &ready->Nearest) ||
+           FetchWrappedNearest(*job.Sampler, across, along, &ready->Nearest);
+  } else {
+    return FetchInRangePairs(job, across, along, &ready->Pairs) ||
+           FetchWrappedPairs(*job.Sampler, across, along, &ready->Pairs);
+  }
+}
+
+// Mixes four texels of each pixel, by the steps of the sampler.
+HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
+  const DU du;
+  const TChannels fu = Spread(texels.FractionU);
+  const TChannels fv = Spread(texels.FractionV);
+  const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
+  const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
+  const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
+  const TChannels c11 = ChannelsOf(hn::UpperHalf(du, texels.Right));
+  return {
+      MixFloats(MixFloats(c00.Low, c10.Low, fu.Low), MixFloats(c01.Low, c11.Low, fu.Low), fv.Low),
+      MixFloats(MixFloats(c00.High, c10.High, fu.High), MixFloats(c01.High, c11.High, fu.High),
+                fv.High)};
+}
+
+// Packed colours of textured pixels; false where only the exact path is sure.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                       const TRowFloats& floats, const TFetchedTexels& ready,
+                                       VU* packed) {
+  if (kTexels == TTexelSource::Nearest && !job.UsesVertexColor) {
+    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
+    // place, also when it is multiplied by a 1 that interpolation left so near.
+    *packed = ready.Nearest;
+    return true;
+  }
+  TChannels value =
+      kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
+  if (job.UsesVertexColor) {
+    const TChannels t = Spread(ready.T);
+    const TChannels q = kPerspective ? Spread(ready.Q) : t;
+    const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
+    value = {hn::Mul(value.Low, tint.Low), hn::Mul(value.High, tint.High)};
+    if (slots.Secondary >= 0) {
+      const TChannels sum =
+          SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
+      value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
+    }
+  }
+  return BytesByRoundingTest(value, job.Clamp, floats.Margin, packed);
+}
+
+// The same without a texture.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR bool UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                         const TRow& row, VD t, VU* packed) {
+  const DF df;
+  const TRowFloats& floats = *row.Floats;
+  const VF near = hn::DemoteTo(df, t);
+  const TChannels ts = Spread(near);
+  TChannels q = ts;
+  if constexpr (kPerspective) {
+    const VF w = hn::Add(hn::Mul(hn::Set(df, floats.WDelta), near), hn::Set(df, floats.WBegin));
+    q = Spread(hn::Div(hn::Set(df, 1.0f), w));
+  }
+  TChannels value = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
+  if (slots.Secondary >= 0) {
+    const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
+    value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
+  }
+  if (!BytesByRoundingTest(value, job.Clamp, floats.Margin, packed)) {
+    return false;
+  }
+  *packed = hn::Or(*packed, hn::Set(DU(), job.ConstColor));
+  return true;
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,211 @@
+// The pixels of a line: along rows as rows are drawn, anywhere else by way of copies. Included once
+// for each instruction set.
+
+#if defined(ZX_RENDER_SPANLINE_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANLINE_INL_H_
+#undef ZX_RENDER_SPANLINE_INL_H_
+#else
+#define ZX_RENDER_SPANLINE_INL_H_
+#endif
+
+#include <algorithm>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+#include <ZxCore3D/render/kernels/SpanRows-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// Pixels from `First` to `Last` of a row that a line covers; where it goes to the left, the last in
+// its order is the first in the row.
+struct TLineRun {
+  int Y;
+  int First;
+  int Last;
+  bool Leftward;
+};
+
+HWY_INLINE HWY_ATTR VD LineParameter(const TRow& row, int axis, VD at) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  const VD one = hn::Set(d, 1.0);
+  VD t = hn::Div(hn::Sub(at, hn::Set(d, row.Begin[axis])), hn::Set(d, row.Delta[axis]));
+  t = hn::IfThenElse(hn::Lt(t, zero), zero, t);
+  return hn::IfThenElse(hn::Gt(t, one), one, t);
+}
+
+inline HWY_ATTR double LineParameter(const TRow& row, int axis, int at) {
+  const double t = (at - row.Begin[axis]) / row.Delta[axis];
+  return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+}
+
+// As columns.
+HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowResult* result) {
+  if (!leftward) {
+    RecordGroup(group, x, result);
+    return;
+  }
+  if (group.Stencil != 0 && result->LastDepthTested < 0) {
+    result->LastDepthTested = x + __builtin_ctz(group.Stencil);
+  }
+  if (group.Shaded != 0 && result->LastShaded < 0) {
+    result->LastShaded = x + __builtin_ctz(group.Shaded);
+  }
+}
+
+// A run as a row is drawn.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
+                                             const TRow& row, const TLineRun& run) {
+  const DD d;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
+  if (kTexels == TTexelSource::None && !job.DepthWrite && IsFill(job, row)) {
+    FillRun(hn::ScalableTag<std::uint32_t>(), job.ConstColor, targetsAt(run.First).Color,
+            static_cast<std::size_t>(run.Last - run.First + 1));
+    const int last = run.Leftward ? run.First : run.Last;
+    return {last, last};
+  }
+  TRowResult result = {-1, -1};
+  int x = run.First;
+  for (; x + lanes - 1 <= run.Last; x += lanes) {
+    const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
+    RecordRunGroup(
+        DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, kLanes, targetsAt(x)), x,
+        run.Leftward, &result);
+  }
+  if (x > run.Last) {
+    return result;
+  }
+  const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
+  RecordRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
+                     job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
+                 x, run.Leftward, &result);
+  return result;
+}
+
+// Pixels that lie anywhere: by way of copies, no pixel twice. As numbers of pixels.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
+                                               const TRow& row, const TLineWalk& walk) {
+  constexpr std::size_t kMaxLanes = HWY_LANES(double);
+  const DD d;
+  const DI di;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const VD length = hn::Set(d, static_cast<double>(walk.Length));
+  const VD twice = hn::Set(d, static_cast<double>(2 * walk.Length));
+  const VD aside = hn::Set(d, static_cast<double>(2 * walk.Minor));
+  const int other = 1 - walk.Axis;
+  TRowResult result = {-1, -1};
+  for (int first = walk.First; first <= walk.Last; first += lanes) {
+    const int count = walk.Last - first + 1 < lanes ? walk.Last - first + 1 : lanes;
+    // The quotient's floor is exact: dividend and divisor are integers below 2^53, and a quotient
+    // below an integer stays below it by 1 / (2 * Length), far more than rounding moves it.
+    const VD i = hn::Iota(d, static_cast<double>(first));
+    const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(aside, i), length), twice));
+    const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
+                             hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
+    const VD across = hn::Add(hn::Set(d, static_cast<double>(walk.From[other])),
+                              hn::Mul(hn::Set(d, static_cast<double>(walk.Step[other])), steps));
+    HWY_ALIGN std::int32_t at[2][kMaxLanes];
+    HWY_ALIGN double t[kMaxLanes];
+    hn::Store(hn::DemoteTo(di, along), di, at[walk.Axis]);
+    hn::Store(hn::DemoteTo(di, across), di, at[other]);
+    hn::Store(LineParameter(row, walk.Axis, along), d, t);
+
+    TGroupTargets pixels[kMaxLanes];
+    for (int k = 0; k < count; ++k) {
+      pixels[k] = TargetsAt(job, at[0][k], at[1][k]);
+    }
+    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, t,
+                                                        static_cast<std::size_t>(count), pixels),
+                first, &result);
+  }
+  return result;
+}
+
+// How long the runs of a line are, on average, for which it is drawn by runs.
+inline constexpr long long kRunLength = 2 * HWY_LANES(double);
+
+// As numbers of pixels.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRow& row, const TLineWalk& walk) {
+  if (walk.Axis != 0 || walk.Minor * kRunLength > walk.Length) {
+    return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
+  }
+  TRowResult result = {-1, -1};
+  const bool leftward = walk.Step[0] < 0;
+  for (int first = walk.First; first <= walk.Last;) {
+    const long long k = walk.MinorStepsAt(first);
+    int last = walk.Last;
+    if (walk.Minor != 0) {
+      last = static_cast<int>(std::min<long long>(last, walk.FirstAtMinorStep(k + 1) - 1));
+    }
+    const int a = walk.From[0] + walk.Step[0] * first;
+    const int b = walk.From[0] + walk.Step[0] * last;
+    const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
+                          leftward ? a : b, leftward};
+    const TRowResult drawn = job.Stencil != nullptr
+                                 ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, run)
+                                 : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, run);
+    if (drawn.LastDepthTested >= 0) {
+      result.LastDepthTested = (drawn.LastDepthTested - walk.From[0]) * walk.Step[0];
+    }
+    if (drawn.LastShaded >= 0) {
+      result.LastShaded = (drawn.LastShaded - walk.From[0]) * walk.Step[0];
+    }
+    first = last + 1;
+  }
+  return result;
+}
+
+using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                 const TLineWalk& walk);
+
+inline constexpr TDrawWalk kLineKernels[4][2] = {
+    {DrawWalk<TTexelSource::None, false>, DrawWalk<TTexelSource::None, true>},
+    {DrawWalk<TTexelSource::Nearest, false>, DrawWalk<TTexelSource::Nearest, true>},
+    {DrawWalk<TTexelSource::Linear, false>, DrawWalk<TTexelSource::Linear, true>},
+    {DrawWalk<TTexelSource::Sampler, false>, DrawWalk<TTexelSource::Sampler, true>},
+};
+
+// A line between vertices 0 and 1 of the job.
+inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
+  const TRowSlots slots = RowSlotsOf(*job);
+  TRows rows;
+  for (int s = 0; s < slots.Count; ++s) {
+    const double* const begin = &job->Vertex[0][slots.Source[s]].x;
+    const double* const end = &job->Vertex[1][slots.Source[s]].x;
+    for (int i = 0; i < 4; ++i) {
+      rows.Begin[4 * s + i][0] = begin[i];
+      rows.Delta[4 * s + i][0] = end[i] - begin[i];
+    }
+  }
+  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
+  const TRowResult result =
+      kLineKernels[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
+  const auto partAt = [&](int i) {
+    return LineParameter(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
+  };
+  if (result.LastDepthTested >= 0) {
+    job->DepthSet = true;
+    job->LastDepth = DepthAtT(*job, row, partAt(result.LastDepthTested));
+  }
+  if (result.LastShaded >= 0) {
+    job->ColorSet = true;
+    walk.At(result.LastShaded, &job->LastX, &job->LastY);
+    job->LastT = partAt(result.LastShaded);
+    job->LastColor = ColorAt(*job, slots, row, job->LastT);
+  }
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,271 @@
+// The rows of a triangle as the span kernels see them. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANROWSETUP_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANROWSETUP_INL_H_
+#undef ZX_RENDER_SPANROWSETUP_INL_H_
+#else
+#define ZX_RENDER_SPANROWSETUP_INL_H_
+#endif
+
+#include <algorithm>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using DD = hn::ScalableTag<double>;
+using DI = hn::Rebind<std::int32_t, DD>;
+using DU = hn::Rebind<std::uint32_t, DD>;
+using DF = hn::Rebind<float, DD>;
+using VD = hn::Vec<DD>;
+using VI = hn::Vec<DI>;
+using VU = hn::Vec<DU>;
+using VF = hn::Vec<DF>;
+using MD = hn::Mask<DD>;
+using MI = hn::Mask<DI>;
+
+// Slots in the order in which a row keeps them; those that nothing reads are left out at the end.
+inline constexpr int kMaxSlots = 4;
+
+// Lanes of a vector of doubles; rows are made as many at a time.
+inline constexpr int kLanes = static_cast<int>(HWY_LANES(double));
+
+// The places of the interpolated slots within a row, in doubles; -1 for those that are left out.
+struct TRowSlots {
+  int Count; ///< slots, the position among them
+  int Source[kMaxSlots];
+  int Color;
+  int Secondary;
+  int Tex;
+};
+
+inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
+  TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
+  const auto add = [&slots](int source, int* place) {
+    if (source >= 0) {
+      *place = 4 * slots.Count;
+      slots.Source[slots.Count++] = source;
+    }
+  };
+  add(job.ColorSlot, &slots.Color);
+  add(job.SecondarySlot, &slots.Secondary);
+  add(job.TexSlot, &slots.Tex);
+  return slots;
+}
+
+// The value of each place in one of the rows that were made together.
+struct TRowComponents {
+  const double* At;
+  double operator[](int place) const { return At[place * kLanes]; }
+};
+
+// What a row's pixels read to be coloured in single precision: see SpanFloatColors-inl.h.
+struct TRowFloats {
+  alignas(16) float Begin[4]; ///< of the colour
+  alignas(16) float Delta[4];
+  alignas(16) float SecondaryBegin[4];
+  alignas(16) float SecondaryDelta[4];
+  float WBegin;
+  float WDelta;
+  float Margin;
+  int FallbackBudget; ///< groups that may still prove unsure before the row goes the exact path
+};
+
+// A row between its two ends: `Begin` at the left, `Delta` to the right one.
+struct TRow {
+  TRowComponents Begin;
+  TRowComponents Delta;
+  int First; ///< first covered pixel
+  int Last;  ///< last covered pixel
+  int Y;
+  TRowFloats* Floats; ///< null: the exact path
+};
+
+// Rows that were made together, one a lane.
+struct TRows {
+  HWY_ALIGN double Begin[4 * kMaxSlots][kLanes];
+  HWY_ALIGN double Delta[4 * kMaxSlots][kLanes];
+  HWY_ALIGN int First[kLanes];
+  HWY_ALIGN int Last[kLanes];
+  HWY_ALIGN int Y[kLanes];
+
+  TRow At(int lane) const {
+    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], nullptr};
+  }
+};
+
+// From the lower end to the upper one.
+struct TRowEdge {
+  const vec_t_<double, 4>* Begin;
+  const vec_t_<double, 4>* End;
+
+  double DeltaY() const { return End[0].y - Begin[0].y; }
+};
+
+HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
+  const vec_t_<double, 4>* const ends[2] = {job.Vertex[from], job.Vertex[to]};
+  const int upward = ends[1][0].y >= ends[0][0].y ? 1 : 0;
+  return {ends[1 - upward], ends[upward]};
+}
+
+// A triangle as two runs of rows: those that the edge longest in y shares with each of the others,
+// in the order of drawing.
+struct TRowPlan {
+  TRowEdge Long;
+  TRowEdge Short[2];
+  int First[2];
+  int Count[2];
+};
+
+// Which edge comes out longest is a matter of chance: the choice is made without branches.
+HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
+  const TRowEdge e0 = RowEdgeOf(job, 0, 1);
+  const TRowEdge e1 = RowEdgeOf(job, 1, 2);
+  const TRowEdge e2 = RowEdgeOf(job, 2, 0);
+  const TRowEdge edges[5] = {e0, e1, e2, e0, e1};
+  const double d0 = e0.DeltaY();
+  const double d1 = e1.DeltaY();
+  const int second = d1 > d0 ? 1 : 0;
+  const double most = std::max(d0, d1);
+  const int third = e2.DeltaY() > most ? 1 : 0;
+  const int longest = 2 * third + second * (1 - third);
+  TRowPlan plan = {edges[longest], {edges[longest + 1], edges[longest + 2]}, {0, 0}, {0, 0}};
+  if (plan.Long.DeltaY() == 0.0) {
+    return plan;
+  }
+  for (int half = 0; half < 2; ++half) {
+    const TRowEdge& edge = plan.Short[half];
+    int last = 0;
+    if (edge.DeltaY() != 0.0 &&
+        PixelRange(edge.Begin[0].y + 0.5, edge.End[0].y, job.Height, &plan.First[half], &last)) {
+      plan.Count[half] = last - plan.First[half] + 1;
+    }
+  }
+  return plan;
+}
+
+HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(DD(), mask, bits);
+  return bits[0];
+}
+
+// Which rows of those made together are crossed by both edges, which of them cover pixels, and how
+// many.
+struct TRowSets {
+  unsigned int Crossed;
+  unsigned int Covered;
+  unsigned int Long; ///< more than is short
+};
+
+// Makes the rows from the one numbered `start` on, in the order of drawing. Those of up to
+// `shortPixels` are not long.
+HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slots,
+                                       const TRowPlan& plan, int start, int shortPixels,
+                                       TRows* rows) {
+  const DD d;
+  const DI di;
+  const VD zero = hn::Zero(d);
+  const VD one = hn::Set(d, 1.0);
+  const VD index = hn::Iota(d, static_cast<double>(start));
+  const MD second = hn::Ge(index, hn::Set(d, plan.Count[0]));
+  const VD y = hn::Add(index, hn::IfThenElse(second, hn::Set(d, plan.First[1] - plan.Count[0]),
+                                             hn::Set(d, plan.First[0])));
+  struct TPart {
+    VD Begin;
+    VD Delta;
+  };
+  const auto longPart = [&](int slot, int i) HWY_ATTR {
+    const VD begin = hn::Set(d, (&plan.Long.Begin[slot].x)[i]);
+    return TPart{begin, hn::Sub(hn::Set(d, (&plan.Long.End[slot].x)[i]), begin)};
+  };
+  const auto shortPart = [&](int slot, int i) HWY_ATTR {
+    const TRowEdge* const edge = plan.Short;
+    const VD begin = hn::IfThenElse(second, hn::Set(d, (&edge[1].Begin[slot].x)[i]),
+                                    hn::Set(d, (&edge[0].Begin[slot].x)[i]));
+    const VD end = hn::IfThenElse(second, hn::Set(d, (&edge[1].End[slot].x)[i]),
+                                  hn::Set(d, (&edge[0].End[slot].x)[i]));
+    return TPart{begin, hn::Sub(end, begin)};
+  };
+  const auto timeOf = [&](const TPart& part)
+                          HWY_ATTR { return hn::Div(hn::Sub(y, part.Begin), part.Delta); };
+  const auto valueAt = [](const TPart& part, VD t)
+                           HWY_ATTR { return hn::Add(hn::Mul(part.Delta, t), part.Begin); };
+  const VD ta = timeOf(longPart(0, 1));
+  const VD tb = timeOf(shortPart(0, 1));
+  MD live = hn::And(hn::Ge(hn::Min(ta, tb), zero), hn::Lt(hn::Max(ta, tb), one));
+  live = hn::And(live, hn::Lt(index, hn::Set(d, plan.Count[0] + plan.Count[1])));
+  const unsigned int crossed = LaneBits(live);
+
+  const VD xa = valueAt(longPart(0, 0), ta);
+  const VD xb = valueAt(shortPart(0, 0), tb);
+  const MD rightward = hn::Ge(xb, xa);
+  const VD begin = hn::IfThenElse(rightward, xa, xb);
+  const VD end = hn::IfThenElse(rightward, xb, xa);
+  const VD delta = hn::Sub(end, begin);
+  const VD width = hn::Set(d, job.Width);
+  const VD from = hn::Add(begin, hn::Set(d, 0.5));
+  live = hn::And(live, hn::Gt(delta, zero));
+  live = hn::And(live, hn::And(hn::Lt(from, width), hn::Gt(end, hn::Set(d, -1.0))));
+  // t of a pixel is (x - begin) / delta. With delta above 0 and nothing near the ends of the range
+  // it is below 0 just when the difference is, and 1 or above just when the difference is not below
+  // delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both can be
+  // true of no more than the outermost pixel, since the next is a whole pixel further in.
+  VD first = hn::Trunc(hn::Max(from, zero));
+  VD last = hn::Trunc(hn::Min(end, hn::Sub(width, one)));
+  first = hn::Add(first, hn::IfThenElseZero(hn::Lt(hn::Sub(first, begin), zero), one));
+  last = hn::Sub(last, hn::IfThenElseZero(hn::Ge(hn::Sub(last, begin), delta), one));
+  live = hn::And(live, hn::Le(first, last));
+
+  hn::Store(begin, d, rows->Begin[0]);
+  hn::Store(delta, d, rows->Delta[0]);
+  hn::Store(hn::DemoteTo(di, first), di, rows->First);
+  hn::Store(hn::DemoteTo(di, last), di, rows->Last);
+  hn::Store(hn::DemoteTo(di, y), di, rows->Y);
+  const auto makePart = [&](int slot, int place, int i) HWY_ATTR {
+    const VD atA = valueAt(longPart(slot, i), ta);
+    const VD atB = valueAt(shortPart(slot, i), tb);
+    const VD left = hn::IfThenElse(rightward, atA, atB);
+    const VD right = hn::IfThenElse(rightward, atB, atA);
+    hn::Store(left, d, rows->Begin[place + i]);
+    hn::Store(hn::Sub(right, left), d, rows->Delta[place + i]);
+  };
+  makePart(0, 0, 2); // z is always read: the record has the depth
+  if (job.Perspective) {
+    makePart(0, 0, 3);
+  }
+  if (slots.Color >= 0) {
+    makePart(job.ColorSlot, slots.Color, 0);
+    makePart(job.ColorSlot, slots.Color, 1);
+    makePart(job.ColorSlot, slots.Color, 2);
+    if (job.RecordColor || (job.ConstMask & 8u) == 0) {
+      makePart(job.ColorSlot, slots.Color, 3);
+    }
+  }
+  if (slots.Secondary >= 0) {
+    makePart(job.SecondarySlot, slots.Secondary, 0);
+    makePart(job.SecondarySlot, slots.Secondary, 1);
+    makePart(job.SecondarySlot, slots.Secondary, 2);
+  }
+  if (slots.Tex >= 0) {
+    makePart(job.TexSlot, slots.Tex, 0);
+    makePart(job.TexSlot, slots.Tex, 1);
+  }
+  const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, shortPixels));
+  return {crossed, LaneBits(live), LaneBits(hn::And(live, longer))};
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,366 @@
+// Texels for the span kernels, many at a time, with the indices and the bits of the texture
+// sampler. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANTEXELS_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANTEXELS_INL_H_
+#undef ZX_RENDER_SPANTEXELS_INL_H_
+#else
+#define ZX_RENDER_SPANTEXELS_INL_H_
+#endif
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+#include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+struct TTexels {
+  VD R, G, B, A;
+};
+
+// Whether every value can be truncated to 32 bits, with room for a neighbour.
+HWY_INLINE HWY_ATTR bool FitsIndex(VD v) {
+  const DD d;
+  return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, 2147483000.0)));
+}
+
+// Truncation, one less for what is negative.
+HWY_INLINE HWY_ATTR VI FlooredIndex(VD v, VD signOf) {
+  const DD d;
+  const DI di;
+  const VI truncated = hn::DemoteTo(di, v);
+  // All ones where negative: adding it takes one away. A sum with -0.0 keeps zeros positive.
+  const VD below = hn::IfThenElseZero(hn::Lt(signOf, hn::Zero(d)), hn::Set(d, -1.0));
+  return hn::Add(truncated, hn::DemoteTo(di, below));
+}
+
+// Indices by the wrap mode; `outside` collects those that a border mode finds out of range. They
+// become 0, so that something can be read.
+HWY_INLINE HWY_ATTR VI WrapIndex(VI i, std::uint32_t mode, std::int32_t n, MI* outside) {
+  const DI di;
+  const DD d;
+  const VI zero = hn::Zero(di);
+  const VI size = hn::Set(di, n);
+  const VI last = hn::Set(di, n - 1);
+  switch (mode) {
+  case GL_REPEAT: {
+    if ((n & (n - 1)) == 0) {
+      const VI rest = hn::And(i, last);
+      // A negative multiple of n repeats to n itself.
+      const MI toEnd = hn::And(hn::Lt(i, zero), hn::Eq(rest, zero));
+      return hn::IfThenElse(toEnd, size, rest);
+    }
+    const VD whole = hn::PromoteTo(d, i);
+    const VD sizeD = hn::Set(d, n);
+    // Exact: an index below 2^31 over n is never so near an integer that the quotient rounds to it.
+    const VI times = hn::DemoteTo(di, hn::Div(whole, sizeD));
+    const VI rest = hn::Sub(i, hn::Mul(times, size));
+    return hn::Add(rest, hn::IfThenElseZero(hn::Lt(i, zero), size));
+  }
+  case GL_CLAMP_TO_EDGE:
+    return hn::Min(hn::Max(i, zero), last);
+  default: {
+    const MI out = hn::Or(hn::Lt(i, zero), hn::Gt(i, last));
+    *outside = hn::Or(*outside, out);
+    return hn::IfThenZeroElse(out, i);
+  }
+  }
+}
+
+HWY_INLINE HWY_ATTR VU FetchTexels(const DATASURFACE& surface, VI i, VI j) {
+  const DI di;
+  const VI offset = hn::Add(hn::ShiftLeft<2>(i), hn::Mul(j, hn::Set(di, surface.RowStride)));
+  return hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data), offset);
+}
+
+template <int kShift> HWY_INLINE HWY_ATTR VD ByteChannel(VU texels) {
+  const DU du;
+  const VU byte = kShift == 24 ? hn::ShiftRight<24>(texels)
+                               : hn::And(hn::ShiftRight<kShift>(texels), hn::Set(du, 255u));
+  const VD value = hn::PromoteTo(DD(), hn::BitCast(DI(), byte));
+  return hn::Mul(value, hn::Set(DD(), 0.00392156862745098));
+}
+
+// A mask of 32-bit lanes as one of 64-bit lanes.
+HWY_INLINE HWY_ATTR hn::Mask<DD> PromotedMask(MI mask) {
+  const VI ones = hn::VecFromMask(DI(), mask);
+  return hn::Lt(hn::PromoteTo(DD(), ones), hn::Zero(DD()));
+}
+
+HWY_INLINE HWY_ATTR VD BorderOr(hn::Mask<DD> border, double color, VD texel) {
+  return hn::IfThenElse(border, hn::Set(DD(), color), texel);
+}
+
+HWY_INLINE HWY_ATTR TTexels UnpackTexels(VU packed) {
+  return {ByteChannel<0>(packed), ByteChannel<8>(packed), ByteChannel<16>(packed),
+          ByteChannel<24>(packed)};
+}
+
+HWY_INLINE HWY_ATTR void PutBorder(const TRenderCPU::TTexSampler& sampler, MI outside,
+                                   TTexels* texels) {
+  if (hn::AllFalse(DI(), outside)) {
+    return;
+  }
+  const hn::Mask<DD> border = PromotedMask(outside);
+  texels->R = BorderOr(border, sampler.m_BorderColor.x, texels->R);
+  texels->G = BorderOr(border, sampler.m_BorderColor.y, texels->G);
+  texels->B = BorderOr(border, sampler.m_BorderColor.z, texels->B);
+  texels->A = BorderOr(border, sampler.m_BorderColor.w, texels->A);
+}
+
+// The sampler's own function, pixel by pixel.
+HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+  constexpr std::size_t kMaxLanes = HWY_LANES(double);
+  HWY_ALIGN double at[2][kMaxLanes];
+  HWY_ALIGN double channel[4][kMaxLanes];
+  const DD d;
+  hn::Store(s, d, at[0]);
+  hn::Store(t, d, at[1]);
+  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
+    const vec_t_<double, 4> st = {at[0][i], at[1][i], 0.0, 1.0};
+    vec_t_<double, 4> texel = {0, 0, 0, 0};
+    (sampler->*sampler->m_GetValue)(st, &texel);
+    channel[0][i] = texel.x;
+    channel[1][i] = texel.y;
+    channel[2][i] = texel.z;
+    channel[3][i] = texel.w;
+  }
+  return {hn::Load(d, channel[0]), hn::Load(d, channel[1]), hn::Load(d, channel[2]),
+          hn::Load(d, channel[3])};
+}
+
+// --- Nearest
+
+// The packed texels; lanes of `outside` have the border's colour instead. False if an index does
+// not fit.
+HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                      VU* texels, MI* outside) {
+  const DD d;
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
+  if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  *outside = hn::MaskFromVec(hn::Zero(DI()));
+  const VI i = WrapIndex(FlooredIndex(u, s), sampler.m_WrapS, surface.Width, outside);
+  const VI j = WrapIndex(FlooredIndex(v, t), sampler.m_WrapT, surface.Height, outside);
+  *texels = FetchTexels(surface, i, j);
+  return true;
+}
+
+HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+  VU packed = hn::Zero(DU());
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
+    return SampledTexels(sampler, s, t);
+  }
+  TTexels texels = UnpackTexels(packed);
+  PutBorder(*sampler, outside, &texels);
+  return texels;
+}
+
+// --- Linear
+
+// Where the four texels of each pixel stand, and how they are mixed.
+struct TLinearPlaces {
+  VI X0, X1, Y0, Y1;
+  VD FractionU, FractionV;
+  MI Outside0, Outside1, OutsideB, OutsideT;
+
+  // Vectors of NEON have constructors; one that the compiler adds here would be for no target.
+  HWY_INLINE HWY_ATTR TLinearPlaces() {}
+
+  HWY_INLINE HWY_ATTR bool IsInside() const {
+    return hn::AllFalse(DI(), hn::Or(hn::Or(Outside0, Outside1), hn::Or(OutsideB, OutsideT)));
+  }
+};
+
+// False if an index does not fit.
+HWY_INLINE HWY_ATTR bool FindLinear(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                    TLinearPlaces* at) {
+  const DD d;
+  const DI di;
+  const VD half = hn::Set(d, 0.5);
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (!FitsIndex(u) || !FitsIndex(v)) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VI left = FlooredIndex(u, u);
+  const VI bottom = FlooredIndex(v, v);
+  at->FractionU = hn::Sub(u, hn::PromoteTo(d, left));
+  at->FractionV = hn::Sub(v, hn::PromoteTo(d, bottom));
+  const VI one = hn::Set(di, 1);
+  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = hn::MaskFromVec(hn::Zero(di));
+  at->X0 = WrapIndex(left, sampler.m_WrapS, surface.Width, &at->Outside0);
+  at->X1 = WrapIndex(hn::Add(left, one), sampler.m_WrapS, surface.Width, &at->Outside1);
+  at->Y0 = WrapIndex(bottom, sampler.m_WrapT, surface.Height, &at->OutsideB);
+  at->Y1 = WrapIndex(hn::Add(bottom, one), sampler.m_WrapT, surface.Height, &at->OutsideT);
+  return true;
+}
+
+HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) {
+  const VD a = hn::Add(hn::Mul(hn::Sub(c10, c00), fu), c00);
+  const VD b = hn::Add(hn::Mul(hn::Sub(c11, c01), fu), c01);
+  return hn::Add(hn::Mul(hn::Sub(b, a), fv), a);
+}
+
+HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+  TLinearPlaces at;
+  if (!FindLinear(*sampler, s, t, &at)) {
+    return SampledTexels(sampler, s, t);
+  }
+  const DATASURFACE& surface = *sampler->m_Surface;
+  TTexels c00 = UnpackTexels(FetchTexels(surface, at.X0, at.Y0));
+  TTexels c10 = UnpackTexels(FetchTexels(surface, at.X1, at.Y0));
+  TTexels c01 = UnpackTexels(FetchTexels(surface, at.X0, at.Y1));
+  TTexels c11 = UnpackTexels(FetchTexels(surface, at.X1, at.Y1));
+  if (!at.IsInside()) {
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideB), &c00);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideB), &c10);
+    PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideT), &c01);
+    PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideT), &c11);
+  }
+  const VD fu = at.FractionU;
+  const VD fv = at.FractionV;
+  return {MixVectors(c00.R, c10.R, c01.R, c11.R, fu, fv),
+          MixVectors(c00.G, c10.G, c01.G, c11.G, fu, fv),
+          MixVectors(c00.B, c10.B, c01.B, c11.B, fu, fv),
+          MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
+}
+
+// --- Packed, for the way in single precision
+
+using DU2 = hn::Repartition<std::uint32_t, DD>;
+using DU64 = hn::RebindToUnsigned<DD>;
+using VU64 = hn::Vec<DU64>;
+
+// The four texels of each pixel, those to the left and those to the right, the lower ones in the
+// low halves; and how they are mixed.
+struct TTexelPairs {
+  hn::Vec<DU2> Left, Right;
+  VF FractionU, FractionV;
+
+  HWY_INLINE HWY_ATTR TTexelPairs() {}
+};
+
+// Any texels within the texture. False where an index does not fit or a border shows.
+HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                               VU* texels) {
+  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
+}
+
+HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                             TTexelPairs* pairs) {
+  TLinearPlaces at;
+  if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
+    return false;
+  }
+  const DU2 du;
+  const DATASURFACE& surface = *sampler.m_Surface;
+  pairs->Left =
+      hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
+  pairs->Right =
+      hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
+  pairs->FractionU = hn::DemoteTo(DF(), at.FractionU);
+  pairs->FractionV = hn::DemoteTo(DF(), at.FractionV);
+  return true;
+}
+
+#if ZX_HAS_GATHERS
+
+// From 2^52 on doubles are whole numbers, which stand in the low bits.
+HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
+  const DD d;
+  const DU64 du;
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, 4503599627370496.0))),
+                 hn::Set(du, std::uint64_t{mask}));
+}
+
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double mostU, VD v, double mostV) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, mostU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, mostV)))));
+}
+
+HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
+  const DU2 du;
+  return hn::MulEven(hn::BitCast(du, j),
+                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
+}
+
+// Texels at coordinates that are not below 0, where only a mask wraps; false if there are others.
+HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  const DD d;
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
+  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VU64 i = WholeIndex(hn::Floor(u), job.MaskX);
+  const VU64 j = WholeIndex(hn::Floor(v), job.MaskY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(i), RowOffset(surface, j));
+  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+  return true;
+}
+
+// The same for four texels, when the two of each row are neighbours: they come in one load.
+HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+  const DD d;
+  const DU64 du64;
+  const DU2 du;
+  const VD half = hn::Set(d, 0.5);
+  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
+    return false;
+  }
+  const VD left = hn::Floor(u);
+  const VD bottom = hn::Floor(v);
+  const VU64 x = WholeIndex(left, job.MaskX);
+  if (HWY_UNLIKELY(!hn::AllFalse(du64, hn::Eq(x, hn::Set(du64, std::uint64_t{job.MaskX}))))) {
+    return false;
+  }
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+  const VU64 across = hn::ShiftLeft<2>(x);
+  const auto fetch = [&](VD row) HWY_ATTR {
+    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, job.MaskY)));
+    return hn::BitCast(du,
+                       hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+  };
+  const auto low = fetch(bottom);
+  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
+  pairs->Left = hn::ConcatEven(du, high, low);
+  pairs->Right = hn::ConcatOdd(du, high, low);
+  pairs->FractionU = hn::DemoteTo(DF(), hn::Sub(u, left));
+  pairs->FractionV = hn::DemoteTo(DF(), hn::Sub(v, bottom));
+  return true;
+}
+
+#else // without gathers there is nothing to gain
+
+HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob&, VD, VD, VU*) { return false; }
+HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob&, VD, VD, TTexelPairs*) { return false; }
+
+#endif
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,125 @@
+// The rows of a triangle. Included once for each instruction set.
+
+#if defined(ZX_RENDER_SPANTRIANGLE_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANTRIANGLE_INL_H_
+#undef ZX_RENDER_SPANTRIANGLE_INL_H_
+#else
+#define ZX_RENDER_SPANTRIANGLE_INL_H_
+#endif
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+#include <ZxCore3D/render/kernels/SpanShortRows-inl.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+// Draws rows that were made together.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                                    unsigned int covered, int start, TLastPixels* last) {
+  TRowFloats floats;
+  for (; covered != 0; covered &= covered - 1) {
+    const int lane = __builtin_ctz(covered);
+    TRow row = rows.At(lane);
+    if (job.ChannelBound > 0.0 && job.ConstMask != 15 && SetUpRowFloats(job, slots, row, &floats)) {
+      row.Floats = &floats;
+    }
+    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
+    if (result.LastDepthTested >= 0) {
+      last->Stencil = {start, lane, result.LastDepthTested};
+    }
+    if (result.LastShaded >= 0) {
+      last->Shaded = {start, lane, result.LastShaded};
+    }
+  }
+}
+
+using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                           unsigned int covered, int start, TLastPixels* last);
+
+template <TTexelSource kTexels>
+inline constexpr TDrawRows kRowKernelsOf[2][2] = {
+    {DrawRows<kTexels, false, false>, DrawRows<kTexels, false, true>},
+    {DrawRows<kTexels, true, false>, DrawRows<kTexels, true, true>},
+};
+
+// By where texels come from; then by perspective and by the stencil test.
+inline constexpr const TDrawRows (*kRowKernels[4])[2] = {
+    kRowKernelsOf<TTexelSource::None>,
+    kRowKernelsOf<TTexelSource::Nearest>,
+    kRowKernelsOf<TTexelSource::Linear>,
+    kRowKernelsOf<TTexelSource::Sampler>,
+};
+
+inline HWY_ATTR double RowParameter(const TRow& row, int x) {
+  return (x - row.Begin[0]) / row.Delta[0];
+}
+
+// Leaves what the fragment record is to hold; rows that were replaced since are made again.
+inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
+                                      const TLastPixels& last, int made, TRows* rows) {
+  const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
+    if (made != pixel.Start) {
+      SetUpRows(*job, slots, plan, pixel.Start, 0, rows);
+      made = pixel.Start;
+    }
+    return rows->At(pixel.Lane);
+  };
+  if (last.Stencil.Start >= 0) {
+    const TRow row = rowOf(last.Stencil);
+    job->DepthSet = true;
+    job->LastDepth = DepthAtT(*job, row, RowParameter(row, last.Stencil.X));
+  }
+  if (last.Shaded.Start >= 0) {
+    const TRow row = rowOf(last.Shaded);
+    job->ColorSet = true;
+    job->LastX = last.Shaded.X;
+    job->LastY = row.Y;
+    job->LastMinorEdge = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
+    if (job->RecordColor) {
+      job->LastColor = ColorAt(*job, slots, row, RowParameter(row, last.Shaded.X));
+    }
+  }
+}
+
+HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
+  const TRowPlan plan = PlanRows(*job);
+  const int count = plan.Count[0] + plan.Count[1];
+  if (count == 0) {
+    return;
+  }
+  const TRowSlots slots = RowSlotsOf(*job);
+  const TDrawRows drawRows = kRowKernels[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0]
+                                        [job->Stencil != nullptr ? 1 : 0];
+  const TShortRowKernel shortRows = ChooseShortRowKernel(*job, slots);
+  TRows rows;
+  TLastPixels last;
+  int made = -1;
+  for (int start = 0; start < count; start += kLanes) {
+    const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.Pixels, &rows);
+    made = start;
+    if (live.Crossed != 0) {
+      job->YSet = true;
+      job->Y = rows.Y[31 - __builtin_clz(live.Crossed)];
+    }
+    if (live.Covered == 0) {
+      continue;
+    }
+    if (shortRows.Draw != nullptr && live.Long == 0) {
+      shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
+    } else {
+      drawRows(*job, slots, rows, live.Covered, start, &last);
+    }
+  }
+  RecordLastPixels(job, slots, plan, last, made, &rows);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,322 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+
+#include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
+namespace Zx3D {
+
+// What follows the shader in all three fragment paths but the spans': late depth, depth, stencil
+// and colour.
+void TRenderCPU::_FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil) {
+  if (m_CalcDepth && !_PassesDepth(depth, m_Fragment.Depth, stencil)) {
+    return;
+  }
+  if (depth != nullptr && m_DepthMask) {
+    StoreFloat(depth, m_Fragment.Depth);
+  }
+  _RunStencil(m_StencilZPassOp, stencil);
+  unsigned char* const color = _TargetPixel(m_Targets.Color, x, y);
+  if (color != nullptr) {
+    _WriteColor(color, m_Fragment.Color);
+  }
+}
+
+// --- Points
+
+void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
+  vec_t_<double, 4>& at = v->Slots[0];
+  if (-at.w > at.x || at.x > at.w || -at.w > at.y || at.y > at.w || -at.w > at.z || at.z > at.w) {
+    return;
+  }
+  _ResolveFragment();
+  _RefreshState();
+  const double r = 1.0 / at.w;
+  const double h = r * 0.5;
+  at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
+  // A point has no shift by half a pixel: it falls in the pixel whose square contains it.
+  if (!(at.x > -1.0 && at.x < m_Width && at.y > -1.0 && at.y < m_Height)) {
+    return;
+  }
+  const int x = TruncI32(at.x);
+  const int y = TruncI32(at.y);
+
+  unsigned char* const stencil = _StencilPixel(x, y);
+  unsigned char* const depth = _DepthPixel(x, y);
+  if (!_PassesStencil(stencil)) {
+    return;
+  }
+  if (!m_CalcDepth) {
+    m_Fragment.Depth = static_cast<float>(at.z);
+    if (!_PassesDepth(depth, m_Fragment.Depth, stencil)) {
+      return;
+    }
+  }
+  if (m_FragmentShader != nullptr) {
+    m_Fragment.X = x;
+    m_Fragment.Y = y;
+    if (!m_FragmentShader->Execute(v, &m_Fragment)) {
+      return;
+    }
+  } else {
+    m_Fragment.Color = m_CurColor;
+  }
+  _FinishPixel(x, y, depth, stencil);
+}
+
+// Points of a batch in their order, each behind all that the one before it left: two may fall on
+// one pixel. They lie anywhere, so that their pixels are asked for before the first is drawn.
+void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
+                             const vec_t_<double, 4>* colors) {
+  struct TPoint {
+    int Index;
+    unsigned char* Color;
+  };
+  const bool useDepth = m_DepthTest || m_DepthMask;
+  TPoint live[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const std::ptrdiff_t x = points.X[i];
+    const std::ptrdiff_t y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
+    __builtin_prefetch(live[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(_DepthPixel(points.X[i], points.Y[i]), 1);
+    }
+    if (m_StencilTest) {
+      __builtin_prefetch(_StencilPixel(points.X[i], points.Y[i]), 1);
+    }
+    ++count;
+  }
+  const bool plainWrite = m_ColorMask == 15 && m_BlendFunc == nullptr;
+  int seen = -1;  // the last point that came to the depth test
+  int shown = -1; // the last one that was shaded
+  for (int k = 0; k < count; ++k) {
+    const int i = live[k].Index;
+    const unsigned char* const bytes = points.Bytes + 4 * i;
+    if (m_StencilTest || useDepth) {
+      unsigned char* const stencil = _StencilPixel(points.X[i], points.Y[i]);
+      unsigned char* const depth = _DepthPixel(points.X[i], points.Y[i]);
+      if (!_PassesStencil(stencil)) {
+        continue;
+      }
+      seen = i;
+      if (!_PassesDepth(depth, points.Depth[i], stencil)) {
+        continue;
+      }
+      if (m_DepthMask) {
+        StoreFloat(depth, points.Depth[i]);
+      }
+      _RunStencil(m_StencilZPassOp, stencil);
+    }
+    seen = i;
+    shown = i;
+    if (plainWrite) {
+      std::memcpy(live[k].Color, bytes, 4);
+    } else {
+      _WriteBytes(live[k].Color, bytes);
+    }
+  }
+  if (seen >= 0) {
+    m_Fragment.Depth = points.Depth[seen];
+  }
+  if (shown >= 0) {
+    const auto limited = [](double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; };
+    const vec_t_<double, 4>& c = colors[shown];
+    m_Fragment.X = points.X[shown];
+    m_Fragment.Y = points.Y[shown];
+    m_Fragment.Color = {limited(c.x), limited(c.y), limited(c.z), limited(c.w)};
+  }
+}
+
+// --- Lines
+
+void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
+  if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
+    return;
+  }
+  _RefreshTargets();
+  unsigned char* const stencil = _StencilPixel(x, y);
+  unsigned char* const depth = _DepthPixel(x, y);
+  if (!_PassesStencil(stencil)) {
+    return;
+  }
+  if (!m_CalcDepth) {
+    m_Fragment.Depth = static_cast<float>(e->Delta.Slots[0].z * t + e->Begin->Slots[0].z);
+    if (m_PrimitiveMode == GL_TRIANGLES && m_PolygonOffsetFill) {
+      m_Fragment.Depth += m_PolygonOffsetFactor;
+    }
+    if (!_PassesDepth(depth, m_Fragment.Depth, stencil)) {
+      return;
+    }
+  }
+  _InterpolateFragment(*e, t);
+  m_Fragment.X = x;
+  m_Fragment.Y = y;
+  if (m_FragmentShader->Execute(&m_VarFragment, &m_Fragment)) {
+    _FinishPixel(x, y, depth, stencil);
+  }
+}
+
+namespace {
+
+int SignOf(int value) { return (value > 0) - (value < 0); }
+
+// The pixel of a line's end; false where there is none near enough to the surface to be an address.
+bool EndPixel(double x, double y, int* px, int* py) {
+  constexpr double kFar = 1 << 30;
+  const double cx = x + 0.5;
+  const double cy = y + 0.5;
+  if (!(cx > -kFar && cx < kFar && cy > -kFar && cy < kFar)) {
+    return false;
+  }
+  *px = TruncI32(cx);
+  *py = TruncI32(cy);
+  return true;
+}
+
+} // namespace
+
+// Whether a line's pixel is on the surface and was not drawn last.
+bool TRenderCPU::_IsLinePixel(int x, int y) const {
+  return x >= 0 && x < m_Width && y >= 0 && y < m_Height &&
+         !(x == m_LastPixelX && y == m_LastPixelY);
+}
+
+// The pixel becomes the last one whatever the tests made of it, but after its shader, which may
+// look where the line was before.
+void TRenderCPU::_DrawLinePixel(int x, int y, double t) {
+  RasterizePixel(x, y, &m_Span, t);
+  m_LastPixelX = x;
+  m_LastPixelY = y;
+}
+
+void TRenderCPU::RasterizeLine(VAR_DATA* v) {
+  _RefreshState();
+  TSpanJob job;
+  _DrawLine(v, _SetUpDraw(&job) ? &job : nullptr);
+}
+
+// `settled` holds for the draw, or is null if pixels are to go one by one.
+void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
+  _ResolveFragment();
+  for (int i = 0; i < 2; ++i) {
+    vec_t_<double, 4>& at = v[i].Slots[0];
+    const double r = 1.0 / at.w;
+    const double h = r * 0.5;
+    at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
+  }
+  // The job is settled by the slots as they are before perspective prepares them.
+  bool many = settled != nullptr;
+  if (many) {
+    settled->Vertex[0] = v[0].Slots;
+    settled->Vertex[1] = v[1].Slots;
+    settled->Vertex[2] = v[1].Slots;
+    settled->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+    many = _SetUpPrimitive(settled);
+  }
+  if (m_PerspectiveHint != GL_FASTEST) {
+    _ScaleSlots(&v[0], v[0].Slots[0].w);
+    _ScaleSlots(&v[1], v[1].Slots[0].w);
+  }
+  m_Span.Begin = &v[0];
+  m_Span.End = &v[1];
+  _SetDelta(&m_Span);
+
+  int end[2][2]; // [vertex][axis]
+  for (int i = 0; i < 2; ++i) {
+    if (!EndPixel(v[i].Slots[0].x, v[i].Slots[0].y, &end[i][0], &end[i][1])) {
+      return;
+    }
+  }
+  if (end[0][0] == end[1][0] && end[0][1] == end[1][1]) {
+    if (_IsLinePixel(end[0][0], end[0][1])) {
+      _DrawLinePixel(end[0][0], end[0][1], 0.0);
+    }
+    return;
+  }
+  const int delta[2] = {end[1][0] - end[0][0], end[1][1] - end[0][1]};
+  TLineWalk walk;
+  walk.Axis = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
+  for (int i = 0; i < 2; ++i) {
+    walk.From[i] = end[0][i];
+    walk.Step[i] = SignOf(delta[i]);
+  }
+  walk.Length = std::abs(delta[walk.Axis]);
+  walk.Minor = std::abs(delta[1 - walk.Axis]);
+  if (!many) {
+    _WalkLine(walk);
+  } else if (_ClipWalk(&walk)) {
+    _RunLineJob(settled, walk);
+    if (settled->ColorSet) {
+      _InterpolateFragment(m_Span, settled->LastT);
+    }
+  }
+}
+
+// The plain walk. The error starts at minus the length, so that the first step aside falls where
+// the sum first reaches 0.
+void TRenderCPU::_WalkLine(const TLineWalk& walk) {
+  const int major = walk.Axis;
+  const int minor = 1 - major;
+  const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
+  const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
+  long long error = -walk.Length;
+  int at[2] = {walk.From[0], walk.From[1]};
+  for (long long i = 0; i < walk.Length; ++i) {
+    if (_IsLinePixel(at[0], at[1])) {
+      double t = (at[major] - begin) / way;
+      t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
+      _DrawLinePixel(at[0], at[1], t);
+    }
+    at[major] += walk.Step[major];
+    error += 2 * walk.Minor;
+    if (error >= 0) {
+      error -= 2 * walk.Length;
+      at[minor] += walk.Step[minor];
+    }
+  }
+}
+
+// Finds the pixels of a line that are to be drawn: those on the surface, which follow each other,
+// but for the first if it was the last one drawn before. False if there are none. The others can't
+// be what was drawn last: each pixel lies behind another one.
+bool TRenderCPU::_ClipWalk(TLineWalk* walk) {
+  walk->First = 0;
+  walk->Last = static_cast<int>(walk->Length) - 1;
+  int x = 0;
+  int y = 0;
+  const auto isOn = [&](int i) {
+    walk->At(i, &x, &y);
+    return x >= 0 && x < m_Width && y >= 0 && y < m_Height;
+  };
+  while (walk->First <= walk->Last && !isOn(walk->Last)) {
+    --walk->Last;
+  }
+  if (walk->First > walk->Last) {
+    return false;
+  }
+  const int last[2] = {x, y};
+  while (!isOn(walk->First)) {
+    ++walk->First;
+  }
+  walk->First += x == m_LastPixelX && y == m_LastPixelY ? 1 : 0;
+  m_LastPixelX = last[0];
+  m_LastPixelY = last[1];
+  return walk->First <= walk->Last;
+}
+
+void TRenderCPU::PointSize(float size) { m_PointSize = size; }
+
+void TRenderCPU::LineWidth(float width) { m_LineWidth = width; }
+
+} // namespace Zx3D

@@ -1,0 +1,209 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
+namespace Zx3D {
+
+// --- Edges and spans
+
+void TRenderCPU::_SetDelta(EDGE* e) {
+  for (int i = 0; i < m_VarCount; ++i) {
+    const vec_t_<double, 4>& begin = e->Begin->Slots[i];
+    const vec_t_<double, 4>& end = e->End->Slots[i];
+    e->Delta.Slots[i] = {end.x - begin.x, end.y - begin.y, end.z - begin.z, end.w - begin.w};
+  }
+}
+
+void TRenderCPU::SetEdge(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
+  const bool upward = b->Slots[0].y >= a->Slots[0].y;
+  e->Begin = upward ? a : b;
+  e->End = upward ? b : a;
+  _SetDelta(e);
+}
+
+void TRenderCPU::SetSpan(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
+  const bool rightward = b->Slots[0].x >= a->Slots[0].x;
+  e->Begin = rightward ? a : b;
+  e->End = rightward ? b : a;
+  _SetDelta(e);
+}
+
+void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
+  for (int i = 0; i < m_VarCount; ++i) {
+    const vec_t_<double, 4>& delta = e.Delta.Slots[i];
+    const vec_t_<double, 4>& begin = e.Begin->Slots[i];
+    out->Slots[i] = {delta.x * t + begin.x, delta.y * t + begin.y, delta.z * t + begin.z,
+                     delta.w * t + begin.w};
+  }
+}
+
+// Multiplies the slots behind the position by r, for interpolation with perspective.
+void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
+  for (int i = 1; i < m_VarCount; ++i) {
+    vec_t_<double, 4>& slot = v->Slots[i];
+    slot = {slot.x * r, slot.y * r, slot.z * r, slot.w * r};
+  }
+}
+
+// --- Set-up
+
+// Whether the face mode takes the piece out.
+bool TRenderCPU::_IsCulled(bool front) const {
+  if (!m_CullFaceEnabled) {
+    return false;
+  }
+  switch (m_CullFaceMode) {
+  case GL_FRONT_AND_BACK:
+    return true;
+  case GL_BACK:
+    return !front;
+  case GL_FRONT:
+    return front;
+  default:
+    return false;
+  }
+}
+
+// Divides by w, which becomes its reciprocal. Whole slots are stored: the next stage loads them in
+// pairs, which must not wait for a store of one number.
+static void DivideByW(vec_t_<double, 4>* at) {
+  const double r = 1.0 / at->w;
+  *at = {at->x * r, at->y * r, at->z, r};
+}
+
+void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
+  vec_t_<double, 4>& p0 = v[0].Slots[0];
+  vec_t_<double, 4>& p1 = v[1].Slots[0];
+  vec_t_<double, 4>& p2 = v[2].Slots[0];
+  DivideByW(&p0);
+  DivideByW(&p1);
+  DivideByW(&p2);
+  const double area =
+      (p0.x * p1.y - p1.x * p0.y) + (p1.x * p2.y - p2.x * p1.y) + (p2.x * p0.y - p0.x * p2.y);
+  const bool front = m_FrontFaceCCW ? area >= 0.0 : area < 0.0;
+  m_Fragment.FrontFacing = front;
+  if (_IsCulled(front)) {
+    return;
+  }
+
+  const bool perspective = m_PerspectiveHint != GL_FASTEST;
+  const auto toWindow = [this](vec_t_<double, 4>* at) {
+    *at = {(at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
+           (at->z * at->w) * 0.5 + 0.5, at->w};
+  };
+  toWindow(&p0);
+  toWindow(&p1);
+  toWindow(&p2);
+  if (_RefreshState()) {
+    m_DrawJob = nullptr; // it was settled for what is no more
+  }
+  // The job is settled by the slots as they are before perspective prepares them.
+  TSpanJob own;
+  TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
+  for (int i = 0; i < 3; ++i) {
+    job.Vertex[i] = v[i].Slots;
+  }
+  const bool many = m_DrawJob != nullptr ? _SetUpPrimitive(&job) : _SetUpJob(&job);
+  for (int i = 0; i < 3 && perspective; ++i) {
+    if (v[i].Slots[0].w != 1.0) {
+      _ScaleSlots(&v[i], v[i].Slots[0].w);
+    }
+  }
+  if (many) {
+    _RunTriangleJob(v, &job);
+  } else {
+    _DrawEdges(v);
+  }
+}
+
+// Sorts each edge of a triangle by y and finds the one that is longest in y.
+void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
+  SetEdge(&edges[0], &v[0], &v[1]);
+  SetEdge(&edges[1], &v[1], &v[2]);
+  SetEdge(&edges[2], &v[2], &v[0]);
+  *longest = 0;
+  for (int i = 1; i < 3; ++i) {
+    if (edges[i].Delta.Slots[0].y > edges[*longest].Delta.Slots[0].y) {
+      *longest = i;
+    }
+  }
+}
+
+// The plain way: row by row and pixel by pixel.
+void TRenderCPU::_DrawEdges(VAR_DATA* v) {
+  _ResolveFragment();
+  int longest = 0;
+  _SetEdges(v, m_Edges, &longest);
+  EDGE* const longEdge = &m_Edges[longest];
+  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 1) % 3], &m_Fragment);
+  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 2) % 3], &m_Fragment);
+}
+
+// --- Rows
+
+void TRenderCPU::DrawSpansBetweenEdges(EDGE* a, EDGE* b, FS_DATA* fs) {
+  const double deltaA = a->Delta.Slots[0].y;
+  const double deltaB = b->Delta.Slots[0].y;
+  if (deltaA == 0.0 || deltaB == 0.0) {
+    return;
+  }
+  const double beginA = a->Begin->Slots[0].y;
+  const double beginB = b->Begin->Slots[0].y;
+  int first = 0;
+  int last = 0;
+  if (!PixelRange(beginB + 0.5, b->End->Slots[0].y, m_Height, &first, &last)) {
+    return;
+  }
+  for (int y = first; y <= last; ++y) {
+    const double ta = (y - beginA) / deltaA;
+    if (ta < 0.0 || ta >= 1.0) {
+      continue;
+    }
+    const double tb = (y - beginB) / deltaB;
+    if (tb < 0.0 || tb >= 1.0) {
+      continue;
+    }
+    Value(*a, ta, &m_VarEdgeA);
+    Value(*b, tb, &m_VarEdgeB);
+    SetSpan(&m_Span, &m_VarEdgeA, &m_VarEdgeB);
+    fs->Y = y;
+    DrawSpan(&m_Span, y, fs);
+  }
+}
+
+// --- State
+
+void TRenderCPU::CullFace(unsigned int mode) { m_CullFaceMode = mode; }
+
+void TRenderCPU::FrontFace(unsigned int mode) {
+  if (mode != GL_CCW && mode != GL_CW) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  m_FrontFaceCCW = mode == GL_CCW;
+}
+
+void TRenderCPU::EnableCullFace(bool on) { m_CullFaceEnabled = on; }
+
+void TRenderCPU::SetPerspectiveCorrectionHint(unsigned int hint) { m_PerspectiveHint = hint; }
+
+unsigned int TRenderCPU::GetPerspectiveCorrectionHint() { return m_PerspectiveHint; }
+
+void TRenderCPU::PolygonOffset(float factor, float units) {
+  m_PolygonOffsetFactor = factor;
+  m_PolygonOffsetUnits = units;
+}
+
+void TRenderCPU::EnablePolygonOffsetFill(bool on) { m_PolygonOffsetFill = on; }
+
+void TRenderCPU::PolygonMode(unsigned int face, unsigned int mode) {
+  if (face == GL_FRONT || face == GL_FRONT_AND_BACK) {
+    m_PolygonModeFront = mode;
+  } else if (face == GL_BACK) {
+    m_PolygonModeBack = mode;
+  }
+}
+
+} // namespace Zx3D

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+namespace Zx3D {
+
+/// What a light and the materials of both faces, front first, make of each other. The products are
+/// those that lighting begins with, so that it is all the same when they are worked out.
+struct TLightTerms {
+  const TRenderCPU::TLight* Light;
+  vec_t_<double, 4> Ambient[2];
+  vec_t_<double, 4> Diffuse[2];
+  vec_t_<double, 4> Specular[2];
+  bool NoSpecular; ///< of the front: see `HasNoSpecular`
+  bool HalfSet; ///< whether `Half` holds the half vector, which then is the same for all vertices
+  vec_t_<double, 3> Half;
+};
+
+/// The lighting of a draw in which no state changes.
+struct TLightingTerms {
+  TLightTerms Lights[8]; ///< those that are on
+};
+
+void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out);
+
+/// The clip position that the standard vertex shader gives a vertex.
+vec_t_<double, 4> ClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& vertex);
+
+/// The standard vertex shader on the current values. `settled` is null where state may have changed
+/// since the vertex before.
+void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled);
+
+} // namespace Zx3D

@@ -1,0 +1,497 @@
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include <ZxBaseKit/TZxMessage.h>
+#include <ZxPixelKit/Surface.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/SurfaceBlock.h>
+
+namespace Zx3D {
+
+// --- Units
+
+// Null for a unit that does not exist.
+TRenderCPU::TTexUnit* TRenderCPU::_ActiveTexUnit() {
+  return static_cast<unsigned int>(m_ActiveTexture) < 8 ? &m_TexUnits[m_ActiveTexture] : nullptr;
+}
+
+void TRenderCPU::ActiveTexture(unsigned int texture) {
+  m_ActiveTexture = static_cast<std::int32_t>(texture - GL_TEXTURE0);
+}
+
+void TRenderCPU::_EnableTexture2D(int unit, bool on) {
+  if (static_cast<unsigned int>(unit) < 8) {
+    m_TexUnits[unit].TexEnabled = on;
+  }
+}
+
+void TRenderCPU::TexEnvi(unsigned int target, unsigned int pname, int v) {
+  const auto mode = static_cast<unsigned int>(v);
+  if (target != GL_TEXTURE_ENV || pname != GL_TEXTURE_ENV_MODE ||
+      (mode != GL_MODULATE && mode != GL_REPLACE)) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  if (TTexUnit* const unit = _ActiveTexUnit()) {
+    unit->TexEnvMode = mode;
+  }
+}
+
+void TRenderCPU::TexFilter2D(unsigned int min, unsigned int mag) {
+  if (TTexUnit* const unit = _ActiveTexUnit()) {
+    unit->Sampler.SetFilter(min, mag);
+  }
+}
+
+void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
+  if (TTexUnit* const unit = _ActiveTexUnit()) {
+    unit->Sampler.SetWrap(s, t);
+  }
+}
+
+// --- What is bound, and by whom
+
+/// A texture from the side of those who have it bound. Its pixels go when it is deleted; the
+/// surface itself, empty, stays until the last unit has let go of it, so that no sampler points to
+/// freed memory and no other surface has its address meanwhile.
+struct TRenderCPU::TTextureHold {
+  enum TFate : std::uint8_t { kAlive, kDeleted, kDetached };
+
+  std::atomic<std::uint32_t> Count{1}; ///< its name, and each unit that has it bound
+  std::atomic<std::uint8_t> Fate{kAlive};
+  /// Null until the name is filled: an entry that was filled by hand is met when it is bound.
+  std::atomic<TDataSurface*> Surface{nullptr};
+
+  /// Whether the hold is that of `surface`.
+  bool Takes(TDataSurface* surface) {
+    TDataSurface* held = nullptr;
+    return Surface.compare_exchange_strong(held, surface, std::memory_order_acq_rel) ||
+           held == surface;
+  }
+  void Acquire() { Count.fetch_add(1, std::memory_order_relaxed); }
+  void Release() {
+    if (Count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      if (Fate.load(std::memory_order_relaxed) == kDeleted) {
+        delete Surface.load(std::memory_order_relaxed);
+      }
+      delete this;
+    }
+  }
+  /// Lets go of the name.
+  void Retire(TFate fate) {
+    Fate.store(fate, std::memory_order_release);
+    Release();
+  }
+};
+
+void TRenderCPU::TTextureBinding::Note(const DATASURFACE& surface) {
+  Width = surface.Width;
+  Height = surface.Height;
+  Type = surface.Type;
+  Channels = surface.Channels;
+  HasPixels = surface.Data != nullptr;
+}
+
+bool TRenderCPU::TTextureBinding::Describes(const DATASURFACE& surface) const {
+  return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
+         Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
+}
+
+void TRenderCPU::_DropBinding(int unit) {
+  TTextureBinding& binding = m_TextureBindings[unit];
+  if (binding.Hold != nullptr) {
+    binding.Hold->Release();
+    binding.Hold = nullptr;
+  }
+}
+
+// A surface changed under the samplers that hold it: they choose anew.
+void TRenderCPU::_UpdateSamplersOf(const TDataSurface* surface) {
+  for (int i = 0; i < 8; ++i) {
+    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    if (sampler.m_Surface == surface && surface != nullptr) {
+      sampler.SetSurface(sampler.m_Surface);
+      m_TextureBindings[i].Note(*surface);
+    }
+  }
+}
+
+void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
+  for (int i = 0; i < 8; ++i) {
+    if (surface != nullptr && m_TexUnits[i].Sampler.m_Surface == surface) {
+      m_TexUnits[i].Sampler.SetSurface(nullptr);
+      _DropBinding(i);
+    }
+  }
+}
+
+// Looks after what other contexts of the table did to the textures that are bound here. Samplers
+// are touched only where the texture is gone or has another shape, so that a surface or a function
+// that a caller put there stays. True if anything in the table changed.
+bool TRenderCPU::_RefreshTextures() {
+  if (m_Textures == nullptr) {
+    return false;
+  }
+  const std::uint64_t changes = m_Textures->Changes.load(std::memory_order_acquire);
+  if (changes == m_TextureChanges) {
+    return false;
+  }
+  m_TextureChanges = changes;
+  for (int i = 0; i < 8; ++i) {
+    TTextureBinding& binding = m_TextureBindings[i];
+    if (binding.Hold == nullptr) {
+      continue;
+    }
+    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
+    const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
+    const bool bound = sampler.m_Surface == surface;
+    if (fate != TTextureHold::kAlive) {
+      if (bound && fate == TTextureHold::kDeleted) {
+        sampler.SetSurface(nullptr);
+      }
+      _DropBinding(i);
+    } else if (bound && !binding.Describes(*surface)) {
+      sampler.SetSurface(surface);
+      binding.Note(*surface);
+    }
+  }
+  return true;
+}
+
+// --- The table
+
+void TRenderCPU::_AdoptTextures(TTextureTable* table) {
+  m_Textures = table;
+  m_TextureChanges = table->Changes.load(std::memory_order_acquire);
+}
+
+void TRenderCPU::_NoteTextureChange() {
+  if (m_Textures != nullptr) {
+    m_Textures->Changes.fetch_add(1, std::memory_order_release);
+  }
+}
+
+void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
+  if (n < 1) {
+    return;
+  }
+  if (m_Textures == nullptr) {
+    _AdoptTextures(new TTextureTable);
+  }
+  std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
+  std::vector<TTextureHold*>& holds = m_Textures->Holds;
+  auto wanted = static_cast<std::size_t>(n);
+  for (std::size_t id = 1; wanted > 0; ++id) {
+    if (id >= surfaces.size()) {
+      surfaces.resize(id + wanted, nullptr);
+    }
+    if (surfaces[id] != nullptr) {
+      continue;
+    }
+    if (id >= holds.size()) {
+      holds.resize(surfaces.size(), nullptr);
+    }
+    if (holds[id] != nullptr && holds[id]->Surface.load(std::memory_order_relaxed) != nullptr) {
+      holds[id]->Retire(TTextureHold::kDetached); // of an entry that was emptied by hand
+      holds[id] = nullptr;
+    }
+    if (holds[id] == nullptr) {
+      holds[id] = new TTextureHold;
+    }
+    if (create) {
+      surfaces[id] = new TDataSurface;
+      holds[id]->Takes(surfaces[id]);
+    }
+    *ids++ = static_cast<unsigned int>(id);
+    --wanted;
+  }
+}
+
+void TRenderCPU::GenTextures(int n, unsigned int* ids) { _GenTextures(n, true, ids); }
+
+static TDataSurface** EntryOf(TRenderCPU::TTextureTable* table, unsigned int id) {
+  return table != nullptr && id < table->Surfaces.size() ? &table->Surfaces[id] : nullptr;
+}
+
+// The hold of a name, if it is that of the surface which stands there; null otherwise.
+static TRenderCPU::TTextureHold* HoldOf(const TRenderCPU::TTextureTable& table, std::size_t id,
+                                        TDataSurface* surface) {
+  TRenderCPU::TTextureHold* const hold = id < table.Holds.size() ? table.Holds[id] : nullptr;
+  return hold != nullptr && surface != nullptr && hold->Takes(surface) ? hold : nullptr;
+}
+
+// Frees the texture of a name but for what others still have bound.
+static void FreeTexture(TRenderCPU::TTextureTable* table, std::size_t id) {
+  TDataSurface* const surface = table->Surfaces[id];
+  TRenderCPU::TTextureHold* const hold = HoldOf(*table, id, surface);
+  table->Surfaces[id] = nullptr;
+  if (hold == nullptr) {
+    delete surface;
+    return;
+  }
+  surface->Destroy();
+  table->Holds[id] = nullptr;
+  hold->Retire(TRenderCPU::TTextureHold::kDeleted);
+}
+
+void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
+  if (m_Textures == nullptr) {
+    return;
+  }
+  for (int i = 0; i < n; ++i) {
+    TDataSurface** const entry = EntryOf(m_Textures, ids[i]);
+    if (ids[i] == 0 || entry == nullptr || *entry == nullptr) {
+      continue;
+    }
+    _UnbindTexture(*entry);
+    _ForgetTarget(*entry);
+    FreeTexture(m_Textures, ids[i]);
+    _NoteTextureChange();
+  }
+}
+
+bool TRenderCPU::IsTexture(unsigned int id) {
+  TDataSurface** const entry = EntryOf(m_Textures, id);
+  return id != 0 && entry != nullptr && *entry != nullptr;
+}
+
+unsigned int TRenderCPU::AttachTexture(TDataSurface* surface) {
+  unsigned int id = 0;
+  _GenTextures(1, false, &id);
+  m_Textures->Surfaces[id] = surface;
+  HoldOf(*m_Textures, id, surface);
+  return id;
+}
+
+TDataSurface* TRenderCPU::DetachTexture(unsigned int id) {
+  TDataSurface** const entry = EntryOf(m_Textures, id);
+  if (entry == nullptr) {
+    return nullptr;
+  }
+  TDataSurface* const surface = *entry;
+  *entry = nullptr;
+  if (TTextureHold* const hold = HoldOf(*m_Textures, id, surface)) {
+    m_Textures->Holds[id] = nullptr;
+    hold->Retire(TTextureHold::kDetached);
+    _NoteTextureChange();
+  }
+  return surface;
+}
+
+void TRenderCPU::_ClearTextures() {
+  if (m_Textures == nullptr) {
+    return;
+  }
+  // From here on the table belongs to others, if there are any, and may not even be read.
+  for (int i = 0; i < 8; ++i) {
+    const TTextureHold* const hold = m_TextureBindings[i].Hold;
+    if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
+        hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
+      m_TexUnits[i].Sampler.SetSurface(nullptr);
+    }
+    _DropBinding(i);
+  }
+  TTextureTable* const table = m_Textures;
+  m_Textures = nullptr;
+  if (table->RefCount.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+    return;
+  }
+  for (std::size_t id = 0; id < table->Surfaces.size(); ++id) {
+    _UnbindTexture(table->Surfaces[id]);
+    _ForgetTarget(table->Surfaces[id]);
+    FreeTexture(table, id);
+  }
+  for (TTextureHold* const hold : table->Holds) { // of names that were never filled
+    if (hold != nullptr) {
+      hold->Retire(TTextureHold::kDetached);
+    }
+  }
+  delete table;
+}
+
+// --- Binding and images
+
+static void RequireTexture2D(unsigned int target) {
+  if (target != GL_TEXTURE_2D) {
+    throw TZxMessage("ERROR: TRenderCPU::BindTexture dont support type %1%") << target;
+  }
+}
+
+void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
+  RequireTexture2D(target);
+  TDataSurface** const entry = EntryOf(m_Textures, id);
+  TTexUnit* const unit = _ActiveTexUnit();
+  if (entry == nullptr || unit == nullptr) {
+    return;
+  }
+  TTextureHold* const hold = HoldOf(*m_Textures, id, *entry);
+  if (hold != nullptr) {
+    hold->Acquire();
+  }
+  unit->Sampler.SetSurface(*entry);
+  _DropBinding(m_ActiveTexture);
+  TTextureBinding& binding = m_TextureBindings[m_ActiveTexture];
+  binding.Hold = hold;
+  if (hold != nullptr) {
+    binding.Note(**entry);
+  }
+}
+
+// The surface bound to the active unit, as what it is; null if there is none, or another context
+// has deleted it.
+TDataSurface* TRenderCPU::_BoundTexture() {
+  _RefreshTextures();
+  TTexUnit* const unit = _ActiveTexUnit();
+  return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
+}
+
+void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, int width,
+                            int height, int border, unsigned int format, unsigned int type,
+                            const void* pixels) {
+  RequireTexture2D(target);
+  if (m_InBeginEnd) {
+    _SetError(GL_INVALID_OPERATION);
+    return;
+  }
+  TDataSurface* const surface = _BoundTexture();
+  if (surface == nullptr || width < 1 || height < 1 || level != 0 || border != 0 ||
+      static_cast<unsigned int>(internalformat) != format) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  TDataSurface old; // what was there lives on while it is copied from
+  const auto from = reinterpret_cast<std::uintptr_t>(pixels);
+  const TBlock block = BlockOf(*surface);
+  if (from >= block.Begin && from < block.End) {
+    old.Swap(*surface);
+  }
+  const bool made = surface->Create(width, height, DataFormatFromGL(format), DataTypeFromGL(type),
+                                    GetFormatComponents(format), nullptr);
+  if (made && pixels != nullptr) {
+    std::memcpy(surface->Data, pixels, surface->DataSize);
+  }
+  _UpdateSamplersOf(surface);
+  _NoteTextureChange();
+  if (!made) {
+    _SetError(GL_INVALID_OPERATION);
+  }
+}
+
+void TRenderCPU::TexSubImage2D(unsigned int target, int level, int xoffset, int yoffset, int width,
+                               int height, unsigned int format, unsigned int type,
+                               const void* pixels) {
+  RequireTexture2D(target);
+  if (m_InBeginEnd) {
+    _SetError(GL_INVALID_OPERATION);
+    return;
+  }
+  const TDataSurface* const surface = _BoundTexture();
+  if (surface == nullptr || xoffset < 0 || xoffset >= surface->Width || yoffset < 0 ||
+      yoffset >= surface->Height || width < 1 || height < 1 || level != 0 ||
+      DataTypeFromGL(type) != surface->Type || DataFormatFromGL(format) != surface->Format ||
+      GetFormatComponents(format) != surface->Channels) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  DATASURFACE from;
+  DATASURFACE to;
+  if (pixels != nullptr &&
+      ds::Set(&from, width, height, surface->Format, surface->Type, surface->Channels, pixels) &&
+      ds::GetSubSurface(*surface, xoffset, yoffset, width, height, &to)) {
+    ds::Copy(from, to);
+  }
+}
+
+bool TRenderCPU::MoveTexImage2D(unsigned int target, int level, TDataSurface* surface) {
+  static constexpr const char* kWhere =
+      "@virtual bool Zx3D::TRenderCPU::MoveTexImage2D(GLenum, int, TDataSurface *): ";
+  if (target != GL_TEXTURE_2D) {
+    throw TZxMessage(std::string(kWhere) + "Unexpected Type %1%") << target;
+  }
+  if (level != 0) {
+    throw TZxMessage(std::string(kWhere) + "Unexpected Level %1%") << level;
+  }
+  TDataSurface* const bound = _BoundTexture();
+  if (bound == nullptr || surface == nullptr) {
+    _SetError(GL_INVALID_OPERATION);
+    return false;
+  }
+  bound->Swap(*surface);
+  _UpdateSamplersOf(bound);
+  _UpdateSamplersOf(surface);
+  _NoteTextureChange();
+  return true;
+}
+
+void TRenderCPU::CopyTexImage2D(unsigned int, int, unsigned int, int, int, int, int, int) {
+  throw TZxMessage(std::string("@") +
+                   "virtual void Zx3D::TRenderCPU::CopyTexImage2D(GLenum, GLint, GLenum, GLint, "
+                   "GLint, GLsizei, GLsizei, GLint)" +
+                   ": " + "TODO");
+}
+
+// --- Parameters
+
+// False, with an error reported, between `Begin` and `End`.
+bool TRenderCPU::_MayChangeTexture(unsigned int target) {
+  RequireTexture2D(target);
+  if (m_InBeginEnd) {
+    _SetError(GL_INVALID_OPERATION);
+    return false;
+  }
+  return true;
+}
+
+void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v) {
+  if (!_MayChangeTexture(target)) {
+    return;
+  }
+  const auto value = static_cast<unsigned int>(v);
+  TTexUnit* const unit = _ActiveTexUnit();
+  switch (pname) {
+  case GL_TEXTURE_WRAP_S:
+  case GL_TEXTURE_WRAP_T:
+    if (unit != nullptr) {
+      unit->Sampler.SetWrap(value, value);
+    }
+    break;
+  case GL_TEXTURE_MIN_FILTER:
+  case GL_TEXTURE_MAG_FILTER:
+    if (unit != nullptr && !unit->Sampler.SetFilter(value, value)) {
+      _SetError(GL_INVALID_ENUM);
+    }
+    break;
+  default:
+    _SetError(GL_INVALID_ENUM);
+    break;
+  }
+}
+
+void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
+  _SetTexParameter(target, pname, v);
+}
+
+void TRenderCPU::TexParameterf(unsigned int target, unsigned int pname, float v) {
+  _SetTexParameter(target, pname, TruncI32(v));
+}
+
+void TRenderCPU::TexParameterfv(unsigned int target, unsigned int pname, const float* v) {
+  if (pname != GL_TEXTURE_BORDER_COLOR) {
+    _SetTexParameter(target, pname, TruncI32(v[0]));
+    return;
+  }
+  if (_MayChangeTexture(target)) {
+    if (TTexUnit* const unit = _ActiveTexUnit()) {
+      unit->Sampler.SetBorderColor(v);
+    }
+  }
+}
+
+} // namespace Zx3D
