@@ -2,7 +2,7 @@
 # Installs the Debian packages that the named groups need and the system lacks; without any missing it
 # asks for no rights and no network.
 #
-#   scripts/install-packages.sh build test demo bench rivals fuzz
+#   scripts/install-packages.sh build test demo bench rivals fuzz docs
 
 set -eu
 
@@ -18,8 +18,9 @@ for group in "$@"; do
     bench) packages="$packages libbenchmark-dev libeigen3-dev libboost-serialization-dev" ;;
     rivals) packages="$packages libosmesa6-dev" ;;
     fuzz) packages="$packages clang-14 libclang-rt-14-dev" ;;
+    docs) packages="$packages doxygen" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, docs)" >&2
       exit 2
       ;;
   esac
