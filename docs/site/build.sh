@@ -78,7 +78,7 @@ rm -rf "$out"
 mkdir -p "$out"
 {
   cat "$site/Doxyfile"
-  echo "INPUT = \"$work/pages\" \"$include\""
+  echo "INPUT = \"$work/pages\" \"$include\" \"$site/namespaces.dox\""
   echo "IMAGE_PATH = \"$work/pictures\""
   echo "OUTPUT_DIRECTORY = \"$out\""
   echo "STRIP_FROM_PATH = \"$include\" \"$work/pages\""

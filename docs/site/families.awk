@@ -1,32 +1,60 @@
 # Doxygen's input filter for headers. In this project a comment holds for all declarations that follow it
 # without a blank line, and the name of a group for the members that have no comment; Doxygen takes a
 # comment for the first declaration alone, and a name for nothing but a heading. This repeats both in
-# front of the others, on their own lines, so that line numbers stay. Explicit specialisations of functions
-# are left out: they are what their template says.
+# front of the others, on their own lines, so that line numbers stay; of several names in one declaration
+# each gets it. Explicit specialisations of functions
+# are left out: they are what their template says. Each file is documented as such, without which its free
+# functions would be in no list.
 
-function trimmed(text) {
+function Trimmed(text) {
   sub(/^[ \t]+/, "", text)
   sub(/[ \t\r]+$/, "", text)
   return text
 }
 
 # The line without its trailing comment and without what stands in quotes.
-function code(text) {
+function Code(text) {
   gsub(/"([^"\\]|\\.)*"/, "", text)
   gsub(/'([^'\\]|\\.)'/, "", text)
   sub(/\/\/.*$/, "", text)
-  return trimmed(text)
+  return Trimmed(text)
 }
 
 # Whether the line begins a declaration that has no comment behind it.
 function IsMember(line, bare) {
-  return line !~ /\/\/\/</ && bare !~ /^(class|struct|enum|namespace|friend|static_assert|\})/
+  return line !~ /\/\/\/</ && bare !~ /^(class|struct|enum|namespace|friend|static_assert|\}|~|virtual ~)/ &&
+         bare !~ /= delete;$/
 }
 
-function count(text, mark) { return gsub(mark, "", text) }
+# "T x, y;" as a declaration for each name.
+function Separate(line, comment,    type, names, i, n, out) {
+  match(line, /^[ \t]*[A-Za-z_][A-Za-z_0-9: ]* [a-z],/)
+  type = substr(line, 1, RLENGTH - 2)
+  n = split(substr(line, RLENGTH - 1), names, /[,;] */)
+  out = ""
+  for (i = 1; i <= n; ++i) {
+    if (names[i] ~ /^[a-z]$/) {
+      out = out (i == 1 ? "" : " /** " comment " */ ") type names[i] ";"
+    }
+  }
+  return out
+}
+
+function Count(text, mark) { return gsub(mark, "", text) }
+
+# The line with a comment in front of it.
+function Commented(line, comment) {
+  match(line, /^[ \t]*/)
+  return substr(line, 1, RLENGTH) "/** " comment " */ " substr(line, RLENGTH + 1)
+}
 
 {
-  line = trimmed($0)
+  line = Trimmed($0)
+}
+
+NR == 1 {
+  print "/** \\file */ " $0
+  next
 }
 
 line ~ /^template <> / || line == "template <>" { special = 1 }
@@ -70,13 +98,18 @@ line ~ /^\/\/\/($|[^<])/ {
   next
 }
 
+line ~ /^#define GL_[A-Z0-9_]+ / {
+  print $0 " /**< OpenGL's value. */"
+  next
+}
+
 line ~ /^\/\// || line ~ /^#/ || line ~ /^(public|protected|private):/ {
   print
   next
 }
 
 {
-  bare = code(line)
+  bare = Code(line)
   if (wasDoc) {
     docDepth = depth
     fresh = 1
@@ -85,13 +118,16 @@ line ~ /^\/\// || line ~ /^#/ || line ~ /^(public|protected|private):/ {
     }
   } else if (group != "" && doc == "" && fresh && depth == groupDepth && IsMember(line, bare)) {
     docDepth = depth
-    sub(/^[ \t]*/, "&/** " group " */ ", $0)
+    $0 = Commented($0, group)
   } else if (doc != "" && fresh && depth == docDepth && IsMember(line, bare)) {
-    sub(/^[ \t]*/, "&/** " doc " */ ", $0)
+    $0 = Commented($0, doc)
+  }
+  if (wasDoc && bare ~ /^[A-Za-z_][A-Za-z_0-9: ]* [a-z](, [a-z])+;$/) {
+    $0 = Separate(bare, doc)
   }
   wasDoc = 0
   print
-  depth += count(bare, /\{/) - count(bare, /\}/)
+  depth += Count(bare, "[{]") - Count(bare, "[}]")
   fresh = (depth <= docDepth || (group != "" && depth == groupDepth)) && bare ~ /[;}]$/
   if (depth < docDepth) {
     doc = ""
