@@ -322,6 +322,10 @@ struct TTracedVertex : Zx3D::TStdVertexShaderCPU {
 
 struct TTracedFragment : Zx3D::TStdFragmentShaderCPU {
   std::string* Trace = nullptr;
+  bool IsCalcDepth() const override {
+    *Trace += "? ";
+    return false;
+  }
   void Begin() override { *Trace += "F("; }
   void End() override { *Trace += ")F"; }
   bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
@@ -332,7 +336,8 @@ struct TTracedFragment : Zx3D::TStdFragmentShaderCPU {
   }
 };
 
-static std::string Calls(unsigned int mode) {
+/// What is called while `draw` draws.
+template <class TDraw> static std::string Calls(TDraw draw) {
   std::string trace;
   TTracedVertex vertex;
   TTracedFragment fragment;
@@ -342,19 +347,42 @@ static std::string Calls(unsigned int mode) {
   TRenderCPU gl;
   gl.Create(8, 8, nullptr);
   gl.SetProgram(&program);
-  gl.Begin(mode);
-  for (int i = 0; i < 6; ++i) { // 0 and 1 below, 2 above, and so on to the right
-    gl.Vertex2d(-0.9 + 0.3 * i, i % 3 == 2 ? 0.9 : -0.9 + 0.2 * (i % 3));
-  }
-  gl.End();
+  draw(gl);
   gl.SetProgram(nullptr);
   return trace;
 }
 
+/// Six vertices: 0 and 1 below, 2 above, and so on to the right.
+static std::string CallsOf(unsigned int mode) {
+  return Calls([mode](TRenderCPU& gl) {
+    gl.Begin(mode);
+    for (int i = 0; i < 6; ++i) {
+      gl.Vertex2d(-0.9 + 0.3 * i, i % 3 == 2 ? 0.9 : -0.9 + 0.2 * (i % 3));
+    }
+    gl.End();
+  });
+}
+
+/// Two triangles that share two vertices.
+static std::string CallsOfElements() {
+  return Calls([](TRenderCPU& gl) {
+    const double corners[] = {-0.9, -0.9, 0.9, -0.9, -0.9, 0.9, 0.9, 0.9};
+    const unsigned char indices[] = {0, 1, 2, 2, 1, 3};
+    gl.EnableClientState(GL_VERTEX_ARRAY);
+    gl.VertexPointer(2, GL_DOUBLE, 0, corners);
+    gl.DrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_BYTE, indices);
+  });
+}
+
 static bool CallsComeInOrder() {
-  return Calls(GL_TRIANGLES) == "V(F(vvvfvvvf)V )F" &&
-         Calls(GL_TRIANGLE_STRIP) == "V(F(vvvfvfvfvf)V )F" &&
-         Calls(GL_POINTS) == "V(F(vfvfvfvfvfvf)V )F";
+  const bool right = CallsOf(GL_TRIANGLES) == "? V(F(vvvfvvvf)V )F" &&
+                     CallsOf(GL_TRIANGLE_STRIP) == "? V(F(vvvfvfvfvf)V )F" &&
+                     CallsOf(GL_POINTS) == "? V(F(vfvfvfvfvfvf)V )F" &&
+                     CallsOfElements() == "? V(F(vvvfvvvf)V )F";
+  if (!right) {
+    std::fprintf(stderr, "shader_errors: the shaders are called in another order\n");
+  }
+  return right;
 }
 
 int main(int argc, char** argv) {
