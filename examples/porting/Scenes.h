@@ -12,7 +12,7 @@ namespace porting {
 
 /// How the two pictures of a scene relate.
 enum RELATION {
-  kSame,    ///< but for a few pixels on edges, and for rounding
+  kSame,    ///< but for a few pixels on edges, and for rounding: means within 0.2 of 255
   kDiffers, ///< plainly
   kNear,    ///< the same but for lines, which may be a pixel away
 };

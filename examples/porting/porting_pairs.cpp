@@ -4,6 +4,7 @@
 // otherwise than Scenes.h says.
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -79,7 +80,8 @@ bool IsAsTold(const SCENE& scene, const COMPARISON& c, int pixels) {
   const bool drawn = c.Drawn > pixels / 500;
   switch (scene.Relation) {
   case porting::kSame:
-    return drawn && c.Unlike <= pixels / 200;
+    return drawn && c.Unlike <= pixels / 200 && c.Outline <= pixels / 500 &&
+           std::abs(c.Mean) <= 0.2;
   case porting::kNear:
     return drawn && c.Far == 0;
   default:
