@@ -7,6 +7,7 @@
 #   make bench          time the library; make bench-rivals compares it with OSMesa
 #   make fuzz           fuzz each target for FUZZ_SECONDS
 #   make install        install into PREFIX (/usr/local), under DESTDIR if given
+#   make docs           one site of all pages and docstrings in DOCS_OUT (build/site)
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -76,3 +77,11 @@ help:
 
 clean:
 	rm -rf build demo-out
+
+DOCS_OUT ?= build/site
+.PHONY: docs
+docs:
+	scripts/install-packages.sh build docs
+	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
+	cmake --build --preset release -j $(JOBS)
+	docs/site/build.sh build/release $(DOCS_OUT)

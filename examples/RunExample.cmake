@@ -1,4 +1,5 @@
-# Runs PROGRAM with the name of PICTURE, and holds that it ends with 0 and leaves a PNG there.
+# Runs PROGRAM with the name of PICTURE, and holds that it ends with 0 and leaves a PNG there, which has
+# to look as the one called SHOWN does, if there is one.
 
 file(REMOVE "${PICTURE}")
 execute_process(COMMAND "${PROGRAM}" "${PICTURE}" RESULT_VARIABLE result)
@@ -15,4 +16,10 @@ endif()
 file(SIZE "${PICTURE}" size)
 if(size LESS 200)
   message(FATAL_ERROR "${PICTURE} has only ${size} bytes")
+endif()
+if(EXISTS "${SHOWN}")
+  execute_process(COMMAND "${COMPARE}" "${PICTURE}" "${SHOWN}" RESULT_VARIABLE result)
+  if(NOT result STREQUAL "0")
+    message(FATAL_ERROR "${PICTURE} is not what the pages show, ${SHOWN}")
+  endif()
 endif()

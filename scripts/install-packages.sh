@@ -3,7 +3,7 @@
 # asks for no rights and no network. Where a package's name differs from one suite to the next, a name
 # stands for the first of its alternatives (one|other) that is installed or that apt knows.
 #
-#   scripts/install-packages.sh build test demo bench rivals fuzz qt6 arm64
+#   scripts/install-packages.sh build test demo bench rivals fuzz docs qt6 arm64
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -33,10 +33,11 @@ for group in "$@"; do
       packages="$packages libjpeg62-turbo-dev:arm64 libstb-dev:arm64 libtomlplusplus-dev:arm64 libhwy-dev:arm64"
       packages="$packages libassimp-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64"
       ;;
+    docs) packages="$packages doxygen" ;;
     qt6) packages="$packages qt6-base-dev" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev|libclang-rt-19-dev" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, qt6, arm64)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, docs, qt6, arm64)" >&2
       exit 2
       ;;
   esac

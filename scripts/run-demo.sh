@@ -120,6 +120,19 @@ example spline_path "Spline path" "A closed cubic spline through twelve points."
 example fit_homography "Plane set straight" "Left the photo with nine measured points, right the plane by the estimated projective map."
 example triangle_contact "Triangle contact" "The common part of two triangles: a segment where they cut each other, a polygon where they lie in one plane."
 example report_errors "Reported errors" "What was right is drawn, what was wrong was told."
+example shaders "Shader pairs" "Above: standard stages, light at each pixel, discarded pixels. Below: depth of one's own, two textures, fog."
+example shader_errors "Shader mistakes" "A floor drawn right, and with the mistakes that everybody makes."
+
+printf '</div>\n<h2>The tutorial</h2>\n<div class="pictures">\n' >>"$page"
+
+example step1_triangle "1. A triangle" "A context, vertices, a picture."
+example step2_light "2. A camera and a light" "Matrices, normals, material."
+example step3_texture "3. A texture" "Sampled nearest and bilinear."
+example step4_arrays "4. A model from arrays" "Vertices in memory, and indices."
+example step5_mirror "5. Blending and the stencil buffer" "A mirror."
+example step6_targets "6. Rendering to a texture" "And the depth that it left."
+example step7_shaders "7. A shader pair" "A uniform, an attribute, discarded pixels."
+example step8_scene "8. Saving and loading a scene" "Drawn from the file."
 
 printf '</div>\n<h2>Models by zxrender</h2>\n<div class="pictures">\n' >>"$page"
 

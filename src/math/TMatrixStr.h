@@ -20,6 +20,7 @@ public:
   /// `n` empty texts.
   explicit TVectorStr(unsigned long n);
 
+  /// Element `i`, unchecked.
   std::string& operator()(unsigned long i) { return Data[i]; }
   const std::string& operator()(unsigned long i) const { return Data[i]; }
 };

@@ -31,6 +31,7 @@ public:
   /// Removes all values.
   void Clear();
 
+  /// How many values there are.
   unsigned long GetCount() const;
 
   /// The map itself.

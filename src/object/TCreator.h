@@ -17,6 +17,7 @@ public:
   /// True if `creator` is this one or one of its parents; false for null.
   bool DescendOf(const TCreator* creator) const;
 
+  /// The creator of the class that this one's derives from, or null.
   TCreator* GetParent() const { return m_Parent; }
 
   /// The key in the registry, terminated, inside the record.
@@ -25,6 +26,7 @@ public:
 protected:
   /// `name` is cut at 63 characters, and a null one is empty; `parent` may be null.
   TCreator(const char* name, TCreator* parent);
+  /// Copies both; the copy is another creator.
   TCreator(const TCreator&) = default;
   TCreator& operator=(const TCreator&) = default;
   ~TCreator() = default;

@@ -32,8 +32,10 @@ public:
 
   bool IsEOS() override;
   bool SetEOS() override;
+  /// The position, in bytes from the beginning; 0 on a closed stream.
   long GetPos() const override;
   bool SetPos(long position) override;
+  /// The length of the file in bytes; 0 on a closed stream.
   long GetSize() const override;
 
   /// Cuts or grows the file. A position above the new size moves down to it.

@@ -49,6 +49,7 @@ public:
   /// The same, but for the extra size, which becomes the data size of `s`.
   void Attach(DATASURFACE& s);
 
+  /// The image; its block is owned.
   DATASURFACE m_Surface;
 
   /// Bytes that `SetDataSize` allocates on top of what is asked for.

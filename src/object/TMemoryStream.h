@@ -48,6 +48,7 @@ public:
   /// stream isn't owning or memory is exhausted.
   bool Reserve(unsigned long capacity);
 
+  /// How many bytes the block has room for.
   unsigned long GetCapacity() const { return m_Capacity; }
 
   /// The capacity that a write up to `size` bytes grows to.
@@ -80,11 +81,13 @@ public:
   /// the characters stored. False at the end of the stream and for a buffer of 0 bytes.
   bool ReadLine(char* buffer, unsigned long bufferSize, unsigned long* length) override;
 
+  /// The position, in bytes from the beginning.
   long GetPos() const override;
 
   /// True up to the capacity, and for negative positions, from which no transfer succeeds.
   bool SetPos(long position) override;
 
+  /// How many bytes are valid.
   long GetSize() const override;
 
   /// Growing shows bytes that were never written, and allocates exactly `size` bytes. Shrinking

@@ -11,6 +11,7 @@ namespace Zx3D {
 /// has to outlive this object. Without one, counts are 0 and results false.
 class ZX_CORE3D_API TStdStream : public TZxStream {
 public:
+  /// Wraps `stream`, which may be null.
   explicit TStdStream(TStream* stream);
 
   /// Leaves the wrapped stream alone.
@@ -20,7 +21,9 @@ public:
   unsigned long Write(const void* data, unsigned long size) override;
   unsigned long getSize() override;
   bool setSize(unsigned long size) override;
+  /// The wrapped stream's position, in bytes from the beginning.
   unsigned long getPosition() override;
+  /// Moves the wrapped stream; false where it does not move.
   bool setPosition(unsigned long position) override;
   operator bool() override;
 

@@ -32,6 +32,7 @@ public:
   /// Reads a line of text. The default knows no lines: false.
   virtual bool ReadLine(char* buffer, unsigned long bufferSize, unsigned long* length);
 
+  /// The position, in bytes from the beginning.
   virtual long GetPos() const = 0;
 
   /// `GetPos`, under the name of the throwing forms: it never throws.
@@ -43,6 +44,7 @@ public:
   /// `SetPos`; throws a `TZxMessage` "TStream::SetPosE failed!" where that is false.
   virtual bool SetPosE(long position);
 
+  /// The length in bytes.
   virtual long GetSize() const = 0;
 
   /// Cuts or grows the stream to `size` bytes.

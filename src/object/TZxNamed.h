@@ -11,6 +11,7 @@ class ZX_CORE3D_API TZxNamed {
 public:
   /// The empty name.
   TZxNamed();
+  /// The name of `other`.
   TZxNamed(const TZxNamed& other);
   TZxNamed& operator=(const TZxNamed& other);
 
@@ -26,6 +27,7 @@ public:
   /// characters stored; with a size of 0 nothing is written.
   unsigned long GetName(char* name, unsigned long size) const;
 
+  /// The whole name.
   std::string GetName() const;
 
   /// Compares exactly, up to the terminators. False for null.

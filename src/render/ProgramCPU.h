@@ -49,8 +49,8 @@ public:
   /// 0xFFFFFFFF: there are no subroutines.
   unsigned int GetSubroutineIndex(unsigned int shadertype, const char* name) const override;
 
-  TVertexShaderCPU* m_ShaderV = nullptr;
-  TFragmentShaderCPU* m_ShaderF = nullptr;
+  TVertexShaderCPU* m_ShaderV = nullptr;   ///< one reference held; null for the standard one
+  TFragmentShaderCPU* m_ShaderF = nullptr; ///< one reference held; null for the standard one
 };
 
 } // namespace Zx3D

@@ -11,6 +11,7 @@ public:
   TShaderCPU() = default;
   ~TShaderCPU() override;
 
+  /// The cell of `m_Uniforms` that `name` stands for; 0xFFFFFFFF if there is none.
   virtual unsigned int GetUniformLocation(const char* name) const = 0;
 
   /// Run at `TRenderCPU::Begin`, the vertex shader's first, and at `TRenderCPU::End`.
@@ -35,6 +36,7 @@ public:
 
   /// Computes one vertex.
   virtual void Execute(TRenderCPU::VAR_DATA* v) = 0;
+  /// The generic attribute, 0 to 7, that `name` stands for; 0xFFFFFFFF if there is none.
   virtual unsigned int GetAttribLocation(const char* name) const = 0;
 };
 

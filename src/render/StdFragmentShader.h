@@ -13,6 +13,7 @@ public:
 
   /// 0xFFFFFFFF for every name.
   unsigned int GetUniformLocation(const char* name) const override;
+  /// Nothing to do.
   void Begin() override;
   void End() override;
 

@@ -17,7 +17,10 @@ public:
 
   /// Fills the slot table by lighting, two-sided lighting and the texture switch of unit 0.
   void Begin() override;
+  /// Nothing to do.
   void End() override;
+  /// Transforms and lights the current vertex. With `GL_COLOR_MATERIAL` on, the current colour is
+  /// written into the materials and stays there.
   void Execute(TRenderCPU::VAR_DATA* v) override;
 };
 

@@ -37,8 +37,9 @@ public:
   /// What travels from a vertex to a fragment: eight slots of four doubles, of which the first
   /// `m_VarCount` are live. Slot 0 is the position; the slot table says what the others hold.
   struct VAR_DATA {
-    vec_t_<double, 4> Slots[8];
+    vec_t_<double, 4> Slots[8]; ///< stale from slot `m_VarCount` on
 
+    /// Slot `i`, unchecked.
     vec_t_<double, 4>& operator[](std::size_t i) { return Slots[i]; }
     const vec_t_<double, 4>& operator[](std::size_t i) const { return Slots[i]; }
   };
@@ -55,17 +56,17 @@ public:
   /// Two ends and their difference: a triangle's edge, a span or a line.
   struct EDGE {
     const VAR_DATA* Begin; ///< the end with the smaller y (edges) or x (spans)
-    const VAR_DATA* End;
-    VAR_DATA Delta; ///< `End` minus `Begin`, live slots only
+    const VAR_DATA* End;   ///< the other end
+    VAR_DATA Delta;        ///< `End` minus `Begin`, live slots only
   };
 
   /// The surfaces that a context owns.
   struct ZX_CORE3D_API TFrameBuffer {
-    int Width = 0;
-    int Height = 0;
-    TDataSurface* Color = nullptr;
-    TDataSurface* Depth = nullptr;
-    TDataSurface* Stencil = nullptr;
+    int Width = 0;                   ///< pixels
+    int Height = 0;                  ///< pixels
+    TDataSurface* Color = nullptr;   ///< four bytes a pixel, red first
+    TDataSurface* Depth = nullptr;   ///< one float a pixel
+    TDataSurface* Stencil = nullptr; ///< one byte a pixel
 
     TFrameBuffer() = default;
     TFrameBuffer(const TFrameBuffer&) = delete;
@@ -75,6 +76,7 @@ public:
     /// Makes the three surfaces, dropping old ones. False for a size below 1, changing nothing, and
     /// when memory is exhausted, leaving none.
     bool Create(int width, int height);
+    /// Deletes the surfaces.
     void Destroy();
   };
 
@@ -84,8 +86,8 @@ public:
   /// go of it deletes them. Names are not to be made or deleted from two threads at once, and no
   /// texture is to be changed or deleted while another thread draws with it.
   struct TTextureTable {
-    std::atomic<std::uint32_t> RefCount{1};
-    std::vector<TDataSurface*> Surfaces; ///< index is the texture name; null is a free name
+    std::atomic<std::uint32_t> RefCount{1}; ///< contexts that use the table
+    std::vector<TDataSurface*> Surfaces;    ///< index is the texture name; null is a free name
 
     /// Counts every texture that was deleted, detached, remade or exchanged: a context whose own
     /// count differs looks at what it has bound before it draws.
@@ -93,55 +95,58 @@ public:
     std::vector<TTextureHold*> Holds; ///< by name: who has it bound
   };
 
+  /// A light, as `Lightfv` stores it.
   struct TLight {
-    bool Enabled;
-    bool Spot;                  ///< the cutoff is not 180
-    vec_t_<double, 4> Position; ///< eye space; unit length if w is 0
-    vec_t_<double, 4> Ambient;
-    vec_t_<double, 4> Diffuse;
-    vec_t_<double, 4> Specular;
+    bool Enabled;                    ///< by `EnableLight`
+    bool Spot;                       ///< the cutoff is not 180
+    vec_t_<double, 4> Position;      ///< eye space; unit length if w is 0
+    vec_t_<double, 4> Ambient;       ///< added to whatever the light reaches
+    vec_t_<double, 4> Diffuse;       ///< times the cosine of the angle of incidence
+    vec_t_<double, 4> Specular;      ///< of the highlight
     vec_t_<double, 3> SpotDirection; ///< eye space, not normalised
-    double SpotExponent;
-    double SpotCutoff;    ///< degrees
-    double SpotCutoffRad; ///< radians
-    double ConstantAttenuation;
-    double LinearAttenuation;
-    double QuadraticAttenuation;
+    double SpotExponent;             ///< power of the cosine within the cone
+    double SpotCutoff;               ///< degrees
+    double SpotCutoffRad;            ///< radians
+    double ConstantAttenuation;      ///< the divisor's constant
+    double LinearAttenuation;        ///< the factor of the distance
+    double QuadraticAttenuation;     ///< the factor of its square
   };
 
+  /// A surface, as `Materialfv` stores it.
   struct TMaterial {
-    vec_t_<double, 4> Ambient;
-    vec_t_<double, 4> Diffuse;
-    vec_t_<double, 4> Specular;
-    vec_t_<double, 4> Emission;
-    double Shininess;
+    vec_t_<double, 4> Ambient;  ///< answer to ambient light
+    vec_t_<double, 4> Diffuse;  ///< answer to diffuse light; its alpha is that of the lit colour
+    vec_t_<double, 4> Specular; ///< colour of the highlight
+    vec_t_<double, 4> Emission; ///< light of its own
+    double Shininess;           ///< power of the highlight, unchecked
   };
 
   /// Stored and read back; no stage applies it.
   struct TFog {
-    std::int32_t Mode;
-    double Density;
-    double Start;
-    double End;
-    vec_t_<double, 4> Color;
+    std::int32_t Mode;       ///< an enum value, unchecked
+    double Density;          ///< of the exponential modes
+    double Start;            ///< distance from the eye, of the linear mode
+    double End;              ///< distance from the eye, of the linear mode
+    vec_t_<double, 4> Color; ///< red, green, blue, alpha
   };
 
   /// Reads filtered texels from a surface, at coordinates in doubles. Filter, wrap, type and
   /// component count are settled when they are set, so that sampling is one indirect call.
   class ZX_CORE3D_API TTexSampler {
   public:
+    /// Writes the texel at `st` to `*out`.
     using TGetValueFunc = void (TTexSampler::*)(const vec_t_<double, 4>& st,
                                                 vec_t_<double, 4>* out);
 
-    DATASURFACE* m_Surface = nullptr; ///< not owned
-    TGetValueFunc m_GetValue = &TTexSampler::GetValueBorder;
-    vec_t_<double, 4> m_BorderColor = {0, 0, 0, 0};
-    double m_SurfaceWidth = 0;
-    double m_SurfaceHeight = 0;
+    DATASURFACE* m_Surface = nullptr;                        ///< not owned
+    TGetValueFunc m_GetValue = &TTexSampler::GetValueBorder; ///< the function in force
+    vec_t_<double, 4> m_BorderColor = {0, 0, 0, 0};          ///< what lies outside
+    double m_SurfaceWidth = 0;                               ///< columns; 0 without a surface
+    double m_SurfaceHeight = 0;                              ///< rows; 0 without a surface
     std::uint32_t m_FilterMin = 9728; ///< GL_NEAREST or GL_LINEAR, equal to `m_FilterMag`
-    std::uint32_t m_FilterMag = 9728;
-    std::uint32_t m_WrapS = 10497; ///< GL_REPEAT, GL_CLAMP, GL_CLAMP_TO_BORDER, GL_CLAMP_TO_EDGE
-    std::uint32_t m_WrapT = 10497;
+    std::uint32_t m_FilterMag = 9728; ///< equal to `m_FilterMin`
+    std::uint32_t m_WrapS = 10497;    ///< GL_REPEAT, GL_CLAMP, GL_CLAMP_TO_BORDER, GL_CLAMP_TO_EDGE
+    std::uint32_t m_WrapT = 10497;    ///< the same values
 
     /// By filter, wrap S, wrap T, data type, components; the last varies fastest.
     static const std::array<TGetValueFunc, 384> s_GetValueFuncs;
@@ -150,6 +155,7 @@ public:
     /// row and a pixel of slack, as a `TDataSurface` has: with `GL_REPEAT` one column and row past
     /// the end are read. False if the surface can't be sampled; it then reads as the border colour.
     bool SetSurface(DATASURFACE* surface);
+    /// The surface, or null; not owned.
     DATASURFACE* GetSurface() const { return m_Surface; }
 
     /// False, changing nothing, unless both are the same and GL_NEAREST or GL_LINEAR.
@@ -158,6 +164,7 @@ public:
     /// False, changing nothing, unless both are wrap modes.
     bool SetWrap(unsigned int s, unsigned int t);
 
+    /// Sets the border colour from four components, unclamped.
     void SetBorderColor(const float* color);
     void SetBorderColor(const vec_t_<double, 4>& color) { m_BorderColor = color; }
 
@@ -176,10 +183,13 @@ public:
     void GetValue(const vec_t_<double, 2>& st, double* out);
     /// \}
 
+    /// The border colour, wherever `st` is.
     void GetValueBorder(const vec_t_<double, 4>& st, vec_t_<double, 4>* out);
 
+    /// The texel that `st` falls into.
     template <unsigned int WrapS, unsigned int WrapT, DATA_TYPE Type, int Components>
     void GetValueWrapNearest2D(const vec_t_<double, 4>& st, vec_t_<double, 4>* out);
+    /// The four texels around `st`, weighted.
     template <unsigned int WrapS, unsigned int WrapT, DATA_TYPE Type, int Components>
     void GetValueWrapLinear2D(const vec_t_<double, 4>& st, vec_t_<double, 4>* out);
 
@@ -194,57 +204,64 @@ public:
     /// \}
   };
 
+  /// A texture unit. The standard stages use unit 0 alone.
   struct TTexUnit {
-    bool TexEnabled = false;
+    bool TexEnabled = false;         ///< `GL_TEXTURE_2D`
     std::uint32_t TexEnvMode = 8448; ///< GL_MODULATE or GL_REPLACE
-    TTexSampler Sampler;
+    TTexSampler Sampler;             ///< the bound texture, filter, wrap and border
+    /// For custom shaders: no standard stage applies it.
     MAT4<double> TexMatrix = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
-    std::vector<MAT4<double>> TexMatrixStack;
+    std::vector<MAT4<double>> TexMatrixStack; ///< saved by `PushMatrix`
   };
 
   /// An array of vertex data and how to fetch from it.
   struct TVertexAttribPointer {
-    bool Enabled;
-    std::int32_t Size;
-    std::uint32_t Type;
-    std::uint8_t Normalized;
-    std::int32_t Stride;
-    std::int32_t EffectiveStride;
-    const void* Pointer;
-    const unsigned char* Data;
+    bool Enabled;                 ///< whether drawing reads it
+    std::int32_t Size;            ///< components, 1 to 4
+    std::uint32_t Type;           ///< GL_UNSIGNED_BYTE, GL_FLOAT or GL_DOUBLE
+    std::uint8_t Normalized;      ///< bytes become 0 to 1
+    std::int32_t Stride;          ///< bytes, as it was given
+    std::int32_t EffectiveStride; ///< bytes from one element to the next
+    const void* Pointer;          ///< as it was given; not owned
+    const unsigned char* Data;    ///< element 0: the pointer, or its place in a buffer
+    /// Fetches element `index`; missing components are 0, 0 and 1.
     void (*GetValue)(const TVertexAttribPointer* p, unsigned long index, vec_t_<double, 4>* out);
   };
+  /// Fetches element `index` of an array.
   using TAttrGetVal = void (*)(const TVertexAttribPointer* p, unsigned long index,
                                vec_t_<double, 4>* out);
 
   /// The generic arrays of one vertex array object.
   struct TVertexArray {
-    TVertexAttribPointer Attribs[8];
+    TVertexAttribPointer Attribs[8]; ///< by the index of the attribute
 
+    /// Array `i`, unchecked.
     TVertexAttribPointer& operator[](std::size_t i) { return Attribs[i]; }
     const TVertexAttribPointer& operator[](std::size_t i) const { return Attribs[i]; }
   };
 
   /// An enabled array and the current value that its elements go to.
   struct TAttrValue {
-    const TVertexAttribPointer* Pointer;
-    vec_t_<double, 4>* Value;
+    const TVertexAttribPointer* Pointer; ///< the array
+    vec_t_<double, 4>* Value;            ///< where its elements go
   };
 
+  /// A buffer object.
   struct TBuffer {
-    std::uint32_t Access = 35002; ///< GL_READ_WRITE
-    std::uint32_t Usage = 35044;  ///< GL_STATIC_DRAW
-    bool Mapped = false;
-    std::vector<unsigned char> Data;
+    std::uint32_t Access = 35002;    ///< GL_READ_WRITE
+    std::uint32_t Usage = 35044;     ///< GL_STATIC_DRAW
+    bool Mapped = false;             ///< forbids nothing
+    std::vector<unsigned char> Data; ///< the bytes
   };
 
+  /// How pixels lie in memory, as `PixelStorei` stores it.
   struct TPixelStore {
-    bool SwapBytes = false;
-    bool LsbFirst = false;
-    std::int32_t RowLength = 0;
-    std::int32_t SkipPixels = 0;
-    std::int32_t SkipRows = 0;
-    std::int32_t Alignment = 1;
+    bool SwapBytes = false;      ///< stored only
+    bool LsbFirst = false;       ///< stored only
+    std::int32_t RowLength = 0;  ///< pixels from row to row; 0: the width
+    std::int32_t SkipPixels = 0; ///< before the first
+    std::int32_t SkipRows = 0;   ///< before the first
+    std::int32_t Alignment = 1;  ///< bytes, of each pixel
   };
 
   /// One saved piece of state: four doubles or eight 32-bit values.
@@ -255,17 +272,25 @@ public:
     };
   };
 
+  /// One entry of the attribute stack.
   struct TAttribItem {
-    std::uint32_t Mask;
-    std::vector<TAttribData> Data;
+    std::uint32_t Mask;            ///< as given to `PushAttrib`
+    std::vector<TAttribData> Data; ///< the groups' pieces, in the order of their bits
   };
 
+  /// Whether a depth passes.
   using TDepthCompare = bool (*)(float fragment, float stored);
+  /// Whether a stencil value passes.
   using TStencilCompare = bool (*)(unsigned char ref, unsigned char value, unsigned char mask);
+  /// Changes the stencil value at `s` within `mask`.
   using TStencilFunction = void (*)(unsigned char* s, unsigned char ref, unsigned char mask);
+  /// Blends four bytes of `src` over those at `dst`.
   using TBlendFunction = void (*)(const void* src, void* dst);
+  /// The same, for the bytes whose bit is set in `mask`.
   using TBlendMFunction = void (*)(const void* src, void* dst, unsigned char mask);
+  /// Stores a colour into a pixel of the draw buffer.
   using TPixelWrite = void (*)(void* dst, const vec_t_<double, 4>& color);
+  /// What a submitted vertex calls.
   using TVertexHandler = void (TRenderCPU::*)();
 
   // --- Life
@@ -666,20 +691,29 @@ public:
 
   // --- State without a slot of its own
 
+  /// The comparison as it was last given, rejected values included.
   unsigned int GetDepthFunc() const { return m_DepthFunc; }
 
   /// `factor` is what is added to the depth of triangles while `GL_POLYGON_OFFSET_FILL` is on;
   /// neither the slope nor `units` plays a part.
   void PolygonOffset(float factor, float units);
+  /// `GL_POLYGON_OFFSET_FILL`.
   void EnablePolygonOffsetFill(bool on);
 
   /// Whether light 0 to 7 is on; another index reports 0xFFFFFFFF.
   bool _IsEnableLight(int index);
+  /// `Enable` and `Disable` in one.
   void _Enable(unsigned int cap, bool on);
+  /// What `IsEnabled` returns and throws.
   bool _IsEnabled(unsigned int cap);
+  /// `GL_TEXTURE_2D` of a unit, 0 to 7.
   void _EnableTexture2D(int unit, bool on);
+  /// `EnableClientState` and `DisableClientState` in one.
   void _EnableClientState(unsigned int array, bool on);
+  /// Chooses the blend routines for the present factors and switch.
   void _UpdateBlendFunc();
+  /// Each of four bytes becomes (dst * (255 - a) + src * a) / 255, truncated, with a the alpha of
+  /// `src`. The second leaves the bytes alone whose bit in `mask` is 0.
   static void _Blend_SrcA_1_SrcA_RGBAub(const void* src, void* dst);
   static void _BlendM_SrcA_1_SrcA_RGBAub(const void* src, void* dst, unsigned char mask);
 
@@ -687,6 +721,8 @@ public:
 
   /// Null means the default program, of the two standard shaders.
   void _SetProgram(TProgramCPU* program);
+  /// Installs a shader alone, whatever the program holds; null means the standard one. A reference
+  /// is held, and the one on the old shader let go.
   void _SetVertexShader(TVertexShaderCPU* shader);
   void _SetFragmentShader(TFragmentShaderCPU* shader);
 
@@ -703,24 +739,35 @@ public:
   /// Takes a surface out of the table: the caller then owns it. Samplers that have it bound go on
   /// reading it until the next bind, so that it must live until then. Null for an unknown name.
   TDataSurface* DetachTexture(unsigned int id);
+  /// Lets go of the texture table; the last context to do so deletes its surfaces.
   void _ClearTextures();
 
   // --- Buffers and vertex arrays
 
+  /// The fetch functions: unsigned bytes, normalised ones, floats, doubles; of each, 1 to 4
+  /// components.
   static const std::array<TAttrGetVal, 16> s_AttrGetVals;
 
+  /// Sets an array, with the buffer that is bound now. `GL_INVALID_VALUE`, changing nothing, for a
+  /// size outside 1 to 4 or an unsupported type.
   void _VertexAttribPointer(TVertexAttribPointer* p, int size, unsigned int type,
                             unsigned char normalized, int stride, const void* pointer);
   /// Lists the enabled arrays in `out`, at most `max`; returns how many.
   unsigned long _PrepareAttrValues(TAttrValue* out, unsigned long max);
+  /// As `BufferData` and its like, for the buffer `id`.
   void NamedBufferData(unsigned int id, int size, const void* data, unsigned int usage);
   void NamedBufferSubData(unsigned int id, long offset, int size, const void* data);
   void* MapNamedBuffer(unsigned int id, unsigned int access);
   bool UnmapNamedBuffer(unsigned int id);
+  /// Gives out the lowest free names of vertex array objects.
   void GenVertexArrays(int n, unsigned int* ids);
+  /// Makes `id` the current vertex array object; 0 is the default one.
   void BindVertexArray(unsigned int id);
+  /// Frees vertex array objects; the current one gives way to the default.
   void DeleteVertexArrays(int n, unsigned int* ids);
+  /// Frees all vertex array objects.
   void _ClearVertexArrays();
+  /// Frees all buffers.
   void _ClearBuffers();
 
   // --- The road of a primitive
@@ -759,6 +806,7 @@ public:
   void RasterizePixel(int x, int y, const EDGE* e, double t);
   /// \}
 
+  /// Sets both ends, ordered by y (an edge) or x (a span), and their difference.
   void SetEdge(EDGE* e, VAR_DATA* a, VAR_DATA* b);
   void SetSpan(EDGE* e, VAR_DATA* a, VAR_DATA* b);
 
@@ -773,80 +821,81 @@ public:
 
   // --- Pixel transfer
 
+  /// `DrawPixels` and `ReadPixels` after their checks: four bytes a pixel on both sides.
   void _DrawPixels_RGBAub_RGBAub(int width, int height, const void* pixels);
   void _ReadPixels_RGBAub_RGBAub(int x, int y, int width, int height, void* pixels);
 
   // --- State
 
-  bool m_Created = false;
-  bool m_ReservedFlag = false; ///< kept by the attribute stack, read by nothing else
-  bool m_DepthMask = true;
-  bool m_BlendEnabled = false;
-  std::uint32_t m_BlendSrc;
-  std::uint32_t m_BlendDst;
-  TBlendFunction m_BlendFunc = nullptr; ///< null: no blending
-  TBlendMFunction m_BlendFuncM = nullptr;
-  float m_PointSize = 1.0f;
-  float m_LineWidth = 1.0f;
-  bool m_Normalize = false;
-  bool m_CullFaceEnabled = false;
-  std::uint32_t m_CullFaceMode;
-  bool m_FrontFaceCCW = true;
-  bool m_DepthTest = false;
-  std::int32_t m_EnabledLightCount = 0;
-  bool m_Lighting = false;
-  bool m_FogEnabled = false;
-  bool m_PolygonOffsetFill = false;
-  float m_PolygonOffsetFactor = 0.0f;
-  float m_PolygonOffsetUnits = 1.0f;
-  std::uint32_t m_PolygonModeFront;
-  std::uint32_t m_PolygonModeBack;
-  bool m_CalcDepth = false; ///< the fragment shader's `IsCalcDepth`
-  std::uint32_t m_PerspectiveHint;
-  bool m_StencilTest = false;
-  std::uint32_t m_StencilFunc;
-  std::int32_t m_StencilRef = 0;
-  std::uint32_t m_StencilValueMask = 0xFFFFFFFF;
-  std::uint32_t m_StencilFail;
-  std::uint32_t m_StencilZFail;
-  std::uint32_t m_StencilZPass;
-  std::uint32_t m_StencilWriteMask = 0xFFFFFFFF;
-  TStencilCompare m_StencilCompare;
-  TStencilFunction m_StencilFailOp;
-  TStencilFunction m_StencilZFailOp;
-  TStencilFunction m_StencilZPassOp;
-  std::uint8_t m_ColorMask = 15; ///< bit 0 red to bit 3 alpha
-  bool m_InBeginEnd = false;
-  std::uint32_t m_MatrixMode;
-  int m_Width = 0; ///< of the surfaces, and of the viewport
-  int m_Height = 0;
-  unsigned char m_ClearColor[4] = {0, 0, 0, 0};
-  float m_ClearDepth = 1.0f;
-  unsigned char m_ClearStencil = 0;
-  TZxGLSurface* m_CurrentSurface = nullptr; ///< not owned
-  TFrameBuffer* m_FrameBuffer = nullptr;
-  TDataSurface* m_ColorSurface = nullptr; ///< the frame buffer's, or a bound one
-  TDataSurface* m_DepthSurface = nullptr;
-  TDataSurface* m_StencilSurface = nullptr;
-  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF; ///< all ones outside `Begin` and `End`
-  std::uint32_t m_ShadeModel;
+  bool m_Created = false;                 ///< between `Create` and `Destroy`
+  bool m_ReservedFlag = false;            ///< kept by the attribute stack, read by nothing else
+  bool m_DepthMask = true;                ///< `DepthMask`
+  bool m_BlendEnabled = false;            ///< `GL_BLEND`
+  std::uint32_t m_BlendSrc;               ///< `BlendFunc`, the source factor
+  std::uint32_t m_BlendDst;               ///< `BlendFunc`, the destination factor
+  TBlendFunction m_BlendFunc = nullptr;   ///< null: no blending
+  TBlendMFunction m_BlendFuncM = nullptr; ///< for a partial colour mask; null: no blending
+  float m_PointSize = 1.0f;               ///< stored only
+  float m_LineWidth = 1.0f;               ///< stored only
+  bool m_Normalize = false;               ///< `GL_NORMALIZE`
+  bool m_CullFaceEnabled = false;         ///< `GL_CULL_FACE`
+  std::uint32_t m_CullFaceMode;           ///< `CullFace`
+  bool m_FrontFaceCCW = true;             ///< `FrontFace(GL_CCW)`
+  bool m_DepthTest = false;               ///< `GL_DEPTH_TEST`
+  std::int32_t m_EnabledLightCount = 0;   ///< lights that are on
+  bool m_Lighting = false;                ///< `GL_LIGHTING`
+  bool m_FogEnabled = false;              ///< `GL_FOG`, stored only
+  bool m_PolygonOffsetFill = false;       ///< `GL_POLYGON_OFFSET_FILL`
+  float m_PolygonOffsetFactor = 0.0f;     ///< added to depths
+  float m_PolygonOffsetUnits = 1.0f;      ///< stored only
+  std::uint32_t m_PolygonModeFront;       ///< stored only
+  std::uint32_t m_PolygonModeBack;        ///< stored only
+  bool m_CalcDepth = false;               ///< the fragment shader's `IsCalcDepth`
+  std::uint32_t m_PerspectiveHint;        ///< `GL_FASTEST` interpolates without perspective
+  bool m_StencilTest = false;             ///< `GL_STENCIL_TEST`
+  std::uint32_t m_StencilFunc;            ///< `StencilFunc`, the comparison
+  std::int32_t m_StencilRef = 0;          ///< its reference; the low byte counts
+  std::uint32_t m_StencilValueMask = 0xFFFFFFFF; ///< its mask; the low byte counts
+  std::uint32_t m_StencilFail;                   ///< `StencilOp`, when the stencil test fails
+  std::uint32_t m_StencilZFail;                  ///< when the depth test fails
+  std::uint32_t m_StencilZPass;                  ///< when both pass
+  std::uint32_t m_StencilWriteMask = 0xFFFFFFFF; ///< `StencilMask`; the low byte counts
+  TStencilCompare m_StencilCompare;              ///< the comparison in force
+  TStencilFunction m_StencilFailOp;              ///< the operation in force
+  TStencilFunction m_StencilZFailOp;             ///< likewise
+  TStencilFunction m_StencilZPassOp;             ///< likewise
+  std::uint8_t m_ColorMask = 15;                 ///< bit 0 red to bit 3 alpha
+  bool m_InBeginEnd = false;                     ///< between `Begin` and `End`
+  std::uint32_t m_MatrixMode;                    ///< `MatrixMode`, unchecked
+  int m_Width = 0;                               ///< of the surfaces, and of the viewport
+  int m_Height = 0;                              ///< likewise
+  unsigned char m_ClearColor[4] = {0, 0, 0, 0};  ///< red, green, blue, alpha
+  float m_ClearDepth = 1.0f;                     ///< unclamped
+  unsigned char m_ClearStencil = 0;              ///< what `Clear` writes
+  TZxGLSurface* m_CurrentSurface = nullptr;      ///< not owned
+  TFrameBuffer* m_FrameBuffer = nullptr;         ///< owned
+  TDataSurface* m_ColorSurface = nullptr;        ///< the frame buffer's, or a bound one
+  TDataSurface* m_DepthSurface = nullptr;        ///< the frame buffer's
+  TDataSurface* m_StencilSurface = nullptr;      ///< the frame buffer's
+  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF;    ///< all ones outside `Begin` and `End`
+  std::uint32_t m_ShadeModel;                    ///< always `GL_SMOOTH`
   vec_t_<double, 4> m_Uniforms[32] = {}; ///< cells of 32 bytes; integers stand raw at the start
 
-  vec_t_<double, 4> m_CurAttrib[8] = {};
-  vec_t_<double, 4> m_CurVertex = {0, 0, 0, 0};
-  vec_t_<double, 4> m_CurNormal = {0, 0, 0, 0};
-  vec_t_<double, 4> m_CurColor = {1, 1, 1, 1};
-  vec_t_<double, 4> m_CurTexCoord = {0, 0, 0, 0};
-  TVertexAttribPointer m_VertexPointer = {};
-  TVertexAttribPointer m_NormalPointer = {};
-  TVertexAttribPointer m_ColorPointer = {};
-  TVertexAttribPointer m_TexCoordPointer = {};
+  vec_t_<double, 4> m_CurAttrib[8] = {};          ///< the generic attributes
+  vec_t_<double, 4> m_CurVertex = {0, 0, 0, 0};   ///< the vertex last given
+  vec_t_<double, 4> m_CurNormal = {0, 0, 0, 0};   ///< x, y, z; w is 0
+  vec_t_<double, 4> m_CurColor = {1, 1, 1, 1};    ///< unclamped
+  vec_t_<double, 4> m_CurTexCoord = {0, 0, 0, 0}; ///< s, t, r, q
+  TVertexAttribPointer m_VertexPointer = {};      ///< the classic array of positions
+  TVertexAttribPointer m_NormalPointer = {};      ///< that of normals
+  TVertexAttribPointer m_ColorPointer = {};       ///< that of colours
+  TVertexAttribPointer m_TexCoordPointer = {};    ///< that of texture coordinates
 
-  VAR_DATA m_VarEdgeA = {}; ///< the values on the two edges at the current row
-  VAR_DATA m_VarEdgeB = {};
-  VAR_DATA m_VarFragment = {};
-  EDGE m_Edges[3] = {};
-  EDGE m_Span = {};
+  VAR_DATA m_VarEdgeA = {};    ///< the values on the two edges at the current row
+  VAR_DATA m_VarEdgeB = {};    ///< the same on the other edge
+  VAR_DATA m_VarFragment = {}; ///< the values at the fragment
+  EDGE m_Edges[3] = {};        ///< of the triangle at hand
+  EDGE m_Span = {};            ///< of the row, or the line, at hand
   VAR_DATA m_VarSaved[4] = {}; ///< copies that survive clipping
   VAR_DATA m_VarCur[4] = {};   ///< the primitive being assembled
   int m_StripIndex = -1;       ///< ring position of a triangle strip
@@ -864,34 +913,34 @@ public:
   int m_VarCount = 0;
   /// \}
 
-  FS_DATA m_Fragment;
-  MAT4<double> m_ModelView;
-  MAT4<double> m_Projection;
-  MAT4<double> m_ModelViewProjection;
-  TFog m_Fog;
-  std::uint32_t m_ColorMaterialFace;
-  std::uint32_t m_ColorMaterialMode;
-  bool m_ColorMaterial = false;
-  TMaterial m_MaterialFront;
-  TMaterial m_MaterialBack;
-  bool m_LightModelLocalViewer = false;
-  bool m_LightModelTwoSide = false;
-  bool m_LightModelColorControl = false;
-  vec_t_<double, 4> m_LightModelAmbient = {0.2, 0.2, 0.2, 1.0};
-  TLight m_Lights[8];
-  int m_EnabledLights[8] = {}; ///< rebuilt by `Begin`, ascending
-  std::int32_t m_ActiveTexture = 0;
-  TTexUnit m_TexUnits[8];
-  TVertexArray* m_DefaultVertexArray = nullptr;
-  TVertexArray* m_VertexArray = nullptr;
-  std::uint32_t m_VertexArrayBinding = 0;
+  FS_DATA m_Fragment;                    ///< the one record of all fragments
+  MAT4<double> m_ModelView;              ///< the model-view matrix
+  MAT4<double> m_Projection;             ///< the projection
+  MAT4<double> m_ModelViewProjection;    ///< their product, kept up to date
+  TFog m_Fog;                            ///< stored only
+  std::uint32_t m_ColorMaterialFace;     ///< `ColorMaterial`, unchecked
+  std::uint32_t m_ColorMaterialMode;     ///< likewise
+  bool m_ColorMaterial = false;          ///< `GL_COLOR_MATERIAL`
+  TMaterial m_MaterialFront;             ///< of faces towards the viewer
+  TMaterial m_MaterialBack;              ///< of faces away from it, in two-sided lighting
+  bool m_LightModelLocalViewer = false;  ///< `GL_LIGHT_MODEL_LOCAL_VIEWER`
+  bool m_LightModelTwoSide = false;      ///< `GL_LIGHT_MODEL_TWO_SIDE`
+  bool m_LightModelColorControl = false; ///< stored only
+  vec_t_<double, 4> m_LightModelAmbient = {0.2, 0.2, 0.2, 1.0}; ///< light without a source
+  TLight m_Lights[8];                                           ///< `GL_LIGHT0` to `GL_LIGHT7`
+  int m_EnabledLights[8] = {};                                  ///< rebuilt by `Begin`, ascending
+  std::int32_t m_ActiveTexture = 0;                             ///< the unit that calls act on
+  TTexUnit m_TexUnits[8];                                       ///< `GL_TEXTURE0` to `GL_TEXTURE7`
+  TVertexArray* m_DefaultVertexArray = nullptr;                 ///< owned
+  TVertexArray* m_VertexArray = nullptr;                        ///< the current one
+  std::uint32_t m_VertexArrayBinding = 0;                       ///< its name; 0 for the default one
   std::uint32_t m_BufferBindings[6] = {}; ///< array, element array, pack, unpack, atomic, storage
-  std::vector<MAT4<double>> m_ModelViewStack;
-  std::vector<MAT4<double>> m_ProjectionStack;
-  std::vector<TAttribItem> m_AttribStack;
-  std::vector<TVertexArray> m_ClientAttribStack;
-  std::vector<TVertexArray*> m_VertexArrays; ///< name n is entry n - 1
-  std::vector<TBuffer*> m_Buffers;           ///< name n is entry n - 1
+  std::vector<MAT4<double>> m_ModelViewStack;    ///< saved by `PushMatrix`
+  std::vector<MAT4<double>> m_ProjectionStack;   ///< likewise
+  std::vector<TAttribItem> m_AttribStack;        ///< saved by `PushAttrib`
+  std::vector<TVertexArray> m_ClientAttribStack; ///< saved by `PushClientAttrib`
+  std::vector<TVertexArray*> m_VertexArrays;     ///< name n is entry n - 1
+  std::vector<TBuffer*> m_Buffers;               ///< name n is entry n - 1
 
   /// \name One reference held on each.
   /// \{
@@ -903,22 +952,22 @@ public:
   TProgramCPU* m_DefaultProgram = nullptr;
   /// \}
 
-  DATASURFACE* m_DrawBuffer = nullptr; ///< not owned
-  TPixelWrite m_PixelWrite = nullptr;
-  TDepthCompare m_DepthCompare;
-  std::uint32_t m_DepthFunc;
-  TPixelStore m_PixelPack;
-  TPixelStore m_PixelUnpack;
-  std::uint32_t m_Error = 0;
-  vec_t_<double, 4> m_RasterPos = {0, 0, 0, 0};
-  vec_t_<int, 2> m_WindowPos = {0, 0};
-  int m_LastPixelX = -1; ///< the pixel that a line drew last
-  int m_LastPixelY = -1;
-  TTextureTable* m_Textures = nullptr;
-  TVertexHandler m_VertexHandler = &TRenderCPU::UnknownVertex;
-  TDebugCallback m_DebugCallback = nullptr;
-  void* m_DebugUserParam = nullptr;
-  bool m_DebugOutput = false;
+  DATASURFACE* m_DrawBuffer = nullptr;          ///< not owned
+  TPixelWrite m_PixelWrite = nullptr;           ///< the draw buffer's writer; null: no draw buffer
+  TDepthCompare m_DepthCompare;                 ///< the comparison in force
+  std::uint32_t m_DepthFunc;                    ///< as it was last given
+  TPixelStore m_PixelPack;                      ///< of `ReadPixels`
+  TPixelStore m_PixelUnpack;                    ///< of `DrawPixels`
+  std::uint32_t m_Error = 0;                    ///< what `GetError` will return
+  vec_t_<double, 4> m_RasterPos = {0, 0, 0, 0}; ///< stored only
+  vec_t_<int, 2> m_WindowPos = {0, 0};          ///< lower left corner of `DrawPixels`, in pixels
+  int m_LastPixelX = -1;                        ///< the pixel that a line drew last
+  int m_LastPixelY = -1;                        ///< -1 at the start of each `Begin`
+  TTextureTable* m_Textures = nullptr;          ///< null until it is needed; shared by count
+  TVertexHandler m_VertexHandler = &TRenderCPU::UnknownVertex; ///< what a vertex calls
+  TDebugCallback m_DebugCallback = nullptr;                    ///< told of each error
+  void* m_DebugUserParam = nullptr;                            ///< handed to it; not owned
+  bool m_DebugOutput = false;                                  ///< `GL_DEBUG_OUTPUT`
 
 private:
   /// Where the pixels of a surface are.

@@ -5,11 +5,13 @@
 
 /// A colour as four bytes.
 struct COLORRGBA {
+  /// Red, green, blue and alpha, each 0 to 255.
   unsigned char r, g, b, a;
 };
 
 /// A colour as four floats; it passes to `Color4fv` unchanged.
 struct COLORRGBA_F {
+  /// Red, green, blue and alpha; 0 to 1 is what a surface can hold.
   float r, g, b, a;
 };
 

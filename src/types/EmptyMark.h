@@ -15,4 +15,5 @@ template <class T> inline bool HasEmptyMark(const T& value) {
   return true;
 }
 
+/// Sets every bit of `*value`.
 template <class T> inline void SetEmptyMark(T* value) { std::memset(value, 0xFF, sizeof(T)); }

@@ -8,8 +8,10 @@
 /// element `c * 4 + r`. A point is mapped as the column vector `M * p`; an affine matrix keeps its
 /// translation in elements 12, 13, 14.
 template <class T> struct MAT4 {
+  /// The elements, in the order told above.
   T m[16];
 
+  /// Element `i` of `m`, unchecked.
   T& operator[](std::size_t i) { return m[i]; }
   const T& operator[](std::size_t i) const { return m[i]; }
 };

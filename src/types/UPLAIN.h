@@ -5,7 +5,10 @@
 
 /// The oriented plane `a x + b y + c z + d = 0`: a normal, then minus the dot product of the normal
 /// and any point of the plane.
-template <class T> struct UPLAIN { T a, b, c, d; };
+template <class T> struct UPLAIN {
+  /// The coefficients of the equation.
+  T a, b, c, d;
+};
 
 /// The plane through three points, its normal along `(q - p) x (r - p)`. All four values are
 /// multiplied by one over the normal's length: three points on a line yield infinities or NaNs.

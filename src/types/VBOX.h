@@ -8,17 +8,21 @@
 
 /// An axis-aligned box. Empty when every bit of `Min.x` is set.
 template <class T> struct VBOX {
-  vec_t_<T, 3> Min;
-  vec_t_<T, 3> Max;
-  bool Flag; ///< carried along; nothing in this library reads it
+  vec_t_<T, 3> Min; ///< least coordinates
+  vec_t_<T, 3> Max; ///< greatest coordinates
+  bool Flag;        ///< carried along; nothing in this library reads it
 
+  /// Ready to be grown: the least coordinates are the greatest values of `T`, the greatest the
+  /// least. Not marked empty.
   VBOX()
       : Min{zx_max_value<T>(), zx_max_value<T>(), zx_max_value<T>()}, Max{zx_min_value<T>(),
                                                                           zx_min_value<T>(),
                                                                           zx_min_value<T>()},
         Flag(false) {}
+  /// From its two ends, unchecked.
   VBOX(const vec_t_<T, 3>& min, const vec_t_<T, 3>& max) : Min(min), Max(max), Flag(false) {}
 
+  /// Whether the box is marked empty.
   bool IsEmpty() const { return HasEmptyMark(Min.x); }
 
   /// Marks the box empty; its other values stay.

@@ -12,22 +12,30 @@ class TZxXIniWriter;
 /// A fixed vector of N elements and nothing else, so that an array of vectors is a flat array of T.
 /// Elements 0, 1, 2, 3 are the x, y, z, w of a coordinate; other lengths have their index only.
 template <class T, std::size_t N> struct vec_t_ {
+  /// The elements.
   T Values[N];
 
+  /// Element `i`, unchecked.
   T& operator[](std::size_t i) { return Values[i]; }
   const T& operator[](std::size_t i) const { return Values[i]; }
 };
 
+/// A vector of two: a texture coordinate, a point of the plane.
 template <class T> struct vec_t_<T, 2> {
+  /// Elements 0 and 1.
   T x, y;
 
+  /// Element `i`, unchecked.
   T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
   const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
 };
 
+/// A vector of three: a point, a direction, a colour.
 template <class T> struct vec_t_<T, 3> {
+  /// Elements 0 to 2.
   T x, y, z;
 
+  /// Element `i`, unchecked.
   T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
   const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
 
@@ -36,9 +44,12 @@ template <class T> struct vec_t_<T, 3> {
   void SaveSE(TZxXIniWriter* writer, const std::string& name) const;
 };
 
+/// A vector of four: a homogeneous coordinate, a colour with alpha.
 template <class T> struct vec_t_<T, 4> {
+  /// Elements 0 to 3.
   T x, y, z, w;
 
+  /// Element `i`, unchecked.
   T& operator[](std::size_t i) { return reinterpret_cast<T*>(this)[i]; }
   const T& operator[](std::size_t i) const { return reinterpret_cast<const T*>(this)[i]; }
 };
@@ -49,6 +60,7 @@ ZX_CORE3D_API void vec_t_<double, 3>::SaveSE(TZxXIniWriter* writer, const std::s
 static_assert(sizeof(vec_t_<double, 2>) == 16 && sizeof(vec_t_<double, 3>) == 24 &&
               sizeof(vec_t_<double, 4>) == 32 && sizeof(vec_t_<int, 3>) == 12);
 
+/// The sum, element by element.
 template <class T, std::size_t N>
 inline vec_t_<T, N> operator+(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   vec_t_<T, N> sum;
@@ -58,6 +70,7 @@ inline vec_t_<T, N> operator+(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return sum;
 }
 
+/// The difference, element by element.
 template <class T, std::size_t N>
 inline vec_t_<T, N> operator-(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   vec_t_<T, N> difference;
@@ -67,6 +80,7 @@ inline vec_t_<T, N> operator-(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return difference;
 }
 
+/// Each element times `factor`.
 template <class T, std::size_t N> inline vec_t_<T, N> operator*(const vec_t_<T, N>& v, T factor) {
   vec_t_<T, N> scaled;
   for (std::size_t i = 0; i < N; ++i) {
@@ -75,10 +89,12 @@ template <class T, std::size_t N> inline vec_t_<T, N> operator*(const vec_t_<T, 
   return scaled;
 }
 
+/// Each element times `factor`.
 template <class T, std::size_t N> inline vec_t_<T, N> operator*(T factor, const vec_t_<T, N>& v) {
   return v * factor;
 }
 
+/// Whether all elements are equal; a NaN is equal to nothing.
 template <class T, std::size_t N>
 inline bool operator==(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   for (std::size_t i = 0; i < N; ++i) {
@@ -89,6 +105,7 @@ inline bool operator==(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return true;
 }
 
+/// Whether any two elements differ.
 template <class T, std::size_t N>
 inline bool operator!=(const vec_t_<T, N>& a, const vec_t_<T, N>& b) {
   return !(a == b);

@@ -68,8 +68,8 @@ ZX_CORE3D_API bool IsFullFileName(const char* name, unsigned long length);
 /// `name` relative to the directory `base`: one ..\ for each component of `base` behind the common
 /// part, then the rest of `name`. Where one of the two is not full, or their first characters
 /// differ, `name` as it stands. The last separator that `name` has in or just behind the equal part
-/// counts as common without a look at `base`: c:\a\b\f relative to c:\a\bc is f. On `~0` the output
-/// is not terminated.
+/// counts as common without a look at `base`: `c:\a\b\f` relative to `c:\a\bc` is `f`. On `~0` the
+/// output is not terminated.
 ZX_CORE3D_API unsigned long FullToRelativeFileName(const char* name, unsigned long nameLength,
                                                    const char* base, unsigned long baseLength,
                                                    char* out, unsigned long size);

@@ -10,6 +10,7 @@
 /// called from any thread; they let through the `std::system_error` of a failing lock.
 class ZX_CORE3D_API TEvent {
 public:
+  /// Signalled from the start, or not.
   explicit TEvent(bool signalled);
 
   /// Signals, and wakes one waiter.

@@ -24,6 +24,7 @@ public:
 
   /// Seconds of `t` nanoseconds, without a look at `s_tFreq`.
   static double ToSec(unsigned long t);
+  /// The clock's present time.
   static TimePoint Now();
   /// `s_tStart` minus now: the time since `Initialize`, with a negative sign.
   static std::int64_t Count();

@@ -8,9 +8,10 @@
 /// Named timings, in seconds, as a text of one line each. One thread at a time.
 class ZX_CORE3D_API TTimeReporter {
 public:
+  /// One timing.
   struct TItem {
-    double Time;
-    std::string Name;
+    double Time;      ///< seconds
+    std::string Name; ///< as it was given
   };
 
   /// No timings and no total.

@@ -20,6 +20,7 @@ struct TOperation {
   std::string Name;
   std::string Signature;
   std::string Doc;
+  int Comment; ///< which of the header's comments `Doc` is; a family shares one
 };
 
 /// The virtual operations of the header's text, in order.
@@ -36,7 +37,7 @@ struct TRow {
   std::vector<TProbe> Probes;
 };
 
-/// One row an operation, in the order of the header.
+/// One entry for each operation, in the order of the header.
 std::vector<TRow> StateRows();
 std::vector<TRow> VertexRows();
 std::vector<TRow> ResourceRows();

@@ -19,6 +19,7 @@ public:
     return seen == 0 ? 0 : seen - 1;
   }
 
+  /// The present number of users.
   unsigned long Count() const noexcept { return m_Count.load(); }
 
 private:

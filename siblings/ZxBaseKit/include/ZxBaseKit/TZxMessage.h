@@ -17,9 +17,12 @@
 /// text.
 class ZX_BASEKIT_API TZxMessage : public std::exception {
 public:
+  /// An empty text.
   TZxMessage() = default;
+  /// A text with or without placeholders; null is empty.
   explicit TZxMessage(std::string text);
   explicit TZxMessage(const char* text);
+  /// Copies the text and its open placeholders.
   TZxMessage(const TZxMessage&) = default;
   TZxMessage& operator=(const TZxMessage&) = default;
   ~TZxMessage() override;

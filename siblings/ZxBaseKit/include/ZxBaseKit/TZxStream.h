@@ -23,7 +23,9 @@ public:
   /// Cuts or grows the stream to `size` bytes.
   virtual bool setSize(unsigned long size);
 
+  /// The position, in bytes from the beginning.
   virtual unsigned long getPosition();
+  /// Moves to `position`; false where that is not possible.
   virtual bool setPosition(unsigned long position);
 
   /// Whether there is something to read from or write to.

@@ -45,9 +45,9 @@ struct DATASURFACE {
   std::int32_t PixelStride; ///< bytes from one pixel to the next
   std::int32_t RowStride;   ///< bytes from one row to the next
   std::int32_t SliceStride; ///< bytes from one slice to the next
-  DATA_FORMAT Format;
-  DATA_TYPE Type;
-  std::uint8_t Channels; ///< components of a pixel
-  std::uint8_t* Data;
-  std::uint64_t DataSize; ///< bytes that belong to the pixels
+  DATA_FORMAT Format;       ///< what the components mean
+  DATA_TYPE Type;           ///< of a component
+  std::uint8_t Channels;    ///< components of a pixel
+  std::uint8_t* Data;       ///< the first pixel of row 0, or null
+  std::uint64_t DataSize;   ///< bytes that belong to the pixels
 };

@@ -36,6 +36,7 @@ public:
   /// empty.
   void Adopt(DATASURFACE& record) noexcept;
 
+  /// Whether the block is its own, and freed with it.
   bool IsOwner() const noexcept { return m_Owner; }
 
 private:

@@ -1,0 +1,15 @@
+# Holds that the tutorial has its eight steps and that none is longer than 60 lines.
+
+file(GLOB STEPS "${CMAKE_CURRENT_LIST_DIR}/step*.cpp")
+list(LENGTH STEPS count)
+if(NOT count EQUAL 8)
+  message(FATAL_ERROR "the tutorial has ${count} steps instead of 8")
+endif()
+foreach(step IN LISTS STEPS)
+  file(READ "${step}" text)
+  string(REGEX MATCHALL "\n" ends "${text}")
+  list(LENGTH ends lines)
+  if(lines GREATER 60)
+    message(FATAL_ERROR "${step} has ${lines} lines")
+  endif()
+endforeach()
