@@ -173,9 +173,8 @@ TPoint DirectionOf(double azimuth, double elevation, bool zUp) {
 bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
                     std::string* error) {
   const auto found =
-      std::find_if(model.Cameras.begin(), model.Cameras.end(), [&](const FILE_CAMERA& camera) {
-        return name.empty() || camera.Name == name;
-      });
+      std::find_if(model.Cameras.begin(), model.Cameras.end(),
+                   [&](const FILE_CAMERA& camera) { return name.empty() || camera.Name == name; });
   if (found == model.Cameras.end()) {
     *error = model.Cameras.empty() ? "the file holds no camera"
                                    : "the file holds no camera '" + name + "', but";

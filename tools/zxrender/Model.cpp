@@ -430,8 +430,7 @@ bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* 
     return false;
   }
   Assimp::Importer importer;
-  const aiScene* scene =
-      importer.ReadFileFromMemory(bytes.data(), bytes.size(), 0, format.c_str());
+  const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), 0, format.c_str());
   return _TakeScene(importer, _Finish(&importer, scene), std::string(), out, error, warnings);
 }
 

@@ -17,8 +17,8 @@ std::uint8_t _ToByte(std::uint32_t sum) {
   return static_cast<std::uint8_t>(step - std::begin(kSrgbSteps));
 }
 
-// `samples` holds `count` pixels, 4 or 16. A colour counts as far as it is opaque; where nothing is,
-// all colours count alike.
+// `samples` holds `count` pixels, 4 or 16. A colour counts as far as it is opaque; where nothing
+// is, all colours count alike.
 void _Average(const std::uint8_t (*samples)[4], std::uint32_t count, std::uint8_t* to) {
   std::uint32_t alphas = 0;
   for (std::uint32_t i = 0; i < count; ++i) {
@@ -47,9 +47,9 @@ void AverageSamples(const DATASURFACE& from, int side, std::uint8_t* to) {
       std::size_t count = 0;
       bool same = true;
       for (int row = 0; row < side; ++row) {
-        const std::uint8_t* pixel =
-            from.Data + static_cast<std::ptrdiff_t>(y * side + row) * from.RowStride +
-            static_cast<std::ptrdiff_t>(x * side) * from.PixelStride;
+        const std::uint8_t* pixel = from.Data +
+                                    static_cast<std::ptrdiff_t>(y * side + row) * from.RowStride +
+                                    static_cast<std::ptrdiff_t>(x * side) * from.PixelStride;
         for (int column = 0; column < side; ++column, pixel += from.PixelStride, ++count) {
           std::memcpy(samples[count], pixel, 4);
           same = same && std::memcmp(samples[0], pixel, 4) == 0;

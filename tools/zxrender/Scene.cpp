@@ -66,7 +66,8 @@ std::string _NoMemory(int width, int height) {
 }
 
 // A program of a pair of shaders, either of which may be null; they belong to it alone.
-Zx3D::TProgramCPU* _MakeProgram(Zx3D::TVertexShaderCPU* vertex, Zx3D::TFragmentShaderCPU* fragment) {
+Zx3D::TProgramCPU* _MakeProgram(Zx3D::TVertexShaderCPU* vertex,
+                                Zx3D::TFragmentShaderCPU* fragment) {
   auto* program = new Zx3D::TProgramCPU;
   program->SetShaderV(vertex);
   program->SetShaderF(fragment);
@@ -396,8 +397,9 @@ const std::vector<std::uint8_t>& TScene::ReadPicture() {
 
 DATASURFACE TScene::Picture() const {
   DATASURFACE picture = {};
-  if (!m_Picture.empty() && ds::Set(&picture, m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8,
-                                    4, m_Picture.data()) &&
+  if (!m_Picture.empty() &&
+      ds::Set(&picture, m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+              m_Picture.data()) &&
       m_Style.Background[3] >= 1) {
     picture.Format = DATA_FORMAT_RGB;
     picture.Channels = 3; // the pixels keep their distance of four bytes

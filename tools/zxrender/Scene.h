@@ -38,8 +38,8 @@ struct CAMERA {
 /// Empty if there is no such vertex.
 std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames);
 
-/// A camera of the file, for a picture of `view`'s size: by its name, or the first if that is empty.
-/// False with `*error` as the reason if there is none.
+/// A camera of the file, for a picture of `view`'s size: by its name, or the first if that is
+/// empty. False with `*error` as the reason if there is none.
 bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
                     std::string* error);
 

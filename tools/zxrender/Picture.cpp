@@ -1,0 +1,260 @@
+#include "Picture.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+
+#include <QtCore/QByteArray>
+#include <QtCore/QCryptographicHash>
+
+#include <turbojpeg.h>
+#include <unistd.h>
+
+#include <ZxPixelKit/Image.h>
+#include <ZxPixelKit/Surface.h>
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string _Reason() { return errno != 0 ? std::strerror(errno) : "the surface is of no use"; }
+
+// All of the bytes to a file descriptor.
+bool _WriteAll(int file, const std::uint8_t* data, std::size_t size) {
+  while (size > 0) {
+    const ssize_t count = write(file, data, size);
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count <= 0) {
+      return false;
+    }
+    data += count;
+    size -= static_cast<std::size_t>(count);
+  }
+  return true;
+}
+
+bool _SaveBytes(const std::string& name, const std::uint8_t* data, std::size_t size) {
+  std::FILE* file = std::fopen(name.c_str(), "wbe");
+  if (file == nullptr) {
+    return false;
+  }
+  bool done = std::fwrite(data, 1, size, file) == size;
+  return std::fclose(file) == 0 && done;
+}
+
+bool _SaveJpeg(const std::string& name, const DATASURFACE& surface) {
+  constexpr int kQuality = 92;
+  const std::unique_ptr<void, int (*)(void*)> encoder(tjInitCompress(), tjDestroy);
+  unsigned char* bytes = nullptr;
+  unsigned long size = 0;
+  const bool coded = encoder != nullptr && surface.PixelStride == 4 && surface.Channels == 3 &&
+                     tjCompress2(encoder.get(), surface.Data, surface.Width, surface.RowStride,
+                                 surface.Height, TJPF_RGBX, &bytes, &size, TJSAMP_444, kQuality,
+                                 TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT) == 0;
+  errno = 0;
+  const bool done = coded && _SaveBytes(name, bytes, size);
+  tjFree(bytes);
+  return done;
+}
+
+// Rows from the bottom, in the processor's byte order, which the sign of the scale tells.
+bool _SavePfm(const std::string& name, const DATASURFACE& surface) {
+  const std::uint16_t one = 1;
+  std::uint8_t first = 0;
+  std::memcpy(&first, &one, 1);
+  const std::string head = std::string(surface.Channels == 3 ? "PF\n" : "Pf\n") +
+                           std::to_string(surface.Width) + " " + std::to_string(surface.Height) +
+                           (first == 1 ? "\n-1.0\n" : "\n1.0\n");
+  std::vector<std::uint8_t> bytes(head.begin(), head.end());
+  for (int y = 0; y < surface.Height; ++y) {
+    const std::uint8_t* row = surface.Data + static_cast<std::ptrdiff_t>(y) * surface.RowStride;
+    bytes.insert(bytes.end(), row, row + surface.RowStride);
+  }
+  return _SaveBytes(name, bytes.data(), bytes.size());
+}
+
+bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
+  errno = 0;
+  switch (kind) {
+  case IMAGE_KIND::Png:
+    return SaveImage(name, nullptr, surface);
+  case IMAGE_KIND::Jpeg:
+    return _SaveJpeg(name, surface);
+  case IMAGE_KIND::Pfm:
+    return _SavePfm(name, surface);
+  default:
+    return false;
+  }
+}
+
+// The encoder writes files by name, so what goes to a pipe takes the way through one.
+bool _WriteToPipe(IMAGE_KIND kind, const DATASURFACE& surface, int pipe) {
+  std::error_code code;
+  std::string name = (fs::temp_directory_path(code) / "zxrender-XXXXXX").string();
+  const int file = mkstemp(name.data());
+  if (file < 0) {
+    return false;
+  }
+  bool done = _Save(name, kind, surface);
+  std::vector<std::uint8_t> part(1 << 16);
+  while (done) {
+    const ssize_t count = read(file, part.data(), part.size());
+    if (count <= 0) {
+      done = count == 0;
+      break;
+    }
+    done = _WriteAll(pipe, part.data(), static_cast<std::size_t>(count));
+  }
+  const int reason = errno;
+  close(file);
+  unlink(name.c_str());
+  errno = reason;
+  return done;
+}
+
+std::string _PnmHead(const DATASURFACE& surface) {
+  static constexpr const char* kTypes[] = {"GRAYSCALE", "GRAYSCALE_ALPHA", "RGB", "RGB_ALPHA"};
+  const std::string width = std::to_string(surface.Width);
+  const std::string height = std::to_string(surface.Height);
+  const std::string most = surface.Type == DATA_TYPE_UINT16 ? "65535" : "255";
+  if (surface.Channels == 1 || surface.Channels == 3) {
+    return std::string(surface.Channels == 1 ? "P5\n" : "P6\n") + width + " " + height + "\n" +
+           most + "\n";
+  }
+  return "P7\nWIDTH " + width + "\nHEIGHT " + height + "\nDEPTH " +
+         std::to_string(surface.Channels) + "\nMAXVAL " + most + "\nTUPLTYPE " +
+         kTypes[surface.Channels - 1] + "\nENDHDR\n";
+}
+
+void _ToRGBA(const DATASURFACE& surface, const std::uint8_t* pixel, int rgba[4]) {
+  const int channels = surface.Channels;
+  for (int c = 0; c < 3; ++c) {
+    rgba[c] = pixel[channels >= 3 ? c : 0];
+  }
+  rgba[3] = channels == 2 || channels == 4 ? pixel[channels - 1] : 255;
+}
+
+std::string _SizeText(const DATASURFACE& surface) {
+  return std::to_string(surface.Width) + "x" + std::to_string(surface.Height);
+}
+
+} // namespace
+
+IMAGE_KIND KindOfName(const std::string& name) {
+  const std::size_t dot = name.rfind('.');
+  std::string ending = dot == std::string::npos ? "" : name.substr(dot + 1);
+  std::transform(ending.begin(), ending.end(), ending.begin(),
+                 [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return ending == "png"                       ? IMAGE_KIND::Png
+         : ending == "jpg" || ending == "jpeg" ? IMAGE_KIND::Jpeg
+         : ending == "pfm"                     ? IMAGE_KIND::Pfm
+                                               : IMAGE_KIND::Unknown;
+}
+
+bool WriteImage(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+                int standardOutput, std::string* error) {
+  bool done = false;
+  std::error_code code;
+  const fs::file_status status = fs::symlink_status(name, code);
+  const bool isNew = status.type() == fs::file_type::not_found;
+  if (name == "-") {
+    done = _WriteToPipe(kind, surface, standardOutput);
+  } else if (isNew || status.type() == fs::file_type::regular) {
+    // Under another name first, so that nobody finds half a picture.
+    const std::string part = name + ".part";
+    done = _Save(part, kind, surface);
+    if (done && std::rename(part.c_str(), name.c_str()) != 0) {
+      done = false;
+    }
+    if (!done) {
+      const int reason = errno;
+      unlink(part.c_str());
+      errno = reason;
+    }
+  } else {
+    done = _Save(name, kind, surface); // a device, a pipe, or where a link leads
+  }
+  if (!done) {
+    *error = "can't be written: " + _Reason();
+  }
+  return done;
+}
+
+std::string DigestOf(const DATASURFACE& surface) {
+  QCryptographicHash hash(QCryptographicHash::Sha256);
+  const std::string head = _PnmHead(surface);
+  hash.addData(QByteArray(head.data(), static_cast<int>(head.size())));
+  const bool wide = surface.Type == DATA_TYPE_UINT16;
+  const int bytes = surface.Channels * (wide ? 2 : 1);
+  QByteArray row(surface.Width * bytes, 0);
+  for (int y = surface.Height - 1; y >= 0; --y) {
+    const std::uint8_t* from = surface.Data + static_cast<std::ptrdiff_t>(y) * surface.RowStride;
+    char* to = row.data();
+    for (int x = 0; x < surface.Width; ++x, from += surface.PixelStride) {
+      for (int c = 0; c < surface.Channels; ++c) {
+        if (wide) {
+          std::uint16_t value;
+          std::memcpy(&value, from + 2 * c, sizeof value);
+          *to++ = static_cast<char>(value >> 8);
+          *to++ = static_cast<char>(value & 255);
+        } else {
+          *to++ = static_cast<char>(from[c]);
+        }
+      }
+    }
+    hash.addData(row);
+  }
+  return hash.result().toHex().toStdString();
+}
+
+COMPARISON ComparePictures(const DATASURFACE& a, const DATASURFACE& b,
+                           std::vector<std::uint8_t>* difference) {
+  COMPARISON result;
+  for (const DATASURFACE* one : {&a, &b}) {
+    if (one->Type != DATA_TYPE_UINT8) {
+      result.Reason = "has channels of " + std::to_string(8 * GetTypeSize(one->Type)) + " bits";
+      return result;
+    }
+  }
+  if (a.Width != b.Width || a.Height != b.Height) {
+    result.Reason = "is of " + _SizeText(b) + " pixels, not of " + _SizeText(a);
+    return result;
+  }
+  const auto width = static_cast<std::size_t>(a.Width);
+  std::vector<std::uint8_t> values(width * static_cast<std::size_t>(a.Height) * 3);
+  for (int y = 0; y < a.Height; ++y) {
+    const std::uint8_t* left = a.Data + static_cast<std::ptrdiff_t>(y) * a.RowStride;
+    const std::uint8_t* right = b.Data + static_cast<std::ptrdiff_t>(y) * b.RowStride;
+    std::uint8_t* out = values.data() + static_cast<std::size_t>(y) * width * 3;
+    for (int x = 0; x < a.Width; ++x, left += a.PixelStride, right += b.PixelStride, out += 3) {
+      int one[4];
+      int other[4];
+      _ToRGBA(a, left, one);
+      _ToRGBA(b, right, other);
+      const int alpha = std::abs(one[3] - other[3]);
+      int most = alpha;
+      for (int c = 0; c < 3; ++c) {
+        const int apart = std::abs(one[c] - other[c]);
+        most = std::max(most, apart);
+        out[c] = static_cast<std::uint8_t>(std::max(apart, alpha));
+      }
+      result.Differing += most > 0 ? 1 : 0;
+      result.Greatest = std::max(result.Greatest, most);
+    }
+  }
+  result.Same = result.Differing == 0;
+  if (difference != nullptr && result.Greatest > 0) {
+    for (std::uint8_t& value : values) {
+      value = static_cast<std::uint8_t>((value * 255 + result.Greatest / 2) / result.Greatest);
+    }
+    difference->swap(values);
+  }
+  return result;
+}
