@@ -193,11 +193,14 @@ void TBatch::_End(RUNNING* running) {
   if (running->Next < running->Task->EndFrame && !running->Failed) {
     // What it was about to write would be found half done.
     const PICTURE_NAMES names = NamesOf(m_Call, *running->Task, running->Next);
-    for (const std::string* name :
-         {&names.Output, &names.Depth, &names.Normals, &names.Ids, &names.Difference}) {
-      if (!name->empty() && *name != "-") {
-        unlink((*name + ".part").c_str());
+    const auto remove = [](const std::string& name, IMAGE_KIND kind) {
+      if (!name.empty() && name != "-") {
+        unlink(PartName(name, kind).c_str());
       }
+    };
+    remove(names.Output, OutputKind(m_Options));
+    for (const std::string* name : {&names.Depth, &names.Normals, &names.Ids, &names.Difference}) {
+      remove(*name, KindOfName(*name));
     }
     const std::string& file = m_Options.Models[running->Task->Model];
     if (running->TimedOut) {

@@ -215,10 +215,7 @@ void TJob::_Finish(const DATASURFACE& picture, const PICTURE_NAMES& names,
     (*record)["digest"] = _ToQt(DigestOf(picture));
   }
   if (!names.Output.empty()) {
-    const IMAGE_KIND kind = m_Options.Kind != IMAGE_KIND::Unknown ? m_Options.Kind
-                            : names.Output == "-"                 ? IMAGE_KIND::Png
-                                                                  : KindOfName(names.Output);
-    _Write(names.Output, kind, picture);
+    _Write(names.Output, OutputKind(m_Options), picture);
   }
 }
 

@@ -10,13 +10,17 @@ namespace {
 
 bool _HasLetter(const OPTION_ROW& row) { return row.Code < 256; }
 
-// "-o, --output NAME"; `mark` goes before and behind each name of an argument.
+// "-o, --output NAME"
 std::string _Usage(const OPTION_ROW& row) {
-  std::string text = _HasLetter(row) ? std::string("-") + static_cast<char>(row.Code) + ", " : "";
-  text += std::string("--") + row.Name;
-  if (row.Argument != nullptr) {
-    text += row.Argument[0] == '[' ? "[=" + std::string(row.Argument + 1)
-                                   : " " + std::string(row.Argument);
+  std::string text;
+  if (_HasLetter(row)) {
+    text += {'-', static_cast<char>(row.Code), ',', ' '};
+  }
+  text.append("--").append(row.Name);
+  if (row.Argument != nullptr && row.Argument[0] == '[') {
+    text.append("[=").append(row.Argument + 1);
+  } else if (row.Argument != nullptr) {
+    text.append(" ").append(row.Argument);
   }
   return text;
 }
@@ -113,7 +117,7 @@ std::string HelpText(const std::string& group) {
   }
   for (const OPTION_GROUP& rows : OptionGroups()) {
     if (group == rows.Name || group == "all") {
-      text += (text.empty() ? "" : "\n") + _GroupText(rows);
+      text.append(text.empty() ? "" : "\n").append(_GroupText(rows));
     }
   }
   return text;

@@ -10,7 +10,7 @@ Draws model files (COLLADA, glTF, OBJ, PLY, STL and the rest that Assimp reads).
 
 inline constexpr char kHelpFoot[] =
     R"(
-Exit status: 0 all done, 1 a file failed, 2 wrong command line, 3 --check differs
+Exit status: 0 done, 1 a file failed, 2 wrong command line, 3 --check differs
 )";
 
 // See _TroffText for the marks.

@@ -429,8 +429,10 @@ bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* 
     *error = "is empty";
     return false;
   }
+  // Assimp knows most kinds by their first bytes, but not this one.
+  const std::string hint = format.empty() && bytes.rfind("glTF", 0) == 0 ? "glb" : format;
   Assimp::Importer importer;
-  const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), 0, format.c_str());
+  const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), 0, hint.c_str());
   return _TakeScene(importer, _Finish(&importer, scene), std::string(), out, error, warnings);
 }
 

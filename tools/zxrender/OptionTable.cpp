@@ -32,7 +32,7 @@ OPTION_GROUP _PictureOptions() {
         "What an ending says where there is none: png or jpg for the picture, anything else for a "
         "model from standard input (obj, glb, stl, ...). Can be given for both. A picture to "
         "standard output is a PNG without it; a model's kind is guessed from its first bytes, "
-        "which most binary formats allow."}}};
+        "which works for most but not for binary STL and X3D."}}};
 }
 
 OPTION_GROUP _ViewOptions() {
@@ -142,7 +142,7 @@ OPTION_GROUP _ReportOptions() {
        {kOptionStats, "stats", nullptr, "", false, "print triangles, vertices, pixels and times",
         "Print triangles, vertices, pixels and times of each model."},
        {'h', "help", "[GROUP]", "picture view layers check many report all", true,
-        "this help, or: picture view layers check many report all",
+        "or: picture view layers check many report all",
         "Print the most used options, or those of a group: picture, view, layers, check, many, "
         "report or all."},
        {'V', "version", nullptr, "", false, "print the version", "Print the version."}}};

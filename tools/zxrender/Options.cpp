@@ -267,9 +267,7 @@ std::string _FindConflict(const OPTIONS& options) {
 std::string _FindWrongKind(const OPTIONS& options) {
   const bool hasAlpha = options.Style.Background[3] < 1;
   if (!options.Output.empty()) {
-    const IMAGE_KIND kind = options.Kind != IMAGE_KIND::Unknown ? options.Kind
-                            : options.Output == "-"             ? IMAGE_KIND::Png
-                                                                : KindOfName(options.Output);
+    const IMAGE_KIND kind = OutputKind(options);
     if (kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Jpeg) {
       return "'" + options.Output + "' must end with .png, .jpg or .jpeg, or --format say so";
     }
@@ -320,6 +318,12 @@ COMMAND _Complete(OPTIONS* out) {
 }
 
 } // namespace
+
+IMAGE_KIND OutputKind(const OPTIONS& options) {
+  return options.Kind != IMAGE_KIND::Unknown ? options.Kind
+         : options.Output == "-"             ? IMAGE_KIND::Png
+                                             : KindOfName(options.Output);
+}
 
 COMMAND RefuseCommandLine(const std::string& reason) {
   std::fprintf(stderr, "zxrender: %s\nTry 'zxrender --help'.\n", reason.c_str());

@@ -50,5 +50,8 @@ enum class COMMAND {
 /// Reads the command line.
 COMMAND ReadOptions(int argc, char** argv, OPTIONS* out);
 
+/// The kind of the picture.
+IMAGE_KIND OutputKind(const OPTIONS& options);
+
 /// Says on standard error what is wrong with the command line.
 COMMAND RefuseCommandLine(const std::string& reason);

@@ -12,6 +12,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QCryptographicHash>
 
+#include <fcntl.h>
 #include <turbojpeg.h>
 #include <unistd.h>
 
@@ -94,11 +95,16 @@ bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface)
   }
 }
 
-// The encoder writes files by name, so what goes to a pipe takes the way through one.
-bool _WriteToPipe(IMAGE_KIND kind, const DATASURFACE& surface, int pipe) {
+const char* _Ending(IMAGE_KIND kind) {
+  return kind == IMAGE_KIND::Jpeg ? ".jpg" : kind == IMAGE_KIND::Pfm ? ".pfm" : ".png";
+}
+
+// The encoders write files by name, so what goes elsewhere takes the way through one.
+bool _WriteThrough(IMAGE_KIND kind, const DATASURFACE& surface, int target) {
   std::error_code code;
-  std::string name = (fs::temp_directory_path(code) / "zxrender-XXXXXX").string();
-  const int file = mkstemp(name.data());
+  const std::string ending = _Ending(kind);
+  std::string name = (fs::temp_directory_path(code) / "zxrender-XXXXXX").string() + ending;
+  const int file = mkstemps(name.data(), static_cast<int>(ending.size()));
   if (file < 0) {
     return false;
   }
@@ -110,13 +116,35 @@ bool _WriteToPipe(IMAGE_KIND kind, const DATASURFACE& surface, int pipe) {
       done = count == 0;
       break;
     }
-    done = _WriteAll(pipe, part.data(), static_cast<std::size_t>(count));
+    done = _WriteAll(target, part.data(), static_cast<std::size_t>(count));
   }
   const int reason = errno;
   close(file);
   unlink(name.c_str());
   errno = reason;
   return done;
+}
+
+// A device, a pipe, or where a link leads.
+bool _WriteInto(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
+  const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  if (file < 0) {
+    return false;
+  }
+  const bool done = _WriteThrough(kind, surface, file);
+  return close(file) == 0 && done;
+}
+
+// Under another name first, so that nobody finds half a picture.
+bool _Replace(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
+  const std::string part = PartName(name, kind);
+  if (_Save(part, kind, surface) && std::rename(part.c_str(), name.c_str()) == 0) {
+    return true;
+  }
+  const int reason = errno;
+  unlink(part.c_str());
+  errno = reason;
+  return false;
 }
 
 std::string _PnmHead(const DATASURFACE& surface) {
@@ -158,29 +186,18 @@ IMAGE_KIND KindOfName(const std::string& name) {
                                                : IMAGE_KIND::Unknown;
 }
 
+std::string PartName(const std::string& name, IMAGE_KIND kind) {
+  return name + ".part" + _Ending(kind);
+}
+
 bool WriteImage(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
                 int standardOutput, std::string* error) {
-  bool done = false;
   std::error_code code;
-  const fs::file_status status = fs::symlink_status(name, code);
-  const bool isNew = status.type() == fs::file_type::not_found;
-  if (name == "-") {
-    done = _WriteToPipe(kind, surface, standardOutput);
-  } else if (isNew || status.type() == fs::file_type::regular) {
-    // Under another name first, so that nobody finds half a picture.
-    const std::string part = name + ".part";
-    done = _Save(part, kind, surface);
-    if (done && std::rename(part.c_str(), name.c_str()) != 0) {
-      done = false;
-    }
-    if (!done) {
-      const int reason = errno;
-      unlink(part.c_str());
-      errno = reason;
-    }
-  } else {
-    done = _Save(name, kind, surface); // a device, a pipe, or where a link leads
-  }
+  const fs::file_type type = fs::symlink_status(name, code).type();
+  const bool isPlain = type == fs::file_type::not_found || type == fs::file_type::regular;
+  const bool done = name == "-" ? _WriteThrough(kind, surface, standardOutput)
+                    : isPlain   ? _Replace(name, kind, surface)
+                                : _WriteInto(name, kind, surface);
   if (!done) {
     *error = "can't be written: " + _Reason();
   }

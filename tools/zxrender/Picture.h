@@ -14,6 +14,9 @@ enum class IMAGE_KIND { Unknown, Png, Jpeg, Pfm };
 /// What the ending of a name says, in letters of either case.
 IMAGE_KIND KindOfName(const std::string& name);
 
+/// The name under which an image is written until it is whole.
+std::string PartName(const std::string& name, IMAGE_KIND kind);
+
 /// Writes a surface; "-" is the file descriptor `standardOutput`. PNG takes one to four channels of
 /// 8 or 16 bits, JPEG RGB of 8 bits, PFM one or three floats; row 0 is the bottom row. A plain file
 /// appears whole or not at all. False with `*error` as the reason.

@@ -17,6 +17,10 @@ unsigned int _Location(const char* name) {
 
 using TSlot = vec_t_<double, 4>;
 
+// Interpolation takes the last bits from an alpha of 1, and files write cutoffs in decimals: a
+// millionth is forgiven. A NaN is none.
+bool _IsKept(double alpha, double cutoff) { return alpha >= cutoff - 1e-6; }
+
 // `v` by the upper 3x3 of `m`, and by its translation too if `w` is 1.
 TSlot _Transform(const MAT4<double>& m, const TSlot& v, double w) {
   TSlot out = {0, 0, 0, 0};
@@ -32,8 +36,7 @@ unsigned int TCutoutShader::GetUniformLocation(const char* name) const { return 
 
 bool TCutoutShader::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   TStdFragmentShaderCPU::Execute(v, f);
-  // A NaN is discarded too.
-  if (!(f->Color.w >= m_Render->m_Uniforms[kCutoffCell].x)) {
+  if (!_IsKept(f->Color.w, m_Render->m_Uniforms[kCutoffCell].x)) {
     return false;
   }
   f->Color.w = 1;
@@ -60,7 +63,7 @@ bool TLayerFragmentShader::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA*
   const TRenderCPU& gl = *m_Render;
   if (const double cutoff = gl.m_Uniforms[kCutoffCell].x; cutoff > 0) {
     TStdFragmentShaderCPU::Execute(v, f);
-    if (!(f->Color.w >= cutoff)) {
+    if (!_IsKept(f->Color.w, cutoff)) {
       return false;
     }
   }
