@@ -1,14 +1,13 @@
 #include "Scene.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
+
+#include "Angles.h"
 
 namespace zx_scene {
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // A little air round the model.
 constexpr double kMargin = 1.06;
@@ -24,11 +23,12 @@ double _Dot(const TPoint& a, const TPoint& b) { return a[0] * b[0] + a[1] * b[1]
 TPoint _ToZUp(const TPoint& point) { return {point[0], -point[2], point[1]}; }
 
 AXES _LookFrom(double azimuth, double elevation, bool zUp) {
-  const double a = azimuth * kPi / 180;
-  const double e = elevation * kPi / 180;
-  AXES axes = {{std::cos(a), 0, -std::sin(a)},
-               {-std::sin(a) * std::sin(e), std::cos(e), -std::cos(a) * std::sin(e)},
-               {std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e)}};
+  const double sinA = SinOfDegrees(azimuth);
+  const double cosA = CosOfDegrees(azimuth);
+  const double sinE = SinOfDegrees(elevation);
+  const double cosE = CosOfDegrees(elevation);
+  AXES axes = {
+      {cosA, 0, -sinA}, {-sinA * sinE, cosE, -cosA * sinE}, {sinA * cosE, sinE, cosA * cosE}};
   if (zUp) {
     for (TPoint* axis : {&axes.Right, &axes.Up, &axes.Back}) {
       *axis = _ToZUp(*axis);
@@ -123,7 +123,7 @@ std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames)
   if (points.empty() || frames < 1) {
     return {};
   }
-  const double half = std::tan(view.FieldOfView * kPi / 360);
+  const double half = SinOfDegrees(view.FieldOfView / 2) / CosOfDegrees(view.FieldOfView / 2);
   const double aspect = static_cast<double>(view.Width) / view.Height;
   const double halfWidth = aspect > 1 ? half * aspect : half;
   const double halfHeight = aspect > 1 ? half : half / aspect;

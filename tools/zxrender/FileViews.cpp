@@ -8,6 +8,8 @@
 #include <assimp/importerdesc.h>
 #include <assimp/scene.h>
 
+#include "Angles.h"
+
 namespace zx_scene {
 
 namespace {
@@ -57,7 +59,7 @@ bool _TakeCamera(const aiCamera& from, const aiMatrix4x4& toWorld, bool isGltf, 
   const double aspect = from.mAspect > 0 ? double{from.mAspect} : 1.0;
   to->Orthographic = from.mOrthographicWidth > 0;
   to->HalfHeight = (to->Orthographic ? double{from.mOrthographicWidth}
-                                     : std::tan(double{from.mHorizontalFOV} / 2)) /
+                                     : TanOfRadians(double{from.mHorizontalFOV} / 2)) /
                    aspect;
   to->Near = from.mClipPlaneNear > 0 ? double{from.mClipPlaneNear} : 0.0;
   to->Far = from.mClipPlaneFar > from.mClipPlaneNear ? double{from.mClipPlaneFar} : 0.0;
