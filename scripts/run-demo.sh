@@ -1,6 +1,7 @@
 #!/bin/sh
 # Draws the pictures of the demonstration: models of Debian's package assimp-testmodels by zxrender, and
-# the examples' own. An index.html beside them shows them all.
+# the examples' own. An index.html beside them shows them all; at the end they are held against the
+# digests of docs/same-pixels.md.
 #
 #   scripts/run-demo.sh BIN_DIR OUT_DIR
 #
@@ -74,7 +75,7 @@ model() { # name file title caption option...
     echo "run-demo.sh: no model $models/$file" >&2
     exit 1
   fi
-  draw "$name" "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 "$@"
+  draw "$name" "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 --samples 4 "$@"
   # A picture that came with a warning is still a picture; the warning belongs before everyone's eyes.
   sed 's/^/        /' "$log.part"
   show "$name" "$title" "$caption"
@@ -134,3 +135,4 @@ model teapots Collada/teapots.DAE "Teapots" "COLLADA: two materials and a textur
 printf '</div>\n</body>\n</html>\n' >>"$page"
 rm -f "$log.part"
 echo "$total pictures are in $out; $page shows them."
+"$(dirname "$0")/../tools/zxrender/check-digests.sh" "$bin/zxrender" "$out" || [ $? -eq 3 ]
