@@ -15,10 +15,10 @@
 
 namespace {
 
-int _CountPictures(const std::vector<TASK>& tasks) {
-  int count = 0;
+std::size_t _CountPictures(const std::vector<TASK>& tasks) {
+  std::size_t count = 0;
   for (const TASK& task : tasks) {
-    count += task.EndFrame - task.FirstFrame;
+    count += static_cast<std::size_t>(task.EndFrame - task.FirstFrame);
   }
   return count;
 }
@@ -41,8 +41,7 @@ std::string _SizeText(std::uint64_t bytes) {
 
 TBatch::TBatch(const CALL& call, const std::vector<TASK>& tasks, int jobs)
     : m_Call(call), m_Options(call.Options), m_Tasks(tasks),
-      m_Jobs(static_cast<std::size_t>(std::max(jobs, 1))),
-      m_Texts(static_cast<std::size_t>(_CountPictures(tasks))),
+      m_Jobs(static_cast<std::size_t>(std::max(jobs, 1))), m_Texts(_CountPictures(tasks)),
       m_Progress(static_cast<int>(m_Texts.size())) {}
 
 void TBatch::_Complain(const std::string& text) {
@@ -224,9 +223,7 @@ void TBatch::_Start() {
                                    : TClock::time_point::max();
     std::string error;
     const auto work = [&](int pipe, int standardOutput) {
-      CALL call = m_Call;
-      call.StandardOutput = standardOutput;
-      RunTask(call, *running.Task, pipe);
+      RunTask(m_Call, *running.Task, pipe, standardOutput);
     };
     if (!StartChild(m_Options.Memory, work, &running.Child, &error)) {
       _Fail(&running, "crashed", m_Options.Models[running.Task->Model],

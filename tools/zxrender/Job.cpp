@@ -59,9 +59,9 @@ std::string _Reworded(std::string text) {
 
 class TJob {
 public:
-  TJob(const CALL& call, const TASK& task, int pipe)
+  TJob(const CALL& call, const TASK& task, int pipe, int standardOutput)
       : m_Call(call), m_Options(call.Options), m_Task(task), m_Pipe(pipe),
-        m_File(call.Options.Models[task.Model]) {}
+        m_StandardOutput(standardOutput), m_File(call.Options.Models[task.Model]) {}
 
   void Run();
   void Fail(const FAILURE& failure) const;
@@ -84,6 +84,7 @@ private:
   const OPTIONS& m_Options;
   const TASK& m_Task;
   int m_Pipe;
+  int m_StandardOutput;
   std::string m_File;
   zx_scene::MODEL m_Model;
   zx_scene::TScene m_Scene;
@@ -193,7 +194,7 @@ QJsonObject TJob::_Check(const DATASURFACE& picture, const PICTURE_NAMES& names)
 
 void TJob::_Write(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) const {
   std::string error;
-  if (!WriteImage(name, kind, surface, m_Call.StandardOutput, &error)) {
+  if (!WriteImage(name, kind, surface, m_StandardOutput, &error)) {
     throw FAILURE{"unwritten", name == "-" ? "standard output" : name, error};
   }
 }
@@ -348,8 +349,8 @@ PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame) {
   return names;
 }
 
-void RunTask(const CALL& call, const TASK& task, int pipe) {
-  TJob job(call, task, pipe);
+void RunTask(const CALL& call, const TASK& task, int pipe, int standardOutput) {
+  TJob job(call, task, pipe, standardOutput);
   Init_ZxCore3D();
   try {
     job.Run();

@@ -8,10 +8,9 @@
 
 /// All that one call of the program is to do.
 struct CALL {
-  OPTIONS Options;        ///< its models, those of the list among them
-  std::string Input;      ///< what stood on standard input, if it is a model
-  std::size_t Pictures;   ///< in all parts
-  int StandardOutput = 1; ///< where "-" writes to
+  OPTIONS Options;      ///< its models, those of the list among them
+  std::string Input;    ///< what stood on standard input, if it is a model
+  std::size_t Pictures; ///< in all parts
 };
 
 /// The names of the files of one picture; empty for what was not asked for.
@@ -34,4 +33,6 @@ PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame);
 ///     "warning"   "text"
 ///     "picture"   "frame", "record": what --json prints
 ///     "failed"    "status" and "reason" as in --json, "blamed": the file that it is about
-void RunTask(const CALL& call, const TASK& task, int pipe);
+///
+/// Pictures named "-" go to the file descriptor `standardOutput`.
+void RunTask(const CALL& call, const TASK& task, int pipe, int standardOutput);

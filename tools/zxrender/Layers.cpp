@@ -35,6 +35,12 @@ std::array<std::uint8_t, 3> _IdColor(std::uint32_t id) {
   return color;
 }
 
+// To the nearest; no number is 0.
+std::uint16_t _ToUint16(double value) {
+  return value > 0 ? static_cast<std::uint16_t>(std::min(std::floor(value + 0.5), 65535.0))
+                   : std::uint16_t{0};
+}
+
 bool _IsNothing(const LAYERS& layers, std::size_t pixel) { return std::isinf(layers.Depth[pixel]); }
 
 } // namespace
@@ -63,8 +69,7 @@ LAYER_IMAGE DepthAsSteps(const LAYERS& layers, double step) {
   std::vector<std::uint16_t> values(layers.Depth.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!_IsNothing(layers, i)) {
-      const double steps = std::floor(double{layers.Depth[i]} / step + 0.5);
-      values[i] = static_cast<std::uint16_t>(std::clamp(steps, 1.0, 65535.0));
+      values[i] = std::max(_ToUint16(double{layers.Depth[i]} / step), std::uint16_t{1});
     }
   }
   return _Make(layers, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1, values);
@@ -78,8 +83,7 @@ LAYER_IMAGE NormalsAsColors(const LAYERS& layers) {
   std::vector<std::uint16_t> values(layers.Normals.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!_IsNothing(layers, i / 3)) {
-      const double half = std::clamp((double{layers.Normals[i]} + 1) / 2, 0.0, 1.0);
-      values[i] = static_cast<std::uint16_t>(std::floor(half * 65535 + 0.5));
+      values[i] = _ToUint16((double{layers.Normals[i]} + 1) / 2 * 65535);
     }
   }
   return _Make(layers, DATA_FORMAT_RGB, DATA_TYPE_UINT16, 3, values);

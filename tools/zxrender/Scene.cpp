@@ -411,6 +411,7 @@ bool TScene::Save(const std::string& name) const { return SaveImage(name, nullpt
 
 std::size_t TScene::CountCovered() {
   const TDataSurface* depth = m_GL.GetDepthSurface();
+  const int side = depth->Width / m_Width; // layers have one sample a pixel
   std::vector<bool> covered(static_cast<std::size_t>(m_Width));
   std::size_t count = 0;
   for (int y = 0; y < depth->Height; ++y) {
@@ -418,10 +419,10 @@ std::size_t TScene::CountCovered() {
                                                                        depth->RowStride);
     for (int x = 0; x < depth->Width; ++x) {
       if (row[x] < 1) {
-        covered[static_cast<std::size_t>(x / m_Side)] = true;
+        covered[static_cast<std::size_t>(x / side)] = true;
       }
     }
-    if ((y + 1) % m_Side == 0) {
+    if ((y + 1) % side == 0) {
       count += static_cast<std::size_t>(std::count(covered.begin(), covered.end(), true));
       covered.assign(covered.size(), false);
     }

@@ -74,7 +74,7 @@ bool TLayerFragmentShader::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA*
   const TSlot& eye = v->Slots[gl.m_VarCount - 2];
   const TSlot& normal = v->Slots[gl.m_VarCount - 1];
   double length = std::sqrt(normal.x * normal.x + normal.y * normal.y + normal.z * normal.z);
-  if (length == 0) {
+  if (!(length > 0)) { // a NaN too
     f->Color = {-eye.z, 0, 0, 0};
     return true;
   }

@@ -72,7 +72,7 @@ int _Fail(const std::string& reason) {
 }
 
 int _Run(const OPTIONS& options) {
-  CALL call = {options, "", 0, STDOUT_FILENO};
+  CALL call = {options, "", 0};
   std::vector<std::string>& models = call.Options.Models;
   std::string error;
   if (!options.List.empty() && !ReadList(options.List, &models, &error)) {

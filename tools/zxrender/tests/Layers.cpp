@@ -183,6 +183,12 @@ TEST(LayerImages, NormalsSpreadOverSixteenBits) {
             (std::vector<std::uint16_t>{32768, 32768, 65535, 65535, 32768, 0, 52428, 6553, 32768, 0,
                                         0, 0, 32768, 32768, 32768}));
   EXPECT_EQ(ValuesOf<float>(NormalsAsFloats(Made())), Made().Normals);
+  LAYERS odd = Made();
+  odd.Normals[0] = std::numeric_limits<float>::quiet_NaN();
+  odd.Normals[1] = 1.0000001f;
+  const std::vector<std::uint16_t> values = ValuesOf<std::uint16_t>(NormalsAsColors(odd));
+  EXPECT_EQ(values[0], 0);
+  EXPECT_EQ(values[1], 65535);
 }
 
 TEST(LayerImages, IdsHaveThePaletteOfSegmentationMaps) {

@@ -31,6 +31,13 @@ if command -v groff >/dev/null 2>&1; then
   [ ! -s "$work/groff" ] || fail "groff complains: $(cat "$work/groff")"
 fi
 
+# All of it is installed.
+cmake -DCMAKE_INSTALL_PREFIX="$work/tree" -P "$build/cmake_install.cmake" >/dev/null
+for file in bin/zxrender share/man/man1/zxrender.1 share/bash-completion/completions/zxrender \
+  share/thumbnailers/zxrender.thumbnailer; do
+  [ -s "$work/tree/$file" ] || fail "$file is not installed"
+done
+
 complete() { # words...; the last one is completed
   bash -c '
     . "$0"
