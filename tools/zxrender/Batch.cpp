@@ -27,7 +27,7 @@ std::string _Text(const QJsonObject& object, const char* name) {
   return object[QLatin1String(name)].toString().toStdString();
 }
 
-// "64.3 MiB" would say no more: whole units, the largest that has no rest.
+// In the largest unit that divides it.
 std::string _SizeText(std::uint64_t bytes) {
   static constexpr const char* kUnits[] = {" bytes", " KiB", " MiB", " GiB", " TiB"};
   std::size_t unit = 0;
@@ -49,7 +49,7 @@ void TBatch::_Complain(const std::string& text) {
   std::fprintf(stderr, "zxrender: %s\n", text.c_str());
 }
 
-// Texts are kept in the order of the pictures, whichever is done first.
+// Prints in the order of the pictures, whichever is finished first.
 void TBatch::_Print(const TASK& task, int frame, std::string text) {
   const std::size_t index = task.FirstNumber - m_Tasks.front().FirstNumber +
                             static_cast<std::size_t>(frame - task.FirstFrame);
@@ -111,12 +111,12 @@ void TBatch::_TakePicture(RUNNING* running, const QJsonObject& event) {
   _Print(*running->Task, frame, _TextOf(record));
 }
 
-// Reports a failure and gives up the pictures that are left of a task.
+// Reports a failure and gives up the remaining pictures of a task.
 void TBatch::_Fail(RUNNING* running, const std::string& status, const std::string& blamed,
                    const std::string& reason) {
   m_AnyFailed = true;
   running->Failed = true;
-  // The tasks of one model fail alike.
+  // All tasks of a model fail alike.
   std::string& last = m_Complaints[running->Task->Model];
   if (const std::string text = blamed + ": " + reason; text != last) {
     _Complain(text);
@@ -148,7 +148,7 @@ void TBatch::_TakeLine(RUNNING* running, const std::string& line) {
   if (name == "picture") {
     _TakePicture(running, event);
   } else if (name == "warning") {
-    // Each task of a model has the same ones.
+    // All tasks of a model have the same warnings.
     if (running->Task->FirstFrame == 0 || running->Task == &m_Tasks.front()) {
       _Complain(file + ": warning: " + _Text(event, "text"));
       m_Progress.Show(static_cast<int>(m_Done));
@@ -162,7 +162,7 @@ void TBatch::_TakeLine(RUNNING* running, const std::string& line) {
   }
 }
 
-// False when the child has nothing more to say.
+// False at the end of the child's report.
 bool TBatch::_Read(RUNNING* running) {
   char part[1 << 16];
   for (;;) {
@@ -190,7 +190,7 @@ void TBatch::_End(RUNNING* running) {
   const std::string how = EndOfChild(running->Child);
   close(running->Child.Pipe);
   if (running->Next < running->Task->EndFrame && !running->Failed) {
-    // What it was about to write would be found half done.
+    // It may have been writing a picture.
     const PICTURE_NAMES names = NamesOf(m_Call, *running->Task, running->Next);
     const auto remove = [](const std::string& name, IMAGE_KIND kind) {
       if (!name.empty() && name != "-") {

@@ -14,7 +14,7 @@
 #include "Process.h"
 #include "Progress.h"
 
-/// Does all tasks of a call, several at a time, each in a process of its own, and tells of it.
+/// Runs all tasks of a call, several at a time and each in a process of its own, and reports.
 class TBatch {
 public:
   TBatch(const CALL& call, const std::vector<TASK>& tasks, int jobs);
@@ -30,8 +30,8 @@ private:
   struct RUNNING {
     const TASK* Task = nullptr;
     CHILD Child;
-    std::string Text; ///< of a line that is not complete
-    int Next = 0;     ///< the frame that is drawn
+    std::string Text; ///< an incomplete line of the child's report
+    int Next = 0;     ///< the frame being drawn
     bool Failed = false;
     bool TimedOut = false;
     TClock::time_point Deadline;
@@ -67,12 +67,12 @@ private:
   std::size_t m_Jobs;
   std::size_t m_NextTask = 0;
   std::deque<RUNNING> m_Running;
-  // Texts for standard output wait here until those of all pictures before them are there.
+  // Output for each picture, held back until that of all pictures before it has been printed.
   std::vector<std::optional<std::string>> m_Texts;
   std::size_t m_Printed = 0;
   std::size_t m_Done = 0;
   std::map<std::size_t, STATS> m_Stats;
-  std::map<std::size_t, std::string> m_Complaints; ///< the last of each model
+  std::map<std::size_t, std::string> m_Complaints; ///< the last one of each model
   TProgress m_Progress;
   bool m_AnyFailed = false;
   bool m_AnyDifferent = false;

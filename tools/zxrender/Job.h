@@ -6,14 +6,14 @@
 #include "Names.h"
 #include "Options.h"
 
-/// All that one call of the program is to do.
+/// Everything that one invocation is to do.
 struct CALL {
-  OPTIONS Options;      ///< its models, those of the list among them
-  std::string Input;    ///< what stood on standard input, if it is a model
+  OPTIONS Options;      ///< with the models of the list appended
+  std::string Input;    ///< the model on standard input, if there is one
   std::size_t Pictures; ///< in all parts
 };
 
-/// The names of the files of one picture; empty for what was not asked for.
+/// The files of one picture; empty for those not asked for.
 struct PICTURE_NAMES {
   std::string Output;
   std::string Depth;
@@ -21,14 +21,14 @@ struct PICTURE_NAMES {
   std::string Ids;
   std::string Check;
   std::string Difference;
-  std::string Label; ///< what to call the picture
+  std::string Label; ///< the picture's name in reports
 };
 
 /// The names of a picture of a task.
 PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame);
 
-/// Reads and draws the pictures of a task, and writes what becomes of it to the file descriptor
-/// `pipe`: lines of JSON, each an object with "event" and
+/// Loads the model of a task and draws its pictures. Reports to the file descriptor `pipe` by lines
+/// of JSON, each an object with "event" and
 ///
 ///     "warning"   "text"
 ///     "picture"   "frame", "record": what --json prints

@@ -27,15 +27,15 @@ enum OPTION_CODE : int {
 };
 
 /// One option of the command line. The parser, --help, the manual page and the completion are all
-/// made from the table of these.
+/// generated from these rows.
 struct OPTION_ROW {
   int Code;             ///< the letter, or an OPTION_CODE
   const char* Name;     ///< without the hyphens
-  const char* Argument; ///< its name; null for an option without, "[...]" if it may be missing
-  const char* Words;    ///< for completion: words, or "@picture", "@file"; "" for neither
-  bool Common;          ///< stands on the first screen of --help
+  const char* Argument; ///< placeholder of the argument; null for none, "[...]" if optional
+  const char* Words;    ///< for completion: words, or "@..." for file names
+  bool Common;          ///< on the first screen of --help
   const char* Brief;    ///< at most 52 characters
-  const char* Text;     ///< whole sentences for the manual
+  const char* Text;     ///< full description for the manual
 };
 
 /// Options that belong together.

@@ -12,17 +12,17 @@ enum class UP_AXIS { Auto, Y, Z };
 /// Seconds for a file, and for each further picture of a turntable.
 constexpr double kDefaultTimeout = 120;
 
-/// What the command line says.
+/// The command line, parsed.
 struct OPTIONS {
   std::vector<std::string> Models; ///< "-" is standard input
   std::string List;                ///< a file of further models; empty for none
-  std::string Output;              ///< a pattern of names, as all that follow; empty for no picture
+  std::string Output;              ///< a name pattern, like those below; empty for no picture
   std::string Depth;
   std::string Normals;
   std::string Ids;
   std::string Check;
   std::string Difference;
-  IMAGE_KIND Kind = IMAGE_KIND::Unknown; ///< of the picture, where its name does not say
+  IMAGE_KIND Kind = IMAGE_KIND::Unknown; ///< of the picture, if --format gives it
   std::string ModelFormat;               ///< of a model from standard input
   zx_scene::VIEW View;
   zx_scene::STYLE Style;
@@ -44,7 +44,7 @@ struct OPTIONS {
 enum class COMMAND {
   Render,
   Done, ///< help or version were asked for and are printed
-  Wrong ///< the command line makes no sense; the reason is printed
+  Wrong ///< usage error; the reason is printed
 };
 
 /// Reads the command line.
@@ -53,5 +53,5 @@ COMMAND ReadOptions(int argc, char** argv, OPTIONS* out);
 /// The kind of the picture.
 IMAGE_KIND OutputKind(const OPTIONS& options);
 
-/// Says on standard error what is wrong with the command line.
+/// Reports a usage error on standard error.
 COMMAND RefuseCommandLine(const std::string& reason);

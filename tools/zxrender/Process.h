@@ -6,10 +6,10 @@
 
 #include <sys/types.h>
 
-/// A child process that does some work and tells of it through a pipe.
+/// A child process that reports through a pipe.
 struct CHILD {
   pid_t Process = -1;
-  int Pipe = -1; ///< to read from; it doesn't block
+  int Pipe = -1; ///< the end to read from; non-blocking
 };
 
 /// Runs `work` in a child with at most `memory` bytes of address space, 0 for no limit. `work` gets
@@ -19,5 +19,5 @@ struct CHILD {
 bool StartChild(std::uint64_t memory, const std::function<void(int pipe, int standardOutput)>& work,
                 CHILD* out, std::string* error);
 
-/// Waits for the end of a child and says how it came, "" for an end of its own with status 0.
+/// Waits for a child to end. Returns "" if it exited with status 0, else how it ended.
 std::string EndOfChild(const CHILD& child);

@@ -180,7 +180,8 @@ void TScene::_SetLights() {
 
 void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
   // One call for both faces would change the front alone.
-  for (const unsigned int face : {GL_FRONT, GL_BACK}) {
+  static constexpr unsigned int kFaces[] = {GL_FRONT, GL_BACK};
+  for (const unsigned int face : kFaces) {
     m_GL.Materialfv(face, GL_AMBIENT, material.Diffuse.data());
     m_GL.Materialfv(face, GL_DIFFUSE, material.Diffuse.data());
     m_GL.Materialfv(face, GL_SPECULAR, material.Specular.data());

@@ -24,7 +24,7 @@ bool _IsKept(double alpha, double cutoff) { return alpha >= cutoff - 1e-6; }
 // `v` by the upper 3x3 of `m`, and by its translation too if `w` is 1.
 TSlot _Transform(const MAT4<double>& m, const TSlot& v, double w) {
   TSlot out = {0, 0, 0, 0};
-  for (int i = 0; i < 3; ++i) {
+  for (unsigned int i = 0; i < 3; ++i) {
     out[i] = m[i] * v.x + m[4 + i] * v.y + m[8 + i] * v.z + m[12 + i] * w;
   }
   return out;

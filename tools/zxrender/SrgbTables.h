@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-/// The transfer curve of sRGB as integers: written down, since `pow` differs between C libraries.
+/// The transfer curve of sRGB as integer constants, since `pow` differs between C libraries.
 /// `linear(x)` is x / 12.92 up to 0.04045 and ((x + 0.055) / 1.055)^2.4 above.
 namespace zx_scene {
 

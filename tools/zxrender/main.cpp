@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include <fcntl.h>
 #include <sched.h>
 #include <unistd.h>
 
@@ -23,6 +24,16 @@ namespace {
 int _CountProcessors() {
   cpu_set_t set;
   return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
+}
+
+// A closed standard descriptor would be the next one that is opened, a pipe to a child for
+// instance. In its place goes one that can't be used either.
+void _OccupyStandardDescriptors() {
+  for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(file, F_GETFD) < 0 && errno == EBADF) {
+      open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY); // the lowest free one
+    }
+  }
 }
 
 bool _ReadInput(std::string* out) {
@@ -107,6 +118,7 @@ int _Run(const OPTIONS& options) {
 } // namespace
 
 int main(int argc, char** argv) {
+  _OccupyStandardDescriptors();
   OPTIONS options;
   switch (ReadOptions(argc, argv, &options)) {
   case COMMAND::Done:
@@ -125,7 +137,7 @@ int main(int argc, char** argv) {
     _Fail(error.what());
   }
   if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-    return _Fail(std::string("standard output: ") + std::strerror(errno));
+    return _Fail("standard output can't be written to");
   }
   return status;
 }

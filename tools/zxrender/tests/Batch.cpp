@@ -263,6 +263,21 @@ TEST(Pipes, ModelAndPictureGoThrough) {
   EXPECT_EQ(empty.Text, "zxrender: -: is empty\n");
 }
 
+TEST(Pipes, ClosedDescriptorsAreToldAndHarmNothing) {
+  const TDirectory directory;
+  const std::string square = WriteModel(directory, "a.obj", 3);
+  const std::string rest = " -s 9x9 -o " + (directory / "a.png") + " " + square;
+  EXPECT_EQ(RunShell(std::string(ZX_RENDER_PROGRAM) + rest + " <&- >&-").Code, 0);
+  EXPECT_TRUE(std::filesystem::exists(directory / "a.png"));
+  const RESULT json = RunShell(ZX_RENDER_PROGRAM " --json" + rest + " >&-");
+  EXPECT_EQ(json.Code, 1);
+  EXPECT_EQ(json.Text, "zxrender: standard output can't be written to\n");
+  const RESULT input = RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "b.png") + " <&-");
+  EXPECT_EQ(input.Code, 1);
+  EXPECT_EQ(input.Text, "zxrender: standard input: Bad file descriptor\n");
+  EXPECT_EQ(RunShell(std::string(ZX_RENDER_PROGRAM) + rest + " 2>&-").Code, 0);
+}
+
 TEST(Pipes, AReaderThatGoesIsAnError) {
   const TDirectory directory;
   const std::string square = WriteModel(directory, "a.obj", 3);

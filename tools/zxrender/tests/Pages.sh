@@ -17,7 +17,7 @@ fail() {
 }
 
 # Every option of --help=all stands in the manual page, and the completion offers it.
-"$program" --help=all | grep -o '^ *\(-[a-zA-Z], \)\{0,1\}--[a-z-]*' | sed 's/.*--/--/' >"$work/options"
+"$program" --help=all | grep -o '^ \{2,6\}\(-[a-zA-Z], \)\{0,1\}--[a-z-]*' | sed 's/.*--/--/' >"$work/options"
 [ "$(wc -l <"$work/options")" -ge 28 ] || fail "--help=all tells of $(wc -l <"$work/options") options only"
 sed 's/\\-/-/g' "$build/zxrender.1" >"$work/page"
 for option in $(cat "$work/options"); do
