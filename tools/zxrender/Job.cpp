@@ -15,6 +15,7 @@
 
 #include <unistd.h>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 #include <ZxPixelKit/TDataSurface.h>
@@ -42,7 +43,7 @@ struct FAILURE {
 
 bool _IsPicture(const std::string& name) {
   static constexpr const char* kEndings[] = {".png", ".jpg", ".jpeg", ".bmp", ".tga",
-                                             ".pgm", ".ppm", ".pnm",  ".hdr"};
+                                             ".pbm", ".pgm", ".ppm",  ".pnm", ".hdr"};
   const QString ending = _ToQt(std::filesystem::path(name).extension().string()).toLower();
   return std::any_of(std::begin(kEndings), std::end(kEndings),
                      [&](const char* known) { return ending == QLatin1String(known); });
@@ -168,12 +169,11 @@ QJsonObject TJob::_Describe(int frame) const {
 }
 
 QJsonObject TJob::_Check(const DATASURFACE& picture, const PICTURE_NAMES& names) const {
-  DATASURFACE loaded = {};
-  if (!LoadImage(names.Check, nullptr, &loaded)) {
-    throw FAILURE{"refused", names.Check, "is no picture that can be read"};
-  }
   TDataSurface before;
-  before.Adopt(loaded);
+  TZxMessage reason;
+  if (!LoadImage(names.Check, nullptr, &before, &reason)) {
+    throw FAILURE{"refused", names.Check, reason.what()};
+  }
   std::vector<std::uint8_t> apart;
   const COMPARISON result = ComparePictures(picture, before, &apart);
   QJsonObject object = {{"picture", _ToQt(names.Check)}, {"same", result.Same}};
@@ -297,12 +297,11 @@ void TJob::_TakePictureFile() {
   if (m_Options.Frames > 0) {
     throw FAILURE{"refused", m_File, "is a picture, of which there is no turntable"};
   }
-  DATASURFACE loaded = {};
-  if (!LoadImage(m_File, nullptr, &loaded)) {
-    throw FAILURE{"refused", m_File, "is no picture that can be read"};
-  }
   TDataSurface picture;
-  picture.Adopt(loaded);
+  TZxMessage reason;
+  if (!LoadImage(m_File, nullptr, &picture, &reason)) {
+    throw FAILURE{"refused", m_File, reason.what()};
+  }
   if (picture.Type != DATA_TYPE_UINT8 && picture.Type != DATA_TYPE_UINT16) {
     throw FAILURE{"refused", m_File, "holds floats, of which there is no digest"};
   }

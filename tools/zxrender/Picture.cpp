@@ -7,15 +7,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <memory>
 
 #include <QtCore/QByteArray>
 #include <QtCore/QCryptographicHash>
 
 #include <fcntl.h>
-#include <turbojpeg.h>
 #include <unistd.h>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 
@@ -23,7 +22,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-std::string _Reason() { return errno != 0 ? std::strerror(errno) : "the surface is of no use"; }
+std::string _Reason() { return errno != 0 ? std::strerror(errno) : "not complete"; }
 
 // All of the bytes to a file descriptor.
 bool _WriteAll(int file, const std::uint8_t* data, std::size_t size) {
@@ -41,30 +40,6 @@ bool _WriteAll(int file, const std::uint8_t* data, std::size_t size) {
   return true;
 }
 
-bool _SaveBytes(const std::string& name, const std::uint8_t* data, std::size_t size) {
-  std::FILE* file = std::fopen(name.c_str(), "wbe");
-  if (file == nullptr) {
-    return false;
-  }
-  bool done = std::fwrite(data, 1, size, file) == size;
-  return std::fclose(file) == 0 && done;
-}
-
-bool _SaveJpeg(const std::string& name, const DATASURFACE& surface) {
-  constexpr int kQuality = 92;
-  const std::unique_ptr<void, int (*)(void*)> encoder(tjInitCompress(), tjDestroy);
-  unsigned char* bytes = nullptr;
-  unsigned long size = 0;
-  const bool coded = encoder != nullptr && surface.PixelStride == 4 && surface.Channels == 3 &&
-                     tjCompress2(encoder.get(), surface.Data, surface.Width, surface.RowStride,
-                                 surface.Height, TJPF_RGBX, &bytes, &size, TJSAMP_444, kQuality,
-                                 TJFLAG_BOTTOMUP | TJFLAG_ACCURATEDCT) == 0;
-  errno = 0;
-  const bool done = coded && _SaveBytes(name, bytes, size);
-  tjFree(bytes);
-  return done;
-}
-
 // Rows from the bottom, in the processor's byte order, which the sign of the scale tells.
 bool _SavePfm(const std::string& name, const DATASURFACE& surface) {
   const std::uint16_t one = 1;
@@ -78,21 +53,27 @@ bool _SavePfm(const std::string& name, const DATASURFACE& surface) {
     const std::uint8_t* row = surface.Data + static_cast<std::ptrdiff_t>(y) * surface.RowStride;
     bytes.insert(bytes.end(), row, row + surface.RowStride);
   }
-  return _SaveBytes(name, bytes.data(), bytes.size());
-}
-
-bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
-  errno = 0;
-  switch (kind) {
-  case IMAGE_KIND::Png:
-    return SaveImage(name, nullptr, surface);
-  case IMAGE_KIND::Jpeg:
-    return _SaveJpeg(name, surface);
-  case IMAGE_KIND::Pfm:
-    return _SavePfm(name, surface);
-  default:
+  std::FILE* file = std::fopen(name.c_str(), "wbe");
+  if (file == nullptr) {
     return false;
   }
+  const bool done = std::fwrite(bytes.data(), 1, bytes.size(), file) == bytes.size();
+  return std::fclose(file) == 0 && done;
+}
+
+// False with `*reason` for why.
+bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+           std::string* reason) {
+  if (kind == IMAGE_KIND::Pfm) {
+    errno = 0;
+    const bool done = _SavePfm(name, surface);
+    *reason = done ? *reason : _Reason();
+    return done;
+  }
+  TZxMessage message;
+  const bool done = SaveImage(name, nullptr, surface, &message);
+  *reason = done ? *reason : message.what();
+  return done;
 }
 
 const char* _Ending(IMAGE_KIND kind) {
@@ -100,51 +81,56 @@ const char* _Ending(IMAGE_KIND kind) {
 }
 
 // The encoders write files by name, so what goes elsewhere takes the way through one.
-bool _WriteThrough(IMAGE_KIND kind, const DATASURFACE& surface, int target) {
+bool _WriteThrough(IMAGE_KIND kind, const DATASURFACE& surface, int target, std::string* reason) {
   std::error_code code;
   const std::string ending = _Ending(kind);
   std::string name = (fs::temp_directory_path(code) / "zxrender-XXXXXX").string() + ending;
   const int file = mkstemps(name.data(), static_cast<int>(ending.size()));
   if (file < 0) {
+    *reason = name + ": " + _Reason();
     return false;
   }
-  bool done = _Save(name, kind, surface);
+  bool done = _Save(name, kind, surface, reason);
   std::vector<std::uint8_t> part(1 << 16);
-  while (done) {
-    const ssize_t count = read(file, part.data(), part.size());
-    if (count <= 0) {
-      done = count == 0;
-      break;
-    }
-    done = _WriteAll(target, part.data(), static_cast<std::size_t>(count));
+  for (ssize_t count = 1; done && count > 0;) {
+    count = read(file, part.data(), part.size());
+    done = count >= 0 && _WriteAll(target, part.data(), static_cast<std::size_t>(count));
+    *reason = done ? *reason : _Reason();
   }
-  const int reason = errno;
   close(file);
   unlink(name.c_str());
-  errno = reason;
   return done;
 }
 
 // A device, a pipe, or where a link leads.
-bool _WriteInto(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
+bool _WriteInto(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+                std::string* reason) {
   const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (file < 0) {
+    *reason = _Reason();
     return false;
   }
-  const bool done = _WriteThrough(kind, surface, file);
-  return close(file) == 0 && done;
+  const bool done = _WriteThrough(kind, surface, file, reason);
+  if (close(file) != 0 && done) {
+    *reason = _Reason();
+    return false;
+  }
+  return done;
 }
 
 // Under another name first, so that nobody finds half a picture.
-bool _Replace(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) {
+bool _Replace(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+              std::string* reason) {
   const std::string part = PartName(name, kind);
-  if (_Save(part, kind, surface) && std::rename(part.c_str(), name.c_str()) == 0) {
-    return true;
+  bool done = _Save(part, kind, surface, reason);
+  if (done && std::rename(part.c_str(), name.c_str()) != 0) {
+    *reason = _Reason();
+    done = false;
   }
-  const int reason = errno;
-  unlink(part.c_str());
-  errno = reason;
-  return false;
+  if (!done) {
+    unlink(part.c_str());
+  }
+  return done;
 }
 
 std::string _PnmHead(const DATASURFACE& surface) {
@@ -195,11 +181,12 @@ bool WriteImage(const std::string& name, IMAGE_KIND kind, const DATASURFACE& sur
   std::error_code code;
   const fs::file_type type = fs::symlink_status(name, code).type();
   const bool isPlain = type == fs::file_type::not_found || type == fs::file_type::regular;
-  const bool done = name == "-" ? _WriteThrough(kind, surface, standardOutput)
-                    : isPlain   ? _Replace(name, kind, surface)
-                                : _WriteInto(name, kind, surface);
+  std::string reason;
+  const bool done = name == "-" ? _WriteThrough(kind, surface, standardOutput, &reason)
+                    : isPlain   ? _Replace(name, kind, surface, &reason)
+                                : _WriteInto(name, kind, surface, &reason);
   if (!done) {
-    *error = "can't be written: " + _Reason();
+    *error = "can't be written: " + reason;
   }
   return done;
 }

@@ -320,6 +320,10 @@ TEST(Check, SameAndDifferent) {
   EXPECT_EQ(size.Text, before + ": is of 40x40 pixels, not of 40x41\n");
   const RESULT none = Render("--check " + (directory / "none.png") + " " + square);
   EXPECT_EQ(none.Code, 1);
+  EXPECT_EQ(none.Text, "zxrender: " + (directory / "none.png") + ": No such file or directory\n");
+  const RESULT text = Render("--check " + directory.Write("text.png", "text") + " " + square);
+  EXPECT_EQ(text.Code, 1);
+  EXPECT_EQ(text.Text, "zxrender: " + (directory / "text.png") + ": of no known image kind\n");
 }
 
 TEST(Check, ManyPicturesByAPattern) {
