@@ -3,6 +3,9 @@
 # became of each: no crash, no hang, a reason for whatever is refused.
 #
 #   AllModels.sh ZXRENDER OUT_DIR [MODELS]
+#
+# With SANITIZED=1 in the environment, a file that wants too much memory may end its process: that is
+# what the address sanitizer does about it.
 
 set -eu
 
@@ -48,6 +51,9 @@ while IFS= read -r line; do
   what=$(printf '%s\n' "$line" | field status)
   reason=$(printf '%s\n' "$line" | field reason)
   [ "$file" = "$(sed -n "${number}p" "$out/list")" ] || fail "line $number is of $file"
+  if [ "${SANITIZED:-0}" = 1 ] && [ "$file:$what" = "invalid/OutOfMemory.off:crashed" ]; then
+    what=memory
+  fi
   case "$what" in
     drawn)
       drawn=$((drawn + 1))
