@@ -1,6 +1,7 @@
 #!/bin/sh
 # Draws the pictures of the demonstration: models of Debian's package assimp-testmodels by zxrender, and
-# the examples' own. An index.html beside them shows them all.
+# the examples' own. An index.html beside them shows them all; at the end they are held against the
+# digests of docs/same-pixels.md.
 #
 #   scripts/run-demo.sh BIN_DIR OUT_DIR
 #
@@ -75,7 +76,7 @@ model() { # name file title caption option...
     exit 1
   fi
   # shellcheck disable=SC2086
-  draw "$name" ${EMULATOR-} "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 "$@"
+  draw "$name" ${EMULATOR-} "$bin/zxrender" "$models/$file" -o "$out/$name.png" --size 800x600 --samples 4 "$@"
   # A picture that came with a warning is still a picture; the warning belongs before everyone's eyes.
   sed 's/^/        /' "$log.part"
   show "$name" "$title" "$caption"
@@ -149,3 +150,4 @@ model teapots Collada/teapots.DAE "Teapots" "COLLADA: two materials and a textur
 printf '</div>\n</body>\n</html>\n' >>"$page"
 rm -f "$log.part"
 echo "$total pictures are in $out; $page shows them."
+"$(dirname "$0")/../tools/zxrender/check-digests.sh" "$bin/zxrender" "$out" || [ $? -eq 3 ]

@@ -129,6 +129,7 @@ void TMaterialItem::TakeFrom(const zx_scene::MATERIAL& material, unsigned long t
   _Set("TwoSided", material.TwoSided);
   _Set("CullBack", material.CullBack);
   _Set("Blended", material.Blended);
+  _Set("Cutoff", material.Cutoff);
 }
 
 void TMaterialItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
@@ -143,6 +144,10 @@ void TMaterialItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
   material.TwoSided = _Get("TwoSided").Get<bool>();
   material.CullBack = _Get("CullBack").Get<bool>();
   material.Blended = _Get("Blended").Get<bool>();
+  // Files of before this attribute have none.
+  if (const Zx3D::TVariant* cutoff = FindAttribute("Cutoff")) {
+    material.Cutoff = cutoff->Get<float>();
+  }
   if (const unsigned long id = _Get("Texture").Get<unsigned long>(); id != 0) {
     const TTextureItem* const texture = ItemOf<TTextureItem>(reader->FindTextureByID(id));
     if (texture == nullptr) {

@@ -9,11 +9,28 @@ models=${MODELS:-/usr/share/assimp/models}
 
 rm -rf "$work"
 mkdir -p "$work"
-for model in Collada/duck.dae OBJ/spider.obj glTF/CesiumMilkTruck/CesiumMilkTruck.gltf PLY/Wuson.ply; do
+# The nearer one of two triangles is cut out, as its alpha lies below the cutoff.
+cat >"$work/cutout.gltf" <<'GLTF'
+{"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0,1]}],
+ "nodes":[{"mesh":0,"translation":[0,0,1]},{"mesh":1}],
+ "meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]},
+           {"primitives":[{"attributes":{"POSITION":0},"material":1}]}],
+ "materials":[{"alphaMode":"MASK","pbrMetallicRoughness":{"baseColorFactor":[1,0,0,0.3]}},
+              {"pbrMetallicRoughness":{"baseColorFactor":[0,1,0,1]}}],
+ "accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}],
+ "bufferViews":[{"buffer":0,"byteLength":36}],
+ "buffers":[{"byteLength":36,
+   "uri":"data:application/octet-stream;base64,AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}]}
+GLTF
+for model in "$work/cutout.gltf" Collada/duck.dae OBJ/spider.obj glTF/CesiumMilkTruck/CesiumMilkTruck.gltf PLY/Wuson.ply; do
   name=$work/$(basename "${model%.*}")
-  "$program" save "$models/$model" "$name.scene"
+  case $model in
+    /*) ;;
+    *) model=$models/$model ;;
+  esac
+  "$program" save "$model" "$name.scene"
   "$program" show "$name.scene" "$name-shown.png"
-  "$program" draw "$models/$model" "$name-drawn.png"
+  "$program" draw "$model" "$name-drawn.png"
   [ -s "$name-drawn.png" ]
   cmp "$name-drawn.png" "$name-shown.png"
 done

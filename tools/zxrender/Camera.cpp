@@ -1,14 +1,13 @@
 #include "Scene.h"
 
 #include <algorithm>
-#include <cmath>
 #include <limits>
+
+#include "Angles.h"
 
 namespace zx_scene {
 
 namespace {
-
-constexpr double kPi = 3.141592653589793;
 
 // A little air round the model.
 constexpr double kMargin = 1.06;
@@ -21,18 +20,35 @@ struct AXES {
 
 double _Dot(const TPoint& a, const TPoint& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
+TPoint _ToZUp(const TPoint& point) { return {point[0], -point[2], point[1]}; }
+
 AXES _LookFrom(double azimuth, double elevation, bool zUp) {
-  const double a = azimuth * kPi / 180;
-  const double e = elevation * kPi / 180;
-  AXES axes = {{std::cos(a), 0, -std::sin(a)},
-               {-std::sin(a) * std::sin(e), std::cos(e), -std::cos(a) * std::sin(e)},
-               {std::sin(a) * std::cos(e), std::sin(e), std::cos(a) * std::cos(e)}};
+  const double sinA = SinOfDegrees(azimuth);
+  const double cosA = CosOfDegrees(azimuth);
+  const double sinE = SinOfDegrees(elevation);
+  const double cosE = CosOfDegrees(elevation);
+  AXES axes = {
+      {cosA, 0, -sinA}, {-sinA * sinE, cosE, -cosA * sinE}, {sinA * cosE, sinE, cosA * cosE}};
   if (zUp) {
     for (TPoint* axis : {&axes.Right, &axes.Up, &axes.Back}) {
-      *axis = {(*axis)[0], -(*axis)[2], (*axis)[1]};
+      *axis = _ToZUp(*axis);
     }
   }
   return axes;
+}
+
+// The matrix that brings points into the axes of an eye. `moves` are the coordinates of the origin
+// in these axes.
+void _SetView(const AXES& axes, const double moves[3], double view[16]) {
+  const TPoint* const rows[] = {&axes.Right, &axes.Up, &axes.Back};
+  for (std::size_t r = 0; r < 3; ++r) {
+    for (std::size_t c = 0; c < 3; ++c) {
+      view[4 * c + r] = (*rows[r])[c];
+    }
+    view[12 + r] = moves[r];
+    view[4 * r + 3] = 0;
+  }
+  view[15] = 1;
 }
 
 // The points that pieces use, from the middle of their bounds on.
@@ -107,7 +123,7 @@ std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames)
   if (points.empty() || frames < 1) {
     return {};
   }
-  const double half = std::tan(view.FieldOfView * kPi / 360);
+  const double half = SinOfDegrees(view.FieldOfView / 2) / CosOfDegrees(view.FieldOfView / 2);
   const double aspect = static_cast<double>(view.Width) / view.Height;
   const double halfWidth = aspect > 1 ? half * aspect : half;
   const double halfHeight = aspect > 1 ? half : half / aspect;
@@ -142,18 +158,62 @@ std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames)
     camera.HalfHeight = halfHeight;
     camera.Near = std::max((distance - all.Near) * 0.9, distance * 1e-4);
     camera.Far = (distance + all.Far) * 1.01;
-    const TPoint* const rows[] = {&axes.Right, &axes.Up, &axes.Back};
-    const double moves[] = {-sideways, -upward, -distance};
-    for (std::size_t r = 0; r < 3; ++r) {
-      for (std::size_t c = 0; c < 3; ++c) {
-        camera.View[4 * c + r] = (*rows[r])[c];
-      }
-      camera.View[12 + r] = moves[r] - _Dot(*rows[r], center);
-    }
-    camera.View[15] = 1;
+    const double moves[] = {-sideways - _Dot(axes.Right, center), -upward - _Dot(axes.Up, center),
+                            -distance - _Dot(axes.Back, center)};
+    _SetView(axes, moves, camera.View);
     cameras.push_back(camera);
   }
   return cameras;
+}
+
+TPoint DirectionOf(double azimuth, double elevation, bool zUp) {
+  return _LookFrom(azimuth, elevation, zUp).Back;
+}
+
+bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
+                    std::string* error) {
+  const auto found =
+      std::find_if(model.Cameras.begin(), model.Cameras.end(),
+                   [&](const FILE_CAMERA& camera) { return name.empty() || camera.Name == name; });
+  if (found == model.Cameras.end()) {
+    *error = model.Cameras.empty() ? "the file holds no camera"
+                                   : "the file holds no camera '" + name + "', but";
+    for (const FILE_CAMERA& camera : model.Cameras) {
+      *error += " '" + camera.Name + "'";
+    }
+    return false;
+  }
+  const FILE_CAMERA& from = *found;
+  const AXES axes = {from.Right, from.Up, from.Back};
+  const double moves[] = {-_Dot(axes.Right, from.Position), -_Dot(axes.Up, from.Position),
+                          -_Dot(axes.Back, from.Position)};
+  *out = {};
+  _SetView(axes, moves, out->View);
+  out->Orthographic = from.Orthographic;
+  out->HalfHeight = from.HalfHeight;
+  out->HalfWidth = from.HalfHeight * view.Width / view.Height;
+  // The planes are drawn in as far as nothing is cut off by that: depth is finer between them.
+  TPoint center;
+  double nearest = std::numeric_limits<double>::infinity();
+  double farthest = -nearest;
+  for (const TPoint& point : _Points(model, &center)) {
+    const double distance =
+        -(_Dot(axes.Back, point) + _Dot(axes.Back, center) - _Dot(axes.Back, from.Position));
+    nearest = std::min(nearest, distance);
+    farthest = std::max(farthest, distance);
+  }
+  const double least = from.Orthographic ? 0 : std::max(farthest, 1e-30) * 1e-6;
+  out->Near = std::max({from.Near, nearest * 0.9, least});
+  out->Far = farthest * 1.01;
+  if (from.Far > 0) {
+    out->Far = std::min(out->Far, from.Far);
+  }
+  // Everything lies behind the eye, or before the near plane: an empty picture.
+  if (!(out->Far > out->Near)) {
+    out->Near = from.Near > 0 ? from.Near : 0.1;
+    out->Far = from.Far > out->Near ? from.Far : 1000 * out->Near;
+  }
+  return true;
 }
 
 } // namespace zx_scene

@@ -17,6 +17,7 @@
 #include <assimp/postprocess.h>
 #include <assimp/scene.h>
 
+#include "FileViews.h"
 #include "GltfNodes.h"
 #include "Textures.h"
 
@@ -109,13 +110,20 @@ void _TakeHighlight(const aiMaterial& from, MATERIAL* to) {
   }
 }
 
+// Whether the alpha of textures and vertices has an effect.
+bool _HasAlpha(const MATERIAL& material) { return material.Blended || material.Cutoff > 0; }
+
 void _TakeTransparency(const aiMaterial& from, MATERIAL* to) {
   float opacity = 1;
   aiString mode;
   from.Get(AI_MATKEY_OPACITY, opacity);
   if (from.Get(AI_MATKEY_GLTF_ALPHAMODE, mode) == aiReturn_SUCCESS) {
-    to->Blended = std::strcmp(mode.C_Str(), "OPAQUE") != 0;
-    to->Diffuse[3] = to->Blended ? to->Diffuse[3] : 1;
+    to->Blended = std::strcmp(mode.C_Str(), "BLEND") == 0;
+    if (std::strcmp(mode.C_Str(), "MASK") == 0) {
+      to->Cutoff = 0.5f;
+      from.Get(AI_MATKEY_GLTF_ALPHACUTOFF, to->Cutoff);
+    }
+    to->Diffuse[3] = _HasAlpha(*to) ? to->Diffuse[3] : 1;
     return;
   }
   // Files that mean the opposite of opacity write 0 for what is to be seen.
@@ -148,7 +156,7 @@ unsigned int _TakeMaterial(const aiMaterial& from, TTextureLoader* textures, MAT
   }
   const TEXTURE_USE use = _FindTexture(from, to);
   if (use.Found) {
-    to->Texture = textures->Get(use.Name, !to->Blended);
+    to->Texture = textures->Get(use.Name, !_HasAlpha(*to));
   }
   // A texture stands in the place of the colour, but for glTF, where it is a factor.
   if (to->Texture >= 0 && !isBase) {
@@ -188,7 +196,7 @@ void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int 
       vertex.Color[0] = _ToByte(color.r * material.Diffuse[0]);
       vertex.Color[1] = _ToByte(color.g * material.Diffuse[1]);
       vertex.Color[2] = _ToByte(color.b * material.Diffuse[2]);
-      vertex.Color[3] = _ToByte(material.Blended ? color.a * material.Diffuse[3] : 1);
+      vertex.Color[3] = _ToByte(_HasAlpha(material) ? color.a * material.Diffuse[3] : 1);
     }
   }
 }
@@ -296,9 +304,10 @@ int _Corners(const aiMesh& mesh) {
   }
 }
 
-void _TakeMesh(const aiMesh& from, const aiMatrix4x4& toWorld,
+void _TakeMesh(const aiMesh& from, const aiNode& node, const aiMatrix4x4& toWorld,
                const std::vector<unsigned int>& channels, MODEL* out) {
   MESH mesh;
+  mesh.Name = from.mName.length > 0 ? from.mName.C_Str() : node.mName.C_Str();
   mesh.Corners = from.mNumFaces == 0 ? 1 : _Corners(from);
   if (mesh.Corners == 0 || from.mMaterialIndex >= out->Materials.size()) {
     return;
@@ -327,7 +336,7 @@ void _TakeNodes(const aiScene& scene, const std::map<std::string, aiMatrix4x4>& 
     open.pop_back();
     for (unsigned int i = 0; i < node->mNumMeshes; ++i) {
       if (node->mMeshes[i] < scene.mNumMeshes) {
-        _TakeMesh(*scene.mMeshes[node->mMeshes[i]], toWorld, channels, out);
+        _TakeMesh(*scene.mMeshes[node->mMeshes[i]], *node, toWorld, channels, out);
       }
     }
     for (unsigned int i = node->mNumChildren; i-- > 0;) {
@@ -351,33 +360,31 @@ bool _CanBeRead(const std::string& name, std::string* error) {
   return true;
 }
 
+// Sharp edges stay sharp where the file has no normals.
+constexpr float kSmoothBelow = 66;
+
 // Clouds of points stay as they are, since the later steps refuse meshes without faces.
-const aiScene* _ReadScene(Assimp::Importer* importer, const std::string& name) {
-  // Sharp edges stay sharp where the file has no normals.
-  importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, 66.0f);
-  const aiScene* scene = importer->ReadFile(name, 0);
+const aiScene* _Finish(Assimp::Importer* importer, const aiScene* scene) {
   if (scene == nullptr || (scene->mNumMeshes > 0 &&
                            std::all_of(scene->mMeshes, scene->mMeshes + scene->mNumMeshes,
                                        [](const aiMesh* mesh) { return mesh->mNumFaces == 0; }))) {
     return scene;
   }
+  importer->SetPropertyFloat(AI_CONFIG_PP_GSN_MAX_SMOOTHING_ANGLE, kSmoothBelow);
   return importer->ApplyPostProcessing(
       aiProcess_ValidateDataStructure | aiProcess_Triangulate | aiProcess_SortByPType |
       aiProcess_GenSmoothNormals | aiProcess_JoinIdenticalVertices | aiProcess_GenUVCoords |
       aiProcess_TransformUVCoords | aiProcess_ImproveCacheLocality);
 }
 
-} // namespace
-
-bool LoadModel(const std::string& name, MODEL* out, std::string* error,
-               std::vector<std::string>* warnings) {
-  if (!_CanBeRead(name, error)) {
-    return false;
-  }
-  Assimp::Importer importer;
-  const aiScene* scene = _ReadScene(&importer, name);
+// `name` is that of the file; empty if it came as bytes.
+bool _TakeScene(const Assimp::Importer& importer, const aiScene* scene, const std::string& name,
+                MODEL* out, std::string* error, std::vector<std::string>* warnings) {
   if (scene == nullptr) {
     *error = importer.GetErrorString();
+    if (error->empty()) {
+      *error = "the importer gives no reason";
+    }
     return false;
   }
   if (scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
@@ -394,12 +401,39 @@ bool LoadModel(const std::string& name, MODEL* out, std::string* error,
     out->Materials.emplace_back();
     channels.push_back(0);
   }
-  _TakeNodes(*scene, ReadGltf1Nodes(name), channels, out);
+  const std::map<std::string, aiMatrix4x4> matrices = ReadGltf1Nodes(name);
+  _TakeNodes(*scene, matrices, channels, out);
   if (out->Meshes.empty()) {
     *error = "the file holds nothing that can be drawn";
     return false;
   }
+  TakeFileViews(importer, *scene, matrices, out);
   return true;
+}
+
+} // namespace
+
+bool LoadModel(const std::string& name, MODEL* out, std::string* error,
+               std::vector<std::string>* warnings) {
+  if (!_CanBeRead(name, error)) {
+    return false;
+  }
+  Assimp::Importer importer;
+  const aiScene* scene = _Finish(&importer, importer.ReadFile(name, 0));
+  return _TakeScene(importer, scene, name, out, error, warnings);
+}
+
+bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* out,
+                    std::string* error, std::vector<std::string>* warnings) {
+  if (bytes.empty()) {
+    *error = "is empty";
+    return false;
+  }
+  // Assimp knows most kinds by their first bytes, but not this one.
+  const std::string hint = format.empty() && bytes.rfind("glTF", 0) == 0 ? "glb" : format;
+  Assimp::Importer importer;
+  const aiScene* scene = importer.ReadFileFromMemory(bytes.data(), bytes.size(), 0, hint.c_str());
+  return _TakeScene(importer, _Finish(&importer, scene), std::string(), out, error, warnings);
 }
 
 } // namespace zx_scene

@@ -34,6 +34,7 @@ struct MATERIAL {
   bool TwoSided = false; ///< back faces are lit from their own side
   bool CullBack = false; ///< the file says that back faces are not to be seen
   bool Blended = false;  ///< drawn last, over what stands behind
+  float Cutoff = 0;      ///< above 0: nothing is drawn where alpha is less, the rest is opaque
 };
 
 /// An image as the texture of a model: RGBA of 8 bits, its row 0 the bottom row.
@@ -43,6 +44,7 @@ struct TEXTURE {
 };
 
 struct MESH {
+  std::string Name;
   int Corners = 3; ///< of a piece: 1 for points, 2 for lines, 3 for triangles
   int Material = 0;
   bool HasColors = false;
@@ -50,11 +52,26 @@ struct MESH {
   std::vector<std::uint32_t> Indices;
 };
 
+/// A camera of the file, in world coordinates; its axes have length 1.
+struct FILE_CAMERA {
+  std::string Name;
+  TPoint Position = {};
+  TPoint Right = {};
+  TPoint Up = {};
+  TPoint Back = {};          ///< against the direction of view
+  bool Orthographic = false; ///< else a perspective
+  double HalfHeight = 0;     ///< of the picture: at distance 1 in a perspective
+  double Near = 0;           ///< distances of the clipping planes; 0 if the file gives none
+  double Far = 0;
+};
+
 /// Everything stands in world coordinates; the node tree of the file is gone.
 struct MODEL {
   std::vector<MESH> Meshes;
   std::vector<MATERIAL> Materials;
   std::deque<TEXTURE> Textures; // a surface stays where it was made
+  std::vector<FILE_CAMERA> Cameras;
+  bool ZUp = false; ///< the file says that its vertical axis is z
 
   std::size_t CountCorners(int corners) const; ///< pieces with that many corners
   std::size_t CountVertices() const;
@@ -67,5 +84,11 @@ struct MODEL {
 /// and the model loads without.
 bool LoadModel(const std::string& name, MODEL* out, std::string* error,
                std::vector<std::string>* warnings);
+
+/// The same from the bytes of a file. `format` is the ending that the file would have, "obj" for
+/// instance; if it is empty, the kind is guessed. Files that the model refers to are looked for in
+/// the working directory.
+bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* out,
+                    std::string* error, std::vector<std::string>* warnings);
 
 } // namespace zx_scene

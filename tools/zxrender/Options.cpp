@@ -2,55 +2,18 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
+#include <limits>
 
 #include <getopt.h>
+#include <unistd.h>
+
+#include "Manual.h"
+#include "OptionTable.h"
 
 namespace {
-
-constexpr char kHelp[] =
-    R"(Usage: zxrender [options] MODEL
-
-Draws a model file (COLLADA, glTF, OBJ, PLY, STL, 3DS and the rest that Assimp reads) into a PNG.
-
-Options:
-  -o, --output FILE        the picture; by default the model's name with .png, in this directory
-  -s, --size WxH           size in pixels (800x600)
-  -b, --background COLOR   #rgb, #rrggbb, #rrggbbaa, white, black or transparent (#dbe0e8)
-  -c, --camera AZ,EL       where the camera stands, in degrees round the vertical axis and above the
-                           ground (30,20); the distance is such that the whole model is seen
-      --fov DEGREES        field of view of the shorter side (35)
-      --up y|z             the model's vertical axis (y)
-  -t, --turntable N        N pictures from all round: FILE with _000, _001, ... before its ending
-  -w, --wire               draw the edges of the triangles
-  -f, --filter KIND        nearest or linear: how textures are filtered (linear)
-      --stats              print triangles, vertices, pixels and times
-  -h, --help               print this help
-  -V, --version            print the version
-
-Exit status: 0 if all pictures were written, 1 if the model could not be read or a picture not be
-written, 2 if the command line makes no sense. A texture that is missing only warns.
-)";
-
-enum { kFov = 256, kUp, kStats };
-
-constexpr option kOptions[] = {
-    {"output", required_argument, nullptr, 'o'},
-    {"size", required_argument, nullptr, 's'},
-    {"background", required_argument, nullptr, 'b'},
-    {"camera", required_argument, nullptr, 'c'},
-    {"fov", required_argument, nullptr, kFov},
-    {"up", required_argument, nullptr, kUp},
-    {"turntable", required_argument, nullptr, 't'},
-    {"wire", no_argument, nullptr, 'w'},
-    {"filter", required_argument, nullptr, 'f'},
-    {"stats", no_argument, nullptr, kStats},
-    {"help", no_argument, nullptr, 'h'},
-    {"version", no_argument, nullptr, 'V'},
-    {nullptr, 0, nullptr, 0},
-};
 
 // The whole of a text as a number.
 template <class T> bool _ToNumber(const std::string& text, T* out) {
@@ -70,6 +33,50 @@ bool _ToSize(const std::string& text, int* width, int* height) {
   constexpr int kMost = 32768;
   return _ToPair(text, 'x', width, height) && *width >= 1 && *height >= 1 && *width <= kMost &&
          *height <= kMost;
+}
+
+// Degrees round and above.
+bool _ToAngles(const std::string& text, double* azimuth, double* elevation) {
+  return _ToPair(text, ',', azimuth, elevation) && std::abs(*azimuth) <= 1e6 &&
+         std::abs(*elevation) <= 90;
+}
+
+bool _ToCamera(const std::string& text, OPTIONS* out) {
+  out->FromFileCamera = text == "file" || text.rfind("file:", 0) == 0;
+  if (out->FromFileCamera) {
+    out->FileCamera = text.size() > 5 ? text.substr(5) : "";
+    return text != "file:";
+  }
+  return _ToAngles(text, &out->View.Azimuth, &out->View.Elevation);
+}
+
+bool _ToLight(const std::string& text, zx_scene::STYLE* out) {
+  using zx_scene::LIGHT;
+  out->Light = text == "camera" ? LIGHT::WithCamera : text == "none" ? LIGHT::None : LIGHT::Fixed;
+  return out->Light != LIGHT::Fixed || _ToAngles(text, &out->LightAzimuth, &out->LightElevation);
+}
+
+bool _ToUp(const std::string& text, UP_AXIS* out) {
+  *out = text == "y" ? UP_AXIS::Y : text == "z" ? UP_AXIS::Z : UP_AXIS::Auto;
+  return *out != UP_AXIS::Auto || text == "auto";
+}
+
+// Bytes, with K, M, G or T for powers of 1024.
+bool _ToBytes(std::string text, std::uint64_t* out) {
+  static constexpr char kUnits[] = "KMGT";
+  int shift = 0;
+  if (!text.empty()) {
+    const char* unit = std::strchr(kUnits, std::toupper(static_cast<unsigned char>(text.back())));
+    if (unit != nullptr && *unit != 0) {
+      shift = 10 * (static_cast<int>(unit - kUnits) + 1);
+      text.pop_back();
+    }
+  }
+  if (!_ToNumber(text, out) || *out > std::numeric_limits<std::uint64_t>::max() >> shift) {
+    return false;
+  }
+  *out <<= shift;
+  return true;
 }
 
 bool _ToColor(const std::string& text, zx_scene::TColor* out) {
@@ -100,47 +107,97 @@ bool _ToColor(const std::string& text, zx_scene::TColor* out) {
   return true;
 }
 
-bool _Take(int option, const std::string& value, OPTIONS* out) {
+// An ending, with or without its dot: that of a picture, or else of a model.
+bool _ToFormat(std::string text, OPTIONS* out) {
+  text.erase(0, text.rfind('.', 0) == 0 ? 1 : 0);
+  if (text.empty() || text.find_first_of("./") != std::string::npos) {
+    return false;
+  }
+  const IMAGE_KIND kind = KindOfName("." + text);
+  if (kind == IMAGE_KIND::Png || kind == IMAGE_KIND::Jpeg) {
+    out->Kind = kind;
+  } else {
+    out->ModelFormat = text;
+  }
+  return true;
+}
+
+bool _ToText(const std::string& value, std::string* out) {
+  *out = value;
+  return !value.empty();
+}
+
+// Options that say something of the picture.
+bool _TakePicture(int option, const std::string& value, OPTIONS* out) {
   switch (option) {
   case 'o':
-    out->Output = value;
-    return !value.empty();
+    return _ToText(value, &out->Output);
   case 's':
     return _ToSize(value, &out->View.Width, &out->View.Height);
+  case kOptionSamples:
+    return _ToNumber(value, &out->Style.Samples) &&
+           (out->Style.Samples == 1 || out->Style.Samples == 4 || out->Style.Samples == 16);
   case 'b':
     return _ToColor(value, &out->Style.Background);
-  case 'c':
-    return _ToPair(value, ',', &out->View.Azimuth, &out->View.Elevation) &&
-           std::abs(out->View.Azimuth) <= 1e6 && std::abs(out->View.Elevation) <= 90;
-  case kFov:
-    return _ToNumber(value, &out->View.FieldOfView) && out->View.FieldOfView >= 1 &&
-           out->View.FieldOfView <= 150;
-  case kUp:
-    out->View.ZUp = value == "z";
-    return value == "y" || value == "z";
-  case 't':
-    return _ToNumber(value, &out->Frames) && out->Frames >= 1 && out->Frames <= 100000;
   case 'w':
     out->Style.Wire = true;
     return true;
   case 'f':
     out->Style.Linear = value == "linear";
     return value == "nearest" || value == "linear";
-  default:
-    out->Stats = true;
-    return true;
+  case 'c':
+    return _ToCamera(value, out);
+  case kOptionFov:
+    return _ToNumber(value, &out->View.FieldOfView) && out->View.FieldOfView >= 1 &&
+           out->View.FieldOfView <= 150;
+  case kOptionUp:
+    return _ToUp(value, &out->Up);
+  case kOptionLight:
+    return _ToLight(value, &out->Style);
+  default: // 't'
+    return _ToNumber(value, &out->Frames) && out->Frames >= 1 && out->Frames <= 100000;
   }
 }
 
-COMMAND _Wrong(const std::string& reason) {
-  std::fprintf(stderr, "zxrender: %s\nTry 'zxrender --help'.\n", reason.c_str());
-  return COMMAND::Wrong;
-}
-
-std::string _OptionName(int option) {
-  const auto* found = std::find_if(std::begin(kOptions), std::end(kOptions) - 1,
-                                   [&](const auto& known) { return known.val == option; });
-  return std::string("--") + found->name;
+bool _Take(int option, const std::string& value, OPTIONS* out) {
+  switch (option) {
+  case kOptionFormat:
+    return _ToFormat(value, out);
+  case kOptionDepth:
+    return _ToText(value, &out->Depth);
+  case kOptionDepthStep:
+    return _ToNumber(value, &out->DepthStep) && out->DepthStep > 0 && out->DepthStep < 1e30;
+  case kOptionNormals:
+    return _ToText(value, &out->Normals);
+  case kOptionIds:
+    return _ToText(value, &out->Ids);
+  case kOptionDigest:
+    out->Digest = true;
+    return true;
+  case kOptionCheck:
+    return _ToText(value, &out->Check);
+  case kOptionDifference:
+    return _ToText(value, &out->Difference);
+  case kOptionList:
+    return _ToText(value, &out->List);
+  case 'j':
+    return _ToNumber(value, &out->Jobs) && out->Jobs >= 1 && out->Jobs <= 4096;
+  case kOptionPart:
+    return _ToPair(value, '/', &out->Part, &out->Parts) && out->Part >= 1 &&
+           out->Part <= out->Parts;
+  case kOptionTimeout:
+    return _ToNumber(value, &out->Timeout) && out->Timeout >= 0 && out->Timeout <= 1e9;
+  case kOptionMemory:
+    return _ToBytes(value, &out->Memory);
+  case kOptionJson:
+    out->Json = true;
+    return true;
+  case kOptionStats:
+    out->Stats = true;
+    return true;
+  default:
+    return _TakePicture(option, value, out);
+  }
 }
 
 // What getopt stumbled over: a letter, or the word that it took last.
@@ -149,50 +206,160 @@ std::string _Culprit(char** argv) {
                                     : std::string(argv[optind - 1]);
 }
 
-} // namespace
+struct GETOPT_TABLES {
+  std::string Letters = ":";
+  std::vector<option> Names;
+};
 
-COMMAND ReadOptions(int argc, char** argv, OPTIONS* out) {
-  opterr = 0;
-  optind = 0; // from the start, also when it was called before
-  for (;;) {
-    const int option = getopt_long(argc, argv, ":o:s:b:c:t:wf:hV", kOptions, nullptr);
-    if (option == -1) {
-      break;
-    }
-    switch (option) {
-    case 'h':
-      std::fputs(kHelp, stdout);
-      return COMMAND::Done;
-    case 'V':
-      std::puts("zxrender " ZX_RENDER_VERSION);
-      return COMMAND::Done;
-    case ':':
-      return _Wrong("option '" + _Culprit(argv) + "' needs a value");
-    case '?':
-      return _Wrong("unknown option '" + _Culprit(argv) + "'");
-    default:
-      break;
-    }
-    const std::string value = optarg != nullptr ? optarg : "";
-    if (!_Take(option, value, out)) {
-      return _Wrong("'" + value + "' is no value for " + _OptionName(option));
+GETOPT_TABLES _MakeTables() {
+  GETOPT_TABLES tables;
+  for (const OPTION_GROUP& group : OptionGroups()) {
+    for (const OPTION_ROW& row : group.Rows) {
+      const bool optional = row.Argument != nullptr && row.Argument[0] == '[';
+      const int argument = row.Argument == nullptr ? no_argument
+                           : optional              ? optional_argument
+                                                   : required_argument;
+      tables.Names.push_back({row.Name, argument, nullptr, row.Code});
+      if (row.Code < 256) {
+        tables.Letters += static_cast<char>(row.Code);
+        tables.Letters += argument == required_argument ? ":" : "";
+      }
     }
   }
-  if (optind + 1 != argc) {
-    return _Wrong(optind >= argc ? "no model file given" : "more than one model file given");
+  // For the build alone.
+  tables.Names.push_back({"print-manual", no_argument, nullptr, kOptionManual});
+  tables.Names.push_back({"print-completion", no_argument, nullptr, kOptionCompletion});
+  tables.Names.push_back({nullptr, 0, nullptr, 0});
+  return tables;
+}
+
+COMMAND _Print(const std::string& text) {
+  std::fputs(text.c_str(), stdout);
+  return COMMAND::Done;
+}
+
+COMMAND _PrintHelp(const std::string& group) {
+  const std::string text = HelpText(group);
+  return text.empty() ? RefuseCommandLine("'" + group + "' is no group of options") : _Print(text);
+}
+
+// The first thing that does not go together; empty if all does.
+std::string _FindConflict(const OPTIONS& options) {
+  const auto count = std::count(options.Models.begin(), options.Models.end(), "-");
+  if (options.Models.empty() && options.List.empty()) {
+    return "no model file given";
   }
-  out->Model = argv[optind];
-  if (out->Output.empty()) {
-    out->Output = std::filesystem::path(out->Model).stem().string() + ".png";
+  if (count + (options.List == "-" ? 1 : 0) > 1) {
+    return "standard input can be read once only";
+  }
+  if (options.FromFileCamera && options.Frames > 0) {
+    return "a turntable has a camera of its own: --camera=file does not go with --turntable";
+  }
+  if (!options.Difference.empty() && options.Check.empty()) {
+    return "--difference goes with --check only";
+  }
+  if (options.DepthStep > 0 && options.Depth.empty()) {
+    return "--depth-step goes with --depth only";
+  }
+  return "";
+}
+
+std::string _FindWrongKind(const OPTIONS& options) {
+  const bool hasAlpha = options.Style.Background[3] < 1;
+  if (!options.Output.empty()) {
+    const IMAGE_KIND kind = OutputKind(options);
+    if (kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Jpeg) {
+      return "'" + options.Output + "' must end with .png, .jpg or .jpeg, or --format say so";
+    }
+    if (kind == IMAGE_KIND::Jpeg && hasAlpha) {
+      return "JPEG has no transparency: choose PNG or another background";
+    }
+  }
+  for (const std::string* name : {&options.Depth, &options.Normals}) {
+    const IMAGE_KIND kind = KindOfName(*name);
+    if (!name->empty() && kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Pfm) {
+      return "'" + *name + "' must end with .png or .pfm";
+    }
+  }
+  for (const std::string* name : {&options.Ids, &options.Difference}) {
+    if (!name->empty() && KindOfName(*name) != IMAGE_KIND::Png) {
+      return "'" + *name + "' must end with .png";
+    }
+  }
+  return "";
+}
+
+// Standard output takes one thing.
+std::string _FindOutputConflict(const OPTIONS& options) {
+  if (options.Json && options.Stats) {
+    return "--json has the statistics in it: leave out --stats";
+  }
+  if (options.Output != "-") {
+    return "";
+  }
+  if (options.Json || options.Stats || options.Digest) {
+    return "the picture goes to standard output, where --json, --stats and --digest print: give "
+           "another --output";
+  }
+  return isatty(STDOUT_FILENO) != 0 ? "no picture is written to a terminal: give --output" : "";
+}
+
+COMMAND _Complete(OPTIONS* out) {
+  if (out->Output.empty() && out->Check.empty() && !out->Digest) {
+    const bool piped = out->List.empty() && out->Models == std::vector<std::string>{"-"};
+    out->Output = piped ? "-" : out->Kind == IMAGE_KIND::Jpeg ? "{name}.jpg" : "{name}.png";
+  }
+  for (const auto& find : {_FindConflict, _FindWrongKind, _FindOutputConflict}) {
+    if (const std::string reason = find(*out); !reason.empty()) {
+      return RefuseCommandLine(reason);
+    }
   }
   return COMMAND::Render;
 }
 
-std::string FrameName(const std::string& output, int frame, int frames) {
-  const int digits = std::max<int>(3, static_cast<int>(std::to_string(frames - 1).size()));
-  std::string number = std::to_string(frame);
-  number.insert(0, static_cast<std::size_t>(digits) - number.size(), '0');
-  const std::filesystem::path path(output);
-  const std::string name = path.stem().string() + "_" + number + path.extension().string();
-  return (path.parent_path() / name).string();
+} // namespace
+
+IMAGE_KIND OutputKind(const OPTIONS& options) {
+  return options.Kind != IMAGE_KIND::Unknown ? options.Kind
+         : options.Output == "-"             ? IMAGE_KIND::Png
+                                             : KindOfName(options.Output);
+}
+
+COMMAND RefuseCommandLine(const std::string& reason) {
+  std::fprintf(stderr, "zxrender: %s\nTry 'zxrender --help'.\n", reason.c_str());
+  return COMMAND::Wrong;
+}
+
+COMMAND ReadOptions(int argc, char** argv, OPTIONS* out) {
+  const GETOPT_TABLES tables = _MakeTables();
+  opterr = 0;
+  optind = 0; // from the start, also when it was called before
+  for (;;) {
+    const int code = getopt_long(argc, argv, tables.Letters.c_str(), tables.Names.data(), nullptr);
+    if (code == -1) {
+      break;
+    }
+    const std::string value = optarg != nullptr ? optarg : "";
+    switch (code) {
+    case 'h':
+      return _PrintHelp(value);
+    case 'V':
+      return _Print("zxrender " ZX_RENDER_VERSION "\n");
+    case kOptionManual:
+      return _Print(ManualPage());
+    case kOptionCompletion:
+      return _Print(BashCompletion());
+    case ':':
+      return RefuseCommandLine("option '" + _Culprit(argv) + "' needs a value");
+    case '?':
+      return RefuseCommandLine("unknown option '" + _Culprit(argv) + "'");
+    default:
+      break;
+    }
+    if (!_Take(code, value, out)) {
+      return RefuseCommandLine("'" + value + "' is no value for --" + FindOption(code)->Name);
+    }
+  }
+  out->Models.assign(argv + optind, argv + argc);
+  return _Complete(out);
 }

@@ -1,11 +1,16 @@
 #include "Scene.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
+#include <limits>
 #include <utility>
 
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
+
+#include "Samples.h"
+#include "Shaders.h"
 
 namespace zx_scene {
 
@@ -55,19 +60,40 @@ std::string _ErrorText(unsigned int code) {
   }
 }
 
+std::string _NoMemory(int width, int height) {
+  return "no memory for surfaces of " + std::to_string(width) + " by " + std::to_string(height) +
+         " pixels";
+}
+
+// A program of a pair of shaders, either of which may be null; they belong to it alone.
+Zx3D::TProgramCPU* _MakeProgram(Zx3D::TVertexShaderCPU* vertex,
+                                Zx3D::TFragmentShaderCPU* fragment) {
+  auto* program = new Zx3D::TProgramCPU;
+  program->SetShaderV(vertex);
+  program->SetShaderF(fragment);
+  if (vertex != nullptr) {
+    vertex->Release();
+  }
+  fragment->Release();
+  return program;
+}
+
 } // namespace
 
 bool TScene::Create(const MODEL& model, int width, int height, const STYLE& style,
-                    std::string* error) {
+                    std::string* error, bool zUp) {
   m_Model = &model;
   m_Style = style;
+  m_ZUp = zUp;
   m_Width = width;
   m_Height = height;
-  if (!m_GL.Create(width, height, nullptr)) {
-    *error = "no memory for surfaces of " + std::to_string(width) + " by " +
-             std::to_string(height) + " pixels";
+  m_Side = style.Samples >= 16 ? 4 : style.Samples >= 4 ? 2 : 1;
+  if (!m_GL.Create(m_Side * width, m_Side * height, nullptr)) {
+    *error = _NoMemory(m_Side * width, m_Side * height);
     return false;
   }
+  m_Cutout.reset(_MakeProgram(nullptr, new TCutoutShader));
+  m_Layers.reset(_MakeProgram(new TLayerVertexShader, new TLayerFragmentShader));
   _MakeTextures();
   for (const MESH& mesh : model.Meshes) {
     _MakePart(mesh);
@@ -130,7 +156,8 @@ void TScene::_MakePart(const MESH& mesh) {
 }
 
 // The matrices are the identity here, so the lights stand with the camera: one above on the left
-// that makes the forms, one on the right that opens the shadows.
+// that makes the forms, one on the right that opens the shadows. A fixed key light is moved with
+// each camera.
 void TScene::_SetLights() {
   const float ambient[] = {0.22f, 0.22f, 0.24f, 1};
   const float black[] = {0, 0, 0, 1};
@@ -153,7 +180,8 @@ void TScene::_SetLights() {
 
 void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
   // One call for both faces would change the front alone.
-  for (const unsigned int face : {GL_FRONT, GL_BACK}) {
+  static constexpr unsigned int kFaces[] = {GL_FRONT, GL_BACK};
+  for (const unsigned int face : kFaces) {
     m_GL.Materialfv(face, GL_AMBIENT, material.Diffuse.data());
     m_GL.Materialfv(face, GL_DIFFUSE, material.Diffuse.data());
     m_GL.Materialfv(face, GL_SPECULAR, material.Specular.data());
@@ -169,14 +197,10 @@ void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
   }
 }
 
-void TScene::_DrawPart(const PART& part) {
-  const MESH& mesh = *part.Mesh;
-  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(mesh.Material)];
-  const bool filled = part.Mode == GL_TRIANGLES;
-  _SetMaterial(material, mesh.HasColors);
-  m_GL.EnableLighting(filled);
-  m_GL.Color4fv(m_Style.Wire ? _Contrast(m_Style.Background).data() : material.Diffuse.data());
-  if (filled && material.Texture >= 0) {
+// Everything of a part but its colours.
+void TScene::_BindPart(const PART& part) {
+  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
+  if (part.Mode == GL_TRIANGLES && material.Texture >= 0) {
     m_GL.BindTexture(GL_TEXTURE_2D, m_Textures[static_cast<std::size_t>(material.Texture)]);
     m_GL.TexWrap2D(material.WrapS, material.WrapT);
     m_GL.Enable(GL_TEXTURE_2D);
@@ -193,12 +217,39 @@ void TScene::_DrawPart(const PART& part) {
   m_GL.EnableClientState(GL_VERTEX_ARRAY);
   m_GL.EnableClientState(GL_NORMAL_ARRAY);
   m_GL.EnableClientState(GL_TEXTURE_COORD_ARRAY);
-  if (mesh.HasColors && !m_Style.Wire) {
+  if (part.Mesh->HasColors && !m_Style.Wire) {
     m_GL.EnableClientState(GL_COLOR_ARRAY);
   } else {
     m_GL.DisableClientState(GL_COLOR_ARRAY);
   }
-  m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
+}
+
+void TScene::_DrawPart(const PART& part, const CAMERA& camera) {
+  const MESH& mesh = *part.Mesh;
+  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(mesh.Material)];
+  const bool filled = part.Mode == GL_TRIANGLES;
+  _SetMaterial(material, mesh.HasColors);
+  m_GL.EnableLighting(filled && m_Style.Light != LIGHT::None);
+  m_GL.Color4fv(m_Style.Wire ? _Contrast(m_Style.Background).data() : material.Diffuse.data());
+  _BindPart(part);
+  if (filled) {
+    const bool cutout = material.Cutoff > 0;
+    if (cutout) {
+      m_GL.SetProgram(m_Cutout.get());
+      m_GL.Uniform(kCutoffCell, double{material.Cutoff});
+    }
+    m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
+    if (cutout) {
+      m_GL.SetProgram(nullptr);
+    }
+    return;
+  }
+  // A line of one sample would fade: it is drawn so often, side by side, that it fills a pixel.
+  for (int i = 0; i < m_Side * m_Side; ++i) {
+    _SetCamera(camera, i % m_Side, i / m_Side);
+    m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
+  }
+  _SetCamera(camera, 0, 0);
 }
 
 // Opaque parts first; then the blended ones from the farthest to the nearest, which leave the depth
@@ -208,7 +259,7 @@ void TScene::_DrawParts(const CAMERA& camera) {
   m_GL.EnableBlend(false);
   for (const PART& part : m_Parts) {
     if (!m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)].Blended) {
-      _DrawPart(part);
+      _DrawPart(part, camera);
       continue;
     }
     const double z = camera.View[2] * part.Center[0] + camera.View[6] * part.Center[1] +
@@ -222,23 +273,116 @@ void TScene::_DrawParts(const CAMERA& camera) {
   // What is blended over an opaque picture leaves it opaque.
   m_GL.ColorMask(1, 1, 1, m_Style.Background[3] < 1 ? 1 : 0);
   for (const auto& entry : blended) {
-    _DrawPart(*entry.second);
+    _DrawPart(*entry.second, camera);
   }
   m_GL.ColorMask(1, 1, 1, 1);
   m_GL.DepthMask(1);
   m_GL.EnableBlend(false);
 }
 
-bool TScene::Draw(const CAMERA& camera, std::string* error) {
-  m_GL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+// The shifts are in samples.
+void TScene::_SetCamera(const CAMERA& camera, double shiftX, double shiftY) {
   m_GL.MatrixMode(GL_PROJECTION);
   m_GL.LoadIdentity();
-  const double right = camera.HalfWidth * camera.Near;
-  const double top = camera.HalfHeight * camera.Near;
-  m_GL.Frustum(-right, right, -top, top, camera.Near, camera.Far);
+  if (shiftX != 0 || shiftY != 0) {
+    m_GL.Translated(2 * shiftX / (m_Side * m_Width), 2 * shiftY / (m_Side * m_Height), 0);
+  }
+  const double scale = camera.Orthographic ? 1 : camera.Near;
+  const double right = camera.HalfWidth * scale;
+  const double top = camera.HalfHeight * scale;
+  if (camera.Orthographic) {
+    m_GL.Ortho(-right, right, -top, top, camera.Near, camera.Far);
+  } else {
+    m_GL.Frustum(-right, right, -top, top, camera.Near, camera.Far);
+  }
   m_GL.MatrixMode(GL_MODELVIEW);
   m_GL.LoadMatrixd(camera.View);
+}
+
+bool TScene::_SetSize(int width, int height, std::string* error) {
+  const TDataSurface* surface = m_GL.GetColorSurface();
+  if ((surface == nullptr || surface->Width != width || surface->Height != height) &&
+      !m_GL.SetSize(width, height)) {
+    *error = _NoMemory(width, height);
+    return false;
+  }
+  return true;
+}
+
+bool TScene::Draw(const CAMERA& camera, std::string* error) {
+  if (!_SetSize(m_Side * m_Width, m_Side * m_Height, error)) {
+    return false;
+  }
+  m_GL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
+  _SetCamera(camera, 0, 0);
+  if (m_Style.Light == LIGHT::Fixed) {
+    const TPoint from = DirectionOf(m_Style.LightAzimuth, m_Style.LightElevation, m_ZUp);
+    const float position[] = {static_cast<float>(from[0]), static_cast<float>(from[1]),
+                              static_cast<float>(from[2]), 0};
+    m_GL.Lightfv(GL_LIGHT0, GL_POSITION, position);
+  }
   _DrawParts(camera);
+  if (const unsigned int code = m_GL.GetError(); code != 0) {
+    *error = _ErrorText(code);
+    return false;
+  }
+  return true;
+}
+
+void TScene::_DrawLayer(const CAMERA& camera, bool ids) {
+  m_GL.Clear(GL_DEPTH_BUFFER_BIT);
+  _SetCamera(camera, 0, 0);
+  m_GL.EnableLighting(false);
+  m_GL.EnableCullFace(false);
+  m_GL.Disable(GL_COLOR_MATERIAL);
+  m_GL.SetProgram(m_Layers.get());
+  for (const PART& part : m_Parts) {
+    const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
+    const double id = static_cast<double>(part.Mesh - m_Model->Meshes.data()) + 1;
+    m_GL.Uniform(kCutoffCell, material.Blended ? 0.5 : double{material.Cutoff});
+    m_GL.Uniform(kIdCell, ids ? id : 0.0);
+    m_GL.EnableCullFace(material.CullBack);
+    m_GL.Color4fv(material.Diffuse.data());
+    _BindPart(part);
+    m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
+  }
+  m_GL.SetProgram(nullptr);
+}
+
+bool TScene::DrawLayers(const CAMERA& camera, LAYERS* out, std::string* error) {
+  TDataSurface values;
+  if (!_SetSize(m_Width, m_Height, error)) {
+    return false;
+  }
+  if (!values.Create(m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_DOUBLE, 4)) {
+    *error = _NoMemory(m_Width, m_Height);
+    return false;
+  }
+  const auto count = static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height);
+  out->Width = m_Width;
+  out->Height = m_Height;
+  constexpr double kNothing[4] = {std::numeric_limits<double>::infinity(), 0, 0, 0};
+  ds::Fill(values, kNothing, sizeof kNothing);
+  m_GL.SetDrawBuffer(&values);
+  _DrawLayer(camera, false);
+  out->Depth.resize(count);
+  out->Normals.resize(3 * count);
+  const auto* pixel = reinterpret_cast<const double*>(values.Data);
+  for (std::size_t i = 0; i < count; ++i, pixel += 4) {
+    out->Depth[i] = static_cast<float>(pixel[0]);
+    for (std::size_t c = 0; c < 3; ++c) {
+      out->Normals[3 * i + c] = static_cast<float>(pixel[1 + c]);
+    }
+  }
+  constexpr double kZero[4] = {};
+  ds::Fill(values, kZero, sizeof kZero);
+  _DrawLayer(camera, true);
+  m_GL.SetDrawBuffer(nullptr);
+  out->Ids.resize(count);
+  pixel = reinterpret_cast<const double*>(values.Data);
+  for (std::size_t i = 0; i < count; ++i, pixel += 4) {
+    out->Ids[i] = static_cast<std::uint32_t>(pixel[0]);
+  }
   if (const unsigned int code = m_GL.GetError(); code != 0) {
     *error = _ErrorText(code);
     return false;
@@ -248,32 +392,41 @@ bool TScene::Draw(const CAMERA& camera, std::string* error) {
 
 const std::vector<std::uint8_t>& TScene::ReadPicture() {
   m_Picture.resize(static_cast<std::size_t>(m_Width) * static_cast<std::size_t>(m_Height) * 4);
-  m_GL.ReadPixels(0, 0, m_Width, m_Height, GL_RGBA, GL_UNSIGNED_BYTE, m_Picture.data());
+  AverageSamples(*m_GL.GetColorSurface(), m_Side, m_Picture.data());
   return m_Picture;
 }
 
-bool TScene::Save(const std::string& name) const {
-  DATASURFACE picture;
-  if (!ds::Set(&picture, m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
-               m_Picture.data()) ||
-      m_Picture.size() != picture.DataSize) {
-    return false;
-  }
-  if (m_Style.Background[3] >= 1) {
+DATASURFACE TScene::Picture() const {
+  DATASURFACE picture = {};
+  if (!m_Picture.empty() &&
+      ds::Set(&picture, m_Width, m_Height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+              m_Picture.data()) &&
+      m_Style.Background[3] >= 1) {
     picture.Format = DATA_FORMAT_RGB;
     picture.Channels = 3; // the pixels keep their distance of four bytes
   }
-  return SaveImage(name, nullptr, picture);
+  return picture;
 }
+
+bool TScene::Save(const std::string& name) const { return SaveImage(name, nullptr, Picture()); }
 
 std::size_t TScene::CountCovered() {
   const TDataSurface* depth = m_GL.GetDepthSurface();
+  const int side = depth->Width / m_Width; // layers have one sample a pixel
+  std::vector<bool> covered(static_cast<std::size_t>(m_Width));
   std::size_t count = 0;
-  for (int y = 0; y < m_Height; ++y) {
+  for (int y = 0; y < depth->Height; ++y) {
     const auto* row = reinterpret_cast<const float*>(depth->Data + static_cast<std::ptrdiff_t>(y) *
                                                                        depth->RowStride);
-    count += static_cast<std::size_t>(
-        std::count_if(row, row + m_Width, [](float value) { return value < 1; }));
+    for (int x = 0; x < depth->Width; ++x) {
+      if (row[x] < 1) {
+        covered[static_cast<std::size_t>(x / side)] = true;
+      }
+    }
+    if ((y + 1) % side == 0) {
+      count += static_cast<std::size_t>(std::count(covered.begin(), covered.end(), true));
+      covered.assign(covered.size(), false);
+    }
   }
   return count;
 }

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ struct CAMERA {
   double Far;
   double HalfWidth;  ///< of the picture at distance 1
   double HalfHeight; ///< the same
+  bool Orthographic; ///< the halves are those of the picture itself
 };
 
 /// The cameras that look from `frames` sides, evenly round the model and each as `view` says for
@@ -36,33 +38,76 @@ struct CAMERA {
 /// Empty if there is no such vertex.
 std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames);
 
+/// A camera of the file, for a picture of `view`'s size: by its name, or the first if that is
+/// empty. False with `*error` as the reason if there is none.
+bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
+                    std::string* error);
+
+enum class LIGHT {
+  WithCamera, ///< the key light stands at the camera's left
+  Fixed,      ///< the key light stands still, wherever the camera is
+  None        ///< colours as they are in the file
+};
+
 struct STYLE {
   TColor Background = {0.86f, 0.88f, 0.91f, 1};
   bool Wire = false;
   bool Linear = true; ///< filter of textures
+  int Samples = 1;    ///< a pixel: 1, 4 or 16
+  LIGHT Light = LIGHT::WithCamera;
+  double LightAzimuth = 0; ///< from where a fixed light comes, in the angles of `VIEW`
+  double LightElevation = 0;
 };
 
-/// A model in buffers and textures of a context of its own, lit by a key light and a fill light
-/// that stand with the camera.
+/// The direction from the model to an eye or a light at these angles.
+TPoint DirectionOf(double azimuth, double elevation, bool zUp);
+
+/// What the first surface is that is seen in the middle of each pixel; the bottom row first.
+struct LAYERS {
+  int Width = 0;
+  int Height = 0;
+  std::vector<float> Depth;       ///< before the eye along its direction; infinity for nothing
+  std::vector<float> Normals;     ///< three a pixel in the axes of the eye; 0 for nothing
+  std::vector<std::uint32_t> Ids; ///< index in `MODEL::Meshes` plus 1; 0 for nothing
+};
+
+/// Gives back the reference to a counted object.
+struct TReleaser {
+  void operator()(zx::TRef* object) const { object->Release(); }
+};
+
+/// A model in buffers and textures of a context of its own, lit by a key light and a fill light.
 class TScene {
+  template <class T> using TOwned = std::unique_ptr<T, TReleaser>;
+
 public:
   TScene() = default;
   TScene(const TScene&) = delete;
   TScene& operator=(const TScene&) = delete;
 
   /// False with `*error` as the reason when memory is exhausted. `model` must outlive the scene.
-  bool Create(const MODEL& model, int width, int height, const STYLE& style, std::string* error);
+  /// `zUp` is the vertical axis by which a fixed light stands.
+  bool Create(const MODEL& model, int width, int height, const STYLE& style, std::string* error,
+              bool zUp = false);
 
   /// Clears and draws. False with `*error` as the reason when the context reports an error.
   bool Draw(const CAMERA& camera, std::string* error);
 
+  /// Draws the layers instead of the picture, which is lost. What a material lets through by more
+  /// than a half is left out. False with `*error` as the reason.
+  bool DrawLayers(const CAMERA& camera, LAYERS* out, std::string* error);
+
   /// The picture's bytes, RGBA, the bottom row first.
   const std::vector<std::uint8_t>& ReadPicture();
 
-  /// Saves what `ReadPicture` gave as PNG, without alpha unless the background lets through.
+  /// What `ReadPicture` gave as a record: three channels unless the background lets through. Empty
+  /// before.
+  DATASURFACE Picture() const;
+
+  /// Saves `Picture()` as PNG.
   bool Save(const std::string& name) const;
 
-  /// Pixels that the last drawing covered.
+  /// Pixels of which the last drawing covered at least one sample.
   std::size_t CountCovered();
 
 private:
@@ -79,14 +124,22 @@ private:
   void _MakePart(const MESH& mesh);
   void _SetLights();
   void _SetMaterial(const MATERIAL& material, bool hasColors);
-  void _DrawPart(const PART& part);
+  bool _SetSize(int width, int height, std::string* error);
+  void _SetCamera(const CAMERA& camera, double shiftX, double shiftY);
+  void _BindPart(const PART& part);
+  void _DrawPart(const PART& part, const CAMERA& camera);
   void _DrawParts(const CAMERA& camera);
+  void _DrawLayer(const CAMERA& camera, bool ids);
 
   Zx3D::TRenderCPU m_GL;
+  TOwned<Zx3D::TProgramCPU> m_Cutout;
+  TOwned<Zx3D::TProgramCPU> m_Layers;
   const MODEL* m_Model = nullptr;
   STYLE m_Style;
+  bool m_ZUp = false;
   int m_Width = 0;
   int m_Height = 0;
+  int m_Side = 1; ///< samples a pixel in a row
   std::vector<unsigned int> m_Textures;
   std::vector<PART> m_Parts;
   std::vector<std::uint8_t> m_Picture;

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <utility>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
@@ -137,21 +138,25 @@ TTextureLoader::TTextureLoader(const aiScene& scene, std::string modelName, MODE
     : m_Scene(scene), m_ModelName(std::move(modelName)), m_Model(out), m_Warnings(warnings) {}
 
 bool TTextureLoader::_Load(const std::string& name, DATASURFACE* out, std::string* reason) const {
+  TZxMessage message;
   if (const aiTexture* embedded = m_Scene.GetEmbeddedTexture(name.c_str())) {
-    *reason = "the image in the model file is damaged or of a kind that is not read";
     if (embedded->mHeight != 0) {
+      *reason = "its texels in the model file make no image";
       return _FromTexels(*embedded, out);
     }
     TBytesStream stream(embedded->pcData, embedded->mWidth);
-    return LoadImage(&stream, nullptr, out);
+    const bool loaded = LoadImage(&stream, nullptr, out, &message);
+    *reason = std::string("the image in the model file: ") + message.what();
+    return loaded;
   }
   const std::string file = _FindFile(m_ModelName, name);
   if (file.empty()) {
     *reason = "not found";
     return false;
   }
-  *reason = "damaged or of a kind that is not read";
-  return LoadImage(file, nullptr, out);
+  const bool loaded = LoadImage(file, nullptr, out, &message);
+  *reason = message.what();
+  return loaded;
 }
 
 int TTextureLoader::Get(const std::string& name, bool opaque) {

@@ -1,105 +1,124 @@
-// zxrender: draws a model file into a PNG.
+// zxrender: draws model files into pictures.
 
-#include <chrono>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <exception>
+#include <new>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "Model.h"
+#include <fcntl.h>
+#include <sched.h>
+#include <unistd.h>
+
+#include "Batch.h"
+#include "Job.h"
+#include "Names.h"
 #include "Options.h"
-#include "Progress.h"
-#include "Scene.h"
 
 namespace {
 
-using TClock = std::chrono::steady_clock;
-
-double _Since(TClock::time_point begin) {
-  return std::chrono::duration<double>(TClock::now() - begin).count();
+// Processors that this process may use.
+int _CountProcessors() {
+  cpu_set_t set;
+  return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 1;
 }
 
-int _Fail(const std::string& file, const std::string& reason) {
-  std::fprintf(stderr, "zxrender: %s: %s\n", file.c_str(), reason.c_str());
+// A closed standard descriptor would be the next one that is opened, a pipe to a child for
+// instance. In its place goes one that can't be used either.
+void _OccupyStandardDescriptors() {
+  for (const int file : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(file, F_GETFD) < 0 && errno == EBADF) {
+      open("/dev/null", file == STDIN_FILENO ? O_WRONLY : O_RDONLY); // the lowest free one
+    }
+  }
+}
+
+bool _ReadInput(std::string* out) {
+  char part[1 << 16];
+  for (;;) {
+    const ssize_t count = read(STDIN_FILENO, part, sizeof part);
+    if (count < 0 && errno == EINTR) {
+      continue;
+    }
+    if (count <= 0) {
+      return count == 0;
+    }
+    out->append(part, static_cast<std::size_t>(count));
+  }
+}
+
+// No two pictures may go into one file. False with `*error` as the reason.
+bool _CheckNames(const CALL& call, const std::vector<TASK>& tasks, std::string* error) {
+  const OPTIONS& options = call.Options;
+  for (const std::string* pattern : {&options.Output, &options.Depth, &options.Normals,
+                                     &options.Ids, &options.Check, &options.Difference}) {
+    if (!CheckPattern(*pattern, error)) {
+      return false;
+    }
+  }
+  std::set<std::string> known;
+  for (const TASK& task : tasks) {
+    for (int frame = task.FirstFrame; frame < task.EndFrame; ++frame) {
+      const PICTURE_NAMES names = NamesOf(call, task, frame);
+      for (const std::string* name :
+           {&names.Output, &names.Depth, &names.Normals, &names.Ids, &names.Difference}) {
+        if (!name->empty() && !known.insert(*name).second) {
+          *error = *name == "-" ? "standard output takes one picture only"
+                                : "more than one picture would go into '" + *name +
+                                      "': {n} in a name keeps them apart";
+          return false;
+        }
+      }
+    }
+  }
+  return true;
+}
+
+int _Fail(const std::string& reason) {
+  std::fprintf(stderr, "zxrender: %s\n", reason.c_str());
   return 1;
 }
 
-struct TIMES {
-  double Load = 0;
-  double Draw = 0;
-  double Save = 0;
-  std::size_t Covered = 0;
-};
-
-void _PrintStats(const zx_scene::MODEL& model, const OPTIONS& options, int pictures,
-                 const TIMES& times) {
-  const double pixels = static_cast<double>(options.View.Width) * options.View.Height * pictures;
-  std::printf("triangles  %zu\n", model.CountCorners(3));
-  if (const std::size_t lines = model.CountCorners(2); lines > 0) {
-    std::printf("lines      %zu\n", lines);
-  }
-  if (const std::size_t points = model.CountCorners(1); points > 0) {
-    std::printf("points     %zu\n", points);
-  }
-  std::printf("vertices   %zu\n", model.CountVertices());
-  std::printf("textures   %zu\n", model.Textures.size());
-  std::printf("pixels     %zu covered of %.0f\n", times.Covered, pixels);
-  std::printf("load       %.3f s\n", times.Load);
-  std::printf("draw       %.3f s in %d picture%s\n", times.Draw, pictures,
-              pictures == 1 ? "" : "s");
-  std::printf("save       %.3f s\n", times.Save);
-}
-
-int _Render(const OPTIONS& options) {
-  TIMES times;
-  TClock::time_point begin = TClock::now();
-  zx_scene::MODEL model;
+int _Run(const OPTIONS& options) {
+  CALL call = {options, "", 0};
+  std::vector<std::string>& models = call.Options.Models;
   std::string error;
-  std::vector<std::string> warnings;
-  const bool loaded = zx_scene::LoadModel(options.Model, &model, &error, &warnings);
-  for (const std::string& warning : warnings) {
-    std::fprintf(stderr, "zxrender: %s: warning: %s\n", options.Model.c_str(), warning.c_str());
+  if (!options.List.empty() && !ReadList(options.List, &models, &error)) {
+    return _Fail((options.List == "-" ? "standard input" : options.List) + ": " + error);
   }
-  if (!loaded) {
-    return _Fail(options.Model, error);
-  }
-  const int pictures = options.Frames > 0 ? options.Frames : 1;
-  const std::vector<zx_scene::CAMERA> cameras = zx_scene::FrameModel(model, options.View, pictures);
-  zx_scene::TScene scene;
-  if (!scene.Create(model, options.View.Width, options.View.Height, options.Style, &error)) {
-    return _Fail(options.Model, error);
-  }
-  times.Load = _Since(begin);
-  TProgress progress(pictures);
-  for (int i = 0; i < pictures; ++i) {
-    begin = TClock::now();
-    if (!scene.Draw(cameras[static_cast<std::size_t>(i)], &error)) {
-      progress.Clear();
-      return _Fail(options.Model, error);
+  bool hasInput = false;
+  for (const std::string& model : models) {
+    if (model == "-") {
+      if (hasInput || options.List == "-") {
+        RefuseCommandLine("standard input can be read once only");
+        return 2;
+      }
+      hasInput = true;
     }
-    times.Draw += _Since(begin);
-    begin = TClock::now();
-    const std::string name =
-        options.Frames > 0 ? FrameName(options.Output, i, pictures) : options.Output;
-    scene.ReadPicture();
-    if (!scene.Save(name)) {
-      progress.Clear();
-      return _Fail(name, "can't be written");
-    }
-    times.Save += _Since(begin);
-    times.Covered += options.Stats ? scene.CountCovered() : 0;
-    progress.Show(i + 1);
   }
-  progress.Clear();
-  if (options.Stats) {
-    _PrintStats(model, options, pictures, times);
+  if (hasInput && !_ReadInput(&call.Input)) {
+    return _Fail(std::string("standard input: ") + std::strerror(errno));
   }
-  return 0;
+  const int frames = options.Frames > 0 ? options.Frames : 1;
+  call.Pictures = models.size() * static_cast<std::size_t>(frames);
+  const int jobs = options.Jobs > 0 ? options.Jobs : _CountProcessors();
+  // All names are checked, also those of other parts: parts run side by side.
+  if (!_CheckNames(call, MakeTasks(models.size(), frames, 1, 1, 1), &error)) {
+    RefuseCommandLine(error);
+    return 2;
+  }
+  const std::vector<TASK> tasks =
+      MakeTasks(models.size(), frames, options.Part, options.Parts, jobs);
+  return tasks.empty() ? 0 : TBatch(call, tasks, jobs).Run();
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+  _OccupyStandardDescriptors();
   OPTIONS options;
   switch (ReadOptions(argc, argv, &options)) {
   case COMMAND::Done:
@@ -109,15 +128,16 @@ int main(int argc, char** argv) {
   case COMMAND::Render:
     break;
   }
-  Init_ZxCore3D();
-  int result = 1;
+  int status = 1;
   try {
-    result = _Render(options);
+    status = _Run(options);
   } catch (const std::bad_alloc&) {
-    result = _Fail(options.Model, "not enough memory");
+    _Fail("not enough memory");
   } catch (const std::exception& error) {
-    result = _Fail(options.Model, error.what());
+    _Fail(error.what());
   }
-  Deinit_ZxCore3D();
-  return result;
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    return _Fail("standard output can't be written to");
+  }
+  return status;
 }

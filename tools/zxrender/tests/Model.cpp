@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "Files.h"
+#include "Gltf.h"
 #include "Scene.h"
 
 namespace {
@@ -68,13 +69,39 @@ TEST(Model, MissingTextureOnlyWarns) {
   EXPECT_TRUE(model.Model.Textures.empty());
 }
 
-TEST(Model, DamagedTextureOnlyWarns) {
+TEST(Model, DamagedTextureOnlyWarnsAndSaysWhy) {
   const TDirectory directory;
-  directory.Write("cut.ppm", "P6 2 2 255\nabc");
-  directory.Write("m.mtl", "newmtl m\nmap_Kd cut.ppm\n");
-  const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+  const struct {
+    const char* Name;
+    const char* Bytes;
+    const char* Reason;
+  } kTextures[] = {{"cut.ppm", "P6 2 2 255\nabc", "ends inside its picture"},
+                   {"text.png", "no picture at all", "of no known image kind"}};
+  for (const auto& texture : kTextures) {
+    directory.Write(texture.Name, texture.Bytes);
+    directory.Write("m.mtl", std::string("newmtl m\nmap_Kd ") + texture.Name + "\n");
+    const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+    ASSERT_TRUE(model.Done) << model.Error;
+    EXPECT_EQ(model.Warnings,
+              std::vector<std::string>{std::string("texture '") + texture.Name +
+                                       "': " + texture.Reason + "; drawn without it"});
+    EXPECT_TRUE(model.Model.Textures.empty());
+  }
+}
+
+TEST(Model, DamagedTextureInTheFileSaysWhyToo) {
+  const TDirectory directory;
+  // "no picture at all", in base 64, as an image of a glTF file.
+  const std::string material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})";
+  const LOADED model(directory.Write(
+      "m.gltf", GltfOf({{1, 0, 0, 0, material}},
+                       R"(,"textures":[{"source":0}],"images":[{"mimeType":"image/png","uri":)"
+                       R"("data:image/png;base64,bm8gcGljdHVyZSBhdCBhbGw="}])")));
   ASSERT_TRUE(model.Done) << model.Error;
   ASSERT_EQ(model.Warnings.size(), 1u);
+  EXPECT_NE(model.Warnings[0].find("the image in the model file: of no known image kind"),
+            std::string::npos)
+      << model.Warnings[0];
 }
 
 TEST(Model, TextureIsFoundBesideTheModelWhateverItsPath) {

@@ -1,55 +1,85 @@
-#include <cstdio>
-#include <cstdlib>
+#include <algorithm>
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
 #include <ZxPixelKit/ZxPixelKit.h>
 
 #include "Files.h"
-#include "Options.h"
+#include "Run.h"
 
 namespace {
 
-struct RESULT {
-  int Code;
-  std::string Text; ///< both outputs
-};
-
-RESULT Render(const std::string& arguments) {
-  RESULT result = {-1, ""};
-  std::FILE* pipe = popen((ZX_RENDER_PROGRAM " " + arguments + " 2>&1").c_str(), "r");
-  if (pipe == nullptr) {
-    return result;
-  }
-  char part[256];
-  while (std::fgets(part, sizeof part, pipe) != nullptr) {
-    result.Text += part;
-  }
-  const int status = pclose(pipe);
-  result.Code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return result;
-}
-
-bool Contains(const RESULT& result, const std::string& text) {
-  return result.Text.find(text) != std::string::npos;
-}
-
-TEST(Program, HelpAndVersion) {
+TEST(Program, HelpFitsAScreenAndHasGroups) {
   const RESULT help = Render("--help");
   EXPECT_EQ(help.Code, 0);
-  for (const char* option :
-       {"--output", "--size", "--background", "--camera", "--fov", "--up", "--turntable", "--wire",
-        "--filter", "--stats", "--help", "--version", "Exit status"}) {
-    EXPECT_TRUE(Contains(help, option)) << option;
-  }
+  EXPECT_LE(std::count(help.Text.begin(), help.Text.end(), '\n'), 24);
   EXPECT_EQ(Render("-h").Text, help.Text);
-  EXPECT_EQ(Render("--version").Code, 0);
+  const RESULT all = Render("--help=all");
+  for (const RESULT& shown : {help, all}) {
+    for (std::size_t at = 0; at < shown.Text.size();) {
+      const std::size_t end = shown.Text.find('\n', at);
+      EXPECT_LE(end - at, 80u) << shown.Text.substr(at, end - at);
+      at = end + 1;
+    }
+  }
+  for (const char* option :
+       {"--output",     "--size",    "--samples", "--background", "--wire",    "--filter",
+        "--format",     "--camera",  "--fov",     "--up",         "--light",   "--turntable",
+        "--depth ",     "--normals", "--ids",     "--depth-step", "--digest",  "--check",
+        "--difference", "--list",    "--jobs",    "--part",       "--timeout", "--memory",
+        "--json",       "--stats",   "--help",    "--version"}) {
+    EXPECT_TRUE(Contains(all, option)) << option;
+  }
+  EXPECT_TRUE(Contains(help, "Exit status"));
+  for (const char* group : {"picture", "view", "layers", "check", "many", "report"}) {
+    EXPECT_TRUE(Contains(help, group)) << group;
+    const RESULT shown = Render(std::string("--help=") + group);
+    EXPECT_EQ(shown.Code, 0);
+    EXPECT_NE(all.Text.find(shown.Text), std::string::npos) << group;
+  }
+  EXPECT_EQ(Render("--help=everything").Code, 2);
+  EXPECT_EQ(Render("--version").Text.rfind("zxrender ", 0), 0u);
 }
 
 TEST(Program, WrongCommandLines) {
   for (const char* arguments : {"",
-                                "a.obj b.obj",
+                                "-o x.png a.obj b.obj",
+                                "x/a.obj y/a.obj",
+                                "-o x.gif a.obj",
+                                "-o x a.obj",
+                                "-o '{nme}.png' a.obj",
+                                "-o x.jpg -b transparent a.obj",
+                                "--samples 2 a.obj",
+                                "--samples 0 a.obj",
+                                "--light 5 a.obj",
+                                "--light above a.obj",
+                                "-c file: a.obj",
+                                "-c file -t 4 a.obj",
+                                "--depth d.jpg a.obj",
+                                "--normals n a.obj",
+                                "--ids i.pfm a.obj",
+                                "--ids i.png -o '{name}.png' a.obj b.obj",
+                                "--depth a.png a.obj",
+                                "--depth-step 1 a.obj",
+                                "--depth d.png --depth-step 0 a.obj",
+                                "--difference d.png a.obj",
+                                "--part 0/2 a.obj",
+                                "--part 3/2 a.obj",
+                                "--part 1 a.obj",
+                                "--timeout -1 a.obj",
+                                "--timeout x a.obj",
+                                "--memory 1X a.obj",
+                                "--memory 99999999999G a.obj",
+                                "-j 0 a.obj",
+                                "--list - -",
+                                "- -",
+                                "-o - --json a.obj",
+                                "-o - --stats a.obj",
+                                "-o - --digest a.obj",
+                                "-o - a.obj b.obj",
+                                "-o - -t 2 a.obj",
+                                "--json --stats a.obj",
+                                "--format a/b a.obj",
                                 "--bogus a.obj",
                                 "a.obj -q",
                                 "-s",
@@ -92,7 +122,8 @@ TEST(Program, FailuresNameTheFileAndTheReason) {
   const std::string square = directory.Write("square.obj", SquareObj());
   const RESULT unwritten = Render(square + " -o /nonexistent/x.png");
   EXPECT_EQ(unwritten.Code, 1);
-  EXPECT_EQ(unwritten.Text, "zxrender: /nonexistent/x.png: can't be written\n");
+  EXPECT_EQ(unwritten.Text,
+            "zxrender: /nonexistent/x.png: can't be written: No such file or directory\n");
 }
 
 TEST(Program, MissingTextureWarnsAndDraws) {
@@ -150,13 +181,6 @@ TEST(Program, Stats) {
   EXPECT_TRUE(Contains(result, "vertices   4\n"));
   EXPECT_TRUE(Contains(result, " covered of 400\n"));
   EXPECT_TRUE(Contains(result, "draw "));
-}
-
-TEST(FrameName, DigitsAndDirectories) {
-  EXPECT_EQ(FrameName("duck.png", 7, 12), "duck_007.png");
-  EXPECT_EQ(FrameName("out/a.b.png", 0, 1), "out/a.b_000.png");
-  EXPECT_EQ(FrameName("duck.png", 7, 10001), "duck_00007.png");
-  EXPECT_EQ(FrameName("duck", 999, 1000), "duck_999");
 }
 
 } // namespace

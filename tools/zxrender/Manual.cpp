@@ -1,0 +1,177 @@
+#include "Manual.h"
+
+#include <cctype>
+#include <cstring>
+
+#include "ManualText.h"
+#include "OptionTable.h"
+
+namespace {
+
+bool _HasLetter(const OPTION_ROW& row) { return row.Code < 256; }
+
+// "-o, --output NAME"
+std::string _Usage(const OPTION_ROW& row) {
+  std::string text;
+  if (_HasLetter(row)) {
+    text += {'-', static_cast<char>(row.Code), ',', ' '};
+  }
+  text.append("--").append(row.Name);
+  if (row.Argument != nullptr && row.Argument[0] == '[') {
+    text.append("[=").append(row.Argument + 1);
+  } else if (row.Argument != nullptr) {
+    text.append(" ").append(row.Argument);
+  }
+  return text;
+}
+
+std::string _BriefLine(const OPTION_ROW& row) {
+  constexpr std::size_t kColumn = 26;
+  std::string line = _HasLetter(row) ? "  " : "      ";
+  line += _Usage(row);
+  line += line.size() + 2 > kColumn ? "\n" + std::string(kColumn, ' ')
+                                    : std::string(kColumn - line.size(), ' ');
+  return line + row.Brief + "\n";
+}
+
+// Words broken into lines of at most 79 characters, each behind `indent` blanks.
+std::string _Wrap(const std::string& text, std::size_t indent) {
+  constexpr std::size_t kWidth = 79;
+  std::string out;
+  std::string line;
+  std::size_t at = 0;
+  while (at < text.size()) {
+    std::size_t end = text.find_first_of(" \n", at);
+    end = end == std::string::npos ? text.size() : end;
+    const std::string word = text.substr(at, end - at);
+    if (!line.empty() && line.size() + 1 + word.size() > kWidth) {
+      out += line + "\n";
+      line.clear();
+    }
+    line += line.empty() ? std::string(indent, ' ') + word : " " + word;
+    at = end + 1;
+  }
+  return line.empty() ? out : out + line + "\n";
+}
+
+std::string _GroupText(const OPTION_GROUP& group) {
+  std::string text = std::string(group.Title) + ":\n\n";
+  for (const OPTION_ROW& row : group.Rows) {
+    text += (_HasLetter(row) ? "  " : "      ") + _Usage(row) + "\n" + _Wrap(row.Text, 10);
+  }
+  return text;
+}
+
+// Text as troff has it: backslashes and hyphens are to be seen as they are, and no line may begin
+// with a control character.
+std::string _Troff(const std::string& text) {
+  std::string out;
+  for (const char c : text) {
+    if (c == '\\') {
+      out += "\\e";
+    } else if (c == '-') {
+      out += "\\-";
+    } else if ((c == '.' || c == '\'') && (out.empty() || out.back() == '\n')) {
+      out += std::string("\\&") + c;
+    } else {
+      out += c;
+    }
+  }
+  return out;
+}
+
+// A line that begins with "= " is a heading, one with "- " an entry whose text follows, one with
+// two blanks is shown as it stands; the others make paragraphs.
+std::string _TroffText(const char* text) {
+  std::string out;
+  std::string rest = text;
+  while (!rest.empty()) {
+    const std::size_t end = rest.find('\n');
+    const std::string line = rest.substr(0, end);
+    rest = end == std::string::npos ? "" : rest.substr(end + 1);
+    if (line.rfind("= ", 0) == 0) {
+      out += ".SH " + _Troff(line.substr(2)) + "\n";
+    } else if (line.rfind("- ", 0) == 0) {
+      out += ".TP\n.B " + _Troff(line.substr(2)) + "\n";
+    } else if (line.rfind("  ", 0) == 0) {
+      out += ".br\n.RS 4\n.nf\n" + _Troff(line.substr(2)) + "\n.fi\n.RE\n";
+    } else {
+      out += line.empty() ? ".PP\n" : _Troff(line) + "\n";
+    }
+  }
+  return out;
+}
+
+} // namespace
+
+std::string HelpText(const std::string& group) {
+  std::string text;
+  if (group.empty()) {
+    text = kHelpHead;
+    for (const OPTION_GROUP& rows : OptionGroups()) {
+      for (const OPTION_ROW& row : rows.Rows) {
+        text += row.Common ? _BriefLine(row) : "";
+      }
+    }
+    return text + kHelpFoot;
+  }
+  for (const OPTION_GROUP& rows : OptionGroups()) {
+    if (group == rows.Name || group == "all") {
+      text.append(text.empty() ? "" : "\n").append(_GroupText(rows));
+    }
+  }
+  return text;
+}
+
+std::string ManualPage() {
+  std::string text = ".TH ZXRENDER 1 \"\" \"zxrender " ZX_RENDER_VERSION "\" \"User Commands\"\n";
+  text += _TroffText(kManualHead);
+  text += ".SH OPTIONS\n";
+  for (const OPTION_GROUP& group : OptionGroups()) {
+    text += ".SS " + _Troff(group.Title) + "\n";
+    for (const OPTION_ROW& row : group.Rows) {
+      text += ".TP\n.B " + _Troff(_Usage(row)) + "\n" + _Troff(row.Text) + "\n";
+    }
+  }
+  return text + _TroffText(kManualFoot);
+}
+
+std::string BashCompletion() {
+  std::string names;
+  std::string cases;
+  for (const OPTION_GROUP& group : OptionGroups()) {
+    for (const OPTION_ROW& row : group.Rows) {
+      names += std::string(names.empty() ? "--" : " --") + row.Name;
+      if (row.Argument == nullptr || row.Argument[0] == '[') {
+        continue;
+      }
+      cases += "    --" + std::string(row.Name);
+      cases += _HasLetter(row) ? std::string("|-") + static_cast<char>(row.Code) + ")\n" : ")\n";
+      if (row.Words[0] == '@') {
+        cases += "      compopt -o filenames\n"
+                 "      mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n";
+      } else {
+        cases += "      mapfile -t COMPREPLY < <(compgen -W '" + std::string(row.Words) +
+                 "' -- \"$word\")\n";
+      }
+      cases += "      return ;;\n";
+    }
+  }
+  return "# bash completion for zxrender\n"
+         "_zxrender() {\n"
+         "  local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}\n"
+         "  COMPREPLY=()\n"
+         "  case $before in\n" +
+         cases +
+         "  esac\n"
+         "  if [[ $word == -* ]]; then\n"
+         "    mapfile -t COMPREPLY < <(compgen -W '" +
+         names +
+         "' -- \"$word\")\n"
+         "  else\n"
+         "    compopt -o filenames\n"
+         "    mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n"
+         "  fi\n"
+         "}\n"
+         "complete -F _zxrender zxrender\n";
+}
