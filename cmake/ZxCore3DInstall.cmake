@@ -12,8 +12,8 @@ install(TARGETS ZxCore3D EXPORT ZxCore3DTargets LIBRARY DESTINATION "${CMAKE_INS
 
 # Headers that only the library's own sources include.
 set(ZX_PRIVATE_HEADERS
-  "-inl\\.h$|/ZxModule_Initializer\\.h$|/Numbers\\.h$|/NullName\\.h$|/ObjectAccess\\.h$|/Trace\\.h$|/StreamAccess\\.h$"
-  "|/TVariantWords\\.h$|/TextScan\\.h$|/FileNameScan\\.h$|/Span[A-Za-z]*\\.h$|/Vertex[A-Za-z]*\\.h$|/private/")
+  "-inl\\.h$|/render/[a-z]+/|/ZxModule_Initializer\\.h$|/NullName\\.h$|/ObjectAccess\\.h$|/Trace\\.h$|/StreamAccess\\.h$"
+  "|/TVariantWords\\.h$|/TextScan\\.h$|/FileNameScan\\.h$|/private/")
 string(REPLACE ";" "" ZX_PRIVATE_HEADERS "${ZX_PRIVATE_HEADERS}")
 install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ZxCore3D"
         FILES_MATCHING PATTERN "*.h" REGEX "${ZX_PRIVATE_HEADERS}" EXCLUDE)
