@@ -179,7 +179,7 @@ bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& nam
     *error = model.Cameras.empty() ? "the file holds no camera"
                                    : "the file holds no camera '" + name + "', but";
     for (const FILE_CAMERA& camera : model.Cameras) {
-      *error += " '" + camera.Name + "'";
+      error->append(" '").append(camera.Name).append("'");
     }
     return false;
   }

@@ -45,10 +45,10 @@ std::string _Wrap(const std::string& text, std::size_t indent) {
     end = end == std::string::npos ? text.size() : end;
     const std::string word = text.substr(at, end - at);
     if (!line.empty() && line.size() + 1 + word.size() > kWidth) {
-      out += line + "\n";
+      out.append(line).append("\n");
       line.clear();
     }
-    line += line.empty() ? std::string(indent, ' ') + word : " " + word;
+    line.append(line.empty() ? indent : 1, ' ').append(word);
     at = end + 1;
   }
   return line.empty() ? out : out + line + "\n";
@@ -57,7 +57,8 @@ std::string _Wrap(const std::string& text, std::size_t indent) {
 std::string _GroupText(const OPTION_GROUP& group) {
   std::string text = std::string(group.Title) + ":\n\n";
   for (const OPTION_ROW& row : group.Rows) {
-    text += (_HasLetter(row) ? "  " : "      ") + _Usage(row) + "\n" + _Wrap(row.Text, 10);
+    text.append(_HasLetter(row) ? "  " : "      ").append(_Usage(row)).append("\n");
+    text.append(_Wrap(row.Text, 10));
   }
   return text;
 }
@@ -72,7 +73,7 @@ std::string _Troff(const std::string& text) {
     } else if (c == '-') {
       out += "\\-";
     } else if ((c == '.' || c == '\'') && (out.empty() || out.back() == '\n')) {
-      out += std::string("\\&") + c;
+      out.append("\\&").append(1, c);
     } else {
       out += c;
     }
@@ -90,16 +91,36 @@ std::string _TroffText(const char* text) {
     const std::string line = rest.substr(0, end);
     rest = end == std::string::npos ? "" : rest.substr(end + 1);
     if (line.rfind("= ", 0) == 0) {
-      out += ".SH " + _Troff(line.substr(2)) + "\n";
+      out.append(".SH ").append(_Troff(line.substr(2))).append("\n");
     } else if (line.rfind("- ", 0) == 0) {
-      out += ".TP\n.B " + _Troff(line.substr(2)) + "\n";
+      out.append(".TP\n.B ").append(_Troff(line.substr(2))).append("\n");
     } else if (line.rfind("  ", 0) == 0) {
-      out += ".br\n.RS 4\n.nf\n" + _Troff(line.substr(2)) + "\n.fi\n.RE\n";
+      out.append(".br\n.RS 4\n.nf\n").append(_Troff(line.substr(2))).append("\n.fi\n.RE\n");
+    } else if (line.empty()) {
+      out += ".PP\n";
     } else {
-      out += line.empty() ? ".PP\n" : _Troff(line) + "\n";
+      out.append(_Troff(line)).append("\n");
     }
   }
   return out;
+}
+
+// What completes the argument of an option.
+std::string _CompletionCase(const OPTION_ROW& row) {
+  std::string text = "    --";
+  text += row.Name;
+  if (_HasLetter(row)) {
+    text.append("|-").append(1, static_cast<char>(row.Code));
+  }
+  text += ")\n";
+  if (row.Words[0] == '@') {
+    text += "      compopt -o filenames\n"
+            "      mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n";
+  } else {
+    text.append("      mapfile -t COMPREPLY < <(compgen -W '").append(row.Words);
+    text += "' -- \"$word\")\n";
+  }
+  return text + "      return ;;\n";
 }
 
 } // namespace
@@ -128,9 +149,10 @@ std::string ManualPage() {
   text += _TroffText(kManualHead);
   text += ".SH OPTIONS\n";
   for (const OPTION_GROUP& group : OptionGroups()) {
-    text += ".SS " + _Troff(group.Title) + "\n";
+    text.append(".SS ").append(_Troff(group.Title)).append("\n");
     for (const OPTION_ROW& row : group.Rows) {
-      text += ".TP\n.B " + _Troff(_Usage(row)) + "\n" + _Troff(row.Text) + "\n";
+      text.append(".TP\n.B ").append(_Troff(_Usage(row))).append("\n");
+      text.append(_Troff(row.Text)).append("\n");
     }
   }
   return text + _TroffText(kManualFoot);
@@ -141,20 +163,10 @@ std::string BashCompletion() {
   std::string cases;
   for (const OPTION_GROUP& group : OptionGroups()) {
     for (const OPTION_ROW& row : group.Rows) {
-      names += std::string(names.empty() ? "--" : " --") + row.Name;
-      if (row.Argument == nullptr || row.Argument[0] == '[') {
-        continue;
+      names.append(names.empty() ? "--" : " --").append(row.Name);
+      if (row.Argument != nullptr && row.Argument[0] != '[') {
+        cases += _CompletionCase(row);
       }
-      cases += "    --" + std::string(row.Name);
-      cases += _HasLetter(row) ? std::string("|-") + static_cast<char>(row.Code) + ")\n" : ")\n";
-      if (row.Words[0] == '@') {
-        cases += "      compopt -o filenames\n"
-                 "      mapfile -t COMPREPLY < <(compgen -f -- \"$word\")\n";
-      } else {
-        cases += "      mapfile -t COMPREPLY < <(compgen -W '" + std::string(row.Words) +
-                 "' -- \"$word\")\n";
-      }
-      cases += "      return ;;\n";
     }
   }
   return "# bash completion for zxrender\n"

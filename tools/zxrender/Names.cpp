@@ -36,6 +36,11 @@ PIECE _NextPiece(const std::string& pattern, std::size_t* at, std::string* text)
                               : PIECE::Wrong;
 }
 
+std::string _UnknownText(const std::string& piece, const std::string& pattern) {
+  return "'" + piece + "' in '" + pattern +
+         "' is none of {name}, {n}, {model} and {frame}; {{ and }} are braces";
+}
+
 std::string _Padded(std::size_t number, std::size_t count) {
   const std::size_t digits =
       std::max<std::size_t>(3, std::to_string(count > 0 ? count - 1 : 0).size());
@@ -56,8 +61,7 @@ bool CheckPattern(const std::string& pattern, std::string* error) {
   for (std::size_t at = 0; at < pattern.size();) {
     std::string text;
     if (_NextPiece(pattern, &at, &text) == PIECE::Wrong) {
-      *error = "'" + text + "' in '" + pattern +
-               "' is none of {name}, {n}, {model} and {frame}; {{ and }} are braces";
+      *error = _UnknownText(text, pattern);
       return false;
     }
   }

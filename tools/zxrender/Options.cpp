@@ -264,12 +264,16 @@ std::string _FindConflict(const OPTIONS& options) {
   return "";
 }
 
+std::string _WrongEnding(const std::string& name, const char* endings) {
+  return "'" + name + "' must end with " + endings;
+}
+
 std::string _FindWrongKind(const OPTIONS& options) {
   const bool hasAlpha = options.Style.Background[3] < 1;
   if (!options.Output.empty()) {
     const IMAGE_KIND kind = OutputKind(options);
     if (kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Jpeg) {
-      return "'" + options.Output + "' must end with .png, .jpg or .jpeg, or --format say so";
+      return _WrongEnding(options.Output, ".png, .jpg or .jpeg, or --format say so");
     }
     if (kind == IMAGE_KIND::Jpeg && hasAlpha) {
       return "JPEG has no transparency: choose PNG or another background";
@@ -278,12 +282,12 @@ std::string _FindWrongKind(const OPTIONS& options) {
   for (const std::string* name : {&options.Depth, &options.Normals}) {
     const IMAGE_KIND kind = KindOfName(*name);
     if (!name->empty() && kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Pfm) {
-      return "'" + *name + "' must end with .png or .pfm";
+      return _WrongEnding(*name, ".png or .pfm");
     }
   }
   for (const std::string* name : {&options.Ids, &options.Difference}) {
     if (!name->empty() && KindOfName(*name) != IMAGE_KIND::Png) {
-      return "'" + *name + "' must end with .png";
+      return _WrongEnding(*name, ".png");
     }
   }
   return "";

@@ -50,6 +50,12 @@ bool _ReadInput(std::string* out) {
   }
 }
 
+std::string _DuplicateText(const std::string& name) {
+  return name == "-"
+             ? "standard output takes one picture only"
+             : "more than one picture would go into '" + name + "': {n} in a name keeps them apart";
+}
+
 // No two pictures may go into one file. False with `*error` as the reason.
 bool _CheckNames(const CALL& call, const std::vector<TASK>& tasks, std::string* error) {
   const OPTIONS& options = call.Options;
@@ -66,9 +72,7 @@ bool _CheckNames(const CALL& call, const std::vector<TASK>& tasks, std::string* 
       for (const std::string* name :
            {&names.Output, &names.Depth, &names.Normals, &names.Ids, &names.Difference}) {
         if (!name->empty() && !known.insert(*name).second) {
-          *error = *name == "-" ? "standard output takes one picture only"
-                                : "more than one picture would go into '" + *name +
-                                      "': {n} in a name keeps them apart";
+          *error = _DuplicateText(*name);
           return false;
         }
       }
