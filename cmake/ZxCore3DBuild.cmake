@@ -16,6 +16,10 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
 
 # Pixels and results are pinned to the last bit: a product and a sum are two roundings, everywhere.
 add_compile_options(-ffp-contract=off)
+# A plain char has a sign where the processor's convention is that it has none, too.
+if(NOT CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64)$")
+  add_compile_options(-fsigned-char)
+endif()
 
 option(ZX_SANITIZE "Address and undefined-behaviour sanitizers" OFF)
 if(ZX_SANITIZE)

@@ -150,4 +150,6 @@ model teapots Collada/teapots.DAE "Teapots" "COLLADA: two materials and a textur
 printf '</div>\n</body>\n</html>\n' >>"$page"
 rm -f "$log.part"
 echo "$total pictures are in $out; $page shows them."
-"$(dirname "$0")/../tools/zxrender/check-digests.sh" "$bin/zxrender" "$out" || [ $? -eq 3 ]
+# Pictures of another architecture are compared with those of this one by who asked for them.
+[ -n "${EMULATOR-}" ] ||
+  "$(dirname "$0")/../tools/zxrender/check-digests.sh" "$bin/zxrender" "$out" || [ $? -eq 3 ]

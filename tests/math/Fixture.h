@@ -15,7 +15,7 @@
 #include <hwy/highway.h>
 
 /// Runs `check` once for every instruction set that this processor has, the plain one that any
-/// x86-64 processor has among them, and at the end as the library would choose.
+/// processor has among them, and at the end as the library would choose.
 template <class Check> void AtEveryInstructionSet(Check check) {
   std::vector<int64_t> targets = hwy::SupportedAndGeneratedTargets();
   if (targets.back() != HWY_EMU128) {
@@ -36,7 +36,13 @@ template <class Check> void AtEveryInstructionSet(Check check) {
 }
 
 /// The NaN that the processor itself makes of 0 * infinity.
-inline double DefaultNaN() { return std::bit_cast<double>(0xFFF8000000000000u); }
+inline double DefaultNaN() {
+#if defined(__x86_64__)
+  return std::bit_cast<double>(0xFFF8000000000000u);
+#else // ARM's has no sign
+  return std::bit_cast<double>(0x7FF8000000000000u);
+#endif
+}
 
 /// Holds two arrays against each other bit by bit. With `anyNaN` NaNs with different bits pass:
 /// which of two NaNs an operation hands on is the compiler's choice of operand order.
