@@ -7,6 +7,8 @@
 #   make bench          time the library; make bench-rivals compares it with OSMesa
 #   make fuzz           fuzz each target for FUZZ_SECONDS
 #   make install        install into PREFIX (/usr/local), under DESTDIR if given
+#   make python         build the Python module, install it into a virtual environment, test it
+#   make package        make Debian packages; make test-package tries them in bare roots
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -76,3 +78,23 @@ help:
 
 clean:
 	rm -rf build demo-out
+
+# --- Python and packages
+
+.PHONY: python package test-package
+
+# Builds the Python module, installs it into a virtual environment and tests it there.
+python:
+	scripts/install-packages.sh build python
+	/usr/bin/python3 -m venv --clear --system-site-packages build/venv
+	JOBS=$(JOBS) build/venv/bin/pip install --no-index ./python
+	build/venv/bin/python -m pytest -q -p no:cacheprovider python/tests
+
+# Makes the Debian packages in build/package.
+package:
+	scripts/install-packages.sh build package
+	JOBS=$(JOBS) scripts/make-package.sh build/package
+
+# Builds and tries the packages in bare roots of Debian 12 and 13; needs root and the network.
+test-package:
+	scripts/test-package.sh
