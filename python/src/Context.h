@@ -192,6 +192,7 @@ void BindState(TContextClass& c);
 void BindVertices(TContextClass& c);
 void BindMatrices(TContextClass& c);
 void BindArrays(TContextClass& c);
+void BindBufferObjects(TContextClass& c);
 void BindTextures(TContextClass& c);
 void BindFields(TContextClass& c);
 

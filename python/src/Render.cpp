@@ -110,6 +110,7 @@ void BindContext(TContextClass& c) {
   BindVertices(c);
   BindMatrices(c);
   BindArrays(c);
+  BindBufferObjects(c);
   BindTextures(c);
   BindFields(c);
 }
