@@ -90,8 +90,16 @@ bool TContext::Create(int width, int height, TContext* share) {
   if (share != nullptr) {
     share->CheckIdle("Create");
   }
-  return Watch("Create",
-               [&] { return GL.Create(width, height, share != nullptr ? &share->GL : nullptr); });
+  const bool made = Watch(
+      "Create", [&] { return GL.Create(width, height, share != nullptr ? &share->GL : nullptr); });
+  // A created context begins with the standard pair, whatever was installed before.
+  if (Program.ptr() != nullptr && Program.cast<Zx3D::TProgramCPU*>() != GL.m_Program) {
+    Program = ShaderV = ShaderF = py::object();
+  }
+  if (GL.m_DefaultVertexArray == nullptr && !GL.m_Created) {
+    Arrays.clear(); // it failed for want of memory, and took everything down
+  }
+  return made;
 }
 
 // The surfaces are about to go: what looks at them keeps their pixels.

@@ -78,6 +78,18 @@ def test_a_shader_taken_out_of_its_program_stays_installed(gl, draw):
     assert (gl.GetColorSurface().Data[:, 1] == [0, 0, 0, 255]).all()
 
 
+def test_create_begins_with_the_standard_pair(whole):
+    gl = zx.TRenderCPU()
+    gl.SetProgram(program(None, Tint()))
+    assert gl.Create(4, 4)
+    assert gl.GetProgram().GetShaderV() is not None
+    gc.collect()
+    gl.VertexPointer(whole)
+    gl.EnableClientState(zx.GL_VERTEX_ARRAY)
+    gl.DrawArrays(zx.GL_TRIANGLES, 0, 6)
+    assert (gl.GetColorSurface().Data == 255).all()
+
+
 def test_what_an_installed_shader_knows(gl):
     shader = Tint()
     assert shader.m_Render is None
