@@ -1,6 +1,7 @@
 """Builds the library and the module with CMake and puts both into the package."""
 
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -11,6 +12,7 @@ from setuptools.command.build_ext import build_ext
 
 HERE = Path(__file__).resolve().parent
 ROOT = HERE.parent
+VERSION = re.search(r"project\(ZxCore3D VERSION ([\d.]+)", (ROOT / "CMakeLists.txt").read_text())
 
 
 class CMakeBuild(build_ext):
@@ -18,7 +20,7 @@ class CMakeBuild(build_ext):
         return []
 
     def build_extension(self, ext):
-        build = ROOT / "build" / "wheel"
+        build = ROOT / "build" / "python"
         package = Path(self.get_ext_fullpath(ext.name)).resolve().parent
         jobs = os.environ.get("JOBS") or str(os.cpu_count() or 1)
         subprocess.run(
@@ -37,6 +39,7 @@ class CMakeBuild(build_ext):
 
 
 setup(
+    version=VERSION.group(1),
     packages=["ZxCore3D"],
     package_data={"ZxCore3D": ["*.pyi", "py.typed"]},
     ext_modules=[Extension("ZxCore3D._ZxCore3D", [])],

@@ -3,7 +3,7 @@
 from . import _ZxCore3D
 
 __doc__ = _ZxCore3D.__doc__
-__version__ = "1.0.0"
+__version__ = _ZxCore3D.__version__
 
 globals().update({name: value for name, value in vars(_ZxCore3D).items()
                   if not name.startswith("__")})

@@ -115,6 +115,7 @@ void RaiseGLError(unsigned int code, const char* operation) {
 PYBIND11_MODULE(_ZxCore3D, m) {
   using namespace zxpy;
   m.doc() = kDoc;
+  m.attr("__version__") = ZX_PYTHON_VERSION;
   // Classes and functions tell where they are found: in the package.
   const py::object own = m.attr("__name__");
   m.attr("__name__") = "ZxCore3D";
