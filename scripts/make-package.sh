@@ -27,7 +27,7 @@ else
 fi
 
 cd "$copy"
-DEB_BUILD_OPTIONS="parallel=${JOBS:-$(nproc)} ${DEB_BUILD_OPTIONS-}" dpkg-buildpackage --no-sign --build=binary
+DEB_BUILD_OPTIONS="parallel=${JOBS:-$(nproc)} noautodbgsym ${DEB_BUILD_OPTIONS-}" dpkg-buildpackage --no-sign --build=binary
 lintian --fail-on error --allow-root "$out"/*.changes
 rm -rf "$copy"
 echo "The packages are in $out:"

@@ -150,11 +150,9 @@ void TContext::Destroy() {
   }
   // Textures that only this context uses go with it.
   if (GL.m_Textures != nullptr && GL.m_Textures->RefCount.load() == 1) {
-    for (const auto* list : {&GL.m_Textures->Surfaces, &GL.m_Textures->Retired}) {
-      for (TDataSurface* surface : *list) {
-        if (surface != nullptr) {
-          SaveBlock(surface, false);
-        }
+    for (TDataSurface* surface : GL.m_Textures->Surfaces) {
+      if (surface != nullptr) {
+        SaveBlock(surface, false);
       }
     }
   }
