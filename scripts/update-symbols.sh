@@ -1,21 +1,17 @@
 #!/bin/sh
-# Writes debian/libzxcore3d1.symbols anew from the library package that `make package` left.
+# Writes debian/libzxcore3d1.symbols anew from the built libraries in a directory.
 #
-#   scripts/update-symbols.sh [build/package]
+#   scripts/update-symbols.sh [build/release/lib]
 #
 # Weak symbols are inline functions and templates, which a compiler may or may not emit: optional.
 
 set -eu
 
 tree=$(cd "$(dirname "$0")/.." && pwd)
-packages=${1:-$tree/build/package}
+built=${1:-$tree/build/release/lib}
 out=$tree/debian/libzxcore3d1.symbols
-work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
 
-dpkg-deb -x "$packages"/libzxcore3d1_*.deb "$work/root"
-libraries=$(find "$work/root" -name 'lib*.so.1' | LC_ALL=C sort)
-for library in $libraries; do
+for library in "$built"/lib*.so.1; do
   readelf -d "$library" | sed -n 's/.*SONAME.*\[\(.*\)\]/\1 libzxcore3d1 #MINVER#/p'
   nm -D --defined-only "$library" | LC_ALL=C sort -k 3 |
     awk '$2 != "A" { print ($2 ~ /^[WVuv]$/ ? " (optional)" : " ") $3 "@Base 1.0.0" }'
