@@ -8,6 +8,8 @@
 #   make fuzz           fuzz each target for FUZZ_SECONDS
 #   make install        install into PREFIX (/usr/local), under DESTDIR if given
 #   make docs           one site of all pages and docstrings in DOCS_OUT (build/site)
+#   make python         build the Python module, install it into a virtual environment, test it
+#   make package        make Debian packages; make test-package tries them in bare roots
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -85,3 +87,31 @@ docs:
 	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	cmake --build --preset release -j $(JOBS)
 	docs/site/build.sh build/release $(DOCS_OUT)
+
+# --- Python and packages
+
+.PHONY: python package test-package farm
+
+# Builds the Python module, installs it into a virtual environment and tests it there. Freed memory is
+# overwritten, so that a view of it is found out.
+python:
+	scripts/install-packages.sh build python
+	/usr/bin/python3 -m venv --clear --system-site-packages build/venv
+	JOBS=$(JOBS) build/venv/bin/pip install --no-index ./python
+	MALLOC_PERTURB_=165 build/venv/bin/python -m pytest -q -p no:cacheprovider python/tests
+
+# Makes the Debian packages in build/package.
+package:
+	scripts/install-packages.sh build package
+	JOBS=$(JOBS) scripts/make-package.sh build/package
+
+# Builds and tries the packages in bare roots of Debian 12 and 13; needs root and the network.
+test-package:
+	scripts/test-package.sh
+
+# Draws on a Dask scheduler and workers, one of which is killed on the way.
+farm: python
+	scripts/install-packages.sh farm demo
+	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
+	cmake --build --preset release -j $(JOBS) --target zxrender
+	ZX_RENDER=$(CURDIR)/build/release/bin/zxrender build/venv/bin/python -m pytest -q -p no:cacheprovider python/tests_farm

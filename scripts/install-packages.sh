@@ -3,7 +3,7 @@
 # asks for no rights and no network. Where a package's name differs from one suite to the next, a name
 # stands for the first of its alternatives (one|other) that is installed or that apt knows.
 #
-#   scripts/install-packages.sh build test demo bench rivals fuzz docs qt6 arm64
+#   scripts/install-packages.sh build test demo bench rivals fuzz docs qt6 arm64 python package farm
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -36,8 +36,16 @@ for group in "$@"; do
     docs) packages="$packages doxygen" ;;
     qt6) packages="$packages qt6-base-dev" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev|libclang-rt-19-dev" ;;
+    python)
+      packages="$packages python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev"
+      packages="$packages python3-numpy python3-pytest mypy"
+      ;;
+    package)
+      packages="$packages build-essential debhelper dh-python dpkg-dev lintian pybind11-dev python3-dev"
+      ;;
+    farm) packages="$packages python3-distributed python3-numpy python3-pytest" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, docs, qt6, arm64)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm)" >&2
       exit 2
       ;;
   esac
