@@ -11,7 +11,7 @@
 // The corners of a frustum come from `TFrustum_T::GetCone`.
 
 /// The point common to three planes, by Cramer's rule: `(-a.d (nb x nc) - b.d (nc x na) -
-/// c.d (na x nb)) / (na . (nb x nc))`, summed left to right. For `T` = double.
+/// c.d (na x nb)) / dot(na, nb x nc)`, summed left to right. For `T` = double.
 ///
 /// False, with `out` untouched, when the determinant is exactly 0. There is no tolerance: planes
 /// that are parallel but for rounding give a point far away.
