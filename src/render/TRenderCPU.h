@@ -131,7 +131,7 @@ public:
   };
 
   /// Reads filtered texels from a surface, at coordinates in doubles. Filter, wrap, type and
-  /// component count are settled when they are set, so that sampling is one indirect call.
+  /// component count are chosen when they are set, so that sampling is one indirect call.
   class ZX_CORE3D_API TTexSampler {
   public:
     /// Writes the texel at `st` to `*out`.
@@ -1095,11 +1095,11 @@ private:
   template <class TElementOf>
   int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
   int _ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void _ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes);
+  void _ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
   void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
   const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
   void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
-  void _DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape, bool inside);
+  void _DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
   void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
@@ -1127,7 +1127,7 @@ private:
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void _DrawLine(VAR_DATA* v, TSpanJob* settled);
+  void _DrawLine(VAR_DATA* v, TSpanJob* drawJob);
   void _WalkLine(const TLineWalk& walk);
   bool _ClipWalk(TLineWalk* walk);
   void _ResolveFragment();
@@ -1150,7 +1150,7 @@ private:
   TTextureBinding m_TextureBindings[8];
   std::uint64_t m_TextureChanges = 0; ///< of the table, up to which the bindings are looked after
   TDeferredFragment m_DeferredFragment;
-  TSpanJob* m_DrawJob = nullptr; ///< settled for all triangles of an array draw, while it lasts
+  TSpanJob* m_DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
 };
 
 } // namespace Zx3D

@@ -1,5 +1,5 @@
 // Ordinary drawing raises no invalid operation, no division by zero and no overflow, through the
-// plain walker and at every instruction set: a host that traps them can draw.
+// reference walker and at every instruction set: a host that traps them can draw.
 
 #include <cfenv>
 #include <functional>

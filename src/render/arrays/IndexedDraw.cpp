@@ -16,14 +16,14 @@ std::uint8_t OutsidePlanes(const TVec4& at) {
   return static_cast<std::uint8_t>(planes(at.x) | planes(at.y) << 2 | planes(at.z) << 4);
 }
 
-// Whether the first plane that doesn't have all of a triangle inside has none of it inside: there
-// the clipper drops it as it is.
+// Whether the first plane that cuts or rejects the triangle rejects all of it: the clipper drops it
+// there unchanged.
 bool IsOutside(unsigned int a, unsigned int b, unsigned int c) {
   const unsigned int any = a | b | c;
   return (a & b & c & (any & (0u - any))) != 0;
 }
 
-// The face by the steps of rasterisation in their order.
+// Facing, by the operations of rasterisation in their order.
 bool FacesFront(const TVec4& a, const TVec4& b, const TVec4& c, bool frontCCW) {
   double x[3];
   double y[3];

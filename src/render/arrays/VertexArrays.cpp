@@ -318,8 +318,8 @@ template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long 
 
 } // namespace
 
-// Whether nobody can tell the virtual calls from their being left out: the context is no derived
-// one, the standard vertex shader runs and writes nothing but its record.
+// Whether skipping the virtual calls is unobservable: the context's own class, and the standard
+// vertex shader, which then writes nothing but its record.
 bool TRenderCPU::_MayReplayDirectly() const {
   return GetSpanKernels() != nullptr && typeid(*this) == typeid(TRenderCPU) &&
          m_VertexShader == m_StdVertexShader && m_VertexShader != nullptr &&
@@ -362,8 +362,9 @@ void TRenderCPU::_ReplayDirectly(const TArrayDraw& draw, int count, int done, bo
   }
 }
 
-// Replays the triangles of an indexed draw but the last one, which goes with what comes behind it
-// and leaves current values and records as ever; returns how many vertices that were.
+// Replays all triangles of an indexed draw but the last, which takes the reference path so that
+// current values and scratch records end up as it leaves them. Returns the number of vertices
+// consumed.
 template <class TElementOf>
 int TRenderCPU::_ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
   const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
@@ -404,7 +405,7 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
   if (ownFetches && _MayReplayDirectly()) {
     const TQuietFloats quiet(TQuietFloats::TScope::Draw);
     TSpanJob job;
-    // Whatever a function that a caller put in place may throw, the job does not outlive this call.
+    // A function that a caller installed may throw: the job must not outlive this call.
     const struct TJobScope {
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }

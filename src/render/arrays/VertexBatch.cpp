@@ -78,7 +78,7 @@ struct TBatchDraw {
   bool Fetched = false;    ///< whether `Vectors` are those of the batch
   TVec4 Vectors[3][TVertexBatch::kMost];
 
-  // False for a fetching function that a caller put there, or if positions come from no array.
+  // False for a fetching function that a caller installed, or if positions come from no array.
   bool Take(TRenderCPU* gl, const TArrayDraw& arrays) {
     const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
@@ -152,9 +152,9 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
   }
 }
 
-// Draws a shape that is neither outside nor culled as a whole: its corners are filled in and go on
-// as ever.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, int shape,
+// Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
+// stage.
+void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
                               bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
@@ -164,7 +164,7 @@ void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, 
   switch (corners) {
   case 2:
     if (inside) {
-      _DrawLine(m_VarCur, settled);
+      _DrawLine(m_VarCur, drawJob);
     } else {
       ClipAndRasterizeLine(m_VarCur, 0);
     }
@@ -180,7 +180,7 @@ void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* settled, int corners, 
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners, int shapes) {
+void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
   kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
@@ -214,7 +214,7 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* settled, int corners,
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     leaveCulled(bit - 1);
-    _DrawBatched(draw, settled, corners, shape, (inside & bit) != 0);
+    _DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
   }
   leaveCulled(all);
 }
@@ -257,11 +257,11 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count)
 
 // --- Replay
 
-// Replays the elements of separate shapes from `first` on by batches; returns how many, all but
-// the last shape at most. That one, and what a shape lacks, goes the reference path, so that
-// current values and scratch records are left as ever.
+// Replays the elements of separate shapes from `first` on by batches; returns how many, all but the
+// last shape at most. That one, and an incomplete shape, take the reference path, so that current
+// values and scratch records end up as it leaves them.
 //
-// A shape that draws nothing leaves no record here. The plain way fills one with it, which the next
+// A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
 int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
@@ -291,7 +291,7 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
   if (!draw.Take(this, arrays)) {
     return 0;
   }
-  TSpanJob* const settled = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
+  TSpanJob* const drawJob = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
@@ -299,7 +299,7 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
     if (corners == 1) {
       _ReplayPoints(&draw, job, next);
     } else {
-      _ReplayShapes(&draw, settled, corners, next);
+      _ReplayShapes(&draw, drawJob, corners, next);
     }
     done += next;
   }

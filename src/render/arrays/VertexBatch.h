@@ -26,7 +26,7 @@ struct TPointBatch {
   int Count;
 };
 
-/// What the planes and the face mode make of each shape of a batch, as bits.
+/// How the clip planes and the face mode classify the shapes of a batch: bit s is shape s.
 struct TShapeClasses {
   std::uint64_t Inside;  ///< within all planes
   std::uint64_t Outside; ///< draws nothing: see `ClassifyTriangles`

@@ -27,7 +27,7 @@ struct TFromDouble {
   static double Convert(double v) { return v; }
 };
 
-/// The vector at an address. What the array has not is 0 for y and z and 1 for w.
+/// The vector at an address. Components that the array lacks are 0 for y and z and 1 for w.
 template <class TFrom, int Size> inline vec_t_<double, 4> FetchAt(const unsigned char* from) {
   typename TFrom::TElement v[Size];
   std::memcpy(v, from, sizeof v);

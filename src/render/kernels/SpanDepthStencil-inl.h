@@ -1,6 +1,6 @@
-// Depth and stencil of a run of pixels that stays in the nearest cache: each stage a small loop, so
-// that what is chosen once is not asked for again at every pixel. Included once for each
-// instruction set.
+// Depth and stencil of a run of pixels, small enough to stay in the first-level cache. Each stage
+// is a loop of its own, so that a choice is made once a run and not once a pixel. Included once for
+// each instruction set.
 
 #if defined(ZX_RENDER_SPANDEPTHSTENCIL_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANDEPTHSTENCIL_INL_H_
@@ -45,7 +45,7 @@ HWY_INLINE HWY_ATTR MI MaskOfBits(std::uint64_t bits) {
 }
 
 // Whether a mask can say which lanes of a vector are read and written. Otherwise whole vectors are
-// read, and a group that is none goes by way of copies.
+// read, and a partial group goes through staging copies.
 inline constexpr bool kMaskedAccess = ZX_HAS_MASKED_ACCESS;
 
 template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
@@ -87,7 +87,7 @@ HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, MI mask, T* to) {
   StoreMasked(d, values, hn::RebindMask(d, mask), to);
 }
 
-// t of the pixels of a row from a column on.
+// The parameter t of a group of pixels, from column x on.
 HWY_INLINE HWY_ATTR VD ColumnParameter(const TRow& row, VD x) {
   const DD d;
   return hn::Div(hn::Sub(x, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
@@ -115,7 +115,7 @@ HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, std::uint8_t func, hn::Vec<D> fra
   case GL_GREATER:
     return hn::Gt(fragment, stored);
   case GL_NOTEQUAL:
-    // The library's own Ne is false for a NaN on some levels.
+    // Highway's own Ne is false for a NaN at some levels.
     return hn::Not(hn::Eq(fragment, stored));
   case GL_GEQUAL:
     return hn::Ge(fragment, stored);
@@ -128,19 +128,19 @@ HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, std::uint8_t func, hn::Vec<D> fra
 using DFF = hn::ScalableTag<float>;
 inline constexpr int kFloatLanes = 2 * kLanes;
 
-// What is worked out for a run of pixels before anything is tested.
+// Computed for a run of pixels before any test.
 struct TRunValues {
   HWY_ALIGN double T[kRun + kFloatLanes];
   HWY_ALIGN float Near[kRun + kFloatLanes]; ///< t in single precision
   HWY_ALIGN float Depth[kRun + kFloatLanes];
 };
 
-// The margins of the proof below.
+// The error bounds of the proof below.
 inline constexpr double kDepthMargin = 1.0 / (std::int64_t{1} << 49);
 inline constexpr double kMinDepthBound = 1e-20;
 inline constexpr double kMaxDepthBound = 1e20;
 
-// The depths of a group from a column on, without an offset.
+// The depths of a group from column x on, before the polygon offset.
 HWY_NOINLINE HWY_ATTR VF ExactDepths(const TRow& row, int x) {
   const DD d;
   const VD t = ColumnParameter(row, x);
@@ -201,7 +201,7 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TRow& row, int x, int count, bool ex
   }
 }
 
-// Tests one vector of depths, and writes those that pass. Which did, as bits.
+// Tests one vector of depths and writes those that pass. Returns them as bits.
 template <bool kWrite, class D, class TPass>
 HWY_INLINE HWY_ATTR std::uint64_t TestDepthVector(D d, hn::Vec<D> depth, std::uint64_t live,
                                                   float* stored, const TPass& passes) {
@@ -284,7 +284,7 @@ struct TStencilRun {
   HWY_ALIGN std::uint8_t Values[kRun];
 };
 
-// The bits of a run whose bytes meet a condition.
+// The pixels of a run whose stencil bytes meet a condition, as bits.
 template <class TMeets>
 HWY_INLINE HWY_ATTR std::uint64_t BytesThat(const TStencilRun& run, const TMeets& meets) {
   const DB db;
@@ -356,7 +356,7 @@ HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, std::uint8_t step, VB s
   return hn::Or(hn::And(value, mask), hn::AndNot(mask, stored));
 }
 
-// Takes a step at the pixels of a set.
+// Applies a stencil operation to a set of pixels.
 inline HWY_ATTR void StepStencil(const TSpanJob& job, std::uint8_t step, std::uint64_t pixels,
                                  TStencilRun* run) {
   if (step == kStencilKeep || pixels == 0) {
@@ -407,7 +407,8 @@ inline std::uint64_t SteppedPixels(const TSpanJob& job, std::uint64_t live, std:
          (job.StencilZPass != kStencilKeep ? shaded : 0);
 }
 
-// The steps of those of `live` that fail the stencil test, fail the depth test, and pass both.
+// Applies the three stencil operations: to pixels of `live` that fail the stencil test, that fail
+// the depth test, and that pass both.
 inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint64_t live, std::uint64_t tested,
                                   std::uint64_t shaded, TStencilRun* run, unsigned char* to) {
   const std::uint64_t stepped = SteppedPixels(job, live, tested, shaded);

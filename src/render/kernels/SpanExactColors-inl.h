@@ -106,11 +106,11 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
   }
 }
 
-// The same out of the way of what is common.
+// The exact colours of a group whose rounding test failed, out of line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlots& slots,
                                              const TRow& row, VD t) {
-  // Values that stand between two bytes all along a row would cost both ways.
+  // A row whose values all lie between two bytes would pay for both paths: its budget shrinks.
   --row.Floats->FallbackBudget;
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }

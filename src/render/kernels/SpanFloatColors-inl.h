@@ -1,5 +1,5 @@
-// The colours of a group of pixels in single precision, with proof that the bytes are those of the
-// exact way. Included once for each instruction set.
+// The colours of a group of pixels in single precision, with proof that the bytes are those of
+// double precision. Included once for each instruction set.
 
 #if defined(ZX_RENDER_SPANFLOATCOLORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANFLOATCOLORS_INL_H_
@@ -21,7 +21,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// The values of one component of a slot.
+// One component of a slot at the pixels of a group: delta * t + begin, times q with perspective.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   const DD d;
@@ -29,7 +29,7 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
-// What perspective multiplies by at t: the reciprocal of 1/w.
+// q = 1 / (1/w at t), by which perspective multiplies.
 template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
   const DD d;
   if constexpr (kPerspective) {
@@ -122,7 +122,7 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
   }
 }
 
-// Makes a row ready for single precision; false if it is not for that.
+// Sets up a row for single precision; false if its colours must be computed in double.
 inline HWY_ATTR bool SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     TRowFloats* floats) {
   const int pixels = row.Last - row.First + 1;
@@ -159,7 +159,7 @@ struct TChannels {
   VFF Low, High;
 };
 
-// A value of each pixel, four times.
+// Repeats each pixel's value for its four channels.
 HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
   const DFF d;
   const VFF whole = hn::ZeroExtendVector(d, value);
@@ -200,8 +200,7 @@ HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, con
   return value;
 }
 
-// The bytes of channels from 0 to 255; false if one of them may have another byte than the exact
-// way finds.
+// The bytes of channels in 0 to 255; false if one of them fails the rounding test.
 HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float margin,
                                              VU* packed) {
   const DFF d;
@@ -235,7 +234,7 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
   return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
 }
 
-// What a group of textured pixels has ready for its colours.
+// The inputs of a group's textured colours.
 struct TFetchedTexels {
   VU Nearest;
   TTexelPairs Pairs;
@@ -245,7 +244,7 @@ struct TFetchedTexels {
   HWY_INLINE HWY_ATTR TFetchedTexels() {}
 };
 
-// Works out coordinates and fetches texels; false where only the exact path is sure.
+// Computes coordinates and fetches texels; false where only the exact path will do.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        VD t, TFetchedTexels* ready) {
@@ -283,7 +282,7 @@ HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
                 fv.High)};
 }
 
-// Packed colours of textured pixels; false where only the exact path is sure.
+// Packed colours of textured pixels; false where a rounding test fails.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowFloats& floats, const TFetchedTexels& ready,

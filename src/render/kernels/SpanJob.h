@@ -20,8 +20,8 @@ enum class TTexelSource : std::uint8_t {
   Sampler, ///< any other state: the sampler's own function, pixel by pixel
 };
 
-/// The steps of the triangle drawn many pixels at a time by the standard fragment shader:
-/// everything that its rows and pixels read, settled once for the triangle, and what they leave.
+/// A triangle or line drawn by a kernel: all that its rows and pixels read, set up once for the
+/// primitive, and the result for the fragment record.
 ///
 /// Each pixel's operations are those of the reference walker, one by one and in its order; only
 /// what can be proven to change no bit is left out.
@@ -49,7 +49,7 @@ struct TSpanJob {
   std::uint32_t MaskY;
 
   // --- Colour
-  bool Clamp;              ///< needed: values may lie outside 0 to 1, or be no numbers
+  bool Clamp;              ///< needed: values may lie outside 0 to 1, or be NaN
   std::uint32_t ConstMask; ///< bit i: channel i has the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor;
   bool UsesVertexColor; ///< bytes depend on the interpolated colours, not on the texels alone
@@ -82,7 +82,7 @@ struct TSpanJob {
 
   bool RecordColor; ///< whether `LastColor` is wanted
 
-  // --- Left behind: the fragment record's values where `...Set` says so
+  // --- Result for the fragment record, where `...Set` says so
   bool YSet;
   int Y;
   bool DepthSet;
@@ -107,24 +107,24 @@ enum TStencilStep : std::uint8_t {
 };
 
 /// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of
-/// the greater difference and floor((2 * Minor * i + Length) / (2 * Length)) aside; all of them are
-/// on the surface. t follows from the coordinate of `Axis`, limited to 0 to 1.
+/// the greater difference and floor((2 * Minor * i + Major) / (2 * Major)) along the other; all
+/// of them are on the surface. t follows from the coordinate of `Axis`, limited to 0 to 1.
 struct TLineWalk {
   int Axis;
   int From[2];
   int Step[2];
-  long long Length; ///< the greater difference: at least 1, below 2^22
-  long long Minor;  ///< the smaller one
+  long long Major; ///< the greater difference: at least 1, below 2^22
+  long long Minor; ///< the smaller one
   int First;
   int Last;
 
-  /// How many steps aside pixel i is.
+  /// Steps along the minor axis at pixel i.
   long long MinorStepsAt(long long i) const {
-    return Minor == 0 ? 0 : (2 * Minor * i + Length) / (2 * Length);
+    return Minor == 0 ? 0 : (2 * Minor * i + Major) / (2 * Major);
   }
-  /// The first pixel that is k steps aside, k at least 1; only where `Minor` is not 0.
+  /// The first pixel at minor step k, k at least 1. `Minor` must not be 0.
   long long FirstAtMinorStep(long long k) const {
-    return (2 * Length * k - Length + 2 * Minor - 1) / (2 * Minor);
+    return (2 * Major * k - Major + 2 * Minor - 1) / (2 * Minor);
   }
   void At(int i, int* x, int* y) const {
     const int along = From[Axis] + Step[Axis] * i;
@@ -149,8 +149,8 @@ struct TSpanKernels {
   void (*PackColors)(const double* colors, int count, TPointBatch* out);
 };
 
-/// Those for the processor at hand, or for what `LimitSpanLevel` allows; null for the reference
-/// walker.
+/// The kernels of the processor at hand, within what `LimitSpanLevel` allows; null for the
+/// reference walker.
 const TSpanKernels* GetSpanKernels();
 
 /// \name For tests: the instruction set that spans are drawn with.
@@ -160,7 +160,7 @@ const TSpanKernels* GetSpanKernels();
 /// version 1.1 on.
 inline constexpr const char* kSpanLevels[] = {"SSE2", "SSSE3", "AVX2", "AVX3", "NEON"};
 
-/// The same with the reference walker before them.
+/// The reference walker and all levels.
 inline constexpr const char* kSpanPaths[] = {"reference", "SSE2", "SSSE3", "AVX2", "AVX3", "NEON"};
 
 /// "reference" or one of the levels (AVX3 is AVX-512); null takes the limit away. False, changing

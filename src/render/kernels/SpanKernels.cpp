@@ -30,7 +30,8 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// A routine as it is called: what lanes beyond the last pixel or vertex raise stays within.
+// A routine as it is called: floating point exceptions that lanes past the last pixel or vertex
+// raise do not get out.
 template <auto kRoutine> struct TQuiet;
 template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
   static HWY_ATTR void Call(TArgs... args) {
@@ -39,7 +40,7 @@ template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
   }
 };
 
-// The kernels count on these to agree with each other.
+// The kernels rely on these traits agreeing.
 static_assert(ZX_HAS_ONE_BLOCK == (HWY_LANES(double) == 2));
 static_assert(ZX_HAS_GATHERS == ZX_HAS_MASKED_ACCESS);
 static_assert(ZX_HAS_MASKED_ACCESS || !ZX_HAS_MASK_REGISTERS);
@@ -94,7 +95,7 @@ constexpr TLevel kLevels[] = {
     {"AVX3", ZX_TARGETS_AVX3}, {"NEON", ZX_TARGETS_NEON},
 };
 
-// Those targets in force that kernels are compiled for.
+// The targets in force that have kernels.
 std::int64_t KernelTargets() {
   return hwy::SupportedTargets() & HWY_TARGETS & ~static_cast<std::int64_t>(ZX_TARGETS_PORTABLE);
 }

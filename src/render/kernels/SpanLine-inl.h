@@ -1,5 +1,5 @@
-// The pixels of a line: along rows as rows are drawn, anywhere else by way of copies. Included once
-// for each instruction set.
+// The pixels of a line: runs along a row are drawn as rows are, all others through staging copies.
+// Included once for each instruction set.
 
 #if defined(ZX_RENDER_SPANLINE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANLINE_INL_H_
@@ -20,8 +20,8 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Pixels from `First` to `Last` of a row that a line covers; where it goes to the left, the last in
-// its order is the first in the row.
+// The pixels `First` to `Last` that a line covers in a row. Of a leftward line the last in drawing
+// order is the first in the row.
 struct TLineRun {
   int Y;
   int First;
@@ -43,7 +43,7 @@ inline HWY_ATTR double LineParameter(const TRow& row, int axis, int at) {
   return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
 }
 
-// As columns.
+// The results are columns.
 HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowResult* result) {
   if (!leftward) {
     RecordGroup(group, x, result);
@@ -57,7 +57,7 @@ HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowRes
   }
 }
 
-// A run as a row is drawn.
+// Draws a run as a row is drawn; the results are columns.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
                                              const TRow& row, const TLineRun& run) {
@@ -88,7 +88,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   return result;
 }
 
-// Pixels that lie anywhere: by way of copies, no pixel twice. As numbers of pixels.
+// Draws scattered pixels, no two at one place, through staging copies; the results are numbers of
+// pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
                                                const TRow& row, const TLineWalk& walk) {
@@ -96,15 +97,15 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   const DD d;
   const DI di;
   const int lanes = static_cast<int>(hn::Lanes(d));
-  const VD length = hn::Set(d, static_cast<double>(walk.Length));
-  const VD twice = hn::Set(d, static_cast<double>(2 * walk.Length));
+  const VD length = hn::Set(d, static_cast<double>(walk.Major));
+  const VD twice = hn::Set(d, static_cast<double>(2 * walk.Major));
   const VD aside = hn::Set(d, static_cast<double>(2 * walk.Minor));
   const int other = 1 - walk.Axis;
   TRowResult result = {-1, -1};
   for (int first = walk.First; first <= walk.Last; first += lanes) {
     const int count = walk.Last - first + 1 < lanes ? walk.Last - first + 1 : lanes;
     // The quotient's floor is exact: dividend and divisor are integers below 2^53, and a quotient
-    // below an integer stays below it by 1 / (2 * Length), far more than rounding moves it.
+    // below an integer stays below it by 1 / (2 * Major), far more than rounding moves it.
     const VD i = hn::Iota(d, static_cast<double>(first));
     const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(aside, i), length), twice));
     const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
@@ -128,14 +129,14 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   return result;
 }
 
-// How long the runs of a line are, on average, for which it is drawn by runs.
+// The average length of runs from which on a line is drawn by runs.
 inline constexpr long long kRunLength = 2 * HWY_LANES(double);
 
-// As numbers of pixels.
+// The results are numbers of pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, const TLineWalk& walk) {
-  if (walk.Axis != 0 || walk.Minor * kRunLength > walk.Length) {
+  if (walk.Axis != 0 || walk.Minor * kRunLength > walk.Major) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
   TRowResult result = {-1, -1};

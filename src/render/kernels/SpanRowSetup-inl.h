@@ -1,4 +1,5 @@
-// The rows of a triangle as the span kernels see them. Included once for each instruction set.
+// Row set-up: the ends, interpolants and covered pixels of a vector's worth of rows of a triangle.
+// Included once for each instruction set.
 
 #if defined(ZX_RENDER_SPANROWSETUP_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANROWSETUP_INL_H_
@@ -33,13 +34,13 @@ using VF = hn::Vec<DF>;
 using MD = hn::Mask<DD>;
 using MI = hn::Mask<DI>;
 
-// Slots in the order in which a row keeps them; those that nothing reads are left out at the end.
+// The most slots that a row keeps; slots that nothing reads are left out.
 inline constexpr int kMaxSlots = 4;
 
-// Lanes of a vector of doubles; rows are made as many at a time.
+// Lanes of a vector of doubles; as many rows are set up at a time.
 inline constexpr int kLanes = static_cast<int>(HWY_LANES(double));
 
-// The places of the interpolated slots within a row, in doubles; -1 for those that are left out.
+// Where the interpolated slots stand within a row, in doubles; -1 for those left out.
 struct TRowSlots {
   int Count; ///< slots, the position among them
   int Source[kMaxSlots];
@@ -62,13 +63,13 @@ inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
   return slots;
 }
 
-// The value of each place in one of the rows that were made together.
+// One row's values among those of the rows that were set up together.
 struct TRowComponents {
   const double* At;
   double operator[](int place) const { return At[place * kLanes]; }
 };
 
-// What a row's pixels read to be coloured in single precision: see SpanFloatColors-inl.h.
+// A row's inputs to colours in single precision: see SpanFloatColors-inl.h.
 struct TRowFloats {
   alignas(16) float Begin[4]; ///< of the colour
   alignas(16) float Delta[4];
@@ -90,7 +91,7 @@ struct TRow {
   TRowFloats* Floats; ///< null: the exact path
 };
 
-// Rows that were made together, one a lane.
+// Rows that were set up together, one a lane.
 struct TRows {
   HWY_ALIGN double Begin[4 * kMaxSlots][kLanes];
   HWY_ALIGN double Delta[4 * kMaxSlots][kLanes];
@@ -117,8 +118,8 @@ HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
   return {ends[1 - upward], ends[upward]};
 }
 
-// A triangle as two runs of rows: those that the edge longest in y shares with each of the others,
-// in the order of drawing.
+// A triangle as two ranges of rows: those that the major edge shares with each minor edge, in
+// drawing order.
 struct TRowPlan {
   TRowEdge Long;
   TRowEdge Short[2];
@@ -126,7 +127,7 @@ struct TRowPlan {
   int Count[2];
 };
 
-// Which edge comes out longest is a matter of chance: the choice is made without branches.
+// Which edge is the major one is unpredictable: chosen without branches.
 HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
   const TRowEdge e0 = RowEdgeOf(job, 0, 1);
   const TRowEdge e1 = RowEdgeOf(job, 1, 2);
@@ -159,16 +160,16 @@ HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
   return bits[0];
 }
 
-// Which rows of those made together are crossed by both edges, which of them cover pixels, and how
-// many.
+// Of the rows set up together, as bits: those that both edges cross, those that cover pixels, and
+// those that are not short.
 struct TRowSets {
   unsigned int Crossed;
   unsigned int Covered;
   unsigned int Long; ///< more than is short
 };
 
-// Makes the rows from the one numbered `start` on, in the order of drawing. Those of up to
-// `shortPixels` are not long.
+// Sets up the rows from number `start` on, in drawing order. Rows of more than `shortPixels` pixels
+// count as long.
 HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowPlan& plan, int start, int shortPixels,
                                        TRows* rows) {

@@ -34,7 +34,7 @@ struct TGroupResult {
   unsigned int Shaded;
 };
 
-// What pixels become: blended with what was before, and within the colour mask.
+// The packed colours as written: blended with `before`, and within the colour mask.
 HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
   if (job.Blend) {
     packed = Blended(packed, before);
@@ -117,8 +117,7 @@ struct TLastPixels {
   TLastPixel Shaded;
 };
 
-// What pixels leave: the places of the last ones that got through the stencil test and through all
-// tests; -1 if none did.
+// The last pixels of a row that passed the stencil test and that passed all tests; -1 if none did.
 struct TRowResult {
   int LastDepthTested;
   int LastShaded;
@@ -222,8 +221,8 @@ inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
 
 // --- Rows that are a fill
 
-// The first and the last vector may overlap those between, which lie on whole vectors: a store
-// across two lines of a cache costs two.
+// The vectors between the first and the last are aligned, since a store across two cache lines
+// costs two; the first and the last may overlap them.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void FillRun(D d, T value, T* to, std::size_t count) {
   const std::size_t lanes = hn::Lanes(d);
@@ -242,7 +241,7 @@ HWY_INLINE HWY_ATTR void FillRun(D d, T value, T* to, std::size_t count) {
   hn::StoreU(values, d, to + count - lanes);
 }
 
-// Whether a row has one colour, and one depth where that is written, and no test to pass.
+// Whether a row is a fill: one colour, one depth where it is written, and no test.
 inline HWY_ATTR bool IsFill(const TSpanJob& job, const TRow& row) {
   return job.ConstMask == 15 && job.ColorMask == 15 && !job.Blend && !job.DepthTest &&
          job.Stencil == nullptr && (!job.DepthWrite || row.Delta[2] == 0.0);
@@ -281,15 +280,15 @@ inline HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int x,
 
 // --- Rows
 
-// The colours of a run. If `plain`, t is there in single precision alone.
+// The colours of a run. If `floatT`, t is there in single precision only.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    const TRunPixels& run, bool plain, std::uint64_t shaded,
+                                    const TRunPixels& run, bool floatT, std::uint64_t shaded,
                                     std::uint32_t* color) {
   const DD d;
   const DU du;
   if constexpr (kTexels == TTexelSource::None) {
-    if (plain) {
+    if (floatT) {
       DrawUntexturedColors<kPerspective>(job, slots, row, run, shaded, color);
       return;
     }
@@ -331,14 +330,14 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
     tested &= StencilBits(job, stencil);
   }
-  // Colours by floats need no t but in floats, and those that are the same throughout none at all.
-  const bool plain =
+  // Float colours need t only in float, and constant colours not at all.
+  const bool floatT =
       kTexels == TTexelSource::None && !job.Blend && job.ColorMask == 15 &&
       (job.ConstMask == 15 || (row.Floats != nullptr && row.Floats->FallbackBudget > 0));
   TRunPixels run;
   run.X = x;
   run.Count = count;
-  SetRunValues(row, x, count, !plain, &run.Values);
+  SetRunValues(row, x, count, !floatT, &run.Values);
   std::uint64_t shaded = tested;
   if (job.DepthTest || job.DepthWrite) {
     shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
@@ -354,7 +353,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   }
   result->LastShaded = x + 63 - __builtin_clzll(shaded);
   if (job.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, run, plain, shaded, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, shaded, to.Color);
   }
 }
 

@@ -19,13 +19,13 @@ namespace {
 using TVec4 = vec_t_<double, 4>;
 using TVertices = const TVec4* [3];
 
-// How much the reciprocals of w may differ within a triangle, and how near an integer a byte's
-// value may lie, for rounding to be proven unable to reach it: interpolation loses a few units of
-// the last place, times the ratio, which is far below the margin.
+// Bounds within which rounding provably cannot change a constant byte: the ratio of the 1/w of a
+// triangle, and the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of the
+// last place times that ratio, far below the margin.
 constexpr double kMaxRatio = 65536.0;
 constexpr double kByteMargin = 1e-6;
 
-// --- The settled functions as numbers; -1 for one that a caller put there
+// --- The chosen functions as numbers; -1 for one that a caller installed
 
 template <class TFunction, std::size_t N>
 int IndexOf(const TFunction (&list)[N], TFunction function) {
@@ -97,8 +97,8 @@ bool IsZeroSlot(const TVertices& v, int slot) {
   return (bits & 7) == 7;
 }
 
-// Whether 1/w, which stands in w of slot 0, stays so near that interpolated values stay within a
-// few units of the last place, times kMaxRatio, of what they are between.
+// Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
+// those of the vertices by a few units of the last place times kMaxRatio at most.
 bool HasSteadyW(const TVertices& v) {
   const double a = v[0][0].w;
   const double b = v[1][0].w;
@@ -108,9 +108,9 @@ bool HasSteadyW(const TVertices& v) {
   return least > 1e-100 && most <= least * kMaxRatio && least < 1e100;
 }
 
-// What single precision has to know of the channels: the greatest of |c| at the vertices, twice
-// that where one is negative; 0 if it is too great for that, or 1/w is not within the range where
-// floats lose nothing, or all is too narrow for a group of pixels.
+// The channel bound E of SpanFloatColors-inl.h: the greatest |c| of a channel at the vertices,
+// twice that where one is negative. 0 if single precision is ruled out: a channel too great, 1/w
+// outside the range where floats lose nothing, or a triangle too narrow to gain from it.
 double ChannelBoundOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
   if (job.Perspective && !(v[0][0].w > 1e-15 && v[0][0].w < 1e15 && v[1][0].w > 1e-15 &&
                            v[1][0].w < 1e15 && v[2][0].w > 1e-15 && v[2][0].w < 1e15)) {
@@ -187,8 +187,8 @@ bool IsByteTexture(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
 }
 
-// Within which coordinates only a mask wraps. A linear filter reads one texel further, but a mask
-// brings that one back.
+// The range of texel coordinates that a mask alone wraps. A linear filter reads one texel further,
+// which the mask brings back.
 void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
                      std::uint32_t* mask) {
   if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
@@ -200,7 +200,7 @@ void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
   }
 }
 
-// Tells where texels come from. False for a function that a caller put into the sampler.
+// Finds where texels come from. False for a sampling function that a caller installed.
 bool SetUpTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   using TSampler = TRenderCPU::TTexSampler;
   job->Sampler = const_cast<TSampler*>(&sampler);
@@ -222,8 +222,8 @@ bool SetUpTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
   return true;
 }
 
-// Whether all texels lie in 0 to 1. Where coordinates are no numbers, or too great for their
-// fractions to be numbers, what is mixed between texels is none either.
+// Whether all filtered texels lie in 0 to 1. With coordinates that are NaN, or too great to have a
+// fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TSpanJob& job) {
   if (job.Texels == TTexelSource::Linear) {
     if (job.Perspective && !HasSteadyW(job.Vertex)) {
@@ -243,7 +243,7 @@ bool AreUnitTexels(const TSpanJob& job) {
 
 } // namespace
 
-// --- Settling
+// --- Set-up
 
 bool TRenderCPU::_SetUpTargets(TSpanJob* job) const {
   const TTarget& target = m_Targets.Color;
@@ -297,7 +297,7 @@ bool TRenderCPU::_SetUpDepthStencil(TSpanJob* job) const {
   return func >= 0 && fail >= 0 && zfail >= 0 && zpass >= 0;
 }
 
-// The choices of the standard fragment shader.
+// The inputs of the standard fragment shader: slots, texels, constant channels, whether to clamp.
 bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
   const TVertices& v = job->Vertex;
   const bool front = m_Fragment.FrontFacing;
@@ -354,7 +354,7 @@ bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
   return true;
 }
 
-// What is the same for all primitives of a draw.
+// Set-up that holds for all primitives of a draw.
 bool TRenderCPU::_SetUpDraw(TSpanJob* job) const {
   if (m_FragmentShader == nullptr || m_FragmentShader != m_StdFragmentShader || m_CalcDepth ||
       GetSpanKernels() == nullptr) {
@@ -364,10 +364,10 @@ bool TRenderCPU::_SetUpDraw(TSpanJob* job) const {
   return _SetUpTargets(job) && _SetUpDepthStencil(job);
 }
 
-// What depends on the primitive. `job->Vertex` is set: the slots as they are before perspective
-// prepares them, the position in window coordinates.
+// Set-up of one primitive. `job->Vertex` is set: the slots as they are before perspective prepares
+// them, the position in window coordinates.
 bool TRenderCPU::_SetUpPrimitive(TSpanJob* job) const {
-  // Within this range of the window no step of the rows can overflow or reach a NaN.
+  // Within this range of the window no operation of row set-up can overflow or give a NaN.
   for (const TVec4* const vertex : job->Vertex) {
     if (!(std::fabs(vertex[0].x) < 1e6 && std::fabs(vertex[0].y) < 1e6)) {
       return false;
@@ -438,7 +438,7 @@ void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
   }
 }
 
-// Works out the slots of the last fragment by the plain steps.
+// Computes the slots of the last fragment by the operations of the reference walker.
 void TRenderCPU::_ResolveFragment() {
   TDeferredFragment& pending = m_DeferredFragment;
   if (!pending.Set) {

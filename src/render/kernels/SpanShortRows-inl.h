@@ -1,6 +1,6 @@
-// Rows shorter than a vector, as triangles of a few pixels have them, in the state that most are
-// drawn in: what is asked for row by row elsewhere is settled here once for all. Included once for
-// each instruction set.
+// Short rows, as triangles of a few pixels have them, in the most common state: choices that the
+// other kernels make for each row are made here once for all rows. Included once for each
+// instruction set.
 
 #if defined(ZX_RENDER_SPANSHORTROWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANSHORTROWS_INL_H_
@@ -33,8 +33,8 @@ inline HWY_ATTR bool HasShortRowKernel(const TSpanJob& job, const TRowSlots& slo
          (job.ConstMask == 0 || job.ConstMask == 8);
 }
 
-// Pixels put together from the bytes of their channels; of alpha's nothing is asked if it is the
-// same throughout. Above the first byte there may be nothing; from the others the shift takes it.
+// Packs channel bytes; a constant alpha is not computed. Bits above the first channel's byte must
+// be 0; those above the others' are shifted out.
 template <bool kConstAlpha, class TByteOf>
 HWY_INLINE HWY_ATTR VU ShortPixels(const TSpanJob& job, const TByteOf& byteOf) {
   const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
@@ -43,7 +43,7 @@ HWY_INLINE HWY_ATTR VU ShortPixels(const TSpanJob& job, const TByteOf& byteOf) {
   return hn::Or(rg, hn::Or(b, a));
 }
 
-// The bytes of the channels, alpha among them unless it is the same throughout.
+// Packed colours, operation by operation in double; alpha only if it varies.
 template <bool kPerspective, bool kConstAlpha>
 HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& row, VD t) {
   const VD q = PerspectiveAt<kPerspective>(row, t);
@@ -53,7 +53,7 @@ HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& r
   return ShortPixels<kConstAlpha>(job, byteOf);
 }
 
-// Those of a group's pixels that are nearer than what is stored, which then have their depth.
+// Depth test and write of a group; returns the pixels that pass.
 template <TShortDepth kDepth>
 HWY_INLINE HWY_ATTR MI DrawShortDepths(const TSpanJob& job, const TRow& row, int x, VF depth,
                                        MI live) {
@@ -73,7 +73,7 @@ HWY_INLINE HWY_ATTR void StoreShortColors(const TSpanJob& job, const TRow& row, 
                    reinterpret_cast<std::uint32_t*>(job.Color + row.Y * job.ColorRowStride) + x);
 }
 
-// Draws a group of a row, up to a vector of pixels. Which of them were shaded, as bits.
+// Draws a group of a row, up to a vector of pixels. Returns those that were shaded, as bits.
 template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_INLINE HWY_ATTR unsigned int DrawShortGroup(const TSpanJob& job, int place, const TRow& row,
                                                 int x) {
@@ -95,8 +95,8 @@ HWY_INLINE HWY_ATTR unsigned int DrawShortGroup(const TSpanJob& job, int place, 
 // --- Without a division of doubles a pixel, with the proofs of SpanDepthStencil-inl.h and
 // SpanFloatColors-inl.h
 
-// What that takes, row by row: red, green, blue, alpha and 1/w in single precision, the margins of
-// bytes and depths, and the reciprocal of the row's width.
+// Inputs of each row: red, green, blue, alpha and 1/w in float, the margins of bytes and depths,
+// and the reciprocal of the row's width.
 struct TFloatRows {
   static constexpr int kW = 4;
 
@@ -107,7 +107,7 @@ struct TFloatRows {
   HWY_ALIGN double DepthMargin[kLanes];
 };
 
-// A margin that nothing is sure with.
+// A margin so large that every pixel takes the exact path.
 HWY_INLINE HWY_ATTR VD Unsure(hn::Mask<DD> unsure, VD margin) {
   return hn::IfThenElse(unsure, hn::Set(DD(), 1e30), margin);
 }
@@ -145,8 +145,7 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
   hn::Store(Unsure(extreme, hn::Mul(reach, hn::Set(d, kDepthMargin))), d, near->DepthMargin);
 }
 
-// The bytes of the channels; `sure` loses the pixels for which they may not be those of the exact
-// way.
+// Packed colours in float; `sure` loses the pixels whose rounding test fails.
 template <bool kPerspective, bool kConstAlpha>
 HWY_INLINE HWY_ATTR VU FloatColors(const TSpanJob& job, const TFloatRows& near, int lane, VF t,
                                    MI* sure) {
@@ -172,7 +171,8 @@ HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const 
   return ShortColors<kPerspective, kConstAlpha>(job, place, row, ColumnParameter(row, x));
 }
 
-// As DrawShortGroup.
+// Draws a group of a row in float where the rounding tests allow. Returns the pixels that were
+// shaded, as bits.
 template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_INLINE HWY_ATTR unsigned int DrawFloatGroup(const TSpanJob& job, int place, const TRow& row,
                                                 const TFloatRows& near, int lane, int x) {
@@ -206,11 +206,11 @@ HWY_INLINE HWY_ATTR unsigned int DrawFloatGroup(const TSpanJob& job, int place, 
 
 // --- Rows
 
-// Up to here rows are short: what is settled for a long one costs more than it saves.
+// Rows of at most this many pixels are short: set-up for long ones costs more than it saves.
 inline constexpr int kShortPixels = 8;
 inline constexpr int kFloatRowPixels = 24;
 
-// Draws rows that were made together, and all are short.
+// Draws rows that were set up together, all of them short.
 template <bool kFloat, bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, unsigned int covered, int start,
@@ -259,8 +259,7 @@ inline constexpr TDrawShortRows kShortRowKernelsByDepth[3] = {
     DrawShortRows<kFloat, kPerspective, kConstAlpha, TShortDepth::LessOrEqual>,
 };
 
-// By whether single precision will do, perspective, and whether alpha is the same throughout; then
-// by depth.
+// By float colours, perspective and constant alpha; then by the depth test.
 inline constexpr const TDrawShortRows* kShortRowKernels[2][2][2] = {
     {{kShortRowKernelsByDepth<false, false, false>, kShortRowKernelsByDepth<false, false, true>},
      {kShortRowKernelsByDepth<false, true, false>, kShortRowKernelsByDepth<false, true, true>}},

@@ -1,4 +1,4 @@
-// Texels for the span kernels, many at a time, with the indices and the bits of the texture
+// Texels for the span kernels, a group at a time, with the indices and the bits of the texture
 // sampler. Included once for each instruction set.
 
 #if defined(ZX_RENDER_SPANTEXELS_INL_H_) == defined(HWY_TARGET_TOGGLE)
@@ -30,7 +30,7 @@ HWY_INLINE HWY_ATTR bool FitsIndex(VD v) {
   return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, 2147483000.0)));
 }
 
-// Truncation, one less for what is negative.
+// The sampler's index: truncation, less one for a negative value.
 HWY_INLINE HWY_ATTR VI FlooredIndex(VD v, VD signOf) {
   const DD d;
   const DI di;
@@ -40,8 +40,8 @@ HWY_INLINE HWY_ATTR VI FlooredIndex(VD v, VD signOf) {
   return hn::Add(truncated, hn::DemoteTo(di, below));
 }
 
-// Indices by the wrap mode; `outside` collects those that a border mode finds out of range. They
-// become 0, so that something can be read.
+// Indices by the wrap mode; `outside` collects those that a border mode finds out of range. Their
+// indices become 0, so that the gather stays inside the block.
 HWY_INLINE HWY_ATTR VI WrapIndex(VI i, std::uint32_t mode, std::int32_t n, MI* outside) {
   const DI di;
   const DD d;
@@ -168,7 +168,7 @@ HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s
 
 // --- Linear
 
-// Where the four texels of each pixel stand, and how they are mixed.
+// The indices of each pixel's four texels, and the fractions that mix them.
 struct TLinearPlaces {
   VI X0, X1, Y0, Y1;
   VD FractionU, FractionV;
@@ -252,7 +252,7 @@ struct TTexelPairs {
   HWY_INLINE HWY_ATTR TTexelPairs() {}
 };
 
-// Any texels within the texture. False where an index does not fit or a border shows.
+// Texels by the general wrap. False where an index does not fit or a border shows.
 HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
                                                VU* texels) {
   MI outside = hn::MaskFromVec(hn::Zero(DI()));
@@ -299,7 +299,7 @@ HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
                      hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
 }
 
-// Texels at coordinates that are not below 0, where only a mask wraps; false if there are others.
+// Texels in the range that a mask alone wraps; false if a coordinate lies outside it.
 HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
   const DD d;
   const TRenderCPU::TTexSampler& sampler = *job.Sampler;
@@ -317,7 +317,7 @@ HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU
   return true;
 }
 
-// The same for four texels, when the two of each row are neighbours: they come in one load.
+// The same for four texels where the two of each row are neighbours, fetched in one load.
 HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
   const DD d;
   const DU64 du64;

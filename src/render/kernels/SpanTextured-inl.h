@@ -1,6 +1,5 @@
-// The colours of a run of textured pixels, in stages: divisions, then texels and bytes. One upon
-// the other they would take longer than a processor looks ahead. Included once for each instruction
-// set.
+// The colours of a run of textured pixels, in stages: divisions, then texels and bytes. Fused, the
+// dependency chain would exceed the out-of-order window. Included once for each instruction set.
 
 #if defined(ZX_RENDER_SPANTEXTURED_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANTEXTURED_INL_H_
@@ -20,8 +19,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// The packed colours of a run of `count` pixels, for whole vectors, of those groups that have one
-// in `shaded`.
+// The packed colours of a run, in whole vectors: those of each group that has a pixel in `shaded`.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& slots,
                                         const TRow& row, int count, std::uint64_t shaded,

@@ -17,7 +17,7 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Draws rows that were made together.
+// Draws rows that were set up together.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     unsigned int covered, int start, TLastPixels* last) {
@@ -47,7 +47,7 @@ inline constexpr TDrawRows kRowKernelsOf[2][2] = {
     {DrawRows<kTexels, true, false>, DrawRows<kTexels, true, true>},
 };
 
-// By where texels come from; then by perspective and by the stencil test.
+// By texel source; then by perspective and by the stencil test.
 inline constexpr const TDrawRows (*kRowKernels[4])[2] = {
     kRowKernelsOf<TTexelSource::None>,
     kRowKernelsOf<TTexelSource::Nearest>,
@@ -59,7 +59,7 @@ inline HWY_ATTR double RowParameter(const TRow& row, int x) {
   return (x - row.Begin[0]) / row.Delta[0];
 }
 
-// Leaves what the fragment record is to hold; rows that were replaced since are made again.
+// Stores the result for the fragment record. Rows that were replaced meanwhile are set up again.
 inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
                                       const TLastPixels& last, int made, TRows* rows) {
   const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {

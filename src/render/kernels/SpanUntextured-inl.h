@@ -28,8 +28,8 @@ HWY_INLINE HWY_ATTR hn::Mask<DFU> FloatMaskOfBits(std::uint64_t bits) {
   return hn::LoadMaskBits(DFU(), bytes);
 }
 
-// The bytes of a channel, below bits that the shift of any channel but the first moves out; `sure`
-// loses the pixels for which they may not be those of the exact path.
+// The bytes of a channel, in the low bits; the shift of any channel but the first drops what stands
+// above. `sure` loses the pixels whose rounding test fails.
 template <class D, class TMask>
 HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
 ByteByRoundingTest(D d, hn::Vec<D> value, bool clamp, hn::Vec<D> margin, TMask* sure) {
@@ -45,7 +45,8 @@ ByteByRoundingTest(D d, hn::Vec<D> value, bool clamp, hn::Vec<D> margin, TMask* 
   return hn::BitCast(du, low);
 }
 
-// Packed colours of two groups at t; those in `live` exist. The pixels that need the exact path.
+// Packed colours of two groups at t, of which the pixels in `live` exist. Returns those whose
+// rounding test failed.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR hn::Mask<DFU> UntexturedBytesPair(const TSpanJob& job, const TRowSlots& slots,
                                                       const TRowFloats& floats, VFF t, MFF live,
@@ -84,7 +85,7 @@ struct TRunPixels {
   TRunValues Values;
 };
 
-// Two groups from column x on, of which those that have an unsure pixel get their exact colours.
+// Recomputes, of two groups from column x on, those that have a pixel in `unsure`.
 template <bool kPerspective>
 HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots& slots,
                                             const TRow& row, int x, hn::Mask<DFU> unsure,

@@ -45,7 +45,7 @@ inline HWY_ATTR void TransformBatch(const double* matrix, int count, TVertexBatc
   }
 }
 
-// The planes as the clipper meets them, for a shape with kCorners corners.
+// The clip planes in the clipper's order, for a shape of kCorners corners.
 template <int kCorners> struct TPlaneWalk {
   MD Decided; ///< a plane before this one cuts the shape or takes it out
   MD Outside;
@@ -62,8 +62,8 @@ template <int kCorners> struct TPlaneWalk {
   }
 };
 
-// A shape is outside, here, if the first plane that doesn't have all of it inside has none of it
-// inside: the planes before that pass it unchanged, and there the clipper drops it. One that an
+// A shape is outside, here, if the first plane that does not have all of it inside has all of it
+// outside: the planes before that pass it unchanged, and there the clipper drops it. One that an
 // earlier plane cuts is left to the clipper even if all of it lies behind a later plane: rounding
 // could move a new corner across that plane.
 template <int kCorners>
@@ -105,7 +105,7 @@ HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3],
   return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
 }
 
-// Triangles with their corners at three columns of a batch, the first `count` shapes.
+// Classifies the first `count` triangles, whose corners are three columns of the batch.
 inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&corners)[3],
                                        int count, const TCulling& culling, TShapeClasses* out) {
   const int lanes = static_cast<int>(hn::Lanes(DD()));
@@ -141,8 +141,8 @@ inline HWY_ATTR void ClassifyLines(const TVertexBatch& batch, int count, TShapeC
 
 // --- Points
 
-// The pixels and depths of points in clip space, by the steps of the reference path in their order.
-// The comparisons are those of its test: one with a NaN takes no point out before the window does.
+// The pixels and depths of points in clip space, by the operations of the reference path in their
+// order. The comparisons are its own too: a NaN passes the planes and is rejected at the window.
 inline HWY_ATTR void ProjectPoints(const TVertexBatch& batch, int count, int width, int height,
                                    TPointBatch* out) {
   const DD d;

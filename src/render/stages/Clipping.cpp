@@ -28,7 +28,7 @@ bool AreInside(const VAR_DATA* v) {
   return inside != 0;
 }
 
-// Where the way from `outside` to `inside` crosses the plane, as a part of it.
+// Parameter, 0 to 1, at which the segment from `outside` to `inside` meets the plane.
 double Crossing(const VAR_DATA& outside, const VAR_DATA& inside, int plane) {
   const auto axis = static_cast<std::size_t>(plane / 2);
   const vec_t_<double, 4>& o = outside.Slots[0];

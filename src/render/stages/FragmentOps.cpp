@@ -47,7 +47,7 @@ bool NotEqualM_1u8(TByte ref, TByte value, TByte mask) { return ((ref ^ value) &
 bool GequalM_1u8(TByte ref, TByte value, TByte mask) { return (ref & mask) >= (value & mask); }
 bool AlwaysM_1u8(TByte, TByte, TByte) { return true; }
 
-// What lies under the mask comes from `value`, the rest stays.
+// Bits under the mask come from `value`; the others stay.
 static void StoreMasked(TByte* s, int value, TByte mask) {
   *s = static_cast<TByte>((value & mask) | (*s & ~mask));
 }

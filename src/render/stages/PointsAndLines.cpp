@@ -12,8 +12,7 @@
 
 namespace Zx3D {
 
-// What follows the shader in all three fragment paths but the spans': late depth, depth, stencil
-// and colour.
+// What follows the shader for points and lines: late depth test, depth, stencil and colour write.
 void TRenderCPU::_FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil) {
   if (m_CalcDepth && !_PassesDepth(depth, m_Fragment.Depth, stencil)) {
     return;
@@ -70,8 +69,8 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   _FinishPixel(x, y, depth, stencil);
 }
 
-// Points of a batch in their order, each behind all that the one before it left: two may fall on
-// one pixel. They lie anywhere, so that their pixels are asked for before the first is drawn.
+// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
+// are prefetched before the first is drawn.
 void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
                              const vec_t_<double, 4>* colors) {
   struct TPoint {
@@ -206,8 +205,8 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   _DrawLine(v, _SetUpDraw(&job) ? &job : nullptr);
 }
 
-// `settled` holds for the draw, or is null if pixels are to go one by one.
-void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
+// `drawJob` holds for the draw; null sends the line to the reference walk.
+void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
   _ResolveFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
@@ -215,14 +214,14 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
     const double h = r * 0.5;
     at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
   }
-  // The job is settled by the slots as they are before perspective prepares them.
-  bool many = settled != nullptr;
+  // Set-up reads the slots before perspective divides them.
+  bool many = drawJob != nullptr;
   if (many) {
-    settled->Vertex[0] = v[0].Slots;
-    settled->Vertex[1] = v[1].Slots;
-    settled->Vertex[2] = v[1].Slots;
-    settled->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
-    many = _SetUpPrimitive(settled);
+    drawJob->Vertex[0] = v[0].Slots;
+    drawJob->Vertex[1] = v[1].Slots;
+    drawJob->Vertex[2] = v[1].Slots;
+    drawJob->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
+    many = _SetUpPrimitive(drawJob);
   }
   if (m_PerspectiveHint != GL_FASTEST) {
     _ScaleSlots(&v[0], v[0].Slots[0].w);
@@ -251,28 +250,28 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* settled) {
     walk.From[i] = end[0][i];
     walk.Step[i] = SignOf(delta[i]);
   }
-  walk.Length = std::abs(delta[walk.Axis]);
+  walk.Major = std::abs(delta[walk.Axis]);
   walk.Minor = std::abs(delta[1 - walk.Axis]);
   if (!many) {
     _WalkLine(walk);
   } else if (_ClipWalk(&walk)) {
-    _RunLineJob(settled, walk);
-    if (settled->ColorSet) {
-      _InterpolateFragment(m_Span, settled->LastT);
+    _RunLineJob(drawJob, walk);
+    if (drawJob->ColorSet) {
+      _InterpolateFragment(m_Span, drawJob->LastT);
     }
   }
 }
 
-// The plain walk. The error starts at minus the length, so that the first step aside falls where
-// the sum first reaches 0.
+// The reference walk. The error starts at minus the length, so that the first minor step falls
+// where the sum first reaches 0.
 void TRenderCPU::_WalkLine(const TLineWalk& walk) {
   const int major = walk.Axis;
   const int minor = 1 - major;
   const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
   const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
-  long long error = -walk.Length;
+  long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
-  for (long long i = 0; i < walk.Length; ++i) {
+  for (long long i = 0; i < walk.Major; ++i) {
     if (_IsLinePixel(at[0], at[1])) {
       double t = (at[major] - begin) / way;
       t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
@@ -281,18 +280,18 @@ void TRenderCPU::_WalkLine(const TLineWalk& walk) {
     at[major] += walk.Step[major];
     error += 2 * walk.Minor;
     if (error >= 0) {
-      error -= 2 * walk.Length;
+      error -= 2 * walk.Major;
       at[minor] += walk.Step[minor];
     }
   }
 }
 
-// Finds the pixels of a line that are to be drawn: those on the surface, which follow each other,
-// but for the first if it was the last one drawn before. False if there are none. The others can't
-// be what was drawn last: each pixel lies behind another one.
+// Clips the walk to the pixels on the surface, which are consecutive, without the first if it was
+// drawn last. False if none is left. No other pixel can be the one drawn last, since each follows
+// another.
 bool TRenderCPU::_ClipWalk(TLineWalk* walk) {
   walk->First = 0;
-  walk->Last = static_cast<int>(walk->Length) - 1;
+  walk->Last = static_cast<int>(walk->Major) - 1;
   int x = 0;
   int y = 0;
   const auto isOn = [&](int i) {

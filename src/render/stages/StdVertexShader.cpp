@@ -283,7 +283,7 @@ TVec4 ClipPosition(const TRenderCPU& gl, const TVec4& vertex) {
 
 void TStdVertexShaderCPU::Execute(TRenderCPU::VAR_DATA* v) { ShadeVertex(m_Render, v, nullptr); }
 
-void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled) {
+void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms) {
   TRenderCPU& gl = *render;
   const TVec4& at = gl.m_CurVertex;
   v->Slots[0] = ClipPosition(gl, at);
@@ -338,10 +338,10 @@ void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTer
 
   for (int k = 0; k < gl.m_EnabledLightCount; ++k) {
     TLightTerms fresh;
-    if (settled == nullptr) {
+    if (drawTerms == nullptr) {
       fresh = TermsOf(gl, gl.m_Lights[gl.m_EnabledLights[k]]);
     }
-    const TLightTerms& terms = settled != nullptr ? settled->Lights[k] : fresh;
+    const TLightTerms& terms = drawTerms != nullptr ? drawTerms->Lights[k] : fresh;
     const TLight& light = *terms.Light;
     if (light.Position.w == 0.0) {
       vertex.AddDirectional(terms);

@@ -87,14 +87,14 @@ void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
 
 // --- The modes
 
-// By its numbers: a vertex put together in memory and copied in pairs would wait for its own
-// stores, and those for all that pixels left to store.
+// Components by value: rebuilding the vertex in memory would stall on store forwarding, behind all
+// stores of pixels.
 void TRenderCPU::_Submit(double x, double y, double z, double w) {
   m_CurVertex = {x, y, z, w};
   (this->*m_VertexHandler)();
 }
 
-// The start that all modes share: the next record of the primitive is filled.
+// The start of every mode: fills the next record of the primitive.
 void TRenderCPU::_ShadeVertex() {
   m_VertexShader->Execute(&m_VarCur[m_Pending]);
   ++m_VertexIndex;
@@ -151,7 +151,7 @@ void TRenderCPU::_AssembleTriangleStrip() {
     return;
   }
   if (m_VertexIndex >= 3) {
-    // The two vertices before this one go where they keep the winding of the strip.
+    // The two vertices before this one are placed so that the strip keeps its winding.
     const int parity = m_VertexIndex & 1;
     const int previous = m1m3[m_StripIndex];
     CopyVar(m_VarCur[parity ^ 1], m_VarSaved[previous]);

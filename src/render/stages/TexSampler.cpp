@@ -15,7 +15,7 @@ namespace {
 
 // --- Indices
 
-// Truncation, one less for what is negative: cheap, and one below the floor for a negative integer.
+// Truncation, less one for a negative value: cheap, and one below the floor for a negative integer.
 std::int32_t Fl(double u) {
   const std::int32_t i = TruncI32(u);
   return u < 0.0 ? WrapAdd(i, -1) : i;

@@ -39,7 +39,7 @@ void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
   }
 }
 
-// Multiplies the slots behind the position by r, for interpolation with perspective.
+// Multiplies all slots but the position by r, for perspective-correct interpolation.
 void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
   for (int i = 1; i < m_VarCount; ++i) {
     vec_t_<double, 4>& slot = v->Slots[i];
@@ -49,7 +49,7 @@ void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
 
 // --- Set-up
 
-// Whether the face mode takes the piece out.
+// Whether the face mode culls a piece.
 bool TRenderCPU::_IsCulled(bool front) const {
   if (!m_CullFaceEnabled) {
     return false;
@@ -66,8 +66,8 @@ bool TRenderCPU::_IsCulled(bool front) const {
   }
 }
 
-// Divides by w, which becomes its reciprocal. Whole slots are stored: the next stage loads them in
-// pairs, which must not wait for a store of one number.
+// Divides by w, which becomes 1/w. Whole slots are stored: the next stage loads pairs, which
+// narrower stores could not be forwarded to.
 static void DivideByW(vec_t_<double, 4>* at) {
   const double r = 1.0 / at->w;
   *at = {at->x * r, at->y * r, at->z, r};
@@ -97,9 +97,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p1);
   toWindow(&p2);
   if (_RefreshState()) {
-    m_DrawJob = nullptr; // it was settled for what is no more
+    m_DrawJob = nullptr; // its targets are no more
   }
-  // The job is settled by the slots as they are before perspective prepares them.
+  // Set-up reads the slots before perspective divides them.
   TSpanJob own;
   TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
   for (int i = 0; i < 3; ++i) {
@@ -131,7 +131,7 @@ void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
   }
 }
 
-// The plain way: row by row and pixel by pixel.
+// The reference path: row by row and pixel by pixel.
 void TRenderCPU::_DrawEdges(VAR_DATA* v) {
   _ResolveFragment();
   int longest = 0;

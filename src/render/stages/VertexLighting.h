@@ -4,8 +4,8 @@
 
 namespace Zx3D {
 
-/// What a light and the materials of both faces, front first, make of each other. The products are
-/// those that lighting begins with, so that it is all the same when they are worked out.
+/// Products of a light with the materials of both faces, front first. Lighting starts with these
+/// very products, so computing them once changes no bit.
 struct TLightTerms {
   const TRenderCPU::TLight* Light;
   vec_t_<double, 4> Ambient[2];
@@ -26,8 +26,8 @@ void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out);
 /// The clip position that the standard vertex shader gives a vertex.
 vec_t_<double, 4> ClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& vertex);
 
-/// The standard vertex shader on the current values. `settled` is null where state may have changed
-/// since the vertex before.
-void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* settled);
+/// The standard vertex shader on the current values. `drawTerms` is null where state may have
+/// changed since the vertex before.
+void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms);
 
 } // namespace Zx3D

@@ -133,7 +133,7 @@ void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
 
 // Looks after what other contexts of the table did to the textures that are bound here. Samplers
 // are touched only where the texture is gone or has another shape, so that a surface or a function
-// that a caller put there stays. True if anything in the table changed.
+// that a caller installed stays. True if anything in the table changed.
 bool TRenderCPU::_RefreshTextures() {
   if (m_Textures == nullptr) {
     return false;
