@@ -157,7 +157,7 @@ TEST(TMatrixD, SetIdentity) {
 TEST(TMatrixD, ElementwiseOperations) {
   TMatrixD m = Make(2, 2, {-1, -0.0, 2, DefaultNaN()}), res(2, 2);
   EXPECT_TRUE(abs(m, res));
-  ExpectValues(res, {1, 0, 2, -DefaultNaN()});
+  ExpectValues(res, {1, 0, 2, std::fabs(DefaultNaN())});
   EXPECT_FALSE(std::signbit(res.Data[3]));
   TMatrixD wrong = Make(4, 1, {9, 9, 9, 9});
   EXPECT_FALSE(abs(m, wrong));
