@@ -3,6 +3,7 @@
 #
 #   make, make demo     draw real models into demo-out/ and an index.html that shows them
 #   make test           build and test, plain and under the sanitizers
+#   make check          check the source text: format, words, headers, linters, both compilers' warnings
 #   make test-arm64     the same for arm64 under qemu, and that both compute the same bits
 #   make bench          time the library; make bench-rivals compares it with OSMesa
 #   make fuzz           fuzz each target for FUZZ_SECONDS
@@ -16,9 +17,10 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 DEMO_OUT ?= demo-out
 FUZZ_SECONDS ?= 60
+WARNINGS_AS_ERRORS ?= OFF
 
 .DEFAULT_GOAL := demo
-.PHONY: demo test test-arm64 bench bench-rivals fuzz install clean help
+.PHONY: demo test check test-arm64 bench bench-rivals fuzz install clean help
 
 demo:
 	@scripts/announce.sh "build demo" "build the library and zxrender in build/release" \
@@ -32,12 +34,18 @@ test:
 	@scripts/announce.sh "build test demo" "build and test in build/release" \
 	  "build and test once more under the sanitizers, in build/asan"
 	scripts/install-packages.sh build test demo
-	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
+	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON -DZX_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
 	cmake --build --preset release -j $(JOBS)
 	ctest --preset release -j $(JOBS)
 	cmake --preset asan -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
 	cmake --build --preset asan -j $(JOBS)
 	ctest --preset asan -j $(JOBS)
+
+check:
+	@scripts/announce.sh "build check" "check the source text, with clang-format, clang-tidy and clang of version 14 where the system has them"
+	scripts/install-packages.sh build check
+	cmake -S . -B build/check -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
+	JOBS=$(JOBS) scripts/check.sh
 
 test-arm64:
 	@scripts/announce.sh "build test demo arm64" "build for this machine in build/release and for arm64 in build/arm64" \

@@ -37,7 +37,11 @@ if(ZX_BUILD_FUZZ)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+option(ZX_WARNINGS_AS_ERRORS "Warnings of the libraries and tools end the build" OFF)
 set(ZX_WARNINGS -Wall -Wextra -Wconversion)
+if(ZX_WARNINGS_AS_ERRORS)
+  list(APPEND ZX_WARNINGS -Werror)
+endif()
 
 # One include root for the build that looks like the installed one: <ZxCore3D/group/Name.h>.
 set(ZX_INCLUDE_ROOT "${PROJECT_BINARY_DIR}/include")

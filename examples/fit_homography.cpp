@@ -22,9 +22,9 @@ namespace {
 
 using TPoint = vec_t_<double, 2>;
 
-constexpr int s_size = 480;        ///< of the straight picture, and the height of the own photo
-constexpr int s_photoWidth = 640;  ///< of the own photo
-constexpr double s_posterHalf = 1; ///< the own plane spans -1 to 1 both ways
+constexpr int kSize = 480;        ///< of the straight picture, and the height of the own photo
+constexpr int kPhotoWidth = 640;  ///< of the own photo
+constexpr double kPosterHalf = 1; ///< the own plane spans -1 to 1 both ways
 
 // --- The photo
 
@@ -87,15 +87,15 @@ void TakePhoto(Zx3D::TRenderCPU& gl, std::vector<TPoint>* places, std::vector<TP
   gl.TexWrap2D(GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE);
   gl.Enable(GL_TEXTURE_2D);
   gl.Begin(GL_QUADS);
-  gl.TexCoord2d(0, 0), gl.Vertex2d(-s_posterHalf, -s_posterHalf);
-  gl.TexCoord2d(1, 0), gl.Vertex2d(s_posterHalf, -s_posterHalf);
-  gl.TexCoord2d(1, 1), gl.Vertex2d(s_posterHalf, s_posterHalf);
-  gl.TexCoord2d(0, 1), gl.Vertex2d(-s_posterHalf, s_posterHalf);
+  gl.TexCoord2d(0, 0), gl.Vertex2d(-kPosterHalf, -kPosterHalf);
+  gl.TexCoord2d(1, 0), gl.Vertex2d(kPosterHalf, -kPosterHalf);
+  gl.TexCoord2d(1, 1), gl.Vertex2d(kPosterHalf, kPosterHalf);
+  gl.TexCoord2d(0, 1), gl.Vertex2d(-kPosterHalf, kPosterHalf);
   gl.End();
   gl.Disable(GL_TEXTURE_2D);
 
   for (int i = 0; i < 9; ++i) {
-    const TPoint place = {(i % 3 - 1) * s_posterHalf, (i / 3 - 1) * s_posterHalf};
+    const TPoint place = {(i % 3 - 1) * kPosterHalf, (i / 3 - 1) * kPosterHalf};
     const TPoint pixel = Seen(gl, place);
     places->push_back(place);
     pixels->push_back({std::floor(pixel.x) + 0.5, std::floor(pixel.y) + 0.5});
@@ -148,12 +148,12 @@ bool Straighten(DATASURFACE* photo, const TUnits& units, const MAT3<double>& map
   Zx3D::TRenderCPU::TTexSampler sampler;
   if (!sampler.SetSurface(photo) || !sampler.SetFilter(GL_LINEAR, GL_LINEAR) ||
       !sampler.SetWrap(GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE) ||
-      !out->Create(s_size, s_size, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4)) {
+      !out->Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4)) {
     return false;
   }
-  for (int y = 0; y < s_size; ++y) {
-    for (int x = 0; x < s_size; ++x) {
-      const TPoint place = {2 * (x + 0.5) / s_size - 1, 2 * (y + 0.5) / s_size - 1};
+  for (int y = 0; y < kSize; ++y) {
+    for (int x = 0; x < kSize; ++x) {
+      const TPoint place = {2 * (x + 0.5) / kSize - 1, 2 * (y + 0.5) / kSize - 1};
       const TPoint pixel = units.ToPixel(Mapped(map, place));
       vec_t_<double, 3> color = {0, 0, 0};
       sampler.GetValue(TPoint{pixel.x / photo->Width, pixel.y / photo->Height}, &color);
@@ -184,7 +184,7 @@ bool Demonstrate(const char* name) {
   std::vector<TPoint> places, pixels;
   MAT3<double> map;
   TDataSurface straight;
-  if (!camera.Create(s_photoWidth, s_size, nullptr)) {
+  if (!camera.Create(kPhotoWidth, kSize, nullptr)) {
     return false;
   }
   TakePhoto(camera, &places, &pixels);
@@ -195,15 +195,15 @@ bool Demonstrate(const char* name) {
   }
   // Both side by side, the measured points marked.
   Zx3D::TRenderCPU sheet;
-  if (!sheet.Create(s_photoWidth + 20 + s_size, s_size, nullptr)) {
+  if (!sheet.Create(kPhotoWidth + 20 + kSize, kSize, nullptr)) {
     return false;
   }
   sheet.ClearColor(1.0f, 1.0f, 1.0f, 1.0f);
   sheet.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   sheet.WindowPos2i(0, 0);
-  sheet.DrawPixels(s_photoWidth, s_size, GL_RGBA, GL_UNSIGNED_BYTE, photo->Data);
-  sheet.WindowPos2i(s_photoWidth + 20, 0);
-  sheet.DrawPixels(s_size, s_size, GL_RGBA, GL_UNSIGNED_BYTE, straight.Data);
+  sheet.DrawPixels(kPhotoWidth, kSize, GL_RGBA, GL_UNSIGNED_BYTE, photo->Data);
+  sheet.WindowPos2i(kPhotoWidth + 20, 0);
+  sheet.DrawPixels(kSize, kSize, GL_RGBA, GL_UNSIGNED_BYTE, straight.Data);
   sheet.MatrixMode(GL_PROJECTION);
   sheet.LoadIdentity();
   sheet.Ortho(0, sheet.m_Width, 0, sheet.m_Height, -1, 1);

@@ -21,7 +21,7 @@ namespace {
 using Zx3D::TRenderCPU;
 using TVector = vec_t_<double, 4>;
 
-constexpr int s_size = 160;
+constexpr int kSize = 160;
 
 enum TMistake {
   s_Right,
@@ -192,7 +192,7 @@ void DrawFloor(TRenderCPU& gl, TMistake mistake, TCounts* counts) {
 
 // --- What is seen
 
-using TPixels = unsigned char[s_size * s_size][4];
+using TPixels = unsigned char[kSize * kSize][4];
 
 struct TSeen {
   TCounts Counts;
@@ -206,7 +206,7 @@ struct TSeen {
 
 bool Look(TMistake mistake, TSeen* seen) {
   TRenderCPU gl;
-  if (!gl.Create(s_size, s_size, nullptr)) {
+  if (!gl.Create(kSize, kSize, nullptr)) {
     return false;
   }
   gl.ClearColor(0.10f, 0.10f, 0.15f, 1.0f);
@@ -296,12 +296,11 @@ bool Run(const char* name) {
 
   TDataSurface picture;
   const TMistake tiles[6] = {s_Divided, s_DeadSlot, s_Probe, s_Right, s_IntUniform, s_Wrapped};
-  ok = picture.Create(3 * s_size, 2 * s_size, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4) && ok;
-  for (int i = 0; ok && i < 6 * s_size; ++i) {
-    const int tile = i / s_size, row = i % s_size;
-    std::memcpy(picture.Data + (tile / 3 * s_size + row) * picture.RowStride +
-                    tile % 3 * s_size * 4,
-                seen[tiles[tile]].Picture[row * s_size], s_size * 4);
+  ok = picture.Create(3 * kSize, 2 * kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4) && ok;
+  for (int i = 0; ok && i < 6 * kSize; ++i) {
+    const int tile = i / kSize, row = i % kSize;
+    std::memcpy(picture.Data + (tile / 3 * kSize + row) * picture.RowStride + tile % 3 * kSize * 4,
+                seen[tiles[tile]].Picture[row * kSize], kSize * 4);
   }
   return SaveImage(name, nullptr, picture) && ok;
 }

@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr double s_pi = 3.141592653589793;
+constexpr double kPi = 3.141592653589793;
 
 // --- names
 
@@ -54,13 +54,13 @@ TVector Limited(const TPoint& color) {
 enum TSlot { s_Position, s_Eye, s_Normal, s_Place, s_SlotCount };
 
 /// A generic attribute, 1 to 7. Setting attribute 0 submits a vertex.
-constexpr unsigned int s_Extra = 1;
+constexpr unsigned int kExtra = 1;
 
 class TSceneVertex : public Zx3D::TVertexShaderCPU {
 public:
   unsigned int GetUniformLocation(const char*) const override { return ~0u; }
   unsigned int GetAttribLocation(const char* name) const override {
-    return std::strcmp(name, "extra") == 0 ? s_Extra : ~0u;
+    return std::strcmp(name, "extra") == 0 ? kExtra : ~0u;
   }
   void Begin() override {
     m_Render->m_VarPosition = s_Position;
@@ -74,7 +74,7 @@ public:
     (*v)[s_Eye] = Applied(gl.m_ModelView, gl.m_CurVertex);
     (*v)[s_Normal] = Applied(gl.m_ModelView, {n.x, n.y, n.z, 0});
     (*v)[s_Place] = gl.m_CurTexCoord;
-    (*v)[s_Place].z = gl.m_CurAttrib[s_Extra].x; // slots have four components: use them
+    (*v)[s_Place].z = gl.m_CurAttrib[kExtra].x; // slots have four components: use them
   }
 };
 
@@ -242,7 +242,7 @@ void Ball(TZxGL& gl, int around) {
     gl.Begin(GL_TRIANGLE_STRIP);
     for (int i = 0; i <= around; ++i) {
       for (int k = 1; k >= 0; --k) {
-        const double a = 2 * s_pi * i / around, b = s_pi * (2.0 * (j + k) / around - 0.5);
+        const double a = 2 * kPi * i / around, b = kPi * (2.0 * (j + k) / around - 0.5);
         const TPoint at = {std::cos(b) * std::sin(a), std::sin(b), std::cos(b) * std::cos(a)};
         gl.TexCoord2d(1.0 * i / around, 2.0 * (j + k) / around);
         gl.Normal3dv(&at.x);
@@ -289,7 +289,7 @@ void DrawBalls(TRenderCPU& gl, TPrograms* programs) {
     const TVector& ball = balls[i];
     Use(gl, &programs->Ball, "color", colors[i]);
     gl.Begin(GL_QUADS);
-    gl.VertexAttrib(s_Extra, ball.w);
+    gl.VertexAttrib(kExtra, ball.w);
     for (int corner = 0; corner < 4; ++corner) {
       const double s = corner == 1 || corner == 2 ? 1 : -1, t = corner >= 2 ? 1 : -1;
       gl.TexCoord2d(s, t);

@@ -19,9 +19,9 @@ using TVector = vec_t_<double, 4>;
 using VAR_DATA = Zx3D::TRenderCPU::VAR_DATA;
 using FS_DATA = Zx3D::TRenderCPU::FS_DATA;
 
-constexpr double s_pi = 3.141592653589793;
-constexpr int s_width = 1024;
-constexpr int s_height = 640;
+constexpr double kPi = 3.141592653589793;
+constexpr int kWidth = 1024;
+constexpr int kHeight = 640;
 
 // --- The shader pair: what the fixed stages compute for a vertex, it computes for every pixel
 
@@ -97,7 +97,7 @@ public:
       const double diffuse = std::max(0.0, dot(normal, to));
       const double gloss = std::pow(std::max(0.0, dot(normal, Unit(to - Unit(eye)))), 60.0);
       for (int i = 0; i < 3; ++i) {
-        const double own = 0.5 + 0.45 * std::cos(2 * s_pi * (around.x * 2 + i / 3.0));
+        const double own = 0.5 + 0.45 * std::cos(2 * kPi * (around.x * 2 + i / 3.0));
         color[i] += own * (0.10 + 0.62 * diffuse) + 0.55 * gloss;
       }
     }
@@ -195,7 +195,7 @@ void Ring(TZxGL& gl, double radius, double thickness) {
       for (int k = 1; k >= 0; --k) {
         const double u = static_cast<double>(i + k) / around;
         const double v = static_cast<double>(j) / across;
-        const double a = 2 * s_pi * u, b = 2 * s_pi * v;
+        const double a = 2 * kPi * u, b = 2 * kPi * v;
         const TPoint out = {std::cos(a), std::sin(a), 0};
         const TPoint normal = out * std::cos(b) + TPoint{0, 0, std::sin(b)};
         const TPoint at = out * radius + normal * thickness;
@@ -221,11 +221,11 @@ void PointsAndLines(TZxGL& gl, double radius) {
   }
   gl.End();
   for (int circle = 0; circle < 9; ++circle) {
-    const double turn = s_pi * circle / 9;
+    const double turn = kPi * circle / 9;
     gl.Color3d(1.0, 0.55 + 0.04 * circle, 0.25);
     gl.Begin(GL_LINE_LOOP);
     for (int i = 0; i < 72; ++i) {
-      const double a = 2 * s_pi * i / 72, r = radius * 1.25;
+      const double a = 2 * kPi * i / 72, r = radius * 1.25;
       gl.Vertex3d(r * std::cos(a) * std::cos(turn), r * std::sin(a),
                   r * std::cos(a) * std::sin(turn));
     }
@@ -435,7 +435,7 @@ bool Draw(Zx3D::TRenderCPU& gl) {
   gl.ColorMask(1, 1, 1, 0); // blending leaves the picture itself opaque
   gl.MatrixMode(GL_PROJECTION);
   gl.LoadIdentity();
-  gl.Frustum(-0.8 * s_width / s_height * 0.5, 0.8 * s_width / s_height * 0.5, -0.4, 0.4, 1, 20);
+  gl.Frustum(-0.8 * kWidth / kHeight * 0.5, 0.8 * kWidth / kHeight * 0.5, -0.4, 0.4, 1, 20);
   gl.MatrixMode(GL_MODELVIEW);
   gl.LoadIdentity();
   gl.Rotated(18, 1, 0, 0);
@@ -458,7 +458,7 @@ int main(int argc, char** argv) {
   bool ok = false;
   {
     Zx3D::TRenderCPU gl;
-    ok = gl.Create(s_width, s_height, nullptr) && Draw(gl) &&
+    ok = gl.Create(kWidth, kHeight, nullptr) && Draw(gl) &&
          SaveImage(name, nullptr, *gl.GetColorSurface());
   }
   Deinit_ZxCore3D();

@@ -13,24 +13,24 @@ namespace {
 
 using TPoint = vec_t_<double, 2>;
 
-constexpr double s_pi = 3.141592653589793;
-constexpr int s_width = 900;
-constexpr int s_height = 600;
+constexpr double kPi = 3.141592653589793;
+constexpr int kWidth = 900;
+constexpr int kHeight = 600;
 
 /// Where the path is to go through, in pixels.
 const TPoint s_points[] = {{120, 120}, {330, 80},  {470, 190}, {640, 90},  {800, 150}, {810, 330},
                            {670, 400}, {760, 520}, {560, 530}, {430, 380}, {250, 520}, {90, 400}};
-constexpr unsigned long s_count = std::size(s_points);
+constexpr unsigned long kCount = std::size(s_points);
 
 /// One cubic for each coordinate of each segment: first all of x, then all of y.
 struct TPath {
-  std::vector<POLYNOM3> Polynomials = std::vector<POLYNOM3>(2 * s_count);
+  std::vector<POLYNOM3> Polynomials = std::vector<POLYNOM3>(2 * kCount);
 
-  bool Fit() { return CalcCubeSpline2D(s_points, sizeof(TPoint), s_count, true, &Polynomials[0]); }
+  bool Fit() { return CalcCubeSpline2D(s_points, sizeof(TPoint), kCount, true, &Polynomials[0]); }
 
   TPoint At(double s) const {
     const POLYNOM3& x = Polynomials[Segment(s)];
-    const POLYNOM3& y = Polynomials[s_count + Segment(s)];
+    const POLYNOM3& y = Polynomials[kCount + Segment(s)];
     const double t = s - std::floor(s);
     return {x.a + t * (x.b + t * (x.c + t * x.d)), y.a + t * (y.b + t * (y.c + t * y.d))};
   }
@@ -38,7 +38,7 @@ struct TPath {
   /// To the left of the direction of travel, of unit length.
   TPoint Side(double s) const {
     const POLYNOM3& x = Polynomials[Segment(s)];
-    const POLYNOM3& y = Polynomials[s_count + Segment(s)];
+    const POLYNOM3& y = Polynomials[kCount + Segment(s)];
     const double t = s - std::floor(s);
     const TPoint along = {x.b + t * (2 * x.c + t * 3 * x.d), y.b + t * (2 * y.c + t * 3 * y.d)};
     const double size = length(along);
@@ -46,14 +46,14 @@ struct TPath {
   }
 
 private:
-  static unsigned long Segment(double s) { return static_cast<unsigned long>(s) % s_count; }
+  static unsigned long Segment(double s) { return static_cast<unsigned long>(s) % kCount; }
 };
 
 void Disc(TZxGL& gl, const TPoint& centre, double radius) {
   gl.Begin(GL_TRIANGLE_FAN);
   gl.Vertex2d(centre.x, centre.y);
   for (int i = 0; i <= 32; ++i) {
-    const double angle = 2 * s_pi * i / 32;
+    const double angle = 2 * kPi * i / 32;
     gl.Vertex2d(centre.x + radius * std::cos(angle), centre.y + radius * std::sin(angle));
   }
   gl.End();
@@ -78,16 +78,16 @@ void Draw(TZxGL& gl, const TPath& path) {
   gl.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   gl.MatrixMode(GL_PROJECTION);
   gl.LoadIdentity();
-  gl.Ortho(0, s_width, 0, s_height, -1, 1);
+  gl.Ortho(0, kWidth, 0, kHeight, -1, 1);
   gl.MatrixMode(GL_MODELVIEW);
   gl.LoadIdentity();
 
   gl.Color3f(0.85f, 0.85f, 0.80f);
-  Ribbon(gl, path, 27, -27, 0, s_count);
+  Ribbon(gl, path, 27, -27, 0, kCount);
   gl.Color3f(0.24f, 0.25f, 0.28f);
-  Ribbon(gl, path, 23, -23, 0, s_count);
+  Ribbon(gl, path, 23, -23, 0, kCount);
   gl.Color3f(0.95f, 0.80f, 0.30f);
-  for (int dash = 0; dash < static_cast<int>(s_count) * 5; ++dash) {
+  for (int dash = 0; dash < static_cast<int>(kCount) * 5; ++dash) {
     Ribbon(gl, path, 1.5, -1.5, dash / 5.0, dash / 5.0 + 0.1);
   }
 
@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
   bool saved = false;
   {
     Zx3D::TRenderCPU gl;
-    if (gl.Create(s_width, s_height, nullptr)) {
+    if (gl.Create(kWidth, kHeight, nullptr)) {
       Draw(gl, path);
       saved = SaveImage(name, nullptr, *gl.GetColorSurface());
     }

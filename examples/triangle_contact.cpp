@@ -12,7 +12,7 @@ namespace {
 using TPoint = vec_t_<double, 3>;
 
 /// How nearly parallel two planes have to be to count as parallel.
-constexpr double s_parallel = 1e-9;
+constexpr double kParallel = 1e-9;
 
 void SetColor(TZxGL& gl, const TPoint& color, float alpha) {
   gl.Color4f(static_cast<float>(color.x), static_cast<float>(color.y), static_cast<float>(color.z),
@@ -60,7 +60,7 @@ unsigned long DrawPair(TZxGL& gl, const TPoint* a, const TPoint* b) {
   const TPoint red = {0.85, 0.33, 0.28};
   const TPoint blue = {0.25, 0.47, 0.85};
   TPoint common[6];
-  const unsigned long count = GetIntersectTriangles(a, b, common, s_parallel);
+  const unsigned long count = GetIntersectTriangles(a, b, common, kParallel);
 
   // Solid first, by depth; where both lie in one plane the first one stays, and the polygon goes on
   // top.

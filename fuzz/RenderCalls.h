@@ -100,19 +100,19 @@ public:
 
 private:
   TDataSurface* NewSurface() {
-    static constexpr DATA_TYPE s_Types[8] = {DATA_TYPE(3),  DATA_TYPE(3),  DATA_TYPE(3),
-                                             DATA_TYPE(10), DATA_TYPE(11), DATA_TYPE(5),
-                                             DATA_TYPE(1),  DATA_TYPE(9)};
+    static constexpr DATA_TYPE kTypes[8] = {DATA_TYPE(3),  DATA_TYPE(3),  DATA_TYPE(3),
+                                            DATA_TYPE(10), DATA_TYPE(11), DATA_TYPE(5),
+                                            DATA_TYPE(1),  DATA_TYPE(9)};
     m_Kept.push_back(std::make_unique<TDataSurface>());
     const bool fits = m_In.Below(4) != 0;
     const int width = fits ? m_R->m_Width : static_cast<int>(m_In.Below(40));
     const int height = fits ? m_R->m_Height : static_cast<int>(m_In.Below(40));
     const unsigned int kind = m_In.Byte();
     m_Kept.back()->Create(width, height, DATA_FORMAT(kind % 3 != 0 ? 6 : kind % 16),
-                          s_Types[kind % 8], 1 + static_cast<int>(kind / 8 % 5));
+                          kTypes[kind % 8], 1 + static_cast<int>(kind / 8 % 5));
     return m_Kept.back().get();
   }
-  const void* Memory() { return s_Memory.data() + m_In.Below(64); }
+  const void* Memory() { return kMemory.data() + m_In.Below(64); }
 
   void Life() {
     switch (m_In.Below(10)) {
@@ -347,7 +347,7 @@ private:
       m_R->LoadIdentity();
       break;
     case 5:
-      m_R->MultMatrixd(static_cast<const double*>(static_cast<const void*>(s_Memory.data())));
+      m_R->MultMatrixd(static_cast<const double*>(static_cast<const void*>(kMemory.data())));
       break;
     case 6:
       m_R->Frustum(m_In.Number(), m_In.Number(), m_In.Number(), 1, 1, m_In.Number());
@@ -460,12 +460,12 @@ private:
     const unsigned int format = PixelFormat();
     const int width = m_In.Int() % 32, height = m_In.Int() % 32;
     m_R->TexImage2D(3553, m_In.Below(8) == 0, static_cast<int>(format), width, height, 0, format,
-                    PixelType(), m_In.Below(4) == 0 ? nullptr : s_Memory.data());
+                    PixelType(), m_In.Below(4) == 0 ? nullptr : kMemory.data());
   }
   void SubImage() {
     const unsigned int format = PixelFormat();
     const int x = m_In.Int(), y = m_In.Int(), width = m_In.Int() % 32, height = m_In.Int() % 32;
-    m_R->TexSubImage2D(3553, 0, x, y, width, height, format, PixelType(), s_Memory.data());
+    m_R->TexSubImage2D(3553, 0, x, y, width, height, format, PixelType(), kMemory.data());
   }
 
   void Arrays() {
@@ -534,16 +534,16 @@ private:
       break;
     case 5:
     case 6:
-      m_R->BufferData(target, m_In.Int() % 2048, m_In.Bool() ? s_Memory.data() : nullptr, 1);
+      m_R->BufferData(target, m_In.Int() % 2048, m_In.Bool() ? kMemory.data() : nullptr, 1);
       break;
     case 7:
-      m_R->BufferSubData(target, m_In.Int(), m_In.Int() % 2048, s_Memory.data());
+      m_R->BufferSubData(target, m_In.Int(), m_In.Int() % 2048, kMemory.data());
       break;
     case 8:
-      m_R->NamedBufferData(ids[3 - m_In.Below(4)], m_In.Int() % 2048, s_Memory.data(), 1);
+      m_R->NamedBufferData(ids[3 - m_In.Below(4)], m_In.Int() % 2048, kMemory.data(), 1);
       break;
     case 9:
-      m_R->NamedBufferSubData(ids[0], m_In.Raw<int>(), m_In.Int() % 2048, s_Memory.data());
+      m_R->NamedBufferSubData(ids[0], m_In.Raw<int>(), m_In.Int() % 2048, kMemory.data());
       break;
     case 10:
       m_R->MapBuffer(target, 35000);
@@ -565,8 +565,8 @@ private:
     }
     const unsigned int type = m_In.Below(8) == 0 ? m_In.Enum() : 5121;
     const std::size_t width = type == 5121 ? 1 : type == 5123 ? 2 : 4;
-    const std::uint8_t* indices = s_Memory.data();
-    std::size_t size = s_MemorySize, offset = m_In.Below(16) * width;
+    const std::uint8_t* indices = kMemory.data();
+    std::size_t size = kMemorySize, offset = m_In.Below(16) * width;
     const unsigned int id = m_R->m_BufferBindings[1];
     if (id != 0) {
       if (id > m_R->m_Buffers.size() || m_R->m_Buffers[id - 1] == nullptr) {
@@ -609,7 +609,7 @@ private:
       return at >= 0 && end >= 0 &&
              (at > end ? at : end) + bytes <= static_cast<std::intptr_t>(size);
     };
-    if (inside(s_Memory.data(), s_MemorySize)) {
+    if (inside(kMemory.data(), kMemorySize)) {
       return true;
     }
     for (const TRenderCPU::TBuffer* b : m_R->m_Buffers) {
@@ -633,9 +633,9 @@ private:
     case 2:
     case 3:
       if (Span(m_R->m_PixelUnpack, width, height, m_R->m_WindowPos.x, m_R->m_WindowPos.y, 4) <
-          static_cast<double>(s_MemorySize / 2)) {
+          static_cast<double>(kMemorySize / 2)) {
         m_R->DrawPixels(width, height, PixelFormat(), PixelType(),
-                        s_Memory.data() + s_MemorySize / 2);
+                        kMemory.data() + kMemorySize / 2);
       }
       break;
     default:

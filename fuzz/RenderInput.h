@@ -38,41 +38,41 @@ public:
   }
 
   int Int() {
-    static constexpr int s_Special[8] = {0, 1, -1, 33, 0x7FFFFFFF, -0x7FFFFFFF - 1, 65536, -40};
+    static constexpr int kSpecial[8] = {0, 1, -1, 33, 0x7FFFFFFF, -0x7FFFFFFF - 1, 65536, -40};
     const unsigned int kind = Byte();
     return kind < 192   ? static_cast<int>(kind % 48) - 8
-           : kind < 248 ? s_Special[kind % 8]
+           : kind < 248 ? kSpecial[kind % 8]
                         : Raw<int>();
   }
 
   double Number() {
     using TLimits = std::numeric_limits<double>;
-    static constexpr double s_Special[16] = {0,
-                                             -0.0,
-                                             1,
-                                             -1,
-                                             TLimits::infinity(),
-                                             -TLimits::infinity(),
-                                             TLimits::quiet_NaN(),
-                                             1e300,
-                                             -1e300,
-                                             1e-300,
-                                             2147483648.0,
-                                             -2147483649.0,
-                                             0.5,
-                                             1e16,
-                                             TLimits::denorm_min(),
-                                             4e9};
+    static constexpr double kSpecial[16] = {0,
+                                            -0.0,
+                                            1,
+                                            -1,
+                                            TLimits::infinity(),
+                                            -TLimits::infinity(),
+                                            TLimits::quiet_NaN(),
+                                            1e300,
+                                            -1e300,
+                                            1e-300,
+                                            2147483648.0,
+                                            -2147483649.0,
+                                            0.5,
+                                            1e16,
+                                            TLimits::denorm_min(),
+                                            4e9};
     const unsigned int kind = Byte();
     return kind < 208   ? (static_cast<double>(kind) - 104) / 52
-           : kind < 248 ? s_Special[kind % 16]
+           : kind < 248 ? kSpecial[kind % 16]
                         : Raw<double>();
   }
   float Float() { return static_cast<float>(Number()); }
 
   /// One of the interface's enum values, or any number.
   unsigned int Enum() {
-    static constexpr std::uint16_t s_Enums[] = {
+    static constexpr std::uint16_t kEnums[] = {
         0,     1,     2,     3,     4,     5,     6,     7,     8,     9,     256,   512,   513,
         514,   515,   516,   517,   518,   519,   770,   771,   1024,  1028,  1029,  1032,  1280,
         2304,  2305,  2816,  2880,  2884,  2885,  2886,  2896,  2897,  2898,  2899,  2900,  2901,
@@ -87,8 +87,8 @@ public:
         33991, 33992, 34055, 34056, 34338, 34339, 34340, 34341, 34660, 34661, 34922, 34962, 34963,
         34964, 34975, 35003, 35004, 35051, 35052, 35053, 37074, 37568, 37600};
     const unsigned int kind = Byte();
-    constexpr unsigned int count = sizeof(s_Enums) / sizeof(s_Enums[0]);
-    return kind < 250 ? s_Enums[kind % count] : Raw<unsigned int>();
+    constexpr unsigned int count = sizeof(kEnums) / sizeof(kEnums[0]);
+    return kind < 250 ? kEnums[kind % count] : Raw<unsigned int>();
   }
 
 private:
@@ -97,11 +97,11 @@ private:
 };
 
 /// What the callers of the calls have in memory: never written.
-inline constexpr std::size_t s_MemorySize = 1 << 15;
-alignas(64) inline constexpr std::array<std::uint8_t, s_MemorySize> s_Memory = [] {
-  std::array<std::uint8_t, s_MemorySize> bytes{};
+inline constexpr std::size_t kMemorySize = 1 << 15;
+alignas(64) inline constexpr std::array<std::uint8_t, kMemorySize> kMemory = [] {
+  std::array<std::uint8_t, kMemorySize> bytes{};
   std::uint32_t state = 1;
-  for (std::size_t i = 0; i < s_MemorySize; ++i) {
+  for (std::size_t i = 0; i < kMemorySize; ++i) {
     state = state * 1664525 + 1013904223;
     bytes[i] = i % 8 == 7 ? static_cast<std::uint8_t>(0x3F | (state >> 24 & 0x80)) // doubles near 1
                           : static_cast<std::uint8_t>(state >> 24);

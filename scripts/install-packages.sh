@@ -1,9 +1,10 @@
 #!/bin/sh
 # Installs the Debian packages that the named groups need and the system lacks; without any missing it
 # asks for no rights and no network. Where a package's name differs from one suite to the next, a name
-# stands for the first of its alternatives (one|other) that is installed or that apt knows.
+# stands for the first of its alternatives (one|other) that is installed or that apt knows. A name that ends in
+# "?" is left out, and said to be, where the suite does not have it.
 #
-#   scripts/install-packages.sh build test demo bench rivals fuzz docs qt6 arm64 python package farm
+#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 arm64 python package farm
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -25,6 +26,8 @@ for group in "$@"; do
       packages="$packages libjpeg62-turbo-dev libstb-dev libtomlplusplus-dev libhwy-dev libassimp-dev"
       ;;
     test) packages="$packages libgtest-dev libgmock-dev libturbojpeg0-dev libeigen3-dev libgl-dev binutils locales" ;;
+    # One version of the formatter and of the linter: another one finds other things.
+    check) packages="$packages git clang-format-14? clang-tidy-14? clang-14?" ;;
     demo) packages="$packages assimp-testmodels" ;;
     bench) packages="$packages libbenchmark-dev libeigen3-dev libboost-serialization-dev" ;;
     rivals) packages="$packages libosmesa6-dev" ;;
@@ -45,7 +48,7 @@ for group in "$@"; do
       ;;
     farm) packages="$packages python3-distributed python3-numpy python3-pytest" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm)" >&2
       exit 2
       ;;
   esac
@@ -58,17 +61,27 @@ installed() {
   return 1
 }
 
+# Whether apt's lists are there and do not name it. An empty bare root has no lists until the update below.
+lacks() {
+  ! installed "$1" && [ -n "$(find /var/lib/apt/lists -name '*_Packages*' 2>/dev/null)" ] && ! apt-cache show "$1" >/dev/null 2>&1
+}
+
+left_out() { echo "install-packages.sh: this suite has no $1, so it is left out" >&2; }
+
 missing=""
 for package in $packages; do
+  case "$package" in
+    *\?) lacks "${package%\?}" && left_out "${package%\?}" && continue ;;
+  esac
   found=""
-  for name in $(echo "$package" | tr '|' ' '); do
+  for name in $(echo "${package%\?}" | tr '|' ' '); do
     installed "$name" && found=yes && break
   done
   [ -n "$found" ] || missing="$missing $package"
 done
 [ -n "$missing" ] || exit 0
 if [ -n "$list_only" ]; then
-  echo "${missing# }"
+  echo "${missing# }" | tr -d '?'
   exit 0
 fi
 
@@ -87,6 +100,10 @@ esac
 $as_root apt-get update -qq
 names=""
 for package in $missing; do
+  case "$package" in
+    *\?) lacks "${package%\?}" && left_out "${package%\?}" && continue ;;
+  esac
+  package=${package%\?}
   chosen=${package%%|*}
   for name in $(echo "$package" | tr '|' ' '); do
     if apt-cache show "$name" >/dev/null 2>&1; then
@@ -96,6 +113,7 @@ for package in $missing; do
   done
   names="$names $chosen"
 done
+[ -n "$names" ] || exit 0
 # shellcheck disable=SC2086
 if apt-get install -s --no-install-recommends $names 2>/dev/null | grep '^Remv'; then
   echo "install-packages.sh: the packages above would be removed for$names" >&2

@@ -18,8 +18,8 @@ using Zx3D::TObjectReader;
 using Zx3D::TObjectWriter;
 using Zx3D::TVariant;
 
-constexpr char s_mark[] = "ZxScene";
-constexpr unsigned int s_version = 1;
+constexpr char kMark[] = "ZxScene";
+constexpr unsigned int kVersion = 1;
 
 struct TRelease {
   void operator()(zx::TRef* object) const { object->Release(); }
@@ -65,8 +65,8 @@ THold<T> MakeItem(const char* className, unsigned long id, const std::string& na
 }
 
 void WriteScene(TObjectWriter* writer, const zx_scene::MODEL& model) {
-  Check(writer->WriteString(s_mark, ~0ul));
-  WriteNumber(writer, DATA_TYPE_UINT32, s_version);
+  Check(writer->WriteString(kMark, ~0ul));
+  WriteNumber(writer, DATA_TYPE_UINT32, kVersion);
   STORE_BLOCK scene;
   writer->WriteBlockBeginE(&scene);
   // Ids count from 1: textures, then materials, then meshes, so that what is named comes first.
@@ -155,11 +155,11 @@ void ReadScene(TFileStream* stream, zx_scene::MODEL* model) {
   TItems items;
   TObjectReader reader(stream, false);
   reader.SetQueryFunc(&FindItem, &items);
-  char mark[sizeof s_mark];
-  if (!reader.ReadString(mark, sizeof mark) || std::string(mark) != s_mark) {
+  char mark[sizeof kMark];
+  if (!reader.ReadString(mark, sizeof mark) || std::string(mark) != kMark) {
     throw TZxMessage("is no scene file");
   }
-  if (const unsigned long version = ReadNumber(&reader, DATA_TYPE_UINT32); version != s_version) {
+  if (const unsigned long version = ReadNumber(&reader, DATA_TYPE_UINT32); version != kVersion) {
     throw TZxMessage("has version %1%, which is not known here") << version;
   }
   const long end = ReadBlockEnd(stream, stream->GetSize());

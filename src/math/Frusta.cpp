@@ -9,19 +9,19 @@
 
 using TPoint = vec_t_<double, 3>;
 
-static constexpr int s_Corners = 8;
+static constexpr int kCorners = 8;
 
-static constexpr unsigned char s_CornerPlains[s_Corners][3] = {
+static constexpr unsigned char kCornerPlains[kCorners][3] = {
     {0, 2, 4}, {1, 2, 4}, {1, 3, 4}, {0, 3, 4}, {0, 2, 5}, {1, 2, 5}, {1, 3, 5}, {0, 3, 5}};
 
-static constexpr unsigned char s_PlainCorners[6][3] = {{0, 4, 5}, {1, 2, 5}, {0, 1, 4},
-                                                       {2, 3, 6}, {0, 3, 1}, {4, 5, 7}};
+static constexpr unsigned char kPlainCorners[6][3] = {{0, 4, 5}, {1, 2, 5}, {0, 1, 4},
+                                                      {2, 3, 6}, {0, 3, 1}, {4, 5, 7}};
 
-static constexpr unsigned char s_Transformed = 0x40;
+static constexpr unsigned char kTransformed = 0x40;
 
-static constexpr unsigned long s_MinSteps = 8;
+static constexpr unsigned long kMinSteps = 8;
 // With more steps the samples would not fit an address space; their number must not wrap.
-static constexpr unsigned long s_MaxSteps = 1ul << 28;
+static constexpr unsigned long kMaxSteps = 1ul << 28;
 
 template <>
 bool CrossPlains<double>(const UPLAIN<double>& a, const UPLAIN<double>& b, const UPLAIN<double>& c,
@@ -40,29 +40,29 @@ bool CrossPlains<double>(const UPLAIN<double>& a, const UPLAIN<double>& b, const
 }
 
 template <> void TFrustum_T<double>::GetCone(TPoint* corners) const {
-  for (int i = 0; i < s_Corners; ++i) {
+  for (int i = 0; i < kCorners; ++i) {
     corners[i] = {0.0, 0.0, 0.0};
   }
-  for (int i = 0; i < s_Corners; ++i) {
-    const unsigned char* plains = s_CornerPlains[i];
+  for (int i = 0; i < kCorners; ++i) {
+    const unsigned char* plains = kCornerPlains[i];
     CrossPlains(Plains[plains[0]], Plains[plains[1]], Plains[plains[2]], &corners[i]);
   }
 }
 
 void SetCone(TFrustum_T<double>& f, const TPoint* corners) {
   for (int i = 0; i < 6; ++i) {
-    const unsigned char* triple = s_PlainCorners[i];
+    const unsigned char* triple = kPlainCorners[i];
     f.Plains[i] = PlainThrough(corners[triple[0]], corners[triple[1]], corners[triple[2]]);
   }
 }
 
 void Transform(const TFrustum_T<double>& f, const TZx3DTransform& t, TFrustum_T<double>* out) {
-  TPoint corners[s_Corners];
+  TPoint corners[kCorners];
   f.GetCone(corners);
   for (TPoint& corner : corners) {
     corner = t.TransformPoint(corner);
   }
-  out->Flags = static_cast<unsigned char>(f.Flags | s_Transformed);
+  out->Flags = static_cast<unsigned char>(f.Flags | kTransformed);
   SetCone(*out, corners);
 }
 
@@ -72,7 +72,7 @@ void Transform(const VBOX<double>& b, const TZx3DTransform& t, VBOX<double>* out
   if (box.IsEmpty()) {
     return;
   }
-  for (unsigned int i = 0; i < s_Corners; ++i) {
+  for (unsigned int i = 0; i < kCorners; ++i) {
     const TPoint corner = {(i & 1) != 0 ? box.Max.x : box.Min.x,
                            (i & 2) != 0 ? box.Max.y : box.Min.y,
                            (i & 4) != 0 ? box.Max.z : box.Min.z};
@@ -86,8 +86,8 @@ void Transform(const VSPHERE<double>& s, unsigned long steps, const TZx3DTransfo
     out->SetEmpty();
     return;
   }
-  const unsigned long m = steps < s_MinSteps ? s_MinSteps : steps;
-  if (m > s_MaxSteps) {
+  const unsigned long m = steps < kMinSteps ? kMinSteps : steps;
+  if (m > kMaxSteps) {
     throw std::bad_alloc();
   }
   const unsigned long rings = (m + 2) / 4;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr const char* s_Axes[3] = {zx::s_x, zx::s_y, zx::s_z};
+constexpr const char* kAxes[3] = {zx::s_x, zx::s_y, zx::s_z};
 
 void WriteE(TZxXIniWriter* w, const char* key, const double& value) {
   if (!w->WriteS<double>(key, &value)) {
@@ -25,7 +25,7 @@ template <std::size_t N>
 void WritePointE(TZxXIniWriter* w, const std::string& name, const vec_t_<double, N>& p) {
   const unsigned long token = w->BeginSectionCompactSE(name);
   for (std::size_t i = 0; i < N; ++i) {
-    WriteE(w, s_Axes[i], p[i]);
+    WriteE(w, kAxes[i], p[i]);
   }
   w->EndSectionE(token);
 }
@@ -34,7 +34,7 @@ template <std::size_t N> vec_t_<double, N> ReadPointE(TZxXIniReader* r, const ch
   const unsigned long token = r->BeginSectionE(r->FindFE(name, 0));
   vec_t_<double, N> p;
   for (std::size_t i = 0; i < N; ++i) {
-    p[i] = ReadE(r, s_Axes[i]);
+    p[i] = ReadE(r, kAxes[i]);
   }
   r->EndSectionE(token);
   return p;

@@ -10,8 +10,8 @@ namespace {
 
 using TPoint = vec_t_<double, 2>;
 
-constexpr double s_Limit = 1e-8;
-constexpr unsigned long s_LocalEdges = 8;
+constexpr double kLimit = 1e-8;
+constexpr unsigned long kLocalEdges = 8;
 
 struct EDGE_CACHE {
   TPoint Direction;
@@ -25,7 +25,7 @@ bool PrepareEdge(const TPoint& from, const TPoint& to, EDGE_CACHE* edge) {
   }
   const TPoint d = to - from;
   edge->Length = length(d);
-  if (edge->Length < s_Limit) {
+  if (edge->Length < kLimit) {
     return false;
   }
   edge->Direction = {d.x / edge->Length, d.y / edge->Length};
@@ -33,7 +33,7 @@ bool PrepareEdge(const TPoint& from, const TPoint& to, EDGE_CACHE* edge) {
 }
 
 bool FoldsBack(const TPoint& ei, const TPoint& ej) {
-  return std::fabs(ei.x * ej.y - ei.y * ej.x) < s_Limit && dot(ei, ej) < 0.0;
+  return std::fabs(ei.x * ej.y - ei.y * ej.x) < kLimit && dot(ei, ej) < 0.0;
 }
 
 /// Whether two edges that are not neighbours meet; `d` leads from the start of `j` to that of `i`.
@@ -41,7 +41,7 @@ bool Meet(const EDGE_CACHE& i, const EDGE_CACHE& j, const TPoint& d) {
   const TPoint& ei = i.Direction;
   const TPoint& ej = j.Direction;
   const double c = ej.x * ei.y - ej.y * ei.x;
-  if (!(std::fabs(c) > s_Limit)) {
+  if (!(std::fabs(c) > kLimit)) {
     return false;
   }
   const double u = (ej.y * d.x - ej.x * d.y) / c;
@@ -80,8 +80,8 @@ bool IsSelfIntersected(const TPoint* p, unsigned long n) {
   if (n == 2) {
     return true;
   }
-  if (n <= s_LocalEdges) {
-    EDGE_CACHE edges[s_LocalEdges];
+  if (n <= kLocalEdges) {
+    EDGE_CACHE edges[kLocalEdges];
     return IsSelfIntersected(p, n, edges);
   }
   const std::unique_ptr<EDGE_CACHE[]> edges(new EDGE_CACHE[n]);

@@ -7,8 +7,8 @@
 
 namespace {
 
-constexpr unsigned long s_PlaneUnknowns = 8;
-constexpr unsigned long s_SpaceUnknowns = 15;
+constexpr unsigned long kPlaneUnknowns = 8;
+constexpr unsigned long kSpaceUnknowns = 15;
 
 /// Sums of normal equations: `M` collects its upper triangle only until `Mirror`.
 struct NORMAL_EQUATIONS {
@@ -109,7 +109,7 @@ void CompleteSpace(NORMAL_EQUATIONS* x, unsigned long first, NORMAL_EQUATIONS* t
 }
 
 void StoreSpace(const double* solution, MAT4<double>* m) {
-  for (unsigned long i = 0; i < s_SpaceUnknowns; ++i) {
+  for (unsigned long i = 0; i < kSpaceUnknowns; ++i) {
     (*m)[i % 4 * 4 + i / 4] = solution[i];
   }
   (*m)[15] = 1.0;
@@ -122,8 +122,8 @@ bool GetProjectiveTransform(const vec_t_<double, 2>* src, const vec_t_<double, 2
   if (n < 4) {
     return false;
   }
-  NORMAL_EQUATIONS x(s_PlaneUnknowns);
-  NORMAL_EQUATIONS y(s_PlaneUnknowns);
+  NORMAL_EQUATIONS x(kPlaneUnknowns);
+  NORMAL_EQUATIONS y(kPlaneUnknowns);
   for (unsigned long i = 0; i < n; ++i) {
     AddPlaneRow(src[i], dst[i].x, 0, &x);
     AddPlaneRow(src[i], dst[i].y, 3, &y);
@@ -133,11 +133,11 @@ bool GetProjectiveTransform(const vec_t_<double, 2>* src, const vec_t_<double, 2
   x.Mirror();
   y.Mirror();
   x.Add(y);
-  TVectorD solution(s_PlaneUnknowns);
+  TVectorD solution(kPlaneUnknowns);
   if (!Solve(x, &solution)) {
     return false;
   }
-  for (unsigned long i = 0; i < s_PlaneUnknowns; ++i) {
+  for (unsigned long i = 0; i < kPlaneUnknowns; ++i) {
     (*m)[i % 3 * 3 + i / 3] = solution.Data[i];
   }
   (*m)[8] = 1.0;
@@ -149,10 +149,10 @@ bool GetProjectiveTransform(const vec_t_<double, 3>* src, const vec_t_<double, 3
   if (n < 5) {
     return false;
   }
-  NORMAL_EQUATIONS x(s_SpaceUnknowns);
-  NORMAL_EQUATIONS y(s_SpaceUnknowns);
-  NORMAL_EQUATIONS z(s_SpaceUnknowns);
-  TVectorD solution(s_SpaceUnknowns);
+  NORMAL_EQUATIONS x(kSpaceUnknowns);
+  NORMAL_EQUATIONS y(kSpaceUnknowns);
+  NORMAL_EQUATIONS z(kSpaceUnknowns);
+  TVectorD solution(kSpaceUnknowns);
   for (unsigned long i = 0; i < n; ++i) {
     const double linear[4] = {src[i].x, src[i].y, src[i].z, 1.0};
     x.AddBlock(0, linear, 4);
@@ -178,16 +178,16 @@ bool GetProjectiveTransform_(const vec_t_<double, 3>* src, const vec_t_<double, 
   if (n < 5) {
     return false;
   }
-  TMatrixD design(s_SpaceUnknowns, 3 * n);
+  TMatrixD design(kSpaceUnknowns, 3 * n);
   TVectorD right(3 * n);
-  TVectorD solution(s_SpaceUnknowns);
+  TVectorD solution(kSpaceUnknowns);
   fill(design, 0.0);
   fill(right, 0.0);
   for (unsigned long i = 0; i < n; ++i) {
     const vec_t_<double, 3>& p = src[i];
     for (unsigned long axis = 0; axis < 3; ++axis) {
       const double target = dst[i][axis];
-      double* row = design.Data + (3 * i + axis) * s_SpaceUnknowns;
+      double* row = design.Data + (3 * i + axis) * kSpaceUnknowns;
       for (unsigned long j = 0; j < 3; ++j) {
         row[4 * axis + j] = p[j];
         row[12 + j] = -p[j] * target;

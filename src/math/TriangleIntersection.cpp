@@ -13,11 +13,11 @@ using TPoint3 = vec_t_<double, 3>;
 constexpr int p1m3[3] = {1, 2, 0};
 constexpr int m1m3[3] = {2, 0, 1};
 
-constexpr unsigned long s_MaxOut = 6;
+constexpr unsigned long kMaxOut = 6;
 
 // An edge adds at most one vertex for every two that a polygon has, which only rounding can reach:
 // 3, 4, 6, 9.
-constexpr unsigned long s_MaxVertices = 9;
+constexpr unsigned long kMaxVertices = 9;
 
 TPoint3 Normalised(const TPoint3& v) {
   const double l = length(v);
@@ -138,7 +138,7 @@ struct FRAME {
 };
 
 struct POLYGON {
-  TPoint2 Vertex[s_MaxVertices];
+  TPoint2 Vertex[kMaxVertices];
   unsigned long Count = 0;
 
   void Append(const TPoint2& p) { Vertex[Count++] = p; }
@@ -179,7 +179,7 @@ bool ClipCoplanar(const TPoint3* a, const TPoint3* b, const FRAME& frame, POLYGO
   for (int t = 0; t < 3 && polygon->Count != 0; ++t) {
     const TPoint2 p = clip[t];
     const TPoint2 edge = clip[p1m3[t]] - p;
-    double s[s_MaxVertices];
+    double s[kMaxVertices];
     for (unsigned long i = 0; i < polygon->Count; ++i) {
       const TPoint2 v = polygon->Vertex[i] - p;
       s[i] = edge.x * v.y - edge.y * v.x;
@@ -241,7 +241,7 @@ unsigned long GetIntersectTriangles(const TPoint3* a, const TPoint3* b, TPoint3*
   if (!ClipCoplanar(a, b, frame, &polygon)) {
     return 0;
   }
-  const unsigned long count = polygon.Count < s_MaxOut ? polygon.Count : s_MaxOut;
+  const unsigned long count = polygon.Count < kMaxOut ? polygon.Count : kMaxOut;
   for (unsigned long i = 0; i < count; ++i) {
     out[i] = frame.ToSpace(polygon.Vertex[i]);
   }

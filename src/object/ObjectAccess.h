@@ -32,6 +32,6 @@ constexpr unsigned long GetPadding(unsigned long length) { return (0UL - length)
 
 /// Strings up to this many bytes are read through the scratch; longer ones go where they will stay,
 /// so that they never lie in memory twice.
-constexpr unsigned long s_ScratchMax = 0x40000;
+constexpr unsigned long kScratchMax = 0x40000;
 
 } // namespace Zx3D

@@ -49,10 +49,10 @@ public:
 };
 
 /// Lengths up to this may size an allocation as they stand in a file.
-constexpr unsigned long s_TrustedLength = 4096;
+constexpr unsigned long kTrustedLength = 4096;
 
 /// How much more memory is taken at a time when a stream delivers more than it said.
-constexpr unsigned long s_GrowthStep = 0x40000;
+constexpr unsigned long kGrowthStep = 0x40000;
 
 /// The bytes that can still come, as far as the stream knows.
 inline unsigned long GetRemaining(const TStream& stream) {
@@ -67,7 +67,7 @@ inline unsigned long GetRemaining(const TStream& stream) {
 /// long as its `GetSize` is right.
 template <class Reserve>
 bool ReadGrowing(TStream& stream, unsigned long size, const Reserve& reserve) {
-  unsigned long step = s_TrustedLength;
+  unsigned long step = kTrustedLength;
   if (size > step) {
     // One byte more than can come makes a stream that delivers all or nothing refuse at once.
     step = std::max(step, GetRemaining(stream) + 1);
@@ -80,7 +80,7 @@ bool ReadGrowing(TStream& stream, unsigned long size, const Reserve& reserve) {
       return false;
     }
     have += want;
-    step = s_GrowthStep;
+    step = kGrowthStep;
   } while (have < size);
   return true;
 }

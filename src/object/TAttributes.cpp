@@ -9,7 +9,7 @@
 
 namespace Zx3D {
 
-static constexpr const char s_File[] = "src/Attributes";
+static constexpr const char kFile[] = "src/Attributes";
 
 TAttributes::TAttributes(const TAttributes& other) = default;
 
@@ -108,7 +108,7 @@ static void CheckSzName(const char* name) {
 }
 
 TVariant* TAttributes::FindValueE(const char* name) {
-  return Traced(s_File, __LINE__, "Zx3D::TVariant *Zx3D::TAttributes::FindValueE(const char *)",
+  return Traced(kFile, __LINE__, "Zx3D::TVariant *Zx3D::TAttributes::FindValueE(const char *)",
                 [&] {
                   CheckSzName(name);
                   return FindOrThrow<TAttributes, const char*>(*this, name);
@@ -116,13 +116,13 @@ TVariant* TAttributes::FindValueE(const char* name) {
 }
 
 TVariant* TAttributes::FindValueE(const std::string& name) {
-  return Traced(s_File, __LINE__,
+  return Traced(kFile, __LINE__,
                 "Zx3D::TVariant *Zx3D::TAttributes::FindValueE(const std::string &)",
                 [&] { return FindOrThrow<TAttributes, const std::string&>(*this, name); });
 }
 
 const TVariant* TAttributes::FindValueE(const char* name) const {
-  return Traced(s_File, __LINE__,
+  return Traced(kFile, __LINE__,
                 "const Zx3D::TVariant *Zx3D::TAttributes::FindValueE(const char *) const", [&] {
                   CheckSzName(name);
                   return FindOrThrow<const TAttributes, const char*>(*this, name);
@@ -130,7 +130,7 @@ const TVariant* TAttributes::FindValueE(const char* name) const {
 }
 
 const TVariant* TAttributes::FindValueE(const std::string& name) const {
-  return Traced(s_File, __LINE__,
+  return Traced(kFile, __LINE__,
                 "const Zx3D::TVariant *Zx3D::TAttributes::FindValueE(const std::string &) const",
                 [&] { return FindOrThrow<const TAttributes, const std::string&>(*this, name); });
 }

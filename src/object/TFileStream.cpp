@@ -80,7 +80,7 @@ bool TFileStream::SetSize(long size) {
 
 // A device in the other mode answers -1 and prints a warning: the same answer is given here
 // without the warning. Counts above what the device can be asked for are errors as well.
-static constexpr unsigned long s_DeviceError = ~0UL;
+static constexpr unsigned long kDeviceError = ~0UL;
 
 // The file layer's buffers throw where memory is exhausted: nothing was transferred then.
 template <class Transfer> static unsigned long TransferOrZero(const Transfer& transfer) {
@@ -96,7 +96,7 @@ unsigned long TFileStream::_Read(void* data, unsigned long size) {
     return 0;
   }
   if (!m_File->isReadable() || size > LONG_MAX) {
-    return s_DeviceError;
+    return kDeviceError;
   }
   return TransferOrZero(
       [&] { return m_File->read(static_cast<char*>(data), static_cast<qint64>(size)); });
@@ -107,7 +107,7 @@ unsigned long TFileStream::_Write(const void* data, unsigned long size) {
     return 0;
   }
   if (!m_File->isWritable() || size > LONG_MAX) {
-    return s_DeviceError;
+    return kDeviceError;
   }
   return TransferOrZero(
       [&] { return m_File->write(static_cast<const char*>(data), static_cast<qint64>(size)); });

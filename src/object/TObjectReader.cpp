@@ -164,7 +164,7 @@ bool TObjectReader::ReadString(std::string* text) {
     return false;
   }
   try {
-    if (length <= s_ScratchMax) {
+    if (length <= kScratchMax) {
       const char* stored = _ReadText(length);
       if (stored == nullptr) {
         return false;
@@ -195,7 +195,7 @@ bool TObjectReader::ReadString(std::wstring* text) {
   }
   constexpr unsigned long wide = sizeof(wchar_t);
   try {
-    if (wide * length + wide <= s_ScratchMax) {
+    if (wide * length + wide <= kScratchMax) {
       const auto reserve = [this](unsigned long size) {
         return ReserveTmp(2 * size + wide) ? static_cast<unsigned char*>(m_Scratch) : nullptr;
       };

@@ -11,7 +11,7 @@
 
 namespace Zx3D {
 
-static constexpr unsigned char s_Zeros[4] = {};
+static constexpr unsigned char kZeros[4] = {};
 
 static bool IsMeasured(unsigned long length) { return length >= ~0UL - 1; }
 
@@ -79,7 +79,7 @@ bool TObjectWriter::WriteStringData(const char* text, unsigned long length) {
     length = text != nullptr ? std::strlen(text) : 0;
   }
   return m_Stream != nullptr && (text != nullptr || length == 0) &&
-         m_Stream->WriteAll(text, length) && m_Stream->WriteAll(s_Zeros, GetPadding(length));
+         m_Stream->WriteAll(text, length) && m_Stream->WriteAll(kZeros, GetPadding(length));
 }
 
 bool TObjectWriter::WriteStringData(const wchar_t* text, unsigned long length) {
@@ -87,7 +87,7 @@ bool TObjectWriter::WriteStringData(const wchar_t* text, unsigned long length) {
     length = text != nullptr ? std::wcslen(text) : 0;
   }
   return m_Stream != nullptr && (text != nullptr || length == 0) && length <= LONG_MAX / 2 &&
-         m_Stream->WriteAll(text, 2 * length) && m_Stream->WriteAll(s_Zeros, 2 * (length & 1));
+         m_Stream->WriteAll(text, 2 * length) && m_Stream->WriteAll(kZeros, 2 * (length & 1));
 }
 
 bool TObjectWriter::WriteString(const char* text, unsigned long length) {

@@ -20,7 +20,7 @@ namespace {
 bool IsArray(DATA_TYPE type) { return (type & TVariant::s_ArrayFlag) != 0; }
 
 bool IsLongText(const TVariant& v) {
-  return v.Type == DATA_TYPE_STRING && v.Count + 1 >= s_HeapFrom;
+  return v.Type == DATA_TYPE_STRING && v.Count + 1 >= kHeapFrom;
 }
 
 std::uint64_t ElementSize(DATA_TYPE type) {
@@ -28,11 +28,11 @@ std::uint64_t ElementSize(DATA_TYPE type) {
 }
 
 // No block is that large, so that the allocator need not be asked.
-constexpr std::uint64_t s_NoBlock = std::uint64_t(1) << 63;
+constexpr std::uint64_t kNoBlock = std::uint64_t(1) << 63;
 
 // Size of an array in bytes; false where it wraps or no block can be as large.
 bool ArrayBytes(DATA_TYPE type, std::uint64_t count, std::uint64_t* bytes) {
-  return !__builtin_mul_overflow(ElementSize(type), count, bytes) && *bytes < s_NoBlock;
+  return !__builtin_mul_overflow(ElementSize(type), count, bytes) && *bytes < kNoBlock;
 }
 
 // Base codes above 13 never own array memory.
@@ -64,7 +64,7 @@ void TVariant::_Clear() {
     return;
   }
   if (IsArray(Type)) {
-    if (StoredBytes(*this) >= s_HeapFrom) {
+    if (StoredBytes(*this) >= kHeapFrom) {
       std::free(LoadPointer(Value));
     }
     StorePointer(Value, nullptr);
@@ -83,7 +83,7 @@ void TVariant::_Assign(const TVariant& other) {
   if (other.Type == DATA_TYPE_REF) {
     Set(static_cast<zx::TRef*>(LoadPointer(other.Value)));
   } else if (other.Type == DATA_TYPE_STRING) {
-    if (other.Count + 1 >= s_HeapFrom) {
+    if (other.Count + 1 >= kHeapFrom) {
       if (!_SetLongText(static_cast<const char*>(LoadPointer(other.Value)), other.Count)) {
         throw std::bad_alloc();
       }
@@ -166,7 +166,7 @@ bool TVariant::Set(const char* text, unsigned long length) {
 bool TVariant::Set(const std::string& text) { return _SetText(text.data(), text.size()); }
 
 bool TVariant::_SetText(const char* text, unsigned long length) {
-  if (length + 1 >= s_HeapFrom) {
+  if (length + 1 >= kHeapFrom) {
     return _SetLongText(text, length);
   }
   _SetShortText(text, length);
@@ -191,7 +191,7 @@ bool TVariant::_IsInside(const void* place) const {
 }
 
 bool TVariant::_SetLongText(const char* text, unsigned long length) {
-  if (length + 1 >= s_NoBlock) {
+  if (length + 1 >= kNoBlock) {
     return false;
   }
   char* const old = IsLongText(*this) ? static_cast<char*>(LoadPointer(Value)) : nullptr;
@@ -269,7 +269,7 @@ bool TVariant::_SetArray(DATA_TYPE type, unsigned long count, const void* data) 
     Reset();
     return false;
   }
-  if (bytes < s_HeapFrom) {
+  if (bytes < kHeapFrom) {
     const KEPTBYTES kept(data, data != nullptr ? bytes : 0);
     Reset();
     if (data != nullptr) {
@@ -416,7 +416,7 @@ const void* TVariant::GetArrayData(unsigned long* bytes) const {
   if (!IsArray(Type) || GetBaseCode(Type) >= DATA_TYPE_REF) {
     return nullptr;
   }
-  return size >= s_HeapFrom ? LoadPointer(Value) : Value;
+  return size >= kHeapFrom ? LoadPointer(Value) : Value;
 }
 
 } // namespace Zx3D

@@ -35,7 +35,7 @@ std::string PrintVector(const TVariant& v, const char* const* formats) {
 }
 
 // Two, three and four components by base code. The names of the last column are what files hold.
-constexpr const char* s_VectorFormats[12][3] = {
+constexpr const char* kVectorFormats[12][3] = {
     {},
     {"vec2b(%s,%s)", "vec3b(%s,%s,%s)", "vec4b(%s,%s,%s,%s)"},
     {"vec2i8(%d,%d)", "vec3i8(%d,%d,%d)", "vec3i8(%d,%d,%d,%d)"},
@@ -69,7 +69,7 @@ bool VectorToString(const TVariant& v, std::string* text) {
   if (components < 2 || components > 4 || base < DATA_TYPE_BOOL || base > DATA_TYPE_DOUBLE) {
     return false;
   }
-  const char* const* const formats = s_VectorFormats[base];
+  const char* const* const formats = kVectorFormats[base];
   switch (base) {
   case DATA_TYPE_BOOL:
     *text = PrintBoolVector(v, formats);
@@ -134,9 +134,9 @@ std::string PrintNumber(const TVariant& v, const char* before, const char* after
   }
 }
 
-constexpr const char* s_ScalarNames[12] = {"",       "",        "int8(",  "uint8(",
-                                           "int16(", "uint16(", "int32(", "uint32(",
-                                           "int64(", "uint64(", "float(", "double("};
+constexpr const char* kScalarNames[12] = {"",       "",        "int8(",  "uint8(",
+                                          "int16(", "uint16(", "int32(", "uint32(",
+                                          "int64(", "uint64(", "float(", "double("};
 
 bool StartsWith(const std::string& text, std::string_view start) {
   return text.compare(0, start.size(), start) == 0;
@@ -184,7 +184,7 @@ bool TVariant::ToString(std::string* text) const {
     return true;
   }
   default:
-    *text = PrintNumber(*this, s_ScalarNames[Type], ")");
+    *text = PrintNumber(*this, kScalarNames[Type], ")");
     return true;
   }
 }

@@ -12,7 +12,7 @@
 namespace Zx3D::variant {
 
 /// Bytes from which on a payload lives on the heap: a text with its terminator, or an array.
-constexpr std::uint64_t s_HeapFrom = 33;
+constexpr std::uint64_t kHeapFrom = 33;
 
 template <class T> inline T Load(const void* from) {
   T value;

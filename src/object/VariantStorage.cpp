@@ -10,12 +10,12 @@
 namespace Zx3D {
 
 // Bytes of the data form of a scalar by base code; 0 where it isn't one of the eleven.
-static constexpr unsigned char s_Width[16] = {0, 1, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 0, 0, 0, 0};
+static constexpr unsigned char kWidth[16] = {0, 1, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8, 0, 0, 0, 0};
 
 static bool HasArrayFlag(std::uint32_t tag) { return (tag & TVariant::s_ArrayFlag) != 0; }
 
 // Components that a tag asks for, of which a vector of int32 can have up to 4.
-static constexpr unsigned long s_MaxComponents = 4;
+static constexpr unsigned long kMaxComponents = 4;
 
 static std::uint32_t ToWord(const unsigned char* bytes) {
   std::uint32_t word = 0;
@@ -65,17 +65,17 @@ static unsigned long GetTextSize(unsigned long length) { return 4 + length + Get
 static bool SaveAtOnce(TStream* stream, const char* name, unsigned long length,
                        const TVariant& value) {
   TMemoryStream* memory = TMemoryAccess::Of(stream);
-  if (memory == nullptr || length > s_TrustedLength || value.Type > DATA_TYPE_STRING) {
+  if (memory == nullptr || length > kTrustedLength || value.Type > DATA_TYPE_STRING) {
     return false;
   }
   const std::uint32_t tag = value.Type;
-  const unsigned long width = s_Width[tag];
+  const unsigned long width = kWidth[tag];
   const char* text = value.GetStringPtr();
   if (width == 0 && tag != DATA_TYPE_NONE && text == nullptr) {
     return false;
   }
   const unsigned long textLength = text != nullptr ? std::strlen(text) : 0;
-  if (textLength > s_TrustedLength) {
+  if (textLength > kTrustedLength) {
     return false;
   }
   const unsigned long size = (name != nullptr ? GetTextSize(length) : 0) + 4 +
@@ -112,8 +112,8 @@ static bool SaveArrayData(TStream& stream, std::uint32_t tag, const TVariant& va
 
 static bool SaveVectorData(TStream& stream, DATA_TYPE type, const TVariant& value) {
   const unsigned long components = TVariant::GetComponents(type);
-  int values[s_MaxComponents];
-  return TVariant::GetBaseCode(type) == DATA_TYPE_INT32 && components <= s_MaxComponents &&
+  int values[kMaxComponents];
+  return TVariant::GetBaseCode(type) == DATA_TYPE_INT32 && components <= kMaxComponents &&
          value.GetVector(values, components) &&
          stream.WriteAll(values, components * sizeof values[0]);
 }
@@ -229,7 +229,7 @@ static bool LoadArrayData(TStream& stream, std::uint32_t tag, TVariant& value) {
     return false;
   }
   const unsigned long size = head[0] * TVariant::s_BaseTypeSize[base];
-  if (size > s_TrustedLength && size > GetRemaining(stream)) {
+  if (size > kTrustedLength && size > GetRemaining(stream)) {
     // The stream may deliver more than it says, but no length is worth an allocation here.
     value.Reset();
     unsigned char* block = size == head[1] ? ReadBlock(stream, size, 0) : nullptr;
@@ -252,8 +252,8 @@ static bool LoadArrayData(TStream& stream, std::uint32_t tag, TVariant& value) {
 
 static bool LoadVectorData(TStream& stream, DATA_TYPE type, TVariant& value) {
   const unsigned long components = TVariant::GetComponents(type);
-  int values[s_MaxComponents];
-  return TVariant::GetBaseCode(type) == DATA_TYPE_INT32 && components <= s_MaxComponents &&
+  int values[kMaxComponents];
+  return TVariant::GetBaseCode(type) == DATA_TYPE_INT32 && components <= kMaxComponents &&
          stream.ReadAll(values, components * sizeof values[0]) &&
          value.SetVector(values, components);
 }
@@ -268,7 +268,7 @@ static bool LoadText(TObjectReader& reader, TStream& stream, TVariant& value) {
   if (!reader.ReadStringLen(&length)) {
     return false;
   }
-  if (length <= s_ScratchMax) {
+  if (length <= kScratchMax) {
     const char* text = TReaderAccess::ReadText(reader, length);
     return text != nullptr && value.Set(text, std::strlen(text));
   }
@@ -390,7 +390,7 @@ static TAtOnce LoadAtOnce(TMemoryStream& memory, TVariant& value) {
   }
   const std::uint32_t tag = ToWord(from);
   if (tag <= DATA_TYPE_DOUBLE) {
-    const unsigned long width = s_Width[tag];
+    const unsigned long width = kWidth[tag];
     if (remaining - 4 < width) {
       return TAtOnce::LongWay;
     }
@@ -401,7 +401,7 @@ static TAtOnce LoadAtOnce(TMemoryStream& memory, TVariant& value) {
     return TAtOnce::LongWay;
   }
   const unsigned long length = ToWord(from + 4);
-  if (length > s_TrustedLength || remaining - 4 < GetTextSize(length)) {
+  if (length > kTrustedLength || remaining - 4 < GetTextSize(length)) {
     return TAtOnce::LongWay;
   }
   TMemoryAccess::Passed(memory, 4 + GetTextSize(length));

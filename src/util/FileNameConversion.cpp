@@ -34,18 +34,18 @@ unsigned long CountComponents(const char* at, const char* end) {
   return count;
 }
 
-// Drops the last directory of out[0..length), which ends in a separator as a rule; `s_Fail` where
+// Drops the last directory of out[0..length), which ends in a separator as a rule; `kFail` where
 // none can be dropped.
 unsigned long DirectoryUp(const char* out, unsigned long length) {
   if (length < 3) {
-    return s_Fail;
+    return kFail;
   }
   for (--length; length != 0; --length) {
     if (IsSeparator(out[length - 1])) {
       return length;
     }
   }
-  return s_Fail;
+  return kFail;
 }
 
 } // namespace
@@ -72,14 +72,14 @@ unsigned long FullToRelativeFileName(const char* name, unsigned long nameLength,
   unsigned long length = 0;
   for (unsigned long up = CountComponents(baseRest, baseEnd); up != 0; --up) {
     if (length + 3 >= size) {
-      return s_Fail;
+      return kFail;
     }
     std::memcpy(out + length, "..\\", 3);
     length += 3;
   }
   const unsigned long rest =
       CopyText<char>({name + slash + 1, nameLength - (slash + 1)}, out + length, size - length);
-  return rest == s_Fail ? s_Fail : length + rest;
+  return rest == kFail ? kFail : length + rest;
 }
 
 unsigned long RelativeToFullFileName(const char* name, unsigned long /*nameLength*/,
@@ -87,13 +87,13 @@ unsigned long RelativeToFullFileName(const char* name, unsigned long /*nameLengt
                                      unsigned long size) {
   baseLength = Measured(base, baseLength);
   if (baseLength >= size) {
-    return s_Fail;
+    return kFail;
   }
   std::memmove(out, base, baseLength);
   unsigned long length = baseLength;
   if (length != 0 && !IsSeparator(out[length - 1])) {
     if (length + 1 >= size) {
-      return s_Fail;
+      return kFail;
     }
     out[length++] = '\\';
   }
@@ -102,14 +102,14 @@ unsigned long RelativeToFullFileName(const char* name, unsigned long /*nameLengt
       name += 2;
     } else if (name[0] == '.' && name[1] == '.' && IsSeparator(name[2])) {
       length = DirectoryUp(out, length);
-      if (length == s_Fail) {
-        return s_Fail;
+      if (length == kFail) {
+        return kFail;
       }
       name += 3;
     } else {
       out[length++] = *name++;
       if (length >= size) {
-        return s_Fail;
+        return kFail;
       }
     }
   }

@@ -8,9 +8,9 @@
 namespace zx_filename {
 
 /// The result of a text that does not fit.
-constexpr unsigned long s_Fail = ~0UL;
+constexpr unsigned long kFail = ~0UL;
 /// Measures in some forms only; in the others no text is that long.
-constexpr unsigned long s_NoLength = ~0UL - 1;
+constexpr unsigned long kNoLength = ~0UL - 1;
 
 template <class TChar> struct TEXTRANGE {
   const TChar* Begin;
@@ -25,15 +25,15 @@ template <class TChar> unsigned long Measured(const TChar* text, unsigned long l
 
 /// `~0` and `~0 - 1` both measure.
 template <class TChar> TEXTRANGE<TChar> MeasuredEither(const TChar* text, unsigned long length) {
-  return {text, Measured(text, length == s_NoLength ? ~0UL : length)};
+  return {text, Measured(text, length == kNoLength ? ~0UL : length)};
 }
 
-/// Copies and terminates; `s_Fail`, with nothing written, when the text does not fit. The text may
+/// Copies and terminates; `kFail`, with nothing written, when the text does not fit. The text may
 /// lie in the output.
 template <class TChar>
 unsigned long CopyText(TEXTRANGE<TChar> text, TChar* out, unsigned long size) {
   if (text.Length >= size) {
-    return s_Fail;
+    return kFail;
   }
   std::char_traits<TChar>::move(out, text.Begin, text.Length);
   out[text.Length] = 0;

@@ -66,8 +66,8 @@ unsigned long ExtractPath(TEXTRANGE<TChar> name, TChar* out, unsigned long size)
 
 template <class TChar>
 unsigned long ExtractTitle(TEXTRANGE<TChar> name, TChar* out, unsigned long size) {
-  if (name.Length == s_NoLength) {
-    return s_Fail;
+  if (name.Length == kNoLength) {
+    return kFail;
   }
   TEXTRANGE<TChar> part = FileNamePart(name);
   const TChar* const point = FindCharRIn<TChar>(part.Begin, part.Length, '.');
@@ -79,8 +79,8 @@ unsigned long ExtractTitle(TEXTRANGE<TChar> name, TChar* out, unsigned long size
 
 template <class TChar>
 unsigned long ExtractExt(TEXTRANGE<TChar> name, TChar* out, unsigned long size) {
-  if (name.Length == s_NoLength) {
-    return s_Fail;
+  if (name.Length == kNoLength) {
+    return kFail;
   }
   const TChar* const point = FindCharRIn<TChar>(name.Begin, name.Length, '.');
   if (point == nullptr) {

@@ -26,7 +26,7 @@ struct DECIMALCHARS {
   }
   bool Is[256] = {};
 };
-constexpr DECIMALCHARS s_Decimal;
+constexpr DECIMALCHARS kDecimal;
 
 // How far `from_chars` may look: to the terminator when it is near, and otherwise to the end of
 // what can be a decimal, so that a number at the head of a long text does not cost the text's
@@ -36,7 +36,7 @@ std::size_t DecimalLength(const char* text) {
   std::size_t length = strnlen(text, near);
   if (length == near) {
     length = 0;
-    while (s_Decimal.Is[static_cast<unsigned char>(text[length])]) {
+    while (kDecimal.Is[static_cast<unsigned char>(text[length])]) {
       ++length;
     }
   }

@@ -8,7 +8,7 @@ namespace {
 
 using namespace zx_text;
 
-constexpr unsigned long s_Measure = ~0UL;
+constexpr unsigned long kMeasure = ~0UL;
 
 } // namespace
 
@@ -45,28 +45,28 @@ bool StringToInt32(const char* text, int* out) { return ReadSigned<unsigned int>
 bool StringToLong(const char* text, long* out) { return ReadSigned<unsigned long>(text, out); }
 
 bool StringToUint(const char* text, unsigned long length, unsigned int* out) {
-  if (length >= s_Measure - 1) {
+  if (length >= kMeasure - 1) {
     length = std::strlen(text);
   }
   return ReadDecimal(text, length, out);
 }
 
 bool StringToInt(const char* text, unsigned long length, int* out) {
-  if (length >= s_Measure - 1) {
+  if (length >= kMeasure - 1) {
     length = std::strlen(text);
   }
   return ReadSigned<unsigned int>(text, length, out);
 }
 
 bool StringToInt64(const char* text, unsigned long length, long* out) {
-  if (length == s_Measure) {
+  if (length == kMeasure) {
     length = std::strlen(text);
   }
   return ReadSigned<unsigned long>(text, length, out);
 }
 
 bool StringToUint64(const char* text, unsigned long length, unsigned long* out) {
-  if (length == s_Measure) {
+  if (length == kMeasure) {
     length = std::strlen(text);
   }
   return ReadDecimal(text, length, out);
@@ -104,7 +104,7 @@ bool StringToBool(const char* text, unsigned long length, bool* out) {
 }
 
 bool StringToInt(const char* text, unsigned long length, int* out, const char** end) {
-  if (length == s_Measure) {
+  if (length == kMeasure) {
     length = std::strlen(text);
   }
   const char* const stop = text + length;

@@ -21,9 +21,9 @@
 #include <ZxCore3D/object/TObjectWriter.h>
 #include <ZxCore3D/object/TVariant.h>
 
+#include "../render/RandomScene.h"
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
-#include "../render/RandomScene.h"
 
 namespace {
 
@@ -69,8 +69,8 @@ std::vector<double> Numbers(std::size_t count, std::mt19937_64* random) {
 
 THash SceneAt(const char* level, int seed) {
   Zx3D::LimitSpanLevel(level);
-  const std::vector<unsigned char> left = zxtest::TRandomScene(static_cast<std::uint32_t>(seed))
-                                              .RunForAnyProcessor(zxtest::TRandomScene::kCalls);
+  const std::vector<unsigned char> left = zx_test::TRandomScene(static_cast<std::uint32_t>(seed))
+                                              .RunForAnyProcessor(zx_test::TRandomScene::kCalls);
   THash hash;
   hash.Add(left.data(), left.size());
   return hash;
@@ -107,8 +107,8 @@ void Scenes(int count) {
 // What the scene's first calls leave, call by call, by the reference path.
 void TraceScene(int seed) {
   Zx3D::LimitSpanLevel("reference");
-  const zxtest::TRandomScene scene(static_cast<std::uint32_t>(seed));
-  for (int calls = 1; calls <= zxtest::TRandomScene::kCalls; ++calls) {
+  const zx_test::TRandomScene scene(static_cast<std::uint32_t>(seed));
+  for (int calls = 1; calls <= zx_test::TRandomScene::kCalls; ++calls) {
     const std::vector<unsigned char> left = scene.RunForAnyProcessor(calls);
     THash hash;
     hash.Add(left.data(), left.size());

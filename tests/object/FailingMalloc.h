@@ -4,14 +4,14 @@
 
 // The test program's own malloc family, which operator new uses too: it counts what this thread
 // allocates while a guard lives, and can let one allocation fail. Not available under the address
-// sanitizer, which needs the names for itself; s_Available tells.
+// sanitizer, which needs the names for itself; kAvailable tells.
 
 namespace zx_test {
 
 #ifdef __SANITIZE_ADDRESS__
-constexpr bool s_Available = false;
+constexpr bool kAvailable = false;
 #else
-constexpr bool s_Available = true;
+constexpr bool kAvailable = true;
 #endif
 
 /// Counts from its construction to its destruction. One at a time in a thread.

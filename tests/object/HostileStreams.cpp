@@ -24,7 +24,7 @@ using zx_test::TPlainStream;
 
 namespace {
 
-constexpr long s_Slack = 1 << 20;
+constexpr long kSlack = 1 << 20;
 
 // One of everything that the format has; every read in `ReadAllElements` has its element here.
 bool WriteAllElements(TObjectWriter& writer) {
@@ -138,7 +138,7 @@ bool ReadBoth(const Bytes& bytes, unsigned long chunk) {
       peak = watch.PeakBytes();
     }
     EXPECT_EQ(left, 0);
-    EXPECT_LE(peak, static_cast<long>(bytes.size()) + s_Slack);
+    EXPECT_LE(peak, static_cast<long>(bytes.size()) + kSlack);
     EXPECT_LE(stream.GetPos(), static_cast<long>(bytes.size()) + 2);
     stream.SetPos(0);
     EXPECT_EQ(ReadAllElements(stream, &results[way]), done[way]);
@@ -239,7 +239,7 @@ TEST(HostileStreams, LengthsOf4GiBAreFalseAtOnce) {
 }
 
 TEST(HostileStreams, LargeElementsStayWithinTheirSizePlusOneMiB) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   constexpr unsigned long size = 8UL << 20;
@@ -275,7 +275,7 @@ TEST(HostileStreams, LargeElementsStayWithinTheirSizePlusOneMiB) {
           left = watch.LiveBlocks();
         }
         EXPECT_EQ(done, whole) << what;
-        EXPECT_LE(peak, static_cast<long>(bytes.size()) + s_Slack) << what << way << whole;
+        EXPECT_LE(peak, static_cast<long>(bytes.size()) + kSlack) << what << way << whole;
         EXPECT_EQ(left, 0);
       }
     }
@@ -325,7 +325,7 @@ TEST(HostileStreams, WritersStopAtTheFirstFailure) {
 }
 
 TEST(HostileStreams, EveryFailingAllocationIsFalseAndLeaksNothing) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   const Bytes good = GoodFile();
@@ -363,7 +363,7 @@ TEST(HostileStreams, EveryFailingAllocationIsFalseAndLeaksNothing) {
 }
 
 TEST(HostileStreams, EveryFailingAllocationOfLargeElements) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   for (int what = 0; what < 4; ++what) {

@@ -146,7 +146,7 @@ TEST_F(Moves, AVariantTakesOutOfTheObjectItHolds) {
 }
 
 TEST_F(Moves, StdSwapAndAGrowingVectorCopyNothing) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the address sanitizer has the allocator";
   }
   std::vector<TVariant> values(3);
@@ -187,7 +187,7 @@ TEST_F(Moves, AListIsTakenAndLeftEmpty) {
 }
 
 TEST_F(Moves, AValueMovesIntoAList) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the address sanitizer has the allocator";
   }
   TAttributes list;

@@ -184,7 +184,7 @@ TEST(TAttributable, FindAttributeEThrowsAndTraces) {
 }
 
 TEST(TAttributable, EveryFailingAllocationPassesThroughAndLeaksNothing) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   const std::string name(40, 'n');

@@ -343,7 +343,7 @@ TEST_F(TFileStreamTest, SaveToAFullDeviceIsFalse) {
 }
 
 TEST_F(TFileStreamTest, EveryFailingAllocationIsFalseAndLeaksNothing) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   const std::string in = Put("in", std::string(5000, 'i'));
@@ -381,7 +381,7 @@ TEST_F(TFileStreamTest, EveryFailingAllocationIsFalseAndLeaksNothing) {
 }
 
 TEST_F(TFileStreamTest, EveryFailingAllocationOfASaveIsFalseOrWritesAll) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   const std::string out = Name("out");

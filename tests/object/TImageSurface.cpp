@@ -335,7 +335,7 @@ TEST(LoadImageObject, SaysWhyItFailed) {
 }
 
 TEST(TImageSurface, ExhaustedMemoryKeepsAll) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP();
   }
   std::uint8_t pixels[4] = {1, 2, 3, 4};
@@ -366,7 +366,7 @@ TEST(TImageSurface, ExhaustedMemoryKeepsAll) {
 }
 
 TEST(LoadImageObject, EveryFailingAllocationGivesFalseAndLeaksNothing) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP();
   }
   const std::string png = (std::filesystem::temp_directory_path() /

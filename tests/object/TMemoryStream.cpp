@@ -465,7 +465,7 @@ TEST(TMemoryStream, SwapExchangesAllFields) {
 }
 
 TEST(TMemoryStream, ExhaustedMemoryKeepsBlockAndContents) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   TMemoryStream stream;

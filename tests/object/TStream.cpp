@@ -176,7 +176,7 @@ TEST(TStream, MapIgnoresAFailingSeek) {
 }
 
 TEST(TStream, MapSurvivesEveryFailingAllocation) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
   for (unsigned long at = 1; at <= 2; ++at) {

@@ -49,9 +49,9 @@ void Check(const ROW& row, int line) {
             std::bit_cast<std::uint64_t>(row.Double));
 }
 
-constexpr unsigned long s_Top = 1UL << 63;
-constexpr long s_Min64 = std::numeric_limits<long>::min();
-constexpr int s_Min32 = std::numeric_limits<int>::min();
+constexpr unsigned long kTop = 1UL << 63;
+constexpr long kMin64 = std::numeric_limits<long>::min();
+constexpr int kMin32 = std::numeric_limits<int>::min();
 
 TEST(TVariantGet, Bool) {
   Check({Make(true), true, 1, 1, 1, 1, 1, 1, 1, 1, 1.0F, 1.0}, __LINE__);
@@ -98,7 +98,7 @@ TEST(TVariantGet, Int32) {
 }
 
 TEST(TVariantGet, Uint32) {
-  Check({Make<unsigned int>(0x80000080U), true, -128, 128, 128, 128, s_Min32 + 128, 0x80000080U,
+  Check({Make<unsigned int>(0x80000080U), true, -128, 128, 128, 128, kMin32 + 128, 0x80000080U,
          0x80000080L, 0x80000080UL, 2147483648.0F, 2147483776.0},
         __LINE__);
 }
@@ -122,7 +122,7 @@ TEST(TVariantGet, Uint64) {
          18446744073709551616.0F, 18446744073709551616.0},
         __LINE__);
   // 2^63 + 2^39 + 1, above the middle of two floats
-  const unsigned long middle = s_Top + (1UL << 39) + 1;
+  const unsigned long middle = kTop + (1UL << 39) + 1;
   Check({Make<unsigned long>(middle), true, 1, 1, 1, 1, 1, 1, static_cast<long>(middle), middle,
          std::ldexp(1.0F, 63) + std::ldexp(1.0F, 40), std::ldexp(1.0, 63) + std::ldexp(1.0, 39)},
         __LINE__);
@@ -145,38 +145,38 @@ TEST(TVariantGet, RealsAtTheEdgesOf32Bits) {
   Check({Make<double>(2147483647.5), true, -1, 255, -1, 65535, 2147483647, 2147483647U, 2147483647L,
          2147483647UL, 2147483648.0F, 2147483647.5},
         __LINE__);
-  Check({Make<double>(2147483648.0), true, 0, 0, 0, 0, s_Min32, 2147483648U, 2147483648L,
+  Check({Make<double>(2147483648.0), true, 0, 0, 0, 0, kMin32, 2147483648U, 2147483648L,
          2147483648UL, 2147483648.0F, 2147483648.0},
         __LINE__);
-  Check({Make<double>(-2147483648.9), true, 0, 0, 0, 0, s_Min32, 2147483648U, -2147483648L,
+  Check({Make<double>(-2147483648.9), true, 0, 0, 0, 0, kMin32, 2147483648U, -2147483648L,
          static_cast<unsigned long>(-2147483648L), -2147483648.0F, -2147483648.9},
         __LINE__);
-  Check({Make<double>(4294967301.0), true, 0, 0, 0, 0, s_Min32, 5, 4294967301L, 4294967301UL,
+  Check({Make<double>(4294967301.0), true, 0, 0, 0, 0, kMin32, 5, 4294967301L, 4294967301UL,
          4294967296.0F, 4294967301.0},
         __LINE__);
-  Check({Make<double>(-4294967301.0), true, 0, 0, 0, 0, s_Min32, 4294967291U, -4294967301L,
+  Check({Make<double>(-4294967301.0), true, 0, 0, 0, 0, kMin32, 4294967291U, -4294967301L,
          static_cast<unsigned long>(-4294967301L), -4294967296.0F, -4294967301.0},
         __LINE__);
 }
 
 TEST(TVariantGet, RealsAtTheEdgesOf64Bits) {
   const double edge = 9223372036854775808.0;
-  Check({Make<double>(edge), true, 0, 0, 0, 0, s_Min32, 0, s_Min64, s_Top, 9223372036854775808.0F,
-         edge},
-        __LINE__);
-  Check({Make<double>(edge + 4096.0), true, 0, 0, 0, 0, s_Min32, 0, s_Min64, s_Top + 4096,
+  Check(
+      {Make<double>(edge), true, 0, 0, 0, 0, kMin32, 0, kMin64, kTop, 9223372036854775808.0F, edge},
+      __LINE__);
+  Check({Make<double>(edge + 4096.0), true, 0, 0, 0, 0, kMin32, 0, kMin64, kTop + 4096,
          9223372036854775808.0F, edge + 4096.0},
         __LINE__);
-  Check({Make<double>(-edge), true, 0, 0, 0, 0, s_Min32, 0, s_Min64, s_Top, -9223372036854775808.0F,
+  Check({Make<double>(-edge), true, 0, 0, 0, 0, kMin32, 0, kMin64, kTop, -9223372036854775808.0F,
          -edge},
         __LINE__);
-  Check({Make<float>(18446742974197923840.0F), true, 0, 0, 0, 0, s_Min32, 0, s_Min64,
+  Check({Make<float>(18446742974197923840.0F), true, 0, 0, 0, 0, kMin32, 0, kMin64,
          18446742974197923840UL, 18446742974197923840.0F, 18446742974197923840.0},
         __LINE__);
-  Check({Make<double>(18446744073709551616.0), true, 0, 0, 0, 0, s_Min32, 0, s_Min64, s_Top,
+  Check({Make<double>(18446744073709551616.0), true, 0, 0, 0, 0, kMin32, 0, kMin64, kTop,
          18446744073709551616.0F, 18446744073709551616.0},
         __LINE__);
-  Check({Make<double>(-1e300), true, 0, 0, 0, 0, s_Min32, 0, s_Min64, s_Top,
+  Check({Make<double>(-1e300), true, 0, 0, 0, 0, kMin32, 0, kMin64, kTop,
          -std::numeric_limits<float>::infinity(), -1e300},
         __LINE__);
 }
@@ -190,10 +190,10 @@ TEST(TVariantGet, RealsThatAreNoNumbers) {
       EXPECT_EQ(v.Get<unsigned char>(), 0);
       EXPECT_EQ(v.Get<short>(), 0);
       EXPECT_EQ(v.Get<unsigned short>(), 0);
-      EXPECT_EQ(v.Get<int>(), s_Min32);
+      EXPECT_EQ(v.Get<int>(), kMin32);
       EXPECT_EQ(v.Get<unsigned int>(), 0U);
-      EXPECT_EQ(v.Get<long>(), s_Min64);
-      EXPECT_EQ(v.Get<unsigned long>(), s_Top);
+      EXPECT_EQ(v.Get<long>(), kMin64);
+      EXPECT_EQ(v.Get<unsigned long>(), kTop);
       EXPECT_EQ(std::isnan(v.Get<float>()), std::isnan(value));
       EXPECT_EQ(std::isnan(v.Get<double>()), std::isnan(value));
       EXPECT_EQ(v.Get<double>() > 0, value > 0);

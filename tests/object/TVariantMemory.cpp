@@ -16,7 +16,7 @@ using zx_test::TMallocWatch;
 class TVariantMemory : public testing::Test {
 protected:
   void SetUp() override {
-    if (!zx_test::s_Available) {
+    if (!zx_test::kAvailable) {
       GTEST_SKIP() << "the address sanitizer has the allocator";
     }
   }

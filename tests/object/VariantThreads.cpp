@@ -22,14 +22,14 @@ public:
   ~TCounted() override { ++s_Destroyed; }
 };
 
-constexpr int s_Threads = 4;
-constexpr int s_Rounds = 20000;
+constexpr int kThreads = 4;
+constexpr int kRounds = 20000;
 
 /// Copies, moves, sets and lets go; each thread works on variants of its own.
 void CopyAndLetGo(const TVariant& source) {
   std::vector<TVariant> copies(4);
   TAttributes list;
-  for (int round = 0; round < s_Rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     TVariant copy(source);
     copies[static_cast<std::size_t>(round % 4)] = copy;
     TVariant moved(std::move(copy));
@@ -49,16 +49,16 @@ TEST(VariantThreads, CopiesOfAReferenceKeepItsCount) {
   TCounted* const ref = new TCounted;
   {
     const TVariant source(ref);
-    std::vector<TVariant> sources(s_Threads, source);
-    EXPECT_EQ(ref->GetRefCount(), 2u + s_Threads);
+    std::vector<TVariant> sources(kThreads, source);
+    EXPECT_EQ(ref->GetRefCount(), 2u + kThreads);
     std::vector<std::thread> threads;
-    for (int i = 0; i < s_Threads; ++i) {
+    for (int i = 0; i < kThreads; ++i) {
       threads.emplace_back(CopyAndLetGo, std::cref(sources[static_cast<std::size_t>(i)]));
     }
     for (std::thread& thread : threads) {
       thread.join();
     }
-    EXPECT_EQ(ref->GetRefCount(), 2u + s_Threads);
+    EXPECT_EQ(ref->GetRefCount(), 2u + kThreads);
   }
   EXPECT_EQ(ref->GetRefCount(), 1u);
   EXPECT_EQ(s_Destroyed, 0);
@@ -70,7 +70,7 @@ TEST(VariantThreads, TheLastOfTheThreadsDestroysTheObjectOnce) {
   s_Destroyed = 0;
   for (int round = 0; round < 200; ++round) {
     TCounted* const ref = new TCounted;
-    std::vector<TVariant> held(s_Threads, TVariant(ref));
+    std::vector<TVariant> held(kThreads, TVariant(ref));
     ref->Release();
     std::vector<std::thread> threads;
     for (TVariant& variant : held) {

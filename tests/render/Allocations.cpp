@@ -45,7 +45,7 @@ void Prepare(TRenderCPU& r) {
 }
 
 TEST(Allocations, ADrawnFrameMakesNone) {
-  if (!s_Available) {
+  if (!kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
   }
   TScene s(64, 48);
@@ -67,7 +67,7 @@ TEST(Allocations, ADrawnFrameMakesNone) {
 }
 
 TEST(Allocations, NorDoesOneIntoADrawBuffer) {
-  if (!s_Available) {
+  if (!kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
   }
   TScene s(64, 48);
@@ -80,7 +80,7 @@ TEST(Allocations, NorDoesOneIntoADrawBuffer) {
 }
 
 TEST(Allocations, NorDoArrays) {
-  if (!s_Available) {
+  if (!kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
   }
   TScene s(64, 48);
@@ -97,7 +97,7 @@ TEST(Allocations, NorDoArrays) {
 
 // Whichever allocation fails, nothing is thrown, nothing is kept, and the next try succeeds.
 TEST(Allocations, CreateFailsAtEachOfItsOwn) {
-  if (!s_Available) {
+  if (!kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
   }
   unsigned long failAt = 1;
@@ -130,7 +130,7 @@ TEST(Allocations, CreateFailsAtEachOfItsOwn) {
 }
 
 TEST(Allocations, TheWatchSeesAnAllocation) {
-  if (!s_Available) {
+  if (!kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc for itself";
   }
   const TMallocWatch watch;

@@ -15,8 +15,8 @@ namespace {
 
 using TPointer = TRenderCPU::TVertexAttribPointer;
 
-constexpr unsigned int s_Modes[] = {GL_POINTS,    GL_LINES,          GL_LINE_LOOP,    GL_LINE_STRIP,
-                                    GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
+constexpr unsigned int kModes[] = {GL_POINTS,    GL_LINES,          GL_LINE_LOOP,    GL_LINE_STRIP,
+                                   GL_TRIANGLES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_QUADS};
 
 const float s_Corners[8] = {-0.75f, -0.75f, 0.75f, -0.75f, 0.75f, 0.75f, -0.75f, 0.75f};
 
@@ -52,7 +52,7 @@ template <class TIndex> void ExpectAFetchForEachIndex(unsigned int type) {
     indices.push_back(static_cast<TIndex>(element));
     elements.push_back(element);
   }
-  for (const unsigned int mode : s_Modes) {
+  for (const unsigned int mode : kModes) {
     SCOPED_TRACE(mode);
     const TScene drawn(32, 32);
     SetCorners(*drawn);
@@ -80,7 +80,7 @@ TEST(OwnFetch, IsCalledForEveryVertexOfDrawElements) {
 }
 
 TEST(OwnFetch, IsCalledForEveryVertexOfDrawArrays) {
-  for (const unsigned int mode : s_Modes) {
+  for (const unsigned int mode : kModes) {
     const TScene s(32, 32);
     SetCorners(*s);
     s->m_VertexPointer.GetValue = FetchByCall;
@@ -119,9 +119,9 @@ TEST(OwnFetch, NeedsNoData) {
 }
 
 void FetchAndTint(const TPointer* p, unsigned long index, V4* out) {
-  static constexpr double s_Reds[3] = {0.25, 0.5, 1};
+  static constexpr double kReds[3] = {0.25, 0.5, 1};
   auto* const render = static_cast<TRenderCPU*>(const_cast<void*>(p->Pointer));
-  render->m_CurColor = {s_Reds[s_Fetched.size() % 3], 0, 0, 1};
+  render->m_CurColor = {kReds[s_Fetched.size() % 3], 0, 0, 1};
   *out = {s_Corners[index % 4 * 2], s_Corners[index % 4 * 2 + 1], 0, 1};
   s_Fetched.push_back(index);
 }
@@ -154,7 +154,7 @@ public:
 TEST(ArrayCounts, BelowOneDoNothing) {
   const std::uint32_t indices[4] = {0, 1, 2, 3};
   for (const int count : {0, -1, -3, -4, -96, -1000, INT_MIN + 1, INT_MIN}) {
-    for (const unsigned int mode : s_Modes) {
+    for (const unsigned int mode : kModes) {
       SCOPED_TRACE(std::to_string(mode) + ", " + std::to_string(count));
       const TScene s(16, 16);
       SetCorners(*s);
@@ -203,7 +203,7 @@ TEST(ArrayBuffers, ABadIndexTypeIsReportedAllTheSame) {
   SetCorners(*s);
   BoundBuffer(*s, GL_ELEMENT_ARRAY_BUFFER);
   s->DrawElements(GL_TRIANGLES, 3, GL_FLOAT, nullptr);
-  EXPECT_EQ(static_cast<unsigned int>(GL_INVALID_VALUE), s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, s->GetError());
 }
 
 // Up to the last index that the buffer holds and not beyond.

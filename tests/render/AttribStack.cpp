@@ -3,6 +3,7 @@
 #include <vector>
 
 #include <ZxCore3D/render/FragmentOps.h>
+#include <ZxCore3D/render/GLEnums.h>
 
 #include "StateChecks.h"
 
@@ -103,8 +104,8 @@ const std::vector<TPiece>& Others() {
   return s_Others;
 }
 
-constexpr unsigned int s_AllGroups[9] = {0x1,   0x8,    0x40,   0x100, 0x400,
-                                         0x800, 0x2000, 0x4000, 0x8000};
+constexpr unsigned int kAllGroups[9] = {0x1,   0x8,    0x40,   0x100, 0x400,
+                                        0x800, 0x2000, 0x4000, 0x8000};
 
 /// Sees the virtual operations that a restore goes through.
 class TRestoreSpy : public TRenderCPU {
@@ -193,9 +194,9 @@ TEST(AttribStack, EntriesHoldTheMaskAndTheGroupsRecords) {
   const std::size_t records[9] = {3, 2, 1, 1, 2, 1, 1, 2, 1};
   THeld<TRenderCPU> r;
   for (std::size_t i = 0; i < 9; ++i) {
-    r->PushAttrib(s_AllGroups[i]);
-    EXPECT_EQ(s_AllGroups[i], r->m_AttribStack.back().Mask);
-    EXPECT_EQ(records[i], r->m_AttribStack.back().Data.size()) << s_AllGroups[i];
+    r->PushAttrib(kAllGroups[i]);
+    EXPECT_EQ(kAllGroups[i], r->m_AttribStack.back().Mask);
+    EXPECT_EQ(records[i], r->m_AttribStack.back().Data.size()) << kAllGroups[i];
   }
   r->PushAttrib(0xFFFFFFFF);
   EXPECT_EQ(14u, r->m_AttribStack.back().Data.size());
@@ -257,7 +258,7 @@ TEST(AttribStack, AnEmptyStackReportsAndStops) {
   THeld<TRenderCPU> r;
   r->DepthFunc(GL_ALWAYS);
   r->PopAttrib();
-  EXPECT_EQ(1282u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError());
   EXPECT_EQ(519u, r->m_DepthFunc);
   EXPECT_TRUE(r->m_AttribStack.empty());
 }
@@ -268,10 +269,10 @@ TEST(AttribStack, IsRefusedBetweenBeginAndEnd) {
   s->Begin(GL_POINTS);
   s->_Color4d(0.1, 0.2, 0.3, 0.4);
   s->PushAttrib(0x1);
-  EXPECT_EQ(1282u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
   EXPECT_EQ(1u, s->m_AttribStack.size());
   s->PopAttrib();
-  EXPECT_EQ(1282u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
   EXPECT_EQ(1u, s->m_AttribStack.size());
   EXPECT_EQ(0.1, s->m_CurColor.x);
   s->End();
@@ -306,12 +307,12 @@ TEST(AttribStack, RestoredFunctionsAreInForce) {
 TEST(AttribStack, ARejectedDepthFunctionIsSavedAndReportedAgain) {
   THeld<TRenderCPU> r;
   r->DepthFunc(0);
-  EXPECT_EQ(1280u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError());
   r->PushAttrib(0x100);
   r->DepthFunc(GL_ALWAYS);
   r->PopAttrib();
   EXPECT_EQ(0u, r->m_DepthFunc);
-  EXPECT_EQ(1280u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError());
   EXPECT_EQ(&Always1f, r->m_DepthCompare);
 }
 

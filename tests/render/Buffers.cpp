@@ -11,7 +11,7 @@ using namespace zx_test;
 
 namespace {
 
-constexpr unsigned int s_Targets[6] = {34962, 34963, 35051, 35052, 37568, 37074};
+constexpr unsigned int kTargets[6] = {34962, 34963, 35051, 35052, 37568, 37074};
 
 std::vector<unsigned int> Gen(TRenderCPU& r, int n) {
   std::vector<unsigned int> ids(static_cast<std::size_t>(n), 0xABCD);
@@ -71,7 +71,7 @@ TEST(Buffers, BindingStoresAnyNameAtFourTargets) {
   for (const unsigned int target :
        {0u, 34961u, 34964u, 35050u, 35053u, 35345u, 37074u, 37567u, 37568u, 37569u}) {
     r->BindBuffer(target, 1);
-    EXPECT_EQ(1280u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << target;
   }
   EXPECT_EQ(0u, r->m_BufferBindings[4]);
   EXPECT_EQ(0u, r->m_BufferBindings[5]);
@@ -86,12 +86,12 @@ TEST(Buffers, BindBufferBaseHasTwoTargetsAndOneIndex) {
   EXPECT_EQ(0u, r->GetError());
   for (const unsigned int target : {37568u, 37074u, 34962u, 0u}) {
     r->BindBufferBase(target, 1, 13);
-    EXPECT_EQ(1281u, r->GetError()) << "the index is looked at first";
+    EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError()) << "the index is looked at first";
   }
   for (const unsigned int target :
        {0u, 34962u, 34963u, 35051u, 35052u, 37073u, 37075u, 37567u, 37569u, 35345u}) {
     r->BindBufferBase(target, 0, 13);
-    EXPECT_EQ(1280u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << target;
   }
   EXPECT_EQ(11u, r->m_BufferBindings[4]);
   EXPECT_EQ(12u, r->m_BufferBindings[5]);
@@ -101,16 +101,16 @@ TEST(Buffers, EachTargetHasItsOwnBindingPoint) {
   THeld<TRenderCPU> r;
   Gen(*r, 6);
   for (unsigned int i = 0; i < 6; ++i) {
-    Bind(*r, s_Targets[i], i + 1);
+    Bind(*r, kTargets[i], i + 1);
   }
   for (unsigned int i = 0; i < 6; ++i) {
-    r->BufferData(s_Targets[i], static_cast<long>(10 + i), nullptr, 1000 + i);
+    r->BufferData(kTargets[i], static_cast<long>(10 + i), nullptr, 1000 + i);
     EXPECT_EQ(i + 1, r->m_BufferBindings[i]);
   }
   for (unsigned int i = 0; i < 6; ++i) {
     int size = 0, usage = 0;
-    r->GetBufferParameter(s_Targets[i], 34660, &size);
-    r->GetBufferParameter(s_Targets[i], 34661, &usage);
+    r->GetBufferParameter(kTargets[i], 34660, &size);
+    r->GetBufferParameter(kTargets[i], 34661, &usage);
     EXPECT_EQ(static_cast<int>(10 + i), size);
     EXPECT_EQ(static_cast<int>(1000 + i), usage) << "stored unchecked";
     EXPECT_EQ(10u + i, r->m_Buffers[i]->Data.size());
@@ -134,7 +134,7 @@ TEST(Buffers, DataIsSizedZeroedAndCopied) {
   EXPECT_EQ(0u, r->GetError());
   r->BufferData(GL_ARRAY_BUFFER, 3, bytes, GL_STATIC_DRAW);
   r->BufferData(GL_ARRAY_BUFFER, -1, bytes, GL_STREAM_DRAW);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   EXPECT_EQ((TBytes{1, 2, 3}), r->m_Buffers[0]->Data);
   EXPECT_EQ(35044u, r->m_Buffers[0]->Usage);
 }
@@ -158,12 +158,12 @@ TEST(Buffers, SubDataStaysInside) {
                  {2, -1}, {max, 1}, {1, max}, {max, max}, {-max, max}};
   for (const auto& row : refused) {
     r->BufferSubData(GL_ARRAY_BUFFER, row.Offset, row.Size, bytes);
-    EXPECT_EQ(1281u, r->GetError()) << row.Offset << " " << row.Size;
+    EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError()) << row.Offset << " " << row.Size;
   }
   r->BufferSubData(GL_ARRAY_BUFFER, 0, 2, nullptr);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   r->BufferSubData(GL_ARRAY_BUFFER, 0, 0, nullptr);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   EXPECT_EQ((TBytes{0, 1, 1, 2}), r->m_Buffers[0]->Data);
 }
 
@@ -204,7 +204,7 @@ TEST(Buffers, ParametersAreFour) {
   int out = 55;
   for (const unsigned int name : {0u, 34659u, 34662u, 35002u, 35005u}) {
     r->GetBufferParameter(GL_ARRAY_BUFFER, name, &out);
-    EXPECT_EQ(1280u, r->GetError()) << name;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << name;
   }
   EXPECT_EQ(55, out);
   r->GetBufferParameter(GL_ARRAY_BUFFER, 35003, &out);
@@ -219,22 +219,22 @@ TEST(Buffers, AnUnknownTargetOrAnEmptyPointIsAnInvalidOperation) {
   const auto check = [&](unsigned int target) {
     int out = 55;
     r->BufferData(target, 2, bytes, GL_STATIC_DRAW);
-    EXPECT_EQ(1282u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError()) << target;
     r->BufferSubData(target, 0, 2, bytes);
-    EXPECT_EQ(1282u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError()) << target;
     EXPECT_EQ(nullptr, r->MapBuffer(target, 35000));
-    EXPECT_EQ(1282u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError()) << target;
     EXPECT_FALSE(r->UnmapBuffer(target));
-    EXPECT_EQ(1282u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError()) << target;
     r->GetBufferParameter(target, 34660, &out);
-    EXPECT_EQ(1282u, r->GetError()) << target;
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, r->GetError()) << target;
     EXPECT_EQ(55, out);
   };
-  for (const unsigned int target : s_Targets) {
+  for (const unsigned int target : kTargets) {
     check(target);
   }
   Gen(*r, 1);
-  for (const unsigned int target : s_Targets) {
+  for (const unsigned int target : kTargets) {
     Bind(*r, target, 1);
   }
   for (const unsigned int target :
@@ -268,15 +268,15 @@ TEST(Buffers, TheNamedFormsWorkById) {
   EXPECT_EQ((TBytes{1, 2, 1, 2}), r->m_Buffers[1]->Data);
   EXPECT_EQ(0u, r->GetError());
   r->NamedBufferSubData(2, 3, 2, bytes);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   r->NamedBufferSubData(2, -1, 1, bytes);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   r->NamedBufferSubData(2, 0, -1, bytes);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   r->NamedBufferSubData(2, 0, 1, nullptr);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   r->NamedBufferData(2, -1, bytes, 35040);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   EXPECT_EQ(r->m_Buffers[1]->Data.data(), r->MapNamedBuffer(2, 35000));
   EXPECT_TRUE(r->m_Buffers[1]->Mapped);
   EXPECT_EQ(35000u, r->m_Buffers[1]->Access);
@@ -320,7 +320,7 @@ TEST(Buffers, TheNamedFormsDoNothingForAnUnknownId) {
 TEST(Buffers, DeletingClearsEveryPointThatHoldsTheName) {
   THeld<TRenderCPU> r;
   Gen(*r, 2);
-  for (const unsigned int target : s_Targets) {
+  for (const unsigned int target : kTargets) {
     Bind(*r, target, target == 35051 ? 2 : 1);
   }
   unsigned int ids[4] = {1, 0, 99, 0xFFFFFFFF};
@@ -372,12 +372,12 @@ TEST(Buffers, DrawElementsFromABuffer) {
   s->DrawElements(GL_POINTS, 1, GL_UNSIGNED_SHORT, nullptr); // from the buffer's beginning
   EXPECT_EQ(0u, s->GetError());
   EXPECT_EQ(1, s.Painted());
-  EXPECT_NE(s_Clear, s.Color(3, 3));
+  EXPECT_NE(kClear, s.Color(3, 3));
   s.Reset();
   s->DrawElements(GL_POINTS, 2, GL_UNSIGNED_SHORT, reinterpret_cast<const void*>(2));
   EXPECT_EQ(2, s.Painted());
-  EXPECT_NE(s_Clear, s.Color(0, 0));
-  EXPECT_EQ(s_Clear, s.Color(3, 3));
+  EXPECT_NE(kClear, s.Color(0, 0));
+  EXPECT_EQ(kClear, s.Color(3, 3));
 }
 
 TEST(Buffers, AreAContextsOwn) {

@@ -74,8 +74,8 @@ TEST_P(ChangingTargets, TheFrameBuffersColourMovesIntoATexture) {
     Shape(*s, GetParam(), 4);
     const DATASURFACE& moved = *s->m_TexUnits[0].Sampler.GetSurface();
     EXPECT_EQ(kWhite, PixelOf(moved, 0, 2)) << "what was drawn before went with it";
-    EXPECT_EQ(s_Clear, PixelOf(moved, 0, 4));
-    EXPECT_EQ(s_Clear, s.Color(0, 2));
+    EXPECT_EQ(kClear, PixelOf(moved, 0, 4));
+    EXPECT_EQ(kClear, s.Color(0, 2));
     EXPECT_EQ(kWhite, s.Color(0, 4));
     s->DeleteTextures(1, &id); // and is freed: the sanitizers look on
     Shape(*s, GetParam(), 6);
@@ -98,11 +98,11 @@ TEST_P(ChangingTargets, AnOwnerExchangesTheBoundSurface) {
       bound.Swap(other);
       Shape(*s, GetParam(), 4);
       EXPECT_EQ(kWhite, PixelOf(other, 0, 2));
-      EXPECT_EQ(s_Clear, PixelOf(other, 0, 4));
+      EXPECT_EQ(kClear, PixelOf(other, 0, 4));
     }
     Shape(*s, GetParam(), 6);
     s->End();
-    EXPECT_EQ(s_Clear, PixelOf(bound, 0, 2));
+    EXPECT_EQ(kClear, PixelOf(bound, 0, 2));
     EXPECT_EQ(kWhite, PixelOf(bound, 0, 4));
     EXPECT_EQ(kWhite, PixelOf(bound, 0, 6));
     s->BindColorSurface(nullptr);
@@ -149,7 +149,7 @@ TEST_P(ChangingTargets, DepthAndStencilWithoutPixels) {
     Shape(*s, GetParam(), 4);
     s->End();
     EXPECT_EQ(kWhite, s.Color(0, 2));
-    EXPECT_EQ(s_Clear, s.Color(0, 4));
+    EXPECT_EQ(kClear, s.Color(0, 4));
   });
 }
 

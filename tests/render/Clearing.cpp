@@ -10,22 +10,22 @@ using namespace zx_test;
 
 namespace {
 
-constexpr int s_Width = 5;
-constexpr int s_Height = 4;
-constexpr int s_Row = 32; // bytes, of which 20 are pixels
+constexpr int kWidth = 5;
+constexpr int kHeight = 4;
+constexpr int kRow = 32; // bytes, of which 20 are pixels
 
 /// A colour surface whose first row stands last in its block.
 struct TDownward {
-  TDownward() : Block(s_Row * s_Height, 0xEE) {
-    EXPECT_TRUE(Surface.Create(s_Width, s_Height, DATA_FORMAT(6), DATA_TYPE(3), 4, Block.data()));
-    Surface.Data = Block.data() + s_Row * (s_Height - 1);
-    Surface.RowStride = -s_Row;
+  TDownward() : Block(kRow * kHeight, 0xEE) {
+    EXPECT_TRUE(Surface.Create(kWidth, kHeight, DATA_FORMAT(6), DATA_TYPE(3), 4, Block.data()));
+    Surface.Data = Block.data() + kRow * (kHeight - 1);
+    Surface.RowStride = -kRow;
     Surface.DataSize = Block.size();
   }
 
   /// The pixel in row `y` of the picture, found by hand.
   const std::uint8_t* At(int x, int y) const {
-    return Block.data() + s_Row * (s_Height - 1 - y) + 4 * x;
+    return Block.data() + kRow * (kHeight - 1 - y) + 4 * x;
   }
 
   std::vector<std::uint8_t> Block;
@@ -35,7 +35,7 @@ struct TDownward {
 TEST(ClearDownward, FillsTheColoursByAnyMask) {
   for (const int mask : {15, 5, 8}) {
     TDownward down;
-    const TScene s(s_Width, s_Height);
+    const TScene s(kWidth, kHeight);
     s->BindColorSurface(&down.Surface);
     ASSERT_EQ(0u, s->GetError());
     s->ClearColor(1.0f, 0.0f, 1.0f, 1.0f);
@@ -43,14 +43,14 @@ TEST(ClearDownward, FillsTheColoursByAnyMask) {
     s->Clear(true, false, false);
     EXPECT_EQ(0u, s->GetError()) << mask;
     const std::uint8_t cleared[4] = {255, 0, 255, 255};
-    for (int y = 0; y < s_Height; ++y) {
-      for (int x = 0; x < s_Width; ++x) {
+    for (int y = 0; y < kHeight; ++y) {
+      for (int x = 0; x < kWidth; ++x) {
         for (int i = 0; i < 4; ++i) {
           EXPECT_EQ((mask >> i & 1) != 0 ? cleared[i] : 0xEE, down.At(x, y)[i])
               << mask << ": " << x << ", " << y;
         }
       }
-      for (int i = 4 * s_Width; i < s_Row; ++i) { // between the rows
+      for (int i = 4 * kWidth; i < kRow; ++i) { // between the rows
         EXPECT_EQ(0xEE, down.At(0, y)[i]);
       }
     }
@@ -59,12 +59,12 @@ TEST(ClearDownward, FillsTheColoursByAnyMask) {
 
 // As a tightly packed block, of which nothing is left out.
 TEST(ClearDownward, FillsATightBlockWhole) {
-  std::vector<std::uint8_t> block(4 * s_Width * s_Height, 0xEE);
+  std::vector<std::uint8_t> block(4 * kWidth * kHeight, 0xEE);
   TDataSurface surface;
-  ASSERT_TRUE(surface.Create(s_Width, s_Height, DATA_FORMAT(6), DATA_TYPE(3), 4, block.data()));
-  surface.Data = block.data() + 4 * s_Width * (s_Height - 1);
-  surface.RowStride = -4 * s_Width;
-  const TScene s(s_Width, s_Height);
+  ASSERT_TRUE(surface.Create(kWidth, kHeight, DATA_FORMAT(6), DATA_TYPE(3), 4, block.data()));
+  surface.Data = block.data() + 4 * kWidth * (kHeight - 1);
+  surface.RowStride = -4 * kWidth;
+  const TScene s(kWidth, kHeight);
   s->BindColorSurface(&surface);
   s->ClearColor(0.0f, 1.0f, 0.0f, 0.0f);
   s->Clear(GL_COLOR_BUFFER_BIT);
@@ -76,15 +76,15 @@ TEST(ClearDownward, FillsATightBlockWhole) {
 
 TEST(ClearDownward, DrawingFindsTheSamePixels) {
   TDownward down;
-  const TScene s(s_Width, s_Height);
+  const TScene s(kWidth, kHeight);
   s->BindColorSurface(&down.Surface);
   s->Clear(true, true, true);
   s->_Color4d(1, 1, 1, 1);
   s->Begin(GL_POINTS);
-  s->Vertex2d(Clip(1, s_Width), Clip(0, s_Height));
+  s->Vertex2d(Clip(1, kWidth), Clip(0, kHeight));
   s->End();
-  for (int y = 0; y < s_Height; ++y) {
-    for (int x = 0; x < s_Width; ++x) {
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; ++x) {
       const std::uint8_t expected = x == 1 && y == 0 ? 255 : 0;
       EXPECT_EQ(expected, down.At(x, y)[0]) << x << ", " << y;
     }
@@ -93,31 +93,31 @@ TEST(ClearDownward, DrawingFindsTheSamePixels) {
 
 // The context's own surfaces, turned over where they stand.
 TEST(ClearDownward, FillsDepthAndStencil) {
-  const TScene s(s_Width, s_Height);
+  const TScene s(kWidth, kHeight);
   for (TDataSurface* const surface : {s->m_DepthSurface, s->m_StencilSurface}) {
-    surface->Data += std::ptrdiff_t{surface->RowStride} * (s_Height - 1);
+    surface->Data += std::ptrdiff_t{surface->RowStride} * (kHeight - 1);
     surface->RowStride = -surface->RowStride;
   }
   s->ClearDepth(0.25);
   s->ClearStencil(7);
   s->Clear(GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
   EXPECT_EQ(0u, s->GetError());
-  for (int y = 0; y < s_Height; ++y) {
-    for (int x = 0; x < s_Width; ++x) {
+  for (int y = 0; y < kHeight; ++y) {
+    for (int x = 0; x < kWidth; ++x) {
       EXPECT_EQ(0.25f, s.Depth(x, y));
       EXPECT_EQ(7, s.Stencil(x, y));
     }
   }
   for (TDataSurface* const surface : {s->m_DepthSurface, s->m_StencilSurface}) {
     surface->RowStride = -surface->RowStride;
-    surface->Data -= std::ptrdiff_t{surface->RowStride} * (s_Height - 1);
+    surface->Data -= std::ptrdiff_t{surface->RowStride} * (kHeight - 1);
   }
 }
 
 // --- A surface without pixels, as one that was moved into a texture leaves it
 
 TEST(ClearEmpty, PartialMasksFindNothingToClear) {
-  const TScene s(s_Width, s_Height);
+  const TScene s(kWidth, kHeight);
   TDataSurface taken;
   for (TDataSurface* const surface : {s->m_ColorSurface, s->m_StencilSurface}) {
     surface->Swap(taken);
@@ -130,12 +130,12 @@ TEST(ClearEmpty, PartialMasksFindNothingToClear) {
 }
 
 TEST(ClearEmpty, AFullMaskReportsIt) {
-  const TScene s(s_Width, s_Height);
+  const TScene s(kWidth, kHeight);
   TDataSurface taken;
   for (TDataSurface* const surface : {s->m_ColorSurface, s->m_DepthSurface, s->m_StencilSurface}) {
     surface->Swap(taken);
     s->Clear(true, true, true);
-    EXPECT_EQ(static_cast<unsigned int>(GL_INVALID_OPERATION), s->GetError());
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
     surface->Swap(taken);
   }
 }

@@ -16,8 +16,8 @@ using namespace zx_test;
 using Zx3D::TRenderCPU;
 using TVec4 = vec_t_<double, 4>;
 
-constexpr double s_Nan = std::numeric_limits<double>::quiet_NaN();
-constexpr double s_Inf = std::numeric_limits<double>::infinity();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// Records go straight to the clipper. Interpolation is linear, so that the slots behind the
 /// position show what clipping made of them.
@@ -96,7 +96,7 @@ TEST_F(Clipping, APointOnAPlaneIsKept) {
 }
 
 TEST_F(Clipping, APointWithNanStays) {
-  TRenderCPU::VAR_DATA v = Record({0, 0, s_Nan, 1}, 0);
+  TRenderCPU::VAR_DATA v = Record({0, 0, kNan, 1}, 0);
   m_Scene->ClipAndRasterizePoint(&v);
   ASSERT_EQ(1u, m_Fragment->Seen.size());
   EXPECT_EQ(4, m_Fragment->Seen[0].X);
@@ -104,8 +104,8 @@ TEST_F(Clipping, APointWithNanStays) {
 }
 
 TEST_F(Clipping, APointNowhereIsNoPixel) {
-  const TVec4 nowhere[] = {{s_Nan, 0, 0, 1}, {0, s_Nan, 0, 1},     {0, 0, 0, s_Nan}, {0, 0, 0, 0},
-                           {0, 0, 0, -1},    {s_Inf, 0, 0, s_Inf}, {0, 0, 0, -0.0}};
+  const TVec4 nowhere[] = {{kNan, 0, 0, 1}, {0, kNan, 0, 1},    {0, 0, 0, kNan}, {0, 0, 0, 0},
+                           {0, 0, 0, -1},   {kInf, 0, 0, kInf}, {0, 0, 0, -0.0}};
   for (const TVec4& p : nowhere) {
     TRenderCPU::VAR_DATA v = Record(p, 0);
     m_Scene->ClipAndRasterizePoint(&v);
@@ -202,13 +202,13 @@ TEST_F(Clipping, ALineCutAtBothEndsKeepsItsDirection) {
 TEST_F(Clipping, ANanMakesALineOrTriangleVertexOutside) {
   for (int component = 0; component < 4; ++component) {
     TRenderCPU::VAR_DATA line[2] = {Record({0, 0, 0, 1}, 0), Record({0.5, 0.5, 0, 1}, 8)};
-    line[0][0][static_cast<std::size_t>(component)] = s_Nan;
-    line[1][0][static_cast<std::size_t>(component)] = s_Nan;
+    line[0][0][static_cast<std::size_t>(component)] = kNan;
+    line[1][0][static_cast<std::size_t>(component)] = kNan;
     m_Scene->ClipAndRasterizeLine(line, 0);
     TRenderCPU::VAR_DATA triangle[3] = {Record({0, 0, 0, 1}, 0), Record({0.5, 0, 0, 1}, 8),
                                         Record({0, 0.5, 0, 1}, 8)};
     for (auto& v : triangle) {
-      v[0][static_cast<std::size_t>(component)] = s_Nan;
+      v[0][static_cast<std::size_t>(component)] = kNan;
     }
     m_Scene->ClipAndRasterizeTriangle(triangle, 0);
     ExpectVec({0, 0.5, 0, 1}, [&] {
@@ -345,7 +345,7 @@ TEST_F(Clipping, PiecesKeepTheirWinding) {
 }
 
 TEST_F(Clipping, WildRecordsStayInsideTheTargets) {
-  const double wild[] = {0.0, -0.0, 1.0, -1.0, 1e308, -1e308, 1e-308, s_Inf, -s_Inf, s_Nan};
+  const double wild[] = {0.0, -0.0, 1.0, -1.0, 1e308, -1e308, 1e-308, kInf, -kInf, kNan};
   unsigned int n = 1;
   const auto next = [&] {
     n = n * 1664525u + 1013904223u;

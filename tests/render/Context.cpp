@@ -1,3 +1,4 @@
+#include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdint>
@@ -18,7 +19,7 @@ namespace {
 using namespace zx_test;
 using Zx3D::TRenderCPU;
 
-constexpr std::uint32_t s_Ones = 0xFFFFFFFF;
+constexpr std::uint32_t kOnes = 0xFFFFFFFF;
 
 template <class TVec> void ExpectVec(double x, double y, double z, double w, const TVec& v) {
   EXPECT_EQ(x, v.x);
@@ -99,11 +100,11 @@ TEST_F(FreshContext, HasTheDefaultStencil) {
   EXPECT_FALSE(r.m_StencilTest);
   EXPECT_EQ(519u, r.m_StencilFunc); // GL_ALWAYS
   EXPECT_EQ(0, r.m_StencilRef);
-  EXPECT_EQ(s_Ones, r.m_StencilValueMask);
+  EXPECT_EQ(kOnes, r.m_StencilValueMask);
   EXPECT_EQ(0x1E00u, r.m_StencilFail); // GL_KEEP
   EXPECT_EQ(0x1E00u, r.m_StencilZFail);
   EXPECT_EQ(0x1E00u, r.m_StencilZPass);
-  EXPECT_EQ(s_Ones, r.m_StencilWriteMask);
+  EXPECT_EQ(kOnes, r.m_StencilWriteMask);
   EXPECT_EQ(&Zx3D::AlwaysM_1u8, r.m_StencilCompare);
   EXPECT_EQ(&Zx3D::KeepM_1u8, r.m_StencilFailOp);
   EXPECT_EQ(&Zx3D::KeepM_1u8, r.m_StencilZFailOp);
@@ -136,7 +137,7 @@ TEST_F(FreshContext, HasTheDefaultCurrentValues) {
 TEST_F(FreshContext, HasItsAssemblyAtRest) {
   const TRenderCPU& r = *m_Render;
   EXPECT_FALSE(r.m_InBeginEnd);
-  EXPECT_EQ(s_Ones, r.m_PrimitiveMode);
+  EXPECT_EQ(kOnes, r.m_PrimitiveMode);
   EXPECT_EQ(-1, r.m_VertexIndex);
   EXPECT_EQ(0, r.m_Pending);
   EXPECT_EQ(0, r.m_VarPosition);
@@ -673,7 +674,7 @@ TEST(SetSize, KeepsTheDrawBuffer) {
 
 TEST(Destroy, GivesBackAllButState) {
   TScene s(4, 4);
-  s->_SetError(1281);
+  s->_SetError(GL_INVALID_VALUE);
   s->EnableBlend(true);
   s->PushMatrix();
   s->Destroy();
@@ -696,7 +697,7 @@ TEST(Destroy, GivesBackAllButState) {
   EXPECT_EQ(nullptr, s->m_Textures);
   EXPECT_TRUE(s->m_BlendEnabled);
   EXPECT_EQ(1u, s->m_ModelViewStack.size());
-  EXPECT_EQ(1281u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, s->GetError());
 }
 
 TEST(Destroy, CanBeRepeatedAndComesBeforeCreate) {
@@ -872,17 +873,17 @@ TEST(Context, ShadeModelIsSmoothOnly) {
             ThrownBy([&] { s->ShadeModel(0x1D00); }));
   EXPECT_EQ(0u, s->GetError());
   s->ShadeModel(7);
-  EXPECT_EQ(1280u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
   EXPECT_EQ(0x1D01u, s->m_ShadeModel);
 }
 
 TEST(Context, UnknownCapabilitiesThrow) {
   TScene s;
   EXPECT_EQ("ERROR: TRenderCPU::Enable dont support mode 4660", ThrownBy([&] { s->Enable(4660); }));
-  EXPECT_EQ(1280u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
   EXPECT_EQ("ERROR: TRenderCPU::Enable dont support mode 4661",
             ThrownBy([&] { s->Disable(4661); }));
-  EXPECT_EQ(1280u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
   EXPECT_EQ("ERROR: TRenderCPU::Enable dont support mode 4294967295",
             ThrownBy([&] { s->IsEnabled(0xFFFFFFFF); }));
   EXPECT_EQ(0u, s->GetError());

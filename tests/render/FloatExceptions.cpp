@@ -17,9 +17,9 @@ using namespace zx_test;
 
 namespace {
 
-constexpr int s_Exceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
-constexpr int s_Width = 61;
-constexpr int s_Height = 47;
+constexpr int kExceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
+constexpr int kWidth = 61;
+constexpr int kHeight = 47;
 
 using TDraw = std::function<void(TRenderCPU&)>;
 
@@ -39,11 +39,11 @@ protected:
       if (!LimitSpanLevel(level)) {
         continue; // not on this processor
       }
-      const TScene scene(s_Width, s_Height);
+      const TScene scene(kWidth, kHeight);
       scene->Clear(true, true, true);
       std::feclearexcept(FE_ALL_EXCEPT);
       draw(*scene);
-      EXPECT_EQ("", NamesOf(std::fetestexcept(s_Exceptions))) << level << ", " << what;
+      EXPECT_EQ("", NamesOf(std::fetestexcept(kExceptions))) << level << ", " << what;
       EXPECT_GT(scene.Painted(), 0) << level << ", " << what;
     }
   }
@@ -233,15 +233,15 @@ TEST_F(FloatExceptions, AHostThatTrapsThemCanDraw) {
     ASSERT_GE(child, 0);
     if (child == 0) {
       feclearexcept(FE_ALL_EXCEPT);
-      feenableexcept(s_Exceptions);
+      feenableexcept(kExceptions);
       for (std::uint64_t seed = 100; seed < 112; ++seed) {
         TRenderCPU r;
-        if (!r.Create(s_Width, s_Height, nullptr)) {
+        if (!r.Create(kWidth, kHeight, nullptr)) {
           _exit(1);
         }
         DrawScene(r, seed);
       }
-      _exit(fegetexcept() == s_Exceptions ? 0 : 2); // and they are trapped as before
+      _exit(fegetexcept() == kExceptions ? 0 : 2); // and they are trapped as before
     }
     int status = 0;
     ASSERT_EQ(child, waitpid(child, &status, 0));
@@ -256,11 +256,11 @@ TEST_F(FloatExceptions, FlagsOfTheHostStay) {
     if (!LimitSpanLevel(level)) {
       continue;
     }
-    const TScene scene(s_Width, s_Height);
+    const TScene scene(kWidth, kHeight);
     std::feclearexcept(FE_ALL_EXCEPT);
     std::feraiseexcept(FE_DIVBYZERO);
     DrawScene(*scene, 3);
-    EXPECT_EQ(FE_DIVBYZERO, std::fetestexcept(s_Exceptions)) << level;
+    EXPECT_EQ(FE_DIVBYZERO, std::fetestexcept(kExceptions)) << level;
     std::feclearexcept(FE_ALL_EXCEPT);
   }
 }

@@ -9,7 +9,7 @@ using namespace zx_test;
 
 namespace {
 
-constexpr double s_Pi = 3.141592653589793;
+constexpr double kPi = 3.141592653589793;
 
 bool SameLight(const TRenderCPU::TLight& a, const TRenderCPU::TLight& b) {
   return a.Enabled == b.Enabled && a.Spot == b.Spot && a.Position == b.Position &&
@@ -36,7 +36,7 @@ V4 Widened(const float* v) {
           static_cast<double>(v[3])};
 }
 
-constexpr float s_Four[4] = {0.1f, 0.2f, 0.3f, 0.4f};
+constexpr float kFour[4] = {0.1f, 0.2f, 0.3f, 0.4f};
 
 } // namespace
 
@@ -54,7 +54,7 @@ TEST(Lights, Defaults) {
     EXPECT_TRUE(SameVec(V3{0, 0, 1}, light.SpotDirection));
     EXPECT_EQ(0, light.SpotExponent);
     EXPECT_EQ(180, light.SpotCutoff);
-    EXPECT_SAME_BITS(s_Pi, light.SpotCutoffRad);
+    EXPECT_SAME_BITS(kPi, light.SpotCutoffRad);
     EXPECT_EQ(1, light.ConstantAttenuation);
     EXPECT_EQ(0, light.LinearAttenuation);
     EXPECT_EQ(0, light.QuadraticAttenuation);
@@ -121,12 +121,12 @@ TEST(Lights, TheListOfEnabledLightsIsMadeByBeginInAscendingOrder) {
 TEST(Lights, AnIndexOutOfRangeReportsAllOnes) {
   THeld<TRenderCPU> r;
   for (const unsigned long index : {8ul, 9ul, 0xFFFFFFFFul, ~0ul}) {
-    EXPECT_EQ(s_NoSuchIndex, ErrorOf(*r, [&] { r->EnableLight(index, true); }));
+    EXPECT_EQ(kNoSuchIndex, ErrorOf(*r, [&] { r->EnableLight(index, true); }));
     EXPECT_EQ(0, r->m_EnabledLightCount);
   }
   for (const int index : {-1, 8, 100}) {
     EXPECT_FALSE(r->_IsEnableLight(index));
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
   }
   for (int index = 0; index < 8; ++index) {
     EXPECT_FALSE(r->_IsEnableLight(index));
@@ -137,13 +137,15 @@ TEST(Lights, AnIndexOutOfRangeReportsAllOnes) {
 TEST(Lights, LightsAreRefusedBetweenBeginAndEnd) {
   TScene s(4, 4);
   s->Begin(GL_TRIANGLES);
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->EnableLight(0, true); }));
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->EnableLight(8, true); }))
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, ErrorOf(*s, [&] { s->EnableLight(0, true); }));
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, ErrorOf(*s, [&] { s->EnableLight(8, true); }))
       << "before the index is looked at";
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->Lightf(GL_LIGHT0, GL_SPOT_EXPONENT, 2); }));
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->Lightf(1, 1, 2); }));
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->Lightfv(GL_LIGHT0, GL_AMBIENT, s_Four); }));
-  EXPECT_EQ(1282u, ErrorOf(*s, [&] { s->Lightfv(1, 1, s_Four); }));
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION},
+            ErrorOf(*s, [&] { s->Lightf(GL_LIGHT0, GL_SPOT_EXPONENT, 2); }));
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, ErrorOf(*s, [&] { s->Lightf(1, 1, 2); }));
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION},
+            ErrorOf(*s, [&] { s->Lightfv(GL_LIGHT0, GL_AMBIENT, kFour); }));
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, ErrorOf(*s, [&] { s->Lightfv(1, 1, kFour); }));
   EXPECT_EQ(0, s->m_EnabledLightCount);
   float out[4] = {};
   s->GetLight(GL_LIGHT0, GL_DIFFUSE, out);
@@ -152,7 +154,7 @@ TEST(Lights, LightsAreRefusedBetweenBeginAndEnd) {
 
   // What is not refused: materials, the light model, lighting itself.
   s->Materialf(GL_FRONT, GL_SHININESS, 3);
-  s->Materialfv(GL_FRONT, GL_DIFFUSE, s_Four);
+  s->Materialfv(GL_FRONT, GL_DIFFUSE, kFour);
   s->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
   s->EnableLighting(true);
   s->ColorMaterial(GL_FRONT, GL_DIFFUSE);
@@ -164,12 +166,12 @@ TEST(Lights, LightsAreRefusedBetweenBeginAndEnd) {
 TEST(Lights, ALightOutsideTheEightReportsAllOnes) {
   THeld<TRenderCPU> r;
   for (const unsigned int light : {0u, 7u, 16383u, 16392u, 16400u, 0xFFFFFFFFu}) {
-    EXPECT_EQ(s_NoSuchIndex, ErrorOf(*r, [&] { r->Lightf(light, GL_SPOT_CUTOFF, 45); }));
-    EXPECT_EQ(s_NoSuchIndex, ErrorOf(*r, [&] { r->Lightfv(light, GL_AMBIENT, s_Four); }));
-    EXPECT_EQ(s_NoSuchIndex, ErrorOf(*r, [&] { r->Lightfv(light, 1, s_Four); })) << "before pname";
+    EXPECT_EQ(kNoSuchIndex, ErrorOf(*r, [&] { r->Lightf(light, GL_SPOT_CUTOFF, 45); }));
+    EXPECT_EQ(kNoSuchIndex, ErrorOf(*r, [&] { r->Lightfv(light, GL_AMBIENT, kFour); }));
+    EXPECT_EQ(kNoSuchIndex, ErrorOf(*r, [&] { r->Lightfv(light, 1, kFour); })) << "before pname";
     float out[4] = {9, 9, 9, 9};
     r->GetLight(light, GL_DIFFUSE, out);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
     EXPECT_EQ(9.0f, out[0]);
   }
   for (unsigned int light = 16384; light < 16392; ++light) {
@@ -186,17 +188,20 @@ TEST(Lights, NamesOutsideTheListAreRefused) {
     const bool vector = pname >= 4608 && pname <= 4617;
     const bool scalar = pname >= 4613 && pname <= 4617;
     if (!vector) {
-      EXPECT_EQ(1280u, ErrorOf(*r, [&] { r->Lightfv(GL_LIGHT2, pname, legal); })) << pname;
+      EXPECT_EQ(unsigned{GL_INVALID_ENUM},
+                ErrorOf(*r, [&] { r->Lightfv(GL_LIGHT2, pname, legal); }))
+          << pname;
       float out[4] = {9, 9, 9, 9};
       r->GetLight(GL_LIGHT2, pname, out);
-      EXPECT_EQ(1280u, r->GetError()) << pname;
+      EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << pname;
       EXPECT_EQ(9.0f, out[0]);
     } else {
       r->Lightfv(GL_LIGHT2, pname, legal);
       EXPECT_EQ(0u, r->GetError()) << pname;
     }
     if (!scalar) {
-      EXPECT_EQ(1280u, ErrorOf(*r, [&] { r->Lightf(GL_LIGHT2, pname, 45); })) << pname;
+      EXPECT_EQ(unsigned{GL_INVALID_ENUM}, ErrorOf(*r, [&] { r->Lightf(GL_LIGHT2, pname, 45); }))
+          << pname;
     } else {
       r->Lightf(GL_LIGHT2, pname, 45);
       EXPECT_EQ(0u, r->GetError()) << pname;
@@ -285,7 +290,7 @@ TEST(Lights, PositionsGoThroughAllColumnsOfTheModelviewMatrixOfTheMoment) {
 
 TEST(Lights, TheResultingWDecidesNotTheGivenOne) {
   THeld<TRenderCPU> r;
-  M4 m = s_Identity;
+  M4 m = kIdentity;
   m[11] = 1; // w of the result: z + w
   r->LoadMatrix(m);
   const float v[4] = {3, 4, -1, 1};
@@ -335,7 +340,7 @@ TEST(Lights, TheCutoffRule) {
     }
     set(*r, 45);
     for (const float v : {-0.001f, -1.0f, 90.001f, 120.0f, 179.999f, 180.001f, 360.0f}) {
-      EXPECT_EQ(1281u, ErrorOf(*r, [&] { set(*r, v); })) << v;
+      EXPECT_EQ(unsigned{GL_INVALID_VALUE}, ErrorOf(*r, [&] { set(*r, v); })) << v;
     }
   }
 }
@@ -396,7 +401,7 @@ TEST(Lights, ReadingTheCutoffWantsALegalOneFirst) {
   for (const float first : {-1.0f, 91.0f, 200.0f}) {
     float out[1] = {first};
     r->GetLight(GL_LIGHT0, GL_SPOT_CUTOFF, out);
-    EXPECT_EQ(1281u, r->GetError());
+    EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
     EXPECT_EQ(first, out[0]) << "nothing is returned";
   }
 }

@@ -178,11 +178,11 @@ protected:
       split.Protect();
       way.Draw(*s);
       for (int x = 0; x < kSplit; ++x) {
-        ASSERT_NE(s_Clear, s.Color(x, 0)) << x;
+        ASSERT_NE(kClear, s.Color(x, 0)) << x;
         ASSERT_EQ(0.5f, s.Depth(x, 0)) << x;
       }
       for (int x = kSplit; x < kWidth; ++x) {
-        ASSERT_EQ(s_Clear, s.Color(x, 0)) << x;
+        ASSERT_EQ(kClear, s.Color(x, 0)) << x;
       }
     }
   }

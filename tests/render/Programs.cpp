@@ -1,3 +1,4 @@
+#include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ProgramCPU.h>
 
 #include <cstring>
@@ -16,22 +17,22 @@ using namespace zx_test;
 using Zx3D::TProgramCPU;
 using Zx3D::TRenderCPU;
 
-constexpr unsigned int s_None = 0xFFFFFFFF;
+constexpr unsigned int kNone = 0xFFFFFFFF;
 
 /// Knows the names "both", "vertex" and "attribute".
 struct TNamedVertex : TPassVertexShader {
   unsigned int GetUniformLocation(const char* name) const override {
-    return std::strcmp(name, "both") == 0 ? 3 : std::strcmp(name, "vertex") == 0 ? 0 : s_None;
+    return std::strcmp(name, "both") == 0 ? 3 : std::strcmp(name, "vertex") == 0 ? 0 : kNone;
   }
   unsigned int GetAttribLocation(const char* name) const override {
-    return std::strcmp(name, "attribute") == 0 ? 5 : s_None;
+    return std::strcmp(name, "attribute") == 0 ? 5 : kNone;
   }
 };
 
 /// Knows the names "both" and "fragment".
 struct TNamedFragment : TSeeingFragmentShader {
   unsigned int GetUniformLocation(const char* name) const override {
-    return std::strcmp(name, "both") == 0 ? 4 : std::strcmp(name, "fragment") == 0 ? 6 : s_None;
+    return std::strcmp(name, "both") == 0 ? 4 : std::strcmp(name, "fragment") == 0 ? 6 : kNone;
   }
 };
 
@@ -42,9 +43,9 @@ TEST(Program, StartsEmpty) {
   EXPECT_EQ(nullptr, program->m_ShaderF);
   EXPECT_EQ(nullptr, program->GetShaderV());
   EXPECT_EQ(nullptr, program->GetShaderF());
-  EXPECT_EQ(s_None, program->GetAttribLocation("both"));
-  EXPECT_EQ(s_None, program->GetUniformLocation("both"));
-  EXPECT_EQ(s_None, program->GetSubroutineIndex(0x8B31, "both"));
+  EXPECT_EQ(kNone, program->GetAttribLocation("both"));
+  EXPECT_EQ(kNone, program->GetUniformLocation("both"));
+  EXPECT_EQ(kNone, program->GetSubroutineIndex(0x8B31, "both"));
 }
 
 TEST(Program, HoldsAReferenceOnEach) {
@@ -89,24 +90,24 @@ TEST(Program, AsksTheVertexShaderFirst) {
   THeld<TProgramCPU> program;
   program->SetShaderF(fragment.Get());
   EXPECT_EQ(4u, program->GetUniformLocation("both"));
-  EXPECT_EQ(s_None, program->GetAttribLocation("attribute"));
+  EXPECT_EQ(kNone, program->GetAttribLocation("attribute"));
   program->SetShaderV(vertex.Get());
   EXPECT_EQ(3u, program->GetUniformLocation("both"));
   EXPECT_EQ(0u, program->GetUniformLocation("vertex"));
   EXPECT_EQ(6u, program->GetUniformLocation("fragment"));
-  EXPECT_EQ(s_None, program->GetUniformLocation("neither"));
+  EXPECT_EQ(kNone, program->GetUniformLocation("neither"));
   EXPECT_EQ(5u, program->GetAttribLocation("attribute"));
-  EXPECT_EQ(s_None, program->GetAttribLocation("both"));
-  EXPECT_EQ(s_None, program->GetSubroutineIndex(0x8B31, "vertex"));
+  EXPECT_EQ(kNone, program->GetAttribLocation("both"));
+  EXPECT_EQ(kNone, program->GetSubroutineIndex(0x8B31, "vertex"));
   program->SetShaderF(nullptr);
-  EXPECT_EQ(s_None, program->GetUniformLocation("fragment"));
+  EXPECT_EQ(kNone, program->GetUniformLocation("fragment"));
 }
 
 TEST(Program, OfTheStandardShadersKnowsNoNames) {
   TScene s;
   for (const char* name : {"", "color", "gl_Vertex"}) {
-    EXPECT_EQ(s_None, s->GetProgram()->GetUniformLocation(name));
-    EXPECT_EQ(s_None, s->GetProgram()->GetAttribLocation(name));
+    EXPECT_EQ(kNone, s->GetProgram()->GetUniformLocation(name));
+    EXPECT_EQ(kNone, s->GetProgram()->GetAttribLocation(name));
   }
 }
 
@@ -205,7 +206,7 @@ TEST(SetProgram, RejectsAProgramOfAnotherKind) {
   s->SetProgram(program.Get());
   THeld<TOtherProgram> other;
   s->SetProgram(other.Get());
-  EXPECT_EQ(1281u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, s->GetError());
   EXPECT_EQ(program.Get(), s->GetProgram());
   EXPECT_EQ(1u, other->GetRefCount());
 }

@@ -13,7 +13,7 @@
 
 #include "Scene.h"
 
-namespace zxtest {
+namespace zx_test {
 
 namespace {
 
@@ -686,4 +686,4 @@ std::string TRandomScene::Describe(int index) const {
   return skipped.str();
 }
 
-} // namespace zxtest
+} // namespace zx_test

@@ -7,7 +7,7 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
-namespace zxtest {
+namespace zx_test {
 
 /// A sequence of drawing calls made from a seed: modes, tests, masks, blending, textures of every
 /// kind, lights, hints and custom shaders, mixed; in every fourth scene targets and textures share
@@ -31,4 +31,4 @@ private:
   std::uint32_t m_Seed;
 };
 
-} // namespace zxtest
+} // namespace zx_test

@@ -13,8 +13,8 @@ namespace {
 
 using namespace zx_test;
 
-constexpr const char* s_ModeNames[] = {"points",    "lines", "line loop", "line strip",
-                                       "triangles", "strip", "fan",       "quads"};
+constexpr const char* kModeNames[] = {"points",    "lines", "line loop", "line strip",
+                                      "triangles", "strip", "fan",       "quads"};
 
 /// Draws `count` random primitives of a mode in random states; returns the fragments written.
 long RunScene(unsigned int seed, unsigned int mode) {
@@ -32,7 +32,7 @@ long RunScene(unsigned int seed, unsigned int mode) {
     pair.Draw(state, mode, list);
     const std::string difference = pair.Difference();
     if (!difference.empty()) {
-      ADD_FAILURE() << s_ModeNames[mode] << ", seed " << seed << ", list " << i << ": "
+      ADD_FAILURE() << kModeNames[mode] << ", seed " << seed << ", list " << i << ": "
                     << difference;
       break;
     }
@@ -52,7 +52,7 @@ TEST_P(RandomScenes, AgreeWithTheReference) {
 
 INSTANTIATE_TEST_SUITE_P(Modes, RandomScenes, testing::Range(0u, 8u),
                          [](const testing::TestParamInfo<unsigned int>& info) {
-                           std::string name = s_ModeNames[info.param];
+                           std::string name = kModeNames[info.param];
                            std::replace(name.begin(), name.end(), ' ', '_');
                            return name;
                          });

@@ -1,6 +1,7 @@
 // What the context can't do it says: by a code that the first failure sets, or through the debug
 // callback.
 
+#include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <functional>
@@ -17,18 +18,18 @@ using Zx3D::TRenderCPU;
 
 TEST(Errors, FirstOneWinsUntilItIsRead) {
   TScene s;
-  s->_SetError(1281);
-  s->_SetError(1280);
-  EXPECT_EQ(1281u, s->GetError());
+  s->_SetError(GL_INVALID_VALUE);
+  s->_SetError(GL_INVALID_ENUM);
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, s->GetError());
   EXPECT_EQ(0u, s->GetError());
-  s->_SetError(1280);
-  EXPECT_EQ(1280u, s->GetError());
+  s->_SetError(GL_INVALID_ENUM);
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
 }
 
 TEST(Errors, ListsCannotBeMade) {
   TScene s;
   EXPECT_EQ(0u, s->GenLists(5));
-  EXPECT_EQ(1282u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
   EXPECT_EQ(0u, s->GetError());
 }
 
@@ -51,13 +52,13 @@ TEST(DebugCallback, RunsOnlyWhileDebugOutputIsOn) {
   EXPECT_TRUE(s->DebugMessageCallback(LogCall, &log));
   EXPECT_EQ(&LogCall, s->m_DebugCallback);
   EXPECT_EQ(&log, s->m_DebugUserParam);
-  s->_SetError(1280);
+  s->_SetError(GL_INVALID_ENUM);
   EXPECT_EQ(0, log.Calls);
   s->Enable(GL_DEBUG_OUTPUT);
-  s->_SetError(1281);
+  s->_SetError(GL_INVALID_VALUE);
   EXPECT_EQ(1, log.Calls);
   s->Disable(GL_DEBUG_OUTPUT);
-  s->_SetError(1281);
+  s->_SetError(GL_INVALID_VALUE);
   EXPECT_EQ(1, log.Calls);
   EXPECT_TRUE(log.Plain);
 }
@@ -71,7 +72,7 @@ TEST(DebugCallback, TellsOfEveryErrorAlsoOfThoseNotStored) {
   s->FrontFace(0);
   EXPECT_EQ(2, log.Calls);
   EXPECT_TRUE(log.Plain);
-  EXPECT_EQ(1282u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
 }
 
 TEST(DebugCallback, IsQuietForNoErrorUnlessOneIsPending) {
@@ -82,11 +83,11 @@ TEST(DebugCallback, IsQuietForNoErrorUnlessOneIsPending) {
   s->_SetError(0);
   EXPECT_EQ(0, log.Calls);
   EXPECT_EQ(0u, s->m_Error);
-  s->_SetError(1280);
+  s->_SetError(GL_INVALID_ENUM);
   EXPECT_EQ(1, log.Calls);
   s->_SetError(0); // with one pending the code isn't looked at
   EXPECT_EQ(2, log.Calls);
-  EXPECT_EQ(1280u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
 }
 
 TEST(DebugCallback, CanBeTakenAway) {
@@ -95,9 +96,9 @@ TEST(DebugCallback, CanBeTakenAway) {
   s->DebugMessageCallback(LogCall, &log);
   s->Enable(GL_DEBUG_OUTPUT);
   EXPECT_TRUE(s->DebugMessageCallback(nullptr, nullptr));
-  s->_SetError(1280);
+  s->_SetError(GL_INVALID_ENUM);
   EXPECT_EQ(0, log.Calls);
-  EXPECT_EQ(1280u, s->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, s->GetError());
 }
 
 struct TReport {
@@ -112,38 +113,42 @@ std::vector<TReport> Reports() {
   static float floats[4];
   static unsigned char flags[4];
   return {
-      {"AlphaFunc", 1282, [](TRenderCPU& r) { r.AlphaFunc(GL_ALWAYS, 0.0f); }},
-      {"LineStipple", 1282, [](TRenderCPU& r) { r.LineStipple(1, 0xFFFF); }},
-      {"GenLists", 1282, [](TRenderCPU& r) { EXPECT_EQ(0u, r.GenLists(1)); }},
-      {"DeleteLists", 1282, [](TRenderCPU& r) { r.DeleteLists(1, 1); }},
-      {"IsList", 1282, [](TRenderCPU& r) { EXPECT_FALSE(r.IsList(1)); }},
-      {"NewList", 1282, [](TRenderCPU& r) { r.NewList(1, 0x1300); }},
-      {"EndList", 1282, [](TRenderCPU& r) { r.EndList(); }},
-      {"ListBase", 1282, [](TRenderCPU& r) { r.ListBase(0); }},
-      {"CallList", 1282, [](TRenderCPU& r) { r.CallList(1); }},
-      {"CallLists", 1282, [](TRenderCPU& r) { r.CallLists(1, GL_UNSIGNED_INT, words); }},
-      {"SelectBuffer", 1282, [](TRenderCPU& r) { r.SelectBuffer(4, words); }},
-      {"InitNames", 1282, [](TRenderCPU& r) { r.InitNames(); }},
-      {"LoadName", 1282, [](TRenderCPU& r) { r.LoadName(1); }},
-      {"PushName", 1282, [](TRenderCPU& r) { r.PushName(1); }},
-      {"PopName", 1282, [](TRenderCPU& r) { r.PopName(); }},
-      {"RenderMode", 1282, [](TRenderCPU& r) { EXPECT_EQ(0, r.RenderMode(0x1C00)); }},
-      {"BindFramebuffer", 1282, [](TRenderCPU& r) { r.BindFramebuffer(0x8D40, 0); }},
-      {"GetBooleanv", 1280, [](TRenderCPU& r) { r.GetBooleanv(GL_DEPTH_TEST, flags); }},
-      {"GetTexParameteriv", 1280,
+      {"AlphaFunc", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.AlphaFunc(GL_ALWAYS, 0.0f); }},
+      {"LineStipple", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.LineStipple(1, 0xFFFF); }},
+      {"GenLists", GL_INVALID_OPERATION, [](TRenderCPU& r) { EXPECT_EQ(0u, r.GenLists(1)); }},
+      {"DeleteLists", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.DeleteLists(1, 1); }},
+      {"IsList", GL_INVALID_OPERATION, [](TRenderCPU& r) { EXPECT_FALSE(r.IsList(1)); }},
+      {"NewList", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.NewList(1, 0x1300); }},
+      {"EndList", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.EndList(); }},
+      {"ListBase", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.ListBase(0); }},
+      {"CallList", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.CallList(1); }},
+      {"CallLists", GL_INVALID_OPERATION,
+       [](TRenderCPU& r) { r.CallLists(1, GL_UNSIGNED_INT, words); }},
+      {"SelectBuffer", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.SelectBuffer(4, words); }},
+      {"InitNames", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.InitNames(); }},
+      {"LoadName", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.LoadName(1); }},
+      {"PushName", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.PushName(1); }},
+      {"PopName", GL_INVALID_OPERATION, [](TRenderCPU& r) { r.PopName(); }},
+      {"RenderMode", GL_INVALID_OPERATION,
+       [](TRenderCPU& r) { EXPECT_EQ(0, r.RenderMode(0x1C00)); }},
+      {"BindFramebuffer", GL_INVALID_OPERATION,
+       [](TRenderCPU& r) { r.BindFramebuffer(0x8D40, 0); }},
+      {"GetBooleanv", GL_INVALID_ENUM, [](TRenderCPU& r) { r.GetBooleanv(GL_DEPTH_TEST, flags); }},
+      {"GetTexParameteriv", GL_INVALID_ENUM,
        [](TRenderCPU& r) { r.GetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, ints); }},
-      {"GetTexParameterfv", 1280,
+      {"GetTexParameterfv", GL_INVALID_ENUM,
        [](TRenderCPU& r) { r.GetTexParameterfv(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, floats); }},
-      {"GetTexLevelParameteriv", 1280,
+      {"GetTexLevelParameteriv", GL_INVALID_ENUM,
        [](TRenderCPU& r) { r.GetTexLevelParameteriv(GL_TEXTURE_2D, 0, 0x1000, ints); }},
-      {"GetTexLevelParameterfv", 1280,
+      {"GetTexLevelParameterfv", GL_INVALID_ENUM,
        [](TRenderCPU& r) { r.GetTexLevelParameterfv(GL_TEXTURE_2D, 0, 0x1000, floats); }},
-      {"Bitmap", 1281, [](TRenderCPU& r) { r.Bitmap(8, 1, 0, 0, 8, 0, flags); }},
-      {"Bitmap of a record", 1281, [](TRenderCPU& r) { r.Bitmap(Zx3D::TZxGLBitmap(), 8, 0); }},
-      {"TexEnvf", 1281, [](TRenderCPU& r) { r.TexEnvf(0x2300, 0x2200, 8448.0f); }},
-      {"TexGeni", 1281, [](TRenderCPU& r) { r.TexGeni(0x2000, 0x2500, 0x2400); }},
-      {"TexGenf", 1281, [](TRenderCPU& r) { r.TexGenf(0x2000, 0x2500, 0.0f); }},
-      {"TexGend", 1281, [](TRenderCPU& r) { r.TexGend(0x2000, 0x2500, 0.0); }},
+      {"Bitmap", GL_INVALID_VALUE, [](TRenderCPU& r) { r.Bitmap(8, 1, 0, 0, 8, 0, flags); }},
+      {"Bitmap of a record", GL_INVALID_VALUE,
+       [](TRenderCPU& r) { r.Bitmap(Zx3D::TZxGLBitmap(), 8, 0); }},
+      {"TexEnvf", GL_INVALID_VALUE, [](TRenderCPU& r) { r.TexEnvf(0x2300, 0x2200, 8448.0f); }},
+      {"TexGeni", GL_INVALID_VALUE, [](TRenderCPU& r) { r.TexGeni(0x2000, 0x2500, 0x2400); }},
+      {"TexGenf", GL_INVALID_VALUE, [](TRenderCPU& r) { r.TexGenf(0x2000, 0x2500, 0.0f); }},
+      {"TexGend", GL_INVALID_VALUE, [](TRenderCPU& r) { r.TexGend(0x2000, 0x2500, 0.0); }},
   };
 }
 

@@ -30,7 +30,7 @@ inline std::ostream& operator<<(std::ostream& out, const TPixel& p) {
   return out << '(' << p.r << ", " << p.g << ", " << p.b << ", " << p.a << ')';
 }
 
-inline constexpr TPixel s_Clear{0, 0, 0, 0};
+inline constexpr TPixel kClear{0, 0, 0, 0};
 
 /// A created context; `.` and `->` reach the renderer.
 class TScene {
@@ -73,7 +73,7 @@ public:
   void Reset(float depth = 1.0f) {
     for (int y = 0; y < m_Render->m_Height; ++y) {
       for (int x = 0; x < m_Render->m_Width; ++x) {
-        SetColor(x, y, s_Clear);
+        SetColor(x, y, kClear);
         SetDepth(x, y, depth);
         SetStencil(x, y, 0);
       }
@@ -85,7 +85,7 @@ public:
     int count = 0;
     for (int y = 0; y < m_Render->m_Height; ++y) {
       for (int x = 0; x < m_Render->m_Width; ++x) {
-        count += Color(x, y) != s_Clear;
+        count += Color(x, y) != kClear;
       }
     }
     return count;

@@ -113,8 +113,8 @@ TEST(SharedTextures, ADeletedTextureWithAFilterSetAfterwards) {
   b->TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP);
   const unsigned char pixel[4] = {1, 2, 3, 4};
   b->TexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 1, 1, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-  EXPECT_EQ(1281u, b->GetError()) << "nothing is bound any more";
-  EXPECT_EQ(s_Clear, Drawn(b));
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, b->GetError()) << "nothing is bound any more";
+  EXPECT_EQ(kClear, Drawn(b));
 }
 
 TEST(SharedTextures, AnImageMadeIntoADeletedTextureIsNotSeenUnderANewName) {
@@ -124,7 +124,7 @@ TEST(SharedTextures, AnImageMadeIntoADeletedTextureIsNotSeenUnderANewName) {
   b->BindTexture(GL_TEXTURE_2D, id);
   a->DeleteTextures(1, &id);
   EXPECT_EQ(id, MakeTexture(*a, 50)) << "the name is given out again";
-  EXPECT_EQ(s_Clear, Drawn(b)) << "the old binding is not the new texture";
+  EXPECT_EQ(kClear, Drawn(b)) << "the old binding is not the new texture";
   b->BindTexture(GL_TEXTURE_2D, id);
   EXPECT_EQ((TPixel{50, 20, 30, 255}), Drawn(b));
 }
@@ -153,8 +153,8 @@ TEST(SharedTextures, DeletingWhatBothHaveBoundManyTimes) {
     c->BindTexture(GL_TEXTURE_2D, id);
     a->DeleteTextures(1, &id);
     if (round % 3 == 0) {
-      EXPECT_EQ(s_Clear, Drawn(b));
-      EXPECT_EQ(s_Clear, Drawn(c));
+      EXPECT_EQ(kClear, Drawn(b));
+      EXPECT_EQ(kClear, Drawn(c));
     }
   }
 }
@@ -188,7 +188,7 @@ TEST(SharedTextures, ATextureThatWasDeletedByAContextThatIsGone) {
   b->BindTexture(GL_TEXTURE_2D, id);
   (*a)->DeleteTextures(1, &id);
   a.reset();
-  EXPECT_EQ(s_Clear, Drawn(b));
+  EXPECT_EQ(kClear, Drawn(b));
   EXPECT_EQ(nullptr, b->m_TexUnits[0].Sampler.GetSurface());
 }
 
@@ -254,7 +254,7 @@ TEST(SharedTextures, ADeletionBetweenBeginAndEnd) {
     shape(Clip(5, 8));
     b->End();
     EXPECT_EQ((TPixel{200, 20, 30, 255}), b.Color(0, 2)) << mode;
-    EXPECT_EQ(s_Clear, b.Color(0, 5)) << mode;
+    EXPECT_EQ(kClear, b.Color(0, 5)) << mode;
   }
 }
 
@@ -266,10 +266,10 @@ TEST(SharedTextures, AnImageForATextureThatIsGone) {
   a->DeleteTextures(1, &id);
   const unsigned char pixel[4] = {1, 2, 3, 4};
   b->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
-  EXPECT_EQ(1281u, b->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, b->GetError());
   TDataSurface image;
   EXPECT_FALSE(b->MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
-  EXPECT_EQ(1282u, b->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, b->GetError());
 }
 
 TEST(SharedTextures, DeletedOnesTakeNoMemory) {

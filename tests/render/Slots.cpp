@@ -326,12 +326,12 @@ std::vector<TSlot> OwnSlots() {
 #undef OWN
 // clang-format on
 
-constexpr std::size_t s_FirstOwn = 5; // two destructors and three operations of zx::TRef
+constexpr std::size_t kFirstOwn = 5; // two destructors and three operations of zx::TRef
 
-TEST(Slots, HasTwoHundredAndSixtyEight) { EXPECT_EQ(268u, s_FirstOwn + OwnSlots().size()); }
+TEST(Slots, HasTwoHundredAndSixtyEight) { EXPECT_EQ(268u, kFirstOwn + OwnSlots().size()); }
 
 TEST(Slots, StandInTheirOrder) {
-  std::size_t expected = s_FirstOwn;
+  std::size_t expected = kFirstOwn;
   for (const TSlot& slot : OwnSlots()) {
     EXPECT_EQ(expected, slot.Found.Slot) << slot.Text;
     EXPECT_TRUE(slot.Found.Own) << slot.Text << " is not overridden by the context";

@@ -21,7 +21,7 @@
 
 namespace {
 
-using zxtest::TRandomScene;
+using zx_test::TRandomScene;
 
 using Zx3D::kSpanLevels;
 

@@ -17,7 +17,7 @@ using V3 = vec_t_<double, 3>;
 using V4 = vec_t_<double, 4>;
 using M4 = MAT4<double>;
 
-inline constexpr unsigned int s_NoSuchIndex = 0xFFFFFFFFu;
+inline constexpr unsigned int kNoSuchIndex = 0xFFFFFFFFu;
 
 template <std::size_t N> std::string TextOf(const vec_t_<double, N>& v) {
   std::string text = "(";
@@ -48,7 +48,7 @@ inline ::testing::AssertionResult SameMatrix(const M4& expected, const M4& actua
   return ::testing::AssertionSuccess();
 }
 
-inline constexpr M4 s_Identity = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+inline constexpr M4 kIdentity = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
 
 /// The text of the message that a call throws; "" if it throws none.
 template <class TCall> std::string Thrown(TCall call) {

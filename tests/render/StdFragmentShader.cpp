@@ -12,7 +12,7 @@ namespace {
 
 using TVar = TRenderCPU::VAR_DATA;
 
-constexpr double s_Nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 /// A context between Begin and End, and a record whose slots hold colours of their own.
 class TFragments {
@@ -144,7 +144,7 @@ TEST(StdFragmentShader, Clamps) {
   EXPECT_TRUE(SameVec(V4{1, 0, std::nextafter(1.0, 0.0), 5e-324}, f.Run()));
   f[1] = {HUGE_VAL, -HUGE_VAL, -0.0, 0.5};
   EXPECT_TRUE(SameVec(V4{1, 0, -0.0, 0.5}, f.Run())) << "-0.0 is not below 0";
-  f[1] = {s_Nan, 2, s_Nan, -1};
+  f[1] = {kNan, 2, kNan, -1};
   const V4 c = f.Run();
   EXPECT_TRUE(std::isnan(c.x) && std::isnan(c.z)) << "no number stays no number";
   EXPECT_EQ(1, c.y);

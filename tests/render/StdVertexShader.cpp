@@ -14,7 +14,7 @@ using TVar = TRenderCPU::VAR_DATA;
 using TLight = TRenderCPU::TLight;
 using TMaterial = TRenderCPU::TMaterial;
 
-constexpr double s_Nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 /// Runs the shader on a record between two guards, all filled with a mark.
 class TRun {
@@ -157,7 +157,7 @@ TEST(StdVertexShader, TheClipPositionTakesWAsOne) {
   for (int round = 0; round < 100; ++round) {
     s->m_ModelViewProjection = random.Matrix(-2, 2);
     const V4 v = random.Vec(-5, 5);
-    s->m_CurVertex = {v.x, v.y, v.z, round % 3 == 0 ? 1 : round % 3 == 1 ? 2 : s_Nan};
+    s->m_CurVertex = {v.x, v.y, v.z, round % 3 == 0 ? 1 : round % 3 == 1 ? 2 : kNan};
     EXPECT_TRUE(SameVec(Applied(s->m_ModelViewProjection, Xyz(v)), TRun(*s)[0]));
   }
   s->End();
@@ -424,7 +424,7 @@ TEST(StdVertexShader, ACutoffOf180IsAPlainPositionalLight) {
 TEST(StdVertexShader, AWThatIsNoNumberIsAPositionalLight) {
   TScene s;
   White(*s);
-  s->m_Lights[0].Position = {0, 0, 2, s_Nan};
+  s->m_Lights[0].Position = {0, 0, 2, kNan};
   s->m_Lights[0].ConstantAttenuation = 5; // which a directional light does not read
   s->Begin(GL_TRIANGLES);
   EXPECT_TRUE(

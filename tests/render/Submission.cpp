@@ -1,3 +1,4 @@
+#include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstring>
@@ -387,7 +388,7 @@ TEST_F(CustomPair, RejectedModesReportAndStayBalanced) {
   int pairs = 0;
   for (const unsigned int mode : {8u, 9u, 10u, 0x7FFFFFFFu, 0xFFFFFFFFu}) {
     m_Scene->Begin(mode);
-    EXPECT_EQ(1280u, m_Scene->GetError()) << mode;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, m_Scene->GetError()) << mode;
     EXPECT_TRUE(m_Scene->m_InBeginEnd);
     EXPECT_EQ(mode, m_Scene->m_PrimitiveMode);
     EXPECT_TRUE(&TRenderCPU::UnknownVertex == m_Scene->m_VertexHandler);

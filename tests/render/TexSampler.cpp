@@ -11,10 +11,10 @@ namespace {
 
 using TTexSampler = TRenderCPU::TTexSampler;
 
-constexpr unsigned int s_Filters[2] = {9728, 9729};
-constexpr unsigned int s_Wraps[4] = {10497, 10496, 33069, 33071};
-constexpr DATA_TYPE s_Types[3] = {DATA_TYPE(3), DATA_TYPE(10), DATA_TYPE(11)};
-constexpr V4 s_Border = {0.2, 0.4, 0.6, 0.8};
+constexpr unsigned int kFilters[2] = {9728, 9729};
+constexpr unsigned int kWraps[4] = {10497, 10496, 33069, 33071};
+constexpr DATA_TYPE kTypes[3] = {DATA_TYPE(3), DATA_TYPE(10), DATA_TYPE(11)};
+constexpr V4 kBorder = {0.2, 0.4, 0.6, 0.8};
 
 /// A surface with gaps between pixels and between rows, so that strides matter, with a row and a
 /// pixel more than it says. Every component has a value of its own.
@@ -109,7 +109,7 @@ V4 Nearest(const TImage& image, unsigned int wrapS, unsigned int wrapT, double s
   int i = static_cast<int>(s * image.Width()) - (s < 0 ? 1 : 0);
   int j = static_cast<int>(t * image.Height()) - (t < 0 ? 1 : 0);
   if (!Wrapped(wrapS, image.Width(), &i) || !Wrapped(wrapT, image.Height(), &j)) {
-    return s_Border;
+    return kBorder;
   }
   return image.Texel(i, j);
 }
@@ -121,7 +121,7 @@ V4 Linear(const TImage& image, unsigned int wrapS, unsigned int wrapT, double s,
   const auto tap = [&](int i, int j) {
     return Wrapped(wrapS, image.Width(), &i) && Wrapped(wrapT, image.Height(), &j)
                ? image.Texel(i, j)
-               : s_Border;
+               : kBorder;
   };
   const V4 c00 = tap(x0, y0), c10 = tap(x0 + 1, y0), c01 = tap(x0, y0 + 1),
            c11 = tap(x0 + 1, y0 + 1);
@@ -220,10 +220,10 @@ TEST(TexSampler, Defaults) {
 TEST(TexSampler, EveryCombinationChoosesItsTableEntryAndNoTwoAreTheSame) {
   ASSERT_EQ(384u, TTexSampler::s_GetValueFuncs.size());
   std::size_t index = 0;
-  for (const unsigned int filter : s_Filters) {
-    for (const unsigned int s : s_Wraps) {
-      for (const unsigned int t : s_Wraps) {
-        for (const DATA_TYPE type : s_Types) {
+  for (const unsigned int filter : kFilters) {
+    for (const unsigned int s : kWraps) {
+      for (const unsigned int t : kWraps) {
+        for (const DATA_TYPE type : kTypes) {
           for (int channels = 1; channels <= 4; ++channels, ++index) {
             TImage image(2, 2, type, channels);
             TTexSampler sampler;
@@ -252,14 +252,14 @@ TEST(TexSampler, AllFunctionsToTheLastBit) {
   const int sizes[3][2] = {{4, 3}, {1, 1}, {5, 2}};
   for (const auto& size : sizes) {
     const std::vector<double> ss = Coordinates(size[0], random), ts = Coordinates(size[1], random);
-    for (const DATA_TYPE type : s_Types) {
+    for (const DATA_TYPE type : kTypes) {
       for (int channels = 1; channels <= 4; ++channels) {
         TImage image(size[0], size[1], type, channels);
         TTexSampler sampler;
-        sampler.SetBorderColor(s_Border);
+        sampler.SetBorderColor(kBorder);
         sampler.SetSurface(image.Get());
-        for (const unsigned int s : s_Wraps) {
-          for (const unsigned int t : s_Wraps) {
+        for (const unsigned int s : kWraps) {
+          for (const unsigned int t : kWraps) {
             sampler.SetWrap(s, t);
             for (std::size_t i = 0; i < 2 * (ss.size() + ts.size()); ++i) {
               const double at[2] = {
@@ -354,12 +354,12 @@ TEST(TexSampler, WhatTheTableDoesNotHaveReadsAsTheBorder) {
       surface.Data = bytes.data();
       surface.DataSize = bytes.size();
       TTexSampler sampler;
-      sampler.SetBorderColor(s_Border);
+      sampler.SetBorderColor(kBorder);
       const bool known = (type == 3 || type == 10 || type == 11) && channels >= 1 && channels <= 4;
       EXPECT_EQ(known, sampler.SetSurface(&surface)) << type << " " << channels;
       EXPECT_EQ(!known, sampler.m_GetValue == &TTexSampler::GetValueBorder);
       if (!known) {
-        EXPECT_TRUE(SameVec(s_Border, Sampled(sampler, 0.25, 0.25)));
+        EXPECT_TRUE(SameVec(kBorder, Sampled(sampler, 0.25, 0.25)));
         EXPECT_FALSE(sampler.UpdateGetValueFunc());
       }
       EXPECT_EQ(&surface, sampler.GetSurface());
@@ -370,13 +370,13 @@ TEST(TexSampler, WhatTheTableDoesNotHaveReadsAsTheBorder) {
 
 TEST(TexSampler, NoSurfaceIsTheBorderAndNoFailure) {
   TFourByTwo f;
-  f.Sampler.SetBorderColor(s_Border);
+  f.Sampler.SetBorderColor(kBorder);
   EXPECT_TRUE(f.Sampler.SetSurface(nullptr));
   EXPECT_EQ(0, f.Sampler.m_SurfaceWidth);
   EXPECT_EQ(0, f.Sampler.m_SurfaceHeight);
   EXPECT_TRUE(f.Sampler.m_GetValue == &TTexSampler::GetValueBorder);
   EXPECT_TRUE(f.Sampler.UpdateGetValueFunc());
-  EXPECT_TRUE(SameVec(s_Border, Sampled(f.Sampler, 0.5, 0.5)));
+  EXPECT_TRUE(SameVec(kBorder, Sampled(f.Sampler, 0.5, 0.5)));
 }
 
 TEST(TexSampler, SetFilterTakesTwoEqualKnownValues) {
@@ -410,7 +410,7 @@ TEST(TexSampler, SettersThatRepeatTheStoredValueDoNotChooseAgain) {
 TEST(TexSampler, SetWrapTakesTwoKnownValues) {
   TFourByTwo f;
   for (const unsigned int bad : {0u, 10495u, 10498u, 33068u, 33070u, 33072u, 33648u}) {
-    for (const unsigned int good : s_Wraps) {
+    for (const unsigned int good : kWraps) {
       EXPECT_FALSE(f.Sampler.SetWrap(bad, good));
       EXPECT_FALSE(f.Sampler.SetWrap(good, bad));
       EXPECT_EQ(10497u, f.Sampler.m_WrapS);
@@ -489,8 +489,8 @@ TEST(TexSampler, TheOlderFunctionsRoundByAHalf) {
   TRandom random(43);
   TImage bytes(4, 3, DATA_TYPE_UINT8, 4), floats(4, 3, DATA_TYPE_FLOAT, 1);
   TTexSampler b, f;
-  b.SetBorderColor(s_Border);
-  f.SetBorderColor(s_Border);
+  b.SetBorderColor(kBorder);
+  f.SetBorderColor(kBorder);
   ASSERT_TRUE(b.SetSurface(bytes.Get()));
   ASSERT_TRUE(f.SetSurface(floats.Get()));
   std::vector<double> coordinates = Coordinates(4, random);
@@ -504,12 +504,12 @@ TEST(TexSampler, TheOlderFunctionsRoundByAHalf) {
       const V4 st = {s, t, 0, 1};
       V4 out;
       b.GetValueClampToBorderNearest4ub2D(st, &out);
-      EXPECT_TRUE(SameVec(inside ? bytes.Texel(i, j) : s_Border, out)) << s << " " << t;
+      EXPECT_TRUE(SameVec(inside ? bytes.Texel(i, j) : kBorder, out)) << s << " " << t;
       b.GetValueClampToEdgeNearest4ub2D(st, &out);
       EXPECT_TRUE(SameVec(bytes.Texel(ei, ej), out)) << s << " " << t;
       f.GetValueClampToBorderNearest1f2D(st, &out);
       const double in = inside ? floats.Component(i, j, 0) : 0;
-      EXPECT_TRUE(SameVec(inside ? V4{in, in, in, in} : s_Border, out)) << s << " " << t;
+      EXPECT_TRUE(SameVec(inside ? V4{in, in, in, in} : kBorder, out)) << s << " " << t;
       f.GetValueClampToEdgeNearest1f2D(st, &out);
       const double edge = floats.Component(ei, ej, 0);
       EXPECT_TRUE(SameVec(V4{edge, edge, edge, edge}, out)) << s << " " << t;
@@ -521,8 +521,8 @@ TEST(TexSampler, TheOlderFunctionsRoundByAHalf) {
 }
 
 TEST(TexSampler, WildCoordinatesStayInsideTheBlock) {
-  for (const unsigned int filter : s_Filters) {
-    for (const unsigned int wrap : s_Wraps) {
+  for (const unsigned int filter : kFilters) {
+    for (const unsigned int wrap : kWraps) {
       TDataSurface surface;
       surface.Create(3, 5, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
       TTexSampler sampler;

@@ -1,3 +1,4 @@
+#include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <array>
@@ -321,11 +322,11 @@ TEST_F(Triangles, ZeroAreaIsFrontForCounterClockwise) {
 TEST_F(Triangles, FrontFaceTakesTwoModes) {
   m_Scene->FrontFace(0x900);
   m_Scene->FrontFace(0);
-  EXPECT_EQ(1281u, m_Scene->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, m_Scene->GetError());
   EXPECT_FALSE(m_Scene->m_FrontFaceCCW);
   m_Scene->FrontFace(0x901);
   m_Scene->FrontFace(0x902);
-  EXPECT_EQ(1281u, m_Scene->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, m_Scene->GetError());
   EXPECT_TRUE(m_Scene->m_FrontFaceCCW);
 }
 

@@ -14,8 +14,8 @@ namespace {
 using namespace zx_test;
 using Zx3D::TRenderCPU;
 
-constexpr std::size_t s_Cells = 32;
-constexpr std::size_t s_CellBytes = 32;
+constexpr std::size_t kCells = 32;
+constexpr std::size_t kCellBytes = 32;
 
 /// Runs a call on a storage full of marks, and holds it against the bytes that the call is to have
 /// left at the cell's start and the marks everywhere else.
@@ -23,10 +23,10 @@ class Uniforms : public testing::Test {
 protected:
   void Expect(int cell, const void* bytes, std::size_t size,
               const std::function<void(TRenderCPU&)>& call, const char* what) {
-    std::vector<std::uint8_t> expected(s_Cells * s_CellBytes, 0xC3);
+    std::vector<std::uint8_t> expected(kCells * kCellBytes, 0xC3);
     std::memcpy(m_Render.m_Uniforms, expected.data(), expected.size());
     if (size != 0) {
-      std::memcpy(expected.data() + static_cast<std::size_t>(cell) * s_CellBytes, bytes, size);
+      std::memcpy(expected.data() + static_cast<std::size_t>(cell) * kCellBytes, bytes, size);
     }
     call(m_Render);
     EXPECT_EQ(0, std::memcmp(expected.data(), m_Render.m_Uniforms, expected.size())) << what;

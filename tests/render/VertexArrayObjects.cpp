@@ -107,7 +107,7 @@ TEST(VertexArrayObjects, ClientAttributesArePushedAndPopped) {
   EXPECT_FALSE(r->m_NormalPointer.Enabled) << "the classic arrays are not saved";
   EXPECT_EQ(0u, r->GetError());
   r->PopClientAttrib();
-  EXPECT_EQ(1284u, r->GetError());
+  EXPECT_EQ(unsigned{GL_STACK_UNDERFLOW}, r->GetError());
   EXPECT_EQ(3, (*r->m_VertexArray)[1].Size);
 }
 

@@ -64,7 +64,7 @@ double Component(unsigned int type, bool normalized, const unsigned char* p) {
 
 int SizeOf(unsigned int type) { return type == 0x1401 ? 1 : type == 0x1406 ? 4 : 8; }
 
-constexpr unsigned int s_Types[3] = {0x1401, 0x1406, 0x140A};
+constexpr unsigned int kTypes[3] = {0x1401, 0x1406, 0x140A};
 
 /// Every element a number of its own, at an odd address.
 std::vector<unsigned char> Data(unsigned int type, int components) {
@@ -106,7 +106,7 @@ TEST(VertexArrays, Defaults) {
 TEST(VertexArrays, EveryPointerChoosesItsFetchFunctionAndItsStride) {
   std::size_t row = 0;
   for (const int family : {0, 1, 2, 3}) {
-    const unsigned int type = s_Types[family < 2 ? 0 : family - 1];
+    const unsigned int type = kTypes[family < 2 ? 0 : family - 1];
     for (int size = 1; size <= 4; ++size, ++row) {
       for (const int stride : {0, 1, 40, -16}) {
         THeld<TRenderCPU> r;
@@ -145,7 +145,7 @@ TEST(VertexArrays, TheFlagOfNormalisationCountsForBytesOnly) {
 TEST(VertexArrays, FetchFunctionsFillInWhatIsMissing) {
   std::size_t row = 0;
   for (const int family : {0, 1, 2, 3}) {
-    const unsigned int type = s_Types[family < 2 ? 0 : family - 1];
+    const unsigned int type = kTypes[family < 2 ? 0 : family - 1];
     for (int size = 1; size <= 4; ++size, ++row) {
       const std::vector<unsigned char> bytes = Data(type, 16);
       for (const int stride : {size * SizeOf(type), SizeOf(type), 2 * SizeOf(type)}) {
@@ -207,7 +207,7 @@ TEST(VertexArrays, OtherSizesAndTypesAreRefusedAndStoreNothing) {
         continue;
       }
       setters[i](*r, size, type);
-      EXPECT_EQ(1281u, r->GetError()) << i << ": " << size << " " << type;
+      EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError()) << i << ": " << size << " " << type;
       EXPECT_TRUE(SamePointer(before, *targets[i])) << i;
     }
   }
@@ -267,17 +267,17 @@ TEST(VertexArrays, GenericArraysHaveEightIndices) {
   int out = 55;
   for (const unsigned int i : {8u, 9u, 0x80000000u, 0xFFFFFFFFu}) {
     r->VertexAttribPointer(i, 2, GL_FLOAT, 0, 8, nullptr);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
     r->VertexAttribPointer(i, 0, 1, 0, 8, nullptr);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError()) << "before the values are looked at";
+    EXPECT_EQ(kNoSuchIndex, r->GetError()) << "before the values are looked at";
     r->EnableVertexAttribArray(i);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
     r->DisableVertexAttribArray(i);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
     r->GetVertexAttrib(i, 34338, &out);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError());
+    EXPECT_EQ(kNoSuchIndex, r->GetError());
     r->GetVertexAttrib(i, 34338, nullptr);
-    EXPECT_EQ(s_NoSuchIndex, r->GetError()) << "before the pointer is looked at";
+    EXPECT_EQ(kNoSuchIndex, r->GetError()) << "before the pointer is looked at";
   }
   EXPECT_EQ(55, out);
 }
@@ -298,17 +298,17 @@ TEST(VertexArrays, GetVertexAttribAnswersEightNames) {
     EXPECT_EQ(56, out[1]);
     EXPECT_EQ(0u, r->GetError());
     r->GetVertexAttrib(4, row.Name, nullptr);
-    EXPECT_EQ(1281u, r->GetError());
+    EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   }
   for (const unsigned int name :
        {0u, 34337u, 34342u, 34373u, 34921u, 34923u, 34974u, 34976u, 35068u, 35071u}) {
     int out = 55;
     r->GetVertexAttrib(4, name, &out);
-    EXPECT_EQ(1280u, r->GetError()) << name;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << name;
     EXPECT_EQ(55, out);
   }
   r->GetVertexAttrib(4, 0, nullptr);
-  EXPECT_EQ(1281u, r->GetError()) << "before the name is looked at";
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError()) << "before the name is looked at";
 }
 
 TEST(VertexArrays, ClientStatesAreFour) {
@@ -333,9 +333,9 @@ TEST(VertexArrays, ClientStatesAreFour) {
   EXPECT_EQ(0u, r->GetError());
   for (const unsigned int name : {0u, 32883u, 32887u, 32889u, 32890u}) {
     r->EnableClientState(name);
-    EXPECT_EQ(1280u, r->GetError()) << name;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << name;
     r->DisableClientState(name);
-    EXPECT_EQ(1280u, r->GetError()) << name;
+    EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError()) << name;
   }
   for (const auto& row : rows) {
     EXPECT_FALSE(((*r).*row.Record).Enabled);
@@ -433,7 +433,7 @@ TEST(VertexArrays, AModeIsBeginsToJudge) {
   r->VertexPointer(2, GL_DOUBLE, 0, positions);
   r->EnableClientState(GL_VERTEX_ARRAY);
   r->DrawArrays(9, 0, 2);
-  EXPECT_EQ(1280u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_ENUM}, r->GetError());
   EXPECT_EQ("B9 V V E ", r->Calls);
 }
 
@@ -505,10 +505,10 @@ TEST(VertexArrays, DrawElementsRefusals) {
   r->VertexPointer(1, GL_DOUBLE, 0, positions);
   r->EnableClientState(GL_VERTEX_ARRAY);
   r->DrawElements(GL_POINTS, 2, GL_UNSIGNED_INT, nullptr);
-  EXPECT_EQ(1281u, r->GetError());
+  EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError());
   for (const unsigned int type : {0u, 0x1400u, 0x1402u, 0x1404u, 0x1406u, 0x140Au}) {
     r->DrawElements(GL_POINTS, 2, type, indices);
-    EXPECT_EQ(1281u, r->GetError()) << type;
+    EXPECT_EQ(unsigned{GL_INVALID_VALUE}, r->GetError()) << type;
   }
   EXPECT_EQ("", r->Calls);
 }

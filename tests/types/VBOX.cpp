@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr double s_Nan = std::numeric_limits<double>::quiet_NaN();
+constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 double FromBits(std::uint64_t bits) {
   double value;
@@ -108,16 +108,16 @@ TYPED_TEST(Bounds, ExpandMovesOneEndOnly) {
 
 TYPED_TEST(Bounds, NanCoordinatesLeaveTheirAxis) {
   TypeParam bounds(AllOf<TypeParam>(0), AllOf<TypeParam>(10));
-  auto p = AllOf<TypeParam>(s_Nan);
+  auto p = AllOf<TypeParam>(kNan);
   p.y = 20;
   bounds.Expand(p);
   EXPECT_EQ(bounds.Min, AllOf<TypeParam>(0));
   EXPECT_EQ(bounds.Max.x, 10);
   EXPECT_EQ(bounds.Max.y, 20);
-  TypeParam nans(AllOf<TypeParam>(s_Nan), AllOf<TypeParam>(s_Nan));
+  TypeParam nans(AllOf<TypeParam>(kNan), AllOf<TypeParam>(kNan));
   nans.Expand(AllOf<TypeParam>(1));
-  EXPECT_EQ(BitsOf(nans.Min.x), BitsOf(s_Nan));
-  EXPECT_EQ(BitsOf(nans.Max.x), BitsOf(s_Nan));
+  EXPECT_EQ(BitsOf(nans.Min.x), BitsOf(kNan));
+  EXPECT_EQ(BitsOf(nans.Max.x), BitsOf(kNan));
 }
 
 TEST(Box, ExpandReachesTheThirdAxis) {
@@ -131,7 +131,7 @@ TEST(Box, ExpandReachesTheThirdAxis) {
 TEST(Sphere, IsEmptyByTheBitsOfItsRadius) {
   VSPHERE<double> sphere = {{1, 2, 3}, 4};
   EXPECT_FALSE(sphere.IsEmpty());
-  sphere.Radius = s_Nan;
+  sphere.Radius = kNan;
   EXPECT_FALSE(sphere.IsEmpty());
   sphere.Center.x = FromBits(~0ull);
   EXPECT_FALSE(sphere.IsEmpty());

@@ -8,8 +8,8 @@
 
 namespace {
 
-constexpr unsigned long s_Measure = ~0UL;
-constexpr unsigned long s_Fail = ~0UL;
+constexpr unsigned long kMeasure = ~0UL;
+constexpr unsigned long kFail = ~0UL;
 
 using TConvert = unsigned long (*)(const char*, unsigned long, const char*, unsigned long, char*,
                                    unsigned long);
@@ -18,12 +18,12 @@ std::string Converted(TConvert form, const std::string& name, const std::string&
                       unsigned long size) {
   std::vector<char> buffer(size + 8, '#');
   const unsigned long result =
-      form(name.c_str(), s_Measure, base.c_str(), s_Measure, buffer.data() + 4, size);
+      form(name.c_str(), kMeasure, base.c_str(), kMeasure, buffer.data() + 4, size);
   for (unsigned long i = 0; i < 4; ++i) {
     EXPECT_EQ(buffer[i], '#');
     EXPECT_EQ(buffer[size + 4 + i], '#') << "written behind the capacity";
   }
-  if (result == s_Fail) {
+  if (result == kFail) {
     return "~";
   }
   EXPECT_LT(result, size);
@@ -52,11 +52,11 @@ TEST(IsAlpha, IsAnAsciiLetter) {
 
 TEST(IsFullFileName, NeedsADriveOrTwoBackslashes) {
   for (const char* const name : {"c:\\x", "C:/x", "z:\\", "\\\\s\\x", "\\\\s", "\\\\\\"}) {
-    EXPECT_TRUE(IsFullFileName(name, s_Measure)) << name;
+    EXPECT_TRUE(IsFullFileName(name, kMeasure)) << name;
   }
   for (const char* const name :
        {"c:x", "ab", "/usr/x", "", "c:", "\\\\", "1:\\x", "//s/x", "\\/s", "c;\\x", "\\x\\y"}) {
-    EXPECT_FALSE(IsFullFileName(name, s_Measure)) << name;
+    EXPECT_FALSE(IsFullFileName(name, kMeasure)) << name;
   }
   EXPECT_TRUE(IsFullFileName("c:\\x", 3));
   EXPECT_FALSE(IsFullFileName("c:\\x", 2));

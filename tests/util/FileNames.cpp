@@ -11,8 +11,8 @@
 
 namespace {
 
-constexpr unsigned long s_Measure = ~0UL;
-constexpr unsigned long s_Fail = ~0UL;
+constexpr unsigned long kMeasure = ~0UL;
+constexpr unsigned long kFail = ~0UL;
 
 std::wstring Wide(const std::string& text) { return std::wstring(text.begin(), text.end()); }
 
@@ -30,7 +30,7 @@ std::basic_string<TChar> Extracted(TExtract<TChar> form, const std::basic_string
     EXPECT_EQ(buffer[i], TChar('#'));
     EXPECT_EQ(buffer[size + 4 + i], TChar('#')) << "written behind the capacity";
   }
-  if (result == s_Fail) {
+  if (result == kFail) {
     for (const TChar c : buffer) {
       EXPECT_EQ(c, TChar('#')) << "nothing is copied where it does not fit";
     }
@@ -45,16 +45,16 @@ std::basic_string<TChar> Extracted(TExtract<TChar> form, const std::basic_string
 // with capacities that just do and just don't suffice.
 void Check(TExtract<char> narrow, TExtract<wchar_t> wide, const std::string& name,
            const std::string& expected, bool emptyNeedsRoom) {
-  EXPECT_EQ(Extracted(narrow, name, s_Measure, 64), expected) << name;
-  EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, 64), Wide(expected)) << name;
+  EXPECT_EQ(Extracted(narrow, name, kMeasure, 64), expected) << name;
+  EXPECT_EQ(Extracted(wide, Wide(name), kMeasure, 64), Wide(expected)) << name;
   const std::string more = name + ".zz/yy.x";
   EXPECT_EQ(Extracted(narrow, more, name.size(), 64), expected) << name;
   EXPECT_EQ(Extracted(wide, Wide(more), name.size(), 64), Wide(expected)) << name;
-  EXPECT_EQ(Extracted(narrow, name, s_Measure, expected.size() + 1), expected) << name;
-  EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, expected.size() + 1), Wide(expected)) << name;
+  EXPECT_EQ(Extracted(narrow, name, kMeasure, expected.size() + 1), expected) << name;
+  EXPECT_EQ(Extracted(wide, Wide(name), kMeasure, expected.size() + 1), Wide(expected)) << name;
   if (!expected.empty() || emptyNeedsRoom) {
-    EXPECT_EQ(Extracted(narrow, name, s_Measure, expected.size()), "~") << name;
-    EXPECT_EQ(Extracted(wide, Wide(name), s_Measure, expected.size()), L"~") << name;
+    EXPECT_EQ(Extracted(narrow, name, kMeasure, expected.size()), "~") << name;
+    EXPECT_EQ(Extracted(wide, Wide(name), kMeasure, expected.size()), L"~") << name;
   }
 }
 
@@ -69,13 +69,13 @@ TEST(ExtractFileName, IsBehindTheLastSeparator) {
   check("", "");
   check("plain", "plain");
   check("/x", "x");
-  EXPECT_EQ(Extracted<char>(&ExtractFileName, "a/bc", s_Measure - 1, 64), "bc");
-  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileName, L"a/bc", s_Measure - 1, 64), L"bc");
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "a/bc", kMeasure - 1, 64), "bc");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileName, L"a/bc", kMeasure - 1, 64), L"bc");
 }
 
 TEST(ExtractFileName, FitsBelowTheCapacity) {
-  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", s_Measure, 5), "~");
-  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", s_Measure, 6), "abcde");
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", kMeasure, 5), "~");
+  EXPECT_EQ(Extracted<char>(&ExtractFileName, "abcde", kMeasure, 6), "abcde");
 }
 
 TEST(ExtractFilePath, IsBeforeTheLastSeparator) {
@@ -86,8 +86,8 @@ TEST(ExtractFilePath, IsBeforeTheLastSeparator) {
   check("a\\b/", "a\\b");
   check("/c", "", true);
   check("\\", "", true);
-  EXPECT_EQ(Extracted<char>(&ExtractFilePath, "a/b/c", s_Measure - 1, 64), "a/b");
-  EXPECT_EQ(Extracted<wchar_t>(&ExtractFilePath, L"a/b/c", s_Measure - 1, 64), L"a/b");
+  EXPECT_EQ(Extracted<char>(&ExtractFilePath, "a/b/c", kMeasure - 1, 64), "a/b");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFilePath, L"a/b/c", kMeasure - 1, 64), L"a/b");
 }
 
 // The terminator of these empty results is written whatever the capacity.
@@ -95,10 +95,10 @@ TEST(ExtractFilePath, WithoutASeparatorIsEmptyAtAnyCapacity) {
   for (const char* const name : {"c", ""}) {
     for (const unsigned long size : {0UL, 1UL, 9UL}) {
       char out[2] = "#";
-      EXPECT_EQ(ExtractFilePath(name, s_Measure, out, size), 0U);
+      EXPECT_EQ(ExtractFilePath(name, kMeasure, out, size), 0U);
       EXPECT_EQ(out[0], '\0');
       wchar_t wide[2] = L"#";
-      EXPECT_EQ(ExtractFilePath(Wide(name).c_str(), s_Measure, wide, size), 0U);
+      EXPECT_EQ(ExtractFilePath(Wide(name).c_str(), kMeasure, wide, size), 0U);
       EXPECT_EQ(wide[0], L'\0');
     }
   }
@@ -115,11 +115,11 @@ TEST(ExtractFileTitle, IsTheFileNameWithoutItsLastExtension) {
   check("d/.profile", "");
   check("", "");
   check("d.x\\", "");
-  EXPECT_EQ(Extracted<char>(&ExtractFileTitle, "a/b.c", s_Measure - 1, 64), "b");
+  EXPECT_EQ(Extracted<char>(&ExtractFileTitle, "a/b.c", kMeasure - 1, 64), "b");
 }
 
 TEST(ExtractFileTitle, OnlyTheNarrowFormMeasuresOnTheSecondLength) {
-  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileTitle, L"a/b.c", s_Measure - 1, 64), L"~");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileTitle, L"a/b.c", kMeasure - 1, 64), L"~");
 }
 
 TEST(ExtractFileExt, IsTheTextFromTheLastPoint) {
@@ -136,10 +136,10 @@ TEST(ExtractFileExt, ItsEmptyResultsHaveNoCapacityTest) {
   for (const char* const name : {"", "a", "d.x/a", "d.x\\", "a.b/"}) {
     for (const unsigned long size : {0UL, 1UL, 9UL}) {
       char out[2] = "#";
-      EXPECT_EQ(ExtractFileExt(name, s_Measure, out, size), 0U) << name;
+      EXPECT_EQ(ExtractFileExt(name, kMeasure, out, size), 0U) << name;
       EXPECT_EQ(out[0], '\0');
       wchar_t wide[2] = L"#";
-      EXPECT_EQ(ExtractFileExt(Wide(name).c_str(), s_Measure, wide, size), 0U);
+      EXPECT_EQ(ExtractFileExt(Wide(name).c_str(), kMeasure, wide, size), 0U);
       EXPECT_EQ(wide[0], L'\0');
     }
   }
@@ -172,15 +172,15 @@ TEST(FindCharR, FindsTheLastAmongSoMany) {
 TEST(FindSlash, KnowsBothSeparators) {
   const char* const text = "ab\\c/d";
   EXPECT_EQ(FindSlash(text), text + 2);
-  EXPECT_EQ(FindSlashR(text, s_Measure), text + 4);
+  EXPECT_EQ(FindSlashR(text, kMeasure), text + 4);
   EXPECT_EQ(FindSlashR(text, 4), text + 2);
   EXPECT_EQ(FindSlashR(text, 2), nullptr);
   EXPECT_EQ(FindSlashR(text, 0), nullptr);
-  EXPECT_EQ(FindSlashR("", s_Measure), nullptr);
+  EXPECT_EQ(FindSlashR("", kMeasure), nullptr);
   EXPECT_EQ(FindSlash("ab"), nullptr);
   const wchar_t* const wide = L"a/b\\";
   EXPECT_EQ(FindSlash(wide), wide + 1);
-  EXPECT_EQ(FindSlashR(wide, s_Measure), wide + 3);
+  EXPECT_EQ(FindSlashR(wide, kMeasure), wide + 3);
   EXPECT_EQ(FindSlashR(wide, 1), nullptr);
 }
 
@@ -190,32 +190,32 @@ void CheckNamesBeyondAscii() {
   const std::string folder = "\u65E5\u672C.\u00FC";
   const std::string title = "gr\u00FC\u00DFe \u20AC";
   const std::string name = folder + "\\" + title + ".\u0416";
-  EXPECT_EQ(Extracted<char>(ExtractFileName, name, s_Measure, 64), title + ".\u0416");
-  EXPECT_EQ(Extracted<char>(ExtractFilePath, name, s_Measure, 64), folder);
-  EXPECT_EQ(Extracted<char>(ExtractFileTitle, name, s_Measure, 64), title);
-  EXPECT_EQ(Extracted<char>(ExtractFileExt, name, s_Measure, 64), ".\u0416");
-  EXPECT_EQ(Extracted<char>(ExtractFileExt, folder + "/x", s_Measure, 64), "");
+  EXPECT_EQ(Extracted<char>(ExtractFileName, name, kMeasure, 64), title + ".\u0416");
+  EXPECT_EQ(Extracted<char>(ExtractFilePath, name, kMeasure, 64), folder);
+  EXPECT_EQ(Extracted<char>(ExtractFileTitle, name, kMeasure, 64), title);
+  EXPECT_EQ(Extracted<char>(ExtractFileExt, name, kMeasure, 64), ".\u0416");
+  EXPECT_EQ(Extracted<char>(ExtractFileExt, folder + "/x", kMeasure, 64), "");
   const std::wstring wide = L"\u012F\u015C/\u012E\u012F.\u015C\u012E";
-  EXPECT_EQ(Extracted<wchar_t>(ExtractFileName, wide, s_Measure, 64), L"\u012E\u012F.\u015C\u012E");
-  EXPECT_EQ(Extracted<wchar_t>(ExtractFilePath, wide, s_Measure, 64), L"\u012F\u015C");
-  EXPECT_EQ(Extracted<wchar_t>(ExtractFileTitle, wide, s_Measure, 64), L"\u012E\u012F");
-  EXPECT_EQ(Extracted<wchar_t>(ExtractFileExt, wide, s_Measure, 64), L".\u015C\u012E");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileName, wide, kMeasure, 64), L"\u012E\u012F.\u015C\u012E");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFilePath, wide, kMeasure, 64), L"\u012F\u015C");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileTitle, wide, kMeasure, 64), L"\u012E\u012F");
+  EXPECT_EQ(Extracted<wchar_t>(ExtractFileExt, wide, kMeasure, 64), L".\u015C\u012E");
   EXPECT_EQ(FindSlash(L"\u012F\u015C"), nullptr);
   const wchar_t text[] = L"\u0161a"; // the low byte of U+0161 is an a
   EXPECT_EQ(FindChar(text, L'a'), text + 1);
-  EXPECT_FALSE(IsFullFileName("\u00E4:\\x", s_Measure));
+  EXPECT_FALSE(IsFullFileName("\u00E4:\\x", kMeasure));
   for (int i = 128; i < 256; ++i) {
     EXPECT_FALSE(IsAlpha(static_cast<char>(i))) << i;
   }
   char out[64];
   const unsigned long size =
-      RelativeToFullFileName("..\\\u00FC.x", s_Measure, "c:\\\u65E5\\\u672C", s_Measure, out, 64);
-  ASSERT_NE(size, s_Fail);
+      RelativeToFullFileName("..\\\u00FC.x", kMeasure, "c:\\\u65E5\\\u672C", kMeasure, out, 64);
+  ASSERT_NE(size, kFail);
   EXPECT_EQ(std::string(out, size), "c:\\\u65E5\\\u00FC.x");
   // U+00E4 and U+00E5 have their first byte in common, which is no place to part a name.
   const unsigned long relative =
-      FullToRelativeFileName("c:\\a\\\u00E5.x", s_Measure, "c:\\a\\\u00E4", s_Measure, out, 64);
-  ASSERT_NE(relative, s_Fail);
+      FullToRelativeFileName("c:\\a\\\u00E5.x", kMeasure, "c:\\a\\\u00E4", kMeasure, out, 64);
+  ASSERT_NE(relative, kFail);
   EXPECT_EQ(std::string(out, relative), "..\\\u00E5.x");
 }
 

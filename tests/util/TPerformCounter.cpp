@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::int64_t s_Ms = 1000000;
+constexpr std::int64_t kMs = 1000000;
 
 void Sleep(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
@@ -50,7 +50,7 @@ TEST(TPerformCounter, CountHasANegativeSign) {
   EXPECT_LE(TPerformCounter::s_tStart, after);
   Sleep(2);
   const std::int64_t count = TPerformCounter::Count();
-  EXPECT_LE(count, -2 * s_Ms);
+  EXPECT_LE(count, -2 * kMs);
   EXPECT_GE(count, before - SystemNow());
   const std::int64_t start = TPerformCounter::s_tStart;
   TPerformCounter::Finalize();
@@ -68,7 +68,7 @@ TEST(TPerformCounter, RunsFromItsConstructionOrRestart) {
   TPerformCounter counter;
   Sleep(3);
   const std::int64_t first = counter.Elapsed();
-  EXPECT_GE(first, 3 * s_Ms);
+  EXPECT_GE(first, 3 * kMs);
   const std::int64_t restarted = counter.Restart();
   EXPECT_GE(restarted, first);
   const std::int64_t second = counter.Elapsed();
@@ -84,10 +84,10 @@ TEST(TPerformCounterEx, StartsAsTold) {
   EXPECT_EQ(stopped.Elapsed(), 0U);
   TPerformCounterEx running(true);
   Sleep(2);
-  EXPECT_GE(running.Elapsed(), 2U * s_Ms);
+  EXPECT_GE(running.Elapsed(), 2U * kMs);
   running.Stop();
   const std::uint64_t sum = running.Elapsed();
-  EXPECT_GE(sum, 2U * s_Ms);
+  EXPECT_GE(sum, 2U * kMs);
   Sleep(1);
   EXPECT_EQ(running.Elapsed(), sum) << "depth was 1";
 }
@@ -101,12 +101,12 @@ TEST(TPerformCounterEx, NestedSpansCountOnce) {
   Sleep(2);
   counter.Stop();
   const std::uint64_t inner = counter.Elapsed();
-  EXPECT_GE(inner, 4U * s_Ms) << "the second Start dropped nothing";
+  EXPECT_GE(inner, 4U * kMs) << "the second Start dropped nothing";
   Sleep(2);
-  EXPECT_GE(counter.Elapsed(), inner + 2U * s_Ms) << "still running";
+  EXPECT_GE(counter.Elapsed(), inner + 2U * kMs) << "still running";
   counter.Stop();
   const std::uint64_t sum = counter.Elapsed();
-  EXPECT_GE(sum, 6U * s_Ms);
+  EXPECT_GE(sum, 6U * kMs);
   EXPECT_LE(sum, static_cast<std::uint64_t>(SystemNow() - before));
   Sleep(1);
   EXPECT_EQ(counter.Elapsed(), sum);
@@ -117,15 +117,15 @@ TEST(TPerformCounterEx, StartDropsTheSumAndContinueKeepsIt) {
   Sleep(20);
   counter.Stop();
   const std::uint64_t first = counter.Elapsed();
-  EXPECT_GE(first, 20U * s_Ms);
+  EXPECT_GE(first, 20U * kMs);
   counter.Continue();
   Sleep(2);
   counter.Continue();
   counter.Stop();
-  EXPECT_GE(counter.Elapsed(), first + 2U * s_Ms) << "running";
+  EXPECT_GE(counter.Elapsed(), first + 2U * kMs) << "running";
   counter.Stop();
   const std::uint64_t second = counter.Elapsed();
-  EXPECT_GE(second, first + 2U * s_Ms);
+  EXPECT_GE(second, first + 2U * kMs);
   const std::int64_t before = SystemNow();
   counter.Start();
   counter.Stop();
@@ -157,7 +157,7 @@ TEST(TPerformCounterEx, RestartOfAStoppedCounterRuns) {
   EXPECT_EQ(counter.Restart(), sum);
   Sleep(1);
   const std::uint64_t running = counter.Elapsed();
-  EXPECT_GE(running, 1U * s_Ms);
+  EXPECT_GE(running, 1U * kMs);
   EXPECT_LE(running, static_cast<std::uint64_t>(SystemNow() - before)) << "the sum was dropped";
   counter.Stop();
   const std::uint64_t stopped = counter.Elapsed();
@@ -169,11 +169,11 @@ TEST(TPerformCounterEx, RestartOfARunningCounterKeepsItsDepth) {
   TPerformCounterEx counter(true);
   counter.Continue();
   Sleep(2);
-  EXPECT_GE(counter.Restart(), 2U * s_Ms);
+  EXPECT_GE(counter.Restart(), 2U * kMs);
   counter.Stop();
   Sleep(1);
   const std::uint64_t running = counter.Elapsed();
-  EXPECT_GE(running, 1U * s_Ms) << "one of two spans is still open";
+  EXPECT_GE(running, 1U * kMs) << "one of two spans is still open";
   counter.Stop();
   const std::uint64_t sum = counter.Elapsed();
   Sleep(1);

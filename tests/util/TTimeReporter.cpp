@@ -99,7 +99,7 @@ TEST(TTimeReporter, AppendsNothingWithoutAName) {
 
 // Whatever allocation fails, nothing is lost and nothing is half done.
 TEST(TTimeReporter, LetsExhaustedMemoryThrough) {
-  if (!zx_test::s_Available) {
+  if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the address sanitizer has the allocator";
   }
   const std::string longName(600, 'n');

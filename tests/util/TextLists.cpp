@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr unsigned long s_Measure = ~0UL;
+constexpr unsigned long kMeasure = ~0UL;
 
 // A writable text, to look at after the call: a zero inside shows as |.
 class TText {
@@ -175,30 +175,30 @@ struct COUNTED {
 
 TEST(CountedLists, FollowTheRange) {
   const COUNTED cases[] = {
-      {"1,2,3", s_Measure, 3, true, {1, 2, 3}},
-      {"1,2,", s_Measure, 2, true, {1, 2}},
-      {"1,2,", s_Measure, 3, false, {1, 2}},
-      {"1,2,,", s_Measure, 2, false, {1, 2}},
-      {"1,2,3", s_Measure, 2, false, {1, 2}},
-      {"1,2", s_Measure, 3, false, {1, 2}},
-      {"1,2", s_Measure, 0, true, {}},
-      {"", s_Measure, 0, true, {}},
-      {"", s_Measure, 1, false, {}},
+      {"1,2,3", kMeasure, 3, true, {1, 2, 3}},
+      {"1,2,", kMeasure, 2, true, {1, 2}},
+      {"1,2,", kMeasure, 3, false, {1, 2}},
+      {"1,2,,", kMeasure, 2, false, {1, 2}},
+      {"1,2,3", kMeasure, 2, false, {1, 2}},
+      {"1,2", kMeasure, 3, false, {1, 2}},
+      {"1,2", kMeasure, 0, true, {}},
+      {"", kMeasure, 0, true, {}},
+      {"", kMeasure, 1, false, {}},
       {"1", 0, 1, false, {}},
       {"1", 0, 0, true, {}},
-      {"-1,+2", s_Measure, 2, true, {-1, 2}},
-      {"1,-", s_Measure, 2, false, {1}},
-      {"-,1", s_Measure, 2, false, {}},
-      {"1,,2", s_Measure, 3, false, {1}},
-      {"1;2", s_Measure, 2, false, {1}},
-      {"1,x", s_Measure, 2, false, {1}},
-      {" 1", s_Measure, 1, false, {}},
+      {"-1,+2", kMeasure, 2, true, {-1, 2}},
+      {"1,-", kMeasure, 2, false, {1}},
+      {"-,1", kMeasure, 2, false, {}},
+      {"1,,2", kMeasure, 3, false, {1}},
+      {"1;2", kMeasure, 2, false, {1}},
+      {"1,x", kMeasure, 2, false, {1}},
+      {" 1", kMeasure, 1, false, {}},
       {"12,34", 4, 2, true, {12, 3}},
       {"12,34", 3, 1, true, {12}},
       {"12,34", 3, 2, false, {12}},
-      {"4294967297,1", s_Measure, 2, true, {1, 1}},
-      {"7", s_Measure, 1, true, {7}},
-      {"7,", s_Measure, 1, true, {7}},
+      {"4294967297,1", kMeasure, 2, true, {1, 1}},
+      {"7", kMeasure, 1, true, {7}},
+      {"7,", kMeasure, 1, true, {7}},
   };
   for (const COUNTED& c : cases) {
     const std::string before = c.Text;

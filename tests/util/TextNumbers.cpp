@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr unsigned long s_Measure = ~0UL;
+constexpr unsigned long kMeasure = ~0UL;
 
 // Runs one terminated form; 77 stands in the output where nothing was written.
 template <class T> auto Form(bool (*form)(const char*, T*)) {
@@ -242,25 +242,25 @@ TEST(LengthForms, NoLengthIsNoNumber) {
 
 TEST(LengthForms, MeasureOnTheirSpecialLengths) {
   unsigned int u = 0;
-  EXPECT_TRUE(StringToUint("42", s_Measure, &u));
+  EXPECT_TRUE(StringToUint("42", kMeasure, &u));
   EXPECT_EQ(u, 42U);
-  EXPECT_TRUE(StringToUint("43", s_Measure - 1, &u));
+  EXPECT_TRUE(StringToUint("43", kMeasure - 1, &u));
   EXPECT_EQ(u, 43U);
   int i = 0;
-  EXPECT_TRUE(StringToInt("-42", s_Measure, &i));
+  EXPECT_TRUE(StringToInt("-42", kMeasure, &i));
   EXPECT_EQ(i, -42);
-  EXPECT_TRUE(StringToInt("-43", s_Measure - 1, &i));
+  EXPECT_TRUE(StringToInt("-43", kMeasure - 1, &i));
   EXPECT_EQ(i, -43);
   long l = 0;
-  EXPECT_TRUE(StringToInt64("-44", s_Measure, &l));
+  EXPECT_TRUE(StringToInt64("-44", kMeasure, &l));
   EXPECT_EQ(l, -44);
   unsigned long ul = 0;
-  EXPECT_TRUE(StringToUint64("45", s_Measure, &ul));
+  EXPECT_TRUE(StringToUint64("45", kMeasure, &ul));
   EXPECT_EQ(ul, 45U);
-  EXPECT_FALSE(StringToUint("", s_Measure, &u));
-  EXPECT_FALSE(StringToInt("", s_Measure - 1, &i));
-  EXPECT_FALSE(StringToInt64("", s_Measure, &l));
-  EXPECT_FALSE(StringToUint64("", s_Measure, &ul));
+  EXPECT_FALSE(StringToUint("", kMeasure, &u));
+  EXPECT_FALSE(StringToInt("", kMeasure - 1, &i));
+  EXPECT_FALSE(StringToInt64("", kMeasure, &l));
+  EXPECT_FALSE(StringToUint64("", kMeasure, &ul));
 }
 
 struct PREFIX {
@@ -273,13 +273,13 @@ struct PREFIX {
 
 TEST(PrefixForm, ReadsUpToTheFirstOtherCharacter) {
   const PREFIX cases[] = {
-      {"12ab", s_Measure, true, 12, 2},   {"ab", s_Measure, false, 77, 0},
-      {"-12ab", s_Measure, true, -12, 3}, {"+7", s_Measure, true, 7, 2},
-      {"-", s_Measure, false, 77, 1},     {"+x", s_Measure, false, 77, 1},
-      {"", s_Measure, false, 77, 0},      {"12", 0, false, 77, 0},
-      {"1234", 2, true, 12, 2},           {"-5", 1, false, 77, 1},
-      {"--5", s_Measure, false, 77, 1},   {"4294967298;", s_Measure, true, 2, 10},
-      {"12\0003", 4, true, 12, 2},        {" 1", s_Measure, false, 77, 0},
+      {"12ab", kMeasure, true, 12, 2},   {"ab", kMeasure, false, 77, 0},
+      {"-12ab", kMeasure, true, -12, 3}, {"+7", kMeasure, true, 7, 2},
+      {"-", kMeasure, false, 77, 1},     {"+x", kMeasure, false, 77, 1},
+      {"", kMeasure, false, 77, 0},      {"12", 0, false, 77, 0},
+      {"1234", 2, true, 12, 2},          {"-5", 1, false, 77, 1},
+      {"--5", kMeasure, false, 77, 1},   {"4294967298;", kMeasure, true, 2, 10},
+      {"12\0003", 4, true, 12, 2},       {" 1", kMeasure, false, 77, 0},
   };
   for (const PREFIX& c : cases) {
     int out = 77;

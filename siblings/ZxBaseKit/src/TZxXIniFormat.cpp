@@ -7,8 +7,8 @@ namespace zx_xini {
 
 namespace {
 
-constexpr std::string_view s_BitsPrefix = "0x";
-constexpr std::size_t s_BitsDigits = 16;
+constexpr std::string_view kBitsPrefix = "0x";
+constexpr std::size_t kBitsDigits = 16;
 
 /// Follows strings, comments and brackets of a text just far enough to know how deep it goes.
 class TDepthScan {
@@ -71,7 +71,7 @@ private:
       break;
     }
     m_IsLineStart = c == '\n';
-    if (m_Header + m_Total + m_Dots > s_MaxDepth) {
+    if (m_Header + m_Total + m_Dots > kMaxDepth) {
       throw MessageAt(m_Line, m_At - m_LineBegin + 1, "nested too deep");
     }
     ++m_At;
@@ -200,20 +200,20 @@ bool IsUtf8(std::string_view text) {
 }
 
 std::string BitsToText(std::uint64_t bits) {
-  std::string text(s_BitsPrefix);
-  for (std::size_t i = s_BitsDigits; i-- > 0;) {
+  std::string text(kBitsPrefix);
+  for (std::size_t i = kBitsDigits; i-- > 0;) {
     text += "0123456789abcdef"[(bits >> (4 * i)) & 0xF];
   }
   return text;
 }
 
 bool TextToBits(std::string_view text, std::uint64_t* bits) {
-  if (text.size() != s_BitsPrefix.size() + s_BitsDigits ||
-      text.substr(0, s_BitsPrefix.size()) != s_BitsPrefix) {
+  if (text.size() != kBitsPrefix.size() + kBitsDigits ||
+      text.substr(0, kBitsPrefix.size()) != kBitsPrefix) {
     return false;
   }
   const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data() + s_BitsPrefix.size(), end, *bits, 16);
+  const auto result = std::from_chars(text.data() + kBitsPrefix.size(), end, *bits, 16);
   return result.ec == std::errc() && result.ptr == end;
 }
 

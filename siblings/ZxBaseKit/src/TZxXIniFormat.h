@@ -12,12 +12,12 @@ namespace zx_xini {
 
 /// Sections within sections, and values within values. Deeper text is refused: parser and
 /// destructors go down by recursion.
-constexpr unsigned long s_MaxDepth = 100;
+constexpr unsigned long kMaxDepth = 100;
 
 /// The message about a place in a text; both count from 1.
 TZxMessage MessageAt(unsigned long line, unsigned long column, std::string_view what);
 
-/// Throws when the text can nest deeper than `s_MaxDepth`: by brackets, by dotted keys, or by both.
+/// Throws when the text can nest deeper than `kMaxDepth`: by brackets, by dotted keys, or by both.
 /// A text that is no valid TOML may pass; what stands before its first error has been measured.
 void CheckDepthE(std::string_view text);
 

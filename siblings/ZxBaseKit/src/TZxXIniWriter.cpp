@@ -42,7 +42,7 @@ struct TZxXIniWriter::TImpl {
     if (IsRefused(name)) {
       throw Error;
     }
-    if (Path.size() > zx_xini::s_MaxDepth) {
+    if (Path.size() > zx_xini::kMaxDepth) {
       throw TZxMessage("The section \"%1%\" is nested too deep.") << name;
     }
     toml::table section;

@@ -178,7 +178,8 @@ void Objects() {
   std::string name;
   Zx3D::TVariant back;
   CHECK(LoadAttribute(&reader, name, back) && name == "five" && back.Get<int>() == -5);
-  reader.SetQueryFunc([](void*, Zx3D::QUERYHDR* query) { return query->Id + query->Kind; }, nullptr);
+  reader.SetQueryFunc([](void*, Zx3D::QUERYHDR* query) { return query->Id + query->Kind; },
+                      nullptr);
   CHECK(reader.FindMaterialByID(100) == 135);
   CHECK(Zx3D::TMemoryStream::s_EOL[1] == '\n');
 

@@ -8,19 +8,21 @@
 #include <iterator>
 #include <sstream>
 
+#include <ZxCore3D/render/GLEnums.h>
+
 using namespace interface_page;
 
 namespace interface_page {
 
 std::string ErrorName(unsigned int code) {
   switch (code) {
-  case 1280:
+  case GL_INVALID_ENUM:
     return "`GL_INVALID_ENUM`";
-  case 1281:
+  case GL_INVALID_VALUE:
     return "`GL_INVALID_VALUE`";
-  case 1282:
+  case GL_INVALID_OPERATION:
     return "`GL_INVALID_OPERATION`";
-  case 1284:
+  case GL_STACK_UNDERFLOW:
     return "`GL_STACK_UNDERFLOW`";
   case 0xFFFFFFFF:
     return "error 0xFFFFFFFF";
@@ -219,7 +221,7 @@ std::string RowText(const TFamily& family) {
          Escaped(family.Operations.front().Doc) + " | " + Escaped(AnswerText(family)) + " |\n";
 }
 
-constexpr char s_Head[] =
+constexpr char kHead[] =
     R"(# The drawing interface
 
 Every operation of `TZxGL` as `TRenderCPU` fills it: what it does, and what a context of 8 by 8
@@ -270,7 +272,7 @@ std::string Page(const std::string& header) {
   for (const TFamily& family : Families(header)) {
     if (family.Operations.front().Section != section || page.empty()) {
       section = family.Operations.front().Section;
-      page += (page.empty() ? s_Head : "") + ("\n## " + section) +
+      page += (page.empty() ? kHead : "") + ("\n## " + section) +
               "\n\n| operation | what it does | what it answers |\n|---|---|---|\n";
     }
     page += RowText(family);

@@ -17,7 +17,7 @@ using exact::SIDES;
 using exact::TNumber;
 using exact::TTriangle;
 
-constexpr double s_Eps = 1e-9;
+constexpr double kEps = 1e-9;
 
 struct CONTACT {
   bool Meets;
@@ -33,8 +33,8 @@ CONTACT Contact(const TTriangle& a, const TTriangle& b) {
     bv[i] = ToDouble(b[i]);
   }
   CONTACT contact;
-  contact.Meets = IsIntersectTriangles(av, bv, s_Eps);
-  contact.Count = GetIntersectTriangles(av, bv, contact.Points, s_Eps);
+  contact.Meets = IsIntersectTriangles(av, bv, kEps);
+  contact.Count = GetIntersectTriangles(av, bv, contact.Points, kEps);
   return contact;
 }
 

@@ -12,7 +12,7 @@ namespace {
 using TPoint = vec_t_<double, 3>;
 using TPoints = std::vector<TPoint>;
 
-constexpr double s_Eps = 1e-9;
+constexpr double kEps = 1e-9;
 
 struct TRIANGLE {
   TPoint v[3];
@@ -20,7 +20,7 @@ struct TRIANGLE {
 
 /// The common part by the first form, after checking that all four forms agree and that nothing
 /// behind the result is written.
-TPoints Common(const TRIANGLE& a, const TRIANGLE& b, double eps = s_Eps) {
+TPoints Common(const TRIANGLE& a, const TRIANGLE& b, double eps = kEps) {
   const TPoint mark = {-77, -78, -79};
   TPoint out[7] = {mark, mark, mark, mark, mark, mark, mark};
   TPoint same[7] = {mark, mark, mark, mark, mark, mark, mark};
@@ -44,7 +44,7 @@ TPoints Common(const TRIANGLE& a, const TRIANGLE& b, double eps = s_Eps) {
   return TPoints(out, out + std::min(count, 7ul));
 }
 
-bool Meets(const TRIANGLE& a, const TRIANGLE& b, double eps = s_Eps) {
+bool Meets(const TRIANGLE& a, const TRIANGLE& b, double eps = kEps) {
   return IsIntersectTriangles(a.v, b.v, eps);
 }
 
@@ -197,12 +197,12 @@ TEST(TriangleIntersection, EpsOf1LeavesOnlyRightAnglesToTheGeneralCase) {
   EXPECT_EQ(Common(s_Floor, wall, 1).size(), 2u);
   // Tilted, and crossing: with offsets apart by more than 1 there is no contact any more.
   const TRIANGLE tilted = {{{2, 2, 2}, {0, 1, -2}, {4, 1, -2}}};
-  EXPECT_EQ(Common(s_Floor, tilted, s_Eps).size(), 2u);
+  EXPECT_EQ(Common(s_Floor, tilted, kEps).size(), 2u);
   EXPECT_NE(dot(cross(tilted.v[1] - tilted.v[0], tilted.v[2] - tilted.v[0]), TPoint{0, 0, 1}), 0);
   EXPECT_TRUE(Common(s_Floor, tilted, 1).empty());
   // Far apart in the general case, but with offsets within 1 of each other: decided as coplanar.
   const TRIANGLE flat = {{{1, 1, 0.5}, {3, 1, 0.75}, {1, 3, 0.5}}};
-  EXPECT_FALSE(Meets(s_Floor, flat, s_Eps));
+  EXPECT_FALSE(Meets(s_Floor, flat, kEps));
   EXPECT_TRUE(Meets(s_Floor, flat, 1));
 }
 
@@ -363,9 +363,9 @@ TEST(TriangleIntersection, NanVerticesEndQuietly) {
       TRIANGLE t = s_Floor;
       t.v[i][k] = nan;
       TPoint out[6];
-      EXPECT_LE(GetIntersectTriangles(s_Floor.v, t.v, out, s_Eps), 6u);
-      EXPECT_LE(GetIntersectTriangles(t.v, s_Floor.v, out, s_Eps), 6u);
-      EXPECT_LE(GetIntersectTriangles(t.v, t.v, out, s_Eps), 6u);
+      EXPECT_LE(GetIntersectTriangles(s_Floor.v, t.v, out, kEps), 6u);
+      EXPECT_LE(GetIntersectTriangles(t.v, s_Floor.v, out, kEps), 6u);
+      EXPECT_LE(GetIntersectTriangles(t.v, t.v, out, kEps), 6u);
     }
   }
 }

@@ -38,7 +38,7 @@ std::vector<double> Dominant(unsigned long n) {
 class NumericMemory : public testing::Test {
 protected:
   void SetUp() override {
-    if (!zx_test::s_Available) {
+    if (!zx_test::kAvailable) {
       GTEST_SKIP() << "the address sanitizer has the allocator";
     }
   }

@@ -31,13 +31,13 @@
 
 namespace {
 
-constexpr int s_Trapped = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
+constexpr int kTrapped = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW;
 
 /// The names of the exceptions that `call` raised; empty for none.
 template <class Call> std::string Raised(Call&& call) {
   std::feclearexcept(FE_ALL_EXCEPT);
   call();
-  const int raised = std::fetestexcept(s_Trapped);
+  const int raised = std::fetestexcept(kTrapped);
   return std::string((raised & FE_INVALID) != 0 ? "invalid " : "") +
          ((raised & FE_DIVBYZERO) != 0 ? "divide " : "") +
          ((raised & FE_OVERFLOW) != 0 ? "overflow" : "");
@@ -307,7 +307,7 @@ TEST(FloatExceptions, InfinitiesRaiseNoneInUnusedLanes) {
 TEST(FloatExceptionsDeathTest, AHostThatTrapsThemRunsThrough) {
   EXPECT_EXIT(
       {
-        feenableexcept(s_Trapped);
+        feenableexcept(kTrapped);
         AtEveryInstructionSet([] {
           DenseAlgebra(Fill::Plain);
           Solvers(Fill::Plain);
