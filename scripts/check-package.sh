@@ -70,7 +70,7 @@ dpkg-query -W -f='${Package}\n' | sort >"$work/packages-after"
 listing >"$work/files-after"
 comm -13 "$work/packages-before" "$work/packages-after"
 # What the packages of others leave behind (caches and their like) is not ours; nothing of ours may stay.
-left=$(comm -13 "$work/files-before" "$work/files-after" | grep -i zx || true)
+left=$(comm -13 "$work/files-before" "$work/files-after" | grep -iE 'zxcore|zxrender|libzx' || true)
 [ -z "$left" ] || { echo "these files stay:"; echo "$left"; exit 1; }
 [ -z "$(dpkg-query -W -f='${Package} ${Status}\n' $names 2>/dev/null | grep -v 'not-installed' || true)" ]
 echo "nothing of the packages is left; $(comm -13 "$work/files-before" "$work/files-after" | wc -l) files of others"
