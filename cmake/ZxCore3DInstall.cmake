@@ -8,15 +8,9 @@ if(TARGET zxrender)
   set_target_properties(zxrender PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
 endif()
 
-install(TARGETS ZxCore3D EXPORT ZxCore3DTargets LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-
-# Headers that only the library's own sources include.
-set(ZX_PRIVATE_HEADERS
-  "-inl\\.h$|/render/[a-z]+/|/ZxModule_Initializer\\.h$|/NullName\\.h$|/ObjectAccess\\.h$|/Trace\\.h$|/StreamAccess\\.h$"
-  "|/TVariantWords\\.h$|/TextScan\\.h$|/FileNameScan\\.h$|/private/")
-string(REPLACE ";" "" ZX_PRIVATE_HEADERS "${ZX_PRIVATE_HEADERS}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/src/" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ZxCore3D"
-        FILES_MATCHING PATTERN "*.h" REGEX "${ZX_PRIVATE_HEADERS}" EXCLUDE)
+install(TARGETS ZxCore3D EXPORT ZxCore3DTargets
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
 
 install(EXPORT ZxCore3DTargets NAMESPACE ZxCore3D::
         DESTINATION "${CMAKE_INSTALL_LIBDIR}/cmake/ZxCore3D")

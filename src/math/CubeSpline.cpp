@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <memory>
 
-#include <ZxCore3D/math/DenseStorage-inl.h>
 #include <ZxCore3D/math/Solvers.h>
+#include <ZxCore3D/math/private/DenseStorage.h>
 
 bool CalcCubeSpline2D(const vec_t_<double, 2>* p, unsigned long stride, unsigned long n,
                       bool closed, POLYNOM3* out) {

@@ -6,7 +6,7 @@
 #include <new>
 #include <vector>
 
-#include <ZxCore3D/math/SplineElimination-inl.h>
+#include <ZxCore3D/math/private/SplineElimination.h>
 
 #include <ZxCore3D/types/InstructionSets-inl.h>
 
@@ -14,7 +14,7 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/CubeSpline1D.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/DenseTiles-inl.h>
 
 #ifndef ZX_MATH_CUBE_SPLINE_1D_ONCE
 #define ZX_MATH_CUBE_SPLINE_1D_ONCE

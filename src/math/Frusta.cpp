@@ -4,7 +4,7 @@
 #include <new>
 #include <vector>
 
-#include <ZxCore3D/math/BoundingSphere-inl.h>
+#include <ZxCore3D/math/private/BoundingSphere.h>
 #include <ZxCore3D/types/vec_t_-inl.h>
 
 using TPoint = vec_t_<double, 3>;

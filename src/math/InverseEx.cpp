@@ -1,11 +1,11 @@
-#include <ZxCore3D/math/InverseEx-inl.h>
+#include <ZxCore3D/math/private/InverseEx.h>
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <numeric>
 
-#include <ZxCore3D/math/Malloced-inl.h>
+#include <ZxCore3D/math/private/Malloced.h>
 
 #include <ZxCore3D/types/InstructionSets-inl.h>
 
@@ -13,7 +13,7 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/InverseEx.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/DenseTiles-inl.h>
 
 #ifndef ZX_MATH_INVERSE_EX_ONCE
 #define ZX_MATH_INVERSE_EX_ONCE

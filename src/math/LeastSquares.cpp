@@ -1,6 +1,6 @@
 #include <ZxCore3D/math/Solvers.h>
 
-#include <ZxCore3D/math/InverseEx-inl.h>
+#include <ZxCore3D/math/private/InverseEx.h>
 
 namespace {
 

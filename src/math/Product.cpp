@@ -11,7 +11,7 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/Product.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/DenseTiles-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {

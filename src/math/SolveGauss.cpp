@@ -4,7 +4,7 @@
 #include <cmath>
 #include <numeric>
 
-#include <ZxCore3D/math/Malloced-inl.h>
+#include <ZxCore3D/math/private/Malloced.h>
 
 #include <ZxCore3D/types/InstructionSets-inl.h>
 
@@ -12,7 +12,7 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/DenseTiles-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {

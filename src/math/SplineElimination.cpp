@@ -1,4 +1,4 @@
-#include <ZxCore3D/math/SplineElimination-inl.h>
+#include <ZxCore3D/math/private/SplineElimination.h>
 
 #include <algorithm>
 #include <cmath>

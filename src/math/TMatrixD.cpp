@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include <ZxBaseKit/TZxMessage.h>
-#include <ZxCore3D/math/DenseStorage-inl.h>
+#include <ZxCore3D/math/private/DenseStorage.h>
 #include <ZxRunKit/Format.h>
 
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include <ZxCore3D/math/DenseStorage-inl.h>
+#include <ZxCore3D/math/private/DenseStorage.h>
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include <ZxCore3D/math/DenseStorage-inl.h>
+#include <ZxCore3D/math/private/DenseStorage.h>
 #include <ZxRunKit/Format.h>
 
 TVectorD::TVectorD(unsigned long n) { Create(n); }

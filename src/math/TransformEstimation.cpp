@@ -3,7 +3,7 @@
 #include <ZxCore3D/math/Solvers.h>
 #include <ZxCore3D/math/TMatrixD.h>
 #include <ZxCore3D/math/TVectorD.h>
-#include <ZxCore3D/math/TransformEstimation-inl.h>
+#include <ZxCore3D/math/private/TransformEstimation.h>
 
 namespace {
 

@@ -14,11 +14,10 @@
 // - They are neither shift nor scale invariant: the same points in other units, or far from the
 //   origin, give another answer and less accuracy. The normal equations hold fourth powers of the
 //   coordinates, so accuracy falls with the fourth power of the distance from the origin.
-// - Pivots are compared with an absolute 1e-9: coordinates of the order of 0.001 are refused
-// however
-//   well they lie.
+// - Pivots are compared with an absolute 1e-9: coordinates of the order of 0.001 are refused,
+//   however well they lie.
 // - What is smallest is the algebraic error, the residual times the denominator, and not a
-// distance.
+//   distance.
 // - A map whose denominator is 0 at the origin has no such form and can not be found.
 
 /// The plane projective map `X = (a x + b y + c) / (g x + h y + 1)`, `Y = (d x + e y + f) /

@@ -17,8 +17,8 @@
 //   overlapping coplanar pairs is rejected so, and the answer can change when the two triangles
 //   change places or `a` starts at another vertex. All six arrangements together missed none of
 //   191,056 random overlapping pairs.
-// - On the same coplanar pair `IsIntersectTriangles` can be true where `GetIntersectTriangles` is
-// 0.
+// - On the same coplanar pair `IsIntersectTriangles` can be true where `GetIntersectTriangles`
+//   is 0.
 // - A triangle with three points on a line meets nothing, as long as `eps` is below 1.
 // - `eps` of 1 sends every pair to the coplanar case but those at an exact right angle.
 //
@@ -42,9 +42,8 @@ ZX_CORE3D_API bool IsIntersectTriangles(const vec_t_<double, 3>& a0, const vec_t
 /// order. When both triangles meet the common line in a single point, the result is 1 and the point
 /// is NaN, even if the two points lie apart.
 ///
-/// Between nearly degenerate coplanar triangles
-/// rounding can ask for a seventh vertex (about once in 130,000 such pairs); the first six are
-/// given.
+/// Between nearly degenerate coplanar triangles rounding can ask for a seventh vertex (about once
+/// in 130,000 such pairs); the first six are given.
 ZX_CORE3D_API unsigned long GetIntersectTriangles(const vec_t_<double, 3>* a,
                                                   const vec_t_<double, 3>* b,
                                                   vec_t_<double, 3>* out, double eps);

@@ -1,4 +1,4 @@
-#include "ZxModule_Initializer.h"
+#include <ZxCore3D/module/private/ZxModule_Initializer.h>
 
 #include <dlfcn.h>
 #include <stdexcept>

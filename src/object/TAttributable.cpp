@@ -4,7 +4,7 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
-#include <ZxCore3D/object/Trace.h>
+#include <ZxCore3D/object/private/Trace.h>
 
 namespace Zx3D {
 

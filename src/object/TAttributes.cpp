@@ -4,8 +4,8 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
-#include <ZxCore3D/object/NullName.h>
-#include <ZxCore3D/object/Trace.h>
+#include <ZxCore3D/object/private/NullName.h>
+#include <ZxCore3D/object/private/Trace.h>
 
 namespace Zx3D {
 

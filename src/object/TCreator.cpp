@@ -5,7 +5,7 @@
 #include <map>
 #include <string>
 
-#include <ZxCore3D/object/NullName.h>
+#include <ZxCore3D/object/private/NullName.h>
 
 namespace Zx3D {
 

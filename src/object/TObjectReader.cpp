@@ -7,9 +7,9 @@
 #include <cwchar>
 #include <new>
 
-#include <ZxCore3D/object/ObjectAccess.h>
-#include <ZxCore3D/object/StreamAccess.h>
 #include <ZxCore3D/object/TStream.h>
+#include <ZxCore3D/object/private/ObjectAccess.h>
+#include <ZxCore3D/object/private/StreamAccess.h>
 
 namespace Zx3D {
 

@@ -6,8 +6,8 @@
 #include <cwchar>
 #include <exception>
 
-#include <ZxCore3D/object/ObjectAccess.h>
 #include <ZxCore3D/object/TStream.h>
+#include <ZxCore3D/object/private/ObjectAccess.h>
 
 namespace Zx3D {
 

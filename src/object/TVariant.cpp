@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
-#include <ZxCore3D/object/TVariantWords.h>
+#include <ZxCore3D/object/private/TVariantWords.h>
 
 namespace Zx3D {
 
@@ -285,8 +285,7 @@ bool TVariant::_SetArray(DATA_TYPE type, unsigned long count, const void* data) 
       std::memcpy(block, data, bytes);
     }
     Reset();
-    StorePointer(Value, block);
-    StoreWord(Value + 8, bytes);
+    StoreBlock(Value, block, bytes);
   }
   Count = count;
   Type = type;

@@ -5,7 +5,7 @@
 #include <type_traits>
 
 #include <ZxBaseKit/TZxMessage.h>
-#include <ZxCore3D/object/TVariantWords.h>
+#include <ZxCore3D/object/private/TVariantWords.h>
 
 namespace Zx3D {
 

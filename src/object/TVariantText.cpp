@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include <ZxCore3D/object/TVariantWords.h>
+#include <ZxCore3D/object/private/TVariantWords.h>
 #include <ZxCore3D/util/TextNumbers.h>
 #include <ZxRunKit/Format.h>
 

@@ -1,11 +1,12 @@
-#include <ZxCore3D/object/ObjectAccess.h>
+#include <ZxCore3D/object/private/ObjectAccess.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
-#include <ZxCore3D/object/StreamAccess.h>
+#include <ZxCore3D/object/private/StreamAccess.h>
+#include <ZxCore3D/object/private/TVariantWords.h>
 
 namespace Zx3D {
 
@@ -198,8 +199,7 @@ bool SaveAttribute(TObjectWriter* writer, const std::string& name, const TVarian
 static void TakeBlock(TVariant& value, std::uint32_t tag, unsigned long count, void* block,
                       unsigned long size) {
   value.Reset();
-  const std::uint64_t words[2] = {reinterpret_cast<std::uintptr_t>(block), size};
-  std::memcpy(value.Value, words, sizeof words);
+  variant::StoreBlock(value.Value, block, size);
   value.Count = count;
   value.Type = static_cast<DATA_TYPE>(tag);
 }

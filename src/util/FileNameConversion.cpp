@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <ZxCore3D/util/FileNameScan.h>
+#include <ZxCore3D/util/private/FileNameScan.h>
 
 using namespace zx_filename;
 

@@ -1,6 +1,6 @@
 #include <ZxCore3D/util/FileNames.h>
 
-#include <ZxCore3D/util/FileNameScan.h>
+#include <ZxCore3D/util/private/FileNameScan.h>
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <string.h>
 #include <system_error>
 
-#include <ZxCore3D/util/TextScan.h>
+#include <ZxCore3D/util/private/TextScan.h>
 #include <ZxRunKit/CLocale.h>
 
 namespace {

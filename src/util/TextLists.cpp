@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include <ZxCore3D/util/TextScan.h>
+#include <ZxCore3D/util/private/TextScan.h>
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include <ZxCore3D/math/BoundingSphere-inl.h>
+#include <ZxCore3D/math/private/BoundingSphere.h>
 
 #include <cmath>
 #include <cstring>

@@ -1,7 +1,7 @@
 // Every fast way against the plain loops, bit by bit, at every instruction set.
 
-#include <ZxCore3D/math/InverseEx-inl.h>
 #include <ZxCore3D/math/Solvers.h>
+#include <ZxCore3D/math/private/InverseEx.h>
 
 #include "Fixture.h"
 #include "ReferenceSolvers.h"

@@ -15,7 +15,6 @@
 #include <ZxCore3D/math/CubeSpline.h>
 #include <ZxCore3D/math/Frusta.h>
 #include <ZxCore3D/math/GeometryXIni.h>
-#include <ZxCore3D/math/InverseEx-inl.h>
 #include <ZxCore3D/math/Polygons.h>
 #include <ZxCore3D/math/ScalarFunctions.h>
 #include <ZxCore3D/math/Solvers.h>
@@ -24,6 +23,7 @@
 #include <ZxCore3D/math/TVectorD.h>
 #include <ZxCore3D/math/TransformEstimation.h>
 #include <ZxCore3D/math/TriangleIntersection.h>
+#include <ZxCore3D/math/private/InverseEx.h>
 #include <ZxCore3D/types/MAT4.h>
 #include <ZxCore3D/types/UPLAIN.h>
 

@@ -11,11 +11,11 @@
 #include <gtest/gtest.h>
 
 #include <ZxCore3D/math/CubeSpline.h>
-#include <ZxCore3D/math/InverseEx-inl.h>
 #include <ZxCore3D/math/Solvers.h>
 #include <ZxCore3D/math/TMatrixD.h>
 #include <ZxCore3D/math/TVectorD.h>
 #include <ZxCore3D/math/TriangleIntersection.h>
+#include <ZxCore3D/math/private/InverseEx.h>
 
 #include "math/AllocationCount.h"
 #include "math/Fixture.h"

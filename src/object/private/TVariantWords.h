@@ -30,6 +30,13 @@ inline void StorePointer(unsigned char* value, const void* pointer) {
   StoreWord(value, reinterpret_cast<std::uintptr_t>(pointer));
 }
 
+/// Where a payload on the heap lies: its address in the first word, its bytes in the second, of
+/// which a text has no use.
+inline void StoreBlock(unsigned char* value, const void* block, std::uint64_t bytes) {
+  StorePointer(value, block);
+  StoreWord(value + 8, bytes);
+}
+
 /// Replaces the low `bytes` (1 to 8) bytes of the word at `to`; `word` is 0 above them.
 inline void MergeWord(unsigned char* to, std::uint64_t word, std::uint64_t bytes) {
   const std::uint64_t mask = ~std::uint64_t(0) >> (8 * (8 - bytes));

@@ -1,4 +1,4 @@
-#include <ZxCore3D/object/Trace.h>
+#include <ZxCore3D/object/private/Trace.h>
 
 #include <ZxBaseKit/TZxMessage.h>
 
