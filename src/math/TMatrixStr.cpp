@@ -31,11 +31,13 @@ TMatrixStr::TMatrixStr(unsigned long sizeX, unsigned long sizeY)
     : Data(zx_math::ElementCount(sizeX, sizeY)), SizeX(sizeX), SizeY(sizeY) {}
 
 void fill(TVectorStr& v, const std::string& s) {
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `s` may be an element.
   const std::string text = s;
   std::fill(v.Data.begin(), v.Data.end(), text);
 }
 
 void fill(TMatrixStr& m, const std::string& s) {
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization): `s` may be an element.
   const std::string text = s;
   std::fill(m.Data.begin(), m.Data.end(), text);
 }
@@ -45,6 +47,7 @@ void mul(const TVectorStr& v, const std::string& s, TVectorStr* res) {
     return;
   }
   // A copy, since `s` may be an element of `res`.
+  // NOLINTNEXTLINE(performance-unnecessary-copy-initialization)
   const std::string factor = s;
   for (unsigned long i = 0; i < v.Size; ++i) {
     (*res)(i) = v(i) + " * " + factor;

@@ -91,7 +91,7 @@ private:
   TQueryFunc m_QueryFunc;
   void* m_Scratch;
   unsigned long m_ScratchCapacity;
-  bool m_Reserved;
+  [[maybe_unused]] bool m_Reserved;
 };
 
 /// Reads a variant: its tag, then its data.

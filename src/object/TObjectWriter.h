@@ -57,7 +57,7 @@ private:
 
   TStream* m_Stream;
   bool m_Owned;
-  bool m_Reserved;
+  [[maybe_unused]] bool m_Reserved;
 };
 
 /// Writes a variant: its tag, then its data. False for tags without a stored form (references,

@@ -9,6 +9,7 @@ TZxNamed::TZxNamed() : m_Length(0) { m_Name[0] = 0; }
 
 TZxNamed::TZxNamed(const TZxNamed& other) { SetName(other.m_Name, other.m_Length); }
 
+// NOLINTNEXTLINE(bugprone-unhandled-self-assignment): SetName takes a name that overlaps its own.
 TZxNamed& TZxNamed::operator=(const TZxNamed& other) {
   SetName(other.m_Name, other.m_Length);
   return *this;

@@ -1022,8 +1022,17 @@ private:
     std::uint8_t Channels = 0;
     bool HasPixels = false;
 
-    void Note(const DATASURFACE& surface);
-    bool Describes(const DATASURFACE& surface) const;
+    void Note(const DATASURFACE& surface) {
+      Width = surface.Width;
+      Height = surface.Height;
+      Type = surface.Type;
+      Channels = surface.Channels;
+      HasPixels = surface.Data != nullptr;
+    }
+    bool Describes(const DATASURFACE& surface) const {
+      return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
+             Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
+    }
   };
 
   bool _RefreshTextures();

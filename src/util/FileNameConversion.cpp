@@ -74,6 +74,7 @@ unsigned long FullToRelativeFileName(const char* name, unsigned long nameLength,
     if (length + 3 >= size) {
       return kFail;
     }
+    // NOLINTNEXTLINE(bugprone-not-null-terminated-result): the end is written with the rest
     std::memcpy(out + length, "..\\", 3);
     length += 3;
   }

@@ -246,7 +246,8 @@ void TScene::_DrawPart(const PART& part, const CAMERA& camera) {
   }
   // A line of one sample would fade: it is drawn so often, side by side, that it fills a pixel.
   for (int i = 0; i < m_Side * m_Side; ++i) {
-    _SetCamera(camera, i % m_Side, i / m_Side);
+    const int row = i / m_Side;
+    _SetCamera(camera, i % m_Side, row);
     m_GL.DrawElements(part.Mode, part.Count, GL_UNSIGNED_INT, nullptr);
   }
   _SetCamera(camera, 0, 0);

@@ -60,6 +60,7 @@ TZxXIniWriter::~TZxXIniWriter() = default;
 template <> bool TZxXIniWriter::WriteS<double>(const std::string& key, const double* value) {
   if (value != nullptr && *value != *value) {
     const double plain = std::numeric_limits<double>::quiet_NaN();
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): the bits of a NaN are what is compared
     if (std::memcmp(value, &plain, sizeof(plain)) != 0) {
       std::uint64_t bits;
       std::memcpy(&bits, value, sizeof(bits));

@@ -1,6 +1,9 @@
 // Depth and stencil of a run of pixels, small enough to stay in the first-level cache. Each stage
 // is a loop of its own, so that a choice is made once a run and not once a pixel. Included once for
 // each instruction set.
+//
+// Tested by: tests/render/SpanLevels.cpp (SpanLevels.*), tests/render/SpanRows.cpp (SpanRows.*),
+// tests/render/MaskedWrites.cpp (MaskedWrites.*)
 
 #if defined(ZX_RENDER_SPANDEPTHSTENCIL_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANDEPTHSTENCIL_INL_H_

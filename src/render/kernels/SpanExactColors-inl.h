@@ -1,5 +1,7 @@
 // The colours of a group of pixels: interpolation, texture, clamp, bytes, blending. Included once
 // for each instruction set.
+//
+// Tested by: tests/render/SpanLevels.cpp (SpanLevels.*), tests/render/SpanBytes.cpp (SpanBytes.*)
 
 #if defined(ZX_RENDER_SPANEXACTCOLORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANEXACTCOLORS_INL_H_

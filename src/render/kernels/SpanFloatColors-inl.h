@@ -1,5 +1,7 @@
 // The colours of a group of pixels in single precision, with proof that the bytes are those of
 // double precision. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanBytes.cpp (SpanBytes.*), tests/render/SpanLevels.cpp (SpanLevels.*)
 
 #if defined(ZX_RENDER_SPANFLOATCOLORS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANFLOATCOLORS_INL_H_

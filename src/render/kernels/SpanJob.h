@@ -1,3 +1,5 @@
+// Tested by: tests/render/SpanLevels.cpp (SpanLevels.*, EachSpanLevel.*)
+
 #pragma once
 
 #include <cstddef>

@@ -1,3 +1,6 @@
+// Tested by: tests/render/SpanLevels.cpp (EachSpanLevel.*), tests/render/FixedScenes.cpp
+// (EachFixedScene.*)
+
 #include <ZxCore3D/render/kernels/SpanJob.h>
 
 #include <algorithm>

@@ -1,5 +1,8 @@
 // The pixels of a line: runs along a row are drawn as rows are, all others through staging copies.
 // Included once for each instruction set.
+//
+// Tested by: tests/render/VertexBatches.cpp (LineWalks.*), tests/render/SpanLevels.cpp
+// (SpanLevels.*)
 
 #if defined(ZX_RENDER_SPANLINE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANLINE_INL_H_

@@ -1,5 +1,7 @@
 // Row set-up: the ends, interpolants and covered pixels of a vector's worth of rows of a triangle.
 // Included once for each instruction set.
+//
+// Tested by: tests/render/SpanRows.cpp (SpanRows.*)
 
 #if defined(ZX_RENDER_SPANROWSETUP_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANROWSETUP_INL_H_

@@ -1,5 +1,8 @@
 // The pixels of a row, as many at a time as a vector of doubles holds: depth and stencil, colour,
 // output. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanRows.cpp (SpanRows.*), tests/render/SpanLevels.cpp (SpanLevels.*),
+// tests/render/MaskedWrites.cpp (MaskedWrites.*)
 
 #if defined(ZX_RENDER_SPANROWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANROWS_INL_H_

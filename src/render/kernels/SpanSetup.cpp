@@ -1,3 +1,6 @@
+// Tested by: tests/render/SpanLevels.cpp (SpanLevels.*), tests/render/SpanBytes.cpp (SpanBytes.*),
+// tests/render/SharedMemory.cpp (SharedMemory.*)
+
 #include <ZxCore3D/render/kernels/SpanJob.h>
 
 #include <algorithm>

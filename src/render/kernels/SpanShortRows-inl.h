@@ -1,6 +1,9 @@
 // Short rows, as triangles of a few pixels have them, in the most common state: choices that the
 // other kernels make for each row are made here once for all rows. Included once for each
 // instruction set.
+//
+// Tested by: tests/render/SpanRows.cpp (SpanRows.*), tests/render/StandardScenes.cpp
+// (StandardScenes.*)
 
 #if defined(ZX_RENDER_SPANSHORTROWS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANSHORTROWS_INL_H_

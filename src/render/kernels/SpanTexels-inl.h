@@ -1,5 +1,7 @@
 // Texels for the span kernels, a group at a time, with the indices and the bits of the texture
 // sampler. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanLevels.cpp (SpanLevels.*), tests/render/TexSampler.cpp (TexSampler.*)
 
 #if defined(ZX_RENDER_SPANTEXELS_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANTEXELS_INL_H_

@@ -1,5 +1,7 @@
 // The colours of a run of textured pixels, in stages: divisions, then texels and bytes. Fused, the
 // dependency chain would exceed the out-of-order window. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanBytes.cpp (SpanBytes.*), tests/render/SpanLevels.cpp (SpanLevels.*)
 
 #if defined(ZX_RENDER_SPANTEXTURED_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANTEXTURED_INL_H_

@@ -1,4 +1,6 @@
 // The rows of a triangle. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanRows.cpp (SpanRows.*), tests/render/SpanLevels.cpp (SpanLevels.*)
 
 #if defined(ZX_RENDER_SPANTRIANGLE_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANTRIANGLE_INL_H_

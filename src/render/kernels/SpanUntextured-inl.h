@@ -1,5 +1,7 @@
 // The colours of a run of pixels without a texture in single precision, channel by channel, with
 // the proof of SpanFloatColors-inl.h. Included once for each instruction set.
+//
+// Tested by: tests/render/SpanBytes.cpp (SpanBytes.*), tests/render/SpanRows.cpp (SpanRows.*)
 
 #if defined(ZX_RENDER_SPANUNTEXTURED_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SPANUNTEXTURED_INL_H_

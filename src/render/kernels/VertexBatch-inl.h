@@ -1,5 +1,7 @@
 // Vertices of an array draw, many at a time: clip positions, planes and faces. Included once for
 // each instruction set.
+//
+// Tested by: tests/render/VertexBatches.cpp (VertexBatches.*)
 
 #if defined(ZX_RENDER_VERTEXBATCH_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_VERTEXBATCH_INL_H_

@@ -1,3 +1,5 @@
+// Tested by: tests/render/Clipping.cpp (Clipping.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 namespace Zx3D {

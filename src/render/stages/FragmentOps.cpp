@@ -1,3 +1,5 @@
+// Tested by: tests/render/FragmentOps.cpp (ColorWrite.*, StencilTest.*, StencilOperation.*)
+
 #include <ZxCore3D/render/FragmentOps.h>
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// Tested by: tests/render/PixelTransfer.cpp (PixelTransfer.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <algorithm>

@@ -1,3 +1,5 @@
+// Tested by: tests/render/PointsAndLines.cpp (PointsAndLines.*, OnePixel.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>

@@ -1,3 +1,6 @@
+// Tested by: tests/render/Triangles.cpp (Triangles.*), tests/render/SharedMemory.cpp
+// (SharedMemory.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>

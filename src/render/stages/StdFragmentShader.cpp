@@ -1,3 +1,5 @@
+// Tested by: tests/render/StdFragmentShader.cpp (StdFragmentShader.*)
+
 #include <ZxCore3D/render/StdFragmentShader.h>
 
 #include <ZxCore3D/render/GLEnums.h>

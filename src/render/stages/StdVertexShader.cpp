@@ -1,3 +1,5 @@
+// Tested by: tests/render/StdVertexShader.cpp (StdVertexShader.*)
+
 #include <ZxCore3D/render/StdVertexShader.h>
 
 #include <cmath>

@@ -1,3 +1,6 @@
+// Tested by: tests/render/Assembly.cpp (Assembly.*), tests/render/Submission.cpp (CurrentColor.*,
+// CustomPair.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>

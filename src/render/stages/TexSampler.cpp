@@ -1,3 +1,5 @@
+// Tested by: tests/render/TexSampler.cpp (TexSampler.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstring>

@@ -1,3 +1,5 @@
+// Tested by: tests/render/Triangles.cpp (Triangles.*)
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>

@@ -1,3 +1,6 @@
+// Tested by: tests/render/StdVertexShader.cpp (StdVertexShader.*), tests/render/Lights.cpp
+// (Lights.*)
+
 #pragma once
 
 #include <ZxCore3D/render/TRenderCPU.h>

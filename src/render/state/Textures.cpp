@@ -90,19 +90,6 @@ struct TRenderCPU::TTextureHold {
   }
 };
 
-void TRenderCPU::TTextureBinding::Note(const DATASURFACE& surface) {
-  Width = surface.Width;
-  Height = surface.Height;
-  Type = surface.Type;
-  Channels = surface.Channels;
-  HasPixels = surface.Data != nullptr;
-}
-
-bool TRenderCPU::TTextureBinding::Describes(const DATASURFACE& surface) const {
-  return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
-         Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
-}
-
 void TRenderCPU::_DropBinding(int unit) {
   TTextureBinding& binding = m_TextureBindings[unit];
   if (binding.Hold != nullptr) {
