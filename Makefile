@@ -11,6 +11,8 @@
 #   make docs           one site of all pages and docstrings in DOCS_OUT (build/site)
 #   make python         build the Python module, install it into a virtual environment, test it
 #   make package        make Debian packages; make test-package tries them in bare roots
+#   make farm           draw on a Dask scheduler and workers, one of which is killed on the way
+#   make test-all       everything: check, test, test-arm64, docs, python, farm, test-package; hours
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -123,3 +125,7 @@ farm: python
 	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	cmake --build --preset release -j $(JOBS) --target zxrender
 	ZX_RENDER=$(CURDIR)/build/release/bin/zxrender build/venv/bin/python -m pytest -q -p no:cacheprovider python/tests_farm
+
+# What `make test` leaves out because it takes long, or changes the system more than a test should.
+.PHONY: test-all
+test-all: check test test-arm64 docs python farm test-package
