@@ -51,7 +51,7 @@ TVector Limited(const TPoint& color) {
 // --- vertex shader
 
 /// What the vertex shader writes and the fragment shaders read.
-enum TSlot { s_Position, s_Eye, s_Normal, s_Place, s_SlotCount };
+enum TSlot { kPosition, kEye, kNormal, kPlace, kSlotCount };
 
 /// A generic attribute, 1 to 7. Setting attribute 0 submits a vertex.
 constexpr unsigned int kExtra = 1;
@@ -63,25 +63,25 @@ public:
     return std::strcmp(name, "extra") == 0 ? kExtra : ~0u;
   }
   void Begin() override {
-    m_Render->m_VarPosition = s_Position;
-    m_Render->m_VarCount = s_SlotCount;
+    m_Render->m_VarPosition = kPosition;
+    m_Render->m_VarCount = kSlotCount;
   }
   void End() override {}
   void Execute(VAR_DATA* v) override {
     const TRenderCPU& gl = *m_Render;
     const TVector& n = gl.m_CurNormal;
-    (*v)[s_Position] = Applied(gl.m_ModelViewProjection, gl.m_CurVertex);
-    (*v)[s_Eye] = Applied(gl.m_ModelView, gl.m_CurVertex);
-    (*v)[s_Normal] = Applied(gl.m_ModelView, {n.x, n.y, n.z, 0});
-    (*v)[s_Place] = gl.m_CurTexCoord;
-    (*v)[s_Place].z = gl.m_CurAttrib[kExtra].x; // slots have four components: use them
+    (*v)[kPosition] = Applied(gl.m_ModelViewProjection, gl.m_CurVertex);
+    (*v)[kEye] = Applied(gl.m_ModelView, gl.m_CurVertex);
+    (*v)[kNormal] = Applied(gl.m_ModelView, {n.x, n.y, n.z, 0});
+    (*v)[kPlace] = gl.m_CurTexCoord;
+    (*v)[kPlace].z = gl.m_CurAttrib[kExtra].x; // slots have four components: use them
   }
 };
 
 // --- uniforms
 
 /// Cells of `m_Uniforms`. A matrix of sixteen would take four of them.
-enum TUniform { s_Light, s_Color, s_Holes, s_Fog };
+enum TUniform { kLight, kColor, kHoles, kFog };
 
 class TSceneFragment : public Zx3D::TFragmentShaderCPU {
 public:
@@ -103,8 +103,8 @@ protected:
 
   /// A surface of the uniform colour, lit from a place in eye space.
   TPoint Lit(const TPoint& eye, const TPoint& normal) const {
-    const TVector& light = Uniform(s_Light);
-    const TVector& color = Uniform(s_Color);
+    const TVector& light = Uniform(kLight);
+    const TVector& color = Uniform(kColor);
     const TPoint to = Unit(TPoint{light.x, light.y, light.z} - eye);
     const TPoint half = Unit(to - Unit(eye));
     const double diffuse = 0.15 + 0.85 * std::max(0.0, dot(normal, to));
@@ -118,8 +118,8 @@ protected:
 class TPixelLight : public TSceneFragment {
 public:
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& eye = (*v)[s_Eye];
-    const TVector& normal = (*v)[s_Normal]; // between two unit vectors lies a shorter one
+    const TVector& eye = (*v)[kEye];
+    const TVector& normal = (*v)[kNormal]; // between two unit vectors lies a shorter one
     f->Color = Limited(Lit({eye.x, eye.y, eye.z}, Unit({normal.x, normal.y, normal.z})));
     return true;
   }
@@ -130,15 +130,15 @@ public:
 class THoles : public TSceneFragment {
 public:
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& place = (*v)[s_Place];
-    const TVector& holes = Uniform(s_Holes); // how many across, how many up, and how large
+    const TVector& place = (*v)[kPlace];
+    const TVector& holes = Uniform(kHoles); // how many across, how many up, and how large
     const double x = place.x * holes.x - std::floor(place.x * holes.x) - 0.5;
     const double y = place.y * holes.y - std::floor(place.y * holes.y) - 0.5;
     if (x * x + y * y < holes.z) {
       return false; // neither colour nor depth nor stencil changes
     }
-    const TVector& eye = (*v)[s_Eye];
-    const TVector& n = (*v)[s_Normal];
+    const TVector& eye = (*v)[kEye];
+    const TVector& n = (*v)[kNormal];
     TPoint normal = Unit({n.x, n.y, n.z});
     if (!f->FrontFacing) {
       normal = normal * -1.0; // the inside, seen through a hole
@@ -156,13 +156,13 @@ class TBall : public TSceneFragment {
 public:
   bool IsCalcDepth() const override { return true; }
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& place = (*v)[s_Place];
+    const TVector& place = (*v)[kPlace];
     const double rest = 1 - place.x * place.x - place.y * place.y;
     if (rest < 0) {
       return false;
     }
     const TPoint normal = {place.x, place.y, std::sqrt(rest)};
-    const TVector& at = (*v)[s_Eye];
+    const TVector& at = (*v)[kEye];
     const TPoint eye = {at.x, at.y, at.z + normal.z * place.z};
     // Window depth: 0 at the near plane, 1 at the far one.
     const TVector clip = Applied(m_Render->m_Projection, {eye.x, eye.y, eye.z, 1});
@@ -177,7 +177,7 @@ public:
 class TTwoTextures : public TSceneFragment {
 public:
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& place = (*v)[s_Place];
+    const TVector& place = (*v)[kPlace];
     TVector a, b;
     m_Render->m_TexUnits[0].Sampler.GetValue(vec_t_<double, 2>{place.x, place.y}, &a);
     m_Render->m_TexUnits[1].Sampler.GetValue(vec_t_<double, 2>{place.x, place.y}, &b);
@@ -191,9 +191,9 @@ public:
 class TFogged : public TSceneFragment {
 public:
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& fog = Uniform(s_Fog); // a colour, and where it is complete
-    const TVector& eye = (*v)[s_Eye];
-    const TVector& n = (*v)[s_Normal];
+    const TVector& fog = Uniform(kFog); // a colour, and where it is complete
+    const TVector& eye = (*v)[kEye];
+    const TVector& n = (*v)[kNormal];
     const TPoint lit = Lit({eye.x, eye.y, eye.z}, Unit({n.x, n.y, n.z}));
     const double share = std::clamp(-eye.z / fog.w, 0.0, 1.0);
     f->Color = Limited(lit + (TPoint{fog.x, fog.y, fog.z} - lit) * share);
@@ -336,7 +336,7 @@ void DrawMixed(TRenderCPU& gl, TPrograms* programs) {
 
 void DrawFog(TRenderCPU& gl, TPrograms* programs) {
   Use(gl, &programs->Fogged, "fog", {0.55, 0.6, 0.7, 16});
-  gl.Uniform(s_Color, TVector{0.8, 0.4, 0.2, 1});
+  gl.Uniform(kColor, TVector{0.8, 0.4, 0.2, 1});
   for (int i = 5; i >= 0; --i) {
     gl.PushMatrix();
     gl.Translated(i % 2 ? 0.7 : -0.7, 0.35 * i - 0.7, -2.0 * i);
