@@ -34,7 +34,7 @@ for group in "$@"; do
     arm64)
       packages="$packages g++-aarch64-linux-gnu qemu-user-static qtbase5-dev:arm64 libpng-dev:arm64"
       packages="$packages libjpeg62-turbo-dev:arm64 libstb-dev:arm64 libtomlplusplus-dev:arm64 libhwy-dev:arm64"
-      packages="$packages libassimp-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64"
+      packages="$packages libassimp-dev:arm64 libturbojpeg0-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64"
       ;;
     docs) packages="$packages doxygen" ;;
     qt6) packages="$packages qt6-base-dev" ;;
