@@ -691,7 +691,7 @@ class TRenderCPU:
     def BindTexture(self, target: int, id: int) -> None:
         """Binds to the active unit; a name past the table's end changes nothing. A target other than `GL_TEXTURE_2D` throws a `TZxMessage`."""
     def BindVertexArray(self, id: int) -> None:
-        """Lists the enabled arrays in `out`, at most `max`; returns how many."""
+        """Makes `id` the current vertex array object; 0 is the default one."""
     def BlendFunc(self, src: int, dst: int) -> None:
         """Takes every pair; only `GL_SRC_ALPHA`, `GL_ONE_MINUS_SRC_ALPHA` blends, with any other fragments overwrite."""
     def BufferData(self, target: int, size: Any, data: Any, usage: int) -> None:
@@ -817,7 +817,7 @@ class TRenderCPU:
     def EnableLighting(self, on: bool) -> None:
         """`GL_LIGHTING`. With it on and no light enabled, everything is black with alpha 0."""
     def EnablePolygonOffsetFill(self, on: bool) -> None:
-        """`factor` is what is added to the depth of triangles while `GL_POLYGON_OFFSET_FILL` is on; neither the slope nor `units` plays a part."""
+        """`GL_POLYGON_OFFSET_FILL`."""
     def EnableVertexAttribArray(self, index: int) -> None:
         """Generic array 0 to 7; another index reports 0xFFFFFFFF."""
     def End(self) -> None:
