@@ -7,6 +7,7 @@
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace Zx3D {
@@ -132,59 +133,59 @@ struct TBatchDraw {
 };
 
 // Fills a record with a vertex of the batch, as the shader does.
-void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  VAR_DATA& record = m_VarCur[corner];
-  if (m_Lighting || !inside) {
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
+  VAR_DATA& record = gl.m_VarCur[corner];
+  if (gl.m_Lighting || !inside) {
     for (int i = 0; i < 3; ++i) {
       *draw->Current[i] = draw->ValueOf(i, vertex);
     }
     const TPointer* const position = draw->Position.Pointer;
-    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
-    ShadeVertex(this, &record, draw->Lighting);
+    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &gl.m_CurVertex);
+    ShadeVertex(&gl, &record, draw->Lighting);
     return;
   }
   const TVertexBatch& batch = draw->Batch;
   const int at = corner * batch.Pitch + shape;
   record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
-  if (m_TexUnits[0].TexEnabled) {
-    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
+  record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+  if (gl.m_TexUnits[0].TexEnabled) {
+    record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
   }
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
-                              bool inside) {
+void TRenderEngine::DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
+                                bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
-    _ShadeBatched(draw, shape * corners + c, c, shape, inside);
+    ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
   const int plane = inside ? kAllPlanes : 0;
   switch (corners) {
   case 2:
     if (inside) {
-      _DrawLine(m_VarCur, drawJob);
+      DrawLine(gl.m_VarCur, drawJob);
     } else {
-      ClipAndRasterizeLine(m_VarCur, 0);
+      gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
     }
     break;
   case 3:
-    ClipAndRasterizeTriangle(m_VarCur, plane);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, plane);
     break;
   default:
-    m_Pending = 4;
-    _AssembleQuad();
+    gl.m_Pending = 4;
+    AssembleQuad();
     break;
   }
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
+void TRenderEngine::ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
-  kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
-  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
   TShapeClasses b = {0, ~std::uint64_t{0}, 0, 0};
   if (corners == 2) {
@@ -207,14 +208,14 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners,
     done = before;
     if (left != 0) {
       const std::uint64_t last = std::uint64_t{1} << (63 - __builtin_clzll(left));
-      m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
+      gl.m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     leaveCulled(bit - 1);
-    _DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
+    DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
   }
   leaveCulled(all);
 }
@@ -223,21 +224,22 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners,
 
 // Colours of a batch of points before they are limited: what the fragment shader takes without a
 // texture.
-const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
+const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
   draw->FetchValues();
   TVec4* const colors = draw->Vectors[1];
-  if (!m_Lighting) {
+  if (!gl.m_Lighting) {
     if (draw->Values[1].Pointer == nullptr) {
-      std::fill_n(colors, count, m_CurColor);
+      std::fill_n(colors, count, gl.m_CurColor);
     }
     return colors;
   }
-  const bool front = m_Fragment.FrontFacing;
-  const int primary = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
-  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  const bool front = gl.m_Fragment.FrontFacing;
+  const int primary = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
+  const int secondary =
+      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
   for (int i = 0; i < count; ++i) {
-    _ShadeBatched(draw, i, 0, i, true);
-    const VAR_DATA& v = m_VarCur[0];
+    ShadeBatched(draw, i, 0, i, true);
+    const VAR_DATA& v = gl.m_VarCur[0];
     const TVec4& a = v.Slots[primary];
     const TVec4& b = v.Slots[secondary];
     colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
@@ -245,14 +247,14 @@ const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
   return colors;
 }
 
-void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
-  kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
-  kernels.ProjectPoints(draw->Batch, count, m_Width, m_Height, &points);
-  const TVec4* const colors = _PointColors(draw, count);
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
+  kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
+  const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
-  _DrawPoints(job, points, colors);
+  DrawPoints(job, points, colors);
 }
 
 // --- Replay
@@ -263,12 +265,12 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count)
 //
 // A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
-int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
+int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
   TSpanJob job;
-  switch (m_PrimitiveMode) {
+  switch (gl.m_PrimitiveMode) {
   case GL_POINTS:
-    corners = !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&job) ? 1 : 0;
+    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth && SetUpTargets(&job) ? 1 : 0;
     break;
   case GL_LINES:
     corners = 2;
@@ -288,23 +290,23 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
     return 0;
   }
   TBatchDraw draw;
-  if (!draw.Take(this, arrays)) {
+  if (!draw.Take(&gl, arrays)) {
     return 0;
   }
-  TSpanJob* const drawJob = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
+  TSpanJob* const drawJob = corners == 2 && SetUpDraw(&job) ? &job : nullptr;
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
     if (corners == 1) {
-      _ReplayPoints(&draw, job, next);
+      ReplayPoints(&draw, job, next);
     } else {
-      _ReplayShapes(&draw, drawJob, corners, next);
+      ReplayShapes(&draw, drawJob, corners, next);
     }
     done += next;
   }
-  m_Pending = 0;
-  m_VertexIndex += shapes * corners;
+  gl.m_Pending = 0;
+  gl.m_VertexIndex += shapes * corners;
   return shapes * corners;
 }
 

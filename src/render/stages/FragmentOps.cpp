@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
 
 namespace Zx3D {
@@ -190,31 +191,31 @@ void SetValue4d(void* dst, const vec_t_<double, 4>& color) {
   std::memcpy(dst, &color, sizeof color);
 }
 
-void TRenderCPU::_WriteColor(unsigned char* dst, const vec_t_<double, 4>& color) {
-  if (m_PixelWrite != nullptr) {
-    m_PixelWrite(dst, color);
+void TRenderEngine::WriteColor(unsigned char* dst, const vec_t_<double, 4>& color) {
+  if (gl.m_PixelWrite != nullptr) {
+    gl.m_PixelWrite(dst, color);
     return;
   }
   const TByte bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z), ByteOf(color.w)};
-  _WriteBytes(dst, bytes);
+  WriteBytes(dst, bytes);
 }
 
 // The same for a colour that is bytes already, without a `m_PixelWrite`.
-void TRenderCPU::_WriteBytes(unsigned char* dst, const unsigned char* bytes) {
-  const unsigned char mask = m_ColorMask;
+void TRenderEngine::WriteBytes(unsigned char* dst, const unsigned char* bytes) {
+  const unsigned char mask = gl.m_ColorMask;
   if (mask == 0) {
     return;
   }
   if (mask == 15) {
-    if (m_BlendFunc != nullptr) {
-      m_BlendFunc(bytes, dst);
+    if (gl.m_BlendFunc != nullptr) {
+      gl.m_BlendFunc(bytes, dst);
     } else {
       std::memcpy(dst, bytes, 4);
     }
     return;
   }
-  if (m_BlendFuncM != nullptr) {
-    m_BlendFuncM(bytes, dst, mask);
+  if (gl.m_BlendFuncM != nullptr) {
+    gl.m_BlendFuncM(bytes, dst, mask);
     return;
   }
   for (int i = 0; i < 4; ++i) {

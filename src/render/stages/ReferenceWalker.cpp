@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 
 namespace Zx3D {
 
@@ -40,50 +41,51 @@ private:
 // --- The tests of a fragment, for spans, lines and points alike. A null address is a target that
 // isn't there.
 
-void TRenderCPU::_RunStencil(TStencilFunction operation, unsigned char* stencil) {
+void TRenderEngine::RunStencil(TStencilFunction operation, unsigned char* stencil) {
   if (stencil != nullptr) {
-    operation(stencil, static_cast<unsigned char>(m_StencilRef),
-              static_cast<unsigned char>(m_StencilWriteMask));
+    operation(stencil, static_cast<unsigned char>(gl.m_StencilRef),
+              static_cast<unsigned char>(gl.m_StencilWriteMask));
   }
 }
 
-bool TRenderCPU::_PassesStencil(unsigned char* stencil) {
+bool TRenderEngine::PassesStencil(unsigned char* stencil) {
   const unsigned char value = stencil != nullptr ? *stencil : 0;
-  if (m_StencilTest && !m_StencilCompare(static_cast<unsigned char>(m_StencilRef), value,
-                                         static_cast<unsigned char>(m_StencilValueMask))) {
-    _RunStencil(m_StencilFailOp, stencil);
+  if (gl.m_StencilTest && !gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
+                                               static_cast<unsigned char>(gl.m_StencilValueMask))) {
+    RunStencil(gl.m_StencilFailOp, stencil);
     return false;
   }
   return true;
 }
 
-bool TRenderCPU::_PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil) {
-  if (depth != nullptr && m_DepthTest && !m_DepthCompare(fragment, LoadFloat(depth))) {
-    _RunStencil(m_StencilZFailOp, stencil);
+bool TRenderEngine::PassesDepth(const unsigned char* depth, float fragment,
+                                unsigned char* stencil) {
+  if (depth != nullptr && gl.m_DepthTest && !gl.m_DepthCompare(fragment, LoadFloat(depth))) {
+    RunStencil(gl.m_StencilZFailOp, stencil);
     return false;
   }
   return true;
 }
 
 // Fills `m_VarFragment` at t. With perspective every slot is multiplied by q, the position too.
-void TRenderCPU::_InterpolateFragment(const EDGE& e, double t) {
-  if (m_PerspectiveHint == GL_FASTEST) {
-    Value(e, t, &m_VarFragment);
+void TRenderEngine::InterpolateFragment(const EDGE& e, double t) {
+  if (gl.m_PerspectiveHint == GL_FASTEST) {
+    gl.Value(e, t, &gl.m_VarFragment);
     return;
   }
   const double q = 1.0 / (e.Delta.Slots[0].w * t + e.Begin->Slots[0].w);
-  for (int i = 0; i < m_VarCount; ++i) {
+  for (int i = 0; i < gl.m_VarCount; ++i) {
     const vec_t_<double, 4>& delta = e.Delta.Slots[i];
     const vec_t_<double, 4>& begin = e.Begin->Slots[i];
-    m_VarFragment.Slots[i] = {(delta.x * t + begin.x) * q, (delta.y * t + begin.y) * q,
-                              (delta.z * t + begin.z) * q, (delta.w * t + begin.w) * q};
+    gl.m_VarFragment.Slots[i] = {(delta.x * t + begin.x) * q, (delta.y * t + begin.y) * q,
+                                 (delta.z * t + begin.z) * q, (delta.w * t + begin.w) * q};
   }
 }
 
 // --- The walk
 
 void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
-  _RefreshTargets();
+  m_Engine->RefreshTargets();
   if (span->Delta.Slots[0].x == 0.0 || y < 0 || y >= m_Height) {
     return;
   }
@@ -92,16 +94,16 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
   if (!PixelRange(span->Begin->Slots[0].x + 0.5, span->End->Slots[0].x, m_Width, &first, &last)) {
     return;
   }
-  _WalkSpan(*span, y, first, last, fs);
+  m_Engine->WalkSpan(*span, y, first, last, fs);
 }
 
 // The reference walker: right for every state and every shader, pixel by pixel from left to right.
-void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
+void TRenderEngine::WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
   // Where a target ends within the row, its pixels from there on have no address.
-  TSpanTarget color(_TargetPixel(m_Targets.Color, first, y), m_Targets.Color.Step,
-                    _TargetEnd(m_Targets.Color, first, y));
-  TSpanTarget depth(_DepthPixel(first, y), sizeof(float), _TargetEnd(m_Targets.Depth, first, y));
-  TSpanTarget stencil(_StencilPixel(first, y), 1, _TargetEnd(m_Targets.Stencil, first, y));
+  TSpanTarget color(TargetPixel(Targets.Color, first, y), Targets.Color.Step,
+                    TargetEnd(Targets.Color, first, y));
+  TSpanTarget depth(DepthPixel(first, y), sizeof(float), TargetEnd(Targets.Depth, first, y));
+  TSpanTarget stencil(StencilPixel(first, y), 1, TargetEnd(Targets.Stencil, first, y));
   const double beginX = span.Begin->Slots[0].x;
   const double deltaX = span.Delta.Slots[0].x;
   const double beginZ = span.Begin->Slots[0].z;
@@ -110,32 +112,32 @@ void TRenderCPU::_WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA
   const auto drawPixel = [&](int x, unsigned char* colorAt, unsigned char* depthAt,
                              unsigned char* stencilAt) {
     const double t = (x - beginX) / deltaX;
-    if (t < 0.0 || t >= 1.0 || !_PassesStencil(stencilAt)) {
+    if (t < 0.0 || t >= 1.0 || !PassesStencil(stencilAt)) {
       return;
     }
-    if (!m_CalcDepth) {
+    if (!gl.m_CalcDepth) {
       fs->Depth = static_cast<float>(deltaZ * t + beginZ);
-      if (m_PolygonOffsetFill) {
-        fs->Depth += m_PolygonOffsetFactor;
+      if (gl.m_PolygonOffsetFill) {
+        fs->Depth += gl.m_PolygonOffsetFactor;
       }
-      if (!_PassesDepth(depthAt, fs->Depth, stencilAt)) {
+      if (!PassesDepth(depthAt, fs->Depth, stencilAt)) {
         return;
       }
     }
-    _InterpolateFragment(span, t);
+    InterpolateFragment(span, t);
     fs->X = x;
-    if (!m_FragmentShader->Execute(&m_VarFragment, fs)) {
+    if (!gl.m_FragmentShader->Execute(&gl.m_VarFragment, fs)) {
       return;
     }
-    if (m_CalcDepth && !_PassesDepth(depthAt, fs->Depth, stencilAt)) {
+    if (gl.m_CalcDepth && !PassesDepth(depthAt, fs->Depth, stencilAt)) {
       return;
     }
-    if (depthAt != nullptr && m_DepthMask) {
+    if (depthAt != nullptr && gl.m_DepthMask) {
       StoreFloat(depthAt, fs->Depth);
     }
-    _RunStencil(m_StencilZPassOp, stencilAt);
+    RunStencil(gl.m_StencilZPassOp, stencilAt);
     if (colorAt != nullptr) {
-      _WriteColor(colorAt, fs->Color);
+      WriteColor(colorAt, fs->Color);
     }
   };
 
