@@ -9,6 +9,7 @@
 #include <ZxCore3D/render/arrays/VertexFetch.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -245,6 +246,79 @@ const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count)
     colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
   }
   return colors;
+}
+
+namespace {
+
+// The record that the last fragments of a batch of points leave.
+struct TLastPoints {
+  int Tested = -1; ///< the last one that came to the depth test
+  int Shaded = -1; ///< the last one that was shaded
+};
+
+// A point whose depth and colour are computed already.
+struct TBatchedPoint {
+  const TRenderCPU& gl;
+  const TPointBatch& Points;
+  TLastPoints* Last;
+  unsigned char* Color;
+  int Index;
+
+  float Depth() const { return Points.Depth[Index]; }
+  void SetDepth() { Last->Tested = Index; }
+  bool Shade() {
+    Last->Shaded = Index;
+    return true;
+  }
+  void WriteColor() { WriteBytes(gl, Color, Points.Bytes + kPixelBytes * Index); }
+};
+
+} // namespace
+
+// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
+// are prefetched before the first is drawn.
+void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
+                               const vec_t_<double, 4>* colors) {
+  struct TPixel {
+    int Index;
+    unsigned char* Color;
+    unsigned char* Depth;
+    unsigned char* Stencil;
+  };
+  const bool useDepth = gl.m_DepthTest || gl.m_DepthMask;
+  TPixel pixels[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const int x = points.X[i];
+    const int y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    unsigned char* const color = job.Color + y * job.ColorRowStride + std::ptrdiff_t{4} * x;
+    pixels[count] = {i, color, useDepth ? DepthPixel(x, y) : nullptr, StencilPixel(x, y)};
+    __builtin_prefetch(pixels[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(pixels[count].Depth, 1);
+    }
+    if (gl.m_StencilTest) {
+      __builtin_prefetch(pixels[count].Stencil, 1);
+    }
+    ++count;
+  }
+  TLastPoints last;
+  for (int k = 0; k < count; ++k) {
+    const TPixel& pixel = pixels[k];
+    RunFragment(gl, pixel.Depth, pixel.Stencil,
+                TBatchedPoint{gl, points, &last, pixel.Color, pixel.Index});
+  }
+  if (last.Tested >= 0) {
+    gl.m_Fragment.Depth = points.Depth[last.Tested];
+  }
+  if (last.Shaded >= 0) {
+    gl.m_Fragment.X = points.X[last.Shaded];
+    gl.m_Fragment.Y = points.Y[last.Shaded];
+    gl.m_Fragment.Color = Clamped01(colors[last.Shaded]);
+  }
 }
 
 void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {

@@ -61,10 +61,11 @@ struct TRenderEngine {
   void MeasureTargets();
   bool RefreshTargets();
   bool RefreshState();
-  static unsigned char* TargetPixel(const TTarget& target, int x, int y);
-  int TargetEnd(const TTarget& target, int x, int y) const;
-  unsigned char* DepthPixel(int x, int y) const;
-  unsigned char* StencilPixel(int x, int y) const;
+  /// Addresses of pixels; null where there is none, and for a stencil without its test.
+  unsigned char* DepthPixel(int x, int y) const { return Targets.Depth.At(x, y); }
+  unsigned char* StencilPixel(int x, int y) const {
+    return gl.m_StencilTest ? Targets.Stencil.At(x, y) : nullptr;
+  }
   bool TextureIsTarget() const;
 
   TTargets Targets = {};
@@ -103,23 +104,13 @@ struct TRenderEngine {
   bool IsCulled(bool front) const;
   void SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
   void DrawEdges(VAR_DATA* v);
+  void InterpolateFragment(const EDGE& e, double t);
   void WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool IsLinePixel(int x, int y) const;
   void DrawLinePixel(int x, int y, double t);
   void DrawLine(VAR_DATA* v, TSpanJob* drawJob);
   void WalkLine(const TLineWalk& walk);
   bool ClipWalk(TLineWalk* walk);
-  void DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
-
-  // --- stages: the steps of a fragment
-
-  void InterpolateFragment(const EDGE& e, double t);
-  bool PassesStencil(unsigned char* stencil);
-  bool PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil);
-  void RunStencil(TStencilFunction operation, unsigned char* stencil);
-  void FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
-  void WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
-  void WriteBytes(unsigned char* dst, const unsigned char* bytes);
 
   // --- arrays: vertices of arrays, replayed
 
@@ -140,6 +131,7 @@ struct TRenderEngine {
   int ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
   void ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
   void ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
+  void DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
   void ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);

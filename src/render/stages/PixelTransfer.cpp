@@ -10,6 +10,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -150,28 +151,14 @@ void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned cha
 // --- Draw
 
 // One row with the colour mask and the blending in force.
-static void DrawPixelRow(TRenderCPU& gl, const unsigned char* from, std::ptrdiff_t fromStep,
+static void DrawPixelRow(const TRenderCPU& gl, const unsigned char* from, std::ptrdiff_t fromStep,
                          unsigned char* to, std::ptrdiff_t toStep, std::ptrdiff_t count) {
-  const unsigned char mask = gl.m_ColorMask;
-  if (mask == 0) {
-    return;
-  }
-  if (mask == 15 && gl.m_BlendFunc == nullptr) {
+  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
     CopyPixels(from, fromStep, to, toStep, count);
     return;
   }
   for (; count > 0; --count) {
-    if (mask == 15) {
-      gl.m_BlendFunc(from, to);
-    } else if (gl.m_BlendFuncM != nullptr) {
-      gl.m_BlendFuncM(from, to, mask);
-    } else {
-      for (int i = 0; i < 4; ++i) {
-        if ((mask >> i & 1) != 0) {
-          to[i] = from[i];
-        }
-      }
-    }
+    WriteBytes(gl, to, from);
     from += fromStep;
     to += toStep;
   }

@@ -3,42 +3,62 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
-#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
-#include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
-// What follows the shader for points and lines: late depth test, depth, stencil and colour write.
-void TRenderEngine::FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil) {
-  if (gl.m_CalcDepth && !PassesDepth(depth, gl.m_Fragment.Depth, stencil)) {
-    return;
-  }
-  if (depth != nullptr && gl.m_DepthMask) {
-    StoreFloat(depth, gl.m_Fragment.Depth);
-  }
-  RunStencil(gl.m_StencilZPassOp, stencil);
-  unsigned char* const color = TargetPixel(Targets.Color, x, y);
+// Points and lines look up the colour's address after the shader, which may have changed the
+// target.
+static void WriteRecordColor(const TRenderEngine& engine, int x, int y) {
+  const TRenderCPU& gl = engine.gl;
+  unsigned char* const color = engine.Targets.Color.At(x, y);
   if (color != nullptr) {
-    WriteColor(color, gl.m_Fragment.Color);
+    WriteColor(gl, color, gl.m_Fragment.Color);
   }
 }
 
 // --- Points
+
+namespace {
+
+struct TPointFragment {
+  TRenderEngine& Engine;
+  TRenderCPU::VAR_DATA* Vertex; ///< the position in the window
+  int X;
+  int Y;
+
+  float Depth() const { return Engine.gl.m_Fragment.Depth; }
+  void SetDepth() { Engine.gl.m_Fragment.Depth = static_cast<float>(Vertex->Slots[0].z); }
+  bool Shade() {
+    TRenderCPU& gl = Engine.gl;
+    if (gl.m_FragmentShader == nullptr) {
+      gl.m_Fragment.Color = gl.m_CurColor;
+      return true;
+    }
+    gl.m_Fragment.X = X;
+    gl.m_Fragment.Y = Y;
+    return gl.m_FragmentShader->Execute(Vertex, &gl.m_Fragment);
+  }
+  void WriteColor() { WriteRecordColor(Engine, X, Y); }
+};
+
+} // namespace
 
 void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   vec_t_<double, 4>& at = v->Slots[0];
   if (-at.w > at.x || at.x > at.w || -at.w > at.y || at.y > at.w || -at.w > at.z || at.z > at.w) {
     return;
   }
-  m_Engine->ResolveFragment();
-  m_Engine->RefreshState();
+  TRenderEngine& engine = *m_Engine;
+  engine.ResolveFragment();
+  engine.RefreshState();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
   at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
@@ -48,125 +68,49 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   }
   const int x = TruncI32(at.x);
   const int y = TruncI32(at.y);
-
-  unsigned char* const stencil = m_Engine->StencilPixel(x, y);
-  unsigned char* const depth = m_Engine->DepthPixel(x, y);
-  if (!m_Engine->PassesStencil(stencil)) {
-    return;
-  }
-  if (!m_CalcDepth) {
-    m_Fragment.Depth = static_cast<float>(at.z);
-    if (!m_Engine->PassesDepth(depth, m_Fragment.Depth, stencil)) {
-      return;
-    }
-  }
-  if (m_FragmentShader != nullptr) {
-    m_Fragment.X = x;
-    m_Fragment.Y = y;
-    if (!m_FragmentShader->Execute(v, &m_Fragment)) {
-      return;
-    }
-  } else {
-    m_Fragment.Color = m_CurColor;
-  }
-  m_Engine->FinishPixel(x, y, depth, stencil);
-}
-
-// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
-// are prefetched before the first is drawn.
-void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
-                               const vec_t_<double, 4>* colors) {
-  struct TPoint {
-    int Index;
-    unsigned char* Color;
-  };
-  const bool useDepth = gl.m_DepthTest || gl.m_DepthMask;
-  TPoint live[TVertexBatch::kMost];
-  int count = 0;
-  for (int i = 0; i < points.Count; ++i) {
-    const std::ptrdiff_t x = points.X[i];
-    const std::ptrdiff_t y = points.Y[i];
-    if (x < 0) {
-      continue;
-    }
-    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
-    __builtin_prefetch(live[count].Color, 1);
-    if (useDepth) {
-      __builtin_prefetch(DepthPixel(points.X[i], points.Y[i]), 1);
-    }
-    if (gl.m_StencilTest) {
-      __builtin_prefetch(StencilPixel(points.X[i], points.Y[i]), 1);
-    }
-    ++count;
-  }
-  const bool plainWrite = gl.m_ColorMask == 15 && gl.m_BlendFunc == nullptr;
-  int seen = -1;  // the last point that came to the depth test
-  int shown = -1; // the last one that was shaded
-  for (int k = 0; k < count; ++k) {
-    const int i = live[k].Index;
-    const unsigned char* const bytes = points.Bytes + 4 * i;
-    if (gl.m_StencilTest || useDepth) {
-      unsigned char* const stencil = StencilPixel(points.X[i], points.Y[i]);
-      unsigned char* const depth = DepthPixel(points.X[i], points.Y[i]);
-      if (!PassesStencil(stencil)) {
-        continue;
-      }
-      seen = i;
-      if (!PassesDepth(depth, points.Depth[i], stencil)) {
-        continue;
-      }
-      if (gl.m_DepthMask) {
-        StoreFloat(depth, points.Depth[i]);
-      }
-      RunStencil(gl.m_StencilZPassOp, stencil);
-    }
-    seen = i;
-    shown = i;
-    if (plainWrite) {
-      std::memcpy(live[k].Color, bytes, 4);
-    } else {
-      WriteBytes(live[k].Color, bytes);
-    }
-  }
-  if (seen >= 0) {
-    gl.m_Fragment.Depth = points.Depth[seen];
-  }
-  if (shown >= 0) {
-    const auto limited = [](double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; };
-    const vec_t_<double, 4>& c = colors[shown];
-    gl.m_Fragment.X = points.X[shown];
-    gl.m_Fragment.Y = points.Y[shown];
-    gl.m_Fragment.Color = {limited(c.x), limited(c.y), limited(c.z), limited(c.w)};
-  }
+  RunFragment(*this, engine.DepthPixel(x, y), engine.StencilPixel(x, y),
+              TPointFragment{engine, v, x, y});
 }
 
 // --- Lines
+
+namespace {
+
+struct TLineFragment {
+  TRenderEngine& Engine;
+  const TRenderCPU::EDGE& Line;
+  int X;
+  int Y;
+  double T; ///< position between the line's ends
+
+  float Depth() const { return Engine.gl.m_Fragment.Depth; }
+  void SetDepth() {
+    TRenderCPU& gl = Engine.gl;
+    gl.m_Fragment.Depth = static_cast<float>(Line.Delta.Slots[0].z * T + Line.Begin->Slots[0].z);
+    if (gl.m_PrimitiveMode == GL_TRIANGLES && gl.m_PolygonOffsetFill) {
+      gl.m_Fragment.Depth += gl.m_PolygonOffsetFactor;
+    }
+  }
+  bool Shade() {
+    TRenderCPU& gl = Engine.gl;
+    Engine.InterpolateFragment(Line, T);
+    gl.m_Fragment.X = X;
+    gl.m_Fragment.Y = Y;
+    return gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
+  }
+  void WriteColor() { WriteRecordColor(Engine, X, Y); }
+};
+
+} // namespace
 
 void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
   if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
     return;
   }
-  m_Engine->RefreshTargets();
-  unsigned char* const stencil = m_Engine->StencilPixel(x, y);
-  unsigned char* const depth = m_Engine->DepthPixel(x, y);
-  if (!m_Engine->PassesStencil(stencil)) {
-    return;
-  }
-  if (!m_CalcDepth) {
-    m_Fragment.Depth = static_cast<float>(e->Delta.Slots[0].z * t + e->Begin->Slots[0].z);
-    if (m_PrimitiveMode == GL_TRIANGLES && m_PolygonOffsetFill) {
-      m_Fragment.Depth += m_PolygonOffsetFactor;
-    }
-    if (!m_Engine->PassesDepth(depth, m_Fragment.Depth, stencil)) {
-      return;
-    }
-  }
-  m_Engine->InterpolateFragment(*e, t);
-  m_Fragment.X = x;
-  m_Fragment.Y = y;
-  if (m_FragmentShader->Execute(&m_VarFragment, &m_Fragment)) {
-    m_Engine->FinishPixel(x, y, depth, stencil);
-  }
+  TRenderEngine& engine = *m_Engine;
+  engine.RefreshTargets();
+  RunFragment(*this, engine.DepthPixel(x, y), engine.StencilPixel(x, y),
+              TLineFragment{engine, *e, x, y, t});
 }
 
 namespace {
@@ -272,14 +216,12 @@ void TRenderEngine::WalkLine(const TLineWalk& walk) {
   const int major = walk.Axis;
   const int minor = 1 - major;
   const double begin = gl.m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
-  const double way = gl.m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
+  const double delta = gl.m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
   for (long long i = 0; i < walk.Major; ++i) {
     if (IsLinePixel(at[0], at[1])) {
-      double t = (at[major] - begin) / way;
-      t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-      DrawLinePixel(at[0], at[1], t);
+      DrawLinePixel(at[0], at[1], Clamped01((at[major] - begin) / delta));
     }
     at[major] += walk.Step[major];
     error += 2 * walk.Minor;

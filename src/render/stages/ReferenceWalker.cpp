@@ -8,6 +8,7 @@
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -38,34 +39,7 @@ private:
 
 } // namespace
 
-// --- The tests of a fragment, for spans, lines and points alike. A null address is a target that
-// isn't there.
-
-void TRenderEngine::RunStencil(TStencilFunction operation, unsigned char* stencil) {
-  if (stencil != nullptr) {
-    operation(stencil, static_cast<unsigned char>(gl.m_StencilRef),
-              static_cast<unsigned char>(gl.m_StencilWriteMask));
-  }
-}
-
-bool TRenderEngine::PassesStencil(unsigned char* stencil) {
-  const unsigned char value = stencil != nullptr ? *stencil : 0;
-  if (gl.m_StencilTest && !gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
-                                               static_cast<unsigned char>(gl.m_StencilValueMask))) {
-    RunStencil(gl.m_StencilFailOp, stencil);
-    return false;
-  }
-  return true;
-}
-
-bool TRenderEngine::PassesDepth(const unsigned char* depth, float fragment,
-                                unsigned char* stencil) {
-  if (depth != nullptr && gl.m_DepthTest && !gl.m_DepthCompare(fragment, LoadFloat(depth))) {
-    RunStencil(gl.m_StencilZFailOp, stencil);
-    return false;
-  }
-  return true;
-}
+// --- Interpolation
 
 // Fills `m_VarFragment` at t. With perspective every slot is multiplied by q, the position too.
 void TRenderEngine::InterpolateFragment(const EDGE& e, double t) {
@@ -97,52 +71,59 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
   m_Engine->WalkSpan(*span, y, first, last, fs);
 }
 
+namespace {
+
+// A fragment of a span. `Record` keeps the row that its caller set.
+struct TSpanFragment {
+  TRenderEngine& Engine;
+  const TRenderCPU::EDGE& Span;
+  TRenderCPU::FS_DATA* Record;
+  unsigned char* Color;
+  int X;
+  double T; ///< position between the span's ends
+
+  float Depth() const { return Record->Depth; }
+  void SetDepth() {
+    const TRenderCPU& gl = Engine.gl;
+    Record->Depth = static_cast<float>(Span.Delta.Slots[0].z * T + Span.Begin->Slots[0].z);
+    if (gl.m_PolygonOffsetFill) {
+      Record->Depth += gl.m_PolygonOffsetFactor;
+    }
+  }
+  bool Shade() {
+    TRenderCPU& gl = Engine.gl;
+    Engine.InterpolateFragment(Span, T);
+    Record->X = X;
+    return gl.m_FragmentShader->Execute(&gl.m_VarFragment, Record);
+  }
+  void WriteColor() {
+    if (Color != nullptr) {
+      Zx3D::WriteColor(Engine.gl, Color, Record->Color);
+    }
+  }
+};
+
+} // namespace
+
 // The reference walker: right for every state and every shader, pixel by pixel from left to right.
 void TRenderEngine::WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
   // Where a target ends within the row, its pixels from there on have no address.
-  TSpanTarget color(TargetPixel(Targets.Color, first, y), Targets.Color.Step,
-                    TargetEnd(Targets.Color, first, y));
-  TSpanTarget depth(DepthPixel(first, y), sizeof(float), TargetEnd(Targets.Depth, first, y));
-  TSpanTarget stencil(StencilPixel(first, y), 1, TargetEnd(Targets.Stencil, first, y));
+  const auto pixelsOf = [this, first, y](const TTarget& target, std::ptrdiff_t step) {
+    return TSpanTarget(target.At(first, y), step, target.EndOfSpan(first, y, gl.m_Width));
+  };
+  TSpanTarget color = pixelsOf(Targets.Color, Targets.Color.Step);
+  TSpanTarget depth = pixelsOf(Targets.Depth, sizeof(float));
+  TSpanTarget stencil(StencilPixel(first, y), 1, Targets.Stencil.EndOfSpan(first, y, gl.m_Width));
   const double beginX = span.Begin->Slots[0].x;
   const double deltaX = span.Delta.Slots[0].x;
-  const double beginZ = span.Begin->Slots[0].z;
-  const double deltaZ = span.Delta.Slots[0].z;
-
-  const auto drawPixel = [&](int x, unsigned char* colorAt, unsigned char* depthAt,
-                             unsigned char* stencilAt) {
-    const double t = (x - beginX) / deltaX;
-    if (t < 0.0 || t >= 1.0 || !PassesStencil(stencilAt)) {
-      return;
-    }
-    if (!gl.m_CalcDepth) {
-      fs->Depth = static_cast<float>(deltaZ * t + beginZ);
-      if (gl.m_PolygonOffsetFill) {
-        fs->Depth += gl.m_PolygonOffsetFactor;
-      }
-      if (!PassesDepth(depthAt, fs->Depth, stencilAt)) {
-        return;
-      }
-    }
-    InterpolateFragment(span, t);
-    fs->X = x;
-    if (!gl.m_FragmentShader->Execute(&gl.m_VarFragment, fs)) {
-      return;
-    }
-    if (gl.m_CalcDepth && !PassesDepth(depthAt, fs->Depth, stencilAt)) {
-      return;
-    }
-    if (depthAt != nullptr && gl.m_DepthMask) {
-      StoreFloat(depthAt, fs->Depth);
-    }
-    RunStencil(gl.m_StencilZPassOp, stencilAt);
-    if (colorAt != nullptr) {
-      WriteColor(colorAt, fs->Color);
-    }
-  };
-
   for (int x = first; x <= last; ++x) {
-    drawPixel(x, color.Next(x), depth.Next(x), stencil.Next(x));
+    unsigned char* const colorAt = color.Next(x);
+    unsigned char* const depthAt = depth.Next(x);
+    unsigned char* const stencilAt = stencil.Next(x);
+    const double t = (x - beginX) / deltaX;
+    if (t >= 0.0 && t < 1.0) {
+      RunFragment(gl, depthAt, stencilAt, TSpanFragment{*this, span, fs, colorAt, x, t});
+    }
   }
 }
 

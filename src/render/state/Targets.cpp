@@ -197,37 +197,6 @@ bool TRenderEngine::TextureIsTarget() const {
       [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
 }
 
-// Null for a pixel that the block does not hold.
-unsigned char* TRenderEngine::TargetPixel(const TTarget& target, int x, int y) {
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  if (!target.Fits &&
-      (target.Data == nullptr || offset < 0 || offset > target.Size - target.WriteSize)) {
-    return nullptr;
-  }
-  return target.Data + offset;
-}
-
-// The column at which a span from (x, y) on leaves the block.
-int TRenderEngine::TargetEnd(const TTarget& target, int x, int y) const {
-  if (target.Fits) {
-    return gl.m_Width;
-  }
-  if (TargetPixel(target, x, y) == nullptr || target.Step <= 0) {
-    return x;
-  }
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  const std::ptrdiff_t pixels = (target.Size - target.WriteSize - offset) / target.Step + 1;
-  return static_cast<int>(std::min<std::ptrdiff_t>(x + pixels, gl.m_Width));
-}
-
-unsigned char* TRenderEngine::DepthPixel(int x, int y) const {
-  return TargetPixel(Targets.Depth, x, y);
-}
-
-unsigned char* TRenderEngine::StencilPixel(int x, int y) const {
-  return gl.m_StencilTest ? TargetPixel(Targets.Stencil, x, y) : nullptr;
-}
-
 void TRenderCPU::BindColorSurface(TDataSurface* surface) {
   if (surface == nullptr) {
     m_ColorSurface = m_FrameBuffer != nullptr ? m_FrameBuffer->Color : nullptr;
