@@ -1,6 +1,7 @@
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
@@ -258,6 +259,7 @@ struct TBatchedPoint {
   const TRenderCPU& gl;
   const TPointBatch& Points;
   TLastPoints* Last;
+  bool Copied; ///< whether the colour write is a mere copy, decided once for the batch
   unsigned char* Color;
   int Index;
 
@@ -267,7 +269,14 @@ struct TBatchedPoint {
     Last->Shaded = Index;
     return true;
   }
-  void WriteColor() { WriteBytes(gl, Color, Points.Bytes + kPixelBytes * Index); }
+  void WriteColor() {
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    if (Copied) {
+      std::memcpy(Color, bytes, kPixelBytes);
+    } else {
+      WriteBytes(gl, Color, bytes);
+    }
+  }
 };
 
 } // namespace
@@ -302,11 +311,12 @@ void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
     }
     ++count;
   }
+  const bool copied = gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr;
   TLastPoints last;
   for (int k = 0; k < count; ++k) {
     const TPixel& pixel = pixels[k];
     RunFragment(gl, pixel.Depth, pixel.Stencil,
-                TBatchedPoint{gl, points, &last, pixel.Color, pixel.Index});
+                TBatchedPoint{gl, points, &last, copied, pixel.Color, pixel.Index});
   }
   if (last.Tested >= 0) {
     gl.m_Fragment.Depth = points.Depth[last.Tested];
