@@ -13,7 +13,10 @@ namespace Zx3D {
 class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
+struct TDrawState;
+struct TPrimitive;
 struct TSpanJob;
+enum class TCondition : std::uint8_t;
 struct TLineWalk;
 struct TPointBatch;
 struct TArrayDraw;
@@ -1104,11 +1107,12 @@ private:
   template <class TElementOf>
   int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
   int _ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void _ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
-  void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
+  void _ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  void _ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count);
   const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
-  void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
-  void _DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
+  void _DrawPoints(const TDrawState& state, const TPointBatch& points,
+                   const vec_t_<double, 4>* colors);
+  void _DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
   void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
   bool _MayReplayDirectly() const;
   TBuffer* _BufferNamed(unsigned int id);
@@ -1123,20 +1127,19 @@ private:
     int Count = 0;
     int X = 0;
     int Y = 0;
-    int Half = 0;
+    int MinorEdge = 0; ///< 1 or 2: places after the major edge
     VAR_DATA Vertex[3] = {};
   };
 
-  bool _SetUpJob(TSpanJob* job) const;
-  bool _SetUpDraw(TSpanJob* job) const;
-  bool _SetUpPrimitive(TSpanJob* job) const;
-  bool _SetUpTargets(TSpanJob* job) const;
-  bool _SetUpDepthStencil(TSpanJob* job) const;
-  bool _SetUpColors(TSpanJob* job) const;
+  TCondition _SetUpDraw(TDrawState* draw) const;
+  TCondition _SetUpTargets(TDrawState* draw) const;
+  TCondition _SetUpDepthStencil(TDrawState* draw) const;
+  TCondition _SetUpPrimitive(TPrimitive* primitive) const;
+  void _DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void _DrawEdges(VAR_DATA* v);
   void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void _DrawLine(VAR_DATA* v, TSpanJob* drawJob);
+  void _DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void _WalkLine(const TLineWalk& walk);
   bool _ClipWalk(TLineWalk* walk);
   void _ResolveFragment();

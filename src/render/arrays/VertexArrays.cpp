@@ -410,7 +410,7 @@ void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf 
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
     } scope = {&m_DrawJob};
-    m_DrawJob = mode >= GL_TRIANGLES && _SetUpDraw(&job) ? &job : nullptr;
+    m_DrawJob = mode >= GL_TRIANGLES && _SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
     TLightingTerms lighting;
     SetUpLighting(*this, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};

@@ -73,9 +73,11 @@ struct TBatchDraw {
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
   TVertexBatch Batch = {};
-  unsigned long First = 0; ///< element of the batch's first vertex
-  int Count = 0;           ///< vertices of the batch
-  bool Fetched = false;    ///< whether `Vectors` are those of the batch
+  unsigned long First = 0;             ///< element of the batch's first vertex
+  int Count = 0;                       ///< vertices of the batch
+  bool Fetched = false;                ///< whether `Vectors` are those of the batch
+  TSpanJob Job;                        ///< of lines
+  TCondition Unmet = TCondition::None; ///< that leaves lines to the reference walk
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   // False for a fetching function that a caller installed, or if positions come from no array.
@@ -154,8 +156,7 @@ void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int sha
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
-                              bool inside) {
+void TRenderCPU::_DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
     _ShadeBatched(draw, shape * corners + c, c, shape, inside);
@@ -164,7 +165,7 @@ void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, 
   switch (corners) {
   case 2:
     if (inside) {
-      _DrawLine(m_VarCur, drawJob);
+      _DrawLine(m_VarCur, &draw->Job, draw->Unmet);
     } else {
       ClipAndRasterizeLine(m_VarCur, 0);
     }
@@ -180,7 +181,7 @@ void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, 
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
+void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
   kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
@@ -214,7 +215,7 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners,
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     leaveCulled(bit - 1);
-    _DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
+    _DrawBatched(draw, corners, shape, (inside & bit) != 0);
   }
   leaveCulled(all);
 }
@@ -245,14 +246,14 @@ const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
   return colors;
 }
 
-void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
   kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
   kernels.ProjectPoints(draw->Batch, count, m_Width, m_Height, &points);
   const TVec4* const colors = _PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
-  _DrawPoints(job, points, colors);
+  _DrawPoints(state, points, colors);
 }
 
 // --- Replay
@@ -265,10 +266,13 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count)
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
 int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
-  TSpanJob job;
+  TDrawState pointState;
   switch (m_PrimitiveMode) {
   case GL_POINTS:
-    corners = !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&job) ? 1 : 0;
+    corners =
+        !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&pointState) == TCondition::None
+            ? 1
+            : 0;
     break;
   case GL_LINES:
     corners = 2;
@@ -282,24 +286,25 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
   default:
     break;
   }
-  constexpr int kLeast = 4; // shapes that a batch is worth while for
   const int shapes = corners != 0 ? count / corners - 1 : 0;
-  if (shapes < kLeast) {
+  if (shapes < kMinBatch) {
     return 0;
   }
   TBatchDraw draw;
   if (!draw.Take(this, arrays)) {
     return 0;
   }
-  TSpanJob* const drawJob = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
+  if (corners == 2) {
+    draw.Unmet = _SetUpDraw(&draw.Job.Draw);
+  }
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
     if (corners == 1) {
-      _ReplayPoints(&draw, job, next);
+      _ReplayPoints(&draw, pointState, next);
     } else {
-      _ReplayShapes(&draw, drawJob, corners, next);
+      _ReplayShapes(&draw, corners, next);
     }
     done += next;
   }

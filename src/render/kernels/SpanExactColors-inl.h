@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANEXACTCOLORS_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanFloatColors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -57,15 +53,15 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
                                    VD t) {
   const VD q = PerspectiveAt<kPerspective>(row, t);
   if constexpr (kTexels == TTexelSource::None) {
-    VU packed = hn::Set(DU(), job.ConstColor);
+    VU packed = hn::Set(DU(), job.Primitive.ConstColor);
     const auto put = [&](int i, auto shift) HWY_ATTR {
-      if ((job.ConstMask >> i & 1u) == 0) {
+      if ((job.Primitive.ConstMask >> i & 1u) == 0) {
         VD value = Interpolated<kPerspective>(row, slots.Color + i, t, q);
         if (slots.Secondary >= 0 && i < 3) {
           value = hn::Add(value, Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
         }
-        packed =
-            hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(ChannelByte(value, job.Clamp)));
+        packed = hn::Or(
+            packed, hn::ShiftLeft<decltype(shift)::value>(ChannelByte(value, job.Primitive.Clamp)));
       }
     };
     put(0, std::integral_constant<int, 0>());
@@ -78,15 +74,15 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     const TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
-        return NearestTexels(job.Sampler, s, u);
+        return NearestTexels(job.Primitive.Sampler, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
-        return LinearTexels(job.Sampler, s, u);
+        return LinearTexels(job.Primitive.Sampler, s, u);
       } else {
-        return SampledTexels(job.Sampler, s, u);
+        return SampledTexels(job.Primitive.Sampler, s, u);
       }
     }();
     VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
-    if (job.Modulate) {
+    if (job.Primitive.Modulate) {
       for (int i = 0; i < 4; ++i) {
         channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
       }
@@ -98,7 +94,7 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
       }
     }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
-    const bool clamp = job.Clamp || kTexels == TTexelSource::Linear;
+    const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
     const VU r = ChannelByte(channel[0], clamp);
     const VU g = ChannelByte(channel[1], clamp);
     const VU b = ChannelByte(channel[2], clamp);
@@ -114,6 +110,9 @@ HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlot
                                              const TRow& row, VD t) {
   // A row whose values all lie between two bytes would pay for both paths: its budget shrinks.
   --row.Floats->FallbackBudget;
+  if (HWY_UNLIKELY(job.Counters != nullptr)) {
+    job.Counters->AddUnmet(TCondition::ValuesBytes);
+  }
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
@@ -121,14 +120,14 @@ HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlot
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     VD t) {
-  VU packed = hn::Set(DU(), job.ConstColor);
+  VU packed = hn::Set(DU(), job.Primitive.ConstColor);
   if constexpr (kTexels == TTexelSource::None) {
-    if (job.ConstMask == 15) {
+    if (job.Primitive.HasConstColor()) {
       return packed;
     }
   }
   if constexpr (kTexels != TTexelSource::Sampler) {
-    if (row.Floats != nullptr && row.Floats->FallbackBudget > 0) {
+    if (row.HasFloats()) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
         sure = UntexturedBytes<kPerspective>(job, slots, row, t, &packed);
@@ -149,27 +148,27 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
 // The colour that the fragment shader leaves at one pixel.
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, double t) {
-  const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
+  const double q = job.Primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
   const auto slot = [&](int place, int count) {
     vec_t_<double, 4> v = {0, 0, 0, 0};
     for (int i = 0; i < count && place >= 0; ++i) {
       const double value = row.Delta[place + i] * t + row.Begin[place + i];
-      v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
+      v[static_cast<std::size_t>(i)] = job.Primitive.Perspective ? value * q : value;
     }
     return v;
   };
   vec_t_<double, 4> color = slot(slots.Color, 4);
-  if (job.Texels != TTexelSource::None) {
+  if (job.Primitive.Texels != TTexelSource::None) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
-    color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
-                                             color.z * texel.z, color.w * texel.w}
-                         : texel;
+    (job.Primitive.Sampler->*job.Primitive.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
+    color = job.Primitive.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
+                                                       color.z * texel.z, color.w * texel.w}
+                                   : texel;
   }
   if (slots.Secondary >= 0) {
     const vec_t_<double, 4> secondary = slot(slots.Secondary, 3);
     color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
-  } else if (job.ZeroSecondary) {
+  } else if (job.Primitive.ZeroSecondary) {
     color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};
   }
   for (std::size_t i = 0; i < 4; ++i) {

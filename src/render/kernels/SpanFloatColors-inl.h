@@ -12,10 +12,6 @@
 
 #include <algorithm>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
 #include <ZxCore3D/render/kernels/SpanTexels-inl.h>
 
@@ -74,7 +70,6 @@ template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& ro
 // job's `ChannelBound` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that
 // do not exist may have any value, but they are not stored.
 inline constexpr double kRounding = 1.0 / 16777216.0;
-inline constexpr double kMaxFloatRatio = 64.0;
 
 // The margin of a row with a ratio of its 1/w: `Base + Slope * ratio`.
 struct TMarginTerms {
@@ -85,13 +80,13 @@ struct TMarginTerms {
 inline HWY_ATTR TMarginTerms MarginTermsOf(const TSpanJob& job) {
   constexpr double kUnit = 255.0 * kRounding * 1.001;
   TMarginTerms terms = {1.5 * kUnit, 0.0};
-  if (job.UsesVertexColor) {
-    const bool texels = job.Texels != TTexelSource::None;
-    terms.Base += kUnit * job.ChannelBound * (texels ? 4.0 : 2.0);
-    terms.Slope = kUnit * job.ChannelBound * (texels ? 5.0 : 9.0);
+  if (job.Primitive.UsesVertexColor) {
+    const bool texels = job.Primitive.Texels != TTexelSource::None;
+    terms.Base += kUnit * job.Primitive.ChannelBound * (texels ? 4.0 : 2.0);
+    terms.Slope = kUnit * job.Primitive.ChannelBound * (texels ? 5.0 : 9.0);
   }
-  if (job.Texels == TTexelSource::Linear) {
-    terms.Base += kUnit * job.ChannelBound * 3.6;
+  if (job.Primitive.Texels == TTexelSource::Linear) {
+    terms.Base += kUnit * job.Primitive.ChannelBound * 3.6;
   }
   return terms;
 }
@@ -106,7 +101,7 @@ HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double
 
 inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     TRowFloats* floats) {
-  const bool texels = job.Texels != TTexelSource::None;
+  const bool texels = job.Primitive.Texels != TTexelSource::None;
   const double scale = texels ? 1.0 : 255.0;
   SetFloats(row.Begin, slots.Color, scale, floats->Begin);
   SetFloats(row.Delta, slots.Color, scale, floats->Delta);
@@ -117,45 +112,40 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
     floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
-    if ((job.ConstMask >> i & 1u) != 0) {
+    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
       floats->Begin[i] = 0.0f;
       floats->Delta[i] = 0.0f;
     }
   }
 }
 
-// Sets up a row for single precision; false if its colours must be computed in double.
-inline HWY_ATTR bool SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const int pixels = row.Last - row.First + 1;
-  if (pixels < 3 * kLanes) { // making them ready would cost more than it spares
-    return false;
-  }
+inline HWY_ATTR double RatioOfW(const TRow& row) {
+  const double begin = row.Begin[3];
+  const double end = begin + row.Delta[3];
+  return std::max(begin, end) / std::min(begin, end);
+}
+
+// Sets up a row for float colours, unless a condition rules them out.
+inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRow& row, TRowFloats* floats) {
+  const TPrimitive& primitive = job.Primitive;
+  const bool ratioMatters = primitive.UsesVertexColor && primitive.Perspective;
   double ratio = 1.0;
-  if (job.UsesVertexColor) {
-    if (job.Perspective) {
-      const double begin = row.Begin[3];
-      const double end = begin + row.Delta[3];
-      ratio = std::max(begin, end) / std::min(begin, end);
-      if (!(ratio <= kMaxFloatRatio)) {
-        return false;
-      }
-      floats->WBegin = static_cast<float>(begin);
-      floats->WDelta = static_cast<float>(row.Delta[3]);
-    }
+  ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
+  if (ratioMatters) {
+    floats->WBegin = static_cast<float>(row.Begin[3]);
+    floats->WDelta = static_cast<float>(row.Delta[3]);
+  }
+  if (primitive.UsesVertexColor) {
     SetUpRowColors(job, slots, row, floats);
   }
-  floats->FallbackBudget = 3 + pixels / 64;
+  floats->FallbackBudget = FallbackBudget(PixelsOf(row));
   const TMarginTerms margin = MarginTermsOf(job);
   floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
-  return true;
+  return TCondition::None;
 }
 
 // --- Channels, pixel by pixel, in two whole vectors
-
-using DFF = hn::ScalableTag<float>;
-using DFU = hn::RebindToUnsigned<DFF>;
-using VFF = hn::Vec<DFF>;
 
 struct TChannels {
   VFF Low, High;
@@ -181,7 +171,7 @@ HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
 
 HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
   const DFF d;
-  const hn::RebindToSigned<DFF> di;
+  const DFI di;
   const hn::Rebind<std::uint8_t, DFF> half;
   const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
   return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
@@ -206,28 +196,15 @@ HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, con
 HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float margin,
                                              VU* packed) {
   const DFF d;
-  const DFU du;
-  if (clamp) {
-    const VFF most = hn::Set(d, 255.0f);
-    value.Low = hn::Min(hn::Max(value.Low, hn::Zero(d)), most);
-    value.High = hn::Min(hn::Max(value.High, hn::Zero(d)), most);
-  }
-  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
-  const VFF whole = hn::Set(d, 8388608.0f);
   const VFF by = hn::Set(d, margin);
-  const VFF low = hn::Add(hn::Sub(value.Low, by), whole);
-  const VFF high = hn::Add(hn::Sub(value.High, by), whole);
-  const auto same = hn::And(hn::Eq(low, hn::Add(hn::Add(value.Low, by), whole)),
-                            hn::Eq(high, hn::Add(hn::Add(value.High, by), whole)));
-  if (!hn::AllTrue(d, same)) {
-    return false;
-  }
+  MFI sure = AllLanes(DFI());
+  const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
+  const VFU high = ByteByRoundingTest(d, value.High, clamp, by, &sure);
   const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes =
-      hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, hn::BitCast(du, high)),
-                  hn::TruncateTo(half, hn::BitCast(du, low)));
+  const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
+                                 hn::TruncateTo(half, low));
   *packed = hn::BitCast(DU(), bytes);
-  return true;
+  return hn::AllTrue(DFI(), sure);
 }
 
 // --- Texels
@@ -254,18 +231,18 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
   const VD q = PerspectiveAt<kPerspective>(row, t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
   const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-  if (job.UsesVertexColor) {
+  if (job.Primitive.UsesVertexColor) {
     ready->T = hn::DemoteTo(df, t);
     if (kPerspective) {
       ready->Q = hn::DemoteTo(df, q);
     }
   }
   if constexpr (kTexels == TTexelSource::Nearest) {
-    return FetchInRangeNearest(job, across, along, &ready->Nearest) ||
-           FetchWrappedNearest(*job.Sampler, across, along, &ready->Nearest);
+    return Meets(job.Counters, FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
+           FetchWrappedNearest(*job.Primitive.Sampler, across, along, &ready->Nearest);
   } else {
-    return FetchInRangePairs(job, across, along, &ready->Pairs) ||
-           FetchWrappedPairs(*job.Sampler, across, along, &ready->Pairs);
+    return Meets(job.Counters, FetchInRangePairs(job, across, along, &ready->Pairs)) ||
+           FetchWrappedPairs(*job.Primitive.Sampler, across, along, &ready->Pairs);
   }
 }
 
@@ -289,7 +266,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowFloats& floats, const TFetchedTexels& ready,
                                        VU* packed) {
-  if (kTexels == TTexelSource::Nearest && !job.UsesVertexColor) {
+  if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
     // place, also when it is multiplied by a 1 that interpolation left so near.
     *packed = ready.Nearest;
@@ -297,7 +274,7 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
   }
   TChannels value =
       kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
-  if (job.UsesVertexColor) {
+  if (job.Primitive.UsesVertexColor) {
     const TChannels t = Spread(ready.T);
     const TChannels q = kPerspective ? Spread(ready.Q) : t;
     const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
@@ -308,7 +285,7 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
       value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
     }
   }
-  return BytesByRoundingTest(value, job.Clamp, floats.Margin, packed);
+  return BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed);
 }
 
 // The same without a texture.
@@ -329,10 +306,10 @@ HWY_INLINE HWY_ATTR bool UntexturedBytes(const TSpanJob& job, const TRowSlots& s
     const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
     value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
   }
-  if (!BytesByRoundingTest(value, job.Clamp, floats.Margin, packed)) {
+  if (!BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed)) {
     return false;
   }
-  *packed = hn::Or(*packed, hn::Set(DU(), job.ConstColor));
+  *packed = hn::Or(*packed, hn::Set(DU(), job.Primitive.ConstColor));
   return true;
 }
 

@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANTEXELS_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
@@ -29,7 +25,7 @@ struct TTexels {
 // Whether every value can be truncated to 32 bits, with room for a neighbour.
 HWY_INLINE HWY_ATTR bool FitsIndex(VD v) {
   const DD d;
-  return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, 2147483000.0)));
+  return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, kMaxIndex)));
 }
 
 // The sampler's index: truncation, less one for a negative value.
@@ -150,7 +146,7 @@ HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD
     return false;
   }
   const DATASURFACE& surface = *sampler.m_Surface;
-  *outside = hn::MaskFromVec(hn::Zero(DI()));
+  *outside = NoLanes(DI());
   const VI i = WrapIndex(FlooredIndex(u, s), sampler.m_WrapS, surface.Width, outside);
   const VI j = WrapIndex(FlooredIndex(v, t), sampler.m_WrapT, surface.Height, outside);
   *texels = FetchTexels(surface, i, j);
@@ -159,7 +155,7 @@ HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD
 
 HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
   VU packed = hn::Zero(DU());
-  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  MI outside = NoLanes(DI());
   if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
     return SampledTexels(sampler, s, t);
   }
@@ -201,7 +197,7 @@ HWY_INLINE HWY_ATTR bool FindLinear(const TRenderCPU::TTexSampler& sampler, VD s
   at->FractionU = hn::Sub(u, hn::PromoteTo(d, left));
   at->FractionV = hn::Sub(v, hn::PromoteTo(d, bottom));
   const VI one = hn::Set(di, 1);
-  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = hn::MaskFromVec(hn::Zero(di));
+  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = NoLanes(di);
   at->X0 = WrapIndex(left, sampler.m_WrapS, surface.Width, &at->Outside0);
   at->X1 = WrapIndex(hn::Add(left, one), sampler.m_WrapS, surface.Width, &at->Outside1);
   at->Y0 = WrapIndex(bottom, sampler.m_WrapT, surface.Height, &at->OutsideB);
@@ -239,11 +235,9 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s,
           MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
 }
 
-// --- Packed, for the way in single precision
+// --- Packed, for float colours
 
 using DU2 = hn::Repartition<std::uint32_t, DD>;
-using DU64 = hn::RebindToUnsigned<DD>;
-using VU64 = hn::Vec<DU64>;
 
 // The four texels of each pixel, those to the left and those to the right, the lower ones in the
 // low halves; and how they are mixed.
@@ -257,7 +251,7 @@ struct TTexelPairs {
 // Texels by the general wrap. False where an index does not fit or a border shows.
 HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
                                                VU* texels) {
-  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  MI outside = NoLanes(DI());
   return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
 }
 
@@ -278,21 +272,25 @@ HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TRenderCPU::TTexSampler& samp
   return true;
 }
 
-#if ZX_HAS_GATHERS
-
-// From 2^52 on doubles are whole numbers, which stand in the low bits.
+// Whole numbers below 2^52, as bits, of which a mask keeps the lowest.
 HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
   const DD d;
   const DU64 du;
-  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, 4503599627370496.0))),
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kWholeDoubles))),
                  hn::Set(du, std::uint64_t{mask}));
 }
 
-HWY_INLINE HWY_ATTR bool IsWithin(VD u, double mostU, VD v, double mostV) {
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double limitU, VD v, double limitV) {
   const DD d;
   const VD zero = hn::Zero(d);
-  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, mostU))),
-                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, mostV)))));
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, limitU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, limitV)))));
+}
+
+// Whether the texel after x is the next in memory.
+HWY_INLINE HWY_ATTR bool AreNeighbours(VU64 x, std::uint32_t mask) {
+  const DU64 du;
+  return hn::AllFalse(du, hn::Eq(x, hn::Set(du, std::uint64_t{mask})));
 }
 
 HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
@@ -301,47 +299,48 @@ HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
                      hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
 }
 
-// Texels in the range that a mask alone wraps; false if a coordinate lies outside it.
-HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+// Whether a load from as many addresses as a vector has lanes is one instruction.
+inline constexpr bool kGathers = ZX_HAS_GATHERS;
+
+// Texels in the range that a mask alone wraps.
+HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  constexpr TTexelSource kTexels = TTexelSource::Nearest;
   const DD d;
-  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const TPrimitive& primitive = job.Primitive;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
   const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
-  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
-    return false;
-  }
+  const VU64 x = WholeIndex(hn::Floor(u), primitive.MaskX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
-  const VU64 i = WholeIndex(hn::Floor(u), job.MaskX);
-  const VU64 j = WholeIndex(hn::Floor(v), job.MaskY);
-  const VU64 offset = hn::Add(hn::ShiftLeft<2>(i), RowOffset(surface, j));
+  const VU64 y = WholeIndex(hn::Floor(v), primitive.MaskY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y));
   *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
                              hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
-  return true;
+  return TCondition::None;
 }
 
 // The same for four texels where the two of each row are neighbours, fetched in one load.
-HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+HWY_INLINE HWY_ATTR TCondition FetchInRangePairs(const TSpanJob& job, VD s, VD t,
+                                                 TTexelPairs* pairs) {
+  constexpr TTexelSource kTexels = TTexelSource::Linear;
   const DD d;
   const DU64 du64;
   const DU2 du;
   const VD half = hn::Set(d, 0.5);
-  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const TPrimitive& primitive = job.Primitive;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
   const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
-  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
-    return false;
-  }
   const VD left = hn::Floor(u);
   const VD bottom = hn::Floor(v);
-  const VU64 x = WholeIndex(left, job.MaskX);
-  if (HWY_UNLIKELY(!hn::AllFalse(du64, hn::Eq(x, hn::Set(du64, std::uint64_t{job.MaskX}))))) {
-    return false;
-  }
+  const VU64 x = WholeIndex(left, primitive.MaskX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
   const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
   const VU64 across = hn::ShiftLeft<2>(x);
   const auto fetch = [&](VD row) HWY_ATTR {
-    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, job.MaskY)));
+    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, primitive.MaskY)));
     return hn::BitCast(du,
                        hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
   };
@@ -351,15 +350,8 @@ HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTex
   pairs->Right = hn::ConcatOdd(du, high, low);
   pairs->FractionU = hn::DemoteTo(DF(), hn::Sub(u, left));
   pairs->FractionV = hn::DemoteTo(DF(), hn::Sub(v, bottom));
-  return true;
+  return TCondition::None;
 }
-
-#else // without gathers there is nothing to gain
-
-HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob&, VD, VD, VU*) { return false; }
-HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob&, VD, VD, TTexelPairs*) { return false; }
-
-#endif
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D

@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANTEXTURED_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanDepthStencil-inl.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
 

@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANUNTEXTURED_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanDepthStencil-inl.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
 
@@ -21,38 +17,10 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-using VFU = hn::Vec<DFU>;
-using MFF = hn::Mask<DFF>;
-
-HWY_INLINE HWY_ATTR hn::Mask<DFU> FloatMaskOfBits(std::uint64_t bits) {
-  std::uint8_t bytes[8];
-  std::memcpy(bytes, &bits, sizeof bytes);
-  return hn::LoadMaskBits(DFU(), bytes);
-}
-
-// The bytes of a channel, in the low bits; the shift of any channel but the first drops what stands
-// above. `sure` loses the pixels whose rounding test fails.
-template <class D, class TMask>
-HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
-ByteByRoundingTest(D d, hn::Vec<D> value, bool clamp, hn::Vec<D> margin, TMask* sure) {
-  const hn::RebindToUnsigned<D> du;
-  if (clamp) {
-    value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 255.0f));
-  }
-  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
-  const auto whole = hn::Set(d, 8388608.0f);
-  const auto low = hn::Add(hn::Sub(value, margin), whole);
-  const auto high = hn::Add(hn::Add(value, margin), whole);
-  *sure = hn::And(*sure, hn::RebindMask(hn::RebindToSigned<D>(), hn::Eq(low, high)));
-  return hn::BitCast(du, low);
-}
-
-// Packed colours of two groups at t, of which the pixels in `live` exist. Returns those whose
-// rounding test failed.
+// Packed colours of two groups at t. `sure` loses the pixels whose rounding test fails.
 template <bool kPerspective>
-HWY_INLINE HWY_ATTR hn::Mask<DFU> UntexturedBytesPair(const TSpanJob& job, const TRowSlots& slots,
-                                                      const TRowFloats& floats, VFF t, MFF live,
-                                                      VFU* packed) {
+HWY_INLINE HWY_ATTR VFU UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRowFloats& floats, VFF t, MFI* sure) {
   const DFF d;
   VFF q = t;
   if constexpr (kPerspective) {
@@ -64,21 +32,20 @@ HWY_INLINE HWY_ATTR hn::Mask<DFU> UntexturedBytesPair(const TSpanJob& job, const
     return kPerspective ? hn::Mul(value, q) : value;
   };
   const VFF margin = hn::Set(d, floats.Margin);
-  const hn::RebindToSigned<DFF> di;
-  auto sure = hn::Eq(hn::Zero(di), hn::Zero(di));
+  VFU packed = hn::Set(DFU(), job.Primitive.ConstColor);
   for (int i = 0; i < 4; ++i) {
-    if ((job.ConstMask >> i & 1u) != 0) {
+    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
       continue;
     }
     VFF value = valueOf(floats.Begin[i], floats.Delta[i]);
     if (slots.Secondary >= 0) {
       value = hn::Add(value, valueOf(floats.SecondaryBegin[i], floats.SecondaryDelta[i]));
     }
-    VFU byte = ByteByRoundingTest(d, value, job.Clamp, margin, &sure);
+    VFU byte = ByteByRoundingTest(d, value, job.Primitive.Clamp, margin, sure);
     byte = i == 0 ? hn::And(byte, hn::Set(DFU(), 255u)) : hn::ShiftLeftSame(byte, 8 * i);
-    *packed = hn::Or(*packed, byte);
+    packed = hn::Or(packed, byte);
   }
-  return hn::RebindMask(DFU(), hn::AndNot(sure, hn::RebindMask(di, live)));
+  return packed;
 }
 
 struct TRunPixels {
@@ -90,15 +57,12 @@ struct TRunPixels {
 // Recomputes, of two groups from column x on, those that have a pixel in `unsure`.
 template <bool kPerspective>
 HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots& slots,
-                                            const TRow& row, int x, hn::Mask<DFU> unsure,
+                                            const TRow& row, int x, std::uint64_t unsure,
                                             VFU packed) {
   HWY_ALIGN std::uint32_t colors[kFloatLanes];
   hn::Store(packed, DFU(), colors);
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DFU(), unsure, bits);
-  const unsigned int all = bits[0] | static_cast<unsigned int>(bits[1]) << 8;
   for (int k = 0; k < kFloatLanes; k += kLanes) {
-    if ((all >> k & FirstBits(kLanes)) != 0) {
+    if ((unsure >> k & FirstBits(kLanes)) != 0) {
       const VU exact = ExactFallbackColors<TTexelSource::None, kPerspective>(
           job, slots, row, ColumnParameter(row, x + k));
       hn::Store(exact, DU(), colors + k);
@@ -114,23 +78,22 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
                                               std::uint64_t shaded, std::uint32_t* color) {
   const DFF df;
   const DFU du;
-  const VFU constant = hn::Set(du, job.ConstColor);
   for (int i = 0; i < run.Count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
       continue;
     }
-    const hn::Mask<DFU> live = FloatMaskOfBits(bits);
-    VFU packed = constant;
-    if (job.ConstMask != 15) {
-      const VFF t = hn::Load(df, run.Values.Near + i);
-      const hn::Mask<DFU> unsure = UntexturedBytesPair<kPerspective>(
-          job, slots, *row.Floats, t, hn::RebindMask(df, live), &packed);
-      if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
+    VFU packed = hn::Set(du, job.Primitive.ConstColor);
+    if (!job.Primitive.HasConstColor()) {
+      const VFF t = hn::Load(df, run.Values.FloatT + i);
+      MFI sure = AllLanes(DFI());
+      packed = UntexturedBytes<kPerspective>(job, slots, *row.Floats, t, &sure);
+      const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
+      if (HWY_UNLIKELY(unsure != 0)) {
         packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, unsure, packed);
       }
     }
-    StoreMasked(du, packed, live, color + i);
+    StoreMasked(du, packed, MaskOfBits(du, bits), color + i);
   }
 }
 

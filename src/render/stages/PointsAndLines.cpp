@@ -73,7 +73,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
 
 // Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
 // are prefetched before the first is drawn.
-void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
+void TRenderCPU::_DrawPoints(const TDrawState& state, const TPointBatch& points,
                              const vec_t_<double, 4>* colors) {
   struct TPoint {
     int Index;
@@ -83,12 +83,11 @@ void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
   TPoint live[TVertexBatch::kMost];
   int count = 0;
   for (int i = 0; i < points.Count; ++i) {
-    const std::ptrdiff_t x = points.X[i];
-    const std::ptrdiff_t y = points.Y[i];
-    if (x < 0) {
+    if (points.X[i] < 0) {
       continue;
     }
-    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
+    auto* const color = state.Color.At<std::uint32_t>(points.X[i], points.Y[i]);
+    live[count] = {i, reinterpret_cast<unsigned char*>(color)};
     __builtin_prefetch(live[count].Color, 1);
     if (useDepth) {
       __builtin_prefetch(_DepthPixel(points.X[i], points.Y[i]), 1);
@@ -204,11 +203,12 @@ void TRenderCPU::_DrawLinePixel(int x, int y, double t) {
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   _RefreshState();
   TSpanJob job;
-  _DrawLine(v, _SetUpDraw(&job) ? &job : nullptr);
+  _DrawLine(v, &job, _SetUpDraw(&job.Draw));
 }
 
-// `drawJob` holds for the draw; null sends the line to the reference walk.
-void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
+// Draws a line in clip space, by a kernel unless a condition is unmet: `unmet`, of the draw, or one
+// of the line's own.
+void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   _ResolveFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
@@ -216,14 +216,13 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
     const double h = r * 0.5;
     at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
   }
-  // Set-up reads the slots before perspective divides them.
-  bool many = drawJob != nullptr;
-  if (many) {
-    drawJob->Vertex[0] = v[0].Slots;
-    drawJob->Vertex[1] = v[1].Slots;
-    drawJob->Vertex[2] = v[1].Slots;
-    drawJob->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
-    many = _SetUpPrimitive(drawJob);
+  if (unmet == TCondition::None) { // reads the slots before perspective scales them
+    TPrimitive& primitive = job->Primitive;
+    primitive = TPrimitive();
+    primitive.Kind = TPrimitiveKind::Line;
+    primitive.Vertex[0] = v[0].Slots;
+    primitive.Vertex[1] = primitive.Vertex[2] = v[1].Slots;
+    unmet = _SetUpPrimitive(&primitive);
   }
   if (m_PerspectiveHint != GL_FASTEST) {
     _ScaleSlots(&v[0], v[0].Slots[0].w);
@@ -254,12 +253,12 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
   }
   walk.Major = std::abs(delta[walk.Axis]);
   walk.Minor = std::abs(delta[1 - walk.Axis]);
-  if (!many) {
+  if (!Meets(ActiveKernelCounters(), unmet)) {
     _WalkLine(walk);
   } else if (_ClipWalk(&walk)) {
-    _RunLineJob(drawJob, walk);
-    if (drawJob->ColorSet) {
-      _InterpolateFragment(m_Span, drawJob->LastT);
+    _RunLineJob(job, walk);
+    if (job->Result.ColorSet) {
+      _InterpolateFragment(m_Span, job->Result.LastT);
     }
   }
 }
@@ -273,6 +272,10 @@ void TRenderCPU::_WalkLine(const TLineWalk& walk) {
   const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartPrimitive();
+    counters->Add(TKernel::Reference, static_cast<int>(walk.Major));
+  }
   for (long long i = 0; i < walk.Major; ++i) {
     if (_IsLinePixel(at[0], at[1])) {
       double t = (at[major] - begin) / way;

@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace Zx3D {
 
@@ -91,6 +92,10 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
   int last = 0;
   if (!PixelRange(span->Begin->Slots[0].x + 0.5, span->End->Slots[0].x, m_Width, &first, &last)) {
     return;
+  }
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartRow();
+    counters->Add(TKernel::Reference, last - first + 1);
   }
   _WalkSpan(*span, y, first, last, fs);
 }

@@ -90,7 +90,6 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
     return;
   }
 
-  const bool perspective = m_PerspectiveHint != GL_FASTEST;
   const auto toWindow = [this](vec_t_<double, 4>* at) {
     *at = {(at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
            (at->z * at->w) * 0.5 + 0.5, at->w};
@@ -101,34 +100,45 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   if (_RefreshState()) {
     m_DrawJob = nullptr; // its targets are no more
   }
-  // Set-up reads the slots before perspective divides them.
-  TSpanJob own;
-  TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
-  for (int i = 0; i < 3; ++i) {
-    job.Vertex[i] = v[i].Slots;
+  if (m_DrawJob != nullptr) {
+    _DrawTriangle(v, m_DrawJob, TCondition::None);
+    return;
   }
-  const bool many = m_DrawJob != nullptr ? _SetUpPrimitive(&job) : _SetUpJob(&job);
-  for (int i = 0; i < 3 && perspective; ++i) {
+  TSpanJob job;
+  _DrawTriangle(v, &job, _SetUpDraw(&job.Draw));
+}
+
+// Draws a triangle in window coordinates, by a kernel unless a condition is unmet: `unmet`, of the
+// draw, or one of the triangle's own.
+void TRenderCPU::_DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
+  if (unmet == TCondition::None) { // reads the slots before perspective scales them
+    job->Primitive = TPrimitive();
+    for (int i = 0; i < 3; ++i) {
+      job->Primitive.Vertex[i] = v[i].Slots;
+    }
+    unmet = _SetUpPrimitive(&job->Primitive);
+  }
+  for (int i = 0; i < 3 && m_PerspectiveHint != GL_FASTEST; ++i) {
     if (v[i].Slots[0].w != 1.0) {
       _ScaleSlots(&v[i], v[i].Slots[0].w);
     }
   }
-  if (many) {
-    _RunTriangleJob(v, &job);
+  if (Meets(ActiveKernelCounters(), unmet)) {
+    _RunTriangleJob(v, job);
   } else {
     _DrawEdges(v);
   }
 }
 
-// Sorts each edge of a triangle by y and finds the one that is longest in y.
-void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
+// Directs each edge of a triangle upwards and finds the major one.
+void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
   SetEdge(&edges[0], &v[0], &v[1]);
   SetEdge(&edges[1], &v[1], &v[2]);
   SetEdge(&edges[2], &v[2], &v[0]);
-  *longest = 0;
+  *major = 0;
   for (int i = 1; i < 3; ++i) {
-    if (edges[i].Delta.Slots[0].y > edges[*longest].Delta.Slots[0].y) {
-      *longest = i;
+    if (edges[i].Delta.Slots[0].y > edges[*major].Delta.Slots[0].y) {
+      *major = i;
     }
   }
 }
@@ -136,11 +146,13 @@ void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
 // The reference path: row by row and pixel by pixel.
 void TRenderCPU::_DrawEdges(VAR_DATA* v) {
   _ResolveFragment();
-  int longest = 0;
-  _SetEdges(v, m_Edges, &longest);
-  EDGE* const longEdge = &m_Edges[longest];
-  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 1) % 3], &m_Fragment);
-  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 2) % 3], &m_Fragment);
+  int major = 0;
+  _SetEdges(v, m_Edges, &major);
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartPrimitive();
+  }
+  DrawSpansBetweenEdges(&m_Edges[major], &m_Edges[(major + 1) % 3], &m_Fragment);
+  DrawSpansBetweenEdges(&m_Edges[major], &m_Edges[(major + 2) % 3], &m_Fragment);
 }
 
 // --- Rows
