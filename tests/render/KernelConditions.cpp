@@ -289,9 +289,7 @@ void KernelConditions::AddReferenceCases(std::vector<TCase>* cases) {
       C::TargetTextureApart, Texture,
       [](TRenderCPU& gl, TShape&) { gl.m_TexUnits[0].Sampler.SetSurface(gl.GetColorSurface()); },
       TKernel::TextureRuns);
-  add(
-      C::TargetKnownBlend, Blend, [](TRenderCPU& gl, TShape&) { gl.m_BlendFunc = BadBlend; },
-      TKernel::ExactRuns);
+  add(C::TargetKnownBlend, Blend, [](TRenderCPU& gl, TShape&) { gl.m_BlendFunc = BadBlend; });
   add(C::TestKnownDepth, DepthTest, [](TRenderCPU& gl, TShape&) {
     gl.m_DepthCompare = [](float fragment, float stored) { return fragment < stored; };
   });
@@ -372,7 +370,7 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 200; });
 
   add(C::FloatRunUntextured, kFloat, Nothing, Texture);
-  add(C::FloatRunOverwrites, kFloat, Nothing, Blend);
+  add(C::FloatRunMaskedAccess, kFloat, Blend, LowerLevel);
   add(C::FloatRunBudget, kFloat, Nothing, tooBright);
 
   add(C::InRangeGathers, kTexture, Texture, LowerLevel, true);

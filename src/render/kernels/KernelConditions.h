@@ -62,7 +62,7 @@
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
-  X(FloatRun,        Overwrites,      !draw.ReadsColor(),                                     "blending and masks have no kernel of their own") \
+  X(FloatRun,        MaskedAccess,    kMaskedAccess || !draw.ReadsColor(),                    "what was there is read in vectors of two groups") \
   X(FloatRun,        Budget,          primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
 
 #define ZX_SHORT_ROW_CONDITIONS(X) \

@@ -29,47 +29,71 @@ HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
 
 // Source over destination: each channel (dst * (255 - a) + src * a) / 255, truncated, in two pairs
 // of 16-bit lanes. v / 255 is (v + 1 + (v >> 8)) >> 8 for all v up to 65025.
-HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
-  const DU du;
-  const hn::Repartition<std::uint16_t, DU> d16;
+template <class D> HWY_INLINE HWY_ATTR hn::Vec<D> Blended(D d, hn::Vec<D> src, hn::Vec<D> dst) {
+  using V = hn::Vec<D>;
+  const hn::Repartition<std::uint16_t, D> d16;
   using V16 = hn::Vec<decltype(d16)>;
-  const VU alpha = hn::ShiftRight<24>(src);
+  const V alpha = hn::ShiftRight<24>(src);
   const V16 a = hn::BitCast(d16, hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
   const V16 b = hn::Sub(hn::Set(d16, std::uint16_t{255}), a);
-  const VU low = hn::Set(du, 0x00FF00FFu);
-  const auto over = [&](VU from, VU to) HWY_ATTR {
+  const V low = hn::Set(d, 0x00FF00FFu);
+  const auto over = [&](V from, V to) HWY_ATTR {
     const V16 v = hn::Add(hn::Mul(hn::BitCast(d16, to), b), hn::Mul(hn::BitCast(d16, from), a));
     const V16 next = hn::Add(v, hn::Set(d16, std::uint16_t{1}));
-    return hn::BitCast(du, hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(v))));
+    return hn::BitCast(d, hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(v))));
   };
-  const VU even = over(hn::And(src, low), hn::And(dst, low));
-  const VU odd = over(hn::And(hn::ShiftRight<8>(src), low), hn::And(hn::ShiftRight<8>(dst), low));
+  const V even = over(hn::And(src, low), hn::And(dst, low));
+  const V odd = over(hn::And(hn::ShiftRight<8>(src), low), hn::And(hn::ShiftRight<8>(dst), low));
   return hn::Or(even, hn::ShiftLeft<8>(odd));
 }
 
-// The fragment shader's colours as packed bytes, operation by operation.
+// The packed colours as written: blended with `before`, and within the colour mask.
+template <class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> OutputColors(D d, const TDrawState& draw, hn::Vec<D> packed,
+                                            hn::Vec<D> before) {
+  if (draw.Blend != TBlend::None) {
+    packed = Blended(d, packed, before);
+  }
+  if (draw.ColorMask != kAllChannels) {
+    const std::uint32_t bytes =
+        (draw.ColorMask & 1 ? 0x000000FFu : 0) | (draw.ColorMask & 2 ? 0x0000FF00u : 0) |
+        (draw.ColorMask & 4 ? 0x00FF0000u : 0) | (draw.ColorMask & 8 ? 0xFF000000u : 0);
+    const auto kept = hn::Set(d, bytes);
+    packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
+  }
+  return packed;
+}
+
+// Colours without a texture, operation by operation in double.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int color,
+                                       int secondary, std::uint32_t constMask, VD t) {
+  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
+  const auto byteOf = [&](int i) HWY_ATTR {
+    VD value = Interpolated<kPerspective>(row, color + i, t, q);
+    if (secondary >= 0 && i < 3) {
+      value = hn::Add(value, Interpolated<kPerspective>(row, secondary + i, t, q));
+    }
+    return ChannelByte(value, job.Primitive.Clamp);
+  };
+  return PackChannels(DU(), constMask, job.Primitive.ConstColor, byteOf);
+}
+
+// The fragment shader's colours as packed bytes, operation by operation in double:
+//
+//   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
+//   color = clamp(texel)                           with GL_REPLACE
+//   color = clamp(primary + secondary)             without a texture
+//
+// The secondary colour has no alpha, and takes part with lighting only.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
-  const VD q = PerspectiveAt<kPerspective>(row, t);
   if constexpr (kTexels == TTexelSource::None) {
-    VU packed = hn::Set(DU(), job.Primitive.ConstColor);
-    const auto put = [&](int i, auto shift) HWY_ATTR {
-      if ((job.Primitive.ConstMask >> i & 1u) == 0) {
-        VD value = Interpolated<kPerspective>(row, slots.Color + i, t, q);
-        if (slots.Secondary >= 0 && i < 3) {
-          value = hn::Add(value, Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
-        packed = hn::Or(
-            packed, hn::ShiftLeft<decltype(shift)::value>(ChannelByte(value, job.Primitive.Clamp)));
-      }
-    };
-    put(0, std::integral_constant<int, 0>());
-    put(1, std::integral_constant<int, 8>());
-    put(2, std::integral_constant<int, 16>());
-    put(3, std::integral_constant<int, 24>());
-    return packed;
+    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
+                                         job.Primitive.ConstMask, t);
   } else {
+    const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
     const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     const TTexels texels = [&]() HWY_ATTR {
@@ -95,12 +119,7 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
     const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
-    const VU r = ChannelByte(channel[0], clamp);
-    const VU g = ChannelByte(channel[1], clamp);
-    const VU b = ChannelByte(channel[2], clamp);
-    const VU a = ChannelByte(channel[3], clamp);
-    return hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)),
-                  hn::Or(hn::ShiftLeft<16>(b), hn::ShiftLeft<24>(a)));
+    return PackChannels(DU(), 0, 0, [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
   }
 }
 
@@ -130,7 +149,10 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
     if (row.HasFloats()) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
-        sure = UntexturedBytes<kPerspective>(job, slots, row, t, &packed);
+        MI all = AllLanes(DI());
+        packed = UntexturedBytes<kPerspective>(DF(), job, FloatInputsOf(job, slots, *row.Floats),
+                                               hn::DemoteTo(DF(), t), &all);
+        sure = hn::AllTrue(DI(), all);
       } else {
         TFetchedTexels ready;
         sure = FetchTexelsAt<kTexels, kPerspective>(job, slots, row, t, &ready) &&

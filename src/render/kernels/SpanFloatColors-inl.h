@@ -11,6 +11,7 @@
 #endif
 
 #include <algorithm>
+#include <type_traits>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
 #include <ZxCore3D/render/kernels/SpanTexels-inl.h>
@@ -19,23 +20,48 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// One component of a slot at the pixels of a group: delta * t + begin, times q with perspective.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
+// delta * t + begin, times q with perspective.
+template <bool kPerspective, class V>
+HWY_INLINE HWY_ATTR V Interpolated(V begin, V delta, V t, V q) {
+  const V value = hn::Add(hn::Mul(delta, t), begin);
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
-// q = 1 / (1/w at t), by which perspective multiplies.
-template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
+// A component of a slot at the pixels of a group.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   const DD d;
+  return Interpolated<kPerspective>(hn::Set(d, row.Begin[place]), hn::Set(d, row.Delta[place]), t,
+                                    q);
+}
+
+// q = 1 / (1/w at t); without perspective it is not read.
+template <bool kPerspective, class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> PerspectiveAt(D d, hn::TFromD<D> begin, hn::TFromD<D> delta,
+                                             hn::Vec<D> t) {
   if constexpr (kPerspective) {
-    const VD w = hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3]));
-    return hn::Div(hn::Set(d, 1.0), w);
+    const auto w = Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), t, t);
+    return hn::Div(hn::Set(d, hn::TFromD<D>{1}), w);
   } else {
-    return t; // is not read
+    return t;
   }
+}
+
+// Packed pixels: `color`, with the bytes that `byteOf` gives for the channels outside `mask`.
+template <class D, class TByteOf>
+HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D d, std::uint32_t mask, std::uint32_t color,
+                                            const TByteOf& byteOf) {
+  hn::Vec<D> packed = hn::Set(d, color);
+  const auto put = [&](int i, auto shift) HWY_ATTR {
+    if ((mask >> i & 1u) == 0) {
+      packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
+    }
+  };
+  put(0, std::integral_constant<int, 0>());
+  put(1, std::integral_constant<int, 8>());
+  put(2, std::integral_constant<int, 16>());
+  put(3, std::integral_constant<int, 24>());
+  return packed;
 }
 
 // --- The proof
@@ -178,18 +204,14 @@ HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
           hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
 }
 
-// delta * t + begin, times q where there is perspective.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
                                      const TChannels& q) {
   const DFF d;
   const VFF b = hn::LoadDup128(d, begin);
   const VFF m = hn::LoadDup128(d, delta);
-  TChannels value = {hn::Add(hn::Mul(m, t.Low), b), hn::Add(hn::Mul(m, t.High), b)};
-  if (kPerspective) {
-    value = {hn::Mul(value.Low, q.Low), hn::Mul(value.High, q.High)};
-  }
-  return value;
+  return {Interpolated<kPerspective>(b, m, t.Low, q.Low),
+          Interpolated<kPerspective>(b, m, t.High, q.High)};
 }
 
 // The bytes of channels in 0 to 255; false if one of them fails the rounding test.
@@ -228,7 +250,7 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        VD t, TFetchedTexels* ready) {
   const DF df;
-  const VD q = PerspectiveAt<kPerspective>(row, t);
+  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
   const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
   if (job.Primitive.UsesVertexColor) {
@@ -288,29 +310,56 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
   return BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed);
 }
 
-// The same without a texture.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR bool UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                         const TRow& row, VD t, VU* packed) {
-  const DF df;
-  const TRowFloats& floats = *row.Floats;
-  const VF near = hn::DemoteTo(df, t);
-  const TChannels ts = Spread(near);
-  TChannels q = ts;
-  if constexpr (kPerspective) {
-    const VF w = hn::Add(hn::Mul(hn::Set(df, floats.WDelta), near), hn::Set(df, floats.WBegin));
-    q = Spread(hn::Div(hn::Set(df, 1.0f), w));
-  }
-  TChannels value = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
-  if (slots.Secondary >= 0) {
-    const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
-    value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
-  }
-  if (!BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed)) {
-    return false;
-  }
-  *packed = hn::Or(*packed, hn::Set(DU(), job.Primitive.ConstColor));
-  return true;
+// --- Without a texture, channel by channel
+
+// Float inputs of a slot, one every `Step` floats.
+struct TFloatSlot {
+  const float* Begin;
+  const float* Delta;
+  int Step;
+};
+
+// What float colours of pixels are computed from, besides t.
+struct TFloatInputs {
+  TFloatSlot Color;
+  TFloatSlot Secondary; ///< null: none
+  float WBegin;
+  float WDelta;
+  float Margin;
+  std::uint32_t ConstMask;
+};
+
+HWY_INLINE TFloatInputs FloatInputsOf(const TSpanJob& job, const TRowSlots& slots,
+                                      const TRowFloats& floats) {
+  const bool secondary = slots.Secondary >= 0;
+  return {{floats.Begin, floats.Delta, 1},
+          {secondary ? floats.SecondaryBegin : nullptr, floats.SecondaryDelta, 1},
+          floats.WBegin,
+          floats.WDelta,
+          floats.Margin,
+          job.Primitive.ConstMask};
+}
+
+// Packed colours in a vector of 32-bit lanes; `sure` loses the pixels whose rounding test fails.
+template <bool kPerspective, class D, class TMask>
+HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
+UntexturedBytes(D d, const TSpanJob& job, const TFloatInputs& in, hn::Vec<D> t, TMask* sure) {
+  const hn::RebindToUnsigned<D> du;
+  const auto q = PerspectiveAt<kPerspective>(d, in.WBegin, in.WDelta, t);
+  const auto at = [&](const TFloatSlot& slot, int i) HWY_ATTR {
+    return Interpolated<kPerspective>(hn::Set(d, slot.Begin[i * slot.Step]),
+                                      hn::Set(d, slot.Delta[i * slot.Step]), t, q);
+  };
+  const auto margin = hn::Set(d, in.Margin);
+  const auto byteOf = [&](int i) HWY_ATTR {
+    auto value = at(in.Color, i);
+    if (in.Secondary.Begin != nullptr) {
+      value = hn::Add(value, at(in.Secondary, i));
+    }
+    const auto byte = ByteByRoundingTest(d, value, job.Primitive.Clamp, margin, sure);
+    return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
+  };
+  return PackChannels(du, in.ConstMask, job.Primitive.ConstColor, byteOf);
 }
 
 } // namespace HWY_NAMESPACE

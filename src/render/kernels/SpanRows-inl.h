@@ -31,21 +31,6 @@ struct TGroupResult {
   std::uint64_t Shaded;
 };
 
-// The packed colours as written: blended with `before`, and within the colour mask.
-HWY_INLINE HWY_ATTR VU OutputColors(const TSpanJob& job, VU packed, VU before) {
-  if (job.Draw.Blend != TBlend::None) {
-    packed = Blended(packed, before);
-  }
-  if (job.Draw.ColorMask != kAllChannels) {
-    const std::uint32_t bytes =
-        (job.Draw.ColorMask & 1 ? 0x000000FFu : 0) | (job.Draw.ColorMask & 2 ? 0x0000FF00u : 0) |
-        (job.Draw.ColorMask & 4 ? 0x00FF0000u : 0) | (job.Draw.ColorMask & 8 ? 0xFF000000u : 0);
-    const VU kept = hn::Set(DU(), bytes);
-    packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
-  }
-  return packed;
-}
-
 // The stages of a run for one group of pixels at t, of which the first `count` exist. Without
 // masked access there is memory for all lanes.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
@@ -90,7 +75,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   const MI pass = MaskOfBits(DI(), shaded);
   VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
   if (job.Draw.ReadsColor()) {
-    packed = OutputColors(job, packed, LoadLive(du, pass, to.Color));
+    packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
   }
   StoreLive(du, packed, pass, to.Color);
   return {tested, shaded};
@@ -284,7 +269,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
                        : PackedColors<kTexels, kPerspective>(job, slots, row,
                                                              hn::Load(d, run.Values.T + i));
     if (job.Draw.ReadsColor()) {
-      packed = OutputColors(job, packed, LoadLive(du, live, color + i));
+      packed = OutputColors(du, job.Draw, packed, LoadLive(du, live, color + i));
     }
     StoreLive(du, packed, live, color + i);
   }

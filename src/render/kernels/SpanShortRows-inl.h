@@ -32,24 +32,10 @@ inline HWY_ATTR TCondition UnmetByFloatShortRows(const TSpanJob& job) {
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_SHORT_ROW_CONDITIONS);
 }
 
-// Packs channel bytes; a constant alpha is not computed. Bits above the first channel's byte must
-// be 0; those above the others' are shifted out.
-template <bool kConstAlpha, class TByteOf>
-HWY_INLINE HWY_ATTR VU ShortPixels(const TSpanJob& job, const TByteOf& byteOf) {
-  const VU rg = hn::Or(byteOf(0), hn::ShiftLeft<8>(byteOf(1)));
-  const VU b = hn::ShiftLeft<16>(byteOf(2));
-  const VU a = kConstAlpha ? hn::Set(DU(), job.Primitive.ConstColor) : hn::ShiftLeft<24>(byteOf(3));
-  return hn::Or(rg, hn::Or(b, a));
-}
-
 // Packed colours, operation by operation in double; alpha only if it varies.
 template <bool kPerspective, bool kConstAlpha>
-HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, int place, const TRow& row, VD t) {
-  const VD q = PerspectiveAt<kPerspective>(row, t);
-  const auto byteOf = [&](int i) HWY_ATTR {
-    return ChannelByte(Interpolated<kPerspective>(row, place + i, t, q), job.Primitive.Clamp);
-  };
-  return ShortPixels<kConstAlpha>(job, byteOf);
+HWY_INLINE HWY_ATTR VU ExactShort(const TSpanJob& job, int place, const TRow& row, VD t) {
+  return ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0, t);
 }
 
 // Depth test and write of a group; returns the pixels that pass.
@@ -86,7 +72,7 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, int place,
   }
   const std::uint64_t bits = BitsOfMask(di, pass);
   if (bits != 0) {
-    StoreShortColors(job, row, x, ShortColors<kPerspective, kConstAlpha>(job, place, row, t), pass);
+    StoreShortColors(job, row, x, ExactShort<kPerspective, kConstAlpha>(job, place, row, t), pass);
   }
   return bits;
 }
@@ -104,6 +90,15 @@ struct TFloatRows {
   HWY_ALIGN float Margin[kLanes];
   HWY_ALIGN double Inverse[kLanes];
   HWY_ALIGN double DepthMargin[kLanes];
+
+  HWY_INLINE TFloatInputs At(int lane, std::uint32_t constMask) const {
+    return {{&Begin[0][lane], &Delta[0][lane], kLanes},
+            {},
+            Begin[kW][lane],
+            Delta[kW][lane],
+            Margin[lane],
+            constMask};
+  }
 };
 
 // A margin so large that every pixel takes the exact path.
@@ -144,34 +139,12 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
   hn::Store(Unsure(extreme, hn::Mul(depthBound, hn::Set(d, kDepthMargin))), d, floats->DepthMargin);
 }
 
-// Packed colours in float; `sure` loses the pixels whose rounding test fails.
-template <bool kPerspective, bool kConstAlpha>
-HWY_INLINE HWY_ATTR VU FloatColors(const TSpanJob& job, const TFloatRows& floats, int lane, VF t,
-                                   MI* sure) {
-  const DF df;
-  const auto valueOf = [&](int i) HWY_ATTR {
-    return hn::Add(hn::Mul(hn::Set(df, floats.Delta[i][lane]), t),
-                   hn::Set(df, floats.Begin[i][lane]));
-  };
-  VF q = t;
-  if constexpr (kPerspective) {
-    q = hn::Div(hn::Set(df, 1.0f), valueOf(TFloatRows::kW));
-  }
-  const VF margin = hn::Set(df, floats.Margin[lane]);
-  const auto byteOf = [&](int i) HWY_ATTR {
-    const VF value = kPerspective ? hn::Mul(valueOf(i), q) : valueOf(i);
-    const VU byte = ByteByRoundingTest(df, value, job.Primitive.Clamp, margin, sure);
-    return i == 0 ? hn::And(byte, hn::Set(DU(), 255u)) : byte;
-  };
-  return ShortPixels<kConstAlpha>(job, byteOf);
-}
-
 template <bool kPerspective, bool kConstAlpha>
 HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const TRow& row, int x) {
   if (HWY_UNLIKELY(job.Counters != nullptr)) {
     job.Counters->AddUnmet(TCondition::ValuesBytes);
   }
-  return ShortColors<kPerspective, kConstAlpha>(job, place, row, ColumnParameter(row, x));
+  return ExactShort<kPerspective, kConstAlpha>(job, place, row, ColumnParameter(row, x));
 }
 
 // Draws a group of a row in float where the rounding tests allow. Returns the pixels that were
@@ -198,8 +171,8 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, int place,
   const std::uint64_t bits = BitsOfMask(di, pass);
   if (bits != 0) {
     MI sure = pass;
-    VU packed =
-        FloatColors<kPerspective, kConstAlpha>(job, floats, lane, hn::DemoteTo(df, t), &sure);
+    VU packed = UntexturedBytes<kPerspective>(
+        df, job, floats.At(lane, kConstAlpha ? kAlphaOnly : 0), hn::DemoteTo(df, t), &sure);
     if (HWY_UNLIKELY(BitsOfMask(di, sure) != bits)) {
       packed = ExactShortColors<kPerspective, kConstAlpha>(job, place, row, x);
     }

@@ -17,37 +17,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Packed colours of two groups at t. `sure` loses the pixels whose rounding test fails.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VFU UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRowFloats& floats, VFF t, MFI* sure) {
-  const DFF d;
-  VFF q = t;
-  if constexpr (kPerspective) {
-    const VFF w = hn::Add(hn::Mul(hn::Set(d, floats.WDelta), t), hn::Set(d, floats.WBegin));
-    q = hn::Div(hn::Set(d, 1.0f), w);
-  }
-  const auto valueOf = [&](float begin, float delta) HWY_ATTR {
-    const VFF value = hn::Add(hn::Mul(hn::Set(d, delta), t), hn::Set(d, begin));
-    return kPerspective ? hn::Mul(value, q) : value;
-  };
-  const VFF margin = hn::Set(d, floats.Margin);
-  VFU packed = hn::Set(DFU(), job.Primitive.ConstColor);
-  for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
-      continue;
-    }
-    VFF value = valueOf(floats.Begin[i], floats.Delta[i]);
-    if (slots.Secondary >= 0) {
-      value = hn::Add(value, valueOf(floats.SecondaryBegin[i], floats.SecondaryDelta[i]));
-    }
-    VFU byte = ByteByRoundingTest(d, value, job.Primitive.Clamp, margin, sure);
-    byte = i == 0 ? hn::And(byte, hn::Set(DFU(), 255u)) : hn::ShiftLeftSame(byte, 8 * i);
-    packed = hn::Or(packed, byte);
-  }
-  return packed;
-}
-
 struct TRunPixels {
   int X; ///< column of the first
   int Count;
@@ -71,13 +40,15 @@ HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots
   return hn::Load(DFU(), colors);
 }
 
-// Draws the colours of a run, without blending and colour mask.
+// Draws the colours of a run. To blend, without masked access, is not for whole vectors.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots,
                                               const TRow& row, const TRunPixels& run,
                                               std::uint64_t shaded, std::uint32_t* color) {
   const DFF df;
   const DFU du;
+  const TFloatInputs inputs =
+      row.Floats != nullptr ? FloatInputsOf(job, slots, *row.Floats) : TFloatInputs();
   for (int i = 0; i < run.Count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
@@ -87,13 +58,17 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     if (!job.Primitive.HasConstColor()) {
       const VFF t = hn::Load(df, run.Values.FloatT + i);
       MFI sure = AllLanes(DFI());
-      packed = UntexturedBytes<kPerspective>(job, slots, *row.Floats, t, &sure);
+      packed = UntexturedBytes<kPerspective>(df, job, inputs, t, &sure);
       const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
       if (HWY_UNLIKELY(unsure != 0)) {
         packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, unsure, packed);
       }
     }
-    StoreMasked(du, packed, MaskOfBits(du, bits), color + i);
+    const auto live = MaskOfBits(du, bits);
+    if (kMaskedAccess && job.Draw.ReadsColor()) {
+      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
+    }
+    StoreMasked(du, packed, live, color + i);
   }
 }
 
