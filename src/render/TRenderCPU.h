@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include <ZxCore3D/render/TRenderBase.h>
@@ -13,15 +14,7 @@ namespace Zx3D {
 class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
-struct TDrawState;
-struct TPrimitive;
-struct TSpanJob;
-enum class TCondition : std::uint8_t;
-struct TLineWalk;
-struct TPointBatch;
-struct TArrayDraw;
-struct TBatchDraw;
-struct TIndexedDraw;
+struct TRenderEngine;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -298,8 +291,12 @@ public:
 
   // --- Life
 
+  /// A context with all defaults, not created: its state can be set, and it draws nothing. Throws
+  /// `std::bad_alloc` if memory is exhausted.
   TRenderCPU();
   ~TRenderCPU() override;
+  TRenderCPU(const TRenderCPU&) = delete;
+  TRenderCPU& operator=(const TRenderCPU&) = delete;
 
   /// Makes the surfaces, `width` by `height` pixels, all bytes 0, and installs the standard
   /// shaders. `share`, if not null, is a context whose textures this one is to share. False,
@@ -973,196 +970,7 @@ public:
   bool m_DebugOutput = false;                                  ///< `GL_DEBUG_OUTPUT`
 
 private:
-  /// Where the pixels of a surface are.
-  struct TTarget {
-    unsigned char* Data;
-    std::ptrdiff_t PixelStride;
-    std::ptrdiff_t RowStride;
-    std::ptrdiff_t Step;      ///< bytes from pixel to pixel within a span
-    std::ptrdiff_t WriteSize; ///< bytes that a pixel's write touches
-    std::ptrdiff_t Size;      ///< bytes of the block
-    bool Fits;                ///< every pixel of the context lies inside the block
-  };
-
-  /// What drawing goes to, measured whenever a primitive finds a surface's record changed: an owner
-  /// may exchange the pixels of a surface at any time.
-  struct TTargets {
-    const DATASURFACE* Surfaces[3]; ///< colour, depth, stencil
-    DATASURFACE Records[3];         ///< as they were measured
-    TTarget Color;
-    TTarget Depth;
-    TTarget Stencil;
-    bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
-  };
-
-  void _ForgetOwnSurfaces();
-  void _ForgetTarget(const TDataSurface* surface);
-  void _MeasureTargets();
-  bool _RefreshTargets();
-  bool _RefreshState();
-  static unsigned char* _TargetPixel(const TTarget& target, int x, int y);
-  int _TargetEnd(const TTarget& target, int x, int y) const;
-  bool _TextureIsTarget() const;
-  void _WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
-  void _WriteBytes(unsigned char* dst, const unsigned char* bytes);
-
-  struct TMatrixTarget {
-    MAT4<double>* Matrix;
-    std::vector<MAT4<double>>* Stack;
-    bool Transform; ///< modelview or projection: the product depends on it
-  };
-
-  bool _MatrixTarget(TMatrixTarget* out);
-  void _RefreshModelViewProjection();
-  TTexUnit* _ActiveTexUnit();
-
-  /// The texture that `BindTexture` gave to a unit, and the image that the sampler was set for.
-  struct TTextureBinding {
-    TTextureHold* Hold = nullptr; ///< one count held; null if none
-    std::int32_t Width = 0;
-    std::int32_t Height = 0;
-    DATA_TYPE Type = DATA_TYPE_NONE;
-    std::uint8_t Channels = 0;
-    bool HasPixels = false;
-
-    void Note(const DATASURFACE& surface) {
-      Width = surface.Width;
-      Height = surface.Height;
-      Type = surface.Type;
-      Channels = surface.Channels;
-      HasPixels = surface.Data != nullptr;
-    }
-    bool Describes(const DATASURFACE& surface) const {
-      return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
-             Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
-    }
-  };
-
-  bool _RefreshTextures();
-  void _AdoptTextures(TTextureTable* table);
-  void _NoteTextureChange();
-  void _DropBinding(int unit);
-  void _UnbindTexture(const TDataSurface* surface);
-  TDataSurface* _BoundTexture();
-  bool _MayChangeTexture(unsigned int target);
-  void _SetLightValue(TLight* light, unsigned int pname, float v);
-  void _SetLightModelFlag(unsigned int pname, bool on);
-  void _SetFogValue(unsigned int pname, float v);
-  void _SetTexParameter(unsigned int target, unsigned int pname, int v);
-  void _SetClearColor(const vec_t_<double, 4>& color);
-  void _SetNormal(double x, double y, double z);
-  void _UpdateSamplersOf(const TDataSurface* surface);
-  void _SetUniform(int location, const double* values, int count);
-  void _SetUniform(int location, const float* values, int count);
-  void _SetUniform(int location, const std::int32_t* values, int count);
-  void _SetAttrib(int index, const vec_t_<double, 4>& value);
-  void _Submit(double x, double y, double z, double w);
-  void _ShadeVertex();
-  void _AssemblePoint();
-  void _AssembleLine();
-  void _AssembleLineStrip();
-  void _AssembleLineLoop();
-  void _AssembleTriangle();
-  void _AssembleTriangleStrip();
-  void _AssembleTriangleFan();
-  void _AssembleQuad();
-  void _SetDelta(EDGE* e);
-  void _ScaleSlots(VAR_DATA* v, double r);
-  bool _IsCulled(bool front) const;
-  void _InterpolateFragment(const EDGE& e, double t);
-  bool _PassesStencil(unsigned char* stencil);
-  bool _PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil);
-  void _RunStencil(TStencilFunction operation, unsigned char* stencil);
-  unsigned char* _DepthPixel(int x, int y) const;
-  unsigned char* _StencilPixel(int x, int y) const;
-  void _FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
-  bool _IsLinePixel(int x, int y) const;
-  void _DrawLinePixel(int x, int y, double t);
-  void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
-  bool _MakeDefaultProgram();
-  void _AdoptSurfaces();
-  TLight* _LightOf(unsigned int light);
-  TBuffer* _BufferOf(unsigned int target);
-  void _DrawPixelRow(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
-                     std::ptrdiff_t toStep, std::ptrdiff_t count);
-  bool _GetFragmentInteger(unsigned int pname, int* out) const;
-  bool _GetSurfaceInteger(unsigned int pname, int* out) const;
-  bool _GetArrayInteger(unsigned int pname, int* out);
-  int _GetDoubles(unsigned int pname, double* out);
-  void _SetBufferData(TBuffer* buffer, long size, const void* data, unsigned int usage);
-  void _SetBufferSubData(TBuffer* buffer, long offset, long size, const void* data);
-  TVertexAttribPointer* _GenericArray(unsigned int index);
-  TVertexAttribPointer* _ClassicArray(unsigned int array);
-  template <class TElementOf>
-  void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
-  template <class TElementOf>
-  void _ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
-                       TElementOf elementOf);
-  std::uint64_t _NextDraw();
-  void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
-  void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
-  void _LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
-                   VAR_DATA* record);
-  std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
-  template <class TElementOf>
-  int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
-  int _ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void _ReplayShapes(TBatchDraw* draw, int corners, int shapes);
-  void _ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count);
-  const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
-  void _DrawPoints(const TDrawState& state, const TPointBatch& points,
-                   const vec_t_<double, 4>* colors);
-  void _DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
-  void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
-  bool _MayReplayDirectly() const;
-  TBuffer* _BufferNamed(unsigned int id);
-
-  /// What `m_VarFragment` is to hold after a triangle that was drawn many pixels at a time: worked
-  /// out when something can read it.
-  struct TDeferredFragment {
-    bool Set = false;
-    bool Perspective = false;
-    bool Shade = false; ///< the colour is to be worked out as well
-    bool Front = false;
-    int Count = 0;
-    int X = 0;
-    int Y = 0;
-    int MinorEdge = 0; ///< 1 or 2: places after the major edge
-    VAR_DATA Vertex[3] = {};
-  };
-
-  TCondition _SetUpDraw(TDrawState* draw) const;
-  TCondition _SetUpTargets(TDrawState* draw) const;
-  TCondition _SetUpDepthStencil(TDrawState* draw) const;
-  TCondition _SetUpPrimitive(TPrimitive* primitive) const;
-  void _DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet);
-  void _DrawEdges(VAR_DATA* v);
-  void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
-  void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void _DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet);
-  void _WalkLine(const TLineWalk& walk);
-  bool _ClipWalk(TLineWalk* walk);
-  void _ResolveFragment();
-  void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
-
-  /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
-  /// shaded again. Made by `Create`.
-  struct TVertexCache {
-    static constexpr std::size_t kSize = 1024;
-
-    std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
-    VAR_DATA Vertices[kSize];
-    std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
-    std::uint32_t Draw;
-  };
-
-  TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading
-  TVertexCache* m_VertexCache = nullptr;
-  TTargets m_Targets = {};
-  TTextureBinding m_TextureBindings[8];
-  std::uint64_t m_TextureChanges = 0; ///< of the table, up to which the bindings are looked after
-  TDeferredFragment m_DeferredFragment;
-  TSpanJob* m_DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+  const std::unique_ptr<TRenderEngine> m_Engine; ///< what drawing needs and no host sees
 };
 
 } // namespace Zx3D

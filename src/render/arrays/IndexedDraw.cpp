@@ -1,5 +1,8 @@
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 
+#include <ZxCore3D/render/arrays/VertexCache.h>
+#include <ZxCore3D/render/common/Engine.h>
+
 namespace Zx3D {
 
 namespace {
@@ -41,8 +44,8 @@ bool FacesFront(const TVec4& a, const TVec4& b, const TVec4& c, bool frontCCW) {
 } // namespace
 
 // A number for a draw's tags, in their upper half.
-std::uint64_t TRenderCPU::_NextDraw() {
-  TVertexCache& cache = *m_VertexCache;
+std::uint64_t TRenderEngine::NextDraw() {
+  TVertexCache& cache = *VertexCache;
   if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
     std::memset(cache.Tags, 0, sizeof cache.Tags);
     cache.Draw = 1;
@@ -52,8 +55,8 @@ std::uint64_t TRenderCPU::_NextDraw() {
 
 // The place of an element's vertex in the cache, to which its position is brought if it isn't
 // there.
-std::size_t TRenderCPU::_CachedVertex(const TIndexedDraw& draw, std::uint32_t element) {
-  TVertexCache& cache = *m_VertexCache;
+std::size_t TRenderEngine::CachedVertex(const TIndexedDraw& draw, std::uint32_t element) {
+  TVertexCache& cache = *VertexCache;
   const std::size_t place = element % TVertexCache::kSize;
   const std::uint64_t tag = draw.Tag | element;
   if (cache.Tags[place] == tag) {
@@ -63,11 +66,11 @@ std::size_t TRenderCPU::_CachedVertex(const TIndexedDraw& draw, std::uint32_t el
   if (draw.Positions != nullptr) {
     TVec4 position;
     draw.Positions->GetValue(draw.Positions, element, &position);
-    vertex.Slots[0] = ClipPosition(*this, position);
+    vertex.Slots[0] = ClipPosition(gl, position);
     cache.Codes[place] = static_cast<std::uint8_t>(OutsidePlanes(vertex.Slots[0]) | kUnshaded);
   } else {
-    draw.Arrays.Fetch(this, element);
-    ShadeVertex(this, &vertex, draw.Arrays.Lighting);
+    draw.Arrays.Fetch(&gl, element);
+    ShadeVertex(&gl, &vertex, draw.Arrays.Lighting);
     cache.Codes[place] = OutsidePlanes(vertex.Slots[0]);
   }
   cache.Tags[place] = tag;
@@ -75,36 +78,36 @@ std::size_t TRenderCPU::_CachedVertex(const TIndexedDraw& draw, std::uint32_t el
 }
 
 // Fills a record of the primitive with a vertex of the cache.
-void TRenderCPU::_LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
-                             VAR_DATA* record) {
-  TVertexCache& cache = *m_VertexCache;
+void TRenderEngine::LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+                               VAR_DATA* record) {
+  TVertexCache& cache = *VertexCache;
   if ((cache.Codes[place] & kUnshaded) != 0) {
-    draw.Arrays.Fetch(this, element);
-    ShadeVertex(this, &cache.Vertices[place], draw.Arrays.Lighting);
+    draw.Arrays.Fetch(&gl, element);
+    ShadeVertex(&gl, &cache.Vertices[place], draw.Arrays.Lighting);
     cache.Codes[place] = static_cast<std::uint8_t>(cache.Codes[place] & kPlanes);
   }
   CopySlots(record, cache.Vertices[place], draw.Written);
 }
 
 // A triangle whose vertices don't fit into the cache beside each other.
-void TRenderCPU::_ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements) {
+void TRenderEngine::ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements) {
   for (int i = 0; i < 3; ++i) {
-    _LoadVertex(draw, _CachedVertex(draw, elements[i]), elements[i], &m_VarCur[i]);
+    LoadVertex(draw, CachedVertex(draw, elements[i]), elements[i], &gl.m_VarCur[i]);
   }
-  ClipAndRasterizeTriangle(m_VarCur, 0);
+  gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
 }
 
 // A triangle that draws nothing fills no record, as with batches of separate shapes.
-void TRenderCPU::_ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements,
-                                int triangles) {
-  const TVertexCache& cache = *m_VertexCache;
+void TRenderEngine::ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements,
+                                  int triangles) {
+  const TVertexCache& cache = *VertexCache;
   const bool mayCull = draw.Culling.Front || draw.Culling.Back;
   for (; triangles > 0; --triangles, elements += 3) {
-    const std::size_t a = _CachedVertex(draw, elements[0]);
-    const std::size_t b = _CachedVertex(draw, elements[1]);
-    const std::size_t c = _CachedVertex(draw, elements[2]);
+    const std::size_t a = CachedVertex(draw, elements[0]);
+    const std::size_t b = CachedVertex(draw, elements[1]);
+    const std::size_t c = CachedVertex(draw, elements[2]);
     if (cache.Tags[a] != (draw.Tag | elements[0]) || cache.Tags[b] != (draw.Tag | elements[1])) {
-      _ReplayTriangle(draw, elements);
+      ReplayTriangle(draw, elements);
       continue;
     }
     const unsigned int codes[3] = {cache.Codes[a] & kPlanes, cache.Codes[b] & kPlanes,
@@ -117,14 +120,14 @@ void TRenderCPU::_ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* e
       const bool front = FacesFront(cache.Vertices[a].Slots[0], cache.Vertices[b].Slots[0],
                                     cache.Vertices[c].Slots[0], draw.Culling.FrontCCW);
       if (front ? draw.Culling.Front : draw.Culling.Back) {
-        m_Fragment.FrontFacing = front;
+        gl.m_Fragment.FrontFacing = front;
         continue;
       }
     }
-    _LoadVertex(draw, a, elements[0], &m_VarCur[0]);
-    _LoadVertex(draw, b, elements[1], &m_VarCur[1]);
-    _LoadVertex(draw, c, elements[2], &m_VarCur[2]);
-    ClipAndRasterizeTriangle(m_VarCur, inside ? kAllPlanes : 0);
+    LoadVertex(draw, a, elements[0], &gl.m_VarCur[0]);
+    LoadVertex(draw, b, elements[1], &gl.m_VarCur[1]);
+    LoadVertex(draw, c, elements[2], &gl.m_VarCur[2]);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, inside ? kAllPlanes : 0);
   }
 }
 

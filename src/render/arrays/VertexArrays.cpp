@@ -7,10 +7,13 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
+#include <ZxCore3D/render/arrays/VertexCache.h>
 #include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/ErrorCodes.h>
 #include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
 
@@ -73,7 +76,7 @@ void TRenderCPU::_VertexAttribPointer(TVertexAttribPointer* p, int size, unsigne
   p->Data = static_cast<const unsigned char*>(pointer);
   if (m_BufferBindings[0] != 0) {
     // An offset into a buffer that has no contents is no address: the array has no data.
-    const TBuffer* const buffer = _BufferNamed(m_BufferBindings[0]);
+    const TBuffer* const buffer = BufferNamed(*this, m_BufferBindings[0]);
     p->Data = buffer == nullptr || buffer->Data.empty()
                   ? nullptr
                   : reinterpret_cast<const unsigned char*>(
@@ -106,29 +109,29 @@ void TRenderCPU::TexCoordPointer(int size, unsigned int type, int stride, const 
 
 // The generic array of an index; null, with an error reported, above 7. Without a table, after
 // `Destroy`, it is null as well.
-TRenderCPU::TVertexAttribPointer* TRenderCPU::_GenericArray(unsigned int index) {
+static TRenderCPU::TVertexAttribPointer* GenericArray(TRenderCPU& gl, unsigned int index) {
   if (index >= 8) {
-    _SetError(kIndexError);
+    gl._SetError(kIndexError);
     return nullptr;
   }
-  return m_VertexArray != nullptr ? &m_VertexArray->Attribs[index] : nullptr;
+  return gl.m_VertexArray != nullptr ? &gl.m_VertexArray->Attribs[index] : nullptr;
 }
 
 void TRenderCPU::VertexAttribPointer(unsigned int index, int size, unsigned int type,
                                      unsigned char normalized, int stride, const void* pointer) {
-  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+  if (TVertexAttribPointer* const p = GenericArray(*this, index)) {
     _VertexAttribPointer(p, size, type, normalized, stride, pointer);
   }
 }
 
 void TRenderCPU::EnableVertexAttribArray(unsigned int index) {
-  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+  if (TVertexAttribPointer* const p = GenericArray(*this, index)) {
     p->Enabled = true;
   }
 }
 
 void TRenderCPU::DisableVertexAttribArray(unsigned int index) {
-  if (TVertexAttribPointer* const p = _GenericArray(index)) {
+  if (TVertexAttribPointer* const p = GenericArray(*this, index)) {
     p->Enabled = false;
   }
 }
@@ -138,7 +141,7 @@ void TRenderCPU::GetVertexAttrib(unsigned int index, unsigned int pname, int* ou
     _SetError(GL_INVALID_VALUE);
     return;
   }
-  const TVertexAttribPointer* const p = _GenericArray(index);
+  const TVertexAttribPointer* const p = GenericArray(*this, index);
   if (p == nullptr) {
     return;
   }
@@ -171,24 +174,23 @@ void TRenderCPU::GetVertexAttrib(unsigned int index, unsigned int pname, int* ou
 
 // --- Client state
 
-// The classic array of an enum; null if there is none.
-TRenderCPU::TVertexAttribPointer* TRenderCPU::_ClassicArray(unsigned int array) {
+TRenderCPU::TVertexAttribPointer* ClassicArray(TRenderCPU& gl, unsigned int array) {
   switch (array) {
   case GL_VERTEX_ARRAY:
-    return &m_VertexPointer;
+    return &gl.m_VertexPointer;
   case GL_NORMAL_ARRAY:
-    return &m_NormalPointer;
+    return &gl.m_NormalPointer;
   case GL_COLOR_ARRAY:
-    return &m_ColorPointer;
+    return &gl.m_ColorPointer;
   case GL_TEXTURE_COORD_ARRAY:
-    return &m_TexCoordPointer;
+    return &gl.m_TexCoordPointer;
   default:
     return nullptr;
   }
 }
 
 void TRenderCPU::_EnableClientState(unsigned int array, bool on) {
-  TVertexAttribPointer* const p = _ClassicArray(array);
+  TVertexAttribPointer* const p = ClassicArray(*this, array);
   if (p == nullptr) {
     _SetError(GL_INVALID_ENUM);
     return;
@@ -320,45 +322,45 @@ template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long 
 
 // Whether skipping the virtual calls is unobservable: the context's own class, and the standard
 // vertex shader, which then writes nothing but its record.
-bool TRenderCPU::_MayReplayDirectly() const {
-  return GetSpanKernels() != nullptr && typeid(*this) == typeid(TRenderCPU) &&
-         m_VertexShader == m_StdVertexShader && m_VertexShader != nullptr &&
-         m_FragmentShader == m_StdFragmentShader && !m_ColorMaterial &&
-         m_VertexHandler != &TRenderCPU::UnknownVertex;
+bool TRenderEngine::MayReplayDirectly() const {
+  return GetSpanKernels() != nullptr && typeid(gl) == typeid(TRenderCPU) &&
+         gl.m_VertexShader == gl.m_StdVertexShader && gl.m_VertexShader != nullptr &&
+         gl.m_FragmentShader == gl.m_StdFragmentShader && !gl.m_ColorMaterial &&
+         gl.m_VertexHandler != &TRenderCPU::UnknownVertex;
 }
 
 template <class TElementOf>
-void TRenderCPU::_ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
-                                 TElementOf elementOf) {
-  TVertexCache& cache = *m_VertexCache;
-  const std::uint64_t number = _NextDraw();
+void TRenderEngine::ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
+                                   TElementOf elementOf) {
+  TVertexCache& cache = *VertexCache;
+  const std::uint64_t number = NextDraw();
   // What the shader writes; without a texture the last slot keeps what was there.
   const std::size_t written =
-      static_cast<std::size_t>(m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1)) *
+      static_cast<std::size_t>(gl.m_VarCount - (gl.m_TexUnits[0].TexEnabled ? 0 : 1)) *
       sizeof(vec_t_<double, 4>);
   bool fetched = true;
   for (int i = done; i < count; ++i) {
     const unsigned long element = elementOf(i);
-    VAR_DATA& vertex = m_VarCur[m_Pending];
+    VAR_DATA& vertex = gl.m_VarCur[gl.m_Pending];
     const std::size_t place = element % TVertexCache::kSize;
     const std::uint64_t tag = number | static_cast<std::uint32_t>(element);
     fetched = !indexed || cache.Tags[place] != tag;
     if (!fetched) {
       std::memcpy(vertex.Slots, cache.Vertices[place].Slots, written);
     } else {
-      draw.Fetch(this, element);
-      ShadeVertex(this, &vertex, draw.Lighting);
+      draw.Fetch(&gl, element);
+      ShadeVertex(&gl, &vertex, draw.Lighting);
       if (indexed) {
         std::memcpy(cache.Vertices[place].Slots, vertex.Slots, written);
         cache.Tags[place] = tag;
       }
     }
-    ++m_VertexIndex;
-    ++m_Pending;
-    (this->*m_Assemble)();
+    ++gl.m_VertexIndex;
+    ++gl.m_Pending;
+    (this->*Assemble)();
   }
   if (!fetched) {
-    draw.Fetch(this, elementOf(count - 1)); // the current values are those of the last element
+    draw.Fetch(&gl, elementOf(count - 1)); // the current values are those of the last element
   }
 }
 
@@ -366,11 +368,11 @@ void TRenderCPU::_ReplayDirectly(const TArrayDraw& draw, int count, int done, bo
 // current values and scratch records end up as it leaves them. Returns the number of vertices
 // consumed.
 template <class TElementOf>
-int TRenderCPU::_ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
-  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
-  const bool late = m_Lighting && (culling.Front || culling.Back);
-  const TIndexedDraw draw = {arrays, _NextDraw(), late ? arrays.Positions(*this) : nullptr,
-                             m_VarCount - (m_TexUnits[0].TexEnabled ? 0 : 1), culling};
+int TRenderEngine::ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
+  const bool late = gl.m_Lighting && (culling.Front || culling.Back);
+  const TIndexedDraw draw = {arrays, NextDraw(), late ? arrays.Positions(gl) : nullptr,
+                             gl.m_VarCount - (gl.m_TexUnits[0].TexEnabled ? 0 : 1), culling};
   constexpr int kMost = 96;
   std::uint32_t elements[kMost];
   const int whole = 3 * (count / 3 - 1);
@@ -380,62 +382,63 @@ int TRenderCPU::_ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf
     for (int i = 0; i < next; ++i) {
       elements[i] = static_cast<std::uint32_t>(elementOf(done + i));
     }
-    _ReplayIndexed(draw, elements, next / 3);
+    ReplayIndexed(draw, elements, next / 3);
     done += next;
   }
-  m_VertexIndex += done;
+  gl.m_VertexIndex += done;
   return done;
 }
 
 // Replays elements through the virtual operations; `elementOf` tells the element of the i-th
 // vertex.
 template <class TElementOf>
-void TRenderCPU::_Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf) {
+void TRenderEngine::Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf) {
   TAttrValue values[kMaxAttrValues];
-  const unsigned long valueCount = _PrepareAttrValues(values, kMaxAttrValues);
+  const unsigned long valueCount = gl._PrepareAttrValues(values, kMaxAttrValues);
   if (valueCount == 0) {
     return;
   }
-  Begin(mode);
+  gl.Begin(mode);
   // What a caller's own function does is not known: it is called for each vertex, and may change
   // any state.
   const bool ownFetches = std::all_of(values, values + valueCount, [](const TAttrValue& value) {
     return IsOwnFetch(value.Pointer->GetValue);
   });
-  if (ownFetches && _MayReplayDirectly()) {
+  if (ownFetches && MayReplayDirectly()) {
     const TQuietFloats quiet(TQuietFloats::TScope::Draw);
     TSpanJob job;
     // A function that a caller installed may throw: the job must not outlive this call.
     const struct TJobScope {
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
-    } scope = {&m_DrawJob};
-    m_DrawJob = mode >= GL_TRIANGLES && _SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
+    } scope = {&DrawJob};
+    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
     TLightingTerms lighting;
-    SetUpLighting(*this, &lighting);
+    SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};
-    const int done = !indexed               ? _ReplayBatches(draw, elementOf(0), count)
-                     : mode == GL_TRIANGLES ? _ReplayTriangles(draw, count, elementOf)
+    const int done = !indexed               ? ReplayBatches(draw, elementOf(0), count)
+                     : mode == GL_TRIANGLES ? ReplayTriangles(draw, count, elementOf)
                                             : 0;
-    _ReplayDirectly(draw, count, done, indexed, elementOf);
+    ReplayDirectly(draw, count, done, indexed, elementOf);
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elementOf(i);
       for (unsigned long k = 0; k < valueCount; ++k) {
         values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
       }
-      Vertex4dv(&m_CurAttrib[0].x);
+      gl.Vertex4dv(&gl.m_CurAttrib[0].x);
     }
   }
-  End();
+  gl.End();
 }
 
 void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
   if (count < 1) {
     return;
   }
-  _Replay(mode, count, false,
-          [first](int i) { return static_cast<unsigned long>(static_cast<long>(first) + i); });
+  m_Engine->Replay(mode, count, false, [first](int i) {
+    return static_cast<unsigned long>(static_cast<long>(first) + i);
+  });
 }
 
 void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
@@ -451,7 +454,7 @@ void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
   const auto* base = static_cast<const unsigned char*>(indices);
   if (m_BufferBindings[1] != 0) {
     // A buffer that doesn't hold the indices is passed over, as arrays without data are.
-    const TBuffer* const buffer = _BufferNamed(m_BufferBindings[1]);
+    const TBuffer* const buffer = BufferNamed(*this, m_BufferBindings[1]);
     const auto offset = reinterpret_cast<std::uintptr_t>(indices);
     if (buffer == nullptr || offset > buffer->Data.size() ||
         (buffer->Data.size() - offset) / size < static_cast<std::size_t>(count)) {
@@ -461,13 +464,15 @@ void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
   }
   switch (size) {
   case 1:
-    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
+    m_Engine->Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
     break;
   case 2:
-    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
+    m_Engine->Replay(mode, count, true,
+                     [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
     break;
   default:
-    _Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
+    m_Engine->Replay(mode, count, true,
+                     [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
     break;
   }
 }

@@ -7,7 +7,9 @@
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -134,58 +136,58 @@ struct TBatchDraw {
 };
 
 // Fills a record with a vertex of the batch, as the shader does.
-void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  VAR_DATA& record = m_VarCur[corner];
-  if (m_Lighting || !inside) {
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
+  VAR_DATA& record = gl.m_VarCur[corner];
+  if (gl.m_Lighting || !inside) {
     for (int i = 0; i < 3; ++i) {
       *draw->Current[i] = draw->ValueOf(i, vertex);
     }
     const TPointer* const position = draw->Position.Pointer;
-    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
-    ShadeVertex(this, &record, draw->Lighting);
+    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &gl.m_CurVertex);
+    ShadeVertex(&gl, &record, draw->Lighting);
     return;
   }
   const TVertexBatch& batch = draw->Batch;
   const int at = corner * batch.Pitch + shape;
   record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
-  if (m_TexUnits[0].TexEnabled) {
-    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
+  record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+  if (gl.m_TexUnits[0].TexEnabled) {
+    record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
   }
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
+void TRenderEngine::DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
-    _ShadeBatched(draw, shape * corners + c, c, shape, inside);
+    ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
   const int plane = inside ? kAllPlanes : 0;
   switch (corners) {
   case 2:
     if (inside) {
-      _DrawLine(m_VarCur, &draw->Job, draw->Unmet);
+      DrawLine(gl.m_VarCur, &draw->Job, draw->Unmet);
     } else {
-      ClipAndRasterizeLine(m_VarCur, 0);
+      gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
     }
     break;
   case 3:
-    ClipAndRasterizeTriangle(m_VarCur, plane);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, plane);
     break;
   default:
-    m_Pending = 4;
-    _AssembleQuad();
+    gl.m_Pending = 4;
+    AssembleQuad();
     break;
   }
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
+void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
-  kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
-  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
   TShapeClasses b = {0, ~std::uint64_t{0}, 0, 0};
   if (corners == 2) {
@@ -208,14 +210,14 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
     done = before;
     if (left != 0) {
       const std::uint64_t last = std::uint64_t{1} << (63 - __builtin_clzll(left));
-      m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
+      gl.m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     leaveCulled(bit - 1);
-    _DrawBatched(draw, corners, shape, (inside & bit) != 0);
+    DrawBatched(draw, corners, shape, (inside & bit) != 0);
   }
   leaveCulled(all);
 }
@@ -224,21 +226,22 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
 
 // Colours of a batch of points before they are limited: what the fragment shader takes without a
 // texture.
-const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
+const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
   draw->FetchValues();
   TVec4* const colors = draw->Vectors[1];
-  if (!m_Lighting) {
+  if (!gl.m_Lighting) {
     if (draw->Values[1].Pointer == nullptr) {
-      std::fill_n(colors, count, m_CurColor);
+      std::fill_n(colors, count, gl.m_CurColor);
     }
     return colors;
   }
-  const bool front = m_Fragment.FrontFacing;
-  const int primary = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
-  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  const bool front = gl.m_Fragment.FrontFacing;
+  const int primary = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
+  const int secondary =
+      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
   for (int i = 0; i < count; ++i) {
-    _ShadeBatched(draw, i, 0, i, true);
-    const VAR_DATA& v = m_VarCur[0];
+    ShadeBatched(draw, i, 0, i, true);
+    const VAR_DATA& v = gl.m_VarCur[0];
     const TVec4& a = v.Slots[primary];
     const TVec4& b = v.Slots[secondary];
     colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
@@ -246,14 +249,87 @@ const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
   return colors;
 }
 
-void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
+namespace {
+
+// The record that the last fragments of a batch of points leave.
+struct TLastPoints {
+  int Tested = -1; ///< the last one that came to the depth test
+  int Shaded = -1; ///< the last one that was shaded
+};
+
+// A point whose depth and colour are computed already.
+struct TBatchedPoint {
+  const TRenderCPU& gl;
+  const TPointBatch& Points;
+  TLastPoints* Last;
+  unsigned char* Color;
+  int Index;
+
+  float Depth() const { return Points.Depth[Index]; }
+  void SetDepth() { Last->Tested = Index; }
+  bool Shade() {
+    Last->Shaded = Index;
+    return true;
+  }
+  void WriteColor() { WriteBytes(gl, Color, Points.Bytes + kPixelBytes * Index); }
+};
+
+} // namespace
+
+// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
+// are prefetched before the first is drawn.
+void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& points,
+                               const vec_t_<double, 4>* colors) {
+  struct TPixel {
+    int Index;
+    unsigned char* Color;
+    unsigned char* Depth;
+    unsigned char* Stencil;
+  };
+  const bool useDepth = gl.m_DepthTest || gl.m_DepthMask;
+  TPixel pixels[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const int x = points.X[i];
+    const int y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    auto* const color = reinterpret_cast<unsigned char*>(state.Color.At<std::uint32_t>(x, y));
+    pixels[count] = {i, color, useDepth ? DepthPixel(x, y) : nullptr, StencilPixel(x, y)};
+    __builtin_prefetch(pixels[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(pixels[count].Depth, 1);
+    }
+    if (gl.m_StencilTest) {
+      __builtin_prefetch(pixels[count].Stencil, 1);
+    }
+    ++count;
+  }
+  TLastPoints last;
+  for (int k = 0; k < count; ++k) {
+    const TPixel& pixel = pixels[k];
+    RunFragment(gl, pixel.Depth, pixel.Stencil,
+                TBatchedPoint{gl, points, &last, pixel.Color, pixel.Index});
+  }
+  if (last.Tested >= 0) {
+    gl.m_Fragment.Depth = points.Depth[last.Tested];
+  }
+  if (last.Shaded >= 0) {
+    gl.m_Fragment.X = points.X[last.Shaded];
+    gl.m_Fragment.Y = points.Y[last.Shaded];
+    gl.m_Fragment.Color = Clamped01(colors[last.Shaded]);
+  }
+}
+
+void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
-  kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
-  kernels.ProjectPoints(draw->Batch, count, m_Width, m_Height, &points);
-  const TVec4* const colors = _PointColors(draw, count);
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
+  kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
+  const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
-  _DrawPoints(state, points, colors);
+  DrawPoints(state, points, colors);
 }
 
 // --- Replay
@@ -264,15 +340,15 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TDrawState& state, int co
 //
 // A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
-int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
+int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
   TDrawState pointState;
-  switch (m_PrimitiveMode) {
+  switch (gl.m_PrimitiveMode) {
   case GL_POINTS:
-    corners =
-        !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&pointState) == TCondition::None
-            ? 1
-            : 0;
+    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth &&
+                      SetUpTargets(&pointState) == TCondition::None
+                  ? 1
+                  : 0;
     break;
   case GL_LINES:
     corners = 2;
@@ -291,25 +367,25 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
     return 0;
   }
   TBatchDraw draw;
-  if (!draw.Take(this, arrays)) {
+  if (!draw.Take(&gl, arrays)) {
     return 0;
   }
   if (corners == 2) {
-    draw.Unmet = _SetUpDraw(&draw.Job.Draw);
+    draw.Unmet = SetUpDraw(&draw.Job.Draw);
   }
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
     if (corners == 1) {
-      _ReplayPoints(&draw, pointState, next);
+      ReplayPoints(&draw, pointState, next);
     } else {
-      _ReplayShapes(&draw, corners, next);
+      ReplayShapes(&draw, corners, next);
     }
     done += next;
   }
-  m_Pending = 0;
-  m_VertexIndex += shapes * corners;
+  gl.m_Pending = 0;
+  gl.m_VertexIndex += shapes * corners;
   return shapes * corners;
 }
 

@@ -1,25 +1,18 @@
 #include <ZxCore3D/render/common/KernelCounters.h>
 
-#include <atomic>
-
 namespace Zx3D {
 
-namespace {
+constinit std::atomic<TKernelCounters*> g_ActiveKernelCounters{nullptr};
 
-constinit TKernelCounters s_Counters;
-constinit std::atomic<TKernelCounters*> s_Active{nullptr};
-
-} // namespace
+static constinit TKernelCounters s_Counters;
 
 void StartKernelCounters() {
   s_Counters = {};
-  s_Active.store(&s_Counters);
+  g_ActiveKernelCounters.store(&s_Counters);
 }
 
-void StopKernelCounters() { s_Active.store(nullptr); }
+void StopKernelCounters() { g_ActiveKernelCounters.store(nullptr); }
 
 TKernelCounters KernelCounters() { return s_Counters; }
-
-TKernelCounters* ActiveKernelCounters() { return s_Active.load(std::memory_order_relaxed); }
 
 } // namespace Zx3D

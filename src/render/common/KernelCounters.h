@@ -1,10 +1,11 @@
 #pragma once
 
+#include <atomic>
 #include <cinttypes>
 #include <cstdint>
 #include <cstdio>
 
-#include <ZxCore3D/render/kernels/KernelConditions.h>
+#include <ZxCore3D/render/common/KernelConditions.h>
 
 namespace Zx3D {
 
@@ -122,6 +123,10 @@ inline bool Meets(TKernelCounters* counters, TCondition unmet) {
 }
 
 /// What counts at present; null while nobody asked for it.
-TKernelCounters* ActiveKernelCounters();
+extern std::atomic<TKernelCounters*> g_ActiveKernelCounters;
+
+inline TKernelCounters* ActiveKernelCounters() {
+  return g_ActiveKernelCounters.load(std::memory_order_relaxed);
+}
 
 } // namespace Zx3D

@@ -7,6 +7,7 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace Zx3D {
@@ -65,8 +66,7 @@ constexpr bool HasByteTexels(TTexelSource source) {
 
 enum class TPrimitiveKind : std::uint8_t { Triangle, Line };
 
-/// Bits of a set of channels, red first.
-inline constexpr std::uint32_t kAllChannels = 15;
+/// The set of channels that alpha alone is.
 inline constexpr std::uint32_t kAlphaOnly = 8;
 
 /// The rows of a target.
@@ -152,6 +152,8 @@ struct TSpanResult {
   int LastMinorEdge; ///< 1 or 2: the one after the major edge, or the one before it
   double LastT;      ///< of a line
   vec_t_<double, 4> LastColor;
+
+  void Clear() { YSet = DepthSet = ColorSet = false; }
 };
 
 /// A triangle or line drawn by a kernel: all that its rows and pixels read, and the result.

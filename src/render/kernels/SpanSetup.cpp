@@ -13,6 +13,7 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
 
 namespace Zx3D {
@@ -281,72 +282,72 @@ bool AreInReach(const TVertices& v) {
 
 // --- Set-up
 
-TCondition TRenderCPU::_SetUpTargets(TDrawState* out) const {
-  const TRenderCPU& gl = *this;
+TCondition TRenderEngine::SetUpTargets(TDrawState* out) const {
   TDrawState& draw = *out;
-  draw.Width = m_Width;
-  draw.Height = m_Height;
-  draw.Color = {m_Targets.Color.Data, m_Targets.Color.RowStride};
-  draw.Depth = {m_Targets.Depth.Data, m_Targets.Depth.RowStride};
-  draw.Stencil = {m_Targets.Stencil.Data, m_Targets.Stencil.RowStride};
-  draw.ColorMask = m_ColorMask;
-  draw.Blend = m_ColorMask == kAllChannels ? BlendOf(m_BlendFunc, &_Blend_SrcA_1_SrcA_RGBAub)
-                                           : BlendOf(m_BlendFuncM, &_BlendM_SrcA_1_SrcA_RGBAub);
+  draw.Width = gl.m_Width;
+  draw.Height = gl.m_Height;
+  draw.Color = {Targets.Color.Data, Targets.Color.RowStride};
+  draw.Depth = {Targets.Depth.Data, Targets.Depth.RowStride};
+  draw.Stencil = {Targets.Stencil.Data, Targets.Stencil.RowStride};
+  draw.ColorMask = gl.m_ColorMask;
+  draw.Blend = gl.m_ColorMask == kAllChannels
+                   ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
+                   : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
   ZX_RETURN_FIRST_UNMET(ZX_TARGET_CONDITIONS);
 }
 
-TCondition TRenderCPU::_SetUpDepthStencil(TDrawState* out) const {
+TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
   TDrawState& draw = *out;
-  draw.DepthTest = m_DepthTest;
-  draw.DepthWrite = m_DepthMask;
-  draw.DepthFunc = EnumOf<TCompare>(kDepthCompares, m_DepthCompare);
-  draw.Offset = m_PolygonOffsetFactor;
-  draw.StencilTest = m_StencilTest;
-  if (m_StencilTest) {
-    draw.StencilFunc = EnumOf<TCompare>(kStencilCompares, m_StencilCompare);
-    draw.StencilRef = static_cast<std::uint8_t>(m_StencilRef);
-    draw.StencilValueMask = static_cast<std::uint8_t>(m_StencilValueMask);
-    draw.StencilWriteMask = static_cast<std::uint8_t>(m_StencilWriteMask);
-    draw.StencilFail = StencilStepOf(m_StencilFailOp);
-    draw.StencilZFail = StencilStepOf(m_StencilZFailOp);
-    draw.StencilZPass = StencilStepOf(m_StencilZPassOp);
+  draw.DepthTest = gl.m_DepthTest;
+  draw.DepthWrite = gl.m_DepthMask;
+  draw.DepthFunc = EnumOf<TCompare>(kDepthCompares, gl.m_DepthCompare);
+  draw.Offset = gl.m_PolygonOffsetFactor;
+  draw.StencilTest = gl.m_StencilTest;
+  if (gl.m_StencilTest) {
+    draw.StencilFunc = EnumOf<TCompare>(kStencilCompares, gl.m_StencilCompare);
+    draw.StencilRef = static_cast<std::uint8_t>(gl.m_StencilRef);
+    draw.StencilValueMask = static_cast<std::uint8_t>(gl.m_StencilValueMask);
+    draw.StencilWriteMask = static_cast<std::uint8_t>(gl.m_StencilWriteMask);
+    draw.StencilFail = StencilStepOf(gl.m_StencilFailOp);
+    draw.StencilZFail = StencilStepOf(gl.m_StencilZFailOp);
+    draw.StencilZPass = StencilStepOf(gl.m_StencilZPassOp);
   }
   ZX_RETURN_FIRST_UNMET(ZX_TEST_CONDITIONS);
 }
 
 // Set-up that holds for all primitives of a draw. Returns the condition that leaves them to the
 // reference walker.
-TCondition TRenderCPU::_SetUpDraw(TDrawState* draw) const {
-  const TRenderCPU& gl = *this;
+TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
   ZX_SHADER_CONDITIONS(ZX_RETURN_UNMET)
-  const TCondition unmet = _SetUpTargets(draw);
-  return unmet != TCondition::None ? unmet : _SetUpDepthStencil(draw);
+  const TCondition unmet = SetUpTargets(draw);
+  return unmet != TCondition::None ? unmet : SetUpDepthStencil(draw);
 }
 
 // Set-up of one primitive, whose vertices have window coordinates and slots as they are before
 // perspective scales them.
-TCondition TRenderCPU::_SetUpPrimitive(TPrimitive* out) const {
-  const TRenderCPU& gl = *this;
+TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
   TPrimitive& primitive = *out;
   const TVertices& v = primitive.Vertex;
-  const bool front = m_Fragment.FrontFacing;
-  const int color = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
-  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
-  const TTexUnit& unit = m_TexUnits[0];
+  const bool front = gl.m_Fragment.FrontFacing;
+  const int color = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
+  const int secondary =
+      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
+  const TTexUnit& unit = gl.m_TexUnits[0];
   const bool textured = unit.TexEnabled;
   const bool replaces = textured && unit.TexEnvMode == GL_REPLACE;
-  const auto isLive = [this](int slot) { return slot >= 1 && slot < m_VarCount; };
-  primitive.Modulate = !textured || unit.TexEnvMode == GL_MODULATE;
-  primitive.TexSlot = textured ? m_VarTexCoord : -1;
+  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
   ZX_PRIMITIVE_CONDITIONS(ZX_RETURN_UNMET)
 
   // With w of 1 throughout, perspective multiplies by 1 and nothing else.
-  primitive.Perspective = m_PerspectiveHint != GL_FASTEST &&
+  primitive.Perspective = gl.m_PerspectiveHint != GL_FASTEST &&
                           !(v[0][0].w == 1.0 && v[1][0].w == 1.0 && v[2][0].w == 1.0);
-  primitive.AddOffset = m_PolygonOffsetFill && (primitive.Kind == TPrimitiveKind::Triangle ||
-                                                m_PrimitiveMode == GL_TRIANGLES);
+  primitive.AddOffset = gl.m_PolygonOffsetFill && (primitive.Kind == TPrimitiveKind::Triangle ||
+                                                   gl.m_PrimitiveMode == GL_TRIANGLES);
   TKernelCounters* const counters = ActiveKernelCounters();
   if (textured) {
+    primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
+    primitive.TexSlot = gl.m_VarTexCoord;
+    ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
     Meets(counters, SetUpTexels(unit.Sampler, &primitive));
   }
   if (replaces) {
@@ -355,8 +356,9 @@ TCondition TRenderCPU::_SetUpPrimitive(TPrimitive* out) const {
     primitive.ChannelBound = 1.0;
     return TCondition::None;
   }
+  ZX_VERTEX_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   primitive.ColorSlot = color;
-  if (m_Lighting) {
+  if (gl.m_Lighting) {
     primitive.ZeroSecondary = IsZeroSlot(v, secondary);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
@@ -375,9 +377,9 @@ TCondition TRenderCPU::_SetUpPrimitive(TPrimitive* out) const {
 
 // --- Running
 
-void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
-  job->Primitive.RecordColor = m_DrawJob == nullptr;
-  job->Result = TSpanResult();
+void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+  job->Primitive.RecordColor = DrawJob == nullptr;
+  job->Result.Clear();
   job->Counters = ActiveKernelCounters();
   if (job->Counters != nullptr) {
     job->Counters->StartPrimitive();
@@ -386,42 +388,42 @@ void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
 
   const TSpanResult& result = job->Result;
   if (result.YSet) {
-    m_Fragment.Y = result.Y;
+    gl.m_Fragment.Y = result.Y;
   }
   if (result.DepthSet) {
-    m_Fragment.Depth = result.LastDepth;
+    gl.m_Fragment.Depth = result.LastDepth;
   }
   if (!result.ColorSet) {
     return;
   }
-  m_Fragment.X = result.LastX;
-  TDeferredFragment& pending = m_DeferredFragment;
+  gl.m_Fragment.X = result.LastX;
+  TDeferredFragment& pending = DeferredFragment;
   pending.Set = true;
   // No state changes within an array draw: the colour can wait for the last triangle.
   pending.Shade = !job->Primitive.RecordColor;
-  pending.Front = m_Fragment.FrontFacing;
+  pending.Front = gl.m_Fragment.FrontFacing;
   if (job->Primitive.RecordColor) {
-    m_Fragment.Color = result.LastColor;
+    gl.m_Fragment.Color = result.LastColor;
   }
   pending.Perspective = job->Primitive.Perspective;
-  pending.Count = m_VarCount;
+  pending.Count = gl.m_VarCount;
   pending.X = result.LastX;
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
   for (int i = 0; i < 3; ++i) {
     // Four slots are all that most states have.
     std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
-    if (m_VarCount > 4) {
-      CopyVar(pending.Vertex[i], v[i]);
+    if (gl.m_VarCount > 4) {
+      gl.CopyVar(pending.Vertex[i], v[i]);
     }
   }
-  if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
-    _ResolveFragment();
+  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
+    ResolveFragment();
   }
 }
 
-void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
-  job->Result = TSpanResult();
+void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
+  job->Result.Clear();
   job->Counters = ActiveKernelCounters();
   if (job->Counters != nullptr) {
     job->Counters->StartPrimitive();
@@ -429,45 +431,45 @@ void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
   GetSpanKernels()->DrawLine(job, walk);
   const TSpanResult& result = job->Result;
   if (result.DepthSet) {
-    m_Fragment.Depth = result.LastDepth;
+    gl.m_Fragment.Depth = result.LastDepth;
   }
   if (result.ColorSet) {
-    m_Fragment.X = result.LastX;
-    m_Fragment.Y = result.LastY;
-    m_Fragment.Color = result.LastColor;
+    gl.m_Fragment.X = result.LastX;
+    gl.m_Fragment.Y = result.LastY;
+    gl.m_Fragment.Color = result.LastColor;
   }
 }
 
 // Computes the slots of the last fragment by the operations of the reference walker.
-void TRenderCPU::_ResolveFragment() {
-  TDeferredFragment& pending = m_DeferredFragment;
+void TRenderEngine::ResolveFragment() {
+  TDeferredFragment& pending = DeferredFragment;
   if (!pending.Set) {
     return;
   }
   pending.Set = false;
-  const int count = m_VarCount;
-  const std::uint32_t hint = m_PerspectiveHint;
-  m_VarCount = pending.Count;
-  m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
+  const int count = gl.m_VarCount;
+  const std::uint32_t hint = gl.m_PerspectiveHint;
+  gl.m_VarCount = pending.Count;
+  gl.m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
   EDGE edges[3];
   int longest = 0;
-  _SetEdges(pending.Vertex, edges, &longest);
+  SetEdges(pending.Vertex, edges, &longest);
   VAR_DATA ends[2];
   const EDGE* const sides[2] = {&edges[longest], &edges[(longest + pending.MinorEdge) % 3]};
   for (int i = 0; i < 2; ++i) {
-    Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
-          &ends[i]);
+    gl.Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
+             &ends[i]);
   }
   EDGE span;
-  SetSpan(&span, &ends[0], &ends[1]);
-  _InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
-  m_VarCount = count;
-  m_PerspectiveHint = hint;
+  gl.SetSpan(&span, &ends[0], &ends[1]);
+  InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
+  gl.m_VarCount = count;
+  gl.m_PerspectiveHint = hint;
   if (pending.Shade) {
-    const bool front = m_Fragment.FrontFacing;
-    m_Fragment.FrontFacing = pending.Front;
-    m_FragmentShader->Execute(&m_VarFragment, &m_Fragment);
-    m_Fragment.FrontFacing = front;
+    const bool front = gl.m_Fragment.FrontFacing;
+    gl.m_Fragment.FrontFacing = pending.Front;
+    gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
+    gl.m_Fragment.FrontFacing = front;
   }
 }
 

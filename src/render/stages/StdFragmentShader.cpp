@@ -4,6 +4,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+
 namespace Zx3D {
 
 TStdFragmentShaderCPU::~TStdFragmentShaderCPU() = default;
@@ -22,8 +24,6 @@ static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
   static constexpr vec_t_<double, 4> kZero = {0, 0, 0, 0};
   return static_cast<unsigned int>(slot) < 8 ? v.Slots[slot] : kZero;
 }
-
-static double Clamp01(double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; }
 
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
@@ -56,7 +56,7 @@ bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA
     f->Color.y = f->Color.y + secondary.y;
     f->Color.z = f->Color.z + secondary.z;
   }
-  f->Color = {Clamp01(f->Color.x), Clamp01(f->Color.y), Clamp01(f->Color.z), Clamp01(f->Color.w)};
+  f->Color = Clamped01(f->Color);
   return true;
 }
 

@@ -4,14 +4,15 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 
 namespace Zx3D {
 
 // --- Edges and spans
 
-void TRenderCPU::_SetDelta(EDGE* e) {
-  for (int i = 0; i < m_VarCount; ++i) {
+void TRenderEngine::SetDelta(EDGE* e) {
+  for (int i = 0; i < gl.m_VarCount; ++i) {
     const vec_t_<double, 4>& begin = e->Begin->Slots[i];
     const vec_t_<double, 4>& end = e->End->Slots[i];
     e->Delta.Slots[i] = {end.x - begin.x, end.y - begin.y, end.z - begin.z, end.w - begin.w};
@@ -22,14 +23,14 @@ void TRenderCPU::SetEdge(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool upward = b->Slots[0].y >= a->Slots[0].y;
   e->Begin = upward ? a : b;
   e->End = upward ? b : a;
-  _SetDelta(e);
+  m_Engine->SetDelta(e);
 }
 
 void TRenderCPU::SetSpan(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool rightward = b->Slots[0].x >= a->Slots[0].x;
   e->Begin = rightward ? a : b;
   e->End = rightward ? b : a;
-  _SetDelta(e);
+  m_Engine->SetDelta(e);
 }
 
 void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
@@ -42,8 +43,8 @@ void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
 }
 
 // Multiplies all slots but the position by r, for perspective-correct interpolation.
-void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
-  for (int i = 1; i < m_VarCount; ++i) {
+void TRenderEngine::ScaleSlots(VAR_DATA* v, double r) {
+  for (int i = 1; i < gl.m_VarCount; ++i) {
     vec_t_<double, 4>& slot = v->Slots[i];
     slot = {slot.x * r, slot.y * r, slot.z * r, slot.w * r};
   }
@@ -52,11 +53,11 @@ void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
 // --- Set-up
 
 // Whether the face mode culls a piece.
-bool TRenderCPU::_IsCulled(bool front) const {
-  if (!m_CullFaceEnabled) {
+bool TRenderEngine::IsCulled(bool front) const {
+  if (!gl.m_CullFaceEnabled) {
     return false;
   }
-  switch (m_CullFaceMode) {
+  switch (gl.m_CullFaceMode) {
   case GL_FRONT_AND_BACK:
     return true;
   case GL_BACK:
@@ -86,7 +87,7 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
       (p0.x * p1.y - p1.x * p0.y) + (p1.x * p2.y - p2.x * p1.y) + (p2.x * p0.y - p0.x * p2.y);
   const bool front = m_FrontFaceCCW ? area >= 0.0 : area < 0.0;
   m_Fragment.FrontFacing = front;
-  if (_IsCulled(front)) {
+  if (m_Engine->IsCulled(front)) {
     return;
   }
 
@@ -97,44 +98,44 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p0);
   toWindow(&p1);
   toWindow(&p2);
-  if (_RefreshState()) {
-    m_DrawJob = nullptr; // its targets are no more
+  if (m_Engine->RefreshState()) {
+    m_Engine->DrawJob = nullptr; // its targets are no more
   }
-  if (m_DrawJob != nullptr) {
-    _DrawTriangle(v, m_DrawJob, TCondition::None);
+  if (m_Engine->DrawJob != nullptr) {
+    m_Engine->DrawTriangle(v, m_Engine->DrawJob, TCondition::None);
     return;
   }
   TSpanJob job;
-  _DrawTriangle(v, &job, _SetUpDraw(&job.Draw));
+  m_Engine->DrawTriangle(v, &job, m_Engine->SetUpDraw(&job.Draw));
 }
 
 // Draws a triangle in window coordinates, by a kernel unless a condition is unmet: `unmet`, of the
 // draw, or one of the triangle's own.
-void TRenderCPU::_DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
+void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   if (unmet == TCondition::None) { // reads the slots before perspective scales them
     job->Primitive = TPrimitive();
     for (int i = 0; i < 3; ++i) {
       job->Primitive.Vertex[i] = v[i].Slots;
     }
-    unmet = _SetUpPrimitive(&job->Primitive);
+    unmet = SetUpPrimitive(&job->Primitive);
   }
-  for (int i = 0; i < 3 && m_PerspectiveHint != GL_FASTEST; ++i) {
+  for (int i = 0; i < 3 && gl.m_PerspectiveHint != GL_FASTEST; ++i) {
     if (v[i].Slots[0].w != 1.0) {
-      _ScaleSlots(&v[i], v[i].Slots[0].w);
+      ScaleSlots(&v[i], v[i].Slots[0].w);
     }
   }
   if (Meets(ActiveKernelCounters(), unmet)) {
-    _RunTriangleJob(v, job);
+    RunTriangleJob(v, job);
   } else {
-    _DrawEdges(v);
+    DrawEdges(v);
   }
 }
 
 // Directs each edge of a triangle upwards and finds the major one.
-void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
-  SetEdge(&edges[0], &v[0], &v[1]);
-  SetEdge(&edges[1], &v[1], &v[2]);
-  SetEdge(&edges[2], &v[2], &v[0]);
+void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
+  gl.SetEdge(&edges[0], &v[0], &v[1]);
+  gl.SetEdge(&edges[1], &v[1], &v[2]);
+  gl.SetEdge(&edges[2], &v[2], &v[0]);
   *major = 0;
   for (int i = 1; i < 3; ++i) {
     if (edges[i].Delta.Slots[0].y > edges[*major].Delta.Slots[0].y) {
@@ -144,15 +145,15 @@ void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
 }
 
 // The reference path: row by row and pixel by pixel.
-void TRenderCPU::_DrawEdges(VAR_DATA* v) {
-  _ResolveFragment();
+void TRenderEngine::DrawEdges(VAR_DATA* v) {
+  ResolveFragment();
   int major = 0;
-  _SetEdges(v, m_Edges, &major);
+  SetEdges(v, gl.m_Edges, &major);
   if (TKernelCounters* const counters = ActiveKernelCounters()) {
     counters->StartPrimitive();
   }
-  DrawSpansBetweenEdges(&m_Edges[major], &m_Edges[(major + 1) % 3], &m_Fragment);
-  DrawSpansBetweenEdges(&m_Edges[major], &m_Edges[(major + 2) % 3], &m_Fragment);
+  gl.DrawSpansBetweenEdges(&gl.m_Edges[major], &gl.m_Edges[(major + 1) % 3], &gl.m_Fragment);
+  gl.DrawSpansBetweenEdges(&gl.m_Edges[major], &gl.m_Edges[(major + 2) % 3], &gl.m_Fragment);
 }
 
 // --- Rows

@@ -14,6 +14,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
 
 namespace Zx3D {
@@ -49,34 +50,34 @@ void TRenderCPU::TFrameBuffer::Destroy() {
   Height = 0;
 }
 
-void TRenderCPU::_AdoptSurfaces() {
-  m_ColorSurface = m_FrameBuffer->Color;
-  m_DepthSurface = m_FrameBuffer->Depth;
-  m_StencilSurface = m_FrameBuffer->Stencil;
-  m_Width = m_FrameBuffer->Width;
-  m_Height = m_FrameBuffer->Height;
-  _MeasureTargets();
+void TRenderEngine::AdoptSurfaces() {
+  gl.m_ColorSurface = gl.m_FrameBuffer->Color;
+  gl.m_DepthSurface = gl.m_FrameBuffer->Depth;
+  gl.m_StencilSurface = gl.m_FrameBuffer->Stencil;
+  gl.m_Width = gl.m_FrameBuffer->Width;
+  gl.m_Height = gl.m_FrameBuffer->Height;
+  MeasureTargets();
 }
 
 // The surfaces of the frame buffer are about to go: nothing may draw into them or sample them.
-void TRenderCPU::_ForgetOwnSurfaces() {
+void TRenderEngine::ForgetOwnSurfaces() {
   for (TDataSurface* const surface :
-       {m_FrameBuffer->Color, m_FrameBuffer->Depth, m_FrameBuffer->Stencil}) {
-    _UnbindTexture(surface);
-    _ForgetTarget(surface);
+       {gl.m_FrameBuffer->Color, gl.m_FrameBuffer->Depth, gl.m_FrameBuffer->Stencil}) {
+    UnbindTexture(surface);
+    ForgetTarget(surface);
   }
-  m_ColorSurface = nullptr;
-  m_DepthSurface = nullptr;
-  m_StencilSurface = nullptr;
+  gl.m_ColorSurface = nullptr;
+  gl.m_DepthSurface = nullptr;
+  gl.m_StencilSurface = nullptr;
 }
 
 // A surface is about to go: it is no target any more.
-void TRenderCPU::_ForgetTarget(const TDataSurface* surface) {
-  if (surface != nullptr && m_DrawBuffer == surface) {
-    SetDrawBuffer(nullptr);
+void TRenderEngine::ForgetTarget(const TDataSurface* surface) {
+  if (surface != nullptr && gl.m_DrawBuffer == surface) {
+    gl.SetDrawBuffer(nullptr);
   }
-  if (surface != nullptr && m_ColorSurface == surface) {
-    BindColorSurface(nullptr);
+  if (surface != nullptr && gl.m_ColorSurface == surface) {
+    gl.BindColorSurface(nullptr);
   }
 }
 
@@ -118,13 +119,14 @@ std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite w
 } // namespace
 
 // Measures the targets if one of their surfaces is another one, or not what it was. True if so.
-bool TRenderCPU::_RefreshTargets() {
-  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
-                                          m_DepthSurface, m_StencilSurface};
+bool TRenderEngine::RefreshTargets() {
+  const DATASURFACE* const surfaces[3] = {gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer
+                                                                     : gl.m_ColorSurface,
+                                          gl.m_DepthSurface, gl.m_StencilSurface};
   for (int i = 0; i < 3; ++i) {
-    if (surfaces[i] != m_Targets.Surfaces[i] ||
-        (surfaces[i] != nullptr && !IsSameRecord(*surfaces[i], m_Targets.Records[i]))) {
-      _MeasureTargets();
+    if (surfaces[i] != Targets.Surfaces[i] ||
+        (surfaces[i] != nullptr && !IsSameRecord(*surfaces[i], Targets.Records[i]))) {
+      MeasureTargets();
       return true;
     }
   }
@@ -133,16 +135,17 @@ bool TRenderCPU::_RefreshTargets() {
 
 // What each primitive looks at anew, as others may have changed it: targets and shared textures.
 // True if there was a change.
-bool TRenderCPU::_RefreshState() {
-  const bool targets = _RefreshTargets();
-  return _RefreshTextures() || targets;
+bool TRenderEngine::RefreshState() {
+  const bool targets = RefreshTargets();
+  return RefreshTextures() || targets;
 }
 
-void TRenderCPU::_MeasureTargets() {
-  TTargets& t = m_Targets;
+void TRenderEngine::MeasureTargets() {
+  TTargets& t = Targets;
   t = {};
-  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
-                                          m_DepthSurface, m_StencilSurface};
+  const DATASURFACE* const surfaces[3] = {gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer
+                                                                     : gl.m_ColorSurface,
+                                          gl.m_DepthSurface, gl.m_StencilSurface};
   const auto measure = [this, &t, &surfaces](int i, std::ptrdiff_t size, std::ptrdiff_t step,
                                              std::ptrdiff_t stride) -> TTarget {
     const DATASURFACE* const surface = surfaces[i];
@@ -160,12 +163,12 @@ void TRenderCPU::_MeasureTargets() {
             step,
             size,
             BlockSize(*surface),
-            surface->Width >= m_Width && surface->Height >= m_Height &&
+            surface->Width >= gl.m_Width && surface->Height >= gl.m_Height &&
                 surface->PixelStride >= size};
   };
   const std::ptrdiff_t stride = surfaces[0] != nullptr ? surfaces[0]->PixelStride : 0;
-  if (m_DrawBuffer != nullptr) {
-    t.Color = measure(0, WriteSizeOf(*m_DrawBuffer, m_PixelWrite), stride, stride);
+  if (gl.m_DrawBuffer != nullptr) {
+    t.Color = measure(0, WriteSizeOf(*gl.m_DrawBuffer, gl.m_PixelWrite), stride, stride);
   } else {
     t.Color = measure(0, 4, 4, stride);
   }
@@ -182,47 +185,16 @@ void TRenderCPU::_MeasureTargets() {
 
 // Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
 // its end.
-bool TRenderCPU::_TextureIsTarget() const {
-  const DATASURFACE* const texture = m_TexUnits[0].Sampler.m_Surface;
-  if (!m_TexUnits[0].TexEnabled || texture == nullptr) {
+bool TRenderEngine::TextureIsTarget() const {
+  const DATASURFACE* const texture = gl.m_TexUnits[0].Sampler.m_Surface;
+  if (!gl.m_TexUnits[0].TexEnabled || texture == nullptr) {
     return false;
   }
   const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
   const TBlock texels = BlockOf(*texture, slack);
   return std::any_of(
-      std::begin(m_Targets.Records), std::end(m_Targets.Records),
+      std::begin(Targets.Records), std::end(Targets.Records),
       [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
-}
-
-// Null for a pixel that the block does not hold.
-unsigned char* TRenderCPU::_TargetPixel(const TTarget& target, int x, int y) {
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  if (!target.Fits &&
-      (target.Data == nullptr || offset < 0 || offset > target.Size - target.WriteSize)) {
-    return nullptr;
-  }
-  return target.Data + offset;
-}
-
-// The column at which a span from (x, y) on leaves the block.
-int TRenderCPU::_TargetEnd(const TTarget& target, int x, int y) const {
-  if (target.Fits) {
-    return m_Width;
-  }
-  if (_TargetPixel(target, x, y) == nullptr || target.Step <= 0) {
-    return x;
-  }
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  const std::ptrdiff_t pixels = (target.Size - target.WriteSize - offset) / target.Step + 1;
-  return static_cast<int>(std::min<std::ptrdiff_t>(x + pixels, m_Width));
-}
-
-unsigned char* TRenderCPU::_DepthPixel(int x, int y) const {
-  return _TargetPixel(m_Targets.Depth, x, y);
-}
-
-unsigned char* TRenderCPU::_StencilPixel(int x, int y) const {
-  return m_StencilTest ? _TargetPixel(m_Targets.Stencil, x, y) : nullptr;
 }
 
 void TRenderCPU::BindColorSurface(TDataSurface* surface) {
@@ -234,7 +206,7 @@ void TRenderCPU::BindColorSurface(TDataSurface* surface) {
     }
     m_ColorSurface = surface;
   }
-  _MeasureTargets();
+  m_Engine->MeasureTargets();
 }
 
 static TRenderCPU::TPixelWrite PixelWriterOf(const DATASURFACE& surface) {
@@ -256,7 +228,7 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   if (surface == nullptr) {
     m_DrawBuffer = nullptr;
     m_PixelWrite = nullptr;
-    _MeasureTargets();
+    m_Engine->MeasureTargets();
     return;
   }
   if (surface->Width != m_Width || surface->Height != m_Height) {
@@ -268,7 +240,7 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   }
   m_DrawBuffer = surface;
   m_PixelWrite = write;
-  _MeasureTargets();
+  m_Engine->MeasureTargets();
 }
 
 TDataSurface* TRenderCPU::GetColorSurface() { return m_ColorSurface; }
@@ -279,15 +251,17 @@ TDataSurface* TRenderCPU::GetStencilSurface() { return m_StencilSurface; }
 
 // --- Clear values and masks
 
-void TRenderCPU::_SetClearColor(const vec_t_<double, 4>& color) {
+static void SetClearColor(TRenderCPU& gl, const vec_t_<double, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
-    m_ClearColor[i] = ByteOf(color[i]);
+    gl.m_ClearColor[i] = ByteOf(color[i]);
   }
 }
 
-void TRenderCPU::ClearColor(float r, float g, float b, float a) { _SetClearColor({r, g, b, a}); }
+void TRenderCPU::ClearColor(float r, float g, float b, float a) {
+  SetClearColor(*this, {r, g, b, a});
+}
 
-void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { _SetClearColor(color); }
+void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { SetClearColor(*this, color); }
 
 void TRenderCPU::ClearColor(const vec_t_<float, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {

@@ -10,15 +10,17 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
 
 // --- Units
 
-// Null for a unit that does not exist.
-TRenderCPU::TTexUnit* TRenderCPU::_ActiveTexUnit() {
-  return static_cast<unsigned int>(m_ActiveTexture) < 8 ? &m_TexUnits[m_ActiveTexture] : nullptr;
+TRenderCPU::TTexUnit* ActiveTexUnit(TRenderCPU& gl) {
+  return static_cast<unsigned int>(gl.m_ActiveTexture) < 8 ? &gl.m_TexUnits[gl.m_ActiveTexture]
+                                                           : nullptr;
 }
 
 void TRenderCPU::ActiveTexture(unsigned int texture) {
@@ -38,19 +40,19 @@ void TRenderCPU::TexEnvi(unsigned int target, unsigned int pname, int v) {
     _SetError(GL_INVALID_VALUE);
     return;
   }
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->TexEnvMode = mode;
   }
 }
 
 void TRenderCPU::TexFilter2D(unsigned int min, unsigned int mag) {
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->Sampler.SetFilter(min, mag);
   }
 }
 
 void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->Sampler.SetWrap(s, t);
   }
 }
@@ -90,8 +92,8 @@ struct TRenderCPU::TTextureHold {
   }
 };
 
-void TRenderCPU::_DropBinding(int unit) {
-  TTextureBinding& binding = m_TextureBindings[unit];
+void TRenderEngine::DropBinding(int unit) {
+  TTextureBinding& binding = TextureBindings[unit];
   if (binding.Hold != nullptr) {
     binding.Hold->Release();
     binding.Hold = nullptr;
@@ -99,21 +101,21 @@ void TRenderCPU::_DropBinding(int unit) {
 }
 
 // A surface changed under the samplers that hold it: they choose anew.
-void TRenderCPU::_UpdateSamplersOf(const TDataSurface* surface) {
+void TRenderEngine::UpdateSamplersOf(const TDataSurface* surface) {
   for (int i = 0; i < 8; ++i) {
-    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
     if (sampler.m_Surface == surface && surface != nullptr) {
       sampler.SetSurface(sampler.m_Surface);
-      m_TextureBindings[i].Note(*surface);
+      TextureBindings[i].Note(*surface);
     }
   }
 }
 
-void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
+void TRenderEngine::UnbindTexture(const TDataSurface* surface) {
   for (int i = 0; i < 8; ++i) {
-    if (surface != nullptr && m_TexUnits[i].Sampler.m_Surface == surface) {
-      m_TexUnits[i].Sampler.SetSurface(nullptr);
-      _DropBinding(i);
+    if (surface != nullptr && gl.m_TexUnits[i].Sampler.m_Surface == surface) {
+      gl.m_TexUnits[i].Sampler.SetSurface(nullptr);
+      DropBinding(i);
     }
   }
 }
@@ -121,21 +123,21 @@ void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
 // Looks after what other contexts of the table did to the textures that are bound here. Samplers
 // are touched only where the texture is gone or has another shape, so that a surface or a function
 // that a caller installed stays. True if anything in the table changed.
-bool TRenderCPU::_RefreshTextures() {
-  if (m_Textures == nullptr) {
+bool TRenderEngine::RefreshTextures() {
+  if (gl.m_Textures == nullptr) {
     return false;
   }
-  const std::uint64_t changes = m_Textures->Changes.load(std::memory_order_acquire);
-  if (changes == m_TextureChanges) {
+  const std::uint64_t changes = gl.m_Textures->Changes.load(std::memory_order_acquire);
+  if (changes == TextureChanges) {
     return false;
   }
-  m_TextureChanges = changes;
+  TextureChanges = changes;
   for (int i = 0; i < 8; ++i) {
-    TTextureBinding& binding = m_TextureBindings[i];
+    TTextureBinding& binding = TextureBindings[i];
     if (binding.Hold == nullptr) {
       continue;
     }
-    TTexSampler& sampler = m_TexUnits[i].Sampler;
+    TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
     TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
     const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
     const bool bound = sampler.m_Surface == surface;
@@ -143,7 +145,7 @@ bool TRenderCPU::_RefreshTextures() {
       if (bound && fate == TTextureHold::kDeleted) {
         sampler.SetSurface(nullptr);
       }
-      _DropBinding(i);
+      DropBinding(i);
     } else if (bound && !binding.Describes(*surface)) {
       sampler.SetSurface(surface);
       binding.Note(*surface);
@@ -154,14 +156,14 @@ bool TRenderCPU::_RefreshTextures() {
 
 // --- The table
 
-void TRenderCPU::_AdoptTextures(TTextureTable* table) {
-  m_Textures = table;
-  m_TextureChanges = table->Changes.load(std::memory_order_acquire);
+void TRenderEngine::AdoptTextures(TTextureTable* table) {
+  gl.m_Textures = table;
+  TextureChanges = table->Changes.load(std::memory_order_acquire);
 }
 
-void TRenderCPU::_NoteTextureChange() {
-  if (m_Textures != nullptr) {
-    m_Textures->Changes.fetch_add(1, std::memory_order_release);
+void TRenderEngine::NoteTextureChange() {
+  if (gl.m_Textures != nullptr) {
+    gl.m_Textures->Changes.fetch_add(1, std::memory_order_release);
   }
 }
 
@@ -170,7 +172,7 @@ void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
     return;
   }
   if (m_Textures == nullptr) {
-    _AdoptTextures(new TTextureTable);
+    m_Engine->AdoptTextures(new TTextureTable);
   }
   std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
   std::vector<TTextureHold*>& holds = m_Textures->Holds;
@@ -237,10 +239,10 @@ void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
     if (ids[i] == 0 || entry == nullptr || *entry == nullptr) {
       continue;
     }
-    _UnbindTexture(*entry);
-    _ForgetTarget(*entry);
+    m_Engine->UnbindTexture(*entry);
+    m_Engine->ForgetTarget(*entry);
     FreeTexture(m_Textures, ids[i]);
-    _NoteTextureChange();
+    m_Engine->NoteTextureChange();
   }
 }
 
@@ -267,7 +269,7 @@ TDataSurface* TRenderCPU::DetachTexture(unsigned int id) {
   if (TTextureHold* const hold = HoldOf(*m_Textures, id, surface)) {
     m_Textures->Holds[id] = nullptr;
     hold->Retire(TTextureHold::kDetached);
-    _NoteTextureChange();
+    m_Engine->NoteTextureChange();
   }
   return surface;
 }
@@ -278,12 +280,12 @@ void TRenderCPU::_ClearTextures() {
   }
   // From here on the table belongs to others, if there are any, and may not even be read.
   for (int i = 0; i < 8; ++i) {
-    const TTextureHold* const hold = m_TextureBindings[i].Hold;
+    const TTextureHold* const hold = m_Engine->TextureBindings[i].Hold;
     if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
         hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
       m_TexUnits[i].Sampler.SetSurface(nullptr);
     }
-    _DropBinding(i);
+    m_Engine->DropBinding(i);
   }
   TTextureTable* const table = m_Textures;
   m_Textures = nullptr;
@@ -291,8 +293,8 @@ void TRenderCPU::_ClearTextures() {
     return;
   }
   for (std::size_t id = 0; id < table->Surfaces.size(); ++id) {
-    _UnbindTexture(table->Surfaces[id]);
-    _ForgetTarget(table->Surfaces[id]);
+    m_Engine->UnbindTexture(table->Surfaces[id]);
+    m_Engine->ForgetTarget(table->Surfaces[id]);
     FreeTexture(table, id);
   }
   for (TTextureHold* const hold : table->Holds) { // of names that were never filled
@@ -314,7 +316,7 @@ static void RequireTexture2D(unsigned int target) {
 void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
   RequireTexture2D(target);
   TDataSurface** const entry = EntryOf(m_Textures, id);
-  TTexUnit* const unit = _ActiveTexUnit();
+  TTexUnit* const unit = ActiveTexUnit(*this);
   if (entry == nullptr || unit == nullptr) {
     return;
   }
@@ -323,8 +325,8 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
     hold->Acquire();
   }
   unit->Sampler.SetSurface(*entry);
-  _DropBinding(m_ActiveTexture);
-  TTextureBinding& binding = m_TextureBindings[m_ActiveTexture];
+  m_Engine->DropBinding(m_ActiveTexture);
+  TTextureBinding& binding = m_Engine->TextureBindings[m_ActiveTexture];
   binding.Hold = hold;
   if (hold != nullptr) {
     binding.Note(**entry);
@@ -333,9 +335,9 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
 
 // The surface bound to the active unit, as what it is; null if there is none, or another context
 // has deleted it.
-TDataSurface* TRenderCPU::_BoundTexture() {
-  _RefreshTextures();
-  TTexUnit* const unit = _ActiveTexUnit();
+TDataSurface* TRenderEngine::BoundTexture() {
+  RefreshTextures();
+  TTexUnit* const unit = ActiveTexUnit(gl);
   return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
 }
 
@@ -347,7 +349,7 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  TDataSurface* const surface = _BoundTexture();
+  TDataSurface* const surface = m_Engine->BoundTexture();
   if (surface == nullptr || width < 1 || height < 1 || level != 0 || border != 0 ||
       static_cast<unsigned int>(internalformat) != format) {
     _SetError(GL_INVALID_VALUE);
@@ -364,8 +366,8 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
   if (made && pixels != nullptr) {
     std::memcpy(surface->Data, pixels, surface->DataSize);
   }
-  _UpdateSamplersOf(surface);
-  _NoteTextureChange();
+  m_Engine->UpdateSamplersOf(surface);
+  m_Engine->NoteTextureChange();
   if (!made) {
     _SetError(GL_INVALID_OPERATION);
   }
@@ -379,7 +381,7 @@ void TRenderCPU::TexSubImage2D(unsigned int target, int level, int xoffset, int 
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  const TDataSurface* const surface = _BoundTexture();
+  const TDataSurface* const surface = m_Engine->BoundTexture();
   if (surface == nullptr || xoffset < 0 || xoffset >= surface->Width || yoffset < 0 ||
       yoffset >= surface->Height || width < 1 || height < 1 || level != 0 ||
       DataTypeFromGL(type) != surface->Type || DataFormatFromGL(format) != surface->Format ||
@@ -405,15 +407,15 @@ bool TRenderCPU::MoveTexImage2D(unsigned int target, int level, TDataSurface* su
   if (level != 0) {
     throw TZxMessage(std::string(kWhere) + "Unexpected Level %1%") << level;
   }
-  TDataSurface* const bound = _BoundTexture();
+  TDataSurface* const bound = m_Engine->BoundTexture();
   if (bound == nullptr || surface == nullptr) {
     _SetError(GL_INVALID_OPERATION);
     return false;
   }
   bound->Swap(*surface);
-  _UpdateSamplersOf(bound);
-  _UpdateSamplersOf(surface);
-  _NoteTextureChange();
+  m_Engine->UpdateSamplersOf(bound);
+  m_Engine->UpdateSamplersOf(surface);
+  m_Engine->NoteTextureChange();
   return true;
 }
 
@@ -427,21 +429,21 @@ void TRenderCPU::CopyTexImage2D(unsigned int, int, unsigned int, int, int, int, 
 // --- Parameters
 
 // False, with an error reported, between `Begin` and `End`.
-bool TRenderCPU::_MayChangeTexture(unsigned int target) {
+static bool MayChangeTexture(TRenderCPU& gl, unsigned int target) {
   RequireTexture2D(target);
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
+  if (gl.m_InBeginEnd) {
+    gl._SetError(GL_INVALID_OPERATION);
     return false;
   }
   return true;
 }
 
-void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v) {
-  if (!_MayChangeTexture(target)) {
+static void SetTexParameter(TRenderCPU& gl, unsigned int target, unsigned int pname, int v) {
+  if (!MayChangeTexture(gl, target)) {
     return;
   }
   const auto value = static_cast<unsigned int>(v);
-  TTexUnit* const unit = _ActiveTexUnit();
+  TRenderCPU::TTexUnit* const unit = ActiveTexUnit(gl);
   switch (pname) {
   case GL_TEXTURE_WRAP_S:
   case GL_TEXTURE_WRAP_T:
@@ -452,30 +454,30 @@ void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v
   case GL_TEXTURE_MIN_FILTER:
   case GL_TEXTURE_MAG_FILTER:
     if (unit != nullptr && !unit->Sampler.SetFilter(value, value)) {
-      _SetError(GL_INVALID_ENUM);
+      gl._SetError(GL_INVALID_ENUM);
     }
     break;
   default:
-    _SetError(GL_INVALID_ENUM);
+    gl._SetError(GL_INVALID_ENUM);
     break;
   }
 }
 
 void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
-  _SetTexParameter(target, pname, v);
+  SetTexParameter(*this, target, pname, v);
 }
 
 void TRenderCPU::TexParameterf(unsigned int target, unsigned int pname, float v) {
-  _SetTexParameter(target, pname, TruncI32(v));
+  SetTexParameter(*this, target, pname, TruncI32(v));
 }
 
 void TRenderCPU::TexParameterfv(unsigned int target, unsigned int pname, const float* v) {
   if (pname != GL_TEXTURE_BORDER_COLOR) {
-    _SetTexParameter(target, pname, TruncI32(v[0]));
+    SetTexParameter(*this, target, pname, TruncI32(v[0]));
     return;
   }
-  if (_MayChangeTexture(target)) {
-    if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (MayChangeTexture(*this, target)) {
+    if (TTexUnit* const unit = ActiveTexUnit(*this)) {
       unit->Sampler.SetBorderColor(v);
     }
   }

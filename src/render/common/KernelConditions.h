@@ -5,9 +5,9 @@
 /// The conditions of every fast path, and all thresholds. Where a condition does not hold, the next
 /// more general path draws: another kernel, the exact colours, or the reference walker.
 ///
-/// A list is expanded where its test's names are in scope: `gl` is the context; `draw`, `primitive`
-/// and `row` are the parts of a job and a row; the others are worked out beside the expansion. Tests
-/// are made in the order of the list, and counted by the first that fails.
+/// A list is expanded where the names of its tests are in scope: `gl` is the context and what has no
+/// prefix its engine's; `draw`, `primitive` and `row` are parts of a job; all others are computed
+/// beside the expansion. Tests are made in the order of the list, and the first to fail is counted.
 
 // clang-format off
 //   path            condition        test                                                    why
@@ -21,9 +21,9 @@
 #define ZX_TARGET_CONDITIONS(X) \
   X(Target,          OwnWrite,        gl.m_PixelWrite == nullptr,                             "a caller's function writes the pixels") \
   X(Target,          OwnColor,        gl.m_DrawBuffer == nullptr,                             "a draw buffer has pixels of any kind") \
-  X(Target,          Apart,           gl.m_Targets.Kernels,                                   "targets hold every pixel, are aligned and share no memory") \
-  X(Target,          FourBytes,       gl.m_Targets.Color.PixelStride == 4,                    "a vector of colours is one store") \
-  X(Target,          TextureApart,    !gl._TextureIsTarget(),                                 "texels that are drawn over change within a row") \
+  X(Target,          Apart,           Targets.Kernels,                                        "targets hold every pixel, are aligned and share no memory") \
+  X(Target,          FourBytes,       Targets.Color.PixelStride == 4,                         "a vector of colours is one store") \
+  X(Target,          TextureApart,    !TextureIsTarget(),                                     "texels that are drawn over change within a row") \
   X(Target,          KnownBlend,      draw.Blend != TBlend::Unknown,                          "a caller's function blends pixel by pixel")
 
 #define ZX_TEST_CONDITIONS(X) \
@@ -31,12 +31,14 @@
   X(Test,            KnownStencil,    !draw.StencilTest || KnowsStencil(draw),                "a caller's function compares or steps pixel by pixel")
 
 #define ZX_PRIMITIVE_CONDITIONS(X) \
-  X(Primitive,       InReach,         AreInReach(primitive.Vertex),                           "row set-up neither overflows nor gives a NaN") \
-  X(Primitive,       KnownEnv,        !textured || primitive.Modulate || replaces,            "other environments leave the colour of the fragment before") \
-  X(Primitive,       LiveTexCoord,    !textured || isLive(primitive.TexSlot),                 "a slot that no vertex shader fills is not interpolated") \
-  X(Primitive,       KnownSampler,    !textured || IsKnownSampler(unit.Sampler),              "a caller's function may look at anything") \
-  X(Primitive,       LiveColor,       replaces || isLive(color),                              "as for the texture coordinate") \
-  X(Primitive,       LiveSecondary,   replaces || !gl.m_Lighting || isLive(secondary),        "as for the texture coordinate")
+  X(Primitive,       InReach,         AreInReach(primitive.Vertex),                           "row set-up neither overflows nor gives a NaN")
+#define ZX_TEXTURE_CONDITIONS(X) \
+  X(Primitive,       KnownEnv,        primitive.Modulate || replaces,                         "other environments leave the colour of the fragment before") \
+  X(Primitive,       LiveTexCoord,    isLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
+  X(Primitive,       KnownSampler,    IsKnownSampler(unit.Sampler),                           "a caller's function may look at anything")
+#define ZX_VERTEX_COLOR_CONDITIONS(X) \
+  X(Primitive,       LiveColor,       isLive(color),                                          "as for the texture coordinate") \
+  X(Primitive,       LiveSecondary,   !gl.m_Lighting || isLive(secondary),                    "as for the texture coordinate")
 
 #define ZX_BYTE_TEXEL_CONDITIONS(X) \
   X(ByteTexels,      Image,           surface != nullptr && \
@@ -113,6 +115,7 @@
 
 #define ZX_CONDITIONS(X) \
   ZX_SHADER_CONDITIONS(X) ZX_TARGET_CONDITIONS(X) ZX_TEST_CONDITIONS(X) ZX_PRIMITIVE_CONDITIONS(X) \
+  ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
