@@ -530,14 +530,16 @@ TEST_F(KernelConditions, PrintsOneLineEach) {
   counters.StartRow();
   counters.Add(TKernel::Fill, 1);
   counters.AddUnmet(TCondition::FillNoTest);
+  counters.AddUnmet(TCondition::ValuesBytes, 8);
   std::FILE* const file = std::tmpfile();
   ASSERT_NE(nullptr, file);
   PrintKernelCounters(counters, file);
+  PrintUnmetConditions(counters, file);
   std::rewind(file);
   char text[200] = {};
   text[std::fread(text, 1, sizeof text - 1, file)] = 0;
   std::fclose(file);
-  EXPECT_STREQ("kernel Fill 1 2 11\nfallback Fill.NoTest 1\n", text);
+  EXPECT_STREQ("kernel Fill 1 2 11\nfallback Bytes 8\nunmet Fill.NoTest 1\n", text);
 }
 
 } // namespace

@@ -136,6 +136,7 @@ enum class TCondition : std::uint8_t {
 };
 
 inline constexpr int kConditions = static_cast<int>(TCondition::None);
+inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthRange); ///< last in the list
 
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 

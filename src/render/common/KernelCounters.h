@@ -45,8 +45,9 @@ inline constexpr TConditionName kConditionNames[] = {
 };
 
 /// How many primitives, rows and pixels each kernel drew, and how often each condition was the
-/// first of its list that did not hold. Pixels are those covered, whatever the tests make of them;
-/// a primitive or row that several kernels share counts once for each of them.
+/// first of its list that did not hold; of the tests of values, in how many pixels. Pixels are
+/// those covered, whatever the tests of the draw make of them; a primitive or row that several
+/// kernels share counts once for each of them.
 class TKernelCounters {
 public:
   struct TCounts {
@@ -70,7 +71,9 @@ public:
     m_InPrimitive |= bit;
     m_InRow |= bit;
   }
-  void AddUnmet(TCondition condition) { ++m_Unmet[static_cast<int>(condition)]; }
+  void AddUnmet(TCondition condition, int times = 1) {
+    m_Unmet[static_cast<int>(condition)] += static_cast<std::uint64_t>(times);
+  }
 
   const TCounts& Of(TKernel kernel) const { return m_Kernels[static_cast<int>(kernel)]; }
   std::uint64_t Unmet(TCondition condition) const { return m_Unmet[static_cast<int>(condition)]; }
@@ -91,8 +94,8 @@ void StartKernelCounters();
 void StopKernelCounters();
 /// What was counted since the last start.
 TKernelCounters KernelCounters();
-/// Writes lines "kernel NAME primitives rows pixels" and "fallback PATH.CONDITION count", without
-/// those that are 0.
+/// Writes lines "kernel NAME primitives rows pixels" and "fallback TEST pixels", of the tests of
+/// values, without those that are 0.
 inline void PrintKernelCounters(const TKernelCounters& counters, std::FILE* out) {
   for (int i = 0; i < kKernels; ++i) {
     const TKernelCounters::TCounts& counts = counters.Of(static_cast<TKernel>(i));
@@ -101,23 +104,31 @@ inline void PrintKernelCounters(const TKernelCounters& counters, std::FILE* out)
                    counts.Primitives, counts.Rows, counts.Pixels);
     }
   }
-  for (int i = 0; i < kConditions; ++i) {
-    const std::uint64_t count = counters.Unmet(static_cast<TCondition>(i));
-    if (count != 0) {
-      std::fprintf(out, "fallback %s.%s %" PRIu64 "\n", kConditionNames[i].Path,
-                   kConditionNames[i].Condition, count);
+  for (int i = kFirstValueTest; i < kConditions; ++i) {
+    if (const std::uint64_t pixels = counters.Unmet(static_cast<TCondition>(i)); pixels != 0) {
+      std::fprintf(out, "fallback %s %" PRIu64 "\n", kConditionNames[i].Condition, pixels);
+    }
+  }
+}
+
+/// Writes lines "unmet PATH.CONDITION times", of all other conditions.
+inline void PrintUnmetConditions(const TKernelCounters& counters, std::FILE* out) {
+  for (int i = 0; i < kFirstValueTest; ++i) {
+    if (const std::uint64_t times = counters.Unmet(static_cast<TCondition>(i)); times != 0) {
+      std::fprintf(out, "unmet %s.%s %" PRIu64 "\n", kConditionNames[i].Path,
+                   kConditionNames[i].Condition, times);
     }
   }
 }
 /// \}
 
 /// Whether all conditions of a list hold, `unmet` being the first that does not, which is counted.
-inline bool Meets(TKernelCounters* counters, TCondition unmet) {
+inline bool Meets(TKernelCounters* counters, TCondition unmet, int times = 1) {
   if (unmet == TCondition::None) {
     return true;
   }
   if (counters != nullptr) {
-    counters->AddUnmet(unmet);
+    counters->AddUnmet(unmet, times);
   }
   return false;
 }

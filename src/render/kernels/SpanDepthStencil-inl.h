@@ -66,9 +66,7 @@ struct TRunValues {
 
 // The depths of a group from column x on, before the polygon offset.
 HWY_NOINLINE HWY_ATTR VF ExactDepths(const TSpanJob& job, const TRow& row, int x) {
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->AddUnmet(TCondition::ValuesDepth);
-  }
+  job.Meets(TCondition::ValuesDepth, kLanes);
   const DD d;
   const VD t = ColumnParameter(row, x);
   return hn::DemoteTo(DF(),
@@ -124,7 +122,7 @@ inline HWY_ATTR TCondition SetFloatValues(const TRow& row, int x, int count, TRu
 
 HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int x, int count,
                                       bool exactT, TRunValues* values) {
-  if (exactT || !Meets(job.Counters, SetFloatValues(row, x, count, values))) {
+  if (exactT || !job.Meets(SetFloatValues(row, x, count, values), count)) {
     SetExactValues(row, x, count, values);
   }
 }

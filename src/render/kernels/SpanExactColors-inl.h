@@ -96,7 +96,7 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
     const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    const TTexels texels = [&]() HWY_ATTR {
+    TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
         return NearestTexels(job.Primitive.Sampler, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
@@ -105,16 +105,12 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
         return SampledTexels(job.Primitive.Sampler, s, u);
       }
     }();
-    VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
-    if (job.Primitive.Modulate) {
-      for (int i = 0; i < 4; ++i) {
-        channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-      }
-      if (slots.Secondary >= 0) {
-        for (int i = 0; i < 3; ++i) {
-          channel[i] =
-              hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
+    VD* const channel = texels.Channel;
+    for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
+      channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
+      if (slots.Secondary >= 0 && i < 3) {
+        channel[i] =
+            hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
       }
     }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
@@ -129,9 +125,7 @@ HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlot
                                              const TRow& row, VD t) {
   // A row whose values all lie between two bytes would pay for both paths: its budget shrinks.
   --row.Floats->FallbackBudget;
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->AddUnmet(TCondition::ValuesBytes);
-  }
+  job.Meets(TCondition::ValuesBytes, kLanes);
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
@@ -167,7 +161,7 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
-// The colour that the fragment shader leaves at one pixel.
+// The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, double t) {
   const double q = job.Primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;

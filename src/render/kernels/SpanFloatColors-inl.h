@@ -68,8 +68,9 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D d, std::uint32_t mask, std::uint32
 //
 // The exact path works out a channel's value v in doubles and takes the truncation of v * 255 +
 // 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
-// F + margin round to it: then every value that near F has this byte, the exact one among them, and
-// a value between two bytes never lies that near. What remains is to bound |F - 255 v|.
+// F + margin round to it: then every value within the margin of F has this byte, the exact one
+// among them; where two bytes meet within the margin the test fails. What remains is to bound
+// |F - 255 v|.
 //
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
 // row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
@@ -260,10 +261,10 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
     }
   }
   if constexpr (kTexels == TTexelSource::Nearest) {
-    return Meets(job.Counters, FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
+    return job.Meets(FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
            FetchWrappedNearest(*job.Primitive.Sampler, across, along, &ready->Nearest);
   } else {
-    return Meets(job.Counters, FetchInRangePairs(job, across, along, &ready->Pairs)) ||
+    return job.Meets(FetchInRangePairs(job, across, along, &ready->Pairs)) ||
            FetchWrappedPairs(*job.Primitive.Sampler, across, along, &ready->Pairs);
   }
 }
@@ -290,7 +291,7 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
                                        VU* packed) {
   if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
-    // place, also when it is multiplied by a 1 that interpolation left so near.
+    // place, even after multiplication by an interpolated 1 that is off by as much.
     *packed = ready.Nearest;
     return true;
   }

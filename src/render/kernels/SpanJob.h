@@ -165,6 +165,18 @@ struct TSpanJob {
   TPrimitive Primitive;
   TSpanResult Result;
   TKernelCounters* Counters; ///< null: nobody counts
+
+  bool Meets(TCondition unmet, int times = 1) const { return Zx3D::Meets(Counters, unmet, times); }
+  void StartRow() const {
+    if (Counters != nullptr) [[unlikely]] {
+      Counters->StartRow();
+    }
+  }
+  void Count(TKernel kernel, int pixels) const {
+    if (Counters != nullptr) [[unlikely]] {
+      Counters->Add(kernel, pixels);
+    }
+  }
 };
 
 /// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of

@@ -181,7 +181,7 @@ inline constexpr float kWholeFloats = 8388608.0f;
 inline constexpr double kWholeDoubles = 4503599627370496.0;
 
 // The byte of a channel in 0 to 255, in the low bits of each lane, where value - margin and value +
-// margin round alike; the other lanes leave `sure`. Bits above the byte are not 0. Clamped, a NaN
+// margin round alike; `sure` loses the other lanes. Bits above the byte are not 0. Clamped, a NaN
 // becomes 0.
 template <class D, class TMask>
 HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>

@@ -133,11 +133,8 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, const TLineWalk& walk) {
-  const bool byRuns = Meets(job.Counters, UnmetByLineRuns(walk));
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->Add(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels,
-                      walk.Last - walk.First + 1);
-  }
+  const bool byRuns = job.Meets(UnmetByLineRuns(walk));
+  job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }

@@ -55,7 +55,7 @@ struct TRowComponents {
   double operator[](int place) const { return At[place * kLanes]; }
 };
 
-// A row's inputs to colours in single precision: see SpanFloatColors-inl.h.
+// A row's inputs of float colours: see SpanFloatColors-inl.h.
 struct TRowFloats {
   alignas(16) float Begin[4]; ///< of the colour
   alignas(16) float Delta[4];
@@ -128,8 +128,8 @@ HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
   const int second = d1 > d0 ? 1 : 0;
   const double most = std::max(d0, d1);
   const int third = e2.DeltaY() > most ? 1 : 0;
-  const int longest = 2 * third + second * (1 - third);
-  TRowPlan plan = {edges[longest], {edges[longest + 1], edges[longest + 2]}, {0, 0}, {0, 0}};
+  const int major = 2 * third + second * (1 - third);
+  TRowPlan plan = {edges[major], {edges[major + 1], edges[major + 2]}, {0, 0}, {0, 0}};
   if (plan.MajorEdge.DeltaY() == 0.0) {
     return plan;
   }
@@ -201,10 +201,10 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
   const VD from = hn::Add(begin, hn::Set(d, 0.5));
   live = hn::And(live, hn::Gt(delta, zero));
   live = hn::And(live, hn::And(hn::Lt(from, width), hn::Gt(end, hn::Set(d, -1.0))));
-  // t of a pixel is (x - begin) / delta. With delta above 0 and nothing near the ends of the range
-  // it is below 0 just when the difference is, and 1 or above just when the difference is not below
-  // delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both can be
-  // true of no more than the outermost pixel, since the next is a whole pixel further in.
+  // t of a pixel is (x - begin) / delta. With delta above 0, and neither overflow nor underflow, it
+  // is below 0 exactly when the difference is, and 1 or above exactly when the difference is not
+  // below delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both
+  // can be true of no more than the outermost pixel, since the next is a whole pixel further in.
   VD first = hn::Trunc(hn::Max(from, zero));
   VD last = hn::Trunc(hn::Min(end, hn::Sub(width, one)));
   first = hn::Add(first, hn::IfThenElseZero(hn::Lt(hn::Sub(first, begin), zero), one));

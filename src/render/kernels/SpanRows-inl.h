@@ -11,8 +11,7 @@
 #define ZX_RENDER_SPANROWS_INL_H_
 #endif
 
-#include <ZxCore3D/render/kernels/SpanTextured-inl.h>
-#include <ZxCore3D/render/kernels/SpanUntextured-inl.h>
+#include <ZxCore3D/render/kernels/SpanRunColors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -237,44 +236,6 @@ inline HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int x,
 
 // --- Rows
 
-// The colours of a run. If `floatT`, t is there in single precision only.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    const TRunPixels& run, bool floatT, std::uint64_t shaded,
-                                    std::uint32_t* color) {
-  const DD d;
-  const DU du;
-  if constexpr (kTexels == TTexelSource::None) {
-    if (floatT) {
-      DrawUntexturedColors<kPerspective>(job, slots, row, run, shaded, color);
-      return;
-    }
-  }
-  bool staged = false;
-  HWY_ALIGN std::uint32_t colors[kRun + kLanes];
-  if constexpr (kTexels == TTexelSource::Nearest || kTexels == TTexelSource::Linear) {
-    if (row.HasFloats()) {
-      TexturedColors<kTexels, kPerspective>(job, slots, row, run.Count, shaded, run.Values.T,
-                                            colors);
-      staged = true;
-    }
-  }
-  for (int i = 0; i < run.Count; i += kLanes) {
-    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits == 0) {
-      continue;
-    }
-    const MI live = MaskOfBits(DI(), bits);
-    VU packed = staged ? hn::Load(du, colors + i)
-                       : PackedColors<kTexels, kPerspective>(job, slots, row,
-                                                             hn::Load(d, run.Values.T + i));
-    if (job.Draw.ReadsColor()) {
-      packed = OutputColors(du, job.Draw, packed, LoadLive(du, live, color + i));
-    }
-    StoreLive(du, packed, live, color + i);
-  }
-}
-
 // Whether the colours of a run need t in float alone; constant ones do not need it at all.
 template <TTexelSource kTexels>
 HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& row) {
@@ -294,13 +255,11 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
     tested &= StencilBits(job, stencil);
   }
-  const bool floatT = Meets(job.Counters, UnmetByFloatRun<kTexels>(job, row));
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->Add(floatT                                      ? TKernel::FloatRuns
-                      : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
-                                                                  : TKernel::ExactRuns,
-                      count);
-  }
+  const bool floatT = job.Meets(UnmetByFloatRun<kTexels>(job, row));
+  job.Count(floatT                                      ? TKernel::FloatRuns
+            : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
+                                                        : TKernel::ExactRuns,
+            count);
   TRunPixels run;
   run.X = x;
   run.Count = count;
@@ -327,9 +286,7 @@ template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawLastGroup(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        int x, TRowResult* result) {
   const int count = row.Last - x + 1;
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->Add(TKernel::PartialGroup, count);
-  }
+  job.Count(TKernel::PartialGroup, count);
   RecordGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
                   job, slots, row, ColumnParameter(row, x), count, TargetsAt(job, x, row.Y)),
               x, result);
@@ -339,10 +296,8 @@ template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
                                        const TRow& row) {
   const int pixels = PixelsOf(row);
-  if (kTexels == TTexelSource::None && Meets(job.Counters, UnmetByFill(job, row))) {
-    if (HWY_UNLIKELY(job.Counters != nullptr)) {
-      job.Counters->Add(TKernel::Fill, pixels);
-    }
+  if (kTexels == TTexelSource::None && job.Meets(UnmetByFill(job, row))) {
+    job.Count(TKernel::Fill, pixels);
     FillRow(job, row, TargetsAt(job, row.First, row.Y));
     return {row.Last, row.Last};
   }
@@ -351,14 +306,12 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
     DrawLastGroup<kTexels, kPerspective, kStencil>(job, slots, row, row.First, &result);
     return result;
   }
-  const bool mayRejectRuns = Meets(job.Counters, UnmetByRejection(job));
+  const bool mayRejectRuns = job.Meets(UnmetByRejection(job));
   for (int x = row.First; x <= row.Last; x += kRun) {
     const TGroupTargets to = TargetsAt(job, x, row.Y);
     const int count = row.Last - x + 1 < kRun ? row.Last - x + 1 : kRun;
     if (mayRejectRuns && count == kRun && WholeRunFails(job, row, x, to.Depth)) {
-      if (HWY_UNLIKELY(job.Counters != nullptr)) {
-        job.Counters->Add(TKernel::Rejection, kRun);
-      }
+      job.Count(TKernel::Rejection, kRun);
       result.LastDepthTested = x + kRun - 1;
       continue;
     }

@@ -452,10 +452,10 @@ void TRenderEngine::ResolveFragment() {
   gl.m_VarCount = pending.Count;
   gl.m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
   EDGE edges[3];
-  int longest = 0;
-  SetEdges(pending.Vertex, edges, &longest);
+  int major = 0;
+  SetEdges(pending.Vertex, edges, &major);
   VAR_DATA ends[2];
-  const EDGE* const sides[2] = {&edges[longest], &edges[(longest + pending.MinorEdge) % 3]};
+  const EDGE* const sides[2] = {&edges[major], &edges[(major + pending.MinorEdge) % 3]};
   for (int i = 0; i < 2; ++i) {
     gl.Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
              &ends[i]);

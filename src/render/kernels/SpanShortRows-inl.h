@@ -13,7 +13,6 @@
 #endif
 
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
-#include <ZxCore3D/render/kernels/SpanUntextured-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -141,9 +140,7 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
 
 template <bool kPerspective, bool kConstAlpha>
 HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const TRow& row, int x) {
-  if (HWY_UNLIKELY(job.Counters != nullptr)) {
-    job.Counters->AddUnmet(TCondition::ValuesBytes);
-  }
+  job.Meets(TCondition::ValuesBytes, kLanes);
   return ExactShort<kPerspective, kConstAlpha>(job, place, row, ColumnParameter(row, x));
 }
 
@@ -247,10 +244,10 @@ struct TShortRowKernel {
 };
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
-  if (!Meets(job.Counters, UnmetByShortRows(job, slots))) {
+  if (!job.Meets(UnmetByShortRows(job, slots))) {
     return {};
   }
-  const bool useFloats = Meets(job.Counters, UnmetByFloatShortRows(job));
+  const bool useFloats = job.Meets(UnmetByFloatShortRows(job));
   const int depth = !job.Draw.DepthTest ? 0 : job.Draw.DepthFunc == TCompare::Less ? 1 : 2;
   return {kShortRowKernels[useFloats ? 1 : 0][job.Primitive.Perspective ? 1 : 0]
                           [job.Primitive.ConstMask != 0 ? 1 : 0][depth],

@@ -19,7 +19,7 @@ namespace Zx3D {
 namespace HWY_NAMESPACE {
 
 struct TTexels {
-  VD R, G, B, A;
+  VD Channel[4];
 };
 
 // Whether every value can be truncated to 32 bits, with room for a neighbour.
@@ -56,7 +56,8 @@ HWY_INLINE HWY_ATTR VI WrapIndex(VI i, std::uint32_t mode, std::int32_t n, MI* o
     }
     const VD whole = hn::PromoteTo(d, i);
     const VD sizeD = hn::Set(d, n);
-    // Exact: an index below 2^31 over n is never so near an integer that the quotient rounds to it.
+    // Exact: an index below 2^31 over n is an integer or at least 1 / n from one, which is far more
+    // than rounding moves the quotient.
     const VI times = hn::DemoteTo(di, hn::Div(whole, sizeD));
     const VI rest = hn::Sub(i, hn::Mul(times, size));
     return hn::Add(rest, hn::IfThenElseZero(hn::Lt(i, zero), size));
@@ -86,18 +87,14 @@ template <int kShift> HWY_INLINE HWY_ATTR VD ByteChannel(VU texels) {
 }
 
 // A mask of 32-bit lanes as one of 64-bit lanes.
-HWY_INLINE HWY_ATTR hn::Mask<DD> PromotedMask(MI mask) {
+HWY_INLINE HWY_ATTR MD PromotedMask(MI mask) {
   const VI ones = hn::VecFromMask(DI(), mask);
   return hn::Lt(hn::PromoteTo(DD(), ones), hn::Zero(DD()));
 }
 
-HWY_INLINE HWY_ATTR VD BorderOr(hn::Mask<DD> border, double color, VD texel) {
-  return hn::IfThenElse(border, hn::Set(DD(), color), texel);
-}
-
 HWY_INLINE HWY_ATTR TTexels UnpackTexels(VU packed) {
-  return {ByteChannel<0>(packed), ByteChannel<8>(packed), ByteChannel<16>(packed),
-          ByteChannel<24>(packed)};
+  return {{ByteChannel<0>(packed), ByteChannel<8>(packed), ByteChannel<16>(packed),
+           ByteChannel<24>(packed)}};
 }
 
 HWY_INLINE HWY_ATTR void PutBorder(const TRenderCPU::TTexSampler& sampler, MI outside,
@@ -105,32 +102,29 @@ HWY_INLINE HWY_ATTR void PutBorder(const TRenderCPU::TTexSampler& sampler, MI ou
   if (hn::AllFalse(DI(), outside)) {
     return;
   }
-  const hn::Mask<DD> border = PromotedMask(outside);
-  texels->R = BorderOr(border, sampler.m_BorderColor.x, texels->R);
-  texels->G = BorderOr(border, sampler.m_BorderColor.y, texels->G);
-  texels->B = BorderOr(border, sampler.m_BorderColor.z, texels->B);
-  texels->A = BorderOr(border, sampler.m_BorderColor.w, texels->A);
+  const MD border = PromotedMask(outside);
+  for (std::size_t i = 0; i < 4; ++i) {
+    const VD color = hn::Set(DD(), sampler.m_BorderColor[i]);
+    texels->Channel[i] = hn::IfThenElse(border, color, texels->Channel[i]);
+  }
 }
 
 // The sampler's own function, pixel by pixel.
 HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
-  constexpr std::size_t kMaxLanes = HWY_LANES(double);
-  HWY_ALIGN double at[2][kMaxLanes];
-  HWY_ALIGN double channel[4][kMaxLanes];
+  HWY_ALIGN double at[2][kLanes];
+  HWY_ALIGN double channel[4][kLanes];
   const DD d;
   hn::Store(s, d, at[0]);
   hn::Store(t, d, at[1]);
-  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
-    const vec_t_<double, 4> st = {at[0][i], at[1][i], 0.0, 1.0};
+  for (int i = 0; i < kLanes; ++i) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (sampler->*sampler->m_GetValue)(st, &texel);
-    channel[0][i] = texel.x;
-    channel[1][i] = texel.y;
-    channel[2][i] = texel.z;
-    channel[3][i] = texel.w;
+    (sampler->*sampler->m_GetValue)({at[0][i], at[1][i], 0.0, 1.0}, &texel);
+    for (std::size_t k = 0; k < 4; ++k) {
+      channel[k][i] = texel[k];
+    }
   }
-  return {hn::Load(d, channel[0]), hn::Load(d, channel[1]), hn::Load(d, channel[2]),
-          hn::Load(d, channel[3])};
+  return {{hn::Load(d, channel[0]), hn::Load(d, channel[1]), hn::Load(d, channel[2]),
+           hn::Load(d, channel[3])}};
 }
 
 // --- Nearest
@@ -227,12 +221,11 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s,
     PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideT), &c01);
     PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideT), &c11);
   }
-  const VD fu = at.FractionU;
-  const VD fv = at.FractionV;
-  return {MixVectors(c00.R, c10.R, c01.R, c11.R, fu, fv),
-          MixVectors(c00.G, c10.G, c01.G, c11.G, fu, fv),
-          MixVectors(c00.B, c10.B, c01.B, c11.B, fu, fv),
-          MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
+  for (int i = 0; i < 4; ++i) {
+    c00.Channel[i] = MixVectors(c00.Channel[i], c10.Channel[i], c01.Channel[i], c11.Channel[i],
+                                at.FractionU, at.FractionV);
+  }
+  return c00;
 }
 
 // --- Packed, for float colours

@@ -23,10 +23,8 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
   for (; covered != 0; covered &= covered - 1) {
     const int lane = FirstBit(covered);
     TRow row = rows.At(lane);
-    if (HWY_UNLIKELY(job.Counters != nullptr)) {
-      job.Counters->StartRow();
-    }
-    if (Meets(job.Counters, SetUpRowFloats(job, slots, row, &floats))) {
+    job.StartRow();
+    if (job.Meets(SetUpRowFloats(job, slots, row, &floats))) {
       row.Floats = &floats;
     }
     const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
@@ -62,11 +60,11 @@ inline HWY_ATTR double RowParameter(const TRow& row, int x) {
 
 // Stores the result for the fragment record. Rows that were replaced meanwhile are set up again.
 inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
-                                      const TLastPixels& last, int made, TRows* rows) {
+                                      const TLastPixels& last, int current, TRows* rows) {
   const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
-    if (made != pixel.Start) {
+    if (current != pixel.Start) {
       SetUpRows(*job, slots, plan, pixel.Start, 0, rows);
-      made = pixel.Start;
+      current = pixel.Start;
     }
     return rows->At(pixel.Lane);
   };
@@ -87,11 +85,11 @@ inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, con
   }
 }
 
-inline void CountShortRows(const TRows& rows, std::uint64_t covered, TKernel kernel,
-                           TKernelCounters* counters) {
+inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t covered,
+                           TKernel kernel) {
   for (; covered != 0; covered &= covered - 1) {
-    counters->StartRow();
-    counters->Add(kernel, PixelsOf(rows.At(FirstBit(covered))));
+    job.StartRow();
+    job.Count(kernel, PixelsOf(rows.At(FirstBit(covered))));
   }
 }
 
@@ -108,10 +106,10 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   const TShortRowKernel shortRows = ChooseShortRowKernel(*job, slots);
   TRows rows;
   TLastPixels last;
-  int made = -1;
+  int current = -1;
   for (int start = 0; start < count; start += kLanes) {
     const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.Pixels, &rows);
-    made = start;
+    current = start;
     if (live.Crossed != 0) {
       job->Result.YSet = true;
       job->Result.Y = rows.Y[LastBit(live.Crossed)];
@@ -121,14 +119,14 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     }
     if (shortRows.Draw != nullptr && live.Long == 0) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
-        CountShortRows(rows, live.Covered, shortRows.Kernel, job->Counters);
+        CountShortRows(*job, rows, live.Covered, shortRows.Kernel);
       }
       shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
     } else {
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
   }
-  RecordLastPixels(job, slots, plan, last, made, &rows);
+  RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
 } // namespace HWY_NAMESPACE

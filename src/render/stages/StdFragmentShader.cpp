@@ -25,6 +25,11 @@ static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
   return static_cast<unsigned int>(slot) < 8 ? v.Slots[slot] : kZero;
 }
 
+//   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
+//   color = clamp(texel)                           with GL_REPLACE
+//   color = clamp(primary + secondary)             without a texture
+//
+// The secondary colour has no alpha, and takes part with lighting only.
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
   const bool front = f->FrontFacing;
