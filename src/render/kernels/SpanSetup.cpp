@@ -377,11 +377,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
 
 void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   job->Primitive.RecordColor = DrawJob == nullptr;
-  job->Result.Clear();
-  job->Counters = ActiveKernelCounters();
-  if (job->Counters != nullptr) {
-    job->Counters->StartPrimitive();
-  }
+  job->StartPrimitive();
   GetSpanKernels()->DrawTriangle(job);
 
   const TSpanResult& result = job->Result;
@@ -421,11 +417,7 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
 }
 
 void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
-  job->Result.Clear();
-  job->Counters = ActiveKernelCounters();
-  if (job->Counters != nullptr) {
-    job->Counters->StartPrimitive();
-  }
+  job->StartPrimitive();
   GetSpanKernels()->DrawLine(job, walk);
   const TSpanResult& result = job->Result;
   if (result.DepthSet) {
