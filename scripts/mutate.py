@@ -63,7 +63,7 @@ def mutants(path):
                 new = repr(float(m.group(1)) * 1.0625 + (0.0625 if float(m.group(1)) == 0 else 0)) + m.group(2)
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         for m in ARGUMENTS.finditer(code):
-            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for"):
+            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", "min", "max", "swap"):
                 new = f"{m.group(1)}({m.group(3)}, {m.group(2)})"
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         if STATEMENT.match(code):

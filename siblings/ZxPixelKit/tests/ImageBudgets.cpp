@@ -118,6 +118,22 @@ TEST(ImageBudget, APngMayBeWiderThanAMillion) {
   EXPECT_EQ(high.Surface.Data[0], 0);
 }
 
+// The decoder itself would take such a header for a packed picture's, of which a byte may hold 64
+// pixels.
+TEST(ImageBudget, AnUnpackedTgaNeedsAllItsBytes) {
+  const std::size_t size = std::size_t{4000} * 4000 * 3;
+  TBytes tga = TgaHeader(2, 4000, 4000, 24, 0) + TBytes(size / 64, 1);
+  {
+    const TLargestAllocation watch;
+    EXPECT_EQ(ReasonOf(tga), "ends inside its picture");
+    EXPECT_LT(watch.Get(), 2 * tga.size());
+  }
+  tga.resize(18 + size - 1, 1);
+  EXPECT_EQ(ReasonOf(tga), "ends inside its picture");
+  tga.resize(18 + size, 1);
+  EXPECT_EQ(ReasonOf(tga), "loads");
+}
+
 // Numbers that 32 bits would wrap to a small one.
 TEST(ImageBudget, NumbersOfAPnmDoNotWrap) {
   constexpr char kNonsense[] = "has a header that makes no sense";
