@@ -13,12 +13,7 @@ namespace Zx3D {
 class TProgramCPU;
 class TVertexShaderCPU;
 class TFragmentShaderCPU;
-struct TSpanJob;
-struct TLineWalk;
-struct TPointBatch;
-struct TArrayDraw;
-struct TBatchDraw;
-struct TIndexedDraw;
+struct TRenderEngine;
 
 /// The render context: the state machine of the drawing interface, the owner of the surfaces it
 /// draws into, and the pipeline from vertex to pixel, all in plain code on the caller's thread.
@@ -29,7 +24,11 @@ struct TIndexedDraw;
 ///
 /// The object is large, since all scratch of the drawing path is a member: drawing allocates
 /// nothing. Data members are public for the shaders that callers write; change them through the
-/// operations.
+/// operations. Their order and sizes are part of what a host is compiled against.
+///
+/// In this order: the records that the pipeline passes on, life and surfaces, the drawing
+/// interface as TZxGL.h describes it, operations of this class alone by group, the steps of the
+/// pipeline, and the state as data members.
 class ZX_CORE3D_API TRenderCPU : public TRenderBase {
 public:
   // --- Records
@@ -295,8 +294,12 @@ public:
 
   // --- Life
 
+  /// A context with all defaults, not created: its state can be set, and it draws nothing. Throws
+  /// `std::bad_alloc` if memory is exhausted.
   TRenderCPU();
   ~TRenderCPU() override;
+  TRenderCPU(const TRenderCPU&) = delete;
+  TRenderCPU& operator=(const TRenderCPU&) = delete;
 
   /// Makes the surfaces, `width` by `height` pixels, all bytes 0, and installs the standard
   /// shaders. `share`, if not null, is a context whose textures this one is to share. False,
@@ -826,7 +829,11 @@ public:
   void _ReadPixels_RGBAub_RGBAub(int x, int y, int width, int height, void* pixels);
 
   // --- State
+  //
+  // "Stored only" is what can be read back and changes no pixel.
 
+  /// \name Switches and what the stages of a fragment read
+  /// \{
   bool m_Created = false;                 ///< between `Create` and `Destroy`
   bool m_ReservedFlag = false;            ///< kept by the attribute stack, read by nothing else
   bool m_DepthMask = true;                ///< `DepthMask`
@@ -867,18 +874,30 @@ public:
   std::uint8_t m_ColorMask = 15;                 ///< bit 0 red to bit 3 alpha
   bool m_InBeginEnd = false;                     ///< between `Begin` and `End`
   std::uint32_t m_MatrixMode;                    ///< `MatrixMode`, unchecked
-  int m_Width = 0;                               ///< of the surfaces, and of the viewport
-  int m_Height = 0;                              ///< likewise
-  unsigned char m_ClearColor[4] = {0, 0, 0, 0};  ///< red, green, blue, alpha
-  float m_ClearDepth = 1.0f;                     ///< unclamped
-  unsigned char m_ClearStencil = 0;              ///< what `Clear` writes
-  TZxGLSurface* m_CurrentSurface = nullptr;      ///< not owned
-  TFrameBuffer* m_FrameBuffer = nullptr;         ///< owned
-  TDataSurface* m_ColorSurface = nullptr;        ///< the frame buffer's, or a bound one
-  TDataSurface* m_DepthSurface = nullptr;        ///< the frame buffer's
-  TDataSurface* m_StencilSurface = nullptr;      ///< the frame buffer's
-  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF;    ///< all ones outside `Begin` and `End`
-  std::uint32_t m_ShadeModel;                    ///< always `GL_SMOOTH`
+  /// \}
+
+  /// \name Surfaces and what clears them
+  /// \{
+  int m_Width = 0;                              ///< of the surfaces, and of the viewport
+  int m_Height = 0;                             ///< likewise
+  unsigned char m_ClearColor[4] = {0, 0, 0, 0}; ///< red, green, blue, alpha
+  float m_ClearDepth = 1.0f;                    ///< unclamped
+  unsigned char m_ClearStencil = 0;             ///< what `Clear` writes
+  TZxGLSurface* m_CurrentSurface = nullptr;     ///< not owned
+  TFrameBuffer* m_FrameBuffer = nullptr;        ///< owned
+  TDataSurface* m_ColorSurface = nullptr;       ///< the frame buffer's, or a bound one
+  TDataSurface* m_DepthSurface = nullptr;       ///< the frame buffer's
+  TDataSurface* m_StencilSurface = nullptr;     ///< the frame buffer's
+  /// \}
+
+  /// \name Mode of the primitive, and shading
+  /// \{
+  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF; ///< all ones outside `Begin` and `End`
+  std::uint32_t m_ShadeModel;                 ///< always `GL_SMOOTH`
+  /// \}
+
+  /// \name Uniforms and current values
+  /// \{
   vec_t_<double, 4> m_Uniforms[32] = {}; ///< cells of 32 bytes; integers stand raw at the start
 
   vec_t_<double, 4> m_CurAttrib[8] = {};          ///< the generic attributes
@@ -886,37 +905,55 @@ public:
   vec_t_<double, 4> m_CurNormal = {0, 0, 0, 0};   ///< x, y, z; w is 0
   vec_t_<double, 4> m_CurColor = {1, 1, 1, 1};    ///< unclamped
   vec_t_<double, 4> m_CurTexCoord = {0, 0, 0, 0}; ///< s, t, r, q
-  TVertexAttribPointer m_VertexPointer = {};      ///< the classic array of positions
-  TVertexAttribPointer m_NormalPointer = {};      ///< that of normals
-  TVertexAttribPointer m_ColorPointer = {};       ///< that of colours
-  TVertexAttribPointer m_TexCoordPointer = {};    ///< that of texture coordinates
+  /// \}
 
-  VAR_DATA m_VarEdgeA = {};    ///< the values on the two edges at the current row
-  VAR_DATA m_VarEdgeB = {};    ///< the same on the other edge
+  /// \name The classic arrays
+  /// \{
+  TVertexAttribPointer m_VertexPointer = {};   ///< the classic array of positions
+  TVertexAttribPointer m_NormalPointer = {};   ///< that of normals
+  TVertexAttribPointer m_ColorPointer = {};    ///< that of colours
+  TVertexAttribPointer m_TexCoordPointer = {}; ///< that of texture coordinates
+  /// \}
+
+  /// \name The current primitive: scratch of the pipeline
+  /// \{
+  VAR_DATA m_VarEdgeA = {};    ///< the values on the major edge at the current row
+  VAR_DATA m_VarEdgeB = {};    ///< the same on the minor edge
   VAR_DATA m_VarFragment = {}; ///< the values at the fragment
-  EDGE m_Edges[3] = {};        ///< of the triangle at hand
-  EDGE m_Span = {};            ///< of the row, or the line, at hand
+  EDGE m_Edges[3] = {};        ///< of the current triangle
+  EDGE m_Span = {};            ///< the current row or line
   VAR_DATA m_VarSaved[4] = {}; ///< copies that survive clipping
   VAR_DATA m_VarCur[4] = {};   ///< the primitive being assembled
   int m_StripIndex = -1;       ///< ring position of a triangle strip
   int m_VertexIndex = -1;      ///< number of the last vertex since `Begin`
   int m_Pending = 0;           ///< how many records of `m_VarCur` are filled
+  /// \}
 
   /// \name The slot table: filled by the vertex shader's `Begin`. -1 is no slot.
   /// \{
-  int m_VarPosition = 0;
-  int m_VarColor = 0;
-  int m_VarSecondary = -1;
-  int m_VarBackColor = -1;
-  int m_VarBackSecondary = -1;
-  int m_VarTexCoord = -1;
-  int m_VarCount = 0;
+  int m_VarPosition = 0;       ///< always slot 0
+  int m_VarColor = 0;          ///< primary colour of the front
+  int m_VarSecondary = -1;     ///< secondary colour of the front
+  int m_VarBackColor = -1;     ///< primary colour of the back; -1: that of the front
+  int m_VarBackSecondary = -1; ///< secondary colour of the back; -1: that of the front
+  int m_VarTexCoord = -1;      ///< texture coordinate
+  int m_VarCount = 0;          ///< live slots, 1 to 8 while vertices are submitted
   /// \}
 
-  FS_DATA m_Fragment;                    ///< the one record of all fragments
-  MAT4<double> m_ModelView;              ///< the model-view matrix
-  MAT4<double> m_Projection;             ///< the projection
-  MAT4<double> m_ModelViewProjection;    ///< their product, kept up to date
+  /// \name The current fragment
+  /// \{
+  FS_DATA m_Fragment; ///< the one record of all fragments
+  /// \}
+
+  /// \name Matrices
+  /// \{
+  MAT4<double> m_ModelView;           ///< the model-view matrix
+  MAT4<double> m_Projection;          ///< the projection
+  MAT4<double> m_ModelViewProjection; ///< their product, kept up to date
+  /// \}
+
+  /// \name Fog, materials and lights
+  /// \{
   TFog m_Fog;                            ///< stored only
   std::uint32_t m_ColorMaterialFace;     ///< `ColorMaterial`, unchecked
   std::uint32_t m_ColorMaterialMode;     ///< likewise
@@ -929,11 +966,19 @@ public:
   vec_t_<double, 4> m_LightModelAmbient = {0.2, 0.2, 0.2, 1.0}; ///< light without a source
   TLight m_Lights[8];                                           ///< `GL_LIGHT0` to `GL_LIGHT7`
   int m_EnabledLights[8] = {};                                  ///< rebuilt by `Begin`, ascending
-  std::int32_t m_ActiveTexture = 0;                             ///< the unit that calls act on
-  TTexUnit m_TexUnits[8];                                       ///< `GL_TEXTURE0` to `GL_TEXTURE7`
-  TVertexArray* m_DefaultVertexArray = nullptr;                 ///< owned
-  TVertexArray* m_VertexArray = nullptr;                        ///< the current one
-  std::uint32_t m_VertexArrayBinding = 0;                       ///< its name; 0 for the default one
+  /// \}
+
+  /// \name Texture units
+  /// \{
+  std::int32_t m_ActiveTexture = 0; ///< the unit that calls act on
+  TTexUnit m_TexUnits[8];           ///< `GL_TEXTURE0` to `GL_TEXTURE7`
+  /// \}
+
+  /// \name Array objects, buffers and stacks
+  /// \{
+  TVertexArray* m_DefaultVertexArray = nullptr; ///< owned
+  TVertexArray* m_VertexArray = nullptr;        ///< the current one
+  std::uint32_t m_VertexArrayBinding = 0;       ///< its name; 0 for the default one
   std::uint32_t m_BufferBindings[6] = {}; ///< array, element array, pack, unpack, atomic, storage
   std::vector<MAT4<double>> m_ModelViewStack;    ///< saved by `PushMatrix`
   std::vector<MAT4<double>> m_ProjectionStack;   ///< likewise
@@ -941,23 +986,30 @@ public:
   std::vector<TVertexArray> m_ClientAttribStack; ///< saved by `PushClientAttrib`
   std::vector<TVertexArray*> m_VertexArrays;     ///< name n is entry n - 1
   std::vector<TBuffer*> m_Buffers;               ///< name n is entry n - 1
-
-  /// \name One reference held on each.
-  /// \{
-  TVertexShaderCPU* m_StdVertexShader = nullptr;
-  TFragmentShaderCPU* m_StdFragmentShader = nullptr;
-  TVertexShaderCPU* m_VertexShader = nullptr;
-  TFragmentShaderCPU* m_FragmentShader = nullptr;
-  TProgramCPU* m_Program = nullptr;
-  TProgramCPU* m_DefaultProgram = nullptr;
   /// \}
 
-  DATASURFACE* m_DrawBuffer = nullptr;          ///< not owned
-  TPixelWrite m_PixelWrite = nullptr;           ///< the draw buffer's writer; null: no draw buffer
-  TDepthCompare m_DepthCompare;                 ///< the comparison in force
-  std::uint32_t m_DepthFunc;                    ///< as it was last given
-  TPixelStore m_PixelPack;                      ///< of `ReadPixels`
-  TPixelStore m_PixelUnpack;                    ///< of `DrawPixels`
+  /// \name Shaders and programs, one reference held on each
+  /// \{
+  TVertexShaderCPU* m_StdVertexShader = nullptr;     ///< made by `Create`
+  TFragmentShaderCPU* m_StdFragmentShader = nullptr; ///< made by `Create`
+  TVertexShaderCPU* m_VertexShader = nullptr;        ///< what vertices run
+  TFragmentShaderCPU* m_FragmentShader = nullptr;    ///< what fragments run
+  TProgramCPU* m_Program = nullptr;                  ///< the installed program
+  TProgramCPU* m_DefaultProgram = nullptr;           ///< of the two standard shaders
+  /// \}
+
+  /// \name Draw buffer, depth comparison and pixel transfer
+  /// \{
+  DATASURFACE* m_DrawBuffer = nullptr; ///< not owned
+  TPixelWrite m_PixelWrite = nullptr;  ///< the draw buffer's writer; null: no draw buffer
+  TDepthCompare m_DepthCompare;        ///< the comparison in force
+  std::uint32_t m_DepthFunc;           ///< as it was last given
+  TPixelStore m_PixelPack;             ///< of `ReadPixels`
+  TPixelStore m_PixelUnpack;           ///< of `DrawPixels`
+  /// \}
+
+  /// \name Errors, positions and what a vertex calls
+  /// \{
   std::uint32_t m_Error = 0;                    ///< what `GetError` will return
   vec_t_<double, 4> m_RasterPos = {0, 0, 0, 0}; ///< stored only
   vec_t_<int, 2> m_WindowPos = {0, 0};          ///< lower left corner of `DrawPixels`, in pixels
@@ -968,198 +1020,10 @@ public:
   TDebugCallback m_DebugCallback = nullptr;                    ///< told of each error
   void* m_DebugUserParam = nullptr;                            ///< handed to it; not owned
   bool m_DebugOutput = false;                                  ///< `GL_DEBUG_OUTPUT`
+  /// \}
 
 private:
-  /// Where the pixels of a surface are.
-  struct TTarget {
-    unsigned char* Data;
-    std::ptrdiff_t PixelStride;
-    std::ptrdiff_t RowStride;
-    std::ptrdiff_t Step;      ///< bytes from pixel to pixel within a span
-    std::ptrdiff_t WriteSize; ///< bytes that a pixel's write touches
-    std::ptrdiff_t Size;      ///< bytes of the block
-    bool Fits;                ///< every pixel of the context lies inside the block
-  };
-
-  /// What drawing goes to, measured whenever a primitive finds a surface's record changed: an owner
-  /// may exchange the pixels of a surface at any time.
-  struct TTargets {
-    const DATASURFACE* Surfaces[3]; ///< colour, depth, stencil
-    DATASURFACE Records[3];         ///< as they were measured
-    TTarget Color;
-    TTarget Depth;
-    TTarget Stencil;
-    bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
-  };
-
-  void _ForgetOwnSurfaces();
-  void _ForgetTarget(const TDataSurface* surface);
-  void _MeasureTargets();
-  bool _RefreshTargets();
-  bool _RefreshState();
-  static unsigned char* _TargetPixel(const TTarget& target, int x, int y);
-  int _TargetEnd(const TTarget& target, int x, int y) const;
-  bool _TextureIsTarget() const;
-  void _WriteColor(unsigned char* dst, const vec_t_<double, 4>& color);
-  void _WriteBytes(unsigned char* dst, const unsigned char* bytes);
-
-  struct TMatrixTarget {
-    MAT4<double>* Matrix;
-    std::vector<MAT4<double>>* Stack;
-    bool Transform; ///< modelview or projection: the product depends on it
-  };
-
-  bool _MatrixTarget(TMatrixTarget* out);
-  void _RefreshModelViewProjection();
-  TTexUnit* _ActiveTexUnit();
-
-  /// The texture that `BindTexture` gave to a unit, and the image that the sampler was set for.
-  struct TTextureBinding {
-    TTextureHold* Hold = nullptr; ///< one count held; null if none
-    std::int32_t Width = 0;
-    std::int32_t Height = 0;
-    DATA_TYPE Type = DATA_TYPE_NONE;
-    std::uint8_t Channels = 0;
-    bool HasPixels = false;
-
-    void Note(const DATASURFACE& surface) {
-      Width = surface.Width;
-      Height = surface.Height;
-      Type = surface.Type;
-      Channels = surface.Channels;
-      HasPixels = surface.Data != nullptr;
-    }
-    bool Describes(const DATASURFACE& surface) const {
-      return Width == surface.Width && Height == surface.Height && Type == surface.Type &&
-             Channels == surface.Channels && HasPixels == (surface.Data != nullptr);
-    }
-  };
-
-  bool _RefreshTextures();
-  void _AdoptTextures(TTextureTable* table);
-  void _NoteTextureChange();
-  void _DropBinding(int unit);
-  void _UnbindTexture(const TDataSurface* surface);
-  TDataSurface* _BoundTexture();
-  bool _MayChangeTexture(unsigned int target);
-  void _SetLightValue(TLight* light, unsigned int pname, float v);
-  void _SetLightModelFlag(unsigned int pname, bool on);
-  void _SetFogValue(unsigned int pname, float v);
-  void _SetTexParameter(unsigned int target, unsigned int pname, int v);
-  void _SetClearColor(const vec_t_<double, 4>& color);
-  void _SetNormal(double x, double y, double z);
-  void _UpdateSamplersOf(const TDataSurface* surface);
-  void _SetUniform(int location, const double* values, int count);
-  void _SetUniform(int location, const float* values, int count);
-  void _SetUniform(int location, const std::int32_t* values, int count);
-  void _SetAttrib(int index, const vec_t_<double, 4>& value);
-  void _Submit(double x, double y, double z, double w);
-  void _ShadeVertex();
-  void _AssemblePoint();
-  void _AssembleLine();
-  void _AssembleLineStrip();
-  void _AssembleLineLoop();
-  void _AssembleTriangle();
-  void _AssembleTriangleStrip();
-  void _AssembleTriangleFan();
-  void _AssembleQuad();
-  void _SetDelta(EDGE* e);
-  void _ScaleSlots(VAR_DATA* v, double r);
-  bool _IsCulled(bool front) const;
-  void _InterpolateFragment(const EDGE& e, double t);
-  bool _PassesStencil(unsigned char* stencil);
-  bool _PassesDepth(const unsigned char* depth, float fragment, unsigned char* stencil);
-  void _RunStencil(TStencilFunction operation, unsigned char* stencil);
-  unsigned char* _DepthPixel(int x, int y) const;
-  unsigned char* _StencilPixel(int x, int y) const;
-  void _FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil);
-  bool _IsLinePixel(int x, int y) const;
-  void _DrawLinePixel(int x, int y, double t);
-  void _WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
-  bool _MakeDefaultProgram();
-  void _AdoptSurfaces();
-  TLight* _LightOf(unsigned int light);
-  TBuffer* _BufferOf(unsigned int target);
-  void _DrawPixelRow(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
-                     std::ptrdiff_t toStep, std::ptrdiff_t count);
-  bool _GetFragmentInteger(unsigned int pname, int* out) const;
-  bool _GetSurfaceInteger(unsigned int pname, int* out) const;
-  bool _GetArrayInteger(unsigned int pname, int* out);
-  int _GetDoubles(unsigned int pname, double* out);
-  void _SetBufferData(TBuffer* buffer, long size, const void* data, unsigned int usage);
-  void _SetBufferSubData(TBuffer* buffer, long offset, long size, const void* data);
-  TVertexAttribPointer* _GenericArray(unsigned int index);
-  TVertexAttribPointer* _ClassicArray(unsigned int array);
-  template <class TElementOf>
-  void _Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
-  template <class TElementOf>
-  void _ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
-                       TElementOf elementOf);
-  std::uint64_t _NextDraw();
-  void _ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
-  void _ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
-  void _LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
-                   VAR_DATA* record);
-  std::size_t _CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
-  template <class TElementOf>
-  int _ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
-  int _ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void _ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
-  void _ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
-  const vec_t_<double, 4>* _PointColors(TBatchDraw* draw, int count);
-  void _DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
-  void _DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
-  void _ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
-  bool _MayReplayDirectly() const;
-  TBuffer* _BufferNamed(unsigned int id);
-
-  /// What `m_VarFragment` is to hold after a triangle that was drawn many pixels at a time: worked
-  /// out when something can read it.
-  struct TDeferredFragment {
-    bool Set = false;
-    bool Perspective = false;
-    bool Shade = false; ///< the colour is to be worked out as well
-    bool Front = false;
-    int Count = 0;
-    int X = 0;
-    int Y = 0;
-    int Half = 0;
-    VAR_DATA Vertex[3] = {};
-  };
-
-  bool _SetUpJob(TSpanJob* job) const;
-  bool _SetUpDraw(TSpanJob* job) const;
-  bool _SetUpPrimitive(TSpanJob* job) const;
-  bool _SetUpTargets(TSpanJob* job) const;
-  bool _SetUpDepthStencil(TSpanJob* job) const;
-  bool _SetUpColors(TSpanJob* job) const;
-  void _DrawEdges(VAR_DATA* v);
-  void _RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
-  void _RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void _DrawLine(VAR_DATA* v, TSpanJob* drawJob);
-  void _WalkLine(const TLineWalk& walk);
-  bool _ClipWalk(TLineWalk* walk);
-  void _ResolveFragment();
-  void _SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
-
-  /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
-  /// shaded again. Made by `Create`.
-  struct TVertexCache {
-    static constexpr std::size_t kSize = 1024;
-
-    std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
-    VAR_DATA Vertices[kSize];
-    std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
-    std::uint32_t Draw;
-  };
-
-  TVertexHandler m_Assemble = &TRenderCPU::UnknownVertex; ///< of the mode, behind its shading
-  TVertexCache* m_VertexCache = nullptr;
-  TTargets m_Targets = {};
-  TTextureBinding m_TextureBindings[8];
-  std::uint64_t m_TextureChanges = 0; ///< of the table, up to which the bindings are looked after
-  TDeferredFragment m_DeferredFragment;
-  TSpanJob* m_DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+  TRenderEngine* m_Engine; ///< owned: what drawing needs and no host sees
 };
 
 } // namespace Zx3D

@@ -3,6 +3,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdint>
+#include <new>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -93,6 +94,34 @@ TEST(Allocations, NorDoArrays) {
   s->DrawElements(GL_TRIANGLES, 6, GL_UNSIGNED_SHORT, indices);
   EXPECT_EQ(0u, watch.Allocations());
   EXPECT_EQ(64 * 48, s.Painted());
+}
+
+// A context that can't be made throws, and nothing of it is kept.
+TEST(Allocations, ConstructionFailsAtEachOfItsOwn) {
+  if (!kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc for itself";
+  }
+  std::vector<std::uint64_t> memory(sizeof(TRenderCPU) / 8);
+  unsigned long failAt = 1;
+  for (bool failed = true; failed; ++failAt) {
+    TRenderCPU* made = nullptr;
+    bool thrown = false;
+    const TMallocWatch watch(failAt);
+    try {
+      made = new (memory.data()) TRenderCPU;
+    } catch (const std::bad_alloc&) {
+      thrown = true;
+    }
+    failed = watch.Failed();
+    const long kept = watch.LiveBlocks();
+    EXPECT_EQ(failed, thrown) << failAt;
+    if (made != nullptr) {
+      made->~TRenderCPU();
+    } else {
+      EXPECT_EQ(0, kept) << failAt;
+    }
+  }
+  EXPECT_GE(failAt, 4u); // the engine, the default vertex array and the context's surface
 }
 
 // Whichever allocation fails, nothing is thrown, nothing is kept, and the next try succeeds.

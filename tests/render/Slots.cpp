@@ -441,23 +441,4 @@ TEST(Slots, OfShaders) {
   EXPECT_EQ(9u, SlotOf(&TFragmentShaderCPU::IsCalcDepth));
 }
 
-TEST(Slots, RecordsKeepTheirFieldsInOrder) {
-  EXPECT_EQ(8u * 32u, sizeof(TRenderCPU::VAR_DATA));
-
-  using TFragment = TRenderCPU::FS_DATA;
-  EXPECT_EQ(0u, offsetof(TFragment, Color));
-  EXPECT_EQ(32u, offsetof(TFragment, X));
-  EXPECT_EQ(36u, offsetof(TFragment, Y));
-  EXPECT_EQ(40u, offsetof(TFragment, FrontFacing));
-  EXPECT_EQ(44u, offsetof(TFragment, Depth));
-
-  using TEdge = TRenderCPU::EDGE;
-  EXPECT_EQ(0u, offsetof(TEdge, Begin));
-  EXPECT_EQ(8u, offsetof(TEdge, End));
-  EXPECT_EQ(16u, offsetof(TEdge, Delta));
-
-  EXPECT_EQ(32u * 32u, sizeof(TRenderCPU::m_Uniforms));
-  EXPECT_EQ(8u * 32u, sizeof(TRenderCPU::m_CurAttrib));
-}
-
 } // namespace

@@ -1,13 +1,19 @@
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/common/Channels.h>
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -15,8 +21,6 @@ namespace {
 
 using TPointer = TRenderCPU::TVertexAttribPointer;
 using TVec4 = vec_t_<double, 4>;
-
-constexpr int kAllPlanes = 6; // as the number of the plane to clip by from on: none
 
 // --- Fetching many
 
@@ -117,7 +121,7 @@ struct TBatchDraw {
     return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
   }
 
-  // The other values of the batch, once something of it is seen.
+  // The other values of the batch, fetched when the first of its shapes is drawn.
   void FetchValues() {
     if (Fetched) {
       return;
@@ -132,59 +136,59 @@ struct TBatchDraw {
 };
 
 // Fills a record with a vertex of the batch, as the shader does.
-void TRenderCPU::_ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  VAR_DATA& record = m_VarCur[corner];
-  if (m_Lighting || !inside) {
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
+  VAR_DATA& record = gl.m_VarCur[corner];
+  if (gl.m_Lighting || !inside) {
     for (int i = 0; i < 3; ++i) {
       *draw->Current[i] = draw->ValueOf(i, vertex);
     }
     const TPointer* const position = draw->Position.Pointer;
-    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &m_CurVertex);
-    ShadeVertex(this, &record, draw->Lighting);
+    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &gl.m_CurVertex);
+    ShadeVertex(&gl, &record, draw->Lighting);
     return;
   }
   const TVertexBatch& batch = draw->Batch;
   const int at = corner * batch.Pitch + shape;
   record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[m_VarColor] = draw->ValueOf(1, vertex);
-  if (m_TexUnits[0].TexEnabled) {
-    record.Slots[m_VarTexCoord] = draw->ValueOf(2, vertex);
+  record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+  if (gl.m_TexUnits[0].TexEnabled) {
+    record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
   }
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderCPU::_DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
-                              bool inside) {
+void TRenderEngine::DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
+                                bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
-    _ShadeBatched(draw, shape * corners + c, c, shape, inside);
+    ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
-  const int plane = inside ? kAllPlanes : 0;
+  const int plane = inside ? kClipPlanes : 0;
   switch (corners) {
   case 2:
     if (inside) {
-      _DrawLine(m_VarCur, drawJob);
+      DrawLine(gl.m_VarCur, drawJob);
     } else {
-      ClipAndRasterizeLine(m_VarCur, 0);
+      gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
     }
     break;
   case 3:
-    ClipAndRasterizeTriangle(m_VarCur, plane);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, plane);
     break;
   default:
-    m_Pending = 4;
-    _AssembleQuad();
+    gl.m_Pending = 4;
+    AssembleQuad();
     break;
   }
 }
 
 // The shapes of one batch.
-void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
+void TRenderEngine::ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
-  kernels.TransformBatch(m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
-  const TCulling culling = {_IsCulled(true), _IsCulled(false), m_FrontFaceCCW};
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
   TShapeClasses b = {0, ~std::uint64_t{0}, 0, 0};
   if (corners == 2) {
@@ -200,59 +204,138 @@ void TRenderCPU::_ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners,
   std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
-  // All that is left of culled pieces is which way the last of them faced.
+  // The only trace of culled shapes is the facing of the last of them in the fragment record.
   std::uint64_t done = 0;
-  const auto leaveCulled = [&](std::uint64_t before) {
+  const auto recordCulled = [&](std::uint64_t before) {
     const std::uint64_t left = culled & before & ~done;
     done = before;
     if (left != 0) {
       const std::uint64_t last = std::uint64_t{1} << (63 - __builtin_clzll(left));
-      m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
+      gl.m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
-    leaveCulled(bit - 1);
-    _DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
+    recordCulled(bit - 1);
+    DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
   }
-  leaveCulled(all);
+  recordCulled(all);
 }
 
 // --- Points
 
-// Colours of a batch of points before they are limited: what the fragment shader takes without a
-// texture.
-const vec_t_<double, 4>* TRenderCPU::_PointColors(TBatchDraw* draw, int count) {
+// Colours of a batch of points before clamping: those of the fragment shader without a texture.
+const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
   draw->FetchValues();
   TVec4* const colors = draw->Vectors[1];
-  if (!m_Lighting) {
+  if (!gl.m_Lighting) {
     if (draw->Values[1].Pointer == nullptr) {
-      std::fill_n(colors, count, m_CurColor);
+      std::fill_n(colors, count, gl.m_CurColor);
     }
     return colors;
   }
-  const bool front = m_Fragment.FrontFacing;
-  const int primary = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
-  const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  const TColorSlots slots = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
   for (int i = 0; i < count; ++i) {
-    _ShadeBatched(draw, i, 0, i, true);
-    const VAR_DATA& v = m_VarCur[0];
-    const TVec4& a = v.Slots[primary];
-    const TVec4& b = v.Slots[secondary];
+    ShadeBatched(draw, i, 0, i, true);
+    const VAR_DATA& v = gl.m_VarCur[0];
+    const TVec4& a = v.Slots[slots.Primary];
+    const TVec4& b = v.Slots[slots.Secondary];
     colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
   }
   return colors;
 }
 
-void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+namespace {
+
+// The record that the last fragments of a batch of points leave.
+struct TLastPoints {
+  int Tested = -1; ///< the last one that came to the depth test
+  int Shaded = -1; ///< the last one that was shaded
+};
+
+// A point whose depth and colour are computed already.
+struct TBatchedPoint {
+  const TRenderCPU& gl;
+  const TPointBatch& Points;
+  TLastPoints* Last;
+  bool Copied; ///< whether the colour write is a mere copy, decided once for the batch
+  unsigned char* Color;
+  int Index;
+
+  float Depth() const { return Points.Depth[Index]; }
+  void SetDepth() { Last->Tested = Index; }
+  bool Shade() {
+    Last->Shaded = Index;
+    return true;
+  }
+  void WriteColor() {
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    if (Copied) {
+      std::memcpy(Color, bytes, kPixelBytes);
+    } else {
+      WriteBytes(gl, Color, bytes);
+    }
+  }
+};
+
+} // namespace
+
+// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
+// are prefetched before the first is drawn.
+void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
+                               const vec_t_<double, 4>* colors) {
+  struct TPixel {
+    int Index;
+    unsigned char* Color;
+    unsigned char* Depth;
+    unsigned char* Stencil;
+  };
+  const bool useDepth = gl.m_DepthTest || gl.m_DepthMask;
+  TPixel pixels[TVertexBatch::kMost];
+  int count = 0;
+  for (int i = 0; i < points.Count; ++i) {
+    const int x = points.X[i];
+    const int y = points.Y[i];
+    if (x < 0) {
+      continue;
+    }
+    unsigned char* const color = job.Color + y * job.ColorRowStride + std::ptrdiff_t{4} * x;
+    pixels[count] = {i, color, useDepth ? DepthPixel(x, y) : nullptr, StencilPixel(x, y)};
+    __builtin_prefetch(pixels[count].Color, 1);
+    if (useDepth) {
+      __builtin_prefetch(pixels[count].Depth, 1);
+    }
+    if (gl.m_StencilTest) {
+      __builtin_prefetch(pixels[count].Stencil, 1);
+    }
+    ++count;
+  }
+  const bool copied = gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr;
+  TLastPoints last;
+  for (int k = 0; k < count; ++k) {
+    const TPixel& pixel = pixels[k];
+    RunFragment(gl, pixel.Depth, pixel.Stencil,
+                TBatchedPoint{gl, points, &last, copied, pixel.Color, pixel.Index});
+  }
+  if (last.Tested >= 0) {
+    gl.m_Fragment.Depth = points.Depth[last.Tested];
+  }
+  if (last.Shaded >= 0) {
+    gl.m_Fragment.X = points.X[last.Shaded];
+    gl.m_Fragment.Y = points.Y[last.Shaded];
+    gl.m_Fragment.Color = Clamped01(colors[last.Shaded]);
+  }
+}
+
+void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
-  kernels.TransformBatch(m_ModelViewProjection.m, count, &draw->Batch);
-  kernels.ProjectPoints(draw->Batch, count, m_Width, m_Height, &points);
-  const TVec4* const colors = _PointColors(draw, count);
+  kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
+  kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
+  const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
-  _DrawPoints(job, points, colors);
+  DrawPoints(job, points, colors);
 }
 
 // --- Replay
@@ -263,12 +346,12 @@ void TRenderCPU::_ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count)
 //
 // A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
-int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
+int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
   TSpanJob job;
-  switch (m_PrimitiveMode) {
+  switch (gl.m_PrimitiveMode) {
   case GL_POINTS:
-    corners = !m_TexUnits[0].TexEnabled && !m_CalcDepth && _SetUpTargets(&job) ? 1 : 0;
+    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth && SetUpTargets(&job) ? 1 : 0;
     break;
   case GL_LINES:
     corners = 2;
@@ -288,23 +371,23 @@ int TRenderCPU::_ReplayBatches(const TArrayDraw& arrays, unsigned long first, in
     return 0;
   }
   TBatchDraw draw;
-  if (!draw.Take(this, arrays)) {
+  if (!draw.Take(&gl, arrays)) {
     return 0;
   }
-  TSpanJob* const drawJob = corners == 2 && _SetUpDraw(&job) ? &job : nullptr;
+  TSpanJob* const drawJob = corners == 2 && SetUpDraw(&job) ? &job : nullptr;
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
     if (corners == 1) {
-      _ReplayPoints(&draw, job, next);
+      ReplayPoints(&draw, job, next);
     } else {
-      _ReplayShapes(&draw, drawJob, corners, next);
+      ReplayShapes(&draw, drawJob, corners, next);
     }
     done += next;
   }
-  m_Pending = 0;
-  m_VertexIndex += shapes * corners;
+  gl.m_Pending = 0;
+  gl.m_VertexIndex += shapes * corners;
   return shapes * corners;
 }
 

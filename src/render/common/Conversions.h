@@ -4,6 +4,8 @@
 #include <cstring>
 #include <limits>
 
+#include <ZxCore3D/types/vec_t_.h>
+
 namespace Zx3D {
 
 /// Truncation towards zero to 32 bits. What does not fit, and a NaN, gives the least integer, on
@@ -26,6 +28,23 @@ inline std::int64_t TruncI64(float value) { return TruncI64(static_cast<double>(
 /// A channel as a byte: the low byte of the truncation of `c * 255 + 0.5`.
 inline unsigned char ByteOf(double c) {
   return static_cast<unsigned char>(TruncI64(c * 255.0 + 0.5));
+}
+
+/// \name A byte as 0 to 1. Each is the rounding of its kind of call: arrays multiply by the double
+/// nearest to 1/255, colours of the current values by the float nearest to it in single precision,
+/// and only what is read back is the quotient.
+/// \{
+inline double UnitOfArrayByte(unsigned char byte) { return byte * 0.00392156862745098; }
+inline double UnitOfColorByte(unsigned char byte) {
+  return static_cast<double>(static_cast<float>(byte) * 0.003921569f);
+}
+inline double UnitOfStoredByte(unsigned char byte) { return byte / 255.0; }
+/// \}
+
+/// Limited to 0 to 1; a NaN stays one.
+inline double Clamped01(double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; }
+inline vec_t_<double, 4> Clamped01(const vec_t_<double, 4>& c) {
+  return {Clamped01(c.x), Clamped01(c.y), Clamped01(c.z), Clamped01(c.w)};
 }
 
 /// \name A float at any address.

@@ -13,6 +13,7 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
 
 namespace Zx3D {
@@ -248,52 +249,52 @@ bool AreUnitTexels(const TSpanJob& job) {
 
 // --- Set-up
 
-bool TRenderCPU::_SetUpTargets(TSpanJob* job) const {
-  const TTarget& target = m_Targets.Color;
-  const TTarget& depth = m_Targets.Depth;
-  const TTarget& stencil = m_Targets.Stencil;
-  if (m_PixelWrite != nullptr || m_DrawBuffer != nullptr || !m_Targets.Kernels ||
-      target.PixelStride != 4 || _TextureIsTarget()) {
+bool TRenderEngine::SetUpTargets(TSpanJob* job) const {
+  const TTarget& target = Targets.Color;
+  const TTarget& depth = Targets.Depth;
+  const TTarget& stencil = Targets.Stencil;
+  if (gl.m_PixelWrite != nullptr || gl.m_DrawBuffer != nullptr || !Targets.Kernels ||
+      target.PixelStride != 4 || TextureIsTarget()) {
     return false;
   }
-  job->Width = m_Width;
-  job->Height = m_Height;
+  job->Width = gl.m_Width;
+  job->Height = gl.m_Height;
   job->Color = target.Data;
   job->ColorRowStride = target.RowStride;
   job->Depth = depth.Data;
   job->DepthRowStride = depth.RowStride;
-  job->Stencil = m_StencilTest ? stencil.Data : nullptr;
+  job->Stencil = gl.m_StencilTest ? stencil.Data : nullptr;
   job->StencilRowStride = stencil.RowStride;
-  job->ColorMask = m_ColorMask;
-  if (m_ColorMask == 15) {
-    job->Blend = m_BlendFunc != nullptr;
-    return !job->Blend || m_BlendFunc == &_Blend_SrcA_1_SrcA_RGBAub;
+  job->ColorMask = gl.m_ColorMask;
+  if (gl.m_ColorMask == 15) {
+    job->Blend = gl.m_BlendFunc != nullptr;
+    return !job->Blend || gl.m_BlendFunc == &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub;
   }
-  job->Blend = m_BlendFuncM != nullptr;
-  return !job->Blend || m_BlendFuncM == &_BlendM_SrcA_1_SrcA_RGBAub;
+  job->Blend = gl.m_BlendFuncM != nullptr;
+  return !job->Blend || gl.m_BlendFuncM == &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub;
 }
 
-bool TRenderCPU::_SetUpDepthStencil(TSpanJob* job) const {
-  const int depthFunc = IndexOf(kDepthCompares, m_DepthCompare);
-  job->DepthTest = m_DepthTest;
-  job->DepthWrite = m_DepthMask;
+bool TRenderEngine::SetUpDepthStencil(TSpanJob* job) const {
+  const int depthFunc = IndexOf(kDepthCompares, gl.m_DepthCompare);
+  job->DepthTest = gl.m_DepthTest;
+  job->DepthWrite = gl.m_DepthMask;
   job->DepthFunc = static_cast<std::uint8_t>(depthFunc);
-  job->AddOffset = m_PolygonOffsetFill;
-  job->Offset = m_PolygonOffsetFactor;
-  if (m_DepthTest && depthFunc < 0) {
+  job->AddOffset = gl.m_PolygonOffsetFill;
+  job->Offset = gl.m_PolygonOffsetFactor;
+  if (gl.m_DepthTest && depthFunc < 0) {
     return false;
   }
-  if (!m_StencilTest) {
+  if (!gl.m_StencilTest) {
     return true;
   }
-  const int func = IndexOf(kStencilCompares, m_StencilCompare);
-  const int fail = StencilStepOf(m_StencilFailOp);
-  const int zfail = StencilStepOf(m_StencilZFailOp);
-  const int zpass = StencilStepOf(m_StencilZPassOp);
+  const int func = IndexOf(kStencilCompares, gl.m_StencilCompare);
+  const int fail = StencilStepOf(gl.m_StencilFailOp);
+  const int zfail = StencilStepOf(gl.m_StencilZFailOp);
+  const int zpass = StencilStepOf(gl.m_StencilZPassOp);
   job->StencilFunc = static_cast<std::uint8_t>(func);
-  job->StencilRef = static_cast<std::uint8_t>(m_StencilRef);
-  job->StencilValueMask = static_cast<std::uint8_t>(m_StencilValueMask);
-  job->StencilWriteMask = static_cast<std::uint8_t>(m_StencilWriteMask);
+  job->StencilRef = static_cast<std::uint8_t>(gl.m_StencilRef);
+  job->StencilValueMask = static_cast<std::uint8_t>(gl.m_StencilValueMask);
+  job->StencilWriteMask = static_cast<std::uint8_t>(gl.m_StencilWriteMask);
   job->StencilFail = static_cast<std::uint8_t>(fail);
   job->StencilZFail = static_cast<std::uint8_t>(zfail);
   job->StencilZPass = static_cast<std::uint8_t>(zpass);
@@ -301,11 +302,11 @@ bool TRenderCPU::_SetUpDepthStencil(TSpanJob* job) const {
 }
 
 // The inputs of the standard fragment shader: slots, texels, constant channels, whether to clamp.
-bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
+bool TRenderEngine::SetUpColors(TSpanJob* job) const {
   const TVertices& v = job->Vertex;
-  const bool front = m_Fragment.FrontFacing;
-  const auto isLive = [this](int slot) { return slot >= 1 && slot < m_VarCount; };
-  job->ColorSlot = front || m_VarBackColor < 0 ? m_VarColor : m_VarBackColor;
+  const bool front = gl.m_Fragment.FrontFacing;
+  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
+  job->ColorSlot = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
   job->SecondarySlot = -1;
   job->TexSlot = -1;
   job->ZeroSecondary = false;
@@ -315,9 +316,9 @@ bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
   job->ConstColor = 0;
   job->ChannelBound = 0.0;
   job->UsesVertexColor = true;
-  const TTexUnit& unit = m_TexUnits[0];
+  const TTexUnit& unit = gl.m_TexUnits[0];
   if (unit.TexEnabled) {
-    job->TexSlot = m_VarTexCoord;
+    job->TexSlot = gl.m_VarTexCoord;
     job->Modulate = unit.TexEnvMode == GL_MODULATE;
     if ((!job->Modulate && unit.TexEnvMode != GL_REPLACE) || !isLive(job->TexSlot) ||
         !SetUpTexels(unit.Sampler, job)) {
@@ -334,8 +335,9 @@ bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
   if (!isLive(job->ColorSlot)) {
     return false;
   }
-  if (m_Lighting) {
-    const int secondary = front || m_VarBackSecondary < 0 ? m_VarSecondary : m_VarBackSecondary;
+  if (gl.m_Lighting) {
+    const int secondary =
+        front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
     if (!isLive(secondary)) {
       return false;
     }
@@ -358,18 +360,18 @@ bool TRenderCPU::_SetUpColors(TSpanJob* job) const {
 }
 
 // Set-up that holds for all primitives of a draw.
-bool TRenderCPU::_SetUpDraw(TSpanJob* job) const {
-  if (m_FragmentShader == nullptr || m_FragmentShader != m_StdFragmentShader || m_CalcDepth ||
-      GetSpanKernels() == nullptr) {
+bool TRenderEngine::SetUpDraw(TSpanJob* job) const {
+  if (gl.m_FragmentShader == nullptr || gl.m_FragmentShader != gl.m_StdFragmentShader ||
+      gl.m_CalcDepth || GetSpanKernels() == nullptr) {
     return false;
   }
-  job->Perspective = m_PerspectiveHint != GL_FASTEST;
-  return _SetUpTargets(job) && _SetUpDepthStencil(job);
+  job->Perspective = gl.m_PerspectiveHint != GL_FASTEST;
+  return SetUpTargets(job) && SetUpDepthStencil(job);
 }
 
 // Set-up of one primitive. `job->Vertex` is set: the slots as they are before perspective prepares
 // them, the position in window coordinates.
-bool TRenderCPU::_SetUpPrimitive(TSpanJob* job) const {
+bool TRenderEngine::SetUpPrimitive(TSpanJob* job) const {
   // Within this range of the window no operation of row set-up can overflow or give a NaN.
   for (const TVec4* const vertex : job->Vertex) {
     if (!(std::fabs(vertex[0].x) < 1e6 && std::fabs(vertex[0].y) < 1e6)) {
@@ -378,99 +380,99 @@ bool TRenderCPU::_SetUpPrimitive(TSpanJob* job) const {
   }
   // With w of 1 throughout, perspective multiplies by 1 and nothing else.
   job->Perspective =
-      m_PerspectiveHint != GL_FASTEST &&
+      gl.m_PerspectiveHint != GL_FASTEST &&
       !(job->Vertex[0][0].w == 1.0 && job->Vertex[1][0].w == 1.0 && job->Vertex[2][0].w == 1.0);
   job->YSet = false;
   job->DepthSet = false;
   job->ColorSet = false;
-  return _SetUpColors(job);
+  return SetUpColors(job);
 }
 
-bool TRenderCPU::_SetUpJob(TSpanJob* job) const { return _SetUpDraw(job) && _SetUpPrimitive(job); }
+bool TRenderEngine::SetUpJob(TSpanJob* job) const { return SetUpDraw(job) && SetUpPrimitive(job); }
 
 // --- Running
 
-void TRenderCPU::_RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
-  job->RecordColor = m_DrawJob == nullptr;
+void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+  job->RecordColor = DrawJob == nullptr;
   GetSpanKernels()->DrawTriangle(job);
 
   if (job->YSet) {
-    m_Fragment.Y = job->Y;
+    gl.m_Fragment.Y = job->Y;
   }
   if (job->DepthSet) {
-    m_Fragment.Depth = job->LastDepth;
+    gl.m_Fragment.Depth = job->LastDepth;
   }
   if (!job->ColorSet) {
     return;
   }
-  m_Fragment.X = job->LastX;
-  TDeferredFragment& pending = m_DeferredFragment;
+  gl.m_Fragment.X = job->LastX;
+  TDeferredFragment& pending = DeferredFragment;
   pending.Set = true;
   // No state changes within an array draw: the colour can wait for the last triangle.
   pending.Shade = !job->RecordColor;
-  pending.Front = m_Fragment.FrontFacing;
+  pending.Front = gl.m_Fragment.FrontFacing;
   if (job->RecordColor) {
-    m_Fragment.Color = job->LastColor;
+    gl.m_Fragment.Color = job->LastColor;
   }
   pending.Perspective = job->Perspective;
-  pending.Count = m_VarCount;
+  pending.Count = gl.m_VarCount;
   pending.X = job->LastX;
   pending.Y = job->LastY;
   pending.Half = job->LastMinorEdge;
   for (int i = 0; i < 3; ++i) {
     // Four slots are all that most states have.
     std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
-    if (m_VarCount > 4) {
-      CopyVar(pending.Vertex[i], v[i]);
+    if (gl.m_VarCount > 4) {
+      gl.CopyVar(pending.Vertex[i], v[i]);
     }
   }
-  if (!m_InBeginEnd || m_VertexShader != m_StdVertexShader) {
-    _ResolveFragment();
+  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
+    ResolveFragment();
   }
 }
 
-void TRenderCPU::_RunLineJob(TSpanJob* job, const TLineWalk& walk) {
+void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
   GetSpanKernels()->DrawLine(job, walk);
   if (job->DepthSet) {
-    m_Fragment.Depth = job->LastDepth;
+    gl.m_Fragment.Depth = job->LastDepth;
   }
   if (job->ColorSet) {
-    m_Fragment.X = job->LastX;
-    m_Fragment.Y = job->LastY;
-    m_Fragment.Color = job->LastColor;
+    gl.m_Fragment.X = job->LastX;
+    gl.m_Fragment.Y = job->LastY;
+    gl.m_Fragment.Color = job->LastColor;
   }
 }
 
 // Computes the slots of the last fragment by the operations of the reference walker.
-void TRenderCPU::_ResolveFragment() {
-  TDeferredFragment& pending = m_DeferredFragment;
+void TRenderEngine::ResolveFragment() {
+  TDeferredFragment& pending = DeferredFragment;
   if (!pending.Set) {
     return;
   }
   pending.Set = false;
-  const int count = m_VarCount;
-  const std::uint32_t hint = m_PerspectiveHint;
-  m_VarCount = pending.Count;
-  m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
+  const int count = gl.m_VarCount;
+  const std::uint32_t hint = gl.m_PerspectiveHint;
+  gl.m_VarCount = pending.Count;
+  gl.m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
   EDGE edges[3];
   int longest = 0;
-  _SetEdges(pending.Vertex, edges, &longest);
+  SetEdges(pending.Vertex, edges, &longest);
   VAR_DATA ends[2];
   const EDGE* const sides[2] = {&edges[longest], &edges[(longest + pending.Half) % 3]};
   for (int i = 0; i < 2; ++i) {
-    Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
-          &ends[i]);
+    gl.Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
+             &ends[i]);
   }
   EDGE span;
-  SetSpan(&span, &ends[0], &ends[1]);
-  _InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
-  m_VarCount = count;
-  m_PerspectiveHint = hint;
+  gl.SetSpan(&span, &ends[0], &ends[1]);
+  InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
+  gl.m_VarCount = count;
+  gl.m_PerspectiveHint = hint;
   if (pending.Shade) {
-    const bool front = m_Fragment.FrontFacing;
-    m_Fragment.FrontFacing = pending.Front;
-    m_FragmentShader->Execute(&m_VarFragment, &m_Fragment);
-    m_Fragment.FrontFacing = front;
+    const bool front = gl.m_Fragment.FrontFacing;
+    gl.m_Fragment.FrontFacing = pending.Front;
+    gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
+    gl.m_Fragment.FrontFacing = front;
   }
 }
 

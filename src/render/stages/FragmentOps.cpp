@@ -6,7 +6,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
-#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
 
 namespace Zx3D {
@@ -134,7 +134,7 @@ static TByte BlendByte(int src, int dst, int alpha) {
 }
 
 void TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub(const void* src, void* dst) {
-  _BlendM_SrcA_1_SrcA_RGBAub(src, dst, 15);
+  _BlendM_SrcA_1_SrcA_RGBAub(src, dst, kAllChannels);
 }
 
 void TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub(const void* src, void* dst, unsigned char mask) {
@@ -169,7 +169,7 @@ void TRenderCPU::EnableBlend(bool on) {
   _UpdateBlendFunc();
 }
 
-// --- The colour write
+// --- Writers of a draw buffer
 
 void SetValue1f(void* dst, const vec_t_<double, 4>& color) {
   const auto red = static_cast<float>(color.x);
@@ -188,40 +188,6 @@ void SetValue4f(void* dst, const vec_t_<double, 4>& color) {
 
 void SetValue4d(void* dst, const vec_t_<double, 4>& color) {
   std::memcpy(dst, &color, sizeof color);
-}
-
-void TRenderCPU::_WriteColor(unsigned char* dst, const vec_t_<double, 4>& color) {
-  if (m_PixelWrite != nullptr) {
-    m_PixelWrite(dst, color);
-    return;
-  }
-  const TByte bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z), ByteOf(color.w)};
-  _WriteBytes(dst, bytes);
-}
-
-// The same for a colour that is bytes already, without a `m_PixelWrite`.
-void TRenderCPU::_WriteBytes(unsigned char* dst, const unsigned char* bytes) {
-  const unsigned char mask = m_ColorMask;
-  if (mask == 0) {
-    return;
-  }
-  if (mask == 15) {
-    if (m_BlendFunc != nullptr) {
-      m_BlendFunc(bytes, dst);
-    } else {
-      std::memcpy(dst, bytes, 4);
-    }
-    return;
-  }
-  if (m_BlendFuncM != nullptr) {
-    m_BlendFuncM(bytes, dst, mask);
-    return;
-  }
-  for (int i = 0; i < 4; ++i) {
-    if ((mask >> i & 1) != 0) {
-      dst[i] = bytes[i];
-    }
-  }
 }
 
 } // namespace Zx3D

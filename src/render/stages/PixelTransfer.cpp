@@ -10,6 +10,7 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
@@ -129,7 +130,7 @@ bool IsRGBAub(const TDataSurface* surface) {
          surface->Format == DATA_FORMAT_RGBA && surface->PixelStride >= 4;
 }
 
-// One after the other: a caller may hand in the pixels that are drawn into.
+// Pixel by pixel, in order: source and destination may be one surface.
 void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
                 std::ptrdiff_t toStep, std::ptrdiff_t count) {
   const auto apart = static_cast<std::size_t>(
@@ -150,28 +151,14 @@ void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned cha
 // --- Draw
 
 // One row with the colour mask and the blending in force.
-void TRenderCPU::_DrawPixelRow(const unsigned char* from, std::ptrdiff_t fromStep,
-                               unsigned char* to, std::ptrdiff_t toStep, std::ptrdiff_t count) {
-  const unsigned char mask = m_ColorMask;
-  if (mask == 0) {
-    return;
-  }
-  if (mask == 15 && m_BlendFunc == nullptr) {
+static void DrawPixelRow(const TRenderCPU& gl, const unsigned char* from, std::ptrdiff_t fromStep,
+                         unsigned char* to, std::ptrdiff_t toStep, std::ptrdiff_t count) {
+  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
     CopyPixels(from, fromStep, to, toStep, count);
     return;
   }
   for (; count > 0; --count) {
-    if (mask == 15) {
-      m_BlendFunc(from, to);
-    } else if (m_BlendFuncM != nullptr) {
-      m_BlendFuncM(from, to, mask);
-    } else {
-      for (int i = 0; i < 4; ++i) {
-        if ((mask >> i & 1) != 0) {
-          to[i] = from[i];
-        }
-      }
-    }
+    WriteBytes(gl, to, from);
     from += fromStep;
     to += toStep;
   }
@@ -202,9 +189,9 @@ void TRenderCPU::_DrawPixels_RGBAub_RGBAub(int width, int height, const void* pi
     std::ptrdiff_t last = 0;
     CutToBlock(offset, pixelStride, size, columns, &first, &last);
     if (first <= last) {
-      _DrawPixelRow(from + first * steps.Pixel, steps.Pixel,
-                    m_ColorSurface->Data + offset + first * pixelStride, pixelStride,
-                    last - first + 1);
+      DrawPixelRow(*this, from + first * steps.Pixel, steps.Pixel,
+                   m_ColorSurface->Data + offset + first * pixelStride, pixelStride,
+                   last - first + 1);
     }
     from += steps.Row;
     offset += rowStride;
@@ -229,8 +216,8 @@ void TRenderCPU::_ReadPixels_RGBAub_RGBAub(int x, int y, int width, int height, 
       !StepsOf(m_PixelPack, width, &steps)) {
     return;
   }
-  // The steps change places: the surface is walked with the caller's, the caller's memory with the
-  // surface's.
+  // The steps are exchanged, and callers rely on it: the surface is walked by the caller's, the
+  // caller's memory by the surface's.
   const std::ptrdiff_t pixelStride = m_ColorSurface->PixelStride;
   const std::ptrdiff_t rowStride = m_ColorSurface->RowStride;
   const std::ptrdiff_t size = BlockSize(*m_ColorSurface);

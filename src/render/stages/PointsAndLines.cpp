@@ -3,41 +3,64 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
-#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
-#include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
-// What follows the shader for points and lines: late depth test, depth, stencil and colour write.
-void TRenderCPU::_FinishPixel(int x, int y, unsigned char* depth, unsigned char* stencil) {
-  if (m_CalcDepth && !_PassesDepth(depth, m_Fragment.Depth, stencil)) {
-    return;
+// The colour's address is looked up after the shader, which may have bound another surface.
+static void WriteRecordColor(TRenderEngine& engine, int x, int y) {
+  const TRenderCPU& gl = engine.gl;
+  if (gl.m_FragmentShader != gl.m_StdFragmentShader) {
+    engine.UpdateTargets();
   }
-  if (depth != nullptr && m_DepthMask) {
-    StoreFloat(depth, m_Fragment.Depth);
-  }
-  _RunStencil(m_StencilZPassOp, stencil);
-  unsigned char* const color = _TargetPixel(m_Targets.Color, x, y);
+  unsigned char* const color = engine.Targets.Color.At(x, y);
   if (color != nullptr) {
-    _WriteColor(color, m_Fragment.Color);
+    WriteColor(gl, color, gl.m_Fragment.Color);
   }
 }
 
 // --- Points
+
+namespace {
+
+struct TPointFragment {
+  TRenderEngine& Engine;
+  TRenderCPU::VAR_DATA* Vertex; ///< the position in the window
+  int X;
+  int Y;
+
+  float Depth() const { return Engine.gl.m_Fragment.Depth; }
+  void SetDepth() { Engine.gl.m_Fragment.Depth = static_cast<float>(Vertex->Slots[0].z); }
+  bool Shade() {
+    TRenderCPU& gl = Engine.gl;
+    if (gl.m_FragmentShader == nullptr) {
+      gl.m_Fragment.Color = gl.m_CurColor;
+      return true;
+    }
+    gl.m_Fragment.X = X;
+    gl.m_Fragment.Y = Y;
+    return gl.m_FragmentShader->Execute(Vertex, &gl.m_Fragment);
+  }
+  void WriteColor() { WriteRecordColor(Engine, X, Y); }
+};
+
+} // namespace
 
 void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   vec_t_<double, 4>& at = v->Slots[0];
   if (-at.w > at.x || at.x > at.w || -at.w > at.y || at.y > at.w || -at.w > at.z || at.z > at.w) {
     return;
   }
-  _ResolveFragment();
-  _RefreshState();
+  TRenderEngine& engine = *m_Engine;
+  engine.ResolveFragment();
+  engine.UpdateDerivedState();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
   at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
@@ -47,132 +70,56 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   }
   const int x = TruncI32(at.x);
   const int y = TruncI32(at.y);
-
-  unsigned char* const stencil = _StencilPixel(x, y);
-  unsigned char* const depth = _DepthPixel(x, y);
-  if (!_PassesStencil(stencil)) {
-    return;
-  }
-  if (!m_CalcDepth) {
-    m_Fragment.Depth = static_cast<float>(at.z);
-    if (!_PassesDepth(depth, m_Fragment.Depth, stencil)) {
-      return;
-    }
-  }
-  if (m_FragmentShader != nullptr) {
-    m_Fragment.X = x;
-    m_Fragment.Y = y;
-    if (!m_FragmentShader->Execute(v, &m_Fragment)) {
-      return;
-    }
-  } else {
-    m_Fragment.Color = m_CurColor;
-  }
-  _FinishPixel(x, y, depth, stencil);
-}
-
-// Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
-// are prefetched before the first is drawn.
-void TRenderCPU::_DrawPoints(const TSpanJob& job, const TPointBatch& points,
-                             const vec_t_<double, 4>* colors) {
-  struct TPoint {
-    int Index;
-    unsigned char* Color;
-  };
-  const bool useDepth = m_DepthTest || m_DepthMask;
-  TPoint live[TVertexBatch::kMost];
-  int count = 0;
-  for (int i = 0; i < points.Count; ++i) {
-    const std::ptrdiff_t x = points.X[i];
-    const std::ptrdiff_t y = points.Y[i];
-    if (x < 0) {
-      continue;
-    }
-    live[count] = {i, job.Color + y * job.ColorRowStride + 4 * x};
-    __builtin_prefetch(live[count].Color, 1);
-    if (useDepth) {
-      __builtin_prefetch(_DepthPixel(points.X[i], points.Y[i]), 1);
-    }
-    if (m_StencilTest) {
-      __builtin_prefetch(_StencilPixel(points.X[i], points.Y[i]), 1);
-    }
-    ++count;
-  }
-  const bool plainWrite = m_ColorMask == 15 && m_BlendFunc == nullptr;
-  int seen = -1;  // the last point that came to the depth test
-  int shown = -1; // the last one that was shaded
-  for (int k = 0; k < count; ++k) {
-    const int i = live[k].Index;
-    const unsigned char* const bytes = points.Bytes + 4 * i;
-    if (m_StencilTest || useDepth) {
-      unsigned char* const stencil = _StencilPixel(points.X[i], points.Y[i]);
-      unsigned char* const depth = _DepthPixel(points.X[i], points.Y[i]);
-      if (!_PassesStencil(stencil)) {
-        continue;
-      }
-      seen = i;
-      if (!_PassesDepth(depth, points.Depth[i], stencil)) {
-        continue;
-      }
-      if (m_DepthMask) {
-        StoreFloat(depth, points.Depth[i]);
-      }
-      _RunStencil(m_StencilZPassOp, stencil);
-    }
-    seen = i;
-    shown = i;
-    if (plainWrite) {
-      std::memcpy(live[k].Color, bytes, 4);
-    } else {
-      _WriteBytes(live[k].Color, bytes);
-    }
-  }
-  if (seen >= 0) {
-    m_Fragment.Depth = points.Depth[seen];
-  }
-  if (shown >= 0) {
-    const auto limited = [](double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; };
-    const vec_t_<double, 4>& c = colors[shown];
-    m_Fragment.X = points.X[shown];
-    m_Fragment.Y = points.Y[shown];
-    m_Fragment.Color = {limited(c.x), limited(c.y), limited(c.z), limited(c.w)};
-  }
+  RunFragment(*this, engine.DepthPixel(x, y), engine.StencilPixel(x, y),
+              TPointFragment{engine, v, x, y});
 }
 
 // --- Lines
+
+namespace {
+
+struct TLineFragment {
+  TRenderEngine& Engine;
+  const TRenderCPU::EDGE& Line;
+  int X;
+  int Y;
+  double T; ///< position between the line's ends
+
+  float Depth() const { return Engine.gl.m_Fragment.Depth; }
+  void SetDepth() {
+    TRenderCPU& gl = Engine.gl;
+    gl.m_Fragment.Depth = static_cast<float>(Line.Delta.Slots[0].z * T + Line.Begin->Slots[0].z);
+    if (gl.m_PrimitiveMode == GL_TRIANGLES && gl.m_PolygonOffsetFill) {
+      gl.m_Fragment.Depth += gl.m_PolygonOffsetFactor;
+    }
+  }
+  bool Shade() {
+    TRenderCPU& gl = Engine.gl;
+    Engine.InterpolateFragment(Line, T);
+    gl.m_Fragment.X = X;
+    gl.m_Fragment.Y = Y;
+    return gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
+  }
+  void WriteColor() { WriteRecordColor(Engine, X, Y); }
+};
+
+} // namespace
 
 void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
   if (x < 0 || x >= m_Width || y < 0 || y >= m_Height) {
     return;
   }
-  _RefreshTargets();
-  unsigned char* const stencil = _StencilPixel(x, y);
-  unsigned char* const depth = _DepthPixel(x, y);
-  if (!_PassesStencil(stencil)) {
-    return;
-  }
-  if (!m_CalcDepth) {
-    m_Fragment.Depth = static_cast<float>(e->Delta.Slots[0].z * t + e->Begin->Slots[0].z);
-    if (m_PrimitiveMode == GL_TRIANGLES && m_PolygonOffsetFill) {
-      m_Fragment.Depth += m_PolygonOffsetFactor;
-    }
-    if (!_PassesDepth(depth, m_Fragment.Depth, stencil)) {
-      return;
-    }
-  }
-  _InterpolateFragment(*e, t);
-  m_Fragment.X = x;
-  m_Fragment.Y = y;
-  if (m_FragmentShader->Execute(&m_VarFragment, &m_Fragment)) {
-    _FinishPixel(x, y, depth, stencil);
-  }
+  TRenderEngine& engine = *m_Engine;
+  engine.UpdateTargets();
+  RunFragment(*this, engine.DepthPixel(x, y), engine.StencilPixel(x, y),
+              TLineFragment{engine, *e, x, y, t});
 }
 
 namespace {
 
 int SignOf(int value) { return (value > 0) - (value < 0); }
 
-// The pixel of a line's end; false where there is none near enough to the surface to be an address.
+// The pixel that a line's end falls on; false if it lies too far away for integer steps.
 bool EndPixel(double x, double y, int* px, int* py) {
   constexpr double kFar = 1 << 30;
   const double cx = x + 0.5;
@@ -188,33 +135,34 @@ bool EndPixel(double x, double y, int* px, int* py) {
 } // namespace
 
 // Whether a line's pixel is on the surface and was not drawn last.
-bool TRenderCPU::_IsLinePixel(int x, int y) const {
-  return x >= 0 && x < m_Width && y >= 0 && y < m_Height &&
-         !(x == m_LastPixelX && y == m_LastPixelY);
+bool TRenderEngine::IsLinePixel(int x, int y) const {
+  return x >= 0 && x < gl.m_Width && y >= 0 && y < gl.m_Height &&
+         !(x == gl.m_LastPixelX && y == gl.m_LastPixelY);
 }
 
-// The pixel becomes the last one whatever the tests made of it, but after its shader, which may
-// look where the line was before.
-void TRenderCPU::_DrawLinePixel(int x, int y, double t) {
-  RasterizePixel(x, y, &m_Span, t);
-  m_LastPixelX = x;
-  m_LastPixelY = y;
+// The pixel becomes the last one drawn even if a test rejects it, but only after its shader has
+// run, which may read the one before.
+void TRenderEngine::DrawLinePixel(int x, int y, double t) {
+  gl.RasterizePixel(x, y, &gl.m_Span, t);
+  gl.m_LastPixelX = x;
+  gl.m_LastPixelY = y;
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
-  _RefreshState();
+  m_Engine->UpdateDerivedState();
   TSpanJob job;
-  _DrawLine(v, _SetUpDraw(&job) ? &job : nullptr);
+  m_Engine->DrawLine(v, m_Engine->SetUpDraw(&job) ? &job : nullptr);
 }
 
 // `drawJob` holds for the draw; null sends the line to the reference walk.
-void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
-  _ResolveFragment();
+void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
+  ResolveFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
     const double r = 1.0 / at.w;
     const double h = r * 0.5;
-    at = {m_Width * (at.x * h + 0.5) - 0.5, m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5, r};
+    at = {gl.m_Width * (at.x * h + 0.5) - 0.5, gl.m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5,
+          r};
   }
   // Set-up reads the slots before perspective divides them.
   bool many = drawJob != nullptr;
@@ -222,16 +170,16 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
     drawJob->Vertex[0] = v[0].Slots;
     drawJob->Vertex[1] = v[1].Slots;
     drawJob->Vertex[2] = v[1].Slots;
-    drawJob->AddOffset = m_PolygonOffsetFill && m_PrimitiveMode == GL_TRIANGLES;
-    many = _SetUpPrimitive(drawJob);
+    drawJob->AddOffset = gl.m_PolygonOffsetFill && gl.m_PrimitiveMode == GL_TRIANGLES;
+    many = SetUpPrimitive(drawJob);
   }
-  if (m_PerspectiveHint != GL_FASTEST) {
-    _ScaleSlots(&v[0], v[0].Slots[0].w);
-    _ScaleSlots(&v[1], v[1].Slots[0].w);
+  if (gl.m_PerspectiveHint != GL_FASTEST) {
+    ScaleSlots(&v[0], v[0].Slots[0].w);
+    ScaleSlots(&v[1], v[1].Slots[0].w);
   }
-  m_Span.Begin = &v[0];
-  m_Span.End = &v[1];
-  _SetDelta(&m_Span);
+  gl.m_Span.Begin = &v[0];
+  gl.m_Span.End = &v[1];
+  SetDelta(&gl.m_Span);
 
   int end[2][2]; // [vertex][axis]
   for (int i = 0; i < 2; ++i) {
@@ -240,8 +188,8 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
     }
   }
   if (end[0][0] == end[1][0] && end[0][1] == end[1][1]) {
-    if (_IsLinePixel(end[0][0], end[0][1])) {
-      _DrawLinePixel(end[0][0], end[0][1], 0.0);
+    if (IsLinePixel(end[0][0], end[0][1])) {
+      DrawLinePixel(end[0][0], end[0][1], 0.0);
     }
     return;
   }
@@ -255,29 +203,27 @@ void TRenderCPU::_DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
   walk.Major = std::abs(delta[walk.Axis]);
   walk.Minor = std::abs(delta[1 - walk.Axis]);
   if (!many) {
-    _WalkLine(walk);
-  } else if (_ClipWalk(&walk)) {
-    _RunLineJob(drawJob, walk);
+    WalkLine(walk);
+  } else if (ClipWalk(&walk)) {
+    RunLineJob(drawJob, walk);
     if (drawJob->ColorSet) {
-      _InterpolateFragment(m_Span, drawJob->LastT);
+      InterpolateFragment(gl.m_Span, drawJob->LastT);
     }
   }
 }
 
-// The reference walk. The error starts at minus the length, so that the first minor step falls
-// where the sum first reaches 0.
-void TRenderCPU::_WalkLine(const TLineWalk& walk) {
+// The reference walk, Bresenham's: the error starts at -Major, and the minor axis steps when it
+// reaches 0.
+void TRenderEngine::WalkLine(const TLineWalk& walk) {
   const int major = walk.Axis;
   const int minor = 1 - major;
-  const double begin = m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
-  const double way = m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
+  const double begin = gl.m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
+  const double delta = gl.m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
   for (long long i = 0; i < walk.Major; ++i) {
-    if (_IsLinePixel(at[0], at[1])) {
-      double t = (at[major] - begin) / way;
-      t = t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-      _DrawLinePixel(at[0], at[1], t);
+    if (IsLinePixel(at[0], at[1])) {
+      DrawLinePixel(at[0], at[1], Clamped01((at[major] - begin) / delta));
     }
     at[major] += walk.Step[major];
     error += 2 * walk.Minor;
@@ -291,14 +237,14 @@ void TRenderCPU::_WalkLine(const TLineWalk& walk) {
 // Clips the walk to the pixels on the surface, which are consecutive, without the first if it was
 // drawn last. False if none is left. No other pixel can be the one drawn last, since each follows
 // another.
-bool TRenderCPU::_ClipWalk(TLineWalk* walk) {
+bool TRenderEngine::ClipWalk(TLineWalk* walk) {
   walk->First = 0;
   walk->Last = static_cast<int>(walk->Major) - 1;
   int x = 0;
   int y = 0;
   const auto isOn = [&](int i) {
     walk->At(i, &x, &y);
-    return x >= 0 && x < m_Width && y >= 0 && y < m_Height;
+    return x >= 0 && x < gl.m_Width && y >= 0 && y < gl.m_Height;
   };
   while (walk->First <= walk->Last && !isOn(walk->Last)) {
     --walk->Last;
@@ -310,9 +256,9 @@ bool TRenderCPU::_ClipWalk(TLineWalk* walk) {
   while (!isOn(walk->First)) {
     ++walk->First;
   }
-  walk->First += x == m_LastPixelX && y == m_LastPixelY ? 1 : 0;
-  m_LastPixelX = last[0];
-  m_LastPixelY = last[1];
+  walk->First += x == gl.m_LastPixelX && y == gl.m_LastPixelY ? 1 : 0;
+  gl.m_LastPixelX = last[0];
+  gl.m_LastPixelY = last[1];
   return walk->First <= walk->Last;
 }
 

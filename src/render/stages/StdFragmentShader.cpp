@@ -4,6 +4,10 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/SlotTable.h>
+
 namespace Zx3D {
 
 TStdFragmentShaderCPU::~TStdFragmentShaderCPU() = default;
@@ -16,22 +20,25 @@ void TStdFragmentShaderCPU::End() {}
 
 bool TStdFragmentShaderCPU::IsCalcDepth() const { return false; }
 
-// The slot table may be that of another state than the present one, or of another shader: a number
-// that is no slot reads as zero.
+// The slot table may have been filled for another state or by another shader: a slot outside the
+// record reads as zero.
 static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
   static constexpr vec_t_<double, 4> kZero = {0, 0, 0, 0};
-  return static_cast<unsigned int>(slot) < 8 ? v.Slots[slot] : kZero;
+  return IsBelow(slot, kSlots) ? v.Slots[slot] : kZero;
 }
 
-static double Clamp01(double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; }
-
+// With P the primary colour, S the secondary one where lighting is on, T the texel, by channel:
+//
+//     without a texture  P + S
+//     GL_MODULATE        P T + S
+//     GL_REPLACE         T
+//
+// each limited to 0 to 1; S is not added to alpha. In another mode the colour stays as it came.
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
-  const bool front = f->FrontFacing;
-  const vec_t_<double, 4>& primary =
-      Slot(*v, front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor);
-  const vec_t_<double, 4>& secondary =
-      Slot(*v, front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary);
+  const TColorSlots slots = ColorSlotsOf(gl, f->FrontFacing);
+  const vec_t_<double, 4>& primary = Slot(*v, slots.Primary);
+  const vec_t_<double, 4>& secondary = Slot(*v, slots.Secondary);
 
   bool addSecondary = gl.m_Lighting;
   const TRenderCPU::TTexUnit& unit = gl.m_TexUnits[0];
@@ -56,7 +63,7 @@ bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA
     f->Color.y = f->Color.y + secondary.y;
     f->Color.z = f->Color.z + secondary.z;
   }
-  f->Color = {Clamp01(f->Color.x), Clamp01(f->Color.y), Clamp01(f->Color.z), Clamp01(f->Color.w)};
+  f->Color = Clamped01(f->Color);
   return true;
 }
 

@@ -7,6 +7,8 @@
 #include <ZxCore3D/render/ShaderCPU.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -27,21 +29,21 @@ void TRenderCPU::Begin(unsigned int mode) {
   m_LastPixelY = -1;
   if (m_EnabledLightCount > 0) {
     int count = 0;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < static_cast<int>(kLights); ++i) {
       if (m_Lights[i].Enabled) {
         m_EnabledLights[count++] = i;
       }
     }
   }
-  _RefreshState();
+  m_Engine->UpdateDerivedState();
 
-  static constexpr TVertexHandler s_Assembly[8] = {
-      &TRenderCPU::_AssemblePoint,       &TRenderCPU::_AssembleLine,
-      &TRenderCPU::_AssembleLineLoop,    &TRenderCPU::_AssembleLineStrip,
-      &TRenderCPU::_AssembleTriangle,    &TRenderCPU::_AssembleTriangleStrip,
-      &TRenderCPU::_AssembleTriangleFan, &TRenderCPU::_AssembleQuad,
+  static constexpr TRenderEngine::TAssemble kAssembly[] = {
+      &TRenderEngine::AssemblePoint,       &TRenderEngine::AssembleLine,
+      &TRenderEngine::AssembleLineLoop,    &TRenderEngine::AssembleLineStrip,
+      &TRenderEngine::AssembleTriangle,    &TRenderEngine::AssembleTriangleStrip,
+      &TRenderEngine::AssembleTriangleFan, &TRenderEngine::AssembleQuad,
   };
-  static constexpr TVertexHandler s_Handlers[8] = {
+  static constexpr TVertexHandler kHandlers[] = {
       &TRenderCPU::PointsVertex,      &TRenderCPU::LinesVertex,
       &TRenderCPU::LineLoopVertex,    &TRenderCPU::LineStripVertex,
       &TRenderCPU::TrianglesVertex,   &TRenderCPU::TriangleStripVertex,
@@ -50,17 +52,17 @@ void TRenderCPU::Begin(unsigned int mode) {
   if (mode > GL_QUADS) {
     m_VertexHandler = &TRenderCPU::UnknownVertex;
     _SetError(GL_INVALID_ENUM);
-  } else if (!m_Created || m_VarCount < 1 || m_VarCount > 8) {
+  } else if (!m_Created || m_VarCount < 1 || !IsBelow(m_VarCount - 1, kSlots)) {
     m_VertexHandler = &TRenderCPU::UnknownVertex;
   } else {
-    m_VertexHandler = s_Handlers[mode];
-    m_Assemble = s_Assembly[mode];
+    m_VertexHandler = kHandlers[mode];
+    m_Engine->Assemble = kAssembly[mode];
   }
   m_InBeginEnd = true;
 }
 
 void TRenderCPU::End() {
-  _ResolveFragment();
+  m_Engine->ResolveFragment();
   if (m_PrimitiveMode == GL_LINE_LOOP && m_Pending == 1) {
     CopyVar(m_VarCur[1], m_VarSaved[0]);
     m_Pending = 2;
@@ -88,150 +90,192 @@ void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
   }
 }
 
-// --- The modes
+// --- A vertex
 
 // Components by value: rebuilding the vertex in memory would stall on store forwarding, behind all
 // stores of pixels.
-void TRenderCPU::_Submit(double x, double y, double z, double w) {
-  m_CurVertex = {x, y, z, w};
-  (this->*m_VertexHandler)();
+static void Submit(TRenderCPU& gl, double x, double y, double z, double w) {
+  gl.m_CurVertex = {x, y, z, w};
+  (gl.*gl.m_VertexHandler)();
 }
+
+void TRenderCPU::Vertex2i(int x, int y) {
+  Submit(*this, static_cast<double>(x), static_cast<double>(y), 0, 1);
+}
+
+void TRenderCPU::Vertex2iv(const int* v) {
+  Submit(*this, static_cast<double>(v[0]), static_cast<double>(v[1]), 0, 1);
+}
+
+void TRenderCPU::Vertex2f(float x, float y) { Submit(*this, x, y, 0, 1); }
+
+void TRenderCPU::Vertex2fv(const float* v) { Submit(*this, v[0], v[1], 0, 1); }
+
+void TRenderCPU::Vertex2d(double x, double y) { Submit(*this, x, y, 0, 1); }
+
+void TRenderCPU::Vertex2dv(const double* v) { Submit(*this, v[0], v[1], 0, 1); }
+
+void TRenderCPU::Vertex3i(int x, int y, int z) {
+  Submit(*this, static_cast<double>(x), static_cast<double>(y), static_cast<double>(z), 1);
+}
+
+void TRenderCPU::Vertex3iv(const int* v) {
+  Submit(*this, static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2]), 1);
+}
+
+void TRenderCPU::Vertex3f(float x, float y, float z) { Submit(*this, x, y, z, 1); }
+
+void TRenderCPU::Vertex3fv(const float* v) { Submit(*this, v[0], v[1], v[2], 1); }
+
+void TRenderCPU::Vertex3d(double x, double y, double z) { Submit(*this, x, y, z, 1); }
+
+void TRenderCPU::Vertex3dv(const double* v) { Submit(*this, v[0], v[1], v[2], 1); }
+
+void TRenderCPU::Vertex4f(float x, float y, float z, float w) { Submit(*this, x, y, z, w); }
+
+void TRenderCPU::Vertex4fv(const float* v) { Submit(*this, v[0], v[1], v[2], v[3]); }
+
+void TRenderCPU::Vertex4d(double x, double y, double z, double w) { Submit(*this, x, y, z, w); }
+
+void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[3]); }
+
+// --- The modes
 
 // The start of every mode: fills the next record of the primitive.
-void TRenderCPU::_ShadeVertex() {
-  m_VertexShader->Execute(&m_VarCur[m_Pending]);
-  ++m_VertexIndex;
-  ++m_Pending;
+void TRenderEngine::ShadeNextVertex() {
+  gl.m_VertexShader->Execute(&gl.m_VarCur[gl.m_Pending]);
+  ++gl.m_VertexIndex;
+  ++gl.m_Pending;
 }
 
-void TRenderCPU::UnknownVertex() {}
+// --- The modes, after the shading of the vertex
 
-// --- The modes, behind the shading of the vertex
-
-void TRenderCPU::_AssemblePoint() {
-  ClipAndRasterizePoint(m_VarCur);
-  m_Pending = 0;
+void TRenderEngine::AssemblePoint() {
+  gl.ClipAndRasterizePoint(gl.m_VarCur);
+  gl.m_Pending = 0;
 }
 
-void TRenderCPU::_AssembleLine() {
-  if (m_Pending == 2) {
-    ClipAndRasterizeLine(m_VarCur, 0);
-    m_Pending = 0;
+void TRenderEngine::AssembleLine() {
+  if (gl.m_Pending == 2) {
+    gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
+    gl.m_Pending = 0;
   }
 }
 
 // Draws the segment once it has both ends and keeps the newer for the next.
-void TRenderCPU::_AssembleLineStrip() {
-  if (m_Pending == 2) {
-    CopyVar(m_VarSaved[1], m_VarCur[1]);
-    ClipAndRasterizeLine(m_VarCur, 0);
-    CopyVar(m_VarCur[0], m_VarSaved[1]);
-    m_Pending = 1;
+void TRenderEngine::AssembleLineStrip() {
+  if (gl.m_Pending == 2) {
+    gl.CopyVar(gl.m_VarSaved[1], gl.m_VarCur[1]);
+    gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
+    gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[1]);
+    gl.m_Pending = 1;
   }
 }
 
-void TRenderCPU::_AssembleLineLoop() {
-  if (m_VertexIndex == 0) {
-    CopyVar(m_VarSaved[0], m_VarCur[0]);
+void TRenderEngine::AssembleLineLoop() {
+  if (gl.m_VertexIndex == 0) {
+    gl.CopyVar(gl.m_VarSaved[0], gl.m_VarCur[0]);
   }
-  _AssembleLineStrip();
+  AssembleLineStrip();
 }
 
-void TRenderCPU::_AssembleTriangle() {
-  if (m_Pending == 3) {
-    ClipAndRasterizeTriangle(m_VarCur, 0);
-    m_Pending = 0;
+void TRenderEngine::AssembleTriangle() {
+  if (gl.m_Pending == 3) {
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
+    gl.m_Pending = 0;
   }
 }
 
-void TRenderCPU::_AssembleTriangleStrip() {
-  static constexpr int m1m3[3] = {2, 0, 1}; // i minus one modulo three
-  m_StripIndex = m_StripIndex <= 1 ? m_StripIndex + 1 : 0;
-  if (m_VertexIndex > 0) {
-    CopyVar(m_VarSaved[m_StripIndex], m_VarCur[m_Pending - 1]);
+void TRenderEngine::AssembleTriangleStrip() {
+  static constexpr int kPrevious[3] = {2, 0, 1}; // i - 1 modulo 3
+  gl.m_StripIndex = gl.m_StripIndex <= 1 ? gl.m_StripIndex + 1 : 0;
+  if (gl.m_VertexIndex > 0) {
+    gl.CopyVar(gl.m_VarSaved[gl.m_StripIndex], gl.m_VarCur[gl.m_Pending - 1]);
   }
-  if (m_Pending != 3) {
+  if (gl.m_Pending != 3) {
     return;
   }
-  if (m_VertexIndex >= 3) {
+  if (gl.m_VertexIndex >= 3) {
     // The two vertices before this one are placed so that the strip keeps its winding.
-    const int parity = m_VertexIndex & 1;
-    const int previous = m1m3[m_StripIndex];
-    CopyVar(m_VarCur[parity ^ 1], m_VarSaved[previous]);
-    CopyVar(m_VarCur[parity], m_VarSaved[m1m3[previous]]);
+    const int parity = gl.m_VertexIndex & 1;
+    const int previous = kPrevious[gl.m_StripIndex];
+    gl.CopyVar(gl.m_VarCur[parity ^ 1], gl.m_VarSaved[previous]);
+    gl.CopyVar(gl.m_VarCur[parity], gl.m_VarSaved[kPrevious[previous]]);
   }
-  ClipAndRasterizeTriangle(m_VarCur, 0);
-  m_Pending = 2;
+  gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
+  gl.m_Pending = 2;
 }
 
-void TRenderCPU::_AssembleTriangleFan() {
-  if (m_VertexIndex == 0) {
-    CopyVar(m_VarSaved[0], m_VarCur[0]);
+void TRenderEngine::AssembleTriangleFan() {
+  if (gl.m_VertexIndex == 0) {
+    gl.CopyVar(gl.m_VarSaved[0], gl.m_VarCur[0]);
   } else {
-    const int parity = m_VertexIndex & 1;
-    CopyVar(m_VarSaved[1 + parity], m_VarCur[2]);
-    if (m_VertexIndex >= 3) {
-      CopyVar(m_VarCur[0], m_VarSaved[0]);
-      CopyVar(m_VarCur[1], m_VarSaved[2 - parity]);
+    const int parity = gl.m_VertexIndex & 1;
+    gl.CopyVar(gl.m_VarSaved[1 + parity], gl.m_VarCur[2]);
+    if (gl.m_VertexIndex >= 3) {
+      gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[0]);
+      gl.CopyVar(gl.m_VarCur[1], gl.m_VarSaved[2 - parity]);
     }
   }
-  if (m_Pending == 3) {
-    ClipAndRasterizeTriangle(m_VarCur, 0);
-    m_Pending = 2;
+  if (gl.m_Pending == 3) {
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
+    gl.m_Pending = 2;
   }
 }
 
-void TRenderCPU::_AssembleQuad() {
-  if (m_Pending == 4) {
-    CopyVar(m_VarSaved[0], m_VarCur[0]);
-    CopyVar(m_VarSaved[1], m_VarCur[2]);
-    CopyVar(m_VarSaved[2], m_VarCur[3]);
-    ClipAndRasterizeTriangle(m_VarCur, 0);
-    ClipAndRasterizeTriangle(m_VarSaved, 0);
-    m_Pending = 0;
+void TRenderEngine::AssembleQuad() {
+  if (gl.m_Pending == 4) {
+    gl.CopyVar(gl.m_VarSaved[0], gl.m_VarCur[0]);
+    gl.CopyVar(gl.m_VarSaved[1], gl.m_VarCur[2]);
+    gl.CopyVar(gl.m_VarSaved[2], gl.m_VarCur[3]);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
+    gl.ClipAndRasterizeTriangle(gl.m_VarSaved, 0);
+    gl.m_Pending = 0;
   }
 }
 
-// --- The modes as a vertex meets them
+// --- The routines of the modes: shading, then assembly
+
+void TRenderCPU::UnknownVertex() {}
 
 void TRenderCPU::PointsVertex() {
-  _ShadeVertex();
-  _AssemblePoint();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssemblePoint();
 }
 
 void TRenderCPU::LinesVertex() {
-  _ShadeVertex();
-  _AssembleLine();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleLine();
 }
 
 void TRenderCPU::LineLoopVertex() {
-  _ShadeVertex();
-  _AssembleLineLoop();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleLineLoop();
 }
 
 void TRenderCPU::LineStripVertex() {
-  _ShadeVertex();
-  _AssembleLineStrip();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleLineStrip();
 }
 
 void TRenderCPU::TrianglesVertex() {
-  _ShadeVertex();
-  _AssembleTriangle();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleTriangle();
 }
 
 void TRenderCPU::TriangleStripVertex() {
-  _ShadeVertex();
-  _AssembleTriangleStrip();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleTriangleStrip();
 }
 
 void TRenderCPU::TriangleFunVertex() {
-  _ShadeVertex();
-  _AssembleTriangleFan();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleTriangleFan();
 }
 
 void TRenderCPU::QuadsVertex() {
-  _ShadeVertex();
-  _AssembleQuad();
+  m_Engine->ShadeNextVertex();
+  m_Engine->AssembleQuad();
 }
 
 } // namespace Zx3D

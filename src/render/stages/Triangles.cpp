@@ -4,14 +4,16 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/Facing.h>
 
 namespace Zx3D {
 
 // --- Edges and spans
 
-void TRenderCPU::_SetDelta(EDGE* e) {
-  for (int i = 0; i < m_VarCount; ++i) {
+void TRenderEngine::SetDelta(EDGE* e) {
+  for (int i = 0; i < gl.m_VarCount; ++i) {
     const vec_t_<double, 4>& begin = e->Begin->Slots[i];
     const vec_t_<double, 4>& end = e->End->Slots[i];
     e->Delta.Slots[i] = {end.x - begin.x, end.y - begin.y, end.z - begin.z, end.w - begin.w};
@@ -22,14 +24,14 @@ void TRenderCPU::SetEdge(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool upward = b->Slots[0].y >= a->Slots[0].y;
   e->Begin = upward ? a : b;
   e->End = upward ? b : a;
-  _SetDelta(e);
+  m_Engine->SetDelta(e);
 }
 
 void TRenderCPU::SetSpan(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool rightward = b->Slots[0].x >= a->Slots[0].x;
   e->Begin = rightward ? a : b;
   e->End = rightward ? b : a;
-  _SetDelta(e);
+  m_Engine->SetDelta(e);
 }
 
 void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
@@ -42,8 +44,8 @@ void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
 }
 
 // Multiplies all slots but the position by r, for perspective-correct interpolation.
-void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
-  for (int i = 1; i < m_VarCount; ++i) {
+void TRenderEngine::ScaleSlots(VAR_DATA* v, double r) {
+  for (int i = 1; i < gl.m_VarCount; ++i) {
     vec_t_<double, 4>& slot = v->Slots[i];
     slot = {slot.x * r, slot.y * r, slot.z * r, slot.w * r};
   }
@@ -51,12 +53,12 @@ void TRenderCPU::_ScaleSlots(VAR_DATA* v, double r) {
 
 // --- Set-up
 
-// Whether the face mode culls a piece.
-bool TRenderCPU::_IsCulled(bool front) const {
-  if (!m_CullFaceEnabled) {
+// Whether culling discards a triangle of this facing.
+bool TRenderEngine::IsCulled(bool front) const {
+  if (!gl.m_CullFaceEnabled) {
     return false;
   }
-  switch (m_CullFaceMode) {
+  switch (gl.m_CullFaceMode) {
   case GL_FRONT_AND_BACK:
     return true;
   case GL_BACK:
@@ -68,8 +70,8 @@ bool TRenderCPU::_IsCulled(bool front) const {
   }
 }
 
-// Divides by w, which becomes 1/w. Whole slots are stored: the next stage loads pairs, which
-// narrower stores could not be forwarded to.
+// Divides by w, which becomes 1/w. Stores a whole slot: the next stage loads pairs of doubles, to
+// which narrower stores could not be forwarded.
 static void DivideByW(vec_t_<double, 4>* at) {
   const double r = 1.0 / at->w;
   *at = {at->x * r, at->y * r, at->z, r};
@@ -82,11 +84,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   DivideByW(&p0);
   DivideByW(&p1);
   DivideByW(&p2);
-  const double area =
-      (p0.x * p1.y - p1.x * p0.y) + (p1.x * p2.y - p2.x * p1.y) + (p2.x * p0.y - p0.x * p2.y);
-  const bool front = m_FrontFaceCCW ? area >= 0.0 : area < 0.0;
+  const bool front = FacesFront({p0.x, p1.x, p2.x}, {p0.y, p1.y, p2.y}, m_FrontFaceCCW);
   m_Fragment.FrontFacing = front;
-  if (_IsCulled(front)) {
+  if (m_Engine->IsCulled(front)) {
     return;
   }
 
@@ -98,33 +98,32 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p0);
   toWindow(&p1);
   toWindow(&p2);
-  if (_RefreshState()) {
-    m_DrawJob = nullptr; // its targets are no more
-  }
+  m_Engine->UpdateDerivedState();
   // Set-up reads the slots before perspective divides them.
   TSpanJob own;
-  TSpanJob& job = m_DrawJob != nullptr ? *m_DrawJob : own;
+  TSpanJob& job = m_Engine->DrawJob != nullptr ? *m_Engine->DrawJob : own;
   for (int i = 0; i < 3; ++i) {
     job.Vertex[i] = v[i].Slots;
   }
-  const bool many = m_DrawJob != nullptr ? _SetUpPrimitive(&job) : _SetUpJob(&job);
+  const bool many =
+      m_Engine->DrawJob != nullptr ? m_Engine->SetUpPrimitive(&job) : m_Engine->SetUpJob(&job);
   for (int i = 0; i < 3 && perspective; ++i) {
     if (v[i].Slots[0].w != 1.0) {
-      _ScaleSlots(&v[i], v[i].Slots[0].w);
+      m_Engine->ScaleSlots(&v[i], v[i].Slots[0].w);
     }
   }
   if (many) {
-    _RunTriangleJob(v, &job);
+    m_Engine->RunTriangleJob(v, &job);
   } else {
-    _DrawEdges(v);
+    m_Engine->DrawEdges(v);
   }
 }
 
 // Sorts each edge of a triangle by y and finds the one that is longest in y.
-void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
-  SetEdge(&edges[0], &v[0], &v[1]);
-  SetEdge(&edges[1], &v[1], &v[2]);
-  SetEdge(&edges[2], &v[2], &v[0]);
+void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
+  gl.SetEdge(&edges[0], &v[0], &v[1]);
+  gl.SetEdge(&edges[1], &v[1], &v[2]);
+  gl.SetEdge(&edges[2], &v[2], &v[0]);
   *longest = 0;
   for (int i = 1; i < 3; ++i) {
     if (edges[i].Delta.Slots[0].y > edges[*longest].Delta.Slots[0].y) {
@@ -134,13 +133,13 @@ void TRenderCPU::_SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
 }
 
 // The reference path: row by row and pixel by pixel.
-void TRenderCPU::_DrawEdges(VAR_DATA* v) {
-  _ResolveFragment();
+void TRenderEngine::DrawEdges(VAR_DATA* v) {
+  ResolveFragment();
   int longest = 0;
-  _SetEdges(v, m_Edges, &longest);
-  EDGE* const longEdge = &m_Edges[longest];
-  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 1) % 3], &m_Fragment);
-  DrawSpansBetweenEdges(longEdge, &m_Edges[(longest + 2) % 3], &m_Fragment);
+  SetEdges(v, gl.m_Edges, &longest);
+  EDGE* const longEdge = &gl.m_Edges[longest];
+  gl.DrawSpansBetweenEdges(longEdge, &gl.m_Edges[(longest + 1) % 3], &gl.m_Fragment);
+  gl.DrawSpansBetweenEdges(longEdge, &gl.m_Edges[(longest + 2) % 3], &gl.m_Fragment);
 }
 
 // --- Rows

@@ -6,6 +6,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/state/CurrentObjects.h>
+
 namespace Zx3D {
 
 // --- Names
@@ -46,9 +48,8 @@ void TRenderCPU::_ClearBuffers() {
   m_Buffers.clear();
 }
 
-// Null for a name without a buffer.
-TRenderCPU::TBuffer* TRenderCPU::_BufferNamed(unsigned int id) {
-  return id != 0 && id <= m_Buffers.size() ? m_Buffers[id - 1] : nullptr;
+TRenderCPU::TBuffer* BufferNamed(TRenderCPU& gl, unsigned int id) {
+  return id != 0 && id <= gl.m_Buffers.size() ? gl.m_Buffers[id - 1] : nullptr;
 }
 
 // --- Binding points
@@ -96,20 +97,22 @@ void TRenderCPU::BindBufferBase(unsigned int target, unsigned int index, unsigne
 }
 
 // The buffer bound to a target; null, with an error reported, for another target or without one.
-TRenderCPU::TBuffer* TRenderCPU::_BufferOf(unsigned int target) {
+static TRenderCPU::TBuffer* BufferOf(TRenderCPU& gl, unsigned int target) {
   const int index = BindingIndex(target);
-  TBuffer* const buffer = index < 0 ? nullptr : _BufferNamed(m_BufferBindings[index]);
+  TRenderCPU::TBuffer* const buffer =
+      index < 0 ? nullptr : BufferNamed(gl, gl.m_BufferBindings[index]);
   if (buffer == nullptr) {
-    _SetError(GL_INVALID_OPERATION);
+    gl._SetError(GL_INVALID_OPERATION);
   }
   return buffer;
 }
 
 // --- Contents
 
-void TRenderCPU::_SetBufferData(TBuffer* buffer, long size, const void* data, unsigned int usage) {
+static void SetBufferData(TRenderCPU& gl, TRenderCPU::TBuffer* buffer, long size, const void* data,
+                          unsigned int usage) {
   if (size < 0) {
-    _SetError(GL_INVALID_VALUE);
+    gl._SetError(GL_INVALID_VALUE);
     return;
   }
   buffer->Data.resize(static_cast<std::size_t>(size));
@@ -119,10 +122,11 @@ void TRenderCPU::_SetBufferData(TBuffer* buffer, long size, const void* data, un
   }
 }
 
-void TRenderCPU::_SetBufferSubData(TBuffer* buffer, long offset, long size, const void* data) {
+static void SetBufferSubData(TRenderCPU& gl, TRenderCPU::TBuffer* buffer, long offset, long size,
+                             const void* data) {
   const long whole = static_cast<long>(buffer->Data.size());
   if (data == nullptr || offset < 0 || size < 0 || offset > whole || size > whole - offset) {
-    _SetError(GL_INVALID_VALUE);
+    gl._SetError(GL_INVALID_VALUE);
     return;
   }
   if (size > 0) {
@@ -131,26 +135,26 @@ void TRenderCPU::_SetBufferSubData(TBuffer* buffer, long offset, long size, cons
 }
 
 void TRenderCPU::BufferData(unsigned int target, long size, const void* data, unsigned int usage) {
-  if (TBuffer* const buffer = _BufferOf(target)) {
-    _SetBufferData(buffer, size, data, usage);
+  if (TBuffer* const buffer = BufferOf(*this, target)) {
+    SetBufferData(*this, buffer, size, data, usage);
   }
 }
 
 void TRenderCPU::NamedBufferData(unsigned int id, int size, const void* data, unsigned int usage) {
-  if (TBuffer* const buffer = _BufferNamed(id)) {
-    _SetBufferData(buffer, size, data, usage);
+  if (TBuffer* const buffer = BufferNamed(*this, id)) {
+    SetBufferData(*this, buffer, size, data, usage);
   }
 }
 
 void TRenderCPU::BufferSubData(unsigned int target, long offset, long size, const void* data) {
-  if (TBuffer* const buffer = _BufferOf(target)) {
-    _SetBufferSubData(buffer, offset, size, data);
+  if (TBuffer* const buffer = BufferOf(*this, target)) {
+    SetBufferSubData(*this, buffer, offset, size, data);
   }
 }
 
 void TRenderCPU::NamedBufferSubData(unsigned int id, long offset, int size, const void* data) {
-  if (TBuffer* const buffer = _BufferNamed(id)) {
-    _SetBufferSubData(buffer, offset, size, data);
+  if (TBuffer* const buffer = BufferNamed(*this, id)) {
+    SetBufferSubData(*this, buffer, offset, size, data);
   }
 }
 
@@ -174,19 +178,19 @@ static bool UnmapStorage(TRenderCPU::TBuffer* buffer) {
 }
 
 void* TRenderCPU::MapBuffer(unsigned int target, unsigned int access) {
-  return MapStorage(_BufferOf(target), access);
+  return MapStorage(BufferOf(*this, target), access);
 }
 
-bool TRenderCPU::UnmapBuffer(unsigned int target) { return UnmapStorage(_BufferOf(target)); }
+bool TRenderCPU::UnmapBuffer(unsigned int target) { return UnmapStorage(BufferOf(*this, target)); }
 
 void* TRenderCPU::MapNamedBuffer(unsigned int id, unsigned int access) {
-  return MapStorage(_BufferNamed(id), access);
+  return MapStorage(BufferNamed(*this, id), access);
 }
 
-bool TRenderCPU::UnmapNamedBuffer(unsigned int id) { return UnmapStorage(_BufferNamed(id)); }
+bool TRenderCPU::UnmapNamedBuffer(unsigned int id) { return UnmapStorage(BufferNamed(*this, id)); }
 
 void TRenderCPU::GetBufferParameter(unsigned int target, unsigned int pname, int* out) {
-  const TBuffer* const buffer = _BufferOf(target);
+  const TBuffer* const buffer = BufferOf(*this, target);
   if (buffer == nullptr) {
     return;
   }

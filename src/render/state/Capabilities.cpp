@@ -4,6 +4,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/state/CurrentObjects.h>
+
 namespace Zx3D {
 
 [[noreturn]] static void ThrowUnknownCapability(unsigned int cap) {
@@ -95,7 +97,7 @@ bool TRenderCPU::_IsEnabled(unsigned int cap) {
   case GL_BLEND:
     return m_BlendEnabled;
   case GL_TEXTURE_2D: {
-    const TTexUnit* const unit = _ActiveTexUnit();
+    const TTexUnit* const unit = ActiveTexUnit(*this);
     return unit != nullptr && unit->TexEnabled;
   }
   case GL_POLYGON_OFFSET_FILL:
@@ -105,7 +107,7 @@ bool TRenderCPU::_IsEnabled(unsigned int cap) {
   default:
     break;
   }
-  if (const TVertexAttribPointer* const array = _ClassicArray(cap)) {
+  if (const TVertexAttribPointer* const array = ClassicArray(*this, cap)) {
     return array->Enabled;
   }
   ThrowUnknownCapability(cap);

@@ -1,5 +1,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <memory>
 #include <new>
 
 #include <ZxCore3D/render/FragmentOps.h>
@@ -7,6 +8,10 @@
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/StdFragmentShader.h>
 #include <ZxCore3D/render/StdVertexShader.h>
+
+#include <ZxCore3D/render/arrays/VertexCache.h>
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -42,19 +47,40 @@ TRenderCPU::TRenderCPU()
       m_Projection(g_M4Ed), m_ModelViewProjection(g_M4Ed), m_Fog{GL_EXP, 1, 0, 1, {0, 0, 0, 0}},
       m_ColorMaterialFace(GL_FRONT_AND_BACK), m_ColorMaterialMode(GL_AMBIENT_AND_DIFFUSE),
       m_MaterialFront(s_DefaultMaterial), m_MaterialBack(s_DefaultMaterial), m_DepthCompare(Less1f),
-      m_DepthFunc(GL_LESS) {
-  for (int i = 0; i < 8; ++i) {
+      m_DepthFunc(GL_LESS), m_Engine(nullptr) {
+  for (unsigned int i = 0; i < kLights; ++i) {
     m_Lights[i] = DefaultLight(i == 0);
   }
-  m_DefaultVertexArray = new TVertexArray{};
-  m_VertexArray = m_DefaultVertexArray;
+  // Each is let go if the next one throws.
+  auto engine = std::make_unique<TRenderEngine>(*this);
+  auto vertexArray = std::make_unique<TVertexArray>();
   m_Surface = new TZxGLSurface;
+  m_Engine = engine.release();
+  m_DefaultVertexArray = vertexArray.release();
+  m_VertexArray = m_DefaultVertexArray;
 }
 
 TRenderCPU::~TRenderCPU() {
   // What can exist in a context that was never created goes the same way.
   TRenderCPU::Destroy();
   m_Surface->Release();
+  delete m_Engine;
+}
+
+// False if memory is exhausted.
+static bool MakeDefaultProgram(TRenderCPU& gl) {
+  auto* const vertexShader = new (std::nothrow) TStdVertexShaderCPU;
+  gl.m_StdVertexShader = vertexShader;
+  auto* const fragmentShader = new (std::nothrow) TStdFragmentShaderCPU;
+  gl.m_StdFragmentShader = fragmentShader;
+  gl.m_DefaultProgram = new (std::nothrow) TProgramCPU;
+  if (vertexShader == nullptr || fragmentShader == nullptr || gl.m_DefaultProgram == nullptr) {
+    return false;
+  }
+  gl.m_DefaultProgram->SetShaderV(vertexShader);
+  gl.m_DefaultProgram->SetShaderF(fragmentShader);
+  gl._SetProgram(gl.m_DefaultProgram);
+  return true;
 }
 
 bool TRenderCPU::Create(int width, int height, TRenderBase* share) {
@@ -66,35 +92,19 @@ bool TRenderCPU::Create(int width, int height, TRenderBase* share) {
     return false;
   }
   m_FrameBuffer = new (std::nothrow) TFrameBuffer;
-  m_VertexCache = new (std::nothrow) TVertexCache{};
-  if (m_FrameBuffer == nullptr || m_VertexCache == nullptr ||
+  m_Engine->VertexCache = new (std::nothrow) TVertexCache{};
+  if (m_FrameBuffer == nullptr || m_Engine->VertexCache == nullptr ||
       !m_FrameBuffer->Create(width, height)) {
     Destroy();
     return false;
   }
-  _AdoptSurfaces();
+  m_Engine->AdoptSurfaces();
   m_Created = true;
   const bool linked = giver == nullptr || giver == this || m_Textures != nullptr;
-  if (!_MakeDefaultProgram() || (!linked && !giver->_Share(this))) {
+  if (!MakeDefaultProgram(*this) || (!linked && !giver->_Share(this))) {
     Destroy();
     return false;
   }
-  return true;
-}
-
-// False if memory is exhausted.
-bool TRenderCPU::_MakeDefaultProgram() {
-  auto* const vertexShader = new (std::nothrow) TStdVertexShaderCPU;
-  m_StdVertexShader = vertexShader;
-  auto* const fragmentShader = new (std::nothrow) TStdFragmentShaderCPU;
-  m_StdFragmentShader = fragmentShader;
-  m_DefaultProgram = new (std::nothrow) TProgramCPU;
-  if (vertexShader == nullptr || fragmentShader == nullptr || m_DefaultProgram == nullptr) {
-    return false;
-  }
-  m_DefaultProgram->SetShaderV(vertexShader);
-  m_DefaultProgram->SetShaderF(fragmentShader);
-  _SetProgram(m_DefaultProgram);
   return true;
 }
 
@@ -108,10 +118,10 @@ bool TRenderCPU::_Share(TRenderBase* other) {
     if (table == nullptr) {
       return false;
     }
-    _AdoptTextures(table);
+    m_Engine->AdoptTextures(table);
   }
   m_Textures->RefCount.fetch_add(1, std::memory_order_relaxed);
-  taker->_AdoptTextures(m_Textures);
+  taker->m_Engine->AdoptTextures(m_Textures);
   return true;
 }
 
@@ -120,12 +130,12 @@ bool TRenderCPU::SetSize(int width, int height) {
     return false;
   }
   // The old surfaces go first; nothing may draw into them until the new ones are taken.
-  _ForgetOwnSurfaces();
+  m_Engine->ForgetOwnSurfaces();
   if (!m_FrameBuffer->Create(width, height)) {
     Destroy();
     return false;
   }
-  _AdoptSurfaces();
+  m_Engine->AdoptSurfaces();
   return true;
 }
 
@@ -153,13 +163,12 @@ void TRenderCPU::Destroy() {
   if (m_FrameBuffer != nullptr) {
     m_Width = 0;
     m_Height = 0;
-    _ForgetOwnSurfaces();
+    m_Engine->ForgetOwnSurfaces();
     delete m_FrameBuffer;
     m_FrameBuffer = nullptr;
-    _MeasureTargets();
   }
-  delete m_VertexCache;
-  m_VertexCache = nullptr;
+  delete m_Engine->VertexCache;
+  m_Engine->VertexCache = nullptr;
   _ClearVertexArrays();
   _ClearTextures();
   _ClearBuffers();

@@ -1,30 +1,30 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
+
 namespace Zx3D {
 
-// Each form stores by itself: a derived context sees one call for one call.
+// Each form stores by itself and calls no other: a class that overrides one sees exactly the calls
+// made to it.
 
 // --- Colour
 
-// In single precision: the byte times the float nearest to 1/255.
-static double ColorOfByte(unsigned char byte) {
-  return static_cast<double>(static_cast<float>(byte) * 0.003921569f);
-}
-
 void TRenderCPU::_Color3ub(unsigned char r, unsigned char g, unsigned char b) {
-  m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), 1.0};
+  m_CurColor = {UnitOfColorByte(r), UnitOfColorByte(g), UnitOfColorByte(b), 1.0};
 }
 
 void TRenderCPU::_Color3ubv(const unsigned char* v) {
-  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), 1.0};
+  m_CurColor = {UnitOfColorByte(v[0]), UnitOfColorByte(v[1]), UnitOfColorByte(v[2]), 1.0};
 }
 
 void TRenderCPU::_Color4ub(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
-  m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), ColorOfByte(a)};
+  m_CurColor = {UnitOfColorByte(r), UnitOfColorByte(g), UnitOfColorByte(b), UnitOfColorByte(a)};
 }
 
 void TRenderCPU::_Color4ubv(const unsigned char* v) {
-  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), ColorOfByte(v[3])};
+  m_CurColor = {UnitOfColorByte(v[0]), UnitOfColorByte(v[1]), UnitOfColorByte(v[2]),
+                UnitOfColorByte(v[3])};
 }
 
 void TRenderCPU::_Color3f(float r, float g, float b) { m_CurColor = {r, g, b, 1.0}; }
@@ -46,19 +46,19 @@ void TRenderCPU::_Color4dv(const double* v) { m_CurColor = {v[0], v[1], v[2], v[
 // --- Normal
 
 // The w stays as it is.
-void TRenderCPU::_SetNormal(double x, double y, double z) {
-  m_CurNormal.x = x;
-  m_CurNormal.y = y;
-  m_CurNormal.z = z;
+static void SetNormal(TRenderCPU& gl, double x, double y, double z) {
+  gl.m_CurNormal.x = x;
+  gl.m_CurNormal.y = y;
+  gl.m_CurNormal.z = z;
 }
 
-void TRenderCPU::Normal3f(float x, float y, float z) { _SetNormal(x, y, z); }
+void TRenderCPU::Normal3f(float x, float y, float z) { SetNormal(*this, x, y, z); }
 
-void TRenderCPU::Normal3fv(const float* v) { _SetNormal(v[0], v[1], v[2]); }
+void TRenderCPU::Normal3fv(const float* v) { SetNormal(*this, v[0], v[1], v[2]); }
 
-void TRenderCPU::Normal3d(double x, double y, double z) { _SetNormal(x, y, z); }
+void TRenderCPU::Normal3d(double x, double y, double z) { SetNormal(*this, x, y, z); }
 
-void TRenderCPU::Normal3dv(const double* v) { _SetNormal(v[0], v[1], v[2]); }
+void TRenderCPU::Normal3dv(const double* v) { SetNormal(*this, v[0], v[1], v[2]); }
 
 // --- Texture coordinate
 
@@ -118,86 +118,44 @@ void TRenderCPU::MultiTexCoord3dv(unsigned int, const double* v) {
   m_CurTexCoord = {v[0], v[1], v[2], 1};
 }
 
-// --- Vertex
-
-void TRenderCPU::Vertex2i(int x, int y) {
-  _Submit(static_cast<double>(x), static_cast<double>(y), 0, 1);
-}
-
-void TRenderCPU::Vertex2iv(const int* v) {
-  _Submit(static_cast<double>(v[0]), static_cast<double>(v[1]), 0, 1);
-}
-
-void TRenderCPU::Vertex2f(float x, float y) { _Submit(x, y, 0, 1); }
-
-void TRenderCPU::Vertex2fv(const float* v) { _Submit(v[0], v[1], 0, 1); }
-
-void TRenderCPU::Vertex2d(double x, double y) { _Submit(x, y, 0, 1); }
-
-void TRenderCPU::Vertex2dv(const double* v) { _Submit(v[0], v[1], 0, 1); }
-
-void TRenderCPU::Vertex3i(int x, int y, int z) {
-  _Submit(static_cast<double>(x), static_cast<double>(y), static_cast<double>(z), 1);
-}
-
-void TRenderCPU::Vertex3iv(const int* v) {
-  _Submit(static_cast<double>(v[0]), static_cast<double>(v[1]), static_cast<double>(v[2]), 1);
-}
-
-void TRenderCPU::Vertex3f(float x, float y, float z) { _Submit(x, y, z, 1); }
-
-void TRenderCPU::Vertex3fv(const float* v) { _Submit(v[0], v[1], v[2], 1); }
-
-void TRenderCPU::Vertex3d(double x, double y, double z) { _Submit(x, y, z, 1); }
-
-void TRenderCPU::Vertex3dv(const double* v) { _Submit(v[0], v[1], v[2], 1); }
-
-void TRenderCPU::Vertex4f(float x, float y, float z, float w) { _Submit(x, y, z, w); }
-
-void TRenderCPU::Vertex4fv(const float* v) { _Submit(v[0], v[1], v[2], v[3]); }
-
-void TRenderCPU::Vertex4d(double x, double y, double z, double w) { _Submit(x, y, z, w); }
-
-void TRenderCPU::Vertex4dv(const double* v) { _Submit(v[0], v[1], v[2], v[3]); }
-
 // --- Generic attributes
 
-void TRenderCPU::_SetAttrib(int index, const vec_t_<double, 4>& value) {
-  if (static_cast<unsigned int>(index) >= 8) {
+static void SetAttrib(TRenderCPU& gl, int index, const vec_t_<double, 4>& value) {
+  if (!IsBelow(index, kAttribs)) {
     return;
   }
-  m_CurAttrib[index] = value;
+  gl.m_CurAttrib[index] = value;
   if (index == 0) {
-    Vertex4dv(&m_CurAttrib[0].x);
+    gl.Vertex4dv(&gl.m_CurAttrib[0].x);
   }
 }
 
-void TRenderCPU::VertexAttrib(int index, float v) { _SetAttrib(index, {v, 0, 0, 1}); }
+void TRenderCPU::VertexAttrib(int index, float v) { SetAttrib(*this, index, {v, 0, 0, 1}); }
 
-void TRenderCPU::VertexAttrib(int index, double v) { _SetAttrib(index, {v, 0, 0, 1}); }
+void TRenderCPU::VertexAttrib(int index, double v) { SetAttrib(*this, index, {v, 0, 0, 1}); }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<float, 2>& v) {
-  _SetAttrib(index, {v.x, v.y, 0, 1});
+  SetAttrib(*this, index, {v.x, v.y, 0, 1});
 }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<double, 2>& v) {
-  _SetAttrib(index, {v.x, v.y, 0, 1});
+  SetAttrib(*this, index, {v.x, v.y, 0, 1});
 }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<float, 3>& v) {
-  _SetAttrib(index, {v.x, v.y, v.z, 1});
+  SetAttrib(*this, index, {v.x, v.y, v.z, 1});
 }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<double, 3>& v) {
-  _SetAttrib(index, {v.x, v.y, v.z, 1});
+  SetAttrib(*this, index, {v.x, v.y, v.z, 1});
 }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<float, 4>& v) {
-  _SetAttrib(index, {v.x, v.y, v.z, v.w});
+  SetAttrib(*this, index, {v.x, v.y, v.z, v.w});
 }
 
 void TRenderCPU::VertexAttrib(int index, const vec_t_<double, 4>& v) {
-  _SetAttrib(index, {v.x, v.y, v.z, v.w});
+  SetAttrib(*this, index, {v.x, v.y, v.z, v.w});
 }
 
 } // namespace Zx3D

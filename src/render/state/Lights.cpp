@@ -9,6 +9,7 @@
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/ErrorCodes.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -27,23 +28,23 @@ static bool IsCutoff(float degrees) {
 // --- Lights
 
 // The light of an enum; null, with an error reported, outside GL_LIGHT0 to GL_LIGHT7.
-TRenderCPU::TLight* TRenderCPU::_LightOf(unsigned int light) {
-  if ((light & ~7u) != GL_LIGHT0) {
-    _SetError(kIndexError);
+static TRenderCPU::TLight* LightOf(TRenderCPU& gl, unsigned int light) {
+  if (light - GL_LIGHT0 >= kLights) {
+    gl._SetError(kIndexError);
     return nullptr;
   }
-  return &m_Lights[light & 7];
+  return &gl.m_Lights[light - GL_LIGHT0];
 }
 
 // The values that are one number; `pname` is GL_SPOT_EXPONENT to GL_QUADRATIC_ATTENUATION.
-void TRenderCPU::_SetLightValue(TLight* light, unsigned int pname, float v) {
+static void SetLightValue(TRenderCPU& gl, TRenderCPU::TLight* light, unsigned int pname, float v) {
   switch (pname) {
   case GL_SPOT_EXPONENT:
     light->SpotExponent = v;
     break;
   case GL_SPOT_CUTOFF:
     if (!IsCutoff(v)) {
-      _SetError(GL_INVALID_VALUE);
+      gl._SetError(GL_INVALID_VALUE);
       break;
     }
     light->SpotCutoff = v;
@@ -69,7 +70,7 @@ void TRenderCPU::Lightf(unsigned int light, unsigned int pname, float v) {
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  TLight* const target = _LightOf(light);
+  TLight* const target = LightOf(*this, light);
   if (target == nullptr) {
     return;
   }
@@ -77,7 +78,7 @@ void TRenderCPU::Lightf(unsigned int light, unsigned int pname, float v) {
     _SetError(GL_INVALID_ENUM);
     return;
   }
-  _SetLightValue(target, pname, v);
+  SetLightValue(*this, target, pname, v);
 }
 
 void TRenderCPU::Lightfv(unsigned int light, unsigned int pname, const float* v) {
@@ -85,7 +86,7 @@ void TRenderCPU::Lightfv(unsigned int light, unsigned int pname, const float* v)
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  TLight* const target = _LightOf(light);
+  TLight* const target = LightOf(*this, light);
   if (target == nullptr) {
     return;
   }
@@ -124,15 +125,15 @@ void TRenderCPU::Lightfv(unsigned int light, unsigned int pname, const float* v)
   }
   // Each attenuation is read from its own place in the array.
   case GL_LINEAR_ATTENUATION:
-    _SetLightValue(target, pname, v[1]);
+    SetLightValue(*this, target, pname, v[1]);
     break;
   case GL_QUADRATIC_ATTENUATION:
-    _SetLightValue(target, pname, v[2]);
+    SetLightValue(*this, target, pname, v[2]);
     break;
   case GL_SPOT_EXPONENT:
   case GL_SPOT_CUTOFF:
   case GL_CONSTANT_ATTENUATION:
-    _SetLightValue(target, pname, v[0]);
+    SetLightValue(*this, target, pname, v[0]);
     break;
   default:
     _SetError(GL_INVALID_ENUM);
@@ -141,7 +142,7 @@ void TRenderCPU::Lightfv(unsigned int light, unsigned int pname, const float* v)
 }
 
 void TRenderCPU::GetLight(unsigned int light, unsigned int pname, float* out) {
-  const TLight* const from = _LightOf(light);
+  const TLight* const from = LightOf(*this, light);
   if (from == nullptr) {
     return;
   }
@@ -192,7 +193,7 @@ void TRenderCPU::EnableLight(unsigned long index, bool on) {
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  if (index >= 8) {
+  if (index >= kLights) {
     _SetError(kIndexError);
     return;
   }
@@ -203,7 +204,7 @@ void TRenderCPU::EnableLight(unsigned long index, bool on) {
 }
 
 bool TRenderCPU::_IsEnableLight(int index) {
-  if (index < 0 || index >= 8) {
+  if (!IsBelow(index, kLights)) {
     _SetError(kIndexError);
     return false;
   }
@@ -214,30 +215,32 @@ void TRenderCPU::EnableLighting(bool on) { m_Lighting = on; }
 
 // --- The light model
 
-void TRenderCPU::_SetLightModelFlag(unsigned int pname, bool on) {
+static void SetLightModelFlag(TRenderCPU& gl, unsigned int pname, bool on) {
   switch (pname) {
   case GL_LIGHT_MODEL_LOCAL_VIEWER:
-    m_LightModelLocalViewer = on;
+    gl.m_LightModelLocalViewer = on;
     break;
   case GL_LIGHT_MODEL_TWO_SIDE:
-    m_LightModelTwoSide = on;
+    gl.m_LightModelTwoSide = on;
     break;
   case GL_LIGHT_MODEL_COLOR_CONTROL:
-    m_LightModelColorControl = on;
+    gl.m_LightModelColorControl = on;
     break;
   default:
-    _SetError(GL_INVALID_ENUM);
+    gl._SetError(GL_INVALID_ENUM);
     break;
   }
 }
 
-void TRenderCPU::LightModeli(unsigned int pname, int v) { _SetLightModelFlag(pname, v != 0); }
+void TRenderCPU::LightModeli(unsigned int pname, int v) { SetLightModelFlag(*this, pname, v != 0); }
 
-void TRenderCPU::LightModelf(unsigned int pname, float v) { _SetLightModelFlag(pname, v != 0.0f); }
+void TRenderCPU::LightModelf(unsigned int pname, float v) {
+  SetLightModelFlag(*this, pname, v != 0.0f);
+}
 
 void TRenderCPU::LightModeliv(unsigned int pname, const int* v) {
   if (pname != GL_LIGHT_MODEL_AMBIENT) {
-    _SetLightModelFlag(pname, v[0] != 0);
+    SetLightModelFlag(*this, pname, v[0] != 0);
     return;
   }
   constexpr double kScale = 4.656612875245797e-10; // 1/2147483647
@@ -246,7 +249,7 @@ void TRenderCPU::LightModeliv(unsigned int pname, const int* v) {
 
 void TRenderCPU::LightModelfv(unsigned int pname, const float* v) {
   if (pname != GL_LIGHT_MODEL_AMBIENT) {
-    _SetLightModelFlag(pname, v[0] != 0.0f);
+    SetLightModelFlag(*this, pname, v[0] != 0.0f);
     return;
   }
   m_LightModelAmbient = Widened4(v);
@@ -315,34 +318,34 @@ void TRenderCPU::Fog(unsigned int pname, int v) {
   m_Fog.Mode = v;
 }
 
-void TRenderCPU::_SetFogValue(unsigned int pname, float v) {
+static void SetFogValue(TRenderCPU& gl, unsigned int pname, float v) {
   switch (pname) {
   case GL_FOG_MODE:
-    m_Fog.Mode = TruncI32(v);
+    gl.m_Fog.Mode = TruncI32(v);
     break;
   case GL_FOG_DENSITY:
-    m_Fog.Density = v;
+    gl.m_Fog.Density = v;
     break;
   case GL_FOG_START:
-    m_Fog.Start = v;
+    gl.m_Fog.Start = v;
     break;
   case GL_FOG_END:
-    m_Fog.End = v;
+    gl.m_Fog.End = v;
     break;
   default:
-    _SetError(GL_INVALID_VALUE);
+    gl._SetError(GL_INVALID_VALUE);
     break;
   }
 }
 
-void TRenderCPU::Fog(unsigned int pname, float v) { _SetFogValue(pname, v); }
+void TRenderCPU::Fog(unsigned int pname, float v) { SetFogValue(*this, pname, v); }
 
 void TRenderCPU::Fog(unsigned int pname, const float* v) {
   if (pname == GL_FOG_COLOR) {
     m_Fog.Color = Widened4(v);
     return;
   }
-  _SetFogValue(pname, v[0]);
+  SetFogValue(*this, pname, v[0]);
 }
 
 // --- Shading

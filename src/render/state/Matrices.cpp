@@ -4,6 +4,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/state/CurrentObjects.h>
+
 namespace Zx3D {
 
 static constexpr MAT4<double> E4d = {{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
@@ -18,11 +20,22 @@ static MAT4<double> Widened(const float* m) {
 
 // --- The target
 
+namespace {
+
+/// The matrix that `MatrixMode` names, and its stack.
+struct TMatrixTarget {
+  MAT4<double>* Matrix;
+  std::vector<MAT4<double>>* Stack;
+  bool Transform; ///< modelview or projection: the product depends on it
+};
+
+} // namespace
+
 // False, with an error reported, if the mode names no matrix.
-bool TRenderCPU::_MatrixTarget(TMatrixTarget* out) {
-  switch (m_MatrixMode) {
+static bool MatrixTarget(TRenderCPU& gl, TMatrixTarget* out) {
+  switch (gl.m_MatrixMode) {
   case GL_TEXTURE: {
-    TTexUnit* const unit = _ActiveTexUnit();
+    TRenderCPU::TTexUnit* const unit = ActiveTexUnit(gl);
     if (unit == nullptr) {
       return false;
     }
@@ -30,19 +43,19 @@ bool TRenderCPU::_MatrixTarget(TMatrixTarget* out) {
     return true;
   }
   case GL_PROJECTION:
-    *out = {&m_Projection, &m_ProjectionStack, true};
+    *out = {&gl.m_Projection, &gl.m_ProjectionStack, true};
     return true;
   case GL_MODELVIEW:
-    *out = {&m_ModelView, &m_ModelViewStack, true};
+    *out = {&gl.m_ModelView, &gl.m_ModelViewStack, true};
     return true;
   default:
-    _SetError(GL_INVALID_OPERATION);
+    gl._SetError(GL_INVALID_OPERATION);
     return false;
   }
 }
 
-void TRenderCPU::_RefreshModelViewProjection() {
-  Mat4_Mul_Mat4(m_ModelView.m, m_Projection.m, m_ModelViewProjection.m);
+static void RefreshModelViewProjection(TRenderCPU& gl) {
+  Mat4_Mul_Mat4(gl.m_ModelView.m, gl.m_Projection.m, gl.m_ModelViewProjection.m);
 }
 
 void TRenderCPU::MatrixMode(unsigned int mode) { m_MatrixMode = mode; }
@@ -51,20 +64,20 @@ void TRenderCPU::MatrixMode(unsigned int mode) { m_MatrixMode = mode; }
 
 void TRenderCPU::PushMatrix() {
   TMatrixTarget target;
-  if (_MatrixTarget(&target)) {
+  if (MatrixTarget(*this, &target)) {
     target.Stack->push_back(*target.Matrix);
   }
 }
 
 void TRenderCPU::PopMatrix() {
   TMatrixTarget target;
-  if (!_MatrixTarget(&target) || target.Stack->empty()) {
+  if (!MatrixTarget(*this, &target) || target.Stack->empty()) {
     return;
   }
   *target.Matrix = target.Stack->back();
   target.Stack->pop_back();
   if (target.Transform) {
-    _RefreshModelViewProjection();
+    RefreshModelViewProjection(*this);
   }
 }
 
@@ -72,12 +85,12 @@ void TRenderCPU::PopMatrix() {
 
 void TRenderCPU::LoadMatrix(const MAT4<double>& m) {
   TMatrixTarget target;
-  if (!_MatrixTarget(&target)) {
+  if (!MatrixTarget(*this, &target)) {
     return;
   }
   *target.Matrix = m;
   if (target.Transform) {
-    _RefreshModelViewProjection();
+    RefreshModelViewProjection(*this);
   }
 }
 
@@ -93,14 +106,14 @@ void TRenderCPU::LoadIdentity() { LoadMatrix(E4d); }
 
 void TRenderCPU::MultMatrix(const MAT4<double>& m) {
   TMatrixTarget target;
-  if (!_MatrixTarget(&target)) {
+  if (!MatrixTarget(*this, &target)) {
     return;
   }
   const MAT4<double> factor = m; // may be the target itself
   const MAT4<double> before = *target.Matrix;
   Mat4_Mul_Mat4(factor.m, before.m, target.Matrix->m);
   if (target.Transform) {
-    _RefreshModelViewProjection();
+    RefreshModelViewProjection(*this);
   }
 }
 

@@ -3,6 +3,8 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
+#include <ZxCore3D/render/common/Engine.h>
+
 namespace Zx3D {
 
 static constexpr unsigned int kNoLocation = 0xFFFFFFFF;
@@ -69,7 +71,7 @@ template <class T> static void Install(TRenderCPU* render, T*& installed, T* fre
 void TRenderCPU::_SetVertexShader(TVertexShaderCPU* shader) {
   TVertexShaderCPU* const fresh = shader != nullptr ? shader : m_StdVertexShader;
   if (fresh != m_VertexShader) {
-    _ResolveFragment();
+    m_Engine->ResolveFragment();
     Install(this, m_VertexShader, fresh);
   }
 }
@@ -77,7 +79,7 @@ void TRenderCPU::_SetVertexShader(TVertexShaderCPU* shader) {
 void TRenderCPU::_SetFragmentShader(TFragmentShaderCPU* shader) {
   TFragmentShaderCPU* const fresh = shader != nullptr ? shader : m_StdFragmentShader;
   if (fresh != m_FragmentShader) {
-    _ResolveFragment();
+    m_Engine->ResolveFragment();
     Install(this, m_FragmentShader, fresh);
     m_CalcDepth = fresh != nullptr && fresh->IsCalcDepth();
   }

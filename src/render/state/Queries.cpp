@@ -4,6 +4,10 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/state/CurrentObjects.h>
+
 namespace Zx3D {
 
 // --- Integers
@@ -18,7 +22,7 @@ template <class... TValues> bool Store(int* out, TValues... values) {
 
 } // namespace
 
-// Names that tell of the renderer as it is, whatever its state.
+// What does not depend on state.
 static bool GetFixedInteger(unsigned int pname, int* out) {
   switch (pname) {
   case GL_DOUBLEBUFFER:
@@ -29,8 +33,10 @@ static bool GetFixedInteger(unsigned int pname, int* out) {
   case GL_RENDER_MODE:
     return Store(out, GL_RENDER);
   case GL_MAX_LIGHTS:
-  case GL_STENCIL_BITS:
+    return Store(out, kLights);
   case GL_MAX_VERTEX_ATTRIBS:
+    return Store(out, kAttribs);
+  case GL_STENCIL_BITS:
     return Store(out, 8);
   case GL_MAX_TEXTURE_SIZE:
     return Store(out, 16384);
@@ -39,78 +45,78 @@ static bool GetFixedInteger(unsigned int pname, int* out) {
   }
 }
 
-bool TRenderCPU::_GetFragmentInteger(unsigned int pname, int* out) const {
+static bool GetFragmentInteger(const TRenderCPU& gl, unsigned int pname, int* out) {
   switch (pname) {
   case GL_DEPTH_TEST:
-    return Store(out, m_DepthTest);
+    return Store(out, gl.m_DepthTest);
   case GL_DEPTH_WRITEMASK:
-    return Store(out, m_DepthMask);
+    return Store(out, gl.m_DepthMask);
   case GL_STENCIL_TEST:
-    return Store(out, m_StencilTest);
+    return Store(out, gl.m_StencilTest);
   case GL_STENCIL_CLEAR_VALUE:
-    return Store(out, m_ClearStencil);
+    return Store(out, gl.m_ClearStencil);
   case GL_STENCIL_FAIL:
-    return Store(out, m_StencilFail);
+    return Store(out, gl.m_StencilFail);
   case GL_STENCIL_PASS_DEPTH_FAIL:
-    return Store(out, m_StencilZFail);
+    return Store(out, gl.m_StencilZFail);
   case GL_STENCIL_PASS_DEPTH_PASS:
-    return Store(out, m_StencilZPass);
+    return Store(out, gl.m_StencilZPass);
   case GL_VIEWPORT:
-    return Store(out, 0, 0, m_Width, m_Height);
+    return Store(out, 0, 0, gl.m_Width, gl.m_Height);
   case GL_COLOR_WRITEMASK:
-    return Store(out, m_ColorMask & 1, m_ColorMask >> 1 & 1, m_ColorMask >> 2 & 1,
-                 m_ColorMask >> 3 & 1);
+    return Store(out, gl.m_ColorMask & 1, gl.m_ColorMask >> 1 & 1, gl.m_ColorMask >> 2 & 1,
+                 gl.m_ColorMask >> 3 & 1);
   default:
     return false;
   }
 }
 
-bool TRenderCPU::_GetSurfaceInteger(unsigned int pname, int* out) const {
+static bool GetSurfaceInteger(const TRenderCPU& gl, unsigned int pname, int* out) {
   switch (pname) {
   case GL_POLYGON_MODE:
-    return Store(out, m_PolygonModeFront, m_PolygonModeBack);
+    return Store(out, gl.m_PolygonModeFront, gl.m_PolygonModeBack);
   case GL_CULL_FACE:
-    return Store(out, m_CullFaceEnabled);
+    return Store(out, gl.m_CullFaceEnabled);
   case GL_CULL_FACE_MODE:
-    return Store(out, m_CullFaceMode);
+    return Store(out, gl.m_CullFaceMode);
   case GL_FRONT_FACE:
-    return Store(out, m_FrontFaceCCW ? GL_CCW : GL_CW);
+    return Store(out, gl.m_FrontFaceCCW ? GL_CCW : GL_CW);
   case GL_LIGHT_MODEL_TWO_SIDE:
-    return Store(out, m_LightModelTwoSide);
+    return Store(out, gl.m_LightModelTwoSide);
   case GL_SHADE_MODEL:
-    return Store(out, m_ShadeModel);
+    return Store(out, gl.m_ShadeModel);
   case GL_COLOR_MATERIAL_FACE:
-    return Store(out, m_ColorMaterialFace);
+    return Store(out, gl.m_ColorMaterialFace);
   case GL_COLOR_MATERIAL_PARAMETER:
-    return Store(out, m_ColorMaterialMode);
+    return Store(out, gl.m_ColorMaterialMode);
   case GL_COLOR_MATERIAL:
-    return Store(out, m_ColorMaterial);
+    return Store(out, gl.m_ColorMaterial);
   case GL_FOG_MODE:
-    return Store(out, m_Fog.Mode);
+    return Store(out, gl.m_Fog.Mode);
   default:
     return false;
   }
 }
 
-bool TRenderCPU::_GetArrayInteger(unsigned int pname, int* out) {
-  if (const TVertexAttribPointer* const array = _ClassicArray(pname)) {
+static bool GetArrayInteger(TRenderCPU& gl, unsigned int pname, int* out) {
+  if (const TRenderCPU::TVertexAttribPointer* const array = ClassicArray(gl, pname)) {
     return Store(out, array->Enabled);
   }
   switch (pname) {
   case GL_VERTEX_ARRAY_BINDING:
-    return Store(out, m_VertexArrayBinding);
+    return Store(out, gl.m_VertexArrayBinding);
   case GL_ARRAY_BUFFER_BINDING:
-    return Store(out, m_BufferBindings[0]);
+    return Store(out, gl.m_BufferBindings[0]);
   case GL_ELEMENT_ARRAY_BUFFER_BINDING:
-    return Store(out, m_BufferBindings[1]);
+    return Store(out, gl.m_BufferBindings[1]);
   case GL_PIXEL_PACK_BUFFER_BINDING:
-    return Store(out, m_BufferBindings[2]);
+    return Store(out, gl.m_BufferBindings[2]);
   case GL_PIXEL_UNPACK_BUFFER_BINDING:
-    return Store(out, m_BufferBindings[3]);
+    return Store(out, gl.m_BufferBindings[3]);
   case GL_ATOMIC_COUNTER_BUFFER: // the target's own name, not that of its binding
-    return Store(out, m_BufferBindings[4]);
+    return Store(out, gl.m_BufferBindings[4]);
   case GL_SHADER_STORAGE_BUFFER_BINDING:
-    return Store(out, m_BufferBindings[5]);
+    return Store(out, gl.m_BufferBindings[5]);
   default:
     return false;
   }
@@ -121,8 +127,8 @@ void TRenderCPU::GetIntegerv(unsigned int pname, int* out) {
     _SetError(GL_INVALID_VALUE);
     return;
   }
-  if (!_GetSurfaceInteger(pname, out) && !_GetFragmentInteger(pname, out) &&
-      !_GetArrayInteger(pname, out) && !GetFixedInteger(pname, out)) {
+  if (!GetSurfaceInteger(*this, pname, out) && !GetFragmentInteger(*this, pname, out) &&
+      !GetArrayInteger(*this, pname, out) && !GetFixedInteger(pname, out)) {
     _SetError(GL_INVALID_ENUM);
   }
 }
@@ -130,7 +136,7 @@ void TRenderCPU::GetIntegerv(unsigned int pname, int* out) {
 // --- Floating values
 
 // Up to sixteen values by name; 0, with an error reported, for an unknown one.
-int TRenderCPU::_GetDoubles(unsigned int pname, double* out) {
+static int GetDoubles(TRenderCPU& gl, unsigned int pname, double* out) {
   const auto store = [out](const double* values, int count) {
     for (int i = 0; i < count; ++i) {
       out[i] = values[i];
@@ -139,43 +145,43 @@ int TRenderCPU::_GetDoubles(unsigned int pname, double* out) {
   };
   switch (pname) {
   case GL_CURRENT_COLOR:
-    return store(&m_CurColor.x, 4);
+    return store(&gl.m_CurColor.x, 4);
   case GL_FOG_DENSITY:
-    return store(&m_Fog.Density, 1);
+    return store(&gl.m_Fog.Density, 1);
   case GL_FOG_START:
-    return store(&m_Fog.Start, 1);
+    return store(&gl.m_Fog.Start, 1);
   case GL_FOG_END:
-    return store(&m_Fog.End, 1);
+    return store(&gl.m_Fog.End, 1);
   case GL_FOG_MODE:
-    out[0] = m_Fog.Mode;
+    out[0] = gl.m_Fog.Mode;
     return 1;
   case GL_FOG_COLOR:
-    return store(&m_Fog.Color.x, 4);
+    return store(&gl.m_Fog.Color.x, 4);
   case GL_DEPTH_CLEAR_VALUE:
-    out[0] = m_ClearDepth;
+    out[0] = gl.m_ClearDepth;
     return 1;
   case GL_MODELVIEW_MATRIX:
-    return store(m_ModelView.m, 16);
+    return store(gl.m_ModelView.m, 16);
   case GL_PROJECTION_MATRIX:
-    return store(m_Projection.m, 16);
+    return store(gl.m_Projection.m, 16);
   case GL_TEXTURE_MATRIX: {
-    const TTexUnit* const unit = _ActiveTexUnit();
+    const TRenderCPU::TTexUnit* const unit = ActiveTexUnit(gl);
     return unit != nullptr ? store(unit->TexMatrix.m, 16) : 0;
   }
   case GL_COLOR_CLEAR_VALUE:
     for (int i = 0; i < 4; ++i) {
-      out[i] = m_ClearColor[i] / 255.0;
+      out[i] = UnitOfStoredByte(gl.m_ClearColor[i]);
     }
     return 4;
   default:
-    _SetError(GL_INVALID_ENUM);
+    gl._SetError(GL_INVALID_ENUM);
     return 0;
   }
 }
 
 void TRenderCPU::GetDoublev(unsigned int pname, double* out) {
   double values[16];
-  const int count = _GetDoubles(pname, values);
+  const int count = GetDoubles(*this, pname, values);
   for (int i = 0; i < count; ++i) {
     out[i] = values[i];
   }
@@ -183,7 +189,7 @@ void TRenderCPU::GetDoublev(unsigned int pname, double* out) {
 
 void TRenderCPU::GetFloatv(unsigned int pname, float* out) {
   double values[16];
-  const int count = _GetDoubles(pname, values);
+  const int count = GetDoubles(*this, pname, values);
   for (int i = 0; i < count; ++i) {
     out[i] = static_cast<float>(values[i]);
   }

@@ -1,9 +1,5 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <iterator>
 #include <new>
 #include <string>
 
@@ -13,8 +9,9 @@
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Conversions.h>
-#include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/common/Engine.h>
 
 namespace Zx3D {
 
@@ -49,181 +46,37 @@ void TRenderCPU::TFrameBuffer::Destroy() {
   Height = 0;
 }
 
-void TRenderCPU::_AdoptSurfaces() {
-  m_ColorSurface = m_FrameBuffer->Color;
-  m_DepthSurface = m_FrameBuffer->Depth;
-  m_StencilSurface = m_FrameBuffer->Stencil;
-  m_Width = m_FrameBuffer->Width;
-  m_Height = m_FrameBuffer->Height;
-  _MeasureTargets();
+void TRenderEngine::AdoptSurfaces() {
+  gl.m_ColorSurface = gl.m_FrameBuffer->Color;
+  gl.m_DepthSurface = gl.m_FrameBuffer->Depth;
+  gl.m_StencilSurface = gl.m_FrameBuffer->Stencil;
+  gl.m_Width = gl.m_FrameBuffer->Width;
+  gl.m_Height = gl.m_FrameBuffer->Height;
 }
 
 // The surfaces of the frame buffer are about to go: nothing may draw into them or sample them.
-void TRenderCPU::_ForgetOwnSurfaces() {
+void TRenderEngine::ForgetOwnSurfaces() {
   for (TDataSurface* const surface :
-       {m_FrameBuffer->Color, m_FrameBuffer->Depth, m_FrameBuffer->Stencil}) {
-    _UnbindTexture(surface);
-    _ForgetTarget(surface);
+       {gl.m_FrameBuffer->Color, gl.m_FrameBuffer->Depth, gl.m_FrameBuffer->Stencil}) {
+    UnbindTexture(surface);
+    ForgetTarget(surface);
   }
-  m_ColorSurface = nullptr;
-  m_DepthSurface = nullptr;
-  m_StencilSurface = nullptr;
+  gl.m_ColorSurface = nullptr;
+  gl.m_DepthSurface = nullptr;
+  gl.m_StencilSurface = nullptr;
 }
 
 // A surface is about to go: it is no target any more.
-void TRenderCPU::_ForgetTarget(const TDataSurface* surface) {
-  if (surface != nullptr && m_DrawBuffer == surface) {
-    SetDrawBuffer(nullptr);
+void TRenderEngine::ForgetTarget(const TDataSurface* surface) {
+  if (surface != nullptr && gl.m_DrawBuffer == surface) {
+    gl.SetDrawBuffer(nullptr);
   }
-  if (surface != nullptr && m_ColorSurface == surface) {
-    BindColorSurface(nullptr);
+  if (surface != nullptr && gl.m_ColorSurface == surface) {
+    gl.BindColorSurface(nullptr);
   }
 }
 
 // --- Where drawing goes
-
-namespace {
-
-// Whether two records are the same, byte by byte.
-bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
-  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
-  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
-  std::uint64_t differing = 0;
-  for (const std::size_t place : kPlaces) {
-    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
-    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
-    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
-    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
-  }
-  return differing == 0;
-}
-
-// Whether all pixels are addresses of 32-bit words.
-bool IsAligned(const DATASURFACE& surface) {
-  return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
-}
-
-// Bytes that a draw buffer's writer touches: its surface may have been exchanged since it was
-// chosen.
-std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite write) {
-  const std::ptrdiff_t pixel =
-      surface.Channels * static_cast<std::ptrdiff_t>(GetTypeSize(surface.Type));
-  const std::ptrdiff_t written = write == &SetValue4d   ? 32
-                                 : write == &SetValue4f ? 16
-                                 : write == &SetValue1d ? 8
-                                                        : 4;
-  return std::max(pixel, written);
-}
-
-} // namespace
-
-// Measures the targets if one of their surfaces is another one, or not what it was. True if so.
-bool TRenderCPU::_RefreshTargets() {
-  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
-                                          m_DepthSurface, m_StencilSurface};
-  for (int i = 0; i < 3; ++i) {
-    if (surfaces[i] != m_Targets.Surfaces[i] ||
-        (surfaces[i] != nullptr && !IsSameRecord(*surfaces[i], m_Targets.Records[i]))) {
-      _MeasureTargets();
-      return true;
-    }
-  }
-  return false;
-}
-
-// What each primitive looks at anew, as others may have changed it: targets and shared textures.
-// True if there was a change.
-bool TRenderCPU::_RefreshState() {
-  const bool targets = _RefreshTargets();
-  return _RefreshTextures() || targets;
-}
-
-void TRenderCPU::_MeasureTargets() {
-  TTargets& t = m_Targets;
-  t = {};
-  const DATASURFACE* const surfaces[3] = {m_DrawBuffer != nullptr ? m_DrawBuffer : m_ColorSurface,
-                                          m_DepthSurface, m_StencilSurface};
-  const auto measure = [this, &t, &surfaces](int i, std::ptrdiff_t size, std::ptrdiff_t step,
-                                             std::ptrdiff_t stride) -> TTarget {
-    const DATASURFACE* const surface = surfaces[i];
-    t.Surfaces[i] = surface;
-    if (surface == nullptr) {
-      return {};
-    }
-    std::memcpy(&t.Records[i], surface, sizeof *surface); // with the bytes between its fields
-    if (surface->Data == nullptr) {
-      return {};
-    }
-    return {surface->Data,
-            stride,
-            surface->RowStride,
-            step,
-            size,
-            BlockSize(*surface),
-            surface->Width >= m_Width && surface->Height >= m_Height &&
-                surface->PixelStride >= size};
-  };
-  const std::ptrdiff_t stride = surfaces[0] != nullptr ? surfaces[0]->PixelStride : 0;
-  if (m_DrawBuffer != nullptr) {
-    t.Color = measure(0, WriteSizeOf(*m_DrawBuffer, m_PixelWrite), stride, stride);
-  } else {
-    t.Color = measure(0, 4, 4, stride);
-  }
-  t.Depth = measure(1, sizeof(float), sizeof(float), sizeof(float));
-  t.Stencil = measure(2, 1, 1, 1);
-  if (t.Color.Fits && t.Depth.Fits && t.Stencil.Fits && IsAligned(t.Records[0]) &&
-      IsAligned(t.Records[1])) {
-    const TBlock color = BlockOf(t.Records[0]);
-    const TBlock depth = BlockOf(t.Records[1]);
-    const TBlock stencil = BlockOf(t.Records[2]);
-    t.Kernels = !color.Overlaps(depth) && !color.Overlaps(stencil) && !depth.Overlaps(stencil);
-  }
-}
-
-// Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
-// its end.
-bool TRenderCPU::_TextureIsTarget() const {
-  const DATASURFACE* const texture = m_TexUnits[0].Sampler.m_Surface;
-  if (!m_TexUnits[0].TexEnabled || texture == nullptr) {
-    return false;
-  }
-  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
-  const TBlock texels = BlockOf(*texture, slack);
-  return std::any_of(
-      std::begin(m_Targets.Records), std::end(m_Targets.Records),
-      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
-}
-
-// Null for a pixel that the block does not hold.
-unsigned char* TRenderCPU::_TargetPixel(const TTarget& target, int x, int y) {
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  if (!target.Fits &&
-      (target.Data == nullptr || offset < 0 || offset > target.Size - target.WriteSize)) {
-    return nullptr;
-  }
-  return target.Data + offset;
-}
-
-// The column at which a span from (x, y) on leaves the block.
-int TRenderCPU::_TargetEnd(const TTarget& target, int x, int y) const {
-  if (target.Fits) {
-    return m_Width;
-  }
-  if (_TargetPixel(target, x, y) == nullptr || target.Step <= 0) {
-    return x;
-  }
-  const std::ptrdiff_t offset = x * target.PixelStride + y * target.RowStride;
-  const std::ptrdiff_t pixels = (target.Size - target.WriteSize - offset) / target.Step + 1;
-  return static_cast<int>(std::min<std::ptrdiff_t>(x + pixels, m_Width));
-}
-
-unsigned char* TRenderCPU::_DepthPixel(int x, int y) const {
-  return _TargetPixel(m_Targets.Depth, x, y);
-}
-
-unsigned char* TRenderCPU::_StencilPixel(int x, int y) const {
-  return m_StencilTest ? _TargetPixel(m_Targets.Stencil, x, y) : nullptr;
-}
 
 void TRenderCPU::BindColorSurface(TDataSurface* surface) {
   if (surface == nullptr) {
@@ -234,7 +87,6 @@ void TRenderCPU::BindColorSurface(TDataSurface* surface) {
     }
     m_ColorSurface = surface;
   }
-  _MeasureTargets();
 }
 
 static TRenderCPU::TPixelWrite PixelWriterOf(const DATASURFACE& surface) {
@@ -256,7 +108,6 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   if (surface == nullptr) {
     m_DrawBuffer = nullptr;
     m_PixelWrite = nullptr;
-    _MeasureTargets();
     return;
   }
   if (surface->Width != m_Width || surface->Height != m_Height) {
@@ -268,7 +119,6 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   }
   m_DrawBuffer = surface;
   m_PixelWrite = write;
-  _MeasureTargets();
 }
 
 TDataSurface* TRenderCPU::GetColorSurface() { return m_ColorSurface; }
@@ -279,15 +129,17 @@ TDataSurface* TRenderCPU::GetStencilSurface() { return m_StencilSurface; }
 
 // --- Clear values and masks
 
-void TRenderCPU::_SetClearColor(const vec_t_<double, 4>& color) {
+static void SetClearColor(TRenderCPU& gl, const vec_t_<double, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
-    m_ClearColor[i] = ByteOf(color[i]);
+    gl.m_ClearColor[i] = ByteOf(color[i]);
   }
 }
 
-void TRenderCPU::ClearColor(float r, float g, float b, float a) { _SetClearColor({r, g, b, a}); }
+void TRenderCPU::ClearColor(float r, float g, float b, float a) {
+  SetClearColor(*this, {r, g, b, a});
+}
 
-void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { _SetClearColor(color); }
+void TRenderCPU::ClearColor(const vec_t_<double, 4>& color) { SetClearColor(*this, color); }
 
 void TRenderCPU::ClearColor(const vec_t_<float, 4>& color) {
   for (std::size_t i = 0; i < 4; ++i) {
@@ -346,7 +198,7 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
     return;
   }
   if (color && m_ColorSurface != nullptr && m_ColorMask != 0) {
-    if (m_ColorMask != 15) {
+    if (m_ColorMask != kAllChannels) {
       if (m_ColorSurface->Data != nullptr) {
         ClearChannels(*m_ColorSurface, m_ColorMask, m_ClearColor);
       }

@@ -10,15 +10,17 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
 
 // --- Units
 
-// Null for a unit that does not exist.
-TRenderCPU::TTexUnit* TRenderCPU::_ActiveTexUnit() {
-  return static_cast<unsigned int>(m_ActiveTexture) < 8 ? &m_TexUnits[m_ActiveTexture] : nullptr;
+TRenderCPU::TTexUnit* ActiveTexUnit(TRenderCPU& gl) {
+  return IsBelow(gl.m_ActiveTexture, kTexUnits) ? &gl.m_TexUnits[gl.m_ActiveTexture] : nullptr;
 }
 
 void TRenderCPU::ActiveTexture(unsigned int texture) {
@@ -26,7 +28,7 @@ void TRenderCPU::ActiveTexture(unsigned int texture) {
 }
 
 void TRenderCPU::_EnableTexture2D(int unit, bool on) {
-  if (static_cast<unsigned int>(unit) < 8) {
+  if (IsBelow(unit, kTexUnits)) {
     m_TexUnits[unit].TexEnabled = on;
   }
 }
@@ -38,60 +40,27 @@ void TRenderCPU::TexEnvi(unsigned int target, unsigned int pname, int v) {
     _SetError(GL_INVALID_VALUE);
     return;
   }
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->TexEnvMode = mode;
   }
 }
 
 void TRenderCPU::TexFilter2D(unsigned int min, unsigned int mag) {
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->Sampler.SetFilter(min, mag);
   }
 }
 
 void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
-  if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
     unit->Sampler.SetWrap(s, t);
   }
 }
 
 // --- What is bound, and by whom
 
-/// A texture from the side of those who have it bound. Its pixels go when it is deleted; the
-/// surface itself, empty, stays until the last unit has let go of it, so that no sampler points to
-/// freed memory and no other surface has its address meanwhile.
-struct TRenderCPU::TTextureHold {
-  enum TFate : std::uint8_t { kAlive, kDeleted, kDetached };
-
-  std::atomic<std::uint32_t> Count{1}; ///< its name, and each unit that has it bound
-  std::atomic<std::uint8_t> Fate{kAlive};
-  /// Null until the name is filled: an entry that was filled by hand is met when it is bound.
-  std::atomic<TDataSurface*> Surface{nullptr};
-
-  /// Whether the hold is that of `surface`.
-  bool Takes(TDataSurface* surface) {
-    TDataSurface* held = nullptr;
-    return Surface.compare_exchange_strong(held, surface, std::memory_order_acq_rel) ||
-           held == surface;
-  }
-  void Acquire() { Count.fetch_add(1, std::memory_order_relaxed); }
-  void Release() {
-    if (Count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      if (Fate.load(std::memory_order_relaxed) == kDeleted) {
-        delete Surface.load(std::memory_order_relaxed);
-      }
-      delete this;
-    }
-  }
-  /// Lets go of the name.
-  void Retire(TFate fate) {
-    Fate.store(fate, std::memory_order_release);
-    Release();
-  }
-};
-
-void TRenderCPU::_DropBinding(int unit) {
-  TTextureBinding& binding = m_TextureBindings[unit];
+void TRenderEngine::DropBinding(unsigned int unit) {
+  TTextureBinding& binding = TextureBindings[unit];
   if (binding.Hold != nullptr) {
     binding.Hold->Release();
     binding.Hold = nullptr;
@@ -99,69 +68,35 @@ void TRenderCPU::_DropBinding(int unit) {
 }
 
 // A surface changed under the samplers that hold it: they choose anew.
-void TRenderCPU::_UpdateSamplersOf(const TDataSurface* surface) {
-  for (int i = 0; i < 8; ++i) {
-    TTexSampler& sampler = m_TexUnits[i].Sampler;
+void TRenderEngine::UpdateSamplersOf(const TDataSurface* surface) {
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
+    TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
     if (sampler.m_Surface == surface && surface != nullptr) {
       sampler.SetSurface(sampler.m_Surface);
-      m_TextureBindings[i].Note(*surface);
+      TextureBindings[i].Note(*surface);
     }
   }
 }
 
-void TRenderCPU::_UnbindTexture(const TDataSurface* surface) {
-  for (int i = 0; i < 8; ++i) {
-    if (surface != nullptr && m_TexUnits[i].Sampler.m_Surface == surface) {
-      m_TexUnits[i].Sampler.SetSurface(nullptr);
-      _DropBinding(i);
+void TRenderEngine::UnbindTexture(const TDataSurface* surface) {
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
+    if (surface != nullptr && gl.m_TexUnits[i].Sampler.m_Surface == surface) {
+      gl.m_TexUnits[i].Sampler.SetSurface(nullptr);
+      DropBinding(i);
     }
   }
-}
-
-// Looks after what other contexts of the table did to the textures that are bound here. Samplers
-// are touched only where the texture is gone or has another shape, so that a surface or a function
-// that a caller installed stays. True if anything in the table changed.
-bool TRenderCPU::_RefreshTextures() {
-  if (m_Textures == nullptr) {
-    return false;
-  }
-  const std::uint64_t changes = m_Textures->Changes.load(std::memory_order_acquire);
-  if (changes == m_TextureChanges) {
-    return false;
-  }
-  m_TextureChanges = changes;
-  for (int i = 0; i < 8; ++i) {
-    TTextureBinding& binding = m_TextureBindings[i];
-    if (binding.Hold == nullptr) {
-      continue;
-    }
-    TTexSampler& sampler = m_TexUnits[i].Sampler;
-    TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
-    const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
-    const bool bound = sampler.m_Surface == surface;
-    if (fate != TTextureHold::kAlive) {
-      if (bound && fate == TTextureHold::kDeleted) {
-        sampler.SetSurface(nullptr);
-      }
-      _DropBinding(i);
-    } else if (bound && !binding.Describes(*surface)) {
-      sampler.SetSurface(surface);
-      binding.Note(*surface);
-    }
-  }
-  return true;
 }
 
 // --- The table
 
-void TRenderCPU::_AdoptTextures(TTextureTable* table) {
-  m_Textures = table;
-  m_TextureChanges = table->Changes.load(std::memory_order_acquire);
+void TRenderEngine::AdoptTextures(TTextureTable* table) {
+  gl.m_Textures = table;
+  TextureChanges = table->Changes.load(std::memory_order_acquire);
 }
 
-void TRenderCPU::_NoteTextureChange() {
-  if (m_Textures != nullptr) {
-    m_Textures->Changes.fetch_add(1, std::memory_order_release);
+void TRenderEngine::NoteTextureChange() {
+  if (gl.m_Textures != nullptr) {
+    gl.m_Textures->Changes.fetch_add(1, std::memory_order_release);
   }
 }
 
@@ -170,7 +105,7 @@ void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
     return;
   }
   if (m_Textures == nullptr) {
-    _AdoptTextures(new TTextureTable);
+    m_Engine->AdoptTextures(new TTextureTable);
   }
   std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
   std::vector<TTextureHold*>& holds = m_Textures->Holds;
@@ -237,10 +172,10 @@ void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
     if (ids[i] == 0 || entry == nullptr || *entry == nullptr) {
       continue;
     }
-    _UnbindTexture(*entry);
-    _ForgetTarget(*entry);
+    m_Engine->UnbindTexture(*entry);
+    m_Engine->ForgetTarget(*entry);
     FreeTexture(m_Textures, ids[i]);
-    _NoteTextureChange();
+    m_Engine->NoteTextureChange();
   }
 }
 
@@ -267,7 +202,7 @@ TDataSurface* TRenderCPU::DetachTexture(unsigned int id) {
   if (TTextureHold* const hold = HoldOf(*m_Textures, id, surface)) {
     m_Textures->Holds[id] = nullptr;
     hold->Retire(TTextureHold::kDetached);
-    _NoteTextureChange();
+    m_Engine->NoteTextureChange();
   }
   return surface;
 }
@@ -277,13 +212,13 @@ void TRenderCPU::_ClearTextures() {
     return;
   }
   // From here on the table belongs to others, if there are any, and may not even be read.
-  for (int i = 0; i < 8; ++i) {
-    const TTextureHold* const hold = m_TextureBindings[i].Hold;
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
+    const TTextureHold* const hold = m_Engine->TextureBindings[i].Hold;
     if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
         hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
       m_TexUnits[i].Sampler.SetSurface(nullptr);
     }
-    _DropBinding(i);
+    m_Engine->DropBinding(i);
   }
   TTextureTable* const table = m_Textures;
   m_Textures = nullptr;
@@ -291,8 +226,8 @@ void TRenderCPU::_ClearTextures() {
     return;
   }
   for (std::size_t id = 0; id < table->Surfaces.size(); ++id) {
-    _UnbindTexture(table->Surfaces[id]);
-    _ForgetTarget(table->Surfaces[id]);
+    m_Engine->UnbindTexture(table->Surfaces[id]);
+    m_Engine->ForgetTarget(table->Surfaces[id]);
     FreeTexture(table, id);
   }
   for (TTextureHold* const hold : table->Holds) { // of names that were never filled
@@ -314,7 +249,7 @@ static void RequireTexture2D(unsigned int target) {
 void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
   RequireTexture2D(target);
   TDataSurface** const entry = EntryOf(m_Textures, id);
-  TTexUnit* const unit = _ActiveTexUnit();
+  TTexUnit* const unit = ActiveTexUnit(*this);
   if (entry == nullptr || unit == nullptr) {
     return;
   }
@@ -323,8 +258,8 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
     hold->Acquire();
   }
   unit->Sampler.SetSurface(*entry);
-  _DropBinding(m_ActiveTexture);
-  TTextureBinding& binding = m_TextureBindings[m_ActiveTexture];
+  m_Engine->DropBinding(static_cast<unsigned int>(m_ActiveTexture));
+  TTextureBinding& binding = m_Engine->TextureBindings[m_ActiveTexture];
   binding.Hold = hold;
   if (hold != nullptr) {
     binding.Note(**entry);
@@ -333,9 +268,9 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
 
 // The surface bound to the active unit, as what it is; null if there is none, or another context
 // has deleted it.
-TDataSurface* TRenderCPU::_BoundTexture() {
-  _RefreshTextures();
-  TTexUnit* const unit = _ActiveTexUnit();
+TDataSurface* TRenderEngine::BoundTexture() {
+  UpdateTextures();
+  TTexUnit* const unit = ActiveTexUnit(gl);
   return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
 }
 
@@ -347,7 +282,7 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  TDataSurface* const surface = _BoundTexture();
+  TDataSurface* const surface = m_Engine->BoundTexture();
   if (surface == nullptr || width < 1 || height < 1 || level != 0 || border != 0 ||
       static_cast<unsigned int>(internalformat) != format) {
     _SetError(GL_INVALID_VALUE);
@@ -364,8 +299,8 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
   if (made && pixels != nullptr) {
     std::memcpy(surface->Data, pixels, surface->DataSize);
   }
-  _UpdateSamplersOf(surface);
-  _NoteTextureChange();
+  m_Engine->UpdateSamplersOf(surface);
+  m_Engine->NoteTextureChange();
   if (!made) {
     _SetError(GL_INVALID_OPERATION);
   }
@@ -379,7 +314,7 @@ void TRenderCPU::TexSubImage2D(unsigned int target, int level, int xoffset, int 
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  const TDataSurface* const surface = _BoundTexture();
+  const TDataSurface* const surface = m_Engine->BoundTexture();
   if (surface == nullptr || xoffset < 0 || xoffset >= surface->Width || yoffset < 0 ||
       yoffset >= surface->Height || width < 1 || height < 1 || level != 0 ||
       DataTypeFromGL(type) != surface->Type || DataFormatFromGL(format) != surface->Format ||
@@ -405,15 +340,15 @@ bool TRenderCPU::MoveTexImage2D(unsigned int target, int level, TDataSurface* su
   if (level != 0) {
     throw TZxMessage(std::string(kWhere) + "Unexpected Level %1%") << level;
   }
-  TDataSurface* const bound = _BoundTexture();
+  TDataSurface* const bound = m_Engine->BoundTexture();
   if (bound == nullptr || surface == nullptr) {
     _SetError(GL_INVALID_OPERATION);
     return false;
   }
   bound->Swap(*surface);
-  _UpdateSamplersOf(bound);
-  _UpdateSamplersOf(surface);
-  _NoteTextureChange();
+  m_Engine->UpdateSamplersOf(bound);
+  m_Engine->UpdateSamplersOf(surface);
+  m_Engine->NoteTextureChange();
   return true;
 }
 
@@ -427,21 +362,21 @@ void TRenderCPU::CopyTexImage2D(unsigned int, int, unsigned int, int, int, int, 
 // --- Parameters
 
 // False, with an error reported, between `Begin` and `End`.
-bool TRenderCPU::_MayChangeTexture(unsigned int target) {
+static bool MayChangeTexture(TRenderCPU& gl, unsigned int target) {
   RequireTexture2D(target);
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
+  if (gl.m_InBeginEnd) {
+    gl._SetError(GL_INVALID_OPERATION);
     return false;
   }
   return true;
 }
 
-void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v) {
-  if (!_MayChangeTexture(target)) {
+static void SetTexParameter(TRenderCPU& gl, unsigned int target, unsigned int pname, int v) {
+  if (!MayChangeTexture(gl, target)) {
     return;
   }
   const auto value = static_cast<unsigned int>(v);
-  TTexUnit* const unit = _ActiveTexUnit();
+  TRenderCPU::TTexUnit* const unit = ActiveTexUnit(gl);
   switch (pname) {
   case GL_TEXTURE_WRAP_S:
   case GL_TEXTURE_WRAP_T:
@@ -452,30 +387,30 @@ void TRenderCPU::_SetTexParameter(unsigned int target, unsigned int pname, int v
   case GL_TEXTURE_MIN_FILTER:
   case GL_TEXTURE_MAG_FILTER:
     if (unit != nullptr && !unit->Sampler.SetFilter(value, value)) {
-      _SetError(GL_INVALID_ENUM);
+      gl._SetError(GL_INVALID_ENUM);
     }
     break;
   default:
-    _SetError(GL_INVALID_ENUM);
+    gl._SetError(GL_INVALID_ENUM);
     break;
   }
 }
 
 void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
-  _SetTexParameter(target, pname, v);
+  SetTexParameter(*this, target, pname, v);
 }
 
 void TRenderCPU::TexParameterf(unsigned int target, unsigned int pname, float v) {
-  _SetTexParameter(target, pname, TruncI32(v));
+  SetTexParameter(*this, target, pname, TruncI32(v));
 }
 
 void TRenderCPU::TexParameterfv(unsigned int target, unsigned int pname, const float* v) {
   if (pname != GL_TEXTURE_BORDER_COLOR) {
-    _SetTexParameter(target, pname, TruncI32(v[0]));
+    SetTexParameter(*this, target, pname, TruncI32(v[0]));
     return;
   }
-  if (_MayChangeTexture(target)) {
-    if (TTexUnit* const unit = _ActiveTexUnit()) {
+  if (MayChangeTexture(*this, target)) {
+    if (TTexUnit* const unit = ActiveTexUnit(*this)) {
       unit->Sampler.SetBorderColor(v);
     }
   }

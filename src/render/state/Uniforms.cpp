@@ -2,32 +2,34 @@
 
 #include <cstring>
 
+#include <ZxCore3D/render/common/Limits.h>
+
 namespace Zx3D {
 
-static constexpr int kCells = 32;
+static constexpr int kCells = kUniformCells;
 static constexpr int kDoubles = 4 * kCells;
 
 // What would run past the last cell stores nothing at all.
-void TRenderCPU::_SetUniform(int location, const double* values, int count) {
+static void SetUniform(TRenderCPU& gl, int location, const double* values, int count) {
   if (location < 0 || location >= kCells || 4 * location + count > kDoubles) {
     return;
   }
-  std::memcpy(&m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof(double));
+  std::memcpy(&gl.m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof(double));
 }
 
-void TRenderCPU::_SetUniform(int location, const float* values, int count) {
+static void SetUniform(TRenderCPU& gl, int location, const float* values, int count) {
   double wide[16];
   for (int i = 0; i < count; ++i) {
     wide[i] = values[i];
   }
-  _SetUniform(location, wide, count);
+  SetUniform(gl, location, wide, count);
 }
 
-void TRenderCPU::_SetUniform(int location, const std::int32_t* values, int count) {
+static void SetUniform(TRenderCPU& gl, int location, const std::int32_t* values, int count) {
   if (location < 0 || location >= kCells) {
     return;
   }
-  std::memcpy(&m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof *values);
+  std::memcpy(&gl.m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof *values);
 }
 
 void TRenderCPU::Uniform(int location, bool v) {
@@ -39,109 +41,117 @@ void TRenderCPU::Uniform(int location, bool v) {
 
 void TRenderCPU::Uniform(int location, unsigned int v) {
   const std::int32_t values[] = {static_cast<std::int32_t>(v)};
-  _SetUniform(location, values, 1);
+  SetUniform(*this, location, values, 1);
 }
 
 void TRenderCPU::Uniform(int location, int v) {
   const std::int32_t values[] = {v};
-  _SetUniform(location, values, 1);
+  SetUniform(*this, location, values, 1);
 }
 
 void TRenderCPU::Uniform(int location, int x, int y) {
   const std::int32_t values[] = {x, y};
-  _SetUniform(location, values, 2);
+  SetUniform(*this, location, values, 2);
 }
 
 void TRenderCPU::Uniform(int location, int x, int y, int z) {
   const std::int32_t values[] = {x, y, z};
-  _SetUniform(location, values, 3);
+  SetUniform(*this, location, values, 3);
 }
 
 void TRenderCPU::Uniform(int location, int x, int y, int z, int w) {
   const std::int32_t values[] = {x, y, z, w};
-  _SetUniform(location, values, 4);
+  SetUniform(*this, location, values, 4);
 }
 
 void TRenderCPU::Uniform(int location, float v) {
   const float values[] = {v};
-  _SetUniform(location, values, 1);
+  SetUniform(*this, location, values, 1);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y) {
   const float values[] = {x, y};
-  _SetUniform(location, values, 2);
+  SetUniform(*this, location, values, 2);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z) {
   const float values[] = {x, y, z};
-  _SetUniform(location, values, 3);
+  SetUniform(*this, location, values, 3);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z, float w) {
   const float values[] = {x, y, z, w};
-  _SetUniform(location, values, 4);
+  SetUniform(*this, location, values, 4);
 }
 
 void TRenderCPU::Uniform(int location, double v) {
   const double values[] = {v};
-  _SetUniform(location, values, 1);
+  SetUniform(*this, location, values, 1);
 }
 
 void TRenderCPU::Uniform(int location, double x, double y) {
   const double values[] = {x, y};
-  _SetUniform(location, values, 2);
+  SetUniform(*this, location, values, 2);
 }
 
 void TRenderCPU::Uniform(int location, double x, double y, double z) {
   const double values[] = {x, y, z};
-  _SetUniform(location, values, 3);
+  SetUniform(*this, location, values, 3);
 }
 
 void TRenderCPU::Uniform(int location, double x, double y, double z, double w) {
   const double values[] = {x, y, z, w};
-  _SetUniform(location, values, 4);
+  SetUniform(*this, location, values, 4);
 }
 
 // --- Vectors and arrays
 
-void TRenderCPU::Uniform2(int location, const float* v) { _SetUniform(location, v, 2); }
+void TRenderCPU::Uniform2(int location, const float* v) { SetUniform(*this, location, v, 2); }
 
-void TRenderCPU::Uniform3(int location, const float* v) { _SetUniform(location, v, 3); }
+void TRenderCPU::Uniform3(int location, const float* v) { SetUniform(*this, location, v, 3); }
 
-void TRenderCPU::Uniform4(int location, const float* v) { _SetUniform(location, v, 4); }
+void TRenderCPU::Uniform4(int location, const float* v) { SetUniform(*this, location, v, 4); }
 
 void TRenderCPU::Uniform(int location, const vec_t_<float, 2>& v) {
-  _SetUniform(location, &v.x, 2);
+  SetUniform(*this, location, &v.x, 2);
 }
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 2>& v) {
-  _SetUniform(location, &v.x, 2);
+  SetUniform(*this, location, &v.x, 2);
 }
 
 void TRenderCPU::Uniform(int location, const vec_t_<float, 3>& v) {
-  _SetUniform(location, &v.x, 3);
+  SetUniform(*this, location, &v.x, 3);
 }
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 3>& v) {
-  _SetUniform(location, &v.x, 3);
+  SetUniform(*this, location, &v.x, 3);
 }
 
 void TRenderCPU::Uniform(int location, const vec_t_<float, 4>& v) {
-  _SetUniform(location, &v.x, 4);
+  SetUniform(*this, location, &v.x, 4);
 }
 
 void TRenderCPU::Uniform(int location, const vec_t_<double, 4>& v) {
-  _SetUniform(location, &v.x, 4);
+  SetUniform(*this, location, &v.x, 4);
 }
 
 // --- Matrices, running on over the cells
 
-void TRenderCPU::Uniform(int location, const MAT3<float>& m) { _SetUniform(location, m.m, 9); }
+void TRenderCPU::Uniform(int location, const MAT3<float>& m) {
+  SetUniform(*this, location, m.m, 9);
+}
 
-void TRenderCPU::Uniform(int location, const MAT3<double>& m) { _SetUniform(location, m.m, 9); }
+void TRenderCPU::Uniform(int location, const MAT3<double>& m) {
+  SetUniform(*this, location, m.m, 9);
+}
 
-void TRenderCPU::Uniform(int location, const MAT4<float>& m) { _SetUniform(location, m.m, 16); }
+void TRenderCPU::Uniform(int location, const MAT4<float>& m) {
+  SetUniform(*this, location, m.m, 16);
+}
 
-void TRenderCPU::Uniform(int location, const MAT4<double>& m) { _SetUniform(location, m.m, 16); }
+void TRenderCPU::Uniform(int location, const MAT4<double>& m) {
+  SetUniform(*this, location, m.m, 16);
+}
 
 } // namespace Zx3D

@@ -1,0 +1,171 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/state/TargetLayout.h>
+#include <ZxCore3D/render/state/TextureBinding.h>
+
+namespace Zx3D {
+
+struct TSpanJob;
+struct TLineWalk;
+struct TPointBatch;
+struct TArrayDraw;
+struct TBatchDraw;
+struct TIndexedDraw;
+struct TVertexCache;
+
+/// The fragment record after a triangle that a kernel drew: its slots, and in an array draw its
+/// colour, are computed only when something can read them.
+struct TDeferredFragment {
+  bool Set = false;
+  bool Perspective = false;
+  bool Shade = false; ///< the colour is to be computed as well
+  bool Front = false;
+  int Count = 0; ///< live slots
+  int X = 0;
+  int Y = 0;
+  int Half = 0; ///< 1 or 2: the minor edge of the fragment's row
+  TRenderCPU::VAR_DATA Vertex[3] = {};
+};
+
+/// What stands behind a context's pointer: what the rooms of the renderer call of each other, and
+/// what they keep beside the state that hosts see. A context's own members are read as `gl.m_...`.
+struct TRenderEngine {
+  using VAR_DATA = TRenderCPU::VAR_DATA;
+  using FS_DATA = TRenderCPU::FS_DATA;
+  using EDGE = TRenderCPU::EDGE;
+  using TAttrValue = TRenderCPU::TAttrValue;
+  using TStencilFunction = TRenderCPU::TStencilFunction;
+  using TTexSampler = TRenderCPU::TTexSampler;
+  using TTexUnit = TRenderCPU::TTexUnit;
+  using TTextureHold = TRenderCPU::TTextureHold;
+  using TTextureTable = TRenderCPU::TTextureTable;
+  /// What follows the shading of a vertex: hands on the primitive that it completes.
+  using TAssemble = void (TRenderEngine::*)();
+
+  explicit TRenderEngine(TRenderCPU& context) : gl(context) {}
+  TRenderEngine(const TRenderEngine&) = delete;
+  TRenderEngine& operator=(const TRenderEngine&) = delete;
+
+  TRenderCPU& gl;
+
+  // --- state/DerivedState.cpp: what drawing reads that follows from state
+
+  /// Recomputes what follows from state that changed since the last call, by anyone; true if
+  /// anything did. Called by `Begin` and before each primitive.
+  bool UpdateDerivedState();
+  /// The part of it that a shader may have changed since its primitive began: the targets.
+  bool UpdateTargets();
+  bool UpdateTextures();
+  /// Whether texels of unit 0 share memory with a target.
+  bool TextureIsTarget() const;
+
+  /// Addresses of pixels; null where there is none, and for a stencil without its test.
+  unsigned char* DepthPixel(int x, int y) const { return Targets.Depth.At(x, y); }
+  unsigned char* StencilPixel(int x, int y) const {
+    return gl.m_StencilTest ? Targets.Stencil.At(x, y) : nullptr;
+  }
+
+  TTargets Targets = {};
+  std::uint64_t TextureChanges = 0; ///< of the table, up to which the bindings are looked after
+
+  // --- state/Targets.cpp
+
+  /// Takes the frame buffer's surfaces as targets.
+  void AdoptSurfaces();
+  /// The frame buffer's surfaces, or one surface, are about to go: they are targets no more.
+  void ForgetOwnSurfaces();
+  void ForgetTarget(const TDataSurface* surface);
+
+  // --- state/Textures.cpp
+
+  void AdoptTextures(TTextureTable* table);
+  /// Tells the contexts that share the table.
+  void NoteTextureChange();
+  void DropBinding(unsigned int unit);
+  void UnbindTexture(const TDataSurface* surface);
+  /// The surface bound to the active unit; null if there is none, or another context has deleted
+  /// it.
+  TDataSurface* BoundTexture();
+  /// A surface changed: the samplers that hold it choose their function anew.
+  void UpdateSamplersOf(const TDataSurface* surface);
+
+  TTextureBinding TextureBindings[kTexUnits];
+
+  // --- stages/Submission.cpp: from vertices to primitives
+
+  void ShadeNextVertex();
+  void AssemblePoint();
+  void AssembleLine();
+  void AssembleLineStrip();
+  void AssembleLineLoop();
+  void AssembleTriangle();
+  void AssembleTriangleStrip();
+  void AssembleTriangleFan();
+  void AssembleQuad();
+
+  TAssemble Assemble = nullptr; ///< of the mode, chosen by `Begin`
+
+  // --- stages: from primitives to fragments
+
+  void SetDelta(EDGE* e);
+  void ScaleSlots(VAR_DATA* v, double r);
+  bool IsCulled(bool front) const;
+  void SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
+  void DrawEdges(VAR_DATA* v);
+  void InterpolateFragment(const EDGE& e, double t);
+  void WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
+  bool IsLinePixel(int x, int y) const;
+  void DrawLinePixel(int x, int y, double t);
+  void DrawLine(VAR_DATA* v, TSpanJob* drawJob);
+  void WalkLine(const TLineWalk& walk);
+  bool ClipWalk(TLineWalk* walk);
+
+  // --- arrays: vertices of arrays, replayed
+
+  template <class TElementOf>
+  void Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
+  template <class TElementOf>
+  void ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
+                      TElementOf elementOf);
+  bool MayReplayDirectly() const;
+  std::uint64_t NextDraw();
+  void ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
+  void ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
+  void LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
+                  VAR_DATA* record);
+  std::size_t CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
+  template <class TElementOf>
+  int ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
+  int ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
+  void ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
+  void ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
+  void DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
+  const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
+  void DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
+  void ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
+
+  TVertexCache* VertexCache = nullptr;
+
+  // --- kernels/SpanSetup.cpp: choosing a kernel and running it
+
+  bool SetUpJob(TSpanJob* job) const;
+  bool SetUpDraw(TSpanJob* job) const;
+  bool SetUpPrimitive(TSpanJob* job) const;
+  bool SetUpTargets(TSpanJob* job) const;
+  bool SetUpDepthStencil(TSpanJob* job) const;
+  bool SetUpColors(TSpanJob* job) const;
+  void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
+  void RunLineJob(TSpanJob* job, const TLineWalk& walk);
+  void ResolveFragment();
+
+  TDeferredFragment DeferredFragment;
+  TSpanJob* DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+};
+
+} // namespace Zx3D

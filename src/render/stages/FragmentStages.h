@@ -1,0 +1,117 @@
+// Tested by: tests/render/FragmentOps.cpp (ColorWrite.*, StencilTest.*, DepthTest.*),
+// tests/render/CalcDepth.cpp (CalcDepth.*)
+
+#pragma once
+
+#include <cstring>
+
+#include <ZxCore3D/render/TRenderCPU.h>
+
+#include <ZxCore3D/render/common/Channels.h>
+#include <ZxCore3D/render/common/Conversions.h>
+
+namespace Zx3D {
+
+// --- The stages one by one. A null address is a target that is not there.
+
+inline void RunStencil(const TRenderCPU& gl, TRenderCPU::TStencilFunction operation,
+                       unsigned char* stencil) {
+  if (stencil != nullptr) {
+    operation(stencil, static_cast<unsigned char>(gl.m_StencilRef),
+              static_cast<unsigned char>(gl.m_StencilWriteMask));
+  }
+}
+
+inline bool PassesStencil(const TRenderCPU& gl, unsigned char* stencil) {
+  const unsigned char value = stencil != nullptr ? *stencil : 0;
+  if (gl.m_StencilTest && !gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
+                                               static_cast<unsigned char>(gl.m_StencilValueMask))) {
+    RunStencil(gl, gl.m_StencilFailOp, stencil);
+    return false;
+  }
+  return true;
+}
+
+inline bool PassesDepth(const TRenderCPU& gl, const unsigned char* depth, float fragment,
+                        unsigned char* stencil) {
+  if (depth != nullptr && gl.m_DepthTest && !gl.m_DepthCompare(fragment, LoadFloat(depth))) {
+    RunStencil(gl, gl.m_StencilZFailOp, stencil);
+    return false;
+  }
+  return true;
+}
+
+/// Writes a colour of four bytes to the colour surface, through mask and blending.
+inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned char* bytes) {
+  const unsigned int mask = gl.m_ColorMask;
+  if (mask == kAllChannels) {
+    if (gl.m_BlendFunc != nullptr) {
+      gl.m_BlendFunc(bytes, to);
+    } else {
+      std::memcpy(to, bytes, kPixelBytes);
+    }
+    return;
+  }
+  if (mask != 0 && gl.m_BlendFuncM != nullptr) {
+    gl.m_BlendFuncM(bytes, to, gl.m_ColorMask);
+    return;
+  }
+  for (unsigned int i = 0; i < 4; ++i) {
+    if ((mask >> i & 1) != 0) {
+      to[i] = bytes[i];
+    }
+  }
+}
+
+/// Writes a fragment's colour to the draw buffer if there is one, otherwise to the colour surface.
+inline void WriteColor(const TRenderCPU& gl, unsigned char* to, const vec_t_<double, 4>& color) {
+  if (gl.m_PixelWrite != nullptr) {
+    gl.m_PixelWrite(to, color);
+    return;
+  }
+  const unsigned char bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z),
+                                  ByteOf(color.w)};
+  WriteBytes(gl, to, bytes);
+}
+
+// --- All of them
+
+/// The stages of a fragment once its pixel is known, in their order:
+///
+///     stencil test - depth test - shading - depth write - stencil write - colour write
+///
+/// Where the shader computes the depth, the depth test follows shading. A fragment that fails a
+/// stage goes no further.
+///
+/// What spans, points and lines do each in their own manner is the fragment's:
+///
+///     void SetDepth()       puts the interpolated depth into the record
+///     float Depth() const   the depth in the record
+///     bool Shade()          computes the colour; false discards the fragment
+///     void WriteColor()     writes the colour to the pixel, if there is one
+template <class TFragment>
+inline void RunFragment(const TRenderCPU& gl, unsigned char* depth, unsigned char* stencil,
+                        TFragment&& fragment) {
+  if (!PassesStencil(gl, stencil)) {
+    return;
+  }
+  if (!gl.m_CalcDepth) {
+    fragment.SetDepth();
+    if (!PassesDepth(gl, depth, fragment.Depth(), stencil)) {
+      return;
+    }
+  }
+  if (!fragment.Shade()) {
+    return;
+  }
+  if (gl.m_CalcDepth && !PassesDepth(gl, depth, fragment.Depth(), stencil)) {
+    return;
+  }
+  if (depth != nullptr && gl.m_DepthMask) {
+    StoreFloat(depth, fragment.Depth());
+  }
+  RunStencil(gl, gl.m_StencilZPassOp, stencil);
+  fragment.WriteColor();
+}
+
+} // namespace Zx3D
