@@ -156,7 +156,7 @@ void TRenderEngine::Replay(unsigned int mode, int count, bool indexed, TElementO
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
     } scope = {&DrawJob};
-    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job) ? &job : nullptr;
+    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};

@@ -77,9 +77,11 @@ struct TBatchDraw {
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
   TVertexBatch Batch = {};
-  unsigned long First = 0; ///< element of the batch's first vertex
-  int Count = 0;           ///< vertices of the batch
-  bool Fetched = false;    ///< whether `Vectors` are those of the batch
+  unsigned long First = 0;             ///< element of the batch's first vertex
+  int Count = 0;                       ///< vertices of the batch
+  bool Fetched = false;                ///< whether `Vectors` are those of the batch
+  TSpanJob Job;                        ///< of lines
+  TCondition Unmet = TCondition::None; ///< that leaves lines to the reference walk
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   // False for a fetching function that a caller installed, or if positions come from no array.
@@ -158,8 +160,7 @@ void TRenderEngine::ShadeBatched(TBatchDraw* draw, int vertex, int corner, int s
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderEngine::DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape,
-                                bool inside) {
+void TRenderEngine::DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
   draw->FetchValues();
   for (int c = 0; c < corners; ++c) {
     ShadeBatched(draw, shape * corners + c, c, shape, inside);
@@ -168,7 +169,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners
   switch (corners) {
   case 2:
     if (inside) {
-      DrawLine(gl.m_VarCur, drawJob);
+      DrawLine(gl.m_VarCur, &draw->Job, draw->Unmet);
     } else {
       gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
     }
@@ -184,7 +185,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners
 }
 
 // The shapes of one batch.
-void TRenderEngine::ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes) {
+void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
   kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
@@ -218,7 +219,7 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corner
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
-    DrawBatched(draw, drawJob, corners, shape, (inside & bit) != 0);
+    DrawBatched(draw, corners, shape, (inside & bit) != 0);
   }
   recordCulled(all);
 }
@@ -283,7 +284,7 @@ struct TBatchedPoint {
 
 // Points of a batch in order, since two may fall on one pixel. They are scattered, so their pixels
 // are prefetched before the first is drawn.
-void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
+void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& points,
                                const vec_t_<double, 4>* colors) {
   struct TPixel {
     int Index;
@@ -300,7 +301,7 @@ void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
     if (x < 0) {
       continue;
     }
-    unsigned char* const color = job.Color + y * job.ColorRowStride + std::ptrdiff_t{4} * x;
+    auto* const color = reinterpret_cast<unsigned char*>(state.Color.At<std::uint32_t>(x, y));
     pixels[count] = {i, color, useDepth ? DepthPixel(x, y) : nullptr, StencilPixel(x, y)};
     __builtin_prefetch(pixels[count].Color, 1);
     if (useDepth) {
@@ -328,14 +329,14 @@ void TRenderEngine::DrawPoints(const TSpanJob& job, const TPointBatch& points,
   }
 }
 
-void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count) {
+void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
   kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
   kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
   const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
-  DrawPoints(job, points, colors);
+  DrawPoints(state, points, colors);
 }
 
 // --- Replay
@@ -348,10 +349,13 @@ void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int coun
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
 int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
   int corners = 0;
-  TSpanJob job;
+  TDrawState pointState;
   switch (gl.m_PrimitiveMode) {
   case GL_POINTS:
-    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth && SetUpTargets(&job) ? 1 : 0;
+    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth &&
+                      SetUpTargets(&pointState) == TCondition::None
+                  ? 1
+                  : 0;
     break;
   case GL_LINES:
     corners = 2;
@@ -365,24 +369,25 @@ int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, 
   default:
     break;
   }
-  constexpr int kLeast = 4; // shapes that a batch is worth while for
   const int shapes = corners != 0 ? count / corners - 1 : 0;
-  if (shapes < kLeast) {
+  if (shapes < kMinBatch) {
     return 0;
   }
   TBatchDraw draw;
   if (!draw.Take(&gl, arrays)) {
     return 0;
   }
-  TSpanJob* const drawJob = corners == 2 && SetUpDraw(&job) ? &job : nullptr;
+  if (corners == 2) {
+    draw.Unmet = SetUpDraw(&draw.Job.Draw);
+  }
   draw.Batch.Pitch = TVertexBatch::kMost / corners;
   for (int done = 0; done < shapes;) {
     const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
     if (corners == 1) {
-      ReplayPoints(&draw, job, next);
+      ReplayPoints(&draw, pointState, next);
     } else {
-      ReplayShapes(&draw, drawJob, corners, next);
+      ReplayShapes(&draw, corners, next);
     }
     done += next;
   }

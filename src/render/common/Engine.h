@@ -12,12 +12,15 @@
 namespace Zx3D {
 
 struct TSpanJob;
+struct TDrawState;
+struct TPrimitive;
 struct TLineWalk;
 struct TPointBatch;
 struct TArrayDraw;
 struct TBatchDraw;
 struct TIndexedDraw;
 struct TVertexCache;
+enum class TCondition : std::uint8_t;
 
 /// The fragment record after a triangle that a kernel drew: its slots, and in an array draw its
 /// colour, are computed only when something can read them.
@@ -29,7 +32,7 @@ struct TDeferredFragment {
   int Count = 0; ///< live slots
   int X = 0;
   int Y = 0;
-  int Half = 0; ///< 1 or 2: the minor edge of the fragment's row
+  int MinorEdge = 0; ///< of the fragment's row, 1 or 2: places after the major edge
   TRenderCPU::VAR_DATA Vertex[3] = {};
 };
 
@@ -116,13 +119,14 @@ struct TRenderEngine {
   void SetDelta(EDGE* e);
   void ScaleSlots(VAR_DATA* v, double r);
   bool IsCulled(bool front) const;
-  void SetEdges(VAR_DATA* v, EDGE* edges, int* longest);
+  void SetEdges(VAR_DATA* v, EDGE* edges, int* major);
   void DrawEdges(VAR_DATA* v);
   void InterpolateFragment(const EDGE& e, double t);
   void WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   bool IsLinePixel(int x, int y) const;
   void DrawLinePixel(int x, int y, double t);
-  void DrawLine(VAR_DATA* v, TSpanJob* drawJob);
+  void DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet);
+  void DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void WalkLine(const TLineWalk& walk);
   bool ClipWalk(TLineWalk* walk);
 
@@ -143,23 +147,23 @@ struct TRenderEngine {
   template <class TElementOf>
   int ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
   int ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void ReplayShapes(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shapes);
-  void ReplayPoints(TBatchDraw* draw, const TSpanJob& job, int count);
-  void DrawPoints(const TSpanJob& job, const TPointBatch& points, const vec_t_<double, 4>* colors);
+  void ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  void ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count);
+  void DrawPoints(const TDrawState& state, const TPointBatch& points,
+                  const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
-  void DrawBatched(TBatchDraw* draw, TSpanJob* drawJob, int corners, int shape, bool inside);
+  void DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
   void ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
 
   TVertexCache* VertexCache = nullptr;
 
   // --- kernels/SpanSetup.cpp: choosing a kernel and running it
 
-  bool SetUpJob(TSpanJob* job) const;
-  bool SetUpDraw(TSpanJob* job) const;
-  bool SetUpPrimitive(TSpanJob* job) const;
-  bool SetUpTargets(TSpanJob* job) const;
-  bool SetUpDepthStencil(TSpanJob* job) const;
-  bool SetUpColors(TSpanJob* job) const;
+  /// Each returns the condition that leaves what is drawn to the reference walker.
+  TCondition SetUpDraw(TDrawState* draw) const;
+  TCondition SetUpTargets(TDrawState* draw) const;
+  TCondition SetUpDepthStencil(TDrawState* draw) const;
+  TCondition SetUpPrimitive(TPrimitive* primitive) const;
   void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
   void ResolveFragment();

@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANEXACTCOLORS_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanFloatColors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -33,78 +29,93 @@ HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
 
 // Source over destination: each channel (dst * (255 - a) + src * a) / 255, truncated, in two pairs
 // of 16-bit lanes. v / 255 is (v + 1 + (v >> 8)) >> 8 for all v up to 65025.
-HWY_INLINE HWY_ATTR VU Blended(VU src, VU dst) {
-  const DU du;
-  const hn::Repartition<std::uint16_t, DU> d16;
+template <class D> HWY_INLINE HWY_ATTR hn::Vec<D> Blended(D d, hn::Vec<D> src, hn::Vec<D> dst) {
+  using V = hn::Vec<D>;
+  const hn::Repartition<std::uint16_t, D> d16;
   using V16 = hn::Vec<decltype(d16)>;
-  const VU alpha = hn::ShiftRight<24>(src);
+  const V alpha = hn::ShiftRight<24>(src);
   const V16 a = hn::BitCast(d16, hn::Or(alpha, hn::ShiftLeft<16>(alpha)));
   const V16 b = hn::Sub(hn::Set(d16, std::uint16_t{255}), a);
-  const VU low = hn::Set(du, 0x00FF00FFu);
-  const auto over = [&](VU from, VU to) HWY_ATTR {
+  const V low = hn::Set(d, 0x00FF00FFu);
+  const auto over = [&](V from, V to) HWY_ATTR {
     const V16 v = hn::Add(hn::Mul(hn::BitCast(d16, to), b), hn::Mul(hn::BitCast(d16, from), a));
     const V16 next = hn::Add(v, hn::Set(d16, std::uint16_t{1}));
-    return hn::BitCast(du, hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(v))));
+    return hn::BitCast(d, hn::ShiftRight<8>(hn::Add(next, hn::ShiftRight<8>(v))));
   };
-  const VU even = over(hn::And(src, low), hn::And(dst, low));
-  const VU odd = over(hn::And(hn::ShiftRight<8>(src), low), hn::And(hn::ShiftRight<8>(dst), low));
+  const V even = over(hn::And(src, low), hn::And(dst, low));
+  const V odd = over(hn::And(hn::ShiftRight<8>(src), low), hn::And(hn::ShiftRight<8>(dst), low));
   return hn::Or(even, hn::ShiftLeft<8>(odd));
 }
 
-// The fragment shader's colours as packed bytes, operation by operation.
+// The packed colours as written: blended with `before`, and within the colour mask.
+template <class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> OutputColors(D d, const TDrawState& draw, hn::Vec<D> packed,
+                                            hn::Vec<D> before) {
+  if (draw.Blend != TBlend::None) {
+    packed = Blended(d, packed, before);
+  }
+  if (draw.ColorMask != kAllChannels) {
+    const std::uint32_t bytes =
+        (draw.ColorMask & 1 ? 0x000000FFu : 0) | (draw.ColorMask & 2 ? 0x0000FF00u : 0) |
+        (draw.ColorMask & 4 ? 0x00FF0000u : 0) | (draw.ColorMask & 8 ? 0xFF000000u : 0);
+    const auto kept = hn::Set(d, bytes);
+    packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
+  }
+  return packed;
+}
+
+// Colours without a texture, operation by operation in double.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int color,
+                                       int secondary, std::uint32_t constMask, VD t) {
+  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
+  const auto byteOf = [&](int i) HWY_ATTR {
+    VD value = Interpolated<kPerspective>(row, color + i, t, q);
+    if (secondary >= 0 && i < 3) {
+      value = hn::Add(value, Interpolated<kPerspective>(row, secondary + i, t, q));
+    }
+    return ChannelByte(value, job.Primitive.Clamp);
+  };
+  return PackChannels(DU(), constMask, job.Primitive.ConstColor, byteOf);
+}
+
+// The fragment shader's colours as packed bytes, operation by operation in double:
+//
+//   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
+//   color = clamp(texel)                           with GL_REPLACE
+//   color = clamp(primary + secondary)             without a texture
+//
+// The secondary colour has no alpha, and takes part with lighting only.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
-  const VD q = PerspectiveAt<kPerspective>(row, t);
   if constexpr (kTexels == TTexelSource::None) {
-    VU packed = hn::Set(DU(), job.ConstColor);
-    const auto put = [&](int i, auto shift) HWY_ATTR {
-      if ((job.ConstMask >> i & 1u) == 0) {
-        VD value = Interpolated<kPerspective>(row, slots.Color + i, t, q);
-        if (slots.Secondary >= 0 && i < 3) {
-          value = hn::Add(value, Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
-        packed =
-            hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(ChannelByte(value, job.Clamp)));
-      }
-    };
-    put(0, std::integral_constant<int, 0>());
-    put(1, std::integral_constant<int, 8>());
-    put(2, std::integral_constant<int, 16>());
-    put(3, std::integral_constant<int, 24>());
-    return packed;
+    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
+                                         job.Primitive.ConstMask, t);
   } else {
+    const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
     const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    const TTexels texels = [&]() HWY_ATTR {
+    TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
-        return NearestTexels(job.Sampler, s, u);
+        return NearestTexels(job.Primitive.Sampler, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
-        return LinearTexels(job.Sampler, s, u);
+        return LinearTexels(job.Primitive.Sampler, s, u);
       } else {
-        return SampledTexels(job.Sampler, s, u);
+        return SampledTexels(job.Primitive.Sampler, s, u);
       }
     }();
-    VD channel[4] = {texels.R, texels.G, texels.B, texels.A};
-    if (job.Modulate) {
-      for (int i = 0; i < 4; ++i) {
-        channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-      }
-      if (slots.Secondary >= 0) {
-        for (int i = 0; i < 3; ++i) {
-          channel[i] =
-              hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-        }
+    VD* const channel = texels.Channel;
+    for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
+      channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
+      if (slots.Secondary >= 0 && i < 3) {
+        channel[i] =
+            hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
       }
     }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
-    const bool clamp = job.Clamp || kTexels == TTexelSource::Linear;
-    const VU r = ChannelByte(channel[0], clamp);
-    const VU g = ChannelByte(channel[1], clamp);
-    const VU b = ChannelByte(channel[2], clamp);
-    const VU a = ChannelByte(channel[3], clamp);
-    return hn::Or(hn::Or(r, hn::ShiftLeft<8>(g)),
-                  hn::Or(hn::ShiftLeft<16>(b), hn::ShiftLeft<24>(a)));
+    const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
+    return PackChannels(DU(), 0, 0, [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
   }
 }
 
@@ -114,6 +125,7 @@ HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlot
                                              const TRow& row, VD t) {
   // A row whose values all lie between two bytes would pay for both paths: its budget shrinks.
   --row.Floats->FallbackBudget;
+  job.Meets(TCondition::ValuesBytes, kLanes);
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
@@ -121,17 +133,20 @@ HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlot
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     VD t) {
-  VU packed = hn::Set(DU(), job.ConstColor);
+  VU packed = hn::Set(DU(), job.Primitive.ConstColor);
   if constexpr (kTexels == TTexelSource::None) {
-    if (job.ConstMask == 15) {
+    if (job.Primitive.HasConstColor()) {
       return packed;
     }
   }
   if constexpr (kTexels != TTexelSource::Sampler) {
-    if (row.Floats != nullptr && row.Floats->FallbackBudget > 0) {
+    if (row.HasFloats()) {
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
-        sure = UntexturedBytes<kPerspective>(job, slots, row, t, &packed);
+        MI all = AllLanes(DI());
+        packed = UntexturedBytes<kPerspective>(DF(), job, FloatInputsOf(job, slots, *row.Floats),
+                                               hn::DemoteTo(DF(), t), &all);
+        sure = hn::AllTrue(DI(), all);
       } else {
         TFetchedTexels ready;
         sure = FetchTexelsAt<kTexels, kPerspective>(job, slots, row, t, &ready) &&
@@ -146,30 +161,30 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
   return ExactColors<kTexels, kPerspective>(job, slots, row, t);
 }
 
-// The colour that the fragment shader leaves at one pixel.
+// The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, double t) {
-  const double q = job.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
+  const double q = job.Primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
   const auto slot = [&](int place, int count) {
     vec_t_<double, 4> v = {0, 0, 0, 0};
     for (int i = 0; i < count && place >= 0; ++i) {
       const double value = row.Delta[place + i] * t + row.Begin[place + i];
-      v[static_cast<std::size_t>(i)] = job.Perspective ? value * q : value;
+      v[static_cast<std::size_t>(i)] = job.Primitive.Perspective ? value * q : value;
     }
     return v;
   };
   vec_t_<double, 4> color = slot(slots.Color, 4);
-  if (job.Texels != TTexelSource::None) {
+  if (job.Primitive.Texels != TTexelSource::None) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Sampler->*job.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
-    color = job.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
-                                             color.z * texel.z, color.w * texel.w}
-                         : texel;
+    (job.Primitive.Sampler->*job.Primitive.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
+    color = job.Primitive.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
+                                                       color.z * texel.z, color.w * texel.w}
+                                   : texel;
   }
   if (slots.Secondary >= 0) {
     const vec_t_<double, 4> secondary = slot(slots.Secondary, 3);
     color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
-  } else if (job.ZeroSecondary) {
+  } else if (job.Primitive.ZeroSecondary) {
     color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};
   }
   for (std::size_t i = 0; i < 4; ++i) {

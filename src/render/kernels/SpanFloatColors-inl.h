@@ -11,10 +11,7 @@
 #endif
 
 #include <algorithm>
-
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
+#include <type_traits>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
 #include <ZxCore3D/render/kernels/SpanTexels-inl.h>
@@ -23,31 +20,57 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// One component of a slot at the pixels of a group: delta * t + begin, times q with perspective.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  const VD value = hn::Add(hn::Mul(hn::Set(d, row.Delta[place]), t), hn::Set(d, row.Begin[place]));
+// delta * t + begin, times q with perspective.
+template <bool kPerspective, class V>
+HWY_INLINE HWY_ATTR V Interpolated(V begin, V delta, V t, V q) {
+  const V value = hn::Add(hn::Mul(delta, t), begin);
   return kPerspective ? hn::Mul(value, q) : value;
 }
 
-// q = 1 / (1/w at t), by which perspective multiplies.
-template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
+// A component of a slot at the pixels of a group.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
   const DD d;
+  return Interpolated<kPerspective>(hn::Set(d, row.Begin[place]), hn::Set(d, row.Delta[place]), t,
+                                    q);
+}
+
+// q = 1 / (1/w at t); without perspective it is not read.
+template <bool kPerspective, class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> PerspectiveAt(D d, hn::TFromD<D> begin, hn::TFromD<D> delta,
+                                             hn::Vec<D> t) {
   if constexpr (kPerspective) {
-    const VD w = hn::Add(hn::Mul(hn::Set(d, row.Delta[3]), t), hn::Set(d, row.Begin[3]));
-    return hn::Div(hn::Set(d, 1.0), w);
+    const auto w = Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), t, t);
+    return hn::Div(hn::Set(d, hn::TFromD<D>{1}), w);
   } else {
-    return t; // is not read
+    return t;
   }
+}
+
+// Packed pixels: `color`, with the bytes that `byteOf` gives for the channels outside `mask`.
+template <class D, class TByteOf>
+HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D d, std::uint32_t mask, std::uint32_t color,
+                                            const TByteOf& byteOf) {
+  hn::Vec<D> packed = hn::Set(d, color);
+  const auto put = [&](int i, auto shift) HWY_ATTR {
+    if ((mask >> i & 1u) == 0) {
+      packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
+    }
+  };
+  put(0, std::integral_constant<int, 0>());
+  put(1, std::integral_constant<int, 8>());
+  put(2, std::integral_constant<int, 16>());
+  put(3, std::integral_constant<int, 24>());
+  return packed;
 }
 
 // --- The proof
 //
 // The exact path works out a channel's value v in doubles and takes the truncation of v * 255 +
 // 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
-// F + margin round to it: then every value that near F has this byte, the exact one among them, and
-// a value between two bytes never lies that near. What remains is to bound |F - 255 v|.
+// F + margin round to it: then every value within the margin of F has this byte, the exact one
+// among them; where two bytes meet within the margin the test fails. What remains is to bound
+// |F - 255 v|.
 //
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
 // row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
@@ -74,7 +97,6 @@ template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& ro
 // job's `ChannelBound` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that
 // do not exist may have any value, but they are not stored.
 inline constexpr double kRounding = 1.0 / 16777216.0;
-inline constexpr double kMaxFloatRatio = 64.0;
 
 // The margin of a row with a ratio of its 1/w: `Base + Slope * ratio`.
 struct TMarginTerms {
@@ -85,13 +107,13 @@ struct TMarginTerms {
 inline HWY_ATTR TMarginTerms MarginTermsOf(const TSpanJob& job) {
   constexpr double kUnit = 255.0 * kRounding * 1.001;
   TMarginTerms terms = {1.5 * kUnit, 0.0};
-  if (job.UsesVertexColor) {
-    const bool texels = job.Texels != TTexelSource::None;
-    terms.Base += kUnit * job.ChannelBound * (texels ? 4.0 : 2.0);
-    terms.Slope = kUnit * job.ChannelBound * (texels ? 5.0 : 9.0);
+  if (job.Primitive.UsesVertexColor) {
+    const bool texels = job.Primitive.Texels != TTexelSource::None;
+    terms.Base += kUnit * job.Primitive.ChannelBound * (texels ? 4.0 : 2.0);
+    terms.Slope = kUnit * job.Primitive.ChannelBound * (texels ? 5.0 : 9.0);
   }
-  if (job.Texels == TTexelSource::Linear) {
-    terms.Base += kUnit * job.ChannelBound * 3.6;
+  if (job.Primitive.Texels == TTexelSource::Linear) {
+    terms.Base += kUnit * job.Primitive.ChannelBound * 3.6;
   }
   return terms;
 }
@@ -106,7 +128,7 @@ HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double
 
 inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     TRowFloats* floats) {
-  const bool texels = job.Texels != TTexelSource::None;
+  const bool texels = job.Primitive.Texels != TTexelSource::None;
   const double scale = texels ? 1.0 : 255.0;
   SetFloats(row.Begin, slots.Color, scale, floats->Begin);
   SetFloats(row.Delta, slots.Color, scale, floats->Delta);
@@ -117,45 +139,40 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
     floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
-    if ((job.ConstMask >> i & 1u) != 0) {
+    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
       floats->Begin[i] = 0.0f;
       floats->Delta[i] = 0.0f;
     }
   }
 }
 
-// Sets up a row for single precision; false if its colours must be computed in double.
-inline HWY_ATTR bool SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const int pixels = row.Last - row.First + 1;
-  if (pixels < 3 * kLanes) { // making them ready would cost more than it spares
-    return false;
-  }
+inline HWY_ATTR double RatioOfW(const TRow& row) {
+  const double begin = row.Begin[3];
+  const double end = begin + row.Delta[3];
+  return std::max(begin, end) / std::min(begin, end);
+}
+
+// Sets up a row for float colours, unless a condition rules them out.
+inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRow& row, TRowFloats* floats) {
+  const TPrimitive& primitive = job.Primitive;
+  const bool ratioMatters = primitive.UsesVertexColor && primitive.Perspective;
   double ratio = 1.0;
-  if (job.UsesVertexColor) {
-    if (job.Perspective) {
-      const double begin = row.Begin[3];
-      const double end = begin + row.Delta[3];
-      ratio = std::max(begin, end) / std::min(begin, end);
-      if (!(ratio <= kMaxFloatRatio)) {
-        return false;
-      }
-      floats->WBegin = static_cast<float>(begin);
-      floats->WDelta = static_cast<float>(row.Delta[3]);
-    }
+  ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
+  if (ratioMatters) {
+    floats->WBegin = static_cast<float>(row.Begin[3]);
+    floats->WDelta = static_cast<float>(row.Delta[3]);
+  }
+  if (primitive.UsesVertexColor) {
     SetUpRowColors(job, slots, row, floats);
   }
-  floats->FallbackBudget = 3 + pixels / 64;
+  floats->FallbackBudget = FallbackBudget(PixelsOf(row));
   const TMarginTerms margin = MarginTermsOf(job);
   floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
-  return true;
+  return TCondition::None;
 }
 
 // --- Channels, pixel by pixel, in two whole vectors
-
-using DFF = hn::ScalableTag<float>;
-using DFU = hn::RebindToUnsigned<DFF>;
-using VFF = hn::Vec<DFF>;
 
 struct TChannels {
   VFF Low, High;
@@ -181,53 +198,36 @@ HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
 
 HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
   const DFF d;
-  const hn::RebindToSigned<DFF> di;
+  const DFI di;
   const hn::Rebind<std::uint8_t, DFF> half;
   const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
   return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
           hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
 }
 
-// delta * t + begin, times q where there is perspective.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
                                      const TChannels& q) {
   const DFF d;
   const VFF b = hn::LoadDup128(d, begin);
   const VFF m = hn::LoadDup128(d, delta);
-  TChannels value = {hn::Add(hn::Mul(m, t.Low), b), hn::Add(hn::Mul(m, t.High), b)};
-  if (kPerspective) {
-    value = {hn::Mul(value.Low, q.Low), hn::Mul(value.High, q.High)};
-  }
-  return value;
+  return {Interpolated<kPerspective>(b, m, t.Low, q.Low),
+          Interpolated<kPerspective>(b, m, t.High, q.High)};
 }
 
 // The bytes of channels in 0 to 255; false if one of them fails the rounding test.
 HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float margin,
                                              VU* packed) {
   const DFF d;
-  const DFU du;
-  if (clamp) {
-    const VFF most = hn::Set(d, 255.0f);
-    value.Low = hn::Min(hn::Max(value.Low, hn::Zero(d)), most);
-    value.High = hn::Min(hn::Max(value.High, hn::Zero(d)), most);
-  }
-  // From 2^23 on floats are whole numbers: the sum is rounded to one, which stands in its low bits.
-  const VFF whole = hn::Set(d, 8388608.0f);
   const VFF by = hn::Set(d, margin);
-  const VFF low = hn::Add(hn::Sub(value.Low, by), whole);
-  const VFF high = hn::Add(hn::Sub(value.High, by), whole);
-  const auto same = hn::And(hn::Eq(low, hn::Add(hn::Add(value.Low, by), whole)),
-                            hn::Eq(high, hn::Add(hn::Add(value.High, by), whole)));
-  if (!hn::AllTrue(d, same)) {
-    return false;
-  }
+  MFI sure = AllLanes(DFI());
+  const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
+  const VFU high = ByteByRoundingTest(d, value.High, clamp, by, &sure);
   const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes =
-      hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, hn::BitCast(du, high)),
-                  hn::TruncateTo(half, hn::BitCast(du, low)));
+  const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
+                                 hn::TruncateTo(half, low));
   *packed = hn::BitCast(DU(), bytes);
-  return true;
+  return hn::AllTrue(DFI(), sure);
 }
 
 // --- Texels
@@ -251,21 +251,21 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        VD t, TFetchedTexels* ready) {
   const DF df;
-  const VD q = PerspectiveAt<kPerspective>(row, t);
+  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
   const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-  if (job.UsesVertexColor) {
+  if (job.Primitive.UsesVertexColor) {
     ready->T = hn::DemoteTo(df, t);
     if (kPerspective) {
       ready->Q = hn::DemoteTo(df, q);
     }
   }
   if constexpr (kTexels == TTexelSource::Nearest) {
-    return FetchInRangeNearest(job, across, along, &ready->Nearest) ||
-           FetchWrappedNearest(*job.Sampler, across, along, &ready->Nearest);
+    return job.Meets(FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
+           FetchWrappedNearest(*job.Primitive.Sampler, across, along, &ready->Nearest);
   } else {
-    return FetchInRangePairs(job, across, along, &ready->Pairs) ||
-           FetchWrappedPairs(*job.Sampler, across, along, &ready->Pairs);
+    return job.Meets(FetchInRangePairs(job, across, along, &ready->Pairs)) ||
+           FetchWrappedPairs(*job.Primitive.Sampler, across, along, &ready->Pairs);
   }
 }
 
@@ -289,15 +289,15 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowFloats& floats, const TFetchedTexels& ready,
                                        VU* packed) {
-  if (kTexels == TTexelSource::Nearest && !job.UsesVertexColor) {
+  if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
-    // place, also when it is multiplied by a 1 that interpolation left so near.
+    // place, even after multiplication by an interpolated 1 that is off by as much.
     *packed = ready.Nearest;
     return true;
   }
   TChannels value =
       kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
-  if (job.UsesVertexColor) {
+  if (job.Primitive.UsesVertexColor) {
     const TChannels t = Spread(ready.T);
     const TChannels q = kPerspective ? Spread(ready.Q) : t;
     const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
@@ -308,32 +308,59 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
       value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
     }
   }
-  return BytesByRoundingTest(value, job.Clamp, floats.Margin, packed);
+  return BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed);
 }
 
-// The same without a texture.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR bool UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                         const TRow& row, VD t, VU* packed) {
-  const DF df;
-  const TRowFloats& floats = *row.Floats;
-  const VF near = hn::DemoteTo(df, t);
-  const TChannels ts = Spread(near);
-  TChannels q = ts;
-  if constexpr (kPerspective) {
-    const VF w = hn::Add(hn::Mul(hn::Set(df, floats.WDelta), near), hn::Set(df, floats.WBegin));
-    q = Spread(hn::Div(hn::Set(df, 1.0f), w));
-  }
-  TChannels value = SlotAt<kPerspective>(floats.Begin, floats.Delta, ts, q);
-  if (slots.Secondary >= 0) {
-    const TChannels sum = SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, ts, q);
-    value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
-  }
-  if (!BytesByRoundingTest(value, job.Clamp, floats.Margin, packed)) {
-    return false;
-  }
-  *packed = hn::Or(*packed, hn::Set(DU(), job.ConstColor));
-  return true;
+// --- Without a texture, channel by channel
+
+// Float inputs of a slot, one every `Step` floats.
+struct TFloatSlot {
+  const float* Begin;
+  const float* Delta;
+  int Step;
+};
+
+// What float colours of pixels are computed from, besides t.
+struct TFloatInputs {
+  TFloatSlot Color;
+  TFloatSlot Secondary; ///< null: none
+  float WBegin;
+  float WDelta;
+  float Margin;
+  std::uint32_t ConstMask;
+};
+
+HWY_INLINE TFloatInputs FloatInputsOf(const TSpanJob& job, const TRowSlots& slots,
+                                      const TRowFloats& floats) {
+  const bool secondary = slots.Secondary >= 0;
+  return {{floats.Begin, floats.Delta, 1},
+          {secondary ? floats.SecondaryBegin : nullptr, floats.SecondaryDelta, 1},
+          floats.WBegin,
+          floats.WDelta,
+          floats.Margin,
+          job.Primitive.ConstMask};
+}
+
+// Packed colours in a vector of 32-bit lanes; `sure` loses the pixels whose rounding test fails.
+template <bool kPerspective, class D, class TMask>
+HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
+UntexturedBytes(D d, const TSpanJob& job, const TFloatInputs& in, hn::Vec<D> t, TMask* sure) {
+  const hn::RebindToUnsigned<D> du;
+  const auto q = PerspectiveAt<kPerspective>(d, in.WBegin, in.WDelta, t);
+  const auto at = [&](const TFloatSlot& slot, int i) HWY_ATTR {
+    return Interpolated<kPerspective>(hn::Set(d, slot.Begin[i * slot.Step]),
+                                      hn::Set(d, slot.Delta[i * slot.Step]), t, q);
+  };
+  const auto margin = hn::Set(d, in.Margin);
+  const auto byteOf = [&](int i) HWY_ATTR {
+    auto value = at(in.Color, i);
+    if (in.Secondary.Begin != nullptr) {
+      value = hn::Add(value, at(in.Secondary, i));
+    }
+    const auto byte = ByteByRoundingTest(d, value, job.Primitive.Clamp, margin, sure);
+    return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
+  };
+  return PackChannels(du, in.ConstMask, job.Primitive.ConstColor, byteOf);
 }
 
 } // namespace HWY_NAMESPACE

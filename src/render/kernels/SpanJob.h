@@ -7,6 +7,9 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Channels.h>
+#include <ZxCore3D/render/common/KernelCounters.h>
+
 namespace Zx3D {
 
 struct TVertexBatch;
@@ -14,7 +17,41 @@ struct TPointBatch;
 struct TShapeClasses;
 struct TCulling;
 
-/// Where a triangle's texels come from.
+/// The comparison of a depth or stencil test, in the order of the enums from GL_NEVER on.
+enum class TCompare : std::uint8_t {
+  Never,
+  Less,
+  Equal,
+  LessEqual,
+  Greater,
+  NotEqual,
+  GreaterEqual,
+  Always,
+  Unknown, ///< a function that a caller installed
+};
+
+constexpr bool IsLessOrLessEqual(TCompare func) {
+  return func == TCompare::Less || func == TCompare::LessEqual;
+}
+
+enum class TStencilStep : std::uint8_t {
+  Keep,
+  Zero,
+  Replace,
+  Incr,
+  IncrWrap,
+  Decr,
+  Invert,
+  Unknown, ///< a function that a caller installed
+};
+
+enum class TBlend : std::uint8_t {
+  None,
+  SourceAlpha, ///< the source over the destination, each by the source's alpha
+  Unknown,     ///< a function that a caller installed
+};
+
+/// Where a primitive's texels come from.
 enum class TTexelSource : std::uint8_t {
   None,
   Nearest, ///< four bytes a texel, read here
@@ -22,90 +59,124 @@ enum class TTexelSource : std::uint8_t {
   Sampler, ///< any other state: the sampler's own function, pixel by pixel
 };
 
-/// A triangle or line drawn by a kernel: all that its rows and pixels read, set up once for the
-/// primitive, and the result for the fragment record.
+/// Whether the float kernels read the texels themselves.
+constexpr bool HasByteTexels(TTexelSource source) {
+  return source == TTexelSource::Nearest || source == TTexelSource::Linear;
+}
+
+enum class TPrimitiveKind : std::uint8_t { Triangle, Line };
+
+/// The set of channels that alpha alone is.
+inline constexpr std::uint32_t kAlphaOnly = 8;
+
+/// The rows of a target.
+struct TTargetRows {
+  unsigned char* Data = nullptr;
+  std::ptrdiff_t Stride = 0; ///< bytes from a row to the one above
+
+  template <class T> T* At(int x, int y) const {
+    return reinterpret_cast<T*>(Data + y * Stride) + x;
+  }
+};
+
+/// State that holds for all primitives of a draw.
+struct TDrawState {
+  int Width;
+  int Height;
+  TTargetRows Color; ///< four bytes a pixel
+  TTargetRows Depth; ///< floats
+  TTargetRows Stencil;
+  std::uint8_t ColorMask;
+  TBlend Blend;
+  bool DepthTest;
+  bool DepthWrite;
+  bool StencilTest;
+  TCompare DepthFunc;
+  TCompare StencilFunc;
+  TStencilStep StencilFail;
+  TStencilStep StencilZFail;
+  TStencilStep StencilZPass;
+  std::uint8_t StencilRef;
+  std::uint8_t StencilValueMask;
+  std::uint8_t StencilWriteMask;
+  float Offset; ///< of depth, in the units of the depth surface
+
+  /// Whether what is written depends on the pixel that was there.
+  bool ReadsColor() const { return Blend != TBlend::None || ColorMask != kAllChannels; }
+  bool UsesDepth() const { return DepthTest || DepthWrite; }
+};
+
+/// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
+struct TPrimitive {
+  const vec_t_<double, 4>* Vertex[3] = {}; ///< of a line the last two are the same
+  TPrimitiveKind Kind = TPrimitiveKind::Triangle;
+  bool Perspective = false;
+  bool AddOffset = false;
+  bool RecordColor = true; ///< whether `LastColor` is wanted
+
+  // --- What is interpolated; -1 for a slot that nothing reads
+  int ColorSlot = -1;
+  int SecondarySlot = -1;
+  int TexSlot = -1;
+  bool ZeroSecondary = false; ///< a secondary colour of 0 is still added to the fragment record
+
+  // --- Texture
+  TTexelSource Texels = TTexelSource::None;
+  bool Modulate = true; ///< otherwise the texel replaces the colour
+  TRenderCPU::TTexSampler* Sampler = nullptr;
+  double InRangeWidth =
+      0.0; ///< texel coordinates from 0 to below this are wrapped by `MaskX` alone
+  double InRangeHeight = 0.0;
+  std::uint32_t MaskX = 0;
+  std::uint32_t MaskY = 0;
+
+  // --- Colour
+  bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
+  bool UsesVertexColor = true; ///< bytes depend on the interpolated colours, not on texels alone
+  std::uint32_t ConstMask = 0; ///< the channels that have the byte of `ConstColor` at every pixel
+  std::uint32_t ConstColor = 0;
+  double ChannelBound = 0.0; ///< of SpanFloatColors-inl.h; 0: not in single precision
+
+  bool HasConstColor() const { return ConstMask == kAllChannels; }
+};
+
+/// What a kernel leaves for the fragment record, where a flag says so.
+struct TSpanResult {
+  bool YSet = false;
+  bool DepthSet = false;
+  bool ColorSet = false;
+  int Y;
+  float LastDepth;
+  int LastX;
+  int LastY;
+  int LastMinorEdge; ///< 1 or 2: the one after the major edge, or the one before it
+  double LastT;      ///< of a line
+  vec_t_<double, 4> LastColor;
+
+  void Clear() { YSet = DepthSet = ColorSet = false; }
+};
+
+/// A triangle or line drawn by a kernel: all that its rows and pixels read, and the result.
 ///
 /// Each pixel's operations are those of the reference walker, one by one and in its order; only
 /// what can be proven to change no bit is left out.
 struct TSpanJob {
-  // --- The triangle, in window coordinates and prepared for its kind of interpolation
-  const vec_t_<double, 4>* Vertex[3];
-  bool Perspective;
-  int Width;
-  int Height;
+  TDrawState Draw;
+  TPrimitive Primitive;
+  TSpanResult Result;
+  TKernelCounters* Counters; ///< null: nobody counts
 
-  // --- What is interpolated; -1 for a slot that nothing reads
-  int ColorSlot;
-  int SecondarySlot;
-  int TexSlot;
-
-  bool ZeroSecondary; ///< a secondary colour that is 0 at every pixel is still added to the record
-
-  // --- Texture
-  TTexelSource Texels;
-  bool Modulate; ///< otherwise the texel replaces the colour
-  TRenderCPU::TTexSampler* Sampler;
-  double InRangeWidth; ///< coordinates in texels from 0 to below it are within, but for the mask
-  double InRangeHeight;
-  std::uint32_t MaskX;
-  std::uint32_t MaskY;
-
-  // --- Colour
-  bool Clamp;              ///< needed: values may lie outside 0 to 1, or be NaN
-  std::uint32_t ConstMask; ///< bit i: channel i has the byte of `ConstColor` at every pixel
-  std::uint32_t ConstColor;
-  bool UsesVertexColor; ///< bytes depend on the interpolated colours, not on the texels alone
-  double ChannelBound;  ///< of the channels, as SpanFloatColors-inl.h defines it; 0: not in single
-                        ///< precision
-  std::uint8_t ColorMask;
-  bool Blend;
-  unsigned char* Color;
-  std::ptrdiff_t ColorRowStride;
-
-  // --- Depth
-  bool DepthTest;
-  bool DepthWrite;
-  std::uint8_t DepthFunc; ///< from GL_NEVER on
-  bool AddOffset;
-  float Offset;
-  unsigned char* Depth;
-  std::ptrdiff_t DepthRowStride;
-
-  // --- Stencil; a null address is a test that is off
-  unsigned char* Stencil;
-  std::ptrdiff_t StencilRowStride;
-  std::uint8_t StencilFunc; ///< from GL_NEVER on
-  std::uint8_t StencilRef;
-  std::uint8_t StencilValueMask;
-  std::uint8_t StencilWriteMask;
-  std::uint8_t StencilFail; ///< operations in the order of `TStencilStep`
-  std::uint8_t StencilZFail;
-  std::uint8_t StencilZPass;
-
-  bool RecordColor; ///< whether `LastColor` is wanted
-
-  // --- Result for the fragment record, where `...Set` says so
-  bool YSet;
-  int Y;
-  bool DepthSet;
-  float LastDepth;
-  bool ColorSet;
-  int LastX;
-  int LastY;
-  int LastMinorEdge; ///< 1 or 2: below or above the middle vertex, in the order of drawing
-  double LastT;      ///< of a line
-  vec_t_<double, 4> LastColor;
-};
-
-/// Stencil operations as numbers.
-enum TStencilStep : std::uint8_t {
-  kStencilKeep,
-  kStencilZero,
-  kStencilReplace,
-  kStencilIncr,
-  kStencilIncrWrap,
-  kStencilDecr,
-  kStencilInvert,
+  bool Meets(TCondition unmet, int times = 1) const { return Zx3D::Meets(Counters, unmet, times); }
+  void StartRow() const {
+    if (Counters != nullptr) [[unlikely]] {
+      Counters->StartRow();
+    }
+  }
+  void Count(TKernel kernel, int pixels) const {
+    if (Counters != nullptr) [[unlikely]] {
+      Counters->Add(kernel, pixels);
+    }
+  }
 };
 
 /// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of

@@ -13,10 +13,6 @@
 
 #include <algorithm>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -52,11 +48,11 @@ HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowRes
     RecordGroup(group, x, result);
     return;
   }
-  if (group.Stencil != 0 && result->LastDepthTested < 0) {
-    result->LastDepthTested = x + __builtin_ctz(group.Stencil);
+  if (group.Tested != 0 && result->LastDepthTested < 0) {
+    result->LastDepthTested = x + FirstBit(group.Tested);
   }
   if (group.Shaded != 0 && result->LastShaded < 0) {
-    result->LastShaded = x + __builtin_ctz(group.Shaded);
+    result->LastShaded = x + FirstBit(group.Shaded);
   }
 }
 
@@ -65,17 +61,17 @@ template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
                                              const TRow& row, const TLineRun& run) {
   const DD d;
-  const int lanes = static_cast<int>(hn::Lanes(d));
   const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
-  if (kTexels == TTexelSource::None && !job.DepthWrite && IsFill(job, row)) {
-    FillRun(hn::ScalableTag<std::uint32_t>(), job.ConstColor, targetsAt(run.First).Color,
-            static_cast<std::size_t>(run.Last - run.First + 1));
+  if (kTexels == TTexelSource::None && !job.Draw.DepthWrite &&
+      UnmetByFill(job, row) == TCondition::None) {
+    Fill(hn::ScalableTag<std::uint32_t>(), job.Primitive.ConstColor, targetsAt(run.First).Color,
+         static_cast<std::size_t>(run.Last - run.First + 1));
     const int last = run.Leftward ? run.First : run.Last;
     return {last, last};
   }
   TRowResult result = {-1, -1};
   int x = run.First;
-  for (; x + lanes - 1 <= run.Last; x += lanes) {
+  for (; x + kLanes - 1 <= run.Last; x += kLanes) {
     const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
     RecordRunGroup(
         DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, kLanes, targetsAt(x)), x,
@@ -85,8 +81,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
     return result;
   }
   const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
-  RecordRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                     job, slots, row, t, static_cast<std::size_t>(run.Last - x + 1), targetsAt(x)),
+  RecordRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, t,
+                                                                   run.Last - x + 1, targetsAt(x)),
                  x, run.Leftward, &result);
   return result;
 }
@@ -96,50 +92,50 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
                                                const TRow& row, const TLineWalk& walk) {
-  constexpr std::size_t kMaxLanes = HWY_LANES(double);
   const DD d;
   const DI di;
-  const int lanes = static_cast<int>(hn::Lanes(d));
-  const VD length = hn::Set(d, static_cast<double>(walk.Major));
-  const VD twice = hn::Set(d, static_cast<double>(2 * walk.Major));
-  const VD aside = hn::Set(d, static_cast<double>(2 * walk.Minor));
+  const VD major = hn::Set(d, static_cast<double>(walk.Major));
+  const VD twiceMajor = hn::Set(d, static_cast<double>(2 * walk.Major));
+  const VD twiceMinor = hn::Set(d, static_cast<double>(2 * walk.Minor));
   const int other = 1 - walk.Axis;
   TRowResult result = {-1, -1};
-  for (int first = walk.First; first <= walk.Last; first += lanes) {
-    const int count = walk.Last - first + 1 < lanes ? walk.Last - first + 1 : lanes;
+  for (int first = walk.First; first <= walk.Last; first += kLanes) {
+    const int count = walk.Last - first + 1 < kLanes ? walk.Last - first + 1 : kLanes;
     // The quotient's floor is exact: dividend and divisor are integers below 2^53, and a quotient
     // below an integer stays below it by 1 / (2 * Major), far more than rounding moves it.
     const VD i = hn::Iota(d, static_cast<double>(first));
-    const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(aside, i), length), twice));
+    const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(twiceMinor, i), major), twiceMajor));
     const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
                              hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
     const VD across = hn::Add(hn::Set(d, static_cast<double>(walk.From[other])),
                               hn::Mul(hn::Set(d, static_cast<double>(walk.Step[other])), steps));
-    HWY_ALIGN std::int32_t at[2][kMaxLanes];
-    HWY_ALIGN double t[kMaxLanes];
+    HWY_ALIGN std::int32_t at[2][kLanes];
+    HWY_ALIGN double t[kLanes];
     hn::Store(hn::DemoteTo(di, along), di, at[walk.Axis]);
     hn::Store(hn::DemoteTo(di, across), di, at[other]);
     hn::Store(LineParameter(row, walk.Axis, along), d, t);
 
-    TGroupTargets pixels[kMaxLanes];
+    TGroupTargets pixels[kLanes];
     for (int k = 0; k < count; ++k) {
       pixels[k] = TargetsAt(job, at[0][k], at[1][k]);
     }
-    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, t,
-                                                        static_cast<std::size_t>(count), pixels),
-                first, &result);
+    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, t, count, pixels), first,
+                &result);
   }
   return result;
 }
 
-// The average length of runs from which on a line is drawn by runs.
-inline constexpr long long kRunLength = 2 * HWY_LANES(double);
+inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
+  ZX_RETURN_FIRST_UNMET(ZX_LINE_RUN_CONDITIONS);
+}
 
 // The results are numbers of pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, const TLineWalk& walk) {
-  if (walk.Axis != 0 || walk.Minor * kRunLength > walk.Major) {
+  const bool byRuns = job.Meets(UnmetByLineRuns(walk));
+  job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
+  if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
   TRowResult result = {-1, -1};
@@ -154,7 +150,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     const int b = walk.From[0] + walk.Step[0] * last;
     const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
                           leftward ? a : b, leftward};
-    const TRowResult drawn = job.Stencil != nullptr
+    const TRowResult drawn = job.Draw.StencilTest
                                  ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, run)
                                  : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, run);
     if (drawn.LastDepthTested >= 0) {
@@ -183,8 +179,8 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
   const TRowSlots slots = RowSlotsOf(*job);
   TRows rows;
   for (int s = 0; s < slots.Count; ++s) {
-    const double* const begin = &job->Vertex[0][slots.Source[s]].x;
-    const double* const end = &job->Vertex[1][slots.Source[s]].x;
+    const double* const begin = &job->Primitive.Vertex[0][slots.Source[s]].x;
+    const double* const end = &job->Primitive.Vertex[1][slots.Source[s]].x;
     for (int i = 0; i < 4; ++i) {
       rows.Begin[4 * s + i][0] = begin[i];
       rows.Delta[4 * s + i][0] = end[i] - begin[i];
@@ -192,19 +188,20 @@ inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
   }
   const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
   const TRowResult result =
-      kLineKernels[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0](*job, slots, row, walk);
+      kLineKernels[static_cast<int>(job->Primitive.Texels)][job->Primitive.Perspective ? 1 : 0](
+          *job, slots, row, walk);
   const auto partAt = [&](int i) {
     return LineParameter(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
   };
   if (result.LastDepthTested >= 0) {
-    job->DepthSet = true;
-    job->LastDepth = DepthAtT(*job, row, partAt(result.LastDepthTested));
+    job->Result.DepthSet = true;
+    job->Result.LastDepth = DepthAtT(*job, row, partAt(result.LastDepthTested));
   }
   if (result.LastShaded >= 0) {
-    job->ColorSet = true;
-    walk.At(result.LastShaded, &job->LastX, &job->LastY);
-    job->LastT = partAt(result.LastShaded);
-    job->LastColor = ColorAt(*job, slots, row, job->LastT);
+    job->Result.ColorSet = true;
+    walk.At(result.LastShaded, &job->Result.LastX, &job->Result.LastY);
+    job->Result.LastT = partAt(result.LastShaded);
+    job->Result.LastColor = ColorAt(*job, slots, row, job->Result.LastT);
   }
 }
 

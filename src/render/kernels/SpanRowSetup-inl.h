@@ -11,36 +11,19 @@
 #endif
 
 #include <algorithm>
-
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
+#include <iterator>
+#include <utility>
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/kernels/SpanLanes-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-namespace hn = hwy::HWY_NAMESPACE;
-
-using DD = hn::ScalableTag<double>;
-using DI = hn::Rebind<std::int32_t, DD>;
-using DU = hn::Rebind<std::uint32_t, DD>;
-using DF = hn::Rebind<float, DD>;
-using VD = hn::Vec<DD>;
-using VI = hn::Vec<DI>;
-using VU = hn::Vec<DU>;
-using VF = hn::Vec<DF>;
-using MD = hn::Mask<DD>;
-using MI = hn::Mask<DI>;
-
 // The most slots that a row keeps; slots that nothing reads are left out.
 inline constexpr int kMaxSlots = 4;
-
-// Lanes of a vector of doubles; as many rows are set up at a time.
-inline constexpr int kLanes = static_cast<int>(HWY_LANES(double));
 
 // Where the interpolated slots stand within a row, in doubles; -1 for those left out.
 struct TRowSlots {
@@ -53,15 +36,16 @@ struct TRowSlots {
 
 inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
   TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
-  const auto add = [&slots](int source, int* place) {
+  const std::pair<int, int*> wanted[] = {{job.Primitive.ColorSlot, &slots.Color},
+                                         {job.Primitive.SecondarySlot, &slots.Secondary},
+                                         {job.Primitive.TexSlot, &slots.Tex}};
+  static_assert(1 + std::size(wanted) <= kMaxSlots);
+  for (const auto& [source, place] : wanted) {
     if (source >= 0) {
       *place = 4 * slots.Count;
       slots.Source[slots.Count++] = source;
     }
-  };
-  add(job.ColorSlot, &slots.Color);
-  add(job.SecondarySlot, &slots.Secondary);
-  add(job.TexSlot, &slots.Tex);
+  }
   return slots;
 }
 
@@ -71,7 +55,7 @@ struct TRowComponents {
   double operator[](int place) const { return At[place * kLanes]; }
 };
 
-// A row's inputs to colours in single precision: see SpanFloatColors-inl.h.
+// A row's inputs of float colours: see SpanFloatColors-inl.h.
 struct TRowFloats {
   alignas(16) float Begin[4]; ///< of the colour
   alignas(16) float Delta[4];
@@ -80,7 +64,7 @@ struct TRowFloats {
   float WBegin;
   float WDelta;
   float Margin;
-  int FallbackBudget; ///< groups that may still prove unsure before the row goes the exact path
+  int FallbackBudget; ///< fallbacks left before the row takes the exact path
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
@@ -91,7 +75,11 @@ struct TRow {
   int Last;  ///< last covered pixel
   int Y;
   TRowFloats* Floats; ///< null: the exact path
+
+  bool HasFloats() const { return Floats != nullptr && Floats->FallbackBudget > 0; }
 };
+
+HWY_INLINE int PixelsOf(const TRow& row) { return row.Last - row.First + 1; }
 
 // Rows that were set up together, one a lane.
 struct TRows {
@@ -115,7 +103,7 @@ struct TRowEdge {
 };
 
 HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
-  const vec_t_<double, 4>* const ends[2] = {job.Vertex[from], job.Vertex[to]};
+  const vec_t_<double, 4>* const ends[2] = {job.Primitive.Vertex[from], job.Primitive.Vertex[to]};
   const int upward = ends[1][0].y >= ends[0][0].y ? 1 : 0;
   return {ends[1 - upward], ends[upward]};
 }
@@ -123,8 +111,8 @@ HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
 // A triangle as two ranges of rows: those that the major edge shares with each minor edge, in
 // drawing order.
 struct TRowPlan {
-  TRowEdge Long;
-  TRowEdge Short[2];
+  TRowEdge MajorEdge;
+  TRowEdge MinorEdge[2];
   int First[2];
   int Count[2];
 };
@@ -140,34 +128,28 @@ HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
   const int second = d1 > d0 ? 1 : 0;
   const double most = std::max(d0, d1);
   const int third = e2.DeltaY() > most ? 1 : 0;
-  const int longest = 2 * third + second * (1 - third);
-  TRowPlan plan = {edges[longest], {edges[longest + 1], edges[longest + 2]}, {0, 0}, {0, 0}};
-  if (plan.Long.DeltaY() == 0.0) {
+  const int major = 2 * third + second * (1 - third);
+  TRowPlan plan = {edges[major], {edges[major + 1], edges[major + 2]}, {0, 0}, {0, 0}};
+  if (plan.MajorEdge.DeltaY() == 0.0) {
     return plan;
   }
-  for (int half = 0; half < 2; ++half) {
-    const TRowEdge& edge = plan.Short[half];
+  for (int minor = 0; minor < 2; ++minor) {
+    const TRowEdge& edge = plan.MinorEdge[minor];
     int last = 0;
-    if (edge.DeltaY() != 0.0 &&
-        PixelRange(edge.Begin[0].y + 0.5, edge.End[0].y, job.Height, &plan.First[half], &last)) {
-      plan.Count[half] = last - plan.First[half] + 1;
+    if (edge.DeltaY() != 0.0 && PixelRange(edge.Begin[0].y + 0.5, edge.End[0].y, job.Draw.Height,
+                                           &plan.First[minor], &last)) {
+      plan.Count[minor] = last - plan.First[minor] + 1;
     }
   }
   return plan;
 }
 
-HWY_INLINE HWY_ATTR unsigned int LaneBits(MD mask) {
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(DD(), mask, bits);
-  return bits[0];
-}
-
 // Of the rows set up together, as bits: those that both edges cross, those that cover pixels, and
 // those that are not short.
 struct TRowSets {
-  unsigned int Crossed;
-  unsigned int Covered;
-  unsigned int Long; ///< more than is short
+  std::uint64_t Crossed;
+  std::uint64_t Covered;
+  std::uint64_t Long;
 };
 
 // Sets up the rows from number `start` on, in drawing order. Rows of more than `shortPixels` pixels
@@ -187,12 +169,12 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
     VD Begin;
     VD Delta;
   };
-  const auto longPart = [&](int slot, int i) HWY_ATTR {
-    const VD begin = hn::Set(d, (&plan.Long.Begin[slot].x)[i]);
-    return TPart{begin, hn::Sub(hn::Set(d, (&plan.Long.End[slot].x)[i]), begin)};
+  const auto onMajor = [&](int slot, int i) HWY_ATTR {
+    const VD begin = hn::Set(d, (&plan.MajorEdge.Begin[slot].x)[i]);
+    return TPart{begin, hn::Sub(hn::Set(d, (&plan.MajorEdge.End[slot].x)[i]), begin)};
   };
-  const auto shortPart = [&](int slot, int i) HWY_ATTR {
-    const TRowEdge* const edge = plan.Short;
+  const auto onMinor = [&](int slot, int i) HWY_ATTR {
+    const TRowEdge* const edge = plan.MinorEdge;
     const VD begin = hn::IfThenElse(second, hn::Set(d, (&edge[1].Begin[slot].x)[i]),
                                     hn::Set(d, (&edge[0].Begin[slot].x)[i]));
     const VD end = hn::IfThenElse(second, hn::Set(d, (&edge[1].End[slot].x)[i]),
@@ -203,26 +185,26 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
                           HWY_ATTR { return hn::Div(hn::Sub(y, part.Begin), part.Delta); };
   const auto valueAt = [](const TPart& part, VD t)
                            HWY_ATTR { return hn::Add(hn::Mul(part.Delta, t), part.Begin); };
-  const VD ta = timeOf(longPart(0, 1));
-  const VD tb = timeOf(shortPart(0, 1));
+  const VD ta = timeOf(onMajor(0, 1));
+  const VD tb = timeOf(onMinor(0, 1));
   MD live = hn::And(hn::Ge(hn::Min(ta, tb), zero), hn::Lt(hn::Max(ta, tb), one));
   live = hn::And(live, hn::Lt(index, hn::Set(d, plan.Count[0] + plan.Count[1])));
-  const unsigned int crossed = LaneBits(live);
+  const std::uint64_t crossed = BitsOfMask(d, live);
 
-  const VD xa = valueAt(longPart(0, 0), ta);
-  const VD xb = valueAt(shortPart(0, 0), tb);
+  const VD xa = valueAt(onMajor(0, 0), ta);
+  const VD xb = valueAt(onMinor(0, 0), tb);
   const MD rightward = hn::Ge(xb, xa);
   const VD begin = hn::IfThenElse(rightward, xa, xb);
   const VD end = hn::IfThenElse(rightward, xb, xa);
   const VD delta = hn::Sub(end, begin);
-  const VD width = hn::Set(d, job.Width);
+  const VD width = hn::Set(d, job.Draw.Width);
   const VD from = hn::Add(begin, hn::Set(d, 0.5));
   live = hn::And(live, hn::Gt(delta, zero));
   live = hn::And(live, hn::And(hn::Lt(from, width), hn::Gt(end, hn::Set(d, -1.0))));
-  // t of a pixel is (x - begin) / delta. With delta above 0 and nothing near the ends of the range
-  // it is below 0 just when the difference is, and 1 or above just when the difference is not below
-  // delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both can be
-  // true of no more than the outermost pixel, since the next is a whole pixel further in.
+  // t of a pixel is (x - begin) / delta. With delta above 0, and neither overflow nor underflow, it
+  // is below 0 exactly when the difference is, and 1 or above exactly when the difference is not
+  // below delta: a quotient of two doubles, the smaller over the greater, never rounds to 1. Both
+  // can be true of no more than the outermost pixel, since the next is a whole pixel further in.
   VD first = hn::Trunc(hn::Max(from, zero));
   VD last = hn::Trunc(hn::Min(end, hn::Sub(width, one)));
   first = hn::Add(first, hn::IfThenElseZero(hn::Lt(hn::Sub(first, begin), zero), one));
@@ -235,36 +217,36 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
   hn::Store(hn::DemoteTo(di, last), di, rows->Last);
   hn::Store(hn::DemoteTo(di, y), di, rows->Y);
   const auto makePart = [&](int slot, int place, int i) HWY_ATTR {
-    const VD atA = valueAt(longPart(slot, i), ta);
-    const VD atB = valueAt(shortPart(slot, i), tb);
+    const VD atA = valueAt(onMajor(slot, i), ta);
+    const VD atB = valueAt(onMinor(slot, i), tb);
     const VD left = hn::IfThenElse(rightward, atA, atB);
     const VD right = hn::IfThenElse(rightward, atB, atA);
     hn::Store(left, d, rows->Begin[place + i]);
     hn::Store(hn::Sub(right, left), d, rows->Delta[place + i]);
   };
   makePart(0, 0, 2); // z is always read: the record has the depth
-  if (job.Perspective) {
+  if (job.Primitive.Perspective) {
     makePart(0, 0, 3);
   }
   if (slots.Color >= 0) {
-    makePart(job.ColorSlot, slots.Color, 0);
-    makePart(job.ColorSlot, slots.Color, 1);
-    makePart(job.ColorSlot, slots.Color, 2);
-    if (job.RecordColor || (job.ConstMask & 8u) == 0) {
-      makePart(job.ColorSlot, slots.Color, 3);
+    makePart(job.Primitive.ColorSlot, slots.Color, 0);
+    makePart(job.Primitive.ColorSlot, slots.Color, 1);
+    makePart(job.Primitive.ColorSlot, slots.Color, 2);
+    if (job.Primitive.RecordColor || (job.Primitive.ConstMask & 8u) == 0) {
+      makePart(job.Primitive.ColorSlot, slots.Color, 3);
     }
   }
   if (slots.Secondary >= 0) {
-    makePart(job.SecondarySlot, slots.Secondary, 0);
-    makePart(job.SecondarySlot, slots.Secondary, 1);
-    makePart(job.SecondarySlot, slots.Secondary, 2);
+    makePart(job.Primitive.SecondarySlot, slots.Secondary, 0);
+    makePart(job.Primitive.SecondarySlot, slots.Secondary, 1);
+    makePart(job.Primitive.SecondarySlot, slots.Secondary, 2);
   }
   if (slots.Tex >= 0) {
-    makePart(job.TexSlot, slots.Tex, 0);
-    makePart(job.TexSlot, slots.Tex, 1);
+    makePart(job.Primitive.TexSlot, slots.Tex, 0);
+    makePart(job.Primitive.TexSlot, slots.Tex, 1);
   }
   const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, shortPixels));
-  return {crossed, LaneBits(live), LaneBits(hn::And(live, longer))};
+  return {crossed, BitsOfMask(d, live), BitsOfMask(d, hn::And(live, longer))};
 }
 
 } // namespace HWY_NAMESPACE

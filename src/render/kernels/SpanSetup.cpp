@@ -23,25 +23,38 @@ namespace {
 using TVec4 = vec_t_<double, 4>;
 using TVertices = const TVec4* [3];
 
-// Bounds within which rounding provably cannot change a constant byte: the ratio of the 1/w of a
-// triangle, and the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of the
-// last place times that ratio, far below the margin.
-constexpr double kMaxRatio = 65536.0;
-constexpr double kByteMargin = 1e-6;
+// A constant byte is proven by two bounds: kMaxSteadyRatio of the 1/w of a triangle, and
+// kByteMargin of the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of
+// the last place times that ratio, far below the margin.
 
-// --- The chosen functions as numbers; -1 for one that a caller installed
+// --- The chosen functions as enums
 
-template <class TFunction, std::size_t N>
-int IndexOf(const TFunction (&list)[N], TFunction function) {
+// The place in a list that has the order of an enum; `Unknown` for a function that a caller
+// installed.
+template <class TEnum, class TFunction, std::size_t N>
+TEnum EnumOf(const TFunction (&list)[N], TFunction function) {
+  static_assert(static_cast<std::size_t>(TEnum::Unknown) == N);
   const TFunction* const found = std::find(std::begin(list), std::end(list), function);
-  return found == std::end(list) ? -1 : static_cast<int>(found - list);
+  return static_cast<TEnum>(found - std::begin(list));
 }
 
-int StencilStepOf(TRenderCPU::TStencilFunction operation) {
+TStencilStep StencilStepOf(TRenderCPU::TStencilFunction operation) {
   constexpr TRenderCPU::TStencilFunction kOperations[] = {
       KeepM_1u8, ZeroM_1u8, ReplaceM_1u8, IncrM_1u8, IncrWrapM_1u8, DecrM_1u8, InvertM_1u8,
   };
-  return operation == DecrWrapM_1u8 ? kStencilDecr : IndexOf(kOperations, operation);
+  return operation == DecrWrapM_1u8 ? TStencilStep::Decr
+                                    : EnumOf<TStencilStep>(kOperations, operation);
+}
+
+template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlpha) {
+  return chosen == nullptr       ? TBlend::None
+         : chosen == sourceAlpha ? TBlend::SourceAlpha
+                                 : TBlend::Unknown;
+}
+
+bool KnowsStencil(const TDrawState& draw) {
+  return draw.StencilFunc != TCompare::Unknown && draw.StencilFail != TStencilStep::Unknown &&
+         draw.StencilZFail != TStencilStep::Unknown && draw.StencilZPass != TStencilStep::Unknown;
 }
 
 // --- What a triangle's values prove
@@ -102,47 +115,56 @@ bool IsZeroSlot(const TVertices& v, int slot) {
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
-// those of the vertices by a few units of the last place times kMaxRatio at most.
+// those of the vertices by a few units of the last place times kMaxSteadyRatio at most.
 bool HasSteadyW(const TVertices& v) {
   const double a = v[0][0].w;
   const double b = v[1][0].w;
   const double c = v[2][0].w;
   const double least = std::min(std::min(a, b), c);
   const double most = std::max(std::max(a, b), c);
-  return least > 1e-100 && most <= least * kMaxRatio && least < 1e100;
+  return least > kMinSteadyW && most <= least * kMaxSteadyRatio && least < kMaxSteadyW;
+}
+
+bool HasFloatW(const TVertices& v) {
+  return std::all_of(std::begin(v), std::end(v),
+                     [](const TVec4* at) { return at[0].w > kMinFloatW && at[0].w < kMaxFloatW; });
+}
+
+double WidthOf(const TVertices& v) {
+  return std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x) -
+         std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
 }
 
 // The channel bound E of SpanFloatColors-inl.h: the greatest |c| of a channel at the vertices,
-// twice that where one is negative. 0 if single precision is ruled out: a channel too great, 1/w
-// outside the range where floats lose nothing, or a triangle too narrow to gain from it.
-double ChannelBoundOf(const TVertices& v, unsigned int unit, const TSpanJob& job) {
-  if (job.Perspective && !(v[0][0].w > 1e-15 && v[0][0].w < 1e15 && v[1][0].w > 1e-15 &&
-                           v[1][0].w < 1e15 && v[2][0].w > 1e-15 && v[2][0].w < 1e15)) {
-    return 0.0;
-  }
+// twice that where one is negative; 0 if a channel is too great. `inUnit`: all are in 0 to 1.
+double ChannelBoundOf(const TPrimitive& primitive, bool inUnit) {
   double least = 0.0;
   double most = 1.0;
-  if (unit == 15 && job.SecondarySlot < 0) {
+  if (inUnit) {
     return most;
   }
-  const double left = std::min(std::min(v[0][0].x, v[1][0].x), v[2][0].x);
-  const double right = std::max(std::max(v[0][0].x, v[1][0].x), v[2][0].x);
-  if (right - left < 8.0) {
-    return 0.0;
-  }
-  for (const TVec4* const at : v) {
+  for (const TVec4* const at : primitive.Vertex) {
     for (std::size_t i = 0; i < 4; ++i) {
-      const double c = at[job.ColorSlot][i];
-      const double added = job.SecondarySlot >= 0 ? at[job.SecondarySlot][i] : 0.0;
-      const double reach = std::fabs(c) + std::fabs(added);
-      if (!(reach <= 4.0)) {
+      const double c = at[primitive.ColorSlot][i];
+      const double added = primitive.SecondarySlot >= 0 ? at[primitive.SecondarySlot][i] : 0.0;
+      const double sum = std::fabs(c) + std::fabs(added);
+      if (!(sum <= kMaxChannel)) {
         return 0.0;
       }
       least = std::min({least, c, added});
-      most = std::max(most, reach);
+      most = std::max(most, sum);
     }
   }
   return least < 0.0 ? 2.0 * most : most;
+}
+
+TCondition SetUpFloatColors(bool steady, bool inUnit, TPrimitive* out) {
+  const TPrimitive& primitive = *out;
+  const TVertices& v = primitive.Vertex;
+  double bound = 0.0;
+  ZX_FLOAT_COLOR_CONDITIONS(ZX_RETURN_UNMET)
+  out->ChannelBound = bound;
+  return TCondition::None;
 }
 
 bool IsWhite(const TVertices& v, int slot) {
@@ -159,17 +181,18 @@ bool IsConstantByte(double c) {
 }
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
-// zeros, and every pixel computes the same value; otherwise it only stays near.
-void SetUpConstantChannels(const TVertices& v, unsigned int unit, TSpanJob* job) {
+// zeros, and every pixel computes the same value; otherwise one that rounds alike.
+void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
+  const TVertices& v = primitive->Vertex;
   const double r = v[0][0].w;
   const bool oneW = v[1][0].w == r && v[2][0].w == r;
-  const TVec4& first = v[0][job->ColorSlot];
-  unsigned int same = unit & SameBits(v, job->ColorSlot);
+  const TVec4& first = v[0][primitive->ColorSlot];
+  unsigned int same = unit & SameBits(v, primitive->ColorSlot);
   for (; same != 0; same &= same - 1) {
     const int i = std::countr_zero(same);
     const double c = first[static_cast<std::size_t>(i)];
     double value = c;
-    if (job->Perspective) {
+    if (primitive->Perspective) {
       if (!oneW && !IsConstantByte(c)) {
         continue;
       }
@@ -177,18 +200,29 @@ void SetUpConstantChannels(const TVertices& v, unsigned int unit, TSpanJob* job)
         value = std::min((c * r) * (1.0 / r), 1.0);
       }
     }
-    job->ConstMask |= 1u << i;
-    job->ConstColor |= static_cast<std::uint32_t>(ByteOf(value)) << (8 * i);
+    primitive->ConstMask |= 1u << i;
+    primitive->ConstColor |= static_cast<std::uint32_t>(ByteOf(value)) << (8 * i);
   }
 }
 
 // --- Texture
 
-bool IsByteTexture(const DATASURFACE& surface) {
-  // Offsets are computed in 32 bits.
-  return surface.Type == DATA_TYPE_UINT8 && surface.Channels == 4 && surface.PixelStride == 4 &&
-         surface.RowStride > 0 && surface.Width < (1 << 20) && surface.Height < (1 << 20) &&
-         (std::int64_t{surface.Height} + 2) * surface.RowStride < (std::int64_t{1} << 31);
+using TSampler = TRenderCPU::TTexSampler;
+
+bool IsKnownSampler(const TSampler& sampler) {
+  TSampler chosen = sampler;
+  chosen.UpdateGetValueFunc();
+  return sampler.m_GetValue == chosen.m_GetValue;
+}
+
+bool IsFourBytes(const DATASURFACE& surface) {
+  return surface.Type == DATA_TYPE_UINT8 && surface.Channels == 4 && surface.PixelStride == 4;
+}
+
+bool HasSmallOffsets(const DATASURFACE& surface) {
+  return surface.RowStride > 0 && surface.Width < kMaxTextureSide &&
+         surface.Height < kMaxTextureSide &&
+         (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
 // The range of texel coordinates that a mask alone wraps. A linear filter reads one texel further,
@@ -196,7 +230,7 @@ bool IsByteTexture(const DATASURFACE& surface) {
 void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
                      std::uint32_t* mask) {
   if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
-    *range = 1048576.0;
+    *range = kInRangeRepeat;
     *mask = static_cast<std::uint32_t>(size - 1);
   } else {
     *range = size - (linear ? 1 : 0);
@@ -204,221 +238,178 @@ void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
   }
 }
 
-// Finds where texels come from. False for a sampling function that a caller installed.
-bool SetUpTexels(const TRenderCPU::TTexSampler& sampler, TSpanJob* job) {
-  using TSampler = TRenderCPU::TTexSampler;
-  job->Sampler = const_cast<TSampler*>(&sampler);
-  TSampler chosen = sampler;
-  chosen.UpdateGetValueFunc();
-  if (sampler.m_GetValue != chosen.m_GetValue) {
-    return false;
-  }
-  job->Texels = TTexelSource::Sampler;
+// Finds whether kernels read the texels themselves.
+TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   const DATASURFACE* const surface = sampler.m_Surface;
-  if (surface != nullptr && sampler.m_GetValue != &TSampler::GetValueBorder &&
-      IsByteTexture(*surface) && sampler.m_SurfaceWidth == surface->Width &&
-      sampler.m_SurfaceHeight == surface->Height) {
-    const bool linear = sampler.m_FilterMin != GL_NEAREST;
-    job->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
-    SetInRangeLimit(sampler.m_WrapS, surface->Width, linear, &job->InRangeWidth, &job->MaskX);
-    SetInRangeLimit(sampler.m_WrapT, surface->Height, linear, &job->InRangeHeight, &job->MaskY);
-  }
-  return true;
+  primitive->Sampler = const_cast<TSampler*>(&sampler);
+  primitive->Texels = TTexelSource::Sampler;
+  ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
+  const bool linear = sampler.m_FilterMin != GL_NEAREST;
+  primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
+  SetInRangeLimit(sampler.m_WrapS, surface->Width, linear, &primitive->InRangeWidth,
+                  &primitive->MaskX);
+  SetInRangeLimit(sampler.m_WrapT, surface->Height, linear, &primitive->InRangeHeight,
+                  &primitive->MaskY);
+  return TCondition::None;
 }
 
 // Whether all filtered texels lie in 0 to 1. With coordinates that are NaN, or too great to have a
 // fraction, a mix of texels may be NaN.
-bool AreUnitTexels(const TSpanJob& job) {
-  if (job.Texels == TTexelSource::Linear) {
-    if (job.Perspective && !HasSteadyW(job.Vertex)) {
+bool AreUnitTexels(const TPrimitive& primitive) {
+  if (primitive.Texels == TTexelSource::Linear) {
+    if (primitive.Perspective && !HasSteadyW(primitive.Vertex)) {
       return false;
     }
-    for (const TVec4* const at : job.Vertex) {
-      const TVec4& st = at[job.TexSlot];
-      if (!(std::fabs(st.x) < 1e15 && std::fabs(st.y) < 1e15)) {
+    for (const TVec4* const at : primitive.Vertex) {
+      const TVec4& st = at[primitive.TexSlot];
+      if (!(std::fabs(st.x) < kMaxUnitTexCoord && std::fabs(st.y) < kMaxUnitTexCoord)) {
         return false;
       }
     }
-  } else if (job.Texels != TTexelSource::Nearest) {
+  } else if (primitive.Texels != TTexelSource::Nearest) {
     return false;
   }
-  return UnitBits(job.Sampler->m_BorderColor) == 15;
+  return UnitBits(primitive.Sampler->m_BorderColor) == kAllChannels;
+}
+
+bool AreInReach(const TVertices& v) {
+  return std::all_of(std::begin(v), std::end(v), [](const TVec4* at) {
+    return std::fabs(at[0].x) < kMaxWindow && std::fabs(at[0].y) < kMaxWindow;
+  });
 }
 
 } // namespace
 
 // --- Set-up
 
-bool TRenderEngine::SetUpTargets(TSpanJob* job) const {
-  const TTarget& target = Targets.Color;
-  const TTarget& depth = Targets.Depth;
-  const TTarget& stencil = Targets.Stencil;
-  if (gl.m_PixelWrite != nullptr || gl.m_DrawBuffer != nullptr || !Targets.Kernels ||
-      target.PixelStride != 4 || TextureIsTarget()) {
-    return false;
-  }
-  job->Width = gl.m_Width;
-  job->Height = gl.m_Height;
-  job->Color = target.Data;
-  job->ColorRowStride = target.RowStride;
-  job->Depth = depth.Data;
-  job->DepthRowStride = depth.RowStride;
-  job->Stencil = gl.m_StencilTest ? stencil.Data : nullptr;
-  job->StencilRowStride = stencil.RowStride;
-  job->ColorMask = gl.m_ColorMask;
-  if (gl.m_ColorMask == 15) {
-    job->Blend = gl.m_BlendFunc != nullptr;
-    return !job->Blend || gl.m_BlendFunc == &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub;
-  }
-  job->Blend = gl.m_BlendFuncM != nullptr;
-  return !job->Blend || gl.m_BlendFuncM == &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub;
+TCondition TRenderEngine::SetUpTargets(TDrawState* out) const {
+  TDrawState& draw = *out;
+  draw.Width = gl.m_Width;
+  draw.Height = gl.m_Height;
+  draw.Color = {Targets.Color.Data, Targets.Color.RowStride};
+  draw.Depth = {Targets.Depth.Data, Targets.Depth.RowStride};
+  draw.Stencil = {Targets.Stencil.Data, Targets.Stencil.RowStride};
+  draw.ColorMask = gl.m_ColorMask;
+  draw.Blend = gl.m_ColorMask == kAllChannels
+                   ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
+                   : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
+  ZX_RETURN_FIRST_UNMET(ZX_TARGET_CONDITIONS);
 }
 
-bool TRenderEngine::SetUpDepthStencil(TSpanJob* job) const {
-  const int depthFunc = IndexOf(kDepthCompares, gl.m_DepthCompare);
-  job->DepthTest = gl.m_DepthTest;
-  job->DepthWrite = gl.m_DepthMask;
-  job->DepthFunc = static_cast<std::uint8_t>(depthFunc);
-  job->AddOffset = gl.m_PolygonOffsetFill;
-  job->Offset = gl.m_PolygonOffsetFactor;
-  if (gl.m_DepthTest && depthFunc < 0) {
-    return false;
+TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
+  TDrawState& draw = *out;
+  draw.DepthTest = gl.m_DepthTest;
+  draw.DepthWrite = gl.m_DepthMask;
+  draw.DepthFunc = EnumOf<TCompare>(kDepthCompares, gl.m_DepthCompare);
+  draw.Offset = gl.m_PolygonOffsetFactor;
+  draw.StencilTest = gl.m_StencilTest;
+  if (gl.m_StencilTest) {
+    draw.StencilFunc = EnumOf<TCompare>(kStencilCompares, gl.m_StencilCompare);
+    draw.StencilRef = static_cast<std::uint8_t>(gl.m_StencilRef);
+    draw.StencilValueMask = static_cast<std::uint8_t>(gl.m_StencilValueMask);
+    draw.StencilWriteMask = static_cast<std::uint8_t>(gl.m_StencilWriteMask);
+    draw.StencilFail = StencilStepOf(gl.m_StencilFailOp);
+    draw.StencilZFail = StencilStepOf(gl.m_StencilZFailOp);
+    draw.StencilZPass = StencilStepOf(gl.m_StencilZPassOp);
   }
-  if (!gl.m_StencilTest) {
-    return true;
-  }
-  const int func = IndexOf(kStencilCompares, gl.m_StencilCompare);
-  const int fail = StencilStepOf(gl.m_StencilFailOp);
-  const int zfail = StencilStepOf(gl.m_StencilZFailOp);
-  const int zpass = StencilStepOf(gl.m_StencilZPassOp);
-  job->StencilFunc = static_cast<std::uint8_t>(func);
-  job->StencilRef = static_cast<std::uint8_t>(gl.m_StencilRef);
-  job->StencilValueMask = static_cast<std::uint8_t>(gl.m_StencilValueMask);
-  job->StencilWriteMask = static_cast<std::uint8_t>(gl.m_StencilWriteMask);
-  job->StencilFail = static_cast<std::uint8_t>(fail);
-  job->StencilZFail = static_cast<std::uint8_t>(zfail);
-  job->StencilZPass = static_cast<std::uint8_t>(zpass);
-  return func >= 0 && fail >= 0 && zfail >= 0 && zpass >= 0;
+  ZX_RETURN_FIRST_UNMET(ZX_TEST_CONDITIONS);
 }
 
-// The inputs of the standard fragment shader: slots, texels, constant channels, whether to clamp.
-bool TRenderEngine::SetUpColors(TSpanJob* job) const {
-  const TVertices& v = job->Vertex;
+// Set-up that holds for all primitives of a draw. Returns the condition that leaves them to the
+// reference walker.
+TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
+  ZX_SHADER_CONDITIONS(ZX_RETURN_UNMET)
+  const TCondition unmet = SetUpTargets(draw);
+  return unmet != TCondition::None ? unmet : SetUpDepthStencil(draw);
+}
+
+// Set-up of one primitive, whose vertices have window coordinates and slots as they are before
+// perspective scales them.
+TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
+  TPrimitive& primitive = *out;
+  const TVertices& v = primitive.Vertex;
   const bool front = gl.m_Fragment.FrontFacing;
-  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
-  job->ColorSlot = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
-  job->SecondarySlot = -1;
-  job->TexSlot = -1;
-  job->ZeroSecondary = false;
-  job->Texels = TTexelSource::None;
-  job->Modulate = true;
-  job->ConstMask = 0;
-  job->ConstColor = 0;
-  job->ChannelBound = 0.0;
-  job->UsesVertexColor = true;
+  const int color = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
+  const int secondary =
+      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
   const TTexUnit& unit = gl.m_TexUnits[0];
-  if (unit.TexEnabled) {
-    job->TexSlot = gl.m_VarTexCoord;
-    job->Modulate = unit.TexEnvMode == GL_MODULATE;
-    if ((!job->Modulate && unit.TexEnvMode != GL_REPLACE) || !isLive(job->TexSlot) ||
-        !SetUpTexels(unit.Sampler, job)) {
-      return false;
-    }
-    if (!job->Modulate) {
-      job->ColorSlot = -1;
-      job->Clamp = !AreUnitTexels(*job);
-      job->UsesVertexColor = false;
-      job->ChannelBound = 1.0;
-      return true;
-    }
-  }
-  if (!isLive(job->ColorSlot)) {
-    return false;
-  }
-  if (gl.m_Lighting) {
-    const int secondary =
-        front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
-    if (!isLive(secondary)) {
-      return false;
-    }
-    job->ZeroSecondary = IsZeroSlot(v, secondary);
-    job->SecondarySlot = job->ZeroSecondary ? -1 : secondary;
-  }
-  const bool steady = !job->Perspective || HasSteadyW(v);
-  const unsigned int inside = UnitBits(v, job->ColorSlot);
-  job->Clamp = !steady || job->SecondarySlot >= 0 || inside != 15 ||
-               (job->Texels != TTexelSource::None && !AreUnitTexels(*job));
-  if (steady && job->Texels == TTexelSource::None && job->SecondarySlot < 0) {
-    SetUpConstantChannels(v, inside, job);
-  }
-  if (steady && job->ConstMask != 15 && v[2] != v[1]) { // lines are drawn in doubles
-    job->ChannelBound = ChannelBoundOf(v, inside, *job);
-    job->UsesVertexColor =
-        job->Texels == TTexelSource::None || job->SecondarySlot >= 0 || !IsWhite(v, job->ColorSlot);
-  }
-  return true;
-}
+  const bool textured = unit.TexEnabled;
+  const bool replaces = textured && unit.TexEnvMode == GL_REPLACE;
+  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
+  ZX_PRIMITIVE_CONDITIONS(ZX_RETURN_UNMET)
 
-// Set-up that holds for all primitives of a draw.
-bool TRenderEngine::SetUpDraw(TSpanJob* job) const {
-  if (gl.m_FragmentShader == nullptr || gl.m_FragmentShader != gl.m_StdFragmentShader ||
-      gl.m_CalcDepth || GetSpanKernels() == nullptr) {
-    return false;
-  }
-  job->Perspective = gl.m_PerspectiveHint != GL_FASTEST;
-  return SetUpTargets(job) && SetUpDepthStencil(job);
-}
-
-// Set-up of one primitive. `job->Vertex` is set: the slots as they are before perspective prepares
-// them, the position in window coordinates.
-bool TRenderEngine::SetUpPrimitive(TSpanJob* job) const {
-  // Within this range of the window no operation of row set-up can overflow or give a NaN.
-  for (const TVec4* const vertex : job->Vertex) {
-    if (!(std::fabs(vertex[0].x) < 1e6 && std::fabs(vertex[0].y) < 1e6)) {
-      return false;
-    }
-  }
   // With w of 1 throughout, perspective multiplies by 1 and nothing else.
-  job->Perspective =
-      gl.m_PerspectiveHint != GL_FASTEST &&
-      !(job->Vertex[0][0].w == 1.0 && job->Vertex[1][0].w == 1.0 && job->Vertex[2][0].w == 1.0);
-  job->YSet = false;
-  job->DepthSet = false;
-  job->ColorSet = false;
-  return SetUpColors(job);
+  primitive.Perspective = gl.m_PerspectiveHint != GL_FASTEST &&
+                          !(v[0][0].w == 1.0 && v[1][0].w == 1.0 && v[2][0].w == 1.0);
+  primitive.AddOffset = gl.m_PolygonOffsetFill && (primitive.Kind == TPrimitiveKind::Triangle ||
+                                                   gl.m_PrimitiveMode == GL_TRIANGLES);
+  TKernelCounters* const counters = ActiveKernelCounters();
+  if (textured) {
+    primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
+    primitive.TexSlot = gl.m_VarTexCoord;
+    ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
+    Meets(counters, SetUpTexels(unit.Sampler, &primitive));
+  }
+  if (replaces) {
+    primitive.Clamp = !AreUnitTexels(primitive);
+    primitive.UsesVertexColor = false;
+    primitive.ChannelBound = 1.0;
+    return TCondition::None;
+  }
+  ZX_VERTEX_COLOR_CONDITIONS(ZX_RETURN_UNMET)
+  primitive.ColorSlot = color;
+  if (gl.m_Lighting) {
+    primitive.ZeroSecondary = IsZeroSlot(v, secondary);
+    primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
+  }
+  const bool steady = !primitive.Perspective || HasSteadyW(v);
+  const unsigned int unitChannels = UnitBits(v, color);
+  const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
+  primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
+  if (steady && !textured && primitive.SecondarySlot < 0) {
+    SetUpConstantChannels(unitChannels, &primitive);
+  }
+  if (Meets(counters, SetUpFloatColors(steady, inUnit, &primitive))) {
+    primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
+  }
+  return TCondition::None;
 }
-
-bool TRenderEngine::SetUpJob(TSpanJob* job) const { return SetUpDraw(job) && SetUpPrimitive(job); }
 
 // --- Running
 
 void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
-  job->RecordColor = DrawJob == nullptr;
+  job->Primitive.RecordColor = DrawJob == nullptr;
+  job->Result.Clear();
+  job->Counters = ActiveKernelCounters();
+  if (job->Counters != nullptr) {
+    job->Counters->StartPrimitive();
+  }
   GetSpanKernels()->DrawTriangle(job);
 
-  if (job->YSet) {
-    gl.m_Fragment.Y = job->Y;
+  const TSpanResult& result = job->Result;
+  if (result.YSet) {
+    gl.m_Fragment.Y = result.Y;
   }
-  if (job->DepthSet) {
-    gl.m_Fragment.Depth = job->LastDepth;
+  if (result.DepthSet) {
+    gl.m_Fragment.Depth = result.LastDepth;
   }
-  if (!job->ColorSet) {
+  if (!result.ColorSet) {
     return;
   }
-  gl.m_Fragment.X = job->LastX;
+  gl.m_Fragment.X = result.LastX;
   TDeferredFragment& pending = DeferredFragment;
   pending.Set = true;
   // No state changes within an array draw: the colour can wait for the last triangle.
-  pending.Shade = !job->RecordColor;
+  pending.Shade = !job->Primitive.RecordColor;
   pending.Front = gl.m_Fragment.FrontFacing;
-  if (job->RecordColor) {
-    gl.m_Fragment.Color = job->LastColor;
+  if (job->Primitive.RecordColor) {
+    gl.m_Fragment.Color = result.LastColor;
   }
-  pending.Perspective = job->Perspective;
+  pending.Perspective = job->Primitive.Perspective;
   pending.Count = gl.m_VarCount;
-  pending.X = job->LastX;
-  pending.Y = job->LastY;
-  pending.Half = job->LastMinorEdge;
+  pending.X = result.LastX;
+  pending.Y = result.LastY;
+  pending.MinorEdge = result.LastMinorEdge;
   for (int i = 0; i < 3; ++i) {
     // Four slots are all that most states have.
     std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
@@ -432,14 +423,20 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
 }
 
 void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
-  GetSpanKernels()->DrawLine(job, walk);
-  if (job->DepthSet) {
-    gl.m_Fragment.Depth = job->LastDepth;
+  job->Result.Clear();
+  job->Counters = ActiveKernelCounters();
+  if (job->Counters != nullptr) {
+    job->Counters->StartPrimitive();
   }
-  if (job->ColorSet) {
-    gl.m_Fragment.X = job->LastX;
-    gl.m_Fragment.Y = job->LastY;
-    gl.m_Fragment.Color = job->LastColor;
+  GetSpanKernels()->DrawLine(job, walk);
+  const TSpanResult& result = job->Result;
+  if (result.DepthSet) {
+    gl.m_Fragment.Depth = result.LastDepth;
+  }
+  if (result.ColorSet) {
+    gl.m_Fragment.X = result.LastX;
+    gl.m_Fragment.Y = result.LastY;
+    gl.m_Fragment.Color = result.LastColor;
   }
 }
 
@@ -455,10 +452,10 @@ void TRenderEngine::ResolveFragment() {
   gl.m_VarCount = pending.Count;
   gl.m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
   EDGE edges[3];
-  int longest = 0;
-  SetEdges(pending.Vertex, edges, &longest);
+  int major = 0;
+  SetEdges(pending.Vertex, edges, &major);
   VAR_DATA ends[2];
-  const EDGE* const sides[2] = {&edges[longest], &edges[(longest + pending.Half) % 3]};
+  const EDGE* const sides[2] = {&edges[major], &edges[(major + pending.MinorEdge) % 3]};
   for (int i = 0; i < 2; ++i) {
     gl.Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
              &ends[i]);

@@ -10,10 +10,6 @@
 #define ZX_RENDER_SPANTEXELS_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
@@ -23,13 +19,13 @@ namespace Zx3D {
 namespace HWY_NAMESPACE {
 
 struct TTexels {
-  VD R, G, B, A;
+  VD Channel[4];
 };
 
 // Whether every value can be truncated to 32 bits, with room for a neighbour.
 HWY_INLINE HWY_ATTR bool FitsIndex(VD v) {
   const DD d;
-  return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, 2147483000.0)));
+  return hn::AllTrue(d, hn::Lt(hn::Abs(v), hn::Set(d, kMaxIndex)));
 }
 
 // The sampler's index: truncation, less one for a negative value.
@@ -60,7 +56,8 @@ HWY_INLINE HWY_ATTR VI WrapIndex(VI i, std::uint32_t mode, std::int32_t n, MI* o
     }
     const VD whole = hn::PromoteTo(d, i);
     const VD sizeD = hn::Set(d, n);
-    // Exact: an index below 2^31 over n is never so near an integer that the quotient rounds to it.
+    // Exact: an index below 2^31 over n is an integer or at least 1 / n from one, which is far more
+    // than rounding moves the quotient.
     const VI times = hn::DemoteTo(di, hn::Div(whole, sizeD));
     const VI rest = hn::Sub(i, hn::Mul(times, size));
     return hn::Add(rest, hn::IfThenElseZero(hn::Lt(i, zero), size));
@@ -90,18 +87,14 @@ template <int kShift> HWY_INLINE HWY_ATTR VD ByteChannel(VU texels) {
 }
 
 // A mask of 32-bit lanes as one of 64-bit lanes.
-HWY_INLINE HWY_ATTR hn::Mask<DD> PromotedMask(MI mask) {
+HWY_INLINE HWY_ATTR MD PromotedMask(MI mask) {
   const VI ones = hn::VecFromMask(DI(), mask);
   return hn::Lt(hn::PromoteTo(DD(), ones), hn::Zero(DD()));
 }
 
-HWY_INLINE HWY_ATTR VD BorderOr(hn::Mask<DD> border, double color, VD texel) {
-  return hn::IfThenElse(border, hn::Set(DD(), color), texel);
-}
-
 HWY_INLINE HWY_ATTR TTexels UnpackTexels(VU packed) {
-  return {ByteChannel<0>(packed), ByteChannel<8>(packed), ByteChannel<16>(packed),
-          ByteChannel<24>(packed)};
+  return {{ByteChannel<0>(packed), ByteChannel<8>(packed), ByteChannel<16>(packed),
+           ByteChannel<24>(packed)}};
 }
 
 HWY_INLINE HWY_ATTR void PutBorder(const TRenderCPU::TTexSampler& sampler, MI outside,
@@ -109,32 +102,29 @@ HWY_INLINE HWY_ATTR void PutBorder(const TRenderCPU::TTexSampler& sampler, MI ou
   if (hn::AllFalse(DI(), outside)) {
     return;
   }
-  const hn::Mask<DD> border = PromotedMask(outside);
-  texels->R = BorderOr(border, sampler.m_BorderColor.x, texels->R);
-  texels->G = BorderOr(border, sampler.m_BorderColor.y, texels->G);
-  texels->B = BorderOr(border, sampler.m_BorderColor.z, texels->B);
-  texels->A = BorderOr(border, sampler.m_BorderColor.w, texels->A);
+  const MD border = PromotedMask(outside);
+  for (std::size_t i = 0; i < 4; ++i) {
+    const VD color = hn::Set(DD(), sampler.m_BorderColor[i]);
+    texels->Channel[i] = hn::IfThenElse(border, color, texels->Channel[i]);
+  }
 }
 
 // The sampler's own function, pixel by pixel.
 HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
-  constexpr std::size_t kMaxLanes = HWY_LANES(double);
-  HWY_ALIGN double at[2][kMaxLanes];
-  HWY_ALIGN double channel[4][kMaxLanes];
+  HWY_ALIGN double at[2][kLanes];
+  HWY_ALIGN double channel[4][kLanes];
   const DD d;
   hn::Store(s, d, at[0]);
   hn::Store(t, d, at[1]);
-  for (std::size_t i = 0; i < hn::Lanes(d); ++i) {
-    const vec_t_<double, 4> st = {at[0][i], at[1][i], 0.0, 1.0};
+  for (int i = 0; i < kLanes; ++i) {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (sampler->*sampler->m_GetValue)(st, &texel);
-    channel[0][i] = texel.x;
-    channel[1][i] = texel.y;
-    channel[2][i] = texel.z;
-    channel[3][i] = texel.w;
+    (sampler->*sampler->m_GetValue)({at[0][i], at[1][i], 0.0, 1.0}, &texel);
+    for (std::size_t k = 0; k < 4; ++k) {
+      channel[k][i] = texel[k];
+    }
   }
-  return {hn::Load(d, channel[0]), hn::Load(d, channel[1]), hn::Load(d, channel[2]),
-          hn::Load(d, channel[3])};
+  return {{hn::Load(d, channel[0]), hn::Load(d, channel[1]), hn::Load(d, channel[2]),
+           hn::Load(d, channel[3])}};
 }
 
 // --- Nearest
@@ -150,7 +140,7 @@ HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD
     return false;
   }
   const DATASURFACE& surface = *sampler.m_Surface;
-  *outside = hn::MaskFromVec(hn::Zero(DI()));
+  *outside = NoLanes(DI());
   const VI i = WrapIndex(FlooredIndex(u, s), sampler.m_WrapS, surface.Width, outside);
   const VI j = WrapIndex(FlooredIndex(v, t), sampler.m_WrapT, surface.Height, outside);
   *texels = FetchTexels(surface, i, j);
@@ -159,7 +149,7 @@ HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD
 
 HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
   VU packed = hn::Zero(DU());
-  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  MI outside = NoLanes(DI());
   if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
     return SampledTexels(sampler, s, t);
   }
@@ -201,7 +191,7 @@ HWY_INLINE HWY_ATTR bool FindLinear(const TRenderCPU::TTexSampler& sampler, VD s
   at->FractionU = hn::Sub(u, hn::PromoteTo(d, left));
   at->FractionV = hn::Sub(v, hn::PromoteTo(d, bottom));
   const VI one = hn::Set(di, 1);
-  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = hn::MaskFromVec(hn::Zero(di));
+  at->Outside0 = at->Outside1 = at->OutsideB = at->OutsideT = NoLanes(di);
   at->X0 = WrapIndex(left, sampler.m_WrapS, surface.Width, &at->Outside0);
   at->X1 = WrapIndex(hn::Add(left, one), sampler.m_WrapS, surface.Width, &at->Outside1);
   at->Y0 = WrapIndex(bottom, sampler.m_WrapT, surface.Height, &at->OutsideB);
@@ -231,19 +221,16 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s,
     PutBorder(*sampler, hn::Or(at.Outside0, at.OutsideT), &c01);
     PutBorder(*sampler, hn::Or(at.Outside1, at.OutsideT), &c11);
   }
-  const VD fu = at.FractionU;
-  const VD fv = at.FractionV;
-  return {MixVectors(c00.R, c10.R, c01.R, c11.R, fu, fv),
-          MixVectors(c00.G, c10.G, c01.G, c11.G, fu, fv),
-          MixVectors(c00.B, c10.B, c01.B, c11.B, fu, fv),
-          MixVectors(c00.A, c10.A, c01.A, c11.A, fu, fv)};
+  for (int i = 0; i < 4; ++i) {
+    c00.Channel[i] = MixVectors(c00.Channel[i], c10.Channel[i], c01.Channel[i], c11.Channel[i],
+                                at.FractionU, at.FractionV);
+  }
+  return c00;
 }
 
-// --- Packed, for the way in single precision
+// --- Packed, for float colours
 
 using DU2 = hn::Repartition<std::uint32_t, DD>;
-using DU64 = hn::RebindToUnsigned<DD>;
-using VU64 = hn::Vec<DU64>;
 
 // The four texels of each pixel, those to the left and those to the right, the lower ones in the
 // low halves; and how they are mixed.
@@ -257,7 +244,7 @@ struct TTexelPairs {
 // Texels by the general wrap. False where an index does not fit or a border shows.
 HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
                                                VU* texels) {
-  MI outside = hn::MaskFromVec(hn::Zero(DI()));
+  MI outside = NoLanes(DI());
   return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
 }
 
@@ -278,21 +265,25 @@ HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TRenderCPU::TTexSampler& samp
   return true;
 }
 
-#if ZX_HAS_GATHERS
-
-// From 2^52 on doubles are whole numbers, which stand in the low bits.
+// Whole numbers below 2^52, as bits, of which a mask keeps the lowest.
 HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
   const DD d;
   const DU64 du;
-  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, 4503599627370496.0))),
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kWholeDoubles))),
                  hn::Set(du, std::uint64_t{mask}));
 }
 
-HWY_INLINE HWY_ATTR bool IsWithin(VD u, double mostU, VD v, double mostV) {
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double limitU, VD v, double limitV) {
   const DD d;
   const VD zero = hn::Zero(d);
-  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, mostU))),
-                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, mostV)))));
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, limitU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, limitV)))));
+}
+
+// Whether the texel after x is the next in memory.
+HWY_INLINE HWY_ATTR bool AreNeighbours(VU64 x, std::uint32_t mask) {
+  const DU64 du;
+  return hn::AllFalse(du, hn::Eq(x, hn::Set(du, std::uint64_t{mask})));
 }
 
 HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
@@ -301,47 +292,48 @@ HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
                      hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
 }
 
-// Texels in the range that a mask alone wraps; false if a coordinate lies outside it.
-HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+// Whether a load from as many addresses as a vector has lanes is one instruction.
+inline constexpr bool kGathers = ZX_HAS_GATHERS;
+
+// Texels in the range that a mask alone wraps.
+HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  constexpr TTexelSource kTexels = TTexelSource::Nearest;
   const DD d;
-  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const TPrimitive& primitive = job.Primitive;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
   const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
-  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
-    return false;
-  }
+  const VU64 x = WholeIndex(hn::Floor(u), primitive.MaskX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
-  const VU64 i = WholeIndex(hn::Floor(u), job.MaskX);
-  const VU64 j = WholeIndex(hn::Floor(v), job.MaskY);
-  const VU64 offset = hn::Add(hn::ShiftLeft<2>(i), RowOffset(surface, j));
+  const VU64 y = WholeIndex(hn::Floor(v), primitive.MaskY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y));
   *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
                              hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
-  return true;
+  return TCondition::None;
 }
 
 // The same for four texels where the two of each row are neighbours, fetched in one load.
-HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+HWY_INLINE HWY_ATTR TCondition FetchInRangePairs(const TSpanJob& job, VD s, VD t,
+                                                 TTexelPairs* pairs) {
+  constexpr TTexelSource kTexels = TTexelSource::Linear;
   const DD d;
   const DU64 du64;
   const DU2 du;
   const VD half = hn::Set(d, 0.5);
-  const TRenderCPU::TTexSampler& sampler = *job.Sampler;
+  const TPrimitive& primitive = job.Primitive;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
   const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
-  if (HWY_UNLIKELY(!IsWithin(u, job.InRangeWidth, v, job.InRangeHeight))) {
-    return false;
-  }
   const VD left = hn::Floor(u);
   const VD bottom = hn::Floor(v);
-  const VU64 x = WholeIndex(left, job.MaskX);
-  if (HWY_UNLIKELY(!hn::AllFalse(du64, hn::Eq(x, hn::Set(du64, std::uint64_t{job.MaskX}))))) {
-    return false;
-  }
+  const VU64 x = WholeIndex(left, primitive.MaskX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
   const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
   const VU64 across = hn::ShiftLeft<2>(x);
   const auto fetch = [&](VD row) HWY_ATTR {
-    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, job.MaskY)));
+    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, primitive.MaskY)));
     return hn::BitCast(du,
                        hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
   };
@@ -351,15 +343,8 @@ HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob& job, VD s, VD t, TTex
   pairs->Right = hn::ConcatOdd(du, high, low);
   pairs->FractionU = hn::DemoteTo(DF(), hn::Sub(u, left));
   pairs->FractionV = hn::DemoteTo(DF(), hn::Sub(v, bottom));
-  return true;
+  return TCondition::None;
 }
-
-#else // without gathers there is nothing to gain
-
-HWY_INLINE HWY_ATTR bool FetchInRangeNearest(const TSpanJob&, VD, VD, VU*) { return false; }
-HWY_INLINE HWY_ATTR bool FetchInRangePairs(const TSpanJob&, VD, VD, TTexelPairs*) { return false; }
-
-#endif
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D

@@ -9,10 +9,6 @@
 #define ZX_RENDER_SPANTRIANGLE_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/kernels/SpanShortRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -22,17 +18,18 @@ namespace HWY_NAMESPACE {
 // Draws rows that were set up together.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                                    unsigned int covered, int start, TLastPixels* last) {
+                                    std::uint64_t covered, int start, TLastPixels* last) {
   TRowFloats floats;
   for (; covered != 0; covered &= covered - 1) {
-    const int lane = __builtin_ctz(covered);
+    const int lane = FirstBit(covered);
     TRow row = rows.At(lane);
-    if (job.ChannelBound > 0.0 && job.ConstMask != 15 && SetUpRowFloats(job, slots, row, &floats)) {
+    job.StartRow();
+    if (job.Meets(SetUpRowFloats(job, slots, row, &floats))) {
       row.Floats = &floats;
     }
     const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
     if (result.LastDepthTested >= 0) {
-      last->Stencil = {start, lane, result.LastDepthTested};
+      last->DepthTested = {start, lane, result.LastDepthTested};
     }
     if (result.LastShaded >= 0) {
       last->Shaded = {start, lane, result.LastShaded};
@@ -41,7 +38,7 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
 }
 
 using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                           unsigned int covered, int start, TLastPixels* last);
+                           std::uint64_t covered, int start, TLastPixels* last);
 
 template <TTexelSource kTexels>
 inline constexpr TDrawRows kRowKernelsOf[2][2] = {
@@ -63,28 +60,36 @@ inline HWY_ATTR double RowParameter(const TRow& row, int x) {
 
 // Stores the result for the fragment record. Rows that were replaced meanwhile are set up again.
 inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
-                                      const TLastPixels& last, int made, TRows* rows) {
+                                      const TLastPixels& last, int current, TRows* rows) {
   const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
-    if (made != pixel.Start) {
+    if (current != pixel.Start) {
       SetUpRows(*job, slots, plan, pixel.Start, 0, rows);
-      made = pixel.Start;
+      current = pixel.Start;
     }
     return rows->At(pixel.Lane);
   };
-  if (last.Stencil.Start >= 0) {
-    const TRow row = rowOf(last.Stencil);
-    job->DepthSet = true;
-    job->LastDepth = DepthAtT(*job, row, RowParameter(row, last.Stencil.X));
+  if (last.DepthTested.Start >= 0) {
+    const TRow row = rowOf(last.DepthTested);
+    job->Result.DepthSet = true;
+    job->Result.LastDepth = DepthAtT(*job, row, RowParameter(row, last.DepthTested.X));
   }
   if (last.Shaded.Start >= 0) {
     const TRow row = rowOf(last.Shaded);
-    job->ColorSet = true;
-    job->LastX = last.Shaded.X;
-    job->LastY = row.Y;
-    job->LastMinorEdge = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
-    if (job->RecordColor) {
-      job->LastColor = ColorAt(*job, slots, row, RowParameter(row, last.Shaded.X));
+    job->Result.ColorSet = true;
+    job->Result.LastX = last.Shaded.X;
+    job->Result.LastY = row.Y;
+    job->Result.LastMinorEdge = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
+    if (job->Primitive.RecordColor) {
+      job->Result.LastColor = ColorAt(*job, slots, row, RowParameter(row, last.Shaded.X));
     }
+  }
+}
+
+inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t covered,
+                           TKernel kernel) {
+  for (; covered != 0; covered &= covered - 1) {
+    job.StartRow();
+    job.Count(kernel, PixelsOf(rows.At(FirstBit(covered))));
   }
 }
 
@@ -95,29 +100,33 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     return;
   }
   const TRowSlots slots = RowSlotsOf(*job);
-  const TDrawRows drawRows = kRowKernels[static_cast<int>(job->Texels)][job->Perspective ? 1 : 0]
-                                        [job->Stencil != nullptr ? 1 : 0];
+  const TDrawRows drawRows =
+      kRowKernels[static_cast<int>(job->Primitive.Texels)][job->Primitive.Perspective ? 1 : 0]
+                 [job->Draw.StencilTest ? 1 : 0];
   const TShortRowKernel shortRows = ChooseShortRowKernel(*job, slots);
   TRows rows;
   TLastPixels last;
-  int made = -1;
+  int current = -1;
   for (int start = 0; start < count; start += kLanes) {
     const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.Pixels, &rows);
-    made = start;
+    current = start;
     if (live.Crossed != 0) {
-      job->YSet = true;
-      job->Y = rows.Y[31 - __builtin_clz(live.Crossed)];
+      job->Result.YSet = true;
+      job->Result.Y = rows.Y[LastBit(live.Crossed)];
     }
     if (live.Covered == 0) {
       continue;
     }
     if (shortRows.Draw != nullptr && live.Long == 0) {
+      if (HWY_UNLIKELY(job->Counters != nullptr)) {
+        CountShortRows(*job, rows, live.Covered, shortRows.Kernel);
+      }
       shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
     } else {
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
   }
-  RecordLastPixels(job, slots, plan, last, made, &rows);
+  RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
 } // namespace HWY_NAMESPACE

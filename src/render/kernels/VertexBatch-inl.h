@@ -10,10 +10,6 @@
 #define ZX_RENDER_VERTEXBATCH_INL_H_
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
-
-#include <hwy/highway.h>
-
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
 
@@ -21,16 +17,11 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-HWY_INLINE HWY_ATTR std::uint64_t BatchBits(MD mask) { return LaneBits(mask); }
-
-HWY_INLINE HWY_ATTR MD NoLanes() { return hn::MaskFromVec(hn::Zero(DD())); }
-
 // Clip positions of the first `count` entries, by the operations of the standard vertex shader in
 // its order.
 inline HWY_ATTR void TransformBatch(const double* matrix, int count, TVertexBatch* batch) {
   const DD d;
-  const int lanes = static_cast<int>(hn::Lanes(d));
-  for (int i = 0; i < count; i += lanes) {
+  for (int i = 0; i < count; i += kLanes) {
     const VD x = hn::Load(d, batch->X + i);
     const VD y = hn::Load(d, batch->Y + i);
     const VD z = hn::Load(d, batch->Z + i);
@@ -72,7 +63,7 @@ template <int kCorners>
 HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
                                                     const int (&at)[kCorners]) {
   const DD d;
-  TPlaneWalk<kCorners> walk = {NoLanes(), NoLanes()};
+  TPlaneWalk<kCorners> walk = {NoLanes(DD()), NoLanes(DD())};
   VD w[kCorners];
   for (int c = 0; c < kCorners; ++c) {
     w[c] = hn::Load(d, batch.W + at[c]);
@@ -110,18 +101,17 @@ HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3],
 // Classifies the first `count` triangles, whose corners are three columns of the batch.
 inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&corners)[3],
                                        int count, const TCulling& culling, TShapeClasses* out) {
-  const int lanes = static_cast<int>(hn::Lanes(DD()));
   *out = {0, 0, 0, 0};
-  for (int s = 0; s < count; s += lanes) {
+  for (int s = 0; s < count; s += kLanes) {
     const int at[3] = {corners[0] * batch.Pitch + s, corners[1] * batch.Pitch + s,
                        corners[2] * batch.Pitch + s};
     const TPlaneWalk<3> walk = WalkPlanes(batch, at);
-    const std::uint64_t group = (std::uint64_t{1} << lanes) - 1;
-    const std::uint64_t inside = BatchBits(walk.Decided) ^ group;
-    out->Outside |= BatchBits(walk.Outside) << s;
+    const std::uint64_t group = FirstBits(kLanes);
+    const std::uint64_t inside = BitsOfMask(DD(), walk.Decided) ^ group;
+    out->Outside |= BitsOfMask(DD(), walk.Outside) << s;
     out->Inside |= inside << s;
     if ((culling.Front || culling.Back) && inside != 0) {
-      const std::uint64_t front = BatchBits(FacesFront(batch, at, culling.FrontCCW));
+      const std::uint64_t front = BitsOfMask(DD(), FacesFront(batch, at, culling.FrontCCW));
       const std::uint64_t culled = (culling.Front ? front : 0) | (culling.Back ? front ^ group : 0);
       out->Front |= front << s;
       out->Culled |= (culled & inside) << s;
@@ -130,14 +120,13 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
 }
 
 inline HWY_ATTR void ClassifyLines(const TVertexBatch& batch, int count, TShapeClasses* out) {
-  const int lanes = static_cast<int>(hn::Lanes(DD()));
   *out = {0, 0, 0, 0};
-  for (int s = 0; s < count; s += lanes) {
+  for (int s = 0; s < count; s += kLanes) {
     const int at[2] = {s, batch.Pitch + s};
     const TPlaneWalk<2> walk = WalkPlanes(batch, at);
-    const std::uint64_t group = (std::uint64_t{1} << lanes) - 1;
-    out->Outside |= BatchBits(walk.Outside) << s;
-    out->Inside |= (BatchBits(walk.Decided) ^ group) << s;
+    const std::uint64_t group = FirstBits(kLanes);
+    out->Outside |= BitsOfMask(DD(), walk.Outside) << s;
+    out->Inside |= (BitsOfMask(DD(), walk.Decided) ^ group) << s;
   }
 }
 
@@ -149,15 +138,14 @@ inline HWY_ATTR void ProjectPoints(const TVertexBatch& batch, int count, int wid
                                    TPointBatch* out) {
   const DD d;
   const DI di;
-  const int lanes = static_cast<int>(hn::Lanes(d));
   const VD half = hn::Set(d, 0.5);
   const VD wide = hn::Set(d, static_cast<double>(width));
   const VD high = hn::Set(d, static_cast<double>(height));
   const VD border = hn::Set(d, -1.0);
-  for (int i = 0; i < count; i += lanes) {
+  for (int i = 0; i < count; i += kLanes) {
     const VD w = hn::Load(d, batch.W + i);
     const VD u[3] = {hn::Load(d, batch.X + i), hn::Load(d, batch.Y + i), hn::Load(d, batch.Z + i)};
-    MD out0 = NoLanes();
+    MD out0 = NoLanes(DD());
     for (const VD& c : u) {
       out0 = hn::Or(out0, hn::Or(hn::Gt(hn::Neg(w), c), hn::Gt(c, w)));
     }
@@ -179,8 +167,7 @@ inline HWY_ATTR void ProjectPoints(const TVertexBatch& batch, int count, int wid
 inline HWY_ATTR void PackColors(const double* colors, int count, TPointBatch* out) {
   const DD d;
   const hn::Rebind<std::uint8_t, DD> d8;
-  const int lanes = static_cast<int>(hn::Lanes(d));
-  for (int i = 0; i < 4 * count; i += lanes) {
+  for (int i = 0; i < 4 * count; i += kLanes) {
     const VU bytes = ChannelByte(hn::LoadU(d, colors + i), true);
     hn::StoreU(hn::DemoteTo(d8, hn::BitCast(DI(), bytes)), d8, out->Bytes + i);
   }

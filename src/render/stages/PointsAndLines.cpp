@@ -151,11 +151,12 @@ void TRenderEngine::DrawLinePixel(int x, int y, double t) {
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   m_Engine->UpdateDerivedState();
   TSpanJob job;
-  m_Engine->DrawLine(v, m_Engine->SetUpDraw(&job) ? &job : nullptr);
+  m_Engine->DrawLine(v, &job, m_Engine->SetUpDraw(&job.Draw));
 }
 
-// `drawJob` holds for the draw; null sends the line to the reference walk.
-void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
+// Draws a line in clip space, by a kernel unless a condition is unmet: `unmet`, of the draw, or one
+// of the line's own.
+void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   ResolveFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
@@ -164,14 +165,13 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
     at = {gl.m_Width * (at.x * h + 0.5) - 0.5, gl.m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5,
           r};
   }
-  // Set-up reads the slots before perspective divides them.
-  bool many = drawJob != nullptr;
-  if (many) {
-    drawJob->Vertex[0] = v[0].Slots;
-    drawJob->Vertex[1] = v[1].Slots;
-    drawJob->Vertex[2] = v[1].Slots;
-    drawJob->AddOffset = gl.m_PolygonOffsetFill && gl.m_PrimitiveMode == GL_TRIANGLES;
-    many = SetUpPrimitive(drawJob);
+  if (unmet == TCondition::None) { // reads the slots before perspective scales them
+    TPrimitive& primitive = job->Primitive;
+    primitive = TPrimitive();
+    primitive.Kind = TPrimitiveKind::Line;
+    primitive.Vertex[0] = v[0].Slots;
+    primitive.Vertex[1] = primitive.Vertex[2] = v[1].Slots;
+    unmet = SetUpPrimitive(&primitive);
   }
   if (gl.m_PerspectiveHint != GL_FASTEST) {
     ScaleSlots(&v[0], v[0].Slots[0].w);
@@ -202,12 +202,12 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* drawJob) {
   }
   walk.Major = std::abs(delta[walk.Axis]);
   walk.Minor = std::abs(delta[1 - walk.Axis]);
-  if (!many) {
+  if (!Meets(ActiveKernelCounters(), unmet)) {
     WalkLine(walk);
   } else if (ClipWalk(&walk)) {
-    RunLineJob(drawJob, walk);
-    if (drawJob->ColorSet) {
-      InterpolateFragment(gl.m_Span, drawJob->LastT);
+    RunLineJob(job, walk);
+    if (job->Result.ColorSet) {
+      InterpolateFragment(gl.m_Span, job->Result.LastT);
     }
   }
 }
@@ -221,6 +221,10 @@ void TRenderEngine::WalkLine(const TLineWalk& walk) {
   const double delta = gl.m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartPrimitive();
+    counters->Add(TKernel::Reference, static_cast<int>(walk.Major));
+  }
   for (long long i = 0; i < walk.Major; ++i) {
     if (IsLinePixel(at[0], at[1])) {
       DrawLinePixel(at[0], at[1], Clamped01((at[major] - begin) / delta));

@@ -8,6 +8,7 @@
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/KernelCounters.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
@@ -67,6 +68,10 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
   int last = 0;
   if (!PixelRange(span->Begin->Slots[0].x + 0.5, span->End->Slots[0].x, m_Width, &first, &last)) {
     return;
+  }
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartRow();
+    counters->Add(TKernel::Reference, last - first + 1);
   }
   m_Engine->WalkSpan(*span, y, first, last, fs);
 }

@@ -90,7 +90,6 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
     return;
   }
 
-  const bool perspective = m_PerspectiveHint != GL_FASTEST;
   const auto toWindow = [this](vec_t_<double, 4>* at) {
     *at = {(at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
            (at->z * at->w) * 0.5 + 0.5, at->w};
@@ -99,35 +98,45 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p1);
   toWindow(&p2);
   m_Engine->UpdateDerivedState();
-  // Set-up reads the slots before perspective divides them.
-  TSpanJob own;
-  TSpanJob& job = m_Engine->DrawJob != nullptr ? *m_Engine->DrawJob : own;
-  for (int i = 0; i < 3; ++i) {
-    job.Vertex[i] = v[i].Slots;
+  if (m_Engine->DrawJob != nullptr) {
+    m_Engine->DrawTriangle(v, m_Engine->DrawJob, TCondition::None);
+    return;
   }
-  const bool many =
-      m_Engine->DrawJob != nullptr ? m_Engine->SetUpPrimitive(&job) : m_Engine->SetUpJob(&job);
-  for (int i = 0; i < 3 && perspective; ++i) {
+  TSpanJob job;
+  m_Engine->DrawTriangle(v, &job, m_Engine->SetUpDraw(&job.Draw));
+}
+
+// Draws a triangle in window coordinates, by a kernel unless a condition is unmet: `unmet`, of the
+// draw, or one of the triangle's own.
+void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
+  if (unmet == TCondition::None) { // reads the slots before perspective scales them
+    job->Primitive = TPrimitive();
+    for (int i = 0; i < 3; ++i) {
+      job->Primitive.Vertex[i] = v[i].Slots;
+    }
+    unmet = SetUpPrimitive(&job->Primitive);
+  }
+  for (int i = 0; i < 3 && gl.m_PerspectiveHint != GL_FASTEST; ++i) {
     if (v[i].Slots[0].w != 1.0) {
-      m_Engine->ScaleSlots(&v[i], v[i].Slots[0].w);
+      ScaleSlots(&v[i], v[i].Slots[0].w);
     }
   }
-  if (many) {
-    m_Engine->RunTriangleJob(v, &job);
+  if (Meets(ActiveKernelCounters(), unmet)) {
+    RunTriangleJob(v, job);
   } else {
-    m_Engine->DrawEdges(v);
+    DrawEdges(v);
   }
 }
 
-// Sorts each edge of a triangle by y and finds the one that is longest in y.
-void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
+// Directs each edge of a triangle upwards and finds the major one.
+void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
   gl.SetEdge(&edges[0], &v[0], &v[1]);
   gl.SetEdge(&edges[1], &v[1], &v[2]);
   gl.SetEdge(&edges[2], &v[2], &v[0]);
-  *longest = 0;
+  *major = 0;
   for (int i = 1; i < 3; ++i) {
-    if (edges[i].Delta.Slots[0].y > edges[*longest].Delta.Slots[0].y) {
-      *longest = i;
+    if (edges[i].Delta.Slots[0].y > edges[*major].Delta.Slots[0].y) {
+      *major = i;
     }
   }
 }
@@ -135,11 +144,13 @@ void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* longest) {
 // The reference path: row by row and pixel by pixel.
 void TRenderEngine::DrawEdges(VAR_DATA* v) {
   ResolveFragment();
-  int longest = 0;
-  SetEdges(v, gl.m_Edges, &longest);
-  EDGE* const longEdge = &gl.m_Edges[longest];
-  gl.DrawSpansBetweenEdges(longEdge, &gl.m_Edges[(longest + 1) % 3], &gl.m_Fragment);
-  gl.DrawSpansBetweenEdges(longEdge, &gl.m_Edges[(longest + 2) % 3], &gl.m_Fragment);
+  int major = 0;
+  SetEdges(v, gl.m_Edges, &major);
+  if (TKernelCounters* const counters = ActiveKernelCounters()) {
+    counters->StartPrimitive();
+  }
+  gl.DrawSpansBetweenEdges(&gl.m_Edges[major], &gl.m_Edges[(major + 1) % 3], &gl.m_Fragment);
+  gl.DrawSpansBetweenEdges(&gl.m_Edges[major], &gl.m_Edges[(major + 2) % 3], &gl.m_Fragment);
 }
 
 // --- Rows

@@ -1,0 +1,172 @@
+#pragma once
+
+#include <cstdint>
+
+/// The conditions of every fast path, and all thresholds. Where a condition does not hold, the next
+/// more general path draws: another kernel, the exact colours, or the reference walker.
+///
+/// A list is expanded where the names of its tests are in scope: `gl` is the context and what has
+/// no prefix its engine's; `draw`, `primitive` and `row` are parts of a job; all others are
+/// computed beside the expansion. Tests are made in the order of the list, and the first to fail is
+/// counted.
+
+// clang-format off
+//   path            condition        test                                                    why
+
+#define ZX_SHADER_CONDITIONS(X) \
+  X(Shader,          Standard,        gl.m_FragmentShader != nullptr && \
+                                      gl.m_FragmentShader == gl.m_StdFragmentShader,          "a caller's shader may do anything with a fragment") \
+  X(Shader,          EarlyDepth,      !gl.m_CalcDepth,                                        "a depth that the shader computes is tested after it") \
+  X(Shader,          InstructionSet,  GetSpanKernels() != nullptr,                            "the processor has none of the sets, or a test asked for the reference")
+
+#define ZX_TARGET_CONDITIONS(X) \
+  X(Target,          OwnWrite,        gl.m_PixelWrite == nullptr,                             "a caller's function writes the pixels") \
+  X(Target,          OwnColor,        gl.m_DrawBuffer == nullptr,                             "a draw buffer has pixels of any kind") \
+  X(Target,          Apart,           Targets.Kernels,                                        "targets hold every pixel, are aligned and share no memory") \
+  X(Target,          FourBytes,       Targets.Color.PixelStride == 4,                         "a vector of colours is one store") \
+  X(Target,          TextureApart,    !TextureIsTarget(),                                     "texels that are drawn over change within a row") \
+  X(Target,          KnownBlend,      draw.Blend != TBlend::Unknown,                          "a caller's function blends pixel by pixel")
+
+#define ZX_TEST_CONDITIONS(X) \
+  X(Test,            KnownDepth,      !draw.DepthTest || draw.DepthFunc != TCompare::Unknown, "a caller's function compares pixel by pixel") \
+  X(Test,            KnownStencil,    !draw.StencilTest || KnowsStencil(draw),                "a caller's function compares or steps pixel by pixel")
+
+#define ZX_PRIMITIVE_CONDITIONS(X) \
+  X(Primitive,       InReach,         AreInReach(primitive.Vertex),                           "row set-up neither overflows nor gives a NaN")
+#define ZX_TEXTURE_CONDITIONS(X) \
+  X(Primitive,       KnownEnv,        primitive.Modulate || replaces,                         "other environments leave the colour of the fragment before") \
+  X(Primitive,       LiveTexCoord,    isLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
+  X(Primitive,       KnownSampler,    IsKnownSampler(unit.Sampler),                           "a caller's function may look at anything")
+#define ZX_VERTEX_COLOR_CONDITIONS(X) \
+  X(Primitive,       LiveColor,       isLive(color),                                          "as for the texture coordinate") \
+  X(Primitive,       LiveSecondary,   !gl.m_Lighting || isLive(secondary),                    "as for the texture coordinate")
+
+#define ZX_BYTE_TEXEL_CONDITIONS(X) \
+  X(ByteTexels,      Image,           surface != nullptr && \
+                                      sampler.m_GetValue != &TSampler::GetValueBorder,        "without an image every texel is the border") \
+  X(ByteTexels,      FourBytes,       IsFourBytes(*surface),                                  "a texel is one 32-bit load") \
+  X(ByteTexels,      SmallOffsets,    HasSmallOffsets(*surface),                              "offsets of texels are computed in 32 bits") \
+  X(ByteTexels,      SizeOfImage,     sampler.m_SurfaceWidth == surface->Width && \
+                                      sampler.m_SurfaceHeight == surface->Height,             "the sampler scales by sizes of its own")
+
+#define ZX_FLOAT_COLOR_CONDITIONS(X) \
+  X(FloatColors,     Triangle,        primitive.Kind == TPrimitiveKind::Triangle,             "runs of a line are too short to gain") \
+  X(FloatColors,     SteadyW,         steady,                                                 "the error of interpolation is bounded by the ratio of 1/w") \
+  X(FloatColors,     Varying,         !primitive.HasConstColor(),                             "constant bytes need no computing") \
+  X(FloatColors,     FloatW,          !primitive.Perspective || HasFloatW(v),                 "1/w keeps its digits as a float") \
+  X(FloatColors,     Wide,            inUnit || WidthOf(v) >= kMinBoundWidth,                 "finding the bound costs more than a narrow triangle gains") \
+  X(FloatColors,     ChannelBound,    (bound = ChannelBoundOf(primitive, inUnit)) > 0.0,      "the proof holds for channels up to kMaxChannel")
+
+#define ZX_FLOAT_ROW_CONDITIONS(X) \
+  X(FloatRow,        ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
+  X(FloatRow,        Long,            PixelsOf(row) >= kMinFloatRowGroups * kLanes,           "set-up of a row costs more than short ones gain") \
+  X(FloatRow,        RatioOfW,        !ratioMatters || \
+                                      (ratio = RatioOfW(row)) <= kMaxFloatRatio,              "the margin of the bytes grows with the ratio")
+
+#define ZX_FLOAT_RUN_CONDITIONS(X) \
+  X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
+  X(FloatRun,        MaskedAccess,    kMaskedAccess || !draw.ReadsColor(),                    "what was there is read in vectors of two groups") \
+  X(FloatRun,        Budget,          primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
+
+#define ZX_SHORT_ROW_CONDITIONS(X) \
+  X(ShortRows,       MaskedAccess,    kMaskedAccess,                                          "a partial group would need staging copies") \
+  X(ShortRows,       Untextured,      primitive.Texels == TTexelSource::None,                 "texels are fetched for whole runs") \
+  X(ShortRows,       NoStencil,       !draw.StencilTest,                                      "kernels are built for the most common state alone") \
+  X(ShortRows,       Overwrites,      !draw.ReadsColor(),                                     "as NoStencil") \
+  X(ShortRows,       NoSecondary,     slots.Secondary < 0,                                    "as NoStencil") \
+  X(ShortRows,       NoOffset,        !primitive.AddOffset,                                   "as NoStencil") \
+  X(ShortRows,       TestsAndWrites,  draw.DepthTest == draw.DepthWrite,                      "as NoStencil") \
+  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil") \
+  X(ShortRows,       Channels,        primitive.ConstMask == 0 || \
+                                      primitive.ConstMask == kAlphaOnly,                      "as NoStencil")
+
+#define ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
+  X(FloatShortRows,  ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
+  X(FloatShortRows,  Perspective,     primitive.Perspective,                                  "without a division a pixel doubles are as fast")
+
+#define ZX_FILL_CONDITIONS(X) \
+  X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \
+                                      primitive.HasConstColor(),                              "one value is stored throughout") \
+  X(Fill,            Overwrites,      !draw.ReadsColor(),                                     "what was there takes no part") \
+  X(Fill,            NoTest,          !draw.DepthTest && !draw.StencilTest,                   "every pixel is written") \
+  X(Fill,            OneDepth,        !draw.DepthWrite || row.Delta[2] == 0.0,                "one value is stored throughout")
+
+#define ZX_REJECTION_CONDITIONS(X) \
+  X(Rejection,       Nearer,          draw.DepthTest && IsLessOrLessEqual(draw.DepthFunc),    "what the nearer end fails against, all pixels fail against") \
+  X(Rejection,       NoStencil,       !draw.StencilTest,                                      "a failing pixel steps its stencil")
+
+#define ZX_IN_RANGE_CONDITIONS(X) \
+  X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
+  X(InRange,         WithinLimits,    IsWithin(u, primitive.InRangeWidth, \
+                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, borders and odd sizes") \
+  X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
+                                      AreNeighbours(x, primitive.MaskX),                      "two texels are fetched in one load")
+
+#define ZX_LINE_RUN_CONDITIONS(X) \
+  X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
+  X(LineRun,         Long,            walk.Minor * kMinLineRunGroups * kLanes <= walk.Major,  "short runs are drawn faster as scattered pixels")
+
+// What a rounding test, or another test of values, decides group by group.
+#define ZX_DEPTH_RANGE_CONDITION(X) \
+  X(Values,          DepthRange,      kMinDepthBound < depthBound && depthBound < kMaxDepthBound, "the margin stays above what a float cannot tell from zero")
+#define ZX_DEPTH_ROUNDING_TEST(X) \
+  X(Values,          Depth,           depthSure,                                              "a depth may round to another float than in double")
+#define ZX_BYTE_ROUNDING_TEST(X) \
+  X(Values,          Bytes,           bytesSure,                                              "a channel lies between two bytes")
+
+#define ZX_CONDITIONS(X) \
+  ZX_SHADER_CONDITIONS(X) ZX_TARGET_CONDITIONS(X) ZX_TEST_CONDITIONS(X) ZX_PRIMITIVE_CONDITIONS(X) \
+  ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
+  ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
+  ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
+  ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
+  ZX_LINE_RUN_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
+  ZX_BYTE_ROUNDING_TEST(X)
+
+/// As the body of a function that returns the first condition of a list that does not hold.
+#define ZX_RETURN_UNMET(path, name, test, why) if (!(test)) { return TCondition::path##name; }
+#define ZX_RETURN_FIRST_UNMET(list) list(ZX_RETURN_UNMET) return TCondition::None
+
+namespace Zx3D {
+
+enum class TCondition : std::uint8_t {
+#define ZX_ENUMERATOR(path, name, test, why) path##name,
+  ZX_CONDITIONS(ZX_ENUMERATOR)
+#undef ZX_ENUMERATOR
+  None, ///< all hold
+};
+
+inline constexpr int kConditions = static_cast<int>(TCondition::None);
+inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthRange); ///< last in the list
+
+// --- Thresholds: of time, measured; of proofs, where the proof stands
+
+inline constexpr int kShortPixels = 8;            ///< of a short row: more gain by set-up for long ones
+inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
+inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
+inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
+inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
+inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
+/// Fallbacks after which a row gives up float colours: a row between two bytes would pay twice.
+inline constexpr int FallbackBudget(int pixels) { return 3 + pixels / 64; }
+
+inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
+inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping
+inline constexpr double kByteMargin = 1e-6;       ///< of 255 c + 0.5 from an integer: SpanSetup.cpp
+inline constexpr double kMinSteadyW = 1e-100;     ///< of 1/w: neither it nor its reciprocal loses digits
+inline constexpr double kMaxSteadyW = 1e100;
+inline constexpr double kMinFloatW = 1e-15;       ///< of 1/w as a float: SpanFloatColors-inl.h
+inline constexpr double kMaxFloatW = 1e15;
+inline constexpr double kMaxFloatRatio = 64.0;    ///< of 1/w in a row: SpanFloatColors-inl.h
+inline constexpr double kMaxChannel = 4.0;        ///< SpanFloatColors-inl.h
+inline constexpr double kDepthMargin = 1.0 / (std::int64_t{1} << 49); ///< SpanDepthStencil-inl.h
+inline constexpr double kMinDepthBound = 1e-20;
+inline constexpr double kMaxDepthBound = 1e20;
+inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
+inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
+inline constexpr double kInRangeRepeat = 1048576.0; ///< repeats that a mask alone wraps
+inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
+inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;
+
+} // namespace Zx3D
+// clang-format on

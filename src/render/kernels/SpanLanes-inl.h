@@ -1,0 +1,203 @@
+// Vectors of pixels, as all kernels name them: element types, masks and bits, and memory of which
+// only some lanes may be touched. Included once for each instruction set.
+//
+// Tested by: tests/render/MaskedWrites.cpp (MaskedWrites.*), tests/render/SpanLevels.cpp
+// (SpanLevels.*)
+
+#if defined(ZX_RENDER_SPANLANES_INL_H_) == defined(HWY_TARGET_TOGGLE)
+#ifdef ZX_RENDER_SPANLANES_INL_H_
+#undef ZX_RENDER_SPANLANES_INL_H_
+#else
+#define ZX_RENDER_SPANLANES_INL_H_
+#endif
+
+#include <cstdint>
+#include <cstring>
+
+#include <ZxCore3D/types/InstructionSets-inl.h>
+
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace Zx3D {
+namespace HWY_NAMESPACE {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+// A group of pixels: as many as a vector of doubles has lanes, whatever the element.
+using DD = hn::ScalableTag<double>;
+using DI = hn::Rebind<std::int32_t, DD>;
+using DU = hn::Rebind<std::uint32_t, DD>;
+using DF = hn::Rebind<float, DD>;
+using DU64 = hn::RebindToUnsigned<DD>;
+using VD = hn::Vec<DD>;
+using VI = hn::Vec<DI>;
+using VU = hn::Vec<DU>;
+using VF = hn::Vec<DF>;
+using VU64 = hn::Vec<DU64>;
+using MD = hn::Mask<DD>;
+using MI = hn::Mask<DI>;
+
+// Whole vectors of 32-bit lanes: two groups, or the four channels of half a group's pixels.
+using DFF = hn::ScalableTag<float>;
+using DFU = hn::RebindToUnsigned<DFF>;
+using DFI = hn::RebindToSigned<DFF>;
+using VFF = hn::Vec<DFF>;
+using VFU = hn::Vec<DFU>;
+using MFI = hn::Mask<DFI>;
+
+// Pixels of a group and of two; as many rows are set up at a time as a group has pixels.
+inline constexpr int kLanes = static_cast<int>(HWY_LANES(double));
+inline constexpr int kFloatLanes = 2 * kLanes;
+
+// Pixels of a run; sets of them are the bits of a word.
+inline constexpr int kRun = 64;
+
+// Stencil bytes of a run.
+using DB = hn::CappedTag<std::uint8_t, kRun>;
+using VB = hn::Vec<DB>;
+
+// Whether a mask can say which lanes of a vector are read and written. Otherwise whole vectors are
+// read, and a partial group goes through staging copies.
+inline constexpr bool kMaskedAccess = ZX_HAS_MASKED_ACCESS;
+
+// --- Masks and bits: bit i is lane i
+
+inline constexpr std::uint64_t FirstBits(int count) {
+  return count >= kRun ? ~std::uint64_t{0} : (std::uint64_t{1} << count) - 1;
+}
+
+HWY_INLINE int FirstBit(std::uint64_t bits) { return __builtin_ctzll(bits); }
+HWY_INLINE int LastBit(std::uint64_t bits) { return 63 - __builtin_clzll(bits); }
+
+template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> NoLanes(D d) {
+  return hn::MaskFromVec(hn::Zero(d));
+}
+
+template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> AllLanes(D d) {
+  return hn::Eq(hn::Zero(d), hn::Zero(d));
+}
+
+template <class D> HWY_INLINE HWY_ATTR std::uint64_t BitsOfMask(D d, hn::Mask<D> mask) {
+  constexpr std::size_t kBytes = (hn::MaxLanes(D()) + 7) / 8;
+  std::uint8_t bits[8] = {};
+  hn::StoreMaskBits(d, mask, bits);
+  if constexpr (kBytes == 1) { // a wider load would wait for the store
+    return bits[0];
+  }
+  if constexpr (kBytes == 2) {
+    return bits[0] | static_cast<std::uint64_t>(bits[1]) << 8;
+  }
+  std::uint64_t word;
+  std::memcpy(&word, bits, sizeof word);
+  return word;
+}
+
+// Bits past the last lane take no part.
+template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> MaskOfBits(D d, std::uint64_t bits) {
+  std::uint8_t bytes[8];
+  std::memcpy(bytes, &bits, sizeof bytes);
+  return hn::LoadMaskBits(d, bytes);
+}
+
+// --- Memory
+
+// Without masked access the caller guarantees that a whole vector is readable.
+template <class D, class T>
+HWY_INLINE HWY_ATTR hn::Vec<D> LoadMasked(D d, hn::Mask<D> live, const T* from) {
+  if constexpr (kMaskedAccess) {
+    return hn::MaskedLoad(live, d, from);
+  } else {
+    return hn::LoadU(d, from);
+  }
+}
+
+// Writes the lanes of a mask and no others: the memory of a pixel that fails its tests may be
+// another thread's to write, or nobody's.
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
+#if ZX_HAS_MASK_REGISTERS
+  hn::BlendedStore(values, mask, d, to);
+#else
+  if (HWY_LIKELY(hn::AllTrue(d, mask))) { // masked stores are slow on some processors
+    hn::StoreU(values, d, to);
+    return;
+  }
+#if ZX_HAS_MASKED_ACCESS
+  hn::BlendedStore(values, mask, d, to);
+#else
+  HWY_ALIGN T lanes[hn::MaxLanes(d)];
+  hn::Store(values, d, lanes);
+  for (std::uint64_t rest = BitsOfMask(d, mask); rest != 0; rest &= rest - 1) {
+    std::memcpy(to + FirstBit(rest), lanes + FirstBit(rest), sizeof(T));
+  }
+#endif
+#endif
+}
+
+// The same for the lanes that a mask of 32-bit integers names.
+template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
+  return LoadMasked(d, hn::RebindMask(d, live), from);
+}
+
+template <class D, class T>
+HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, MI live, T* to) {
+  StoreMasked(d, values, hn::RebindMask(d, live), to);
+}
+
+// The first `count` elements, `kMost` in most cases: a size that the compiler knows needs no call.
+template <int kMost, class T> HWY_INLINE void CopyFirst(const T* from, int count, T* to) {
+  if (count == kMost) {
+    std::memcpy(to, from, kMost * sizeof(T));
+  } else {
+    std::memcpy(to, from, static_cast<std::size_t>(count) * sizeof(T));
+  }
+}
+
+// The vectors between the first and the last are aligned, since a store across two cache lines
+// costs two; the first and the last may overlap them.
+template <class D, class T> HWY_INLINE HWY_ATTR void Fill(D d, T value, T* to, std::size_t count) {
+  const std::size_t lanes = hn::Lanes(d);
+  if (count < lanes) {
+    for (std::size_t i = 0; i < count; ++i) {
+      to[i] = value;
+    }
+    return;
+  }
+  const auto values = hn::Set(d, value);
+  const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(to) / sizeof(T) % lanes;
+  hn::StoreU(values, d, to);
+  for (std::size_t i = lanes - misaligned; i + lanes <= count; i += lanes) {
+    hn::StoreU(values, d, to + i);
+  }
+  hn::StoreU(values, d, to + count - lanes);
+}
+
+// --- Rounding
+
+// From 2^23 on floats are whole numbers: a float from 0 to 2^22 plus this is rounded to one, which
+// stands in its low bits. The like for doubles is 2^52.
+inline constexpr float kWholeFloats = 8388608.0f;
+inline constexpr double kWholeDoubles = 4503599627370496.0;
+
+// The byte of a channel in 0 to 255, in the low bits of each lane, where value - margin and value +
+// margin round alike; `sure` loses the other lanes. Bits above the byte are not 0. Clamped, a NaN
+// becomes 0.
+template <class D, class TMask>
+HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
+ByteByRoundingTest(D d, hn::Vec<D> value, bool clamp, hn::Vec<D> margin, TMask* sure) {
+  if (clamp) {
+    value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 255.0f));
+  }
+  const auto whole = hn::Set(d, kWholeFloats);
+  const auto low = hn::Add(hn::Sub(value, margin), whole);
+  const auto high = hn::Add(hn::Add(value, margin), whole);
+  *sure = hn::And(*sure, hn::RebindMask(hn::RebindToSigned<D>(), hn::Eq(low, high)));
+  return hn::BitCast(hn::RebindToUnsigned<D>(), low);
+}
+
+} // namespace HWY_NAMESPACE
+} // namespace Zx3D
+HWY_AFTER_NAMESPACE();
+
+#endif
