@@ -144,8 +144,8 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
         MI all = AllLanes(DI());
-        packed = UntexturedBytes<kPerspective>(DF(), job, FloatInputsOf(job, slots, *row.Floats),
-                                               hn::DemoteTo(DF(), t), &all);
+        packed = UntexturedBytes<kPerspective>(DF(), job, slots, *row.Floats, hn::DemoteTo(DF(), t),
+                                               &all);
         sure = hn::AllTrue(DI(), all);
       } else {
         TFetchedTexels ready;

@@ -113,15 +113,16 @@ bool TRenderCPU::_Share(TRenderBase* other) {
   if (taker == nullptr || taker == this || taker->m_Textures != nullptr) {
     return false;
   }
-  if (m_Textures == nullptr) {
-    auto* const table = new (std::nothrow) TTextureTable;
+  TTextureTable* table = m_Textures;
+  if (table == nullptr) {
+    table = new (std::nothrow) TTextureTable;
     if (table == nullptr) {
       return false;
     }
     m_Engine->AdoptTextures(table);
   }
-  m_Textures->RefCount.fetch_add(1, std::memory_order_relaxed);
-  taker->m_Engine->AdoptTextures(m_Textures);
+  table->RefCount.fetch_add(1, std::memory_order_relaxed);
+  taker->m_Engine->AdoptTextures(table);
   return true;
 }
 
