@@ -4,6 +4,7 @@
 #   make, make demo     draw real models into demo-out/ and an index.html that shows them
 #   make test           build and test, plain and under the sanitizers
 #   make check          check the source text: format, words, headers, linters, both compilers' warnings
+#   make abi            hold the binary interface against that of the last release
 #   make test-arm64     the same for arm64 under qemu, and that both compute the same bits
 #   make bench          time the library; make bench-rivals compares it with OSMesa
 #   make fuzz           fuzz each target for FUZZ_SECONDS
@@ -22,7 +23,7 @@ FUZZ_SECONDS ?= 60
 WARNINGS_AS_ERRORS ?= OFF
 
 .DEFAULT_GOAL := demo
-.PHONY: demo test check test-arm64 bench bench-rivals fuzz install clean help
+.PHONY: demo test check abi test-arm64 bench bench-rivals fuzz install clean help
 
 demo:
 	@scripts/announce.sh "build demo" "build the library and zxrender in build/release" \
@@ -48,6 +49,12 @@ check:
 	scripts/install-packages.sh build check
 	cmake -S . -B build/check -G Ninja -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	JOBS=$(JOBS) scripts/check.sh
+
+abi:
+	@scripts/announce.sh "build abi" "build with debug information in build/abi" \
+	  "compare the libraries' binary interface with the newest release in abi/, by libabigail"
+	scripts/install-packages.sh build abi
+	JOBS=$(JOBS) scripts/check-abi.sh
 
 test-arm64:
 	@scripts/announce.sh "build test demo arm64" "build for this machine in build/release and for arm64 in build/arm64" \

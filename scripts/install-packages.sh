@@ -4,7 +4,7 @@
 # stands for the first of its alternatives (one|other) that is installed or that apt knows. A name that ends in
 # "?" is left out, and said to be, where the suite does not have it.
 #
-#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 arm64 python package farm
+#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 arm64 python package farm abi
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -37,6 +37,7 @@ for group in "$@"; do
       packages="$packages libassimp-dev:arm64 libturbojpeg0-dev:arm64 libgtest-dev:arm64 libgmock-dev:arm64"
       ;;
     docs) packages="$packages doxygen" ;;
+    abi) packages="$packages abigail-tools" ;;
     qt6) packages="$packages qt6-base-dev" ;;
     fuzz) packages="$packages clang libclang-rt-14-dev|libclang-rt-19-dev" ;;
     python)
@@ -48,7 +49,7 @@ for group in "$@"; do
       ;;
     farm) packages="$packages python3-distributed python3-numpy python3-pytest" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm, abi)" >&2
       exit 2
       ;;
   esac

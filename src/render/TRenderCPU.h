@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include <ZxCore3D/render/TRenderBase.h>
@@ -25,7 +24,11 @@ struct TRenderEngine;
 ///
 /// The object is large, since all scratch of the drawing path is a member: drawing allocates
 /// nothing. Data members are public for the shaders that callers write; change them through the
-/// operations.
+/// operations. Their order and sizes are part of what a host is compiled against.
+///
+/// In this order: the records that the pipeline passes on, life and surfaces, the drawing
+/// interface as TZxGL.h describes it, operations of this class alone by group, the steps of the
+/// pipeline, and the state as data members.
 class ZX_CORE3D_API TRenderCPU : public TRenderBase {
 public:
   // --- Records
@@ -826,7 +829,11 @@ public:
   void _ReadPixels_RGBAub_RGBAub(int x, int y, int width, int height, void* pixels);
 
   // --- State
+  //
+  // "Stored only" is what can be read back and changes no pixel.
 
+  /// \name Switches and what the stages of a fragment read
+  /// \{
   bool m_Created = false;                 ///< between `Create` and `Destroy`
   bool m_ReservedFlag = false;            ///< kept by the attribute stack, read by nothing else
   bool m_DepthMask = true;                ///< `DepthMask`
@@ -867,18 +874,30 @@ public:
   std::uint8_t m_ColorMask = 15;                 ///< bit 0 red to bit 3 alpha
   bool m_InBeginEnd = false;                     ///< between `Begin` and `End`
   std::uint32_t m_MatrixMode;                    ///< `MatrixMode`, unchecked
-  int m_Width = 0;                               ///< of the surfaces, and of the viewport
-  int m_Height = 0;                              ///< likewise
-  unsigned char m_ClearColor[4] = {0, 0, 0, 0};  ///< red, green, blue, alpha
-  float m_ClearDepth = 1.0f;                     ///< unclamped
-  unsigned char m_ClearStencil = 0;              ///< what `Clear` writes
-  TZxGLSurface* m_CurrentSurface = nullptr;      ///< not owned
-  TFrameBuffer* m_FrameBuffer = nullptr;         ///< owned
-  TDataSurface* m_ColorSurface = nullptr;        ///< the frame buffer's, or a bound one
-  TDataSurface* m_DepthSurface = nullptr;        ///< the frame buffer's
-  TDataSurface* m_StencilSurface = nullptr;      ///< the frame buffer's
-  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF;    ///< all ones outside `Begin` and `End`
-  std::uint32_t m_ShadeModel;                    ///< always `GL_SMOOTH`
+  /// \}
+
+  /// \name Surfaces and what clears them
+  /// \{
+  int m_Width = 0;                              ///< of the surfaces, and of the viewport
+  int m_Height = 0;                             ///< likewise
+  unsigned char m_ClearColor[4] = {0, 0, 0, 0}; ///< red, green, blue, alpha
+  float m_ClearDepth = 1.0f;                    ///< unclamped
+  unsigned char m_ClearStencil = 0;             ///< what `Clear` writes
+  TZxGLSurface* m_CurrentSurface = nullptr;     ///< not owned
+  TFrameBuffer* m_FrameBuffer = nullptr;        ///< owned
+  TDataSurface* m_ColorSurface = nullptr;       ///< the frame buffer's, or a bound one
+  TDataSurface* m_DepthSurface = nullptr;       ///< the frame buffer's
+  TDataSurface* m_StencilSurface = nullptr;     ///< the frame buffer's
+  /// \}
+
+  /// \name Mode of the primitive, and shading
+  /// \{
+  std::uint32_t m_PrimitiveMode = 0xFFFFFFFF; ///< all ones outside `Begin` and `End`
+  std::uint32_t m_ShadeModel;                 ///< always `GL_SMOOTH`
+  /// \}
+
+  /// \name Uniforms and current values
+  /// \{
   vec_t_<double, 4> m_Uniforms[32] = {}; ///< cells of 32 bytes; integers stand raw at the start
 
   vec_t_<double, 4> m_CurAttrib[8] = {};          ///< the generic attributes
@@ -886,37 +905,55 @@ public:
   vec_t_<double, 4> m_CurNormal = {0, 0, 0, 0};   ///< x, y, z; w is 0
   vec_t_<double, 4> m_CurColor = {1, 1, 1, 1};    ///< unclamped
   vec_t_<double, 4> m_CurTexCoord = {0, 0, 0, 0}; ///< s, t, r, q
-  TVertexAttribPointer m_VertexPointer = {};      ///< the classic array of positions
-  TVertexAttribPointer m_NormalPointer = {};      ///< that of normals
-  TVertexAttribPointer m_ColorPointer = {};       ///< that of colours
-  TVertexAttribPointer m_TexCoordPointer = {};    ///< that of texture coordinates
+  /// \}
 
-  VAR_DATA m_VarEdgeA = {};    ///< the values on the two edges at the current row
-  VAR_DATA m_VarEdgeB = {};    ///< the same on the other edge
+  /// \name The classic arrays
+  /// \{
+  TVertexAttribPointer m_VertexPointer = {};   ///< the classic array of positions
+  TVertexAttribPointer m_NormalPointer = {};   ///< that of normals
+  TVertexAttribPointer m_ColorPointer = {};    ///< that of colours
+  TVertexAttribPointer m_TexCoordPointer = {}; ///< that of texture coordinates
+  /// \}
+
+  /// \name The current primitive: scratch of the pipeline
+  /// \{
+  VAR_DATA m_VarEdgeA = {};    ///< the values on the major edge at the current row
+  VAR_DATA m_VarEdgeB = {};    ///< the same on the minor edge
   VAR_DATA m_VarFragment = {}; ///< the values at the fragment
-  EDGE m_Edges[3] = {};        ///< of the triangle at hand
-  EDGE m_Span = {};            ///< of the row, or the line, at hand
+  EDGE m_Edges[3] = {};        ///< of the current triangle
+  EDGE m_Span = {};            ///< the current row or line
   VAR_DATA m_VarSaved[4] = {}; ///< copies that survive clipping
   VAR_DATA m_VarCur[4] = {};   ///< the primitive being assembled
   int m_StripIndex = -1;       ///< ring position of a triangle strip
   int m_VertexIndex = -1;      ///< number of the last vertex since `Begin`
   int m_Pending = 0;           ///< how many records of `m_VarCur` are filled
+  /// \}
 
   /// \name The slot table: filled by the vertex shader's `Begin`. -1 is no slot.
   /// \{
-  int m_VarPosition = 0;
-  int m_VarColor = 0;
-  int m_VarSecondary = -1;
-  int m_VarBackColor = -1;
-  int m_VarBackSecondary = -1;
-  int m_VarTexCoord = -1;
-  int m_VarCount = 0;
+  int m_VarPosition = 0;       ///< always slot 0
+  int m_VarColor = 0;          ///< primary colour of the front
+  int m_VarSecondary = -1;     ///< secondary colour of the front
+  int m_VarBackColor = -1;     ///< primary colour of the back; -1: that of the front
+  int m_VarBackSecondary = -1; ///< secondary colour of the back; -1: that of the front
+  int m_VarTexCoord = -1;      ///< texture coordinate
+  int m_VarCount = 0;          ///< live slots, 1 to 8 while vertices are submitted
   /// \}
 
-  FS_DATA m_Fragment;                    ///< the one record of all fragments
-  MAT4<double> m_ModelView;              ///< the model-view matrix
-  MAT4<double> m_Projection;             ///< the projection
-  MAT4<double> m_ModelViewProjection;    ///< their product, kept up to date
+  /// \name The current fragment
+  /// \{
+  FS_DATA m_Fragment; ///< the one record of all fragments
+  /// \}
+
+  /// \name Matrices
+  /// \{
+  MAT4<double> m_ModelView;           ///< the model-view matrix
+  MAT4<double> m_Projection;          ///< the projection
+  MAT4<double> m_ModelViewProjection; ///< their product, kept up to date
+  /// \}
+
+  /// \name Fog, materials and lights
+  /// \{
   TFog m_Fog;                            ///< stored only
   std::uint32_t m_ColorMaterialFace;     ///< `ColorMaterial`, unchecked
   std::uint32_t m_ColorMaterialMode;     ///< likewise
@@ -929,11 +966,19 @@ public:
   vec_t_<double, 4> m_LightModelAmbient = {0.2, 0.2, 0.2, 1.0}; ///< light without a source
   TLight m_Lights[8];                                           ///< `GL_LIGHT0` to `GL_LIGHT7`
   int m_EnabledLights[8] = {};                                  ///< rebuilt by `Begin`, ascending
-  std::int32_t m_ActiveTexture = 0;                             ///< the unit that calls act on
-  TTexUnit m_TexUnits[8];                                       ///< `GL_TEXTURE0` to `GL_TEXTURE7`
-  TVertexArray* m_DefaultVertexArray = nullptr;                 ///< owned
-  TVertexArray* m_VertexArray = nullptr;                        ///< the current one
-  std::uint32_t m_VertexArrayBinding = 0;                       ///< its name; 0 for the default one
+  /// \}
+
+  /// \name Texture units
+  /// \{
+  std::int32_t m_ActiveTexture = 0; ///< the unit that calls act on
+  TTexUnit m_TexUnits[8];           ///< `GL_TEXTURE0` to `GL_TEXTURE7`
+  /// \}
+
+  /// \name Array objects, buffers and stacks
+  /// \{
+  TVertexArray* m_DefaultVertexArray = nullptr; ///< owned
+  TVertexArray* m_VertexArray = nullptr;        ///< the current one
+  std::uint32_t m_VertexArrayBinding = 0;       ///< its name; 0 for the default one
   std::uint32_t m_BufferBindings[6] = {}; ///< array, element array, pack, unpack, atomic, storage
   std::vector<MAT4<double>> m_ModelViewStack;    ///< saved by `PushMatrix`
   std::vector<MAT4<double>> m_ProjectionStack;   ///< likewise
@@ -941,23 +986,30 @@ public:
   std::vector<TVertexArray> m_ClientAttribStack; ///< saved by `PushClientAttrib`
   std::vector<TVertexArray*> m_VertexArrays;     ///< name n is entry n - 1
   std::vector<TBuffer*> m_Buffers;               ///< name n is entry n - 1
-
-  /// \name One reference held on each.
-  /// \{
-  TVertexShaderCPU* m_StdVertexShader = nullptr;
-  TFragmentShaderCPU* m_StdFragmentShader = nullptr;
-  TVertexShaderCPU* m_VertexShader = nullptr;
-  TFragmentShaderCPU* m_FragmentShader = nullptr;
-  TProgramCPU* m_Program = nullptr;
-  TProgramCPU* m_DefaultProgram = nullptr;
   /// \}
 
-  DATASURFACE* m_DrawBuffer = nullptr;          ///< not owned
-  TPixelWrite m_PixelWrite = nullptr;           ///< the draw buffer's writer; null: no draw buffer
-  TDepthCompare m_DepthCompare;                 ///< the comparison in force
-  std::uint32_t m_DepthFunc;                    ///< as it was last given
-  TPixelStore m_PixelPack;                      ///< of `ReadPixels`
-  TPixelStore m_PixelUnpack;                    ///< of `DrawPixels`
+  /// \name Shaders and programs, one reference held on each
+  /// \{
+  TVertexShaderCPU* m_StdVertexShader = nullptr;     ///< made by `Create`
+  TFragmentShaderCPU* m_StdFragmentShader = nullptr; ///< made by `Create`
+  TVertexShaderCPU* m_VertexShader = nullptr;        ///< what vertices run
+  TFragmentShaderCPU* m_FragmentShader = nullptr;    ///< what fragments run
+  TProgramCPU* m_Program = nullptr;                  ///< the installed program
+  TProgramCPU* m_DefaultProgram = nullptr;           ///< of the two standard shaders
+  /// \}
+
+  /// \name Draw buffer, depth comparison and pixel transfer
+  /// \{
+  DATASURFACE* m_DrawBuffer = nullptr; ///< not owned
+  TPixelWrite m_PixelWrite = nullptr;  ///< the draw buffer's writer; null: no draw buffer
+  TDepthCompare m_DepthCompare;        ///< the comparison in force
+  std::uint32_t m_DepthFunc;           ///< as it was last given
+  TPixelStore m_PixelPack;             ///< of `ReadPixels`
+  TPixelStore m_PixelUnpack;           ///< of `DrawPixels`
+  /// \}
+
+  /// \name Errors, positions and what a vertex calls
+  /// \{
   std::uint32_t m_Error = 0;                    ///< what `GetError` will return
   vec_t_<double, 4> m_RasterPos = {0, 0, 0, 0}; ///< stored only
   vec_t_<int, 2> m_WindowPos = {0, 0};          ///< lower left corner of `DrawPixels`, in pixels
@@ -968,9 +1020,10 @@ public:
   TDebugCallback m_DebugCallback = nullptr;                    ///< told of each error
   void* m_DebugUserParam = nullptr;                            ///< handed to it; not owned
   bool m_DebugOutput = false;                                  ///< `GL_DEBUG_OUTPUT`
+  /// \}
 
 private:
-  const std::unique_ptr<TRenderEngine> m_Engine; ///< what drawing needs and no host sees
+  TRenderEngine* m_Engine; ///< owned: what drawing needs and no host sees
 };
 
 } // namespace Zx3D

@@ -3,6 +3,10 @@
 #include <functional>
 #include <vector>
 
+#include <ZxCore3D/render/FragmentOps.h>
+#include <ZxCore3D/render/ShaderCPU.h>
+#include <ZxPixelKit/Surface.h>
+
 #include "LevelTest.h"
 
 using namespace Zx3D;
@@ -211,6 +215,69 @@ TEST_P(ChangingTargets, DepthOfAnotherFormat) {
       EXPECT_EQ(0.5f, s.Depth(0, y)); // at the start of a row the steps are of no account
     }
   });
+}
+
+namespace {
+
+/// Binds another colour surface while it runs.
+class TBindingShader : public TFragmentShaderCPU {
+public:
+  explicit TBindingShader(TDataSurface* surface) : m_Other(surface) {}
+  unsigned int GetUniformLocation(const char*) const override { return 0xFFFFFFFF; }
+  void Begin() override {}
+  void End() override {}
+  bool IsCalcDepth() const override { return false; }
+  bool Execute(TRenderCPU::VAR_DATA*, TRenderCPU::FS_DATA* f) override {
+    m_Render->BindColorSurface(m_Other);
+    f->Color = {1, 1, 1, 1};
+    return true;
+  }
+
+private:
+  TDataSurface* m_Other;
+};
+
+} // namespace
+
+// Points and the pixels of lines are written to the surface that is bound when their shader is
+// done; triangles from the next row on.
+TEST_P(ChangingTargets, AShaderBindsAnotherSurface) {
+  TScene s(kSize, kSize);
+  TDataSurface other;
+  ASSERT_TRUE(other.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
+  auto* const shader = new TBindingShader(&other);
+  s->_SetFragmentShader(shader);
+  shader->Release();
+  s->Begin(ModeOf(GetParam()));
+  Shape(*s, GetParam(), 2);
+  Shape(*s, GetParam(), 4);
+  s->End();
+  const bool atOnce = GetParam() != kTriangle;
+  EXPECT_EQ(atOnce ? kWhite : kClear, PixelOf(other, 0, 2));
+  EXPECT_EQ(atOnce ? kClear : kWhite, PixelOf(*s->m_FrameBuffer->Color, 0, 2));
+  EXPECT_EQ(kWhite, PixelOf(other, 0, 4));
+  s->BindColorSurface(nullptr);
+}
+
+// A writer that was installed by hand writes more than the one that the buffer was given.
+TEST_P(ChangingTargets, AWiderWriterStaysInsideTheDrawBuffer) {
+  TScene s(kSize, kSize);
+  std::vector<float> pixels(kSize * kSize + 7, 0.5f); // the last ones lie after the block
+  DATASURFACE buffer;
+  ASSERT_TRUE(ds::Set(&buffer, kSize, kSize, DATA_FORMAT_DEPTH, DATA_TYPE_FLOAT, 1, pixels.data()));
+  s->SetDrawBuffer(&buffer);
+  s->Begin(ModeOf(GetParam()));
+  Shape(*s, GetParam(), 0);
+  s->m_PixelWrite = &SetValue4d;
+  for (int y = 0; y < kSize; ++y) {
+    Shape(*s, GetParam(), y);
+  }
+  s->End();
+  EXPECT_NE(0.5f, pixels[0]);
+  for (int i = kSize * kSize; i < static_cast<int>(pixels.size()); ++i) {
+    EXPECT_EQ(0.5f, pixels[static_cast<std::size_t>(i)]) << i;
+  }
+  s->SetDrawBuffer(nullptr);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, ChangingTargets, testing::Range(0, int{kKinds}));

@@ -38,8 +38,8 @@ struct TArrayDraw {
 struct TIndexedDraw {
   const TArrayDraw& Arrays;
   std::uint64_t Tag;
-  /// Where positions come from if vertices are shaded only once a triangle of theirs is drawn:
-  /// worth while with lights and culling. Null: they are shaded when they are met.
+  /// Where positions come from if vertices are shaded only when a triangle of theirs is drawn,
+  /// which pays with lights and culling. Null: they are shaded when first met.
   const TRenderCPU::TVertexAttribPointer* Positions;
   int Written; ///< slots that the vertex shader fills: without a texture all but the last
   TCulling Culling;

@@ -2,6 +2,8 @@
 
 #include <ZxCore3D/render/arrays/VertexCache.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
+#include <ZxCore3D/render/stages/Facing.h>
 
 namespace Zx3D {
 
@@ -9,24 +11,11 @@ namespace {
 
 using TVec4 = vec_t_<double, 4>;
 
-constexpr int kAllPlanes = 6; // as the number of the plane to clip by from on: none
-constexpr unsigned int kPlanes = 63;
-constexpr unsigned int kUnshaded = 64; // in a vertex's code: there is a position, but no more
+constexpr unsigned int kPlaneBits = (1u << kClipPlanes) - 1;
+constexpr unsigned int kUnshaded =
+    1u << kClipPlanes; // in a vertex's code: only its position is computed
 
-// Bit p for plane p, as the clipper numbers them; a NaN is outside.
-std::uint8_t OutsidePlanes(const TVec4& at) {
-  const auto planes = [&at](double u) { return (u >= -at.w ? 0 : 1) | (u <= at.w ? 0 : 2); };
-  return static_cast<std::uint8_t>(planes(at.x) | planes(at.y) << 2 | planes(at.z) << 4);
-}
-
-// Whether the first plane that cuts or rejects the triangle rejects all of it: the clipper drops it
-// there unchanged.
-bool IsOutside(unsigned int a, unsigned int b, unsigned int c) {
-  const unsigned int any = a | b | c;
-  return (a & b & c & (any & (0u - any))) != 0;
-}
-
-// Facing, by the operations of rasterisation in their order.
+// Facing of a triangle in clip space, by the operations of rasterisation in their order.
 bool FacesFront(const TVec4& a, const TVec4& b, const TVec4& c, bool frontCCW) {
   double x[3];
   double y[3];
@@ -36,25 +25,23 @@ bool FacesFront(const TVec4& a, const TVec4& b, const TVec4& c, bool frontCCW) {
     x[i] = at[i]->x * r;
     y[i] = at[i]->y * r;
   }
-  const double area =
-      (x[0] * y[1] - x[1] * y[0]) + (x[1] * y[2] - x[2] * y[1]) + (x[2] * y[0] - x[0] * y[2]);
-  return frontCCW ? area >= 0.0 : area < 0.0;
+  return Zx3D::FacesFront(x, y, frontCCW);
 }
 
 } // namespace
 
-// A number for a draw's tags, in their upper half.
+// The upper half of a new draw's tags.
 std::uint64_t TRenderEngine::NextDraw() {
   TVertexCache& cache = *VertexCache;
-  if (++cache.Draw == 0) { // numbers begin anew: no tag of old may be taken for a new one
+  if (++cache.Draw == 0) { // the count wrapped: no old tag may match a new one
     std::memset(cache.Tags, 0, sizeof cache.Tags);
     cache.Draw = 1;
   }
   return std::uint64_t{cache.Draw} << 32;
 }
 
-// The place of an element's vertex in the cache, to which its position is brought if it isn't
-// there.
+// The cache entry of an element. On a miss its vertex is shaded into it, or only its position
+// computed.
 std::size_t TRenderEngine::CachedVertex(const TIndexedDraw& draw, std::uint32_t element) {
   TVertexCache& cache = *VertexCache;
   const std::size_t place = element % TVertexCache::kSize;
@@ -77,19 +64,20 @@ std::size_t TRenderEngine::CachedVertex(const TIndexedDraw& draw, std::uint32_t 
   return place;
 }
 
-// Fills a record of the primitive with a vertex of the cache.
+// Copies a cached vertex into a record of the primitive; one of which only the position is there is
+// shaded first.
 void TRenderEngine::LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
                                VAR_DATA* record) {
   TVertexCache& cache = *VertexCache;
   if ((cache.Codes[place] & kUnshaded) != 0) {
     draw.Arrays.Fetch(&gl, element);
     ShadeVertex(&gl, &cache.Vertices[place], draw.Arrays.Lighting);
-    cache.Codes[place] = static_cast<std::uint8_t>(cache.Codes[place] & kPlanes);
+    cache.Codes[place] = static_cast<std::uint8_t>(cache.Codes[place] & kPlaneBits);
   }
   CopySlots(record, cache.Vertices[place], draw.Written);
 }
 
-// A triangle whose vertices don't fit into the cache beside each other.
+// A triangle of which two vertices share a cache entry.
 void TRenderEngine::ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements) {
   for (int i = 0; i < 3; ++i) {
     LoadVertex(draw, CachedVertex(draw, elements[i]), elements[i], &gl.m_VarCur[i]);
@@ -110,9 +98,9 @@ void TRenderEngine::ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t*
       ReplayTriangle(draw, elements);
       continue;
     }
-    const unsigned int codes[3] = {cache.Codes[a] & kPlanes, cache.Codes[b] & kPlanes,
-                                   cache.Codes[c] & kPlanes};
-    if (IsOutside(codes[0], codes[1], codes[2])) {
+    const unsigned int codes[3] = {cache.Codes[a] & kPlaneBits, cache.Codes[b] & kPlaneBits,
+                                   cache.Codes[c] & kPlaneBits};
+    if (IsRejected(codes[0], codes[1], codes[2])) {
       continue;
     }
     const bool inside = (codes[0] | codes[1] | codes[2]) == 0;
@@ -127,7 +115,7 @@ void TRenderEngine::ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t*
     LoadVertex(draw, a, elements[0], &gl.m_VarCur[0]);
     LoadVertex(draw, b, elements[1], &gl.m_VarCur[1]);
     LoadVertex(draw, c, elements[2], &gl.m_VarCur[2]);
-    gl.ClipAndRasterizeTriangle(gl.m_VarCur, inside ? kAllPlanes : 0);
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, inside ? kClipPlanes : 0);
   }
 }
 

@@ -1,14 +1,18 @@
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 
 #include <algorithm>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
@@ -17,8 +21,6 @@ namespace {
 
 using TPointer = TRenderCPU::TVertexAttribPointer;
 using TVec4 = vec_t_<double, 4>;
-
-constexpr int kAllPlanes = 6; // as the number of the plane to clip by from on: none
 
 // --- Fetching many
 
@@ -121,7 +123,7 @@ struct TBatchDraw {
     return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
   }
 
-  // The other values of the batch, once something of it is seen.
+  // The other values of the batch, fetched when the first of its shapes is drawn.
   void FetchValues() {
     if (Fetched) {
       return;
@@ -163,7 +165,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int corners, int shape, bool i
   for (int c = 0; c < corners; ++c) {
     ShadeBatched(draw, shape * corners + c, c, shape, inside);
   }
-  const int plane = inside ? kAllPlanes : 0;
+  const int plane = inside ? kClipPlanes : 0;
   switch (corners) {
   case 2:
     if (inside) {
@@ -203,9 +205,9 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
-  // All that is left of culled pieces is which way the last of them faced.
+  // The only trace of culled shapes is the facing of the last of them in the fragment record.
   std::uint64_t done = 0;
-  const auto leaveCulled = [&](std::uint64_t before) {
+  const auto recordCulled = [&](std::uint64_t before) {
     const std::uint64_t left = culled & before & ~done;
     done = before;
     if (left != 0) {
@@ -216,16 +218,15 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
-    leaveCulled(bit - 1);
+    recordCulled(bit - 1);
     DrawBatched(draw, corners, shape, (inside & bit) != 0);
   }
-  leaveCulled(all);
+  recordCulled(all);
 }
 
 // --- Points
 
-// Colours of a batch of points before they are limited: what the fragment shader takes without a
-// texture.
+// Colours of a batch of points before clamping: those of the fragment shader without a texture.
 const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
   draw->FetchValues();
   TVec4* const colors = draw->Vectors[1];
@@ -235,15 +236,12 @@ const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count)
     }
     return colors;
   }
-  const bool front = gl.m_Fragment.FrontFacing;
-  const int primary = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
-  const int secondary =
-      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
+  const TColorSlots slots = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
   for (int i = 0; i < count; ++i) {
     ShadeBatched(draw, i, 0, i, true);
     const VAR_DATA& v = gl.m_VarCur[0];
-    const TVec4& a = v.Slots[primary];
-    const TVec4& b = v.Slots[secondary];
+    const TVec4& a = v.Slots[slots.Primary];
+    const TVec4& b = v.Slots[slots.Secondary];
     colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
   }
   return colors;
@@ -262,6 +260,7 @@ struct TBatchedPoint {
   const TRenderCPU& gl;
   const TPointBatch& Points;
   TLastPoints* Last;
+  bool Copied; ///< whether the colour write is a mere copy, decided once for the batch
   unsigned char* Color;
   int Index;
 
@@ -271,7 +270,14 @@ struct TBatchedPoint {
     Last->Shaded = Index;
     return true;
   }
-  void WriteColor() { WriteBytes(gl, Color, Points.Bytes + kPixelBytes * Index); }
+  void WriteColor() {
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    if (Copied) {
+      std::memcpy(Color, bytes, kPixelBytes);
+    } else {
+      WriteBytes(gl, Color, bytes);
+    }
+  }
 };
 
 } // namespace
@@ -306,11 +312,12 @@ void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& point
     }
     ++count;
   }
+  const bool copied = gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr;
   TLastPoints last;
   for (int k = 0; k < count; ++k) {
     const TPixel& pixel = pixels[k];
     RunFragment(gl, pixel.Depth, pixel.Stencil,
-                TBatchedPoint{gl, points, &last, pixel.Color, pixel.Index});
+                TBatchedPoint{gl, points, &last, copied, pixel.Color, pixel.Index});
   }
   if (last.Tested >= 0) {
     gl.m_Fragment.Depth = points.Depth[last.Tested];

@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+
 namespace Zx3D {
 
 struct TFromByte {
@@ -14,7 +16,7 @@ struct TFromByte {
 
 struct TFromNormalizedByte {
   using TElement = unsigned char;
-  static double Convert(unsigned char v) { return v * 0.00392156862745098; }
+  static double Convert(unsigned char v) { return UnitOfArrayByte(v); }
 };
 
 struct TFromFloat {

@@ -30,6 +30,17 @@ inline unsigned char ByteOf(double c) {
   return static_cast<unsigned char>(TruncI64(c * 255.0 + 0.5));
 }
 
+/// \name A byte as 0 to 1. Each is the rounding of its kind of call: arrays multiply by the double
+/// nearest to 1/255, colours of the current values by the float nearest to it in single precision,
+/// and only what is read back is the quotient.
+/// \{
+inline double UnitOfArrayByte(unsigned char byte) { return byte * 0.00392156862745098; }
+inline double UnitOfColorByte(unsigned char byte) {
+  return static_cast<double>(static_cast<float>(byte) * 0.003921569f);
+}
+inline double UnitOfStoredByte(unsigned char byte) { return byte / 255.0; }
+/// \}
+
 /// Limited to 0 to 1; a NaN stays one.
 inline double Clamped01(double c) { return c < 0.0 ? 0.0 : c > 1.0 ? 1.0 : c; }
 inline vec_t_<double, 4> Clamped01(const vec_t_<double, 4>& c) {

@@ -5,6 +5,7 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/state/TargetLayout.h>
 #include <ZxCore3D/render/state/TextureBinding.h>
 
@@ -42,7 +43,6 @@ struct TRenderEngine {
   using FS_DATA = TRenderCPU::FS_DATA;
   using EDGE = TRenderCPU::EDGE;
   using TAttrValue = TRenderCPU::TAttrValue;
-  using TStencilFunction = TRenderCPU::TStencilFunction;
   using TTexSampler = TRenderCPU::TTexSampler;
   using TTexUnit = TRenderCPU::TTexUnit;
   using TTextureHold = TRenderCPU::TTextureHold;
@@ -56,35 +56,48 @@ struct TRenderEngine {
 
   TRenderCPU& gl;
 
-  // --- state/Targets.cpp: what drawing goes to
+  // --- state/DerivedState.cpp: what drawing reads that follows from state
 
-  void AdoptSurfaces();
-  void ForgetOwnSurfaces();
-  void ForgetTarget(const TDataSurface* surface);
-  void MeasureTargets();
-  bool RefreshTargets();
-  bool RefreshState();
+  /// Recomputes what follows from state that changed since the last call, by anyone; true if
+  /// anything did. Called by `Begin` and before each primitive.
+  bool UpdateDerivedState();
+  /// The part of it that a shader may have changed since its primitive began: the targets.
+  bool UpdateTargets();
+  bool UpdateTextures();
+  /// Whether texels of unit 0 share memory with a target.
+  bool TextureIsTarget() const;
+
   /// Addresses of pixels; null where there is none, and for a stencil without its test.
   unsigned char* DepthPixel(int x, int y) const { return Targets.Depth.At(x, y); }
   unsigned char* StencilPixel(int x, int y) const {
     return gl.m_StencilTest ? Targets.Stencil.At(x, y) : nullptr;
   }
-  bool TextureIsTarget() const;
 
   TTargets Targets = {};
+  std::uint64_t TextureChanges = 0; ///< of the table, up to which the bindings are looked after
 
-  // --- state/Textures.cpp: what is bound, and what others did to it
+  // --- state/Targets.cpp
 
-  bool RefreshTextures();
+  /// Takes the frame buffer's surfaces as targets.
+  void AdoptSurfaces();
+  /// The frame buffer's surfaces, or one surface, are about to go: they are targets no more.
+  void ForgetOwnSurfaces();
+  void ForgetTarget(const TDataSurface* surface);
+
+  // --- state/Textures.cpp
+
   void AdoptTextures(TTextureTable* table);
+  /// Tells the contexts that share the table.
   void NoteTextureChange();
-  void DropBinding(int unit);
+  void DropBinding(unsigned int unit);
   void UnbindTexture(const TDataSurface* surface);
+  /// The surface bound to the active unit; null if there is none, or another context has deleted
+  /// it.
   TDataSurface* BoundTexture();
+  /// A surface changed: the samplers that hold it choose their function anew.
   void UpdateSamplersOf(const TDataSurface* surface);
 
-  TTextureBinding TextureBindings[8];
-  std::uint64_t TextureChanges = 0; ///< of the table, up to which the bindings are looked after
+  TTextureBinding TextureBindings[kTexUnits];
 
   // --- stages/Submission.cpp: from vertices to primitives
 

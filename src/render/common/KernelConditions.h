@@ -5,9 +5,10 @@
 /// The conditions of every fast path, and all thresholds. Where a condition does not hold, the next
 /// more general path draws: another kernel, the exact colours, or the reference walker.
 ///
-/// A list is expanded where the names of its tests are in scope: `gl` is the context and what has no
-/// prefix its engine's; `draw`, `primitive` and `row` are parts of a job; all others are computed
-/// beside the expansion. Tests are made in the order of the list, and the first to fail is counted.
+/// A list is expanded where the names of its tests are in scope: `gl` is the context and what has
+/// no prefix its engine's; `draw`, `primitive` and `row` are parts of a job; all others are
+/// computed beside the expansion. Tests are made in the order of the list, and the first to fail is
+/// counted.
 
 // clang-format off
 //   path            condition        test                                                    why

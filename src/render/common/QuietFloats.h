@@ -8,9 +8,9 @@
 
 namespace Zx3D {
 
-/// For the time of a scope an invalid operation, a division by zero or an overflow neither traps
-/// nor leaves its flag: lanes that no pixel or vertex stands in hold any numbers, and what is
-/// worked out from them is dropped. Rounding stays as the host has set it.
+/// Within its scope an invalid operation, a division by zero or an overflow neither traps nor
+/// raises its flag for the host: lanes without a pixel or vertex hold arbitrary numbers, whose
+/// results are discarded. Rounding stays as the host has set it.
 class TQuietFloats {
 public:
   enum class TScope {
@@ -24,7 +24,7 @@ public:
     if ((m_Before & wanted) != wanted) {
       _mm_setcsr(m_Before | wanted);
     }
-    // No load moves to before this, no store to behind the end.
+    // Keeps the compiler from moving loads above this and stores below the end.
     __asm__ volatile("" ::: "memory");
   }
   ~TQuietFloats() {

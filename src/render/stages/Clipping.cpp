@@ -2,23 +2,15 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/stages/ClipPlanes.h>
+
 namespace Zx3D {
 
 namespace {
 
 using VAR_DATA = TRenderCPU::VAR_DATA;
 
-constexpr int kPlanes = 6;
-
-// Plane p looks at coordinate p / 2; even planes bound it from below by -w, odd ones from above by
-// w.
-bool IsInside(const VAR_DATA& v, int plane) {
-  const vec_t_<double, 4>& at = v.Slots[0];
-  const double u = at[static_cast<std::size_t>(plane / 2)];
-  return (plane & 1) == 0 ? u >= -at.w : u <= at.w;
-}
-
-// Whether all three are inside all planes: without branches, since that is what most are.
+// Whether all three vertices are inside all planes, as most are: without branches.
 bool AreInside(const VAR_DATA* v) {
   int inside = 1;
   for (int i = 0; i < 3; ++i) {
@@ -53,12 +45,12 @@ void TRenderCPU::Mix(VAR_DATA& a, const VAR_DATA& b, double t) {
 }
 
 void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
-  if (plane < 0 || plane > kPlanes) {
+  if (plane < 0 || plane > kClipPlanes) {
     return;
   }
-  for (; plane < kPlanes; ++plane) {
-    const bool inside0 = IsInside(v[0], plane);
-    const bool inside1 = IsInside(v[1], plane);
+  for (; plane < kClipPlanes; ++plane) {
+    const bool inside0 = IsInside(v[0].Slots[0], plane);
+    const bool inside1 = IsInside(v[1].Slots[0], plane);
     if (!inside0 && !inside1) {
       return;
     }
@@ -72,26 +64,26 @@ void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
 }
 
 void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
-  if (plane < 0 || plane > kPlanes) {
+  if (plane < 0 || plane > kClipPlanes) {
     return;
   }
   if (plane == 0 && AreInside(v)) {
-    plane = kPlanes;
+    plane = kClipPlanes;
   }
   // Planes that cut nothing are passed without recursion.
   bool inside[3] = {};
   int insideCount = 3;
-  for (; plane < kPlanes; ++plane) {
+  for (; plane < kClipPlanes; ++plane) {
     insideCount = 0;
     for (int i = 0; i < 3; ++i) {
-      inside[i] = IsInside(v[i], plane);
+      inside[i] = IsInside(v[i].Slots[0], plane);
       insideCount += inside[i] ? 1 : 0;
     }
     if (insideCount != 3) {
       break;
     }
   }
-  if (plane == kPlanes) {
+  if (plane == kClipPlanes) {
     RasterizeTriangle(v);
     return;
   }
@@ -111,8 +103,8 @@ void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
     return;
   }
 
-  // One vertex is cut off: what is left has four corners and goes on as two triangles, each with
-  // its vertices at the indices that they stem from.
+  // One vertex is cut off. The quadrilateral that remains is passed on as two triangles, whose
+  // vertices keep the indices of those they come from.
   const int o = !inside[0] ? 0 : !inside[1] ? 1 : 2;
   const int a = (o + 1) % 3;
   const int b = (o + 2) % 3;

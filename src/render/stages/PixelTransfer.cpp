@@ -130,7 +130,7 @@ bool IsRGBAub(const TDataSurface* surface) {
          surface->Format == DATA_FORMAT_RGBA && surface->PixelStride >= 4;
 }
 
-// One after the other: a caller may hand in the pixels that are drawn into.
+// Pixel by pixel, in order: source and destination may be one surface.
 void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
                 std::ptrdiff_t toStep, std::ptrdiff_t count) {
   const auto apart = static_cast<std::size_t>(
@@ -216,8 +216,8 @@ void TRenderCPU::_ReadPixels_RGBAub_RGBAub(int x, int y, int width, int height, 
       !StepsOf(m_PixelPack, width, &steps)) {
     return;
   }
-  // The steps change places: the surface is walked with the caller's, the caller's memory with the
-  // surface's.
+  // The steps are exchanged, and callers rely on it: the surface is walked by the caller's, the
+  // caller's memory by the surface's.
   const std::ptrdiff_t pixelStride = m_ColorSurface->PixelStride;
   const std::ptrdiff_t rowStride = m_ColorSurface->RowStride;
   const std::ptrdiff_t size = BlockSize(*m_ColorSurface);

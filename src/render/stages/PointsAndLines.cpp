@@ -14,10 +14,12 @@
 
 namespace Zx3D {
 
-// Points and lines look up the colour's address after the shader, which may have changed the
-// target.
-static void WriteRecordColor(const TRenderEngine& engine, int x, int y) {
+// The colour's address is looked up after the shader, which may have bound another surface.
+static void WriteRecordColor(TRenderEngine& engine, int x, int y) {
   const TRenderCPU& gl = engine.gl;
+  if (gl.m_FragmentShader != gl.m_StdFragmentShader) {
+    engine.UpdateTargets();
+  }
   unsigned char* const color = engine.Targets.Color.At(x, y);
   if (color != nullptr) {
     WriteColor(gl, color, gl.m_Fragment.Color);
@@ -58,7 +60,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   }
   TRenderEngine& engine = *m_Engine;
   engine.ResolveFragment();
-  engine.RefreshState();
+  engine.UpdateDerivedState();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
   at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
@@ -108,7 +110,7 @@ void TRenderCPU::RasterizePixel(int x, int y, const EDGE* e, double t) {
     return;
   }
   TRenderEngine& engine = *m_Engine;
-  engine.RefreshTargets();
+  engine.UpdateTargets();
   RunFragment(*this, engine.DepthPixel(x, y), engine.StencilPixel(x, y),
               TLineFragment{engine, *e, x, y, t});
 }
@@ -117,7 +119,7 @@ namespace {
 
 int SignOf(int value) { return (value > 0) - (value < 0); }
 
-// The pixel of a line's end; false where there is none near enough to the surface to be an address.
+// The pixel that a line's end falls on; false if it lies too far away for integer steps.
 bool EndPixel(double x, double y, int* px, int* py) {
   constexpr double kFar = 1 << 30;
   const double cx = x + 0.5;
@@ -138,8 +140,8 @@ bool TRenderEngine::IsLinePixel(int x, int y) const {
          !(x == gl.m_LastPixelX && y == gl.m_LastPixelY);
 }
 
-// The pixel becomes the last one whatever the tests made of it, but after its shader, which may
-// look where the line was before.
+// The pixel becomes the last one drawn even if a test rejects it, but only after its shader has
+// run, which may read the one before.
 void TRenderEngine::DrawLinePixel(int x, int y, double t) {
   gl.RasterizePixel(x, y, &gl.m_Span, t);
   gl.m_LastPixelX = x;
@@ -147,7 +149,7 @@ void TRenderEngine::DrawLinePixel(int x, int y, double t) {
 }
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
-  m_Engine->RefreshState();
+  m_Engine->UpdateDerivedState();
   TSpanJob job;
   m_Engine->DrawLine(v, &job, m_Engine->SetUpDraw(&job.Draw));
 }
@@ -210,8 +212,8 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   }
 }
 
-// The reference walk. The error starts at minus the length, so that the first minor step falls
-// where the sum first reaches 0.
+// The reference walk, Bresenham's: the error starts at -Major, and the minor axis steps when it
+// reaches 0.
 void TRenderEngine::WalkLine(const TLineWalk& walk) {
   const int major = walk.Axis;
   const int minor = 1 - major;

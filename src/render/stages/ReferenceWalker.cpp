@@ -60,7 +60,7 @@ void TRenderEngine::InterpolateFragment(const EDGE& e, double t) {
 // --- The walk
 
 void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
-  m_Engine->RefreshTargets();
+  m_Engine->UpdateTargets();
   if (span->Delta.Slots[0].x == 0.0 || y < 0 || y >= m_Height) {
     return;
   }

@@ -5,6 +5,8 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/SlotTable.h>
 
 namespace Zx3D {
 
@@ -18,25 +20,24 @@ void TStdFragmentShaderCPU::End() {}
 
 bool TStdFragmentShaderCPU::IsCalcDepth() const { return false; }
 
-// The slot table may be that of another state than the present one, or of another shader: a number
-// that is no slot reads as zero.
+// The slot table may have been filled for another state or by another shader: a slot outside the
+// record reads as zero.
 static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
   static constexpr vec_t_<double, 4> kZero = {0, 0, 0, 0};
-  return static_cast<unsigned int>(slot) < 8 ? v.Slots[slot] : kZero;
+  return IsBelow(slot, kSlots) ? v.Slots[slot] : kZero;
 }
 
 //   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
 //   color = clamp(texel)                           with GL_REPLACE
 //   color = clamp(primary + secondary)             without a texture
 //
-// The secondary colour has no alpha, and takes part with lighting only.
+// The secondary colour has no alpha, and takes part with lighting only. In another environment the
+// colour stays as it came.
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
-  const bool front = f->FrontFacing;
-  const vec_t_<double, 4>& primary =
-      Slot(*v, front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor);
-  const vec_t_<double, 4>& secondary =
-      Slot(*v, front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary);
+  const TColorSlots slots = ColorSlotsOf(gl, f->FrontFacing);
+  const vec_t_<double, 4>& primary = Slot(*v, slots.Primary);
+  const vec_t_<double, 4>& secondary = Slot(*v, slots.Secondary);
 
   bool addSecondary = gl.m_Lighting;
   const TRenderCPU::TTexUnit& unit = gl.m_TexUnits[0];

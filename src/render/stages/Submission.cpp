@@ -8,6 +8,7 @@
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -28,21 +29,21 @@ void TRenderCPU::Begin(unsigned int mode) {
   m_LastPixelY = -1;
   if (m_EnabledLightCount > 0) {
     int count = 0;
-    for (int i = 0; i < 8; ++i) {
+    for (int i = 0; i < static_cast<int>(kLights); ++i) {
       if (m_Lights[i].Enabled) {
         m_EnabledLights[count++] = i;
       }
     }
   }
-  m_Engine->RefreshState();
+  m_Engine->UpdateDerivedState();
 
-  static constexpr TRenderEngine::TAssemble s_Assembly[8] = {
+  static constexpr TRenderEngine::TAssemble kAssembly[] = {
       &TRenderEngine::AssemblePoint,       &TRenderEngine::AssembleLine,
       &TRenderEngine::AssembleLineLoop,    &TRenderEngine::AssembleLineStrip,
       &TRenderEngine::AssembleTriangle,    &TRenderEngine::AssembleTriangleStrip,
       &TRenderEngine::AssembleTriangleFan, &TRenderEngine::AssembleQuad,
   };
-  static constexpr TVertexHandler s_Handlers[8] = {
+  static constexpr TVertexHandler kHandlers[] = {
       &TRenderCPU::PointsVertex,      &TRenderCPU::LinesVertex,
       &TRenderCPU::LineLoopVertex,    &TRenderCPU::LineStripVertex,
       &TRenderCPU::TrianglesVertex,   &TRenderCPU::TriangleStripVertex,
@@ -51,11 +52,11 @@ void TRenderCPU::Begin(unsigned int mode) {
   if (mode > GL_QUADS) {
     m_VertexHandler = &TRenderCPU::UnknownVertex;
     _SetError(GL_INVALID_ENUM);
-  } else if (!m_Created || m_VarCount < 1 || m_VarCount > 8) {
+  } else if (!m_Created || m_VarCount < 1 || !IsBelow(m_VarCount - 1, kSlots)) {
     m_VertexHandler = &TRenderCPU::UnknownVertex;
   } else {
-    m_VertexHandler = s_Handlers[mode];
-    m_Engine->Assemble = s_Assembly[mode];
+    m_VertexHandler = kHandlers[mode];
+    m_Engine->Assemble = kAssembly[mode];
   }
   m_InBeginEnd = true;
 }
@@ -186,7 +187,7 @@ void TRenderEngine::AssembleTriangle() {
 }
 
 void TRenderEngine::AssembleTriangleStrip() {
-  static constexpr int m1m3[3] = {2, 0, 1}; // i minus one modulo three
+  static constexpr int kPrevious[3] = {2, 0, 1}; // i - 1 modulo 3
   gl.m_StripIndex = gl.m_StripIndex <= 1 ? gl.m_StripIndex + 1 : 0;
   if (gl.m_VertexIndex > 0) {
     gl.CopyVar(gl.m_VarSaved[gl.m_StripIndex], gl.m_VarCur[gl.m_Pending - 1]);
@@ -197,9 +198,9 @@ void TRenderEngine::AssembleTriangleStrip() {
   if (gl.m_VertexIndex >= 3) {
     // The two vertices before this one are placed so that the strip keeps its winding.
     const int parity = gl.m_VertexIndex & 1;
-    const int previous = m1m3[gl.m_StripIndex];
+    const int previous = kPrevious[gl.m_StripIndex];
     gl.CopyVar(gl.m_VarCur[parity ^ 1], gl.m_VarSaved[previous]);
-    gl.CopyVar(gl.m_VarCur[parity], gl.m_VarSaved[m1m3[previous]]);
+    gl.CopyVar(gl.m_VarCur[parity], gl.m_VarSaved[kPrevious[previous]]);
   }
   gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
   gl.m_Pending = 2;
@@ -233,7 +234,7 @@ void TRenderEngine::AssembleQuad() {
   }
 }
 
-// --- The modes as a vertex meets them
+// --- The routines of the modes: shading, then assembly
 
 void TRenderCPU::UnknownVertex() {}
 

@@ -6,6 +6,7 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/Facing.h>
 
 namespace Zx3D {
 
@@ -52,7 +53,7 @@ void TRenderEngine::ScaleSlots(VAR_DATA* v, double r) {
 
 // --- Set-up
 
-// Whether the face mode culls a piece.
+// Whether culling discards a triangle of this facing.
 bool TRenderEngine::IsCulled(bool front) const {
   if (!gl.m_CullFaceEnabled) {
     return false;
@@ -69,8 +70,8 @@ bool TRenderEngine::IsCulled(bool front) const {
   }
 }
 
-// Divides by w, which becomes 1/w. Whole slots are stored: the next stage loads pairs, which
-// narrower stores could not be forwarded to.
+// Divides by w, which becomes 1/w. Stores a whole slot: the next stage loads pairs of doubles, to
+// which narrower stores could not be forwarded.
 static void DivideByW(vec_t_<double, 4>* at) {
   const double r = 1.0 / at->w;
   *at = {at->x * r, at->y * r, at->z, r};
@@ -83,9 +84,7 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   DivideByW(&p0);
   DivideByW(&p1);
   DivideByW(&p2);
-  const double area =
-      (p0.x * p1.y - p1.x * p0.y) + (p1.x * p2.y - p2.x * p1.y) + (p2.x * p0.y - p0.x * p2.y);
-  const bool front = m_FrontFaceCCW ? area >= 0.0 : area < 0.0;
+  const bool front = FacesFront({p0.x, p1.x, p2.x}, {p0.y, p1.y, p2.y}, m_FrontFaceCCW);
   m_Fragment.FrontFacing = front;
   if (m_Engine->IsCulled(front)) {
     return;
@@ -98,9 +97,7 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p0);
   toWindow(&p1);
   toWindow(&p2);
-  if (m_Engine->RefreshState()) {
-    m_Engine->DrawJob = nullptr; // its targets are no more
-  }
+  m_Engine->UpdateDerivedState();
   if (TSpanJob* const job = m_Engine->DrawJob) {
     job->Primitive = TPrimitive();
     m_Engine->DrawTriangle(v, job, TCondition::None);

@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Limits.h>
+
 namespace Zx3D {
 
 /// Products of a light with the materials of both faces, front first. Lighting starts with these
@@ -15,13 +17,13 @@ struct TLightTerms {
   vec_t_<double, 4> Diffuse[2];
   vec_t_<double, 4> Specular[2];
   bool NoSpecular; ///< of the front: see `HasNoSpecular`
-  bool HalfSet; ///< whether `Half` holds the half vector, which then is the same for all vertices
+  bool HalfSet; ///< whether `Half` is set: for a viewer at infinity it is the same for all vertices
   vec_t_<double, 3> Half;
 };
 
 /// The lighting of a draw in which no state changes.
 struct TLightingTerms {
-  TLightTerms Lights[8]; ///< those that are on
+  TLightTerms Lights[kLights]; ///< those that are on
 };
 
 void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out);

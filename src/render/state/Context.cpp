@@ -1,5 +1,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <memory>
 #include <new>
 
 #include <ZxCore3D/render/FragmentOps.h>
@@ -10,6 +11,7 @@
 
 #include <ZxCore3D/render/arrays/VertexCache.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -45,12 +47,15 @@ TRenderCPU::TRenderCPU()
       m_Projection(g_M4Ed), m_ModelViewProjection(g_M4Ed), m_Fog{GL_EXP, 1, 0, 1, {0, 0, 0, 0}},
       m_ColorMaterialFace(GL_FRONT_AND_BACK), m_ColorMaterialMode(GL_AMBIENT_AND_DIFFUSE),
       m_MaterialFront(s_DefaultMaterial), m_MaterialBack(s_DefaultMaterial), m_DepthCompare(Less1f),
-      m_DepthFunc(GL_LESS), m_Engine(std::make_unique<TRenderEngine>(*this)) {
-  for (int i = 0; i < 8; ++i) {
+      m_DepthFunc(GL_LESS), m_Engine(nullptr) {
+  for (unsigned int i = 0; i < kLights; ++i) {
     m_Lights[i] = DefaultLight(i == 0);
   }
+  // Each is let go if the next one throws.
+  auto engine = std::make_unique<TRenderEngine>(*this);
   auto vertexArray = std::make_unique<TVertexArray>();
   m_Surface = new TZxGLSurface;
+  m_Engine = engine.release();
   m_DefaultVertexArray = vertexArray.release();
   m_VertexArray = m_DefaultVertexArray;
 }
@@ -59,6 +64,7 @@ TRenderCPU::~TRenderCPU() {
   // What can exist in a context that was never created goes the same way.
   TRenderCPU::Destroy();
   m_Surface->Release();
+  delete m_Engine;
 }
 
 // False if memory is exhausted.
@@ -160,7 +166,6 @@ void TRenderCPU::Destroy() {
     m_Engine->ForgetOwnSurfaces();
     delete m_FrameBuffer;
     m_FrameBuffer = nullptr;
-    m_Engine->MeasureTargets();
   }
   delete m_Engine->VertexCache;
   m_Engine->VertexCache = nullptr;

@@ -1,30 +1,30 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
+
 namespace Zx3D {
 
-// Each form stores by itself: a derived context sees one call for one call.
+// Each form stores by itself and calls no other: a class that overrides one sees exactly the calls
+// made to it.
 
 // --- Colour
 
-// In single precision: the byte times the float nearest to 1/255.
-static double ColorOfByte(unsigned char byte) {
-  return static_cast<double>(static_cast<float>(byte) * 0.003921569f);
-}
-
 void TRenderCPU::_Color3ub(unsigned char r, unsigned char g, unsigned char b) {
-  m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), 1.0};
+  m_CurColor = {UnitOfColorByte(r), UnitOfColorByte(g), UnitOfColorByte(b), 1.0};
 }
 
 void TRenderCPU::_Color3ubv(const unsigned char* v) {
-  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), 1.0};
+  m_CurColor = {UnitOfColorByte(v[0]), UnitOfColorByte(v[1]), UnitOfColorByte(v[2]), 1.0};
 }
 
 void TRenderCPU::_Color4ub(unsigned char r, unsigned char g, unsigned char b, unsigned char a) {
-  m_CurColor = {ColorOfByte(r), ColorOfByte(g), ColorOfByte(b), ColorOfByte(a)};
+  m_CurColor = {UnitOfColorByte(r), UnitOfColorByte(g), UnitOfColorByte(b), UnitOfColorByte(a)};
 }
 
 void TRenderCPU::_Color4ubv(const unsigned char* v) {
-  m_CurColor = {ColorOfByte(v[0]), ColorOfByte(v[1]), ColorOfByte(v[2]), ColorOfByte(v[3])};
+  m_CurColor = {UnitOfColorByte(v[0]), UnitOfColorByte(v[1]), UnitOfColorByte(v[2]),
+                UnitOfColorByte(v[3])};
 }
 
 void TRenderCPU::_Color3f(float r, float g, float b) { m_CurColor = {r, g, b, 1.0}; }
@@ -121,7 +121,7 @@ void TRenderCPU::MultiTexCoord3dv(unsigned int, const double* v) {
 // --- Generic attributes
 
 static void SetAttrib(TRenderCPU& gl, int index, const vec_t_<double, 4>& value) {
-  if (static_cast<unsigned int>(index) >= 8) {
+  if (!IsBelow(index, kAttribs)) {
     return;
   }
   gl.m_CurAttrib[index] = value;

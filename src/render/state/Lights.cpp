@@ -9,6 +9,7 @@
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/ErrorCodes.h>
+#include <ZxCore3D/render/common/Limits.h>
 
 namespace Zx3D {
 
@@ -28,11 +29,11 @@ static bool IsCutoff(float degrees) {
 
 // The light of an enum; null, with an error reported, outside GL_LIGHT0 to GL_LIGHT7.
 static TRenderCPU::TLight* LightOf(TRenderCPU& gl, unsigned int light) {
-  if ((light & ~7u) != GL_LIGHT0) {
+  if (light - GL_LIGHT0 >= kLights) {
     gl._SetError(kIndexError);
     return nullptr;
   }
-  return &gl.m_Lights[light & 7];
+  return &gl.m_Lights[light - GL_LIGHT0];
 }
 
 // The values that are one number; `pname` is GL_SPOT_EXPONENT to GL_QUADRATIC_ATTENUATION.
@@ -192,7 +193,7 @@ void TRenderCPU::EnableLight(unsigned long index, bool on) {
     _SetError(GL_INVALID_OPERATION);
     return;
   }
-  if (index >= 8) {
+  if (index >= kLights) {
     _SetError(kIndexError);
     return;
   }
@@ -203,7 +204,7 @@ void TRenderCPU::EnableLight(unsigned long index, bool on) {
 }
 
 bool TRenderCPU::_IsEnableLight(int index) {
-  if (index < 0 || index >= 8) {
+  if (!IsBelow(index, kLights)) {
     _SetError(kIndexError);
     return false;
   }

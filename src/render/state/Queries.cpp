@@ -4,6 +4,8 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+#include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
@@ -20,7 +22,7 @@ template <class... TValues> bool Store(int* out, TValues... values) {
 
 } // namespace
 
-// Names that tell of the renderer as it is, whatever its state.
+// What does not depend on state.
 static bool GetFixedInteger(unsigned int pname, int* out) {
   switch (pname) {
   case GL_DOUBLEBUFFER:
@@ -31,8 +33,10 @@ static bool GetFixedInteger(unsigned int pname, int* out) {
   case GL_RENDER_MODE:
     return Store(out, GL_RENDER);
   case GL_MAX_LIGHTS:
-  case GL_STENCIL_BITS:
+    return Store(out, kLights);
   case GL_MAX_VERTEX_ATTRIBS:
+    return Store(out, kAttribs);
+  case GL_STENCIL_BITS:
     return Store(out, 8);
   case GL_MAX_TEXTURE_SIZE:
     return Store(out, 16384);
@@ -166,7 +170,7 @@ static int GetDoubles(TRenderCPU& gl, unsigned int pname, double* out) {
   }
   case GL_COLOR_CLEAR_VALUE:
     for (int i = 0; i < 4; ++i) {
-      out[i] = gl.m_ClearColor[i] / 255.0;
+      out[i] = UnitOfStoredByte(gl.m_ClearColor[i]);
     }
     return 4;
   default:

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 
-#include <ZxPixelKit/DATASURFACE.h>
+#include <ZxCore3D/render/TRenderCPU.h>
 
 namespace Zx3D {
 
@@ -39,11 +39,19 @@ struct TTarget {
   }
 };
 
-/// What drawing goes to, measured whenever a primitive finds a surface's record changed: an owner
-/// may exchange the pixels of a surface at any time.
+/// What the place of the targets follows from, beside the records of the surfaces.
+struct TTargetSource {
+  const DATASURFACE* Surfaces[3]; ///< colour or draw buffer, depth, stencil
+  int Width;                      ///< of the context
+  int Height;
+  bool DrawBuffer;               ///< whether the first is one
+  TRenderCPU::TPixelWrite Write; ///< its writer
+};
+
+/// What drawing goes to, as `UpdateTargets` measured it.
 struct TTargets {
-  const DATASURFACE* Surfaces[3]; ///< colour, depth, stencil
-  DATASURFACE Records[3];         ///< as they were measured
+  TTargetSource Source;
+  DATASURFACE Records[3]; ///< of the surfaces, when they were measured
   TTarget Color;
   TTarget Depth;
   TTarget Stencil;

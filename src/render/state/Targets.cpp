@@ -1,9 +1,5 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
-#include <iterator>
 #include <new>
 #include <string>
 
@@ -13,9 +9,9 @@
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
-#include <ZxCore3D/render/common/SurfaceBlock.h>
 
 namespace Zx3D {
 
@@ -56,7 +52,6 @@ void TRenderEngine::AdoptSurfaces() {
   gl.m_StencilSurface = gl.m_FrameBuffer->Stencil;
   gl.m_Width = gl.m_FrameBuffer->Width;
   gl.m_Height = gl.m_FrameBuffer->Height;
-  MeasureTargets();
 }
 
 // The surfaces of the frame buffer are about to go: nothing may draw into them or sample them.
@@ -83,120 +78,6 @@ void TRenderEngine::ForgetTarget(const TDataSurface* surface) {
 
 // --- Where drawing goes
 
-namespace {
-
-// Whether two records are the same, byte by byte.
-bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
-  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
-  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
-  std::uint64_t differing = 0;
-  for (const std::size_t place : kPlaces) {
-    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
-    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
-    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
-    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
-  }
-  return differing == 0;
-}
-
-// Whether all pixels are addresses of 32-bit words.
-bool IsAligned(const DATASURFACE& surface) {
-  return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
-}
-
-// Bytes that a draw buffer's writer touches: its surface may have been exchanged since it was
-// chosen.
-std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite write) {
-  const std::ptrdiff_t pixel =
-      surface.Channels * static_cast<std::ptrdiff_t>(GetTypeSize(surface.Type));
-  const std::ptrdiff_t written = write == &SetValue4d   ? 32
-                                 : write == &SetValue4f ? 16
-                                 : write == &SetValue1d ? 8
-                                                        : 4;
-  return std::max(pixel, written);
-}
-
-} // namespace
-
-// Measures the targets if one of their surfaces is another one, or not what it was. True if so.
-bool TRenderEngine::RefreshTargets() {
-  const DATASURFACE* const surfaces[3] = {gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer
-                                                                     : gl.m_ColorSurface,
-                                          gl.m_DepthSurface, gl.m_StencilSurface};
-  for (int i = 0; i < 3; ++i) {
-    if (surfaces[i] != Targets.Surfaces[i] ||
-        (surfaces[i] != nullptr && !IsSameRecord(*surfaces[i], Targets.Records[i]))) {
-      MeasureTargets();
-      return true;
-    }
-  }
-  return false;
-}
-
-// What each primitive looks at anew, as others may have changed it: targets and shared textures.
-// True if there was a change.
-bool TRenderEngine::RefreshState() {
-  const bool targets = RefreshTargets();
-  return RefreshTextures() || targets;
-}
-
-void TRenderEngine::MeasureTargets() {
-  TTargets& t = Targets;
-  t = {};
-  const DATASURFACE* const surfaces[3] = {gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer
-                                                                     : gl.m_ColorSurface,
-                                          gl.m_DepthSurface, gl.m_StencilSurface};
-  const auto measure = [this, &t, &surfaces](int i, std::ptrdiff_t size, std::ptrdiff_t step,
-                                             std::ptrdiff_t stride) -> TTarget {
-    const DATASURFACE* const surface = surfaces[i];
-    t.Surfaces[i] = surface;
-    if (surface == nullptr) {
-      return {};
-    }
-    std::memcpy(&t.Records[i], surface, sizeof *surface); // with the bytes between its fields
-    if (surface->Data == nullptr) {
-      return {};
-    }
-    return {surface->Data,
-            stride,
-            surface->RowStride,
-            step,
-            size,
-            BlockSize(*surface),
-            surface->Width >= gl.m_Width && surface->Height >= gl.m_Height &&
-                surface->PixelStride >= size};
-  };
-  const std::ptrdiff_t stride = surfaces[0] != nullptr ? surfaces[0]->PixelStride : 0;
-  if (gl.m_DrawBuffer != nullptr) {
-    t.Color = measure(0, WriteSizeOf(*gl.m_DrawBuffer, gl.m_PixelWrite), stride, stride);
-  } else {
-    t.Color = measure(0, 4, 4, stride);
-  }
-  t.Depth = measure(1, sizeof(float), sizeof(float), sizeof(float));
-  t.Stencil = measure(2, 1, 1, 1);
-  if (t.Color.Fits && t.Depth.Fits && t.Stencil.Fits && IsAligned(t.Records[0]) &&
-      IsAligned(t.Records[1])) {
-    const TBlock color = BlockOf(t.Records[0]);
-    const TBlock depth = BlockOf(t.Records[1]);
-    const TBlock stencil = BlockOf(t.Records[2]);
-    t.Kernels = !color.Overlaps(depth) && !color.Overlaps(stencil) && !depth.Overlaps(stencil);
-  }
-}
-
-// Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
-// its end.
-bool TRenderEngine::TextureIsTarget() const {
-  const DATASURFACE* const texture = gl.m_TexUnits[0].Sampler.m_Surface;
-  if (!gl.m_TexUnits[0].TexEnabled || texture == nullptr) {
-    return false;
-  }
-  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
-  const TBlock texels = BlockOf(*texture, slack);
-  return std::any_of(
-      std::begin(Targets.Records), std::end(Targets.Records),
-      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
-}
-
 void TRenderCPU::BindColorSurface(TDataSurface* surface) {
   if (surface == nullptr) {
     m_ColorSurface = m_FrameBuffer != nullptr ? m_FrameBuffer->Color : nullptr;
@@ -206,7 +87,6 @@ void TRenderCPU::BindColorSurface(TDataSurface* surface) {
     }
     m_ColorSurface = surface;
   }
-  m_Engine->MeasureTargets();
 }
 
 static TRenderCPU::TPixelWrite PixelWriterOf(const DATASURFACE& surface) {
@@ -228,7 +108,6 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   if (surface == nullptr) {
     m_DrawBuffer = nullptr;
     m_PixelWrite = nullptr;
-    m_Engine->MeasureTargets();
     return;
   }
   if (surface->Width != m_Width || surface->Height != m_Height) {
@@ -240,7 +119,6 @@ void TRenderCPU::SetDrawBuffer(DATASURFACE* surface) {
   }
   m_DrawBuffer = surface;
   m_PixelWrite = write;
-  m_Engine->MeasureTargets();
 }
 
 TDataSurface* TRenderCPU::GetColorSurface() { return m_ColorSurface; }
@@ -320,7 +198,7 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
     return;
   }
   if (color && m_ColorSurface != nullptr && m_ColorMask != 0) {
-    if (m_ColorMask != 15) {
+    if (m_ColorMask != kAllChannels) {
       if (m_ColorSurface->Data != nullptr) {
         ClearChannels(*m_ColorSurface, m_ColorMask, m_ClearColor);
       }

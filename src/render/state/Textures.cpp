@@ -11,6 +11,7 @@
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
 
@@ -19,8 +20,7 @@ namespace Zx3D {
 // --- Units
 
 TRenderCPU::TTexUnit* ActiveTexUnit(TRenderCPU& gl) {
-  return static_cast<unsigned int>(gl.m_ActiveTexture) < 8 ? &gl.m_TexUnits[gl.m_ActiveTexture]
-                                                           : nullptr;
+  return IsBelow(gl.m_ActiveTexture, kTexUnits) ? &gl.m_TexUnits[gl.m_ActiveTexture] : nullptr;
 }
 
 void TRenderCPU::ActiveTexture(unsigned int texture) {
@@ -28,7 +28,7 @@ void TRenderCPU::ActiveTexture(unsigned int texture) {
 }
 
 void TRenderCPU::_EnableTexture2D(int unit, bool on) {
-  if (static_cast<unsigned int>(unit) < 8) {
+  if (IsBelow(unit, kTexUnits)) {
     m_TexUnits[unit].TexEnabled = on;
   }
 }
@@ -59,40 +59,7 @@ void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
 
 // --- What is bound, and by whom
 
-/// A texture from the side of those who have it bound. Its pixels go when it is deleted; the
-/// surface itself, empty, stays until the last unit has let go of it, so that no sampler points to
-/// freed memory and no other surface has its address meanwhile.
-struct TRenderCPU::TTextureHold {
-  enum TFate : std::uint8_t { kAlive, kDeleted, kDetached };
-
-  std::atomic<std::uint32_t> Count{1}; ///< its name, and each unit that has it bound
-  std::atomic<std::uint8_t> Fate{kAlive};
-  /// Null until the name is filled: an entry that was filled by hand is met when it is bound.
-  std::atomic<TDataSurface*> Surface{nullptr};
-
-  /// Whether the hold is that of `surface`.
-  bool Takes(TDataSurface* surface) {
-    TDataSurface* held = nullptr;
-    return Surface.compare_exchange_strong(held, surface, std::memory_order_acq_rel) ||
-           held == surface;
-  }
-  void Acquire() { Count.fetch_add(1, std::memory_order_relaxed); }
-  void Release() {
-    if (Count.fetch_sub(1, std::memory_order_acq_rel) == 1) {
-      if (Fate.load(std::memory_order_relaxed) == kDeleted) {
-        delete Surface.load(std::memory_order_relaxed);
-      }
-      delete this;
-    }
-  }
-  /// Lets go of the name.
-  void Retire(TFate fate) {
-    Fate.store(fate, std::memory_order_release);
-    Release();
-  }
-};
-
-void TRenderEngine::DropBinding(int unit) {
+void TRenderEngine::DropBinding(unsigned int unit) {
   TTextureBinding& binding = TextureBindings[unit];
   if (binding.Hold != nullptr) {
     binding.Hold->Release();
@@ -102,7 +69,7 @@ void TRenderEngine::DropBinding(int unit) {
 
 // A surface changed under the samplers that hold it: they choose anew.
 void TRenderEngine::UpdateSamplersOf(const TDataSurface* surface) {
-  for (int i = 0; i < 8; ++i) {
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
     TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
     if (sampler.m_Surface == surface && surface != nullptr) {
       sampler.SetSurface(sampler.m_Surface);
@@ -112,46 +79,12 @@ void TRenderEngine::UpdateSamplersOf(const TDataSurface* surface) {
 }
 
 void TRenderEngine::UnbindTexture(const TDataSurface* surface) {
-  for (int i = 0; i < 8; ++i) {
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
     if (surface != nullptr && gl.m_TexUnits[i].Sampler.m_Surface == surface) {
       gl.m_TexUnits[i].Sampler.SetSurface(nullptr);
       DropBinding(i);
     }
   }
-}
-
-// Looks after what other contexts of the table did to the textures that are bound here. Samplers
-// are touched only where the texture is gone or has another shape, so that a surface or a function
-// that a caller installed stays. True if anything in the table changed.
-bool TRenderEngine::RefreshTextures() {
-  if (gl.m_Textures == nullptr) {
-    return false;
-  }
-  const std::uint64_t changes = gl.m_Textures->Changes.load(std::memory_order_acquire);
-  if (changes == TextureChanges) {
-    return false;
-  }
-  TextureChanges = changes;
-  for (int i = 0; i < 8; ++i) {
-    TTextureBinding& binding = TextureBindings[i];
-    if (binding.Hold == nullptr) {
-      continue;
-    }
-    TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
-    TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
-    const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
-    const bool bound = sampler.m_Surface == surface;
-    if (fate != TTextureHold::kAlive) {
-      if (bound && fate == TTextureHold::kDeleted) {
-        sampler.SetSurface(nullptr);
-      }
-      DropBinding(i);
-    } else if (bound && !binding.Describes(*surface)) {
-      sampler.SetSurface(surface);
-      binding.Note(*surface);
-    }
-  }
-  return true;
 }
 
 // --- The table
@@ -279,7 +212,7 @@ void TRenderCPU::_ClearTextures() {
     return;
   }
   // From here on the table belongs to others, if there are any, and may not even be read.
-  for (int i = 0; i < 8; ++i) {
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
     const TTextureHold* const hold = m_Engine->TextureBindings[i].Hold;
     if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
         hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
@@ -325,7 +258,7 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
     hold->Acquire();
   }
   unit->Sampler.SetSurface(*entry);
-  m_Engine->DropBinding(m_ActiveTexture);
+  m_Engine->DropBinding(static_cast<unsigned int>(m_ActiveTexture));
   TTextureBinding& binding = m_Engine->TextureBindings[m_ActiveTexture];
   binding.Hold = hold;
   if (hold != nullptr) {
@@ -336,7 +269,7 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
 // The surface bound to the active unit, as what it is; null if there is none, or another context
 // has deleted it.
 TDataSurface* TRenderEngine::BoundTexture() {
-  RefreshTextures();
+  UpdateTextures();
   TTexUnit* const unit = ActiveTexUnit(gl);
   return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
 }

@@ -2,9 +2,11 @@
 
 #include <cstring>
 
+#include <ZxCore3D/render/common/Limits.h>
+
 namespace Zx3D {
 
-static constexpr int kCells = 32;
+static constexpr int kCells = kUniformCells;
 static constexpr int kDoubles = 4 * kCells;
 
 // What would run past the last cell stores nothing at all.

@@ -1,0 +1,241 @@
+#include <ZxCore3D/render/arrays/ArrayDraw.h>
+
+#include <algorithm>
+#include <cstring>
+#include <typeinfo>
+
+#include <ZxCore3D/render/GLEnums.h>
+
+#include <ZxCore3D/render/arrays/VertexCache.h>
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/QuietFloats.h>
+#include <ZxCore3D/render/common/SlotTable.h>
+#include <ZxCore3D/render/common/TypeSizes.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/state/CurrentObjects.h>
+
+namespace Zx3D {
+
+// --- Arrays that are drawn from
+
+// Whether a fetching function is one of the table and not a caller's own.
+static bool IsOwnFetch(TRenderCPU::TAttrGetVal getValue) {
+  const auto& own = TRenderCPU::s_AttrGetVals;
+  return std::find(own.begin(), own.end(), getValue) != own.end();
+}
+
+// Without data only a caller's own function has something to fetch.
+static bool HasElements(const TRenderCPU::TVertexAttribPointer& p) {
+  return p.Data != nullptr || (p.GetValue != nullptr && !IsOwnFetch(p.GetValue));
+}
+
+unsigned long TRenderCPU::_PrepareAttrValues(TAttrValue* out, unsigned long max) {
+  unsigned long count = 0;
+  const auto add = [out, max, &count](const TVertexAttribPointer& p, vec_t_<double, 4>* value) {
+    if (p.Enabled && HasElements(p) && count < max) {
+      out[count++] = {&p, value};
+    }
+  };
+  add(m_VertexPointer, &m_CurAttrib[0]);
+  add(m_NormalPointer, &m_CurNormal);
+  add(m_ColorPointer, &m_CurColor);
+  add(m_TexCoordPointer, &m_CurTexCoord);
+  for (std::size_t i = 0; i < kAttribs && m_VertexArray != nullptr; ++i) {
+    add(m_VertexArray->Attribs[i], &m_CurAttrib[i]);
+  }
+  return count;
+}
+
+// --- Replay
+
+namespace {
+
+constexpr unsigned long kMaxAttrValues = 4 + kAttribs; // the classic arrays and the generic ones
+
+bool IsIndexType(unsigned int type) {
+  return type == GL_UNSIGNED_BYTE || type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT;
+}
+
+template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long i) {
+  TIndex index;
+  std::memcpy(&index, base + static_cast<std::ptrdiff_t>(i) * static_cast<long>(sizeof index),
+              sizeof index);
+  return index;
+}
+
+} // namespace
+
+// Whether skipping the virtual calls is unobservable: the context's own class, and the standard
+// vertex shader, which then writes nothing but its record.
+bool TRenderEngine::MayReplayDirectly() const {
+  return GetSpanKernels() != nullptr && typeid(gl) == typeid(TRenderCPU) &&
+         gl.m_VertexShader == gl.m_StdVertexShader && gl.m_VertexShader != nullptr &&
+         gl.m_FragmentShader == gl.m_StdFragmentShader && !gl.m_ColorMaterial &&
+         gl.m_VertexHandler != &TRenderCPU::UnknownVertex;
+}
+
+template <class TElementOf>
+void TRenderEngine::ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
+                                   TElementOf elementOf) {
+  TVertexCache& cache = *VertexCache;
+  const std::uint64_t number = NextDraw();
+  const std::size_t written =
+      static_cast<std::size_t>(WrittenSlots(gl)) * sizeof(vec_t_<double, 4>);
+  bool fetched = true;
+  for (int i = done; i < count; ++i) {
+    const unsigned long element = elementOf(i);
+    VAR_DATA& vertex = gl.m_VarCur[gl.m_Pending];
+    const std::size_t place = element % TVertexCache::kSize;
+    const std::uint64_t tag = number | static_cast<std::uint32_t>(element);
+    fetched = !indexed || cache.Tags[place] != tag;
+    if (!fetched) {
+      std::memcpy(vertex.Slots, cache.Vertices[place].Slots, written);
+    } else {
+      draw.Fetch(&gl, element);
+      ShadeVertex(&gl, &vertex, draw.Lighting);
+      if (indexed) {
+        std::memcpy(cache.Vertices[place].Slots, vertex.Slots, written);
+        cache.Tags[place] = tag;
+      }
+    }
+    ++gl.m_VertexIndex;
+    ++gl.m_Pending;
+    (this->*Assemble)();
+  }
+  if (!fetched) {
+    draw.Fetch(&gl, elementOf(count - 1)); // the current values are those of the last element
+  }
+}
+
+// Replays all triangles of an indexed draw but the last, which takes the reference path so that
+// current values and scratch records end up as it leaves them. Returns the number of vertices
+// consumed.
+template <class TElementOf>
+int TRenderEngine::ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
+  const bool late = gl.m_Lighting && (culling.Front || culling.Back);
+  const TIndexedDraw draw = {arrays, NextDraw(), late ? arrays.Positions(gl) : nullptr,
+                             WrittenSlots(gl), culling};
+  constexpr int kMost = 96;
+  std::uint32_t elements[kMost];
+  const int whole = 3 * (count / 3 - 1);
+  int done = 0;
+  while (done < whole) {
+    const int next = std::min(whole - done, kMost);
+    for (int i = 0; i < next; ++i) {
+      elements[i] = static_cast<std::uint32_t>(elementOf(done + i));
+    }
+    ReplayIndexed(draw, elements, next / 3);
+    done += next;
+  }
+  gl.m_VertexIndex += done;
+  return done;
+}
+
+// Replays elements through the virtual operations; `elementOf` tells the element of the i-th
+// vertex.
+template <class TElementOf>
+void TRenderEngine::Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf) {
+  TAttrValue values[kMaxAttrValues];
+  const unsigned long valueCount = gl._PrepareAttrValues(values, kMaxAttrValues);
+  if (valueCount == 0) {
+    return;
+  }
+  gl.Begin(mode);
+  // What a caller's own function does is not known: it is called for each vertex, and may change
+  // any state.
+  const bool ownFetches = std::all_of(values, values + valueCount, [](const TAttrValue& value) {
+    return IsOwnFetch(value.Pointer->GetValue);
+  });
+  if (ownFetches && MayReplayDirectly()) {
+    const TQuietFloats quiet(TQuietFloats::TScope::Draw);
+    TSpanJob job;
+    // A function that a caller installed may throw: the job must not outlive this call.
+    const struct TJobScope {
+      TSpanJob** Job;
+      ~TJobScope() { *Job = nullptr; }
+    } scope = {&DrawJob};
+    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
+    TLightingTerms lighting;
+    SetUpLighting(gl, &lighting);
+    const TArrayDraw draw = {values, valueCount, &lighting};
+    const int done = !indexed               ? ReplayBatches(draw, elementOf(0), count)
+                     : mode == GL_TRIANGLES ? ReplayTriangles(draw, count, elementOf)
+                                            : 0;
+    ReplayDirectly(draw, count, done, indexed, elementOf);
+  } else {
+    for (int i = 0; i < count; ++i) {
+      const unsigned long element = elementOf(i);
+      for (unsigned long k = 0; k < valueCount; ++k) {
+        values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
+      }
+      gl.Vertex4dv(&gl.m_CurAttrib[0].x);
+    }
+  }
+  gl.End();
+}
+
+void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
+  if (count < 1) {
+    return;
+  }
+  m_Engine->Replay(mode, count, false, [first](int i) {
+    return static_cast<unsigned long>(static_cast<long>(first) + i);
+  });
+}
+
+void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
+                              const void* indices) {
+  if (count < 1) {
+    return;
+  }
+  if (!IsIndexType(type) || (m_BufferBindings[1] == 0 && indices == nullptr)) {
+    _SetError(GL_INVALID_VALUE);
+    return;
+  }
+  const std::size_t size = SizeOfType(type);
+  const auto* base = static_cast<const unsigned char*>(indices);
+  if (m_BufferBindings[1] != 0) {
+    // A buffer that doesn't hold the indices is passed over, as arrays without data are.
+    const TBuffer* const buffer = BufferNamed(*this, m_BufferBindings[1]);
+    const auto offset = reinterpret_cast<std::uintptr_t>(indices);
+    if (buffer == nullptr || offset > buffer->Data.size() ||
+        (buffer->Data.size() - offset) / size < static_cast<std::size_t>(count)) {
+      return;
+    }
+    base = buffer->Data.data() + offset;
+  }
+  switch (type) {
+  case GL_UNSIGNED_BYTE:
+    m_Engine->Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
+    break;
+  case GL_UNSIGNED_SHORT:
+    m_Engine->Replay(mode, count, true,
+                     [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
+    break;
+  default:
+    m_Engine->Replay(mode, count, true,
+                     [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
+    break;
+  }
+}
+
+// --- Outlines
+
+void TRenderCPU::Polygon(const std::vector<vec_t_<double, 2>>& points,
+                         const vec_t_<double, 3>& color, double, const vec_t_<double, 3>&, double) {
+  TZxGL::Color(color);
+  VertexPointer(2, GL_DOUBLE, 16, points.data());
+  DrawArrays(GL_LINE_LOOP, 0, static_cast<int>(points.size()));
+}
+
+void TRenderCPU::Domain(const std::vector<std::vector<vec_t_<double, 2>>>& contours,
+                        const vec_t_<double, 3>& color, double width, const vec_t_<double, 3>& fill,
+                        double fillWidth) {
+  for (const std::vector<vec_t_<double, 2>>& contour : contours) {
+    Polygon(contour, color, width, fill, fillWidth);
+  }
+}
+
+} // namespace Zx3D

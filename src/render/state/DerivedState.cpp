@@ -1,0 +1,191 @@
+// What drawing reads that follows from state: where the pixels of the targets lie, and which
+// textures are bound. Others may change both at any time: an owner may exchange the pixels of a
+// surface, a context may change or delete a texture that another one has bound. So nothing is
+// pushed here when state is set; everything is compared here, before anything is drawn.
+
+#include <ZxCore3D/render/common/Engine.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <iterator>
+
+#include <ZxPixelKit/Surface.h>
+
+#include <ZxCore3D/render/FragmentOps.h>
+
+#include <ZxCore3D/render/common/Channels.h>
+#include <ZxCore3D/render/common/SurfaceBlock.h>
+
+namespace Zx3D {
+
+// --- Targets
+
+namespace {
+
+// Whether two records are the same, byte by byte.
+bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
+  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
+  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
+  std::uint64_t differing = 0;
+  for (const std::size_t place : kPlaces) {
+    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
+    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
+    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
+    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
+  }
+  return differing == 0;
+}
+
+// Whether all pixels are addresses of 32-bit words.
+bool IsAligned(const DATASURFACE& surface) {
+  return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
+}
+
+// Bytes that a draw buffer's writer touches: its surface may have been exchanged since it was
+// chosen.
+std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite write) {
+  const std::ptrdiff_t pixel =
+      surface.Channels * static_cast<std::ptrdiff_t>(GetTypeSize(surface.Type));
+  const std::ptrdiff_t written = write == &SetValue4d   ? 32
+                                 : write == &SetValue4f ? 16
+                                 : write == &SetValue1d ? 8
+                                                        : 4;
+  return std::max(pixel, written);
+}
+
+// The targets of the state as it is. A draw buffer stands in the place of the colour surface.
+TTargetSource SourceOf(const TRenderCPU& gl) {
+  return {{gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer : gl.m_ColorSurface, gl.m_DepthSurface,
+           gl.m_StencilSurface},
+          gl.m_Width,
+          gl.m_Height,
+          gl.m_DrawBuffer != nullptr,
+          gl.m_PixelWrite};
+}
+
+bool IsSame(const TTargetSource& source, const TTargets& targets) {
+  const TTargetSource& measured = targets.Source;
+  for (std::size_t i = 0; i < std::size(source.Surfaces); ++i) {
+    const DATASURFACE* const surface = source.Surfaces[i];
+    if (surface != measured.Surfaces[i] ||
+        (surface != nullptr && !IsSameRecord(*surface, targets.Records[i]))) {
+      return false;
+    }
+  }
+  return source.Width == measured.Width && source.Height == measured.Height &&
+         source.DrawBuffer == measured.DrawBuffer && source.Write == measured.Write;
+}
+
+// A target whose pixels are `stride` bytes apart, as drawing takes them, and `step` within a span.
+TTarget MeasureTarget(const TTargetSource& source, const DATASURFACE& record, std::ptrdiff_t size,
+                      std::ptrdiff_t step, std::ptrdiff_t stride) {
+  if (record.Data == nullptr) {
+    return {};
+  }
+  return {record.Data,
+          stride,
+          record.RowStride,
+          step,
+          size,
+          BlockSize(record),
+          record.Width >= source.Width && record.Height >= source.Height &&
+              record.PixelStride >= size};
+}
+
+TTargets Measure(const TTargetSource& source) {
+  TTargets t = {};
+  t.Source = source;
+  for (std::size_t i = 0; i < std::size(source.Surfaces); ++i) {
+    if (source.Surfaces[i] != nullptr) { // with the bytes between its fields
+      std::memcpy(&t.Records[i], source.Surfaces[i], sizeof t.Records[i]);
+    }
+  }
+  const DATASURFACE& color = t.Records[0];
+  const std::ptrdiff_t stride = color.PixelStride;
+  t.Color = source.DrawBuffer
+                ? MeasureTarget(source, color, WriteSizeOf(color, source.Write), stride, stride)
+                : MeasureTarget(source, color, kPixelBytes, kPixelBytes, stride);
+  t.Depth = MeasureTarget(source, t.Records[1], sizeof(float), sizeof(float), sizeof(float));
+  t.Stencil = MeasureTarget(source, t.Records[2], 1, 1, 1);
+  if (t.Color.Fits && t.Depth.Fits && t.Stencil.Fits && IsAligned(t.Records[0]) &&
+      IsAligned(t.Records[1])) {
+    const TBlock blocks[] = {BlockOf(t.Records[0]), BlockOf(t.Records[1]), BlockOf(t.Records[2])};
+    t.Kernels = !blocks[0].Overlaps(blocks[1]) && !blocks[0].Overlaps(blocks[2]) &&
+                !blocks[1].Overlaps(blocks[2]);
+  }
+  return t;
+}
+
+} // namespace
+
+bool TRenderEngine::UpdateTargets() {
+  const TTargetSource source = SourceOf(gl);
+  if (IsSame(source, Targets)) {
+    return false;
+  }
+  Targets = Measure(source);
+  DrawJob = nullptr; // it holds addresses of the old ones
+  return true;
+}
+
+// Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
+// its end.
+bool TRenderEngine::TextureIsTarget() const {
+  const DATASURFACE* const texture = gl.m_TexUnits[0].Sampler.m_Surface;
+  if (!gl.m_TexUnits[0].TexEnabled || texture == nullptr) {
+    return false;
+  }
+  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
+  const TBlock texels = BlockOf(*texture, slack);
+  return std::any_of(
+      std::begin(Targets.Records), std::end(Targets.Records),
+      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
+}
+
+// --- Textures
+
+// Applies to the samplers what other contexts of the table did to the textures that are bound here.
+// Only a sampler whose texture is gone or has another shape is touched, so that a surface or a
+// function that a caller installed stays. True if anything in the table changed.
+bool TRenderEngine::UpdateTextures() {
+  if (gl.m_Textures == nullptr) {
+    return false;
+  }
+  const std::uint64_t changes = gl.m_Textures->Changes.load(std::memory_order_acquire);
+  if (changes == TextureChanges) {
+    return false;
+  }
+  TextureChanges = changes;
+  DrawJob = nullptr; // it may hold texels that are gone
+  for (unsigned int i = 0; i < kTexUnits; ++i) {
+    TTextureBinding& binding = TextureBindings[i];
+    if (binding.Hold == nullptr) {
+      continue;
+    }
+    TTexSampler& sampler = gl.m_TexUnits[i].Sampler;
+    TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
+    const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
+    const bool bound = sampler.m_Surface == surface;
+    if (fate != TTextureHold::kAlive) {
+      if (bound && fate == TTextureHold::kDeleted) {
+        sampler.SetSurface(nullptr);
+      }
+      DropBinding(i);
+    } else if (bound && !binding.Describes(*surface)) {
+      sampler.SetSurface(surface);
+      binding.Note(*surface);
+    }
+  }
+  return true;
+}
+
+// --- Both
+
+bool TRenderEngine::UpdateDerivedState() {
+  const bool targets = UpdateTargets();
+  return UpdateTextures() || targets;
+}
+
+} // namespace Zx3D
