@@ -13,6 +13,9 @@
 #   make python         build the Python module, install it into a virtual environment, test it
 #   make package        make Debian packages; make test-package tries them in bare roots
 #   make farm           draw on a Dask scheduler and workers, one of which is killed on the way
+#   make coverage       which lines and branches the tests run, as pages in build/coverage/html
+#   make mutants        change lines by chance and see whether the tests notice; MUTANTS says how many
+#   make test-compilers build with every clang that this Debian has, and with Qt 6
 #   make test-all       everything: check, test, test-arm64, docs, python, farm, test-package; hours
 
 JOBS ?= $(shell nproc)
@@ -132,6 +135,24 @@ farm: python
 	cmake --preset release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
 	cmake --build --preset release -j $(JOBS) --target zxrender
 	ZX_RENDER=$(CURDIR)/build/release/bin/zxrender build/venv/bin/python -m pytest -q -p no:cacheprovider python/tests_farm
+
+.PHONY: coverage mutants test-compilers
+coverage:
+	@scripts/announce.sh "build test demo coverage" "build for measuring in build/coverage, run the tests" \
+	  "write build/coverage/html/index.html"
+	scripts/install-packages.sh build test demo coverage
+	JOBS=$(JOBS) scripts/coverage.sh
+
+MUTANTS ?= 50
+MUTANTS_SEED ?= 1
+mutants:
+	scripts/install-packages.sh build test
+	scripts/mutate.py -j $(JOBS) --count $(MUTANTS) --seed $(MUTANTS_SEED) \
+	  $$(git ls-files 'src/*.cpp' 'src/*-inl.h' 'siblings/*/src/*.cpp')
+
+test-compilers:
+	@scripts/announce.sh "build test clangs qt6" "build in build/compilers with each compiler and compare what they compute"
+	JOBS=$(JOBS) scripts/test-compilers.sh
 
 # What `make test` leaves out because it takes long, or changes the system more than a test should.
 .PHONY: test-all

@@ -4,7 +4,7 @@
 # stands for the first of its alternatives (one|other) that is installed or that apt knows. A name that ends in
 # "?" is left out, and said to be, where the suite does not have it.
 #
-#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 arm64 python package farm abi
+#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 clangs arm64 python package farm coverage abi
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -39,6 +39,9 @@ for group in "$@"; do
     docs) packages="$packages doxygen" ;;
     abi) packages="$packages abigail-tools" ;;
     qt6) packages="$packages qt6-base-dev" ;;
+    clangs)
+      for version in 13 14 15 16 17 18 19; do packages="$packages clang-$version?"; done
+      ;;
     fuzz) packages="$packages clang libclang-rt-14-dev|libclang-rt-19-dev" ;;
     python)
       packages="$packages python3-dev python3-venv python3-pip python3-setuptools python3-wheel pybind11-dev"
@@ -47,9 +50,10 @@ for group in "$@"; do
     package)
       packages="$packages build-essential debhelper dh-python dpkg-dev lintian pybind11-dev python3-dev"
       ;;
+    coverage) packages="$packages gcovr" ;;
     farm) packages="$packages python3-distributed python3-numpy python3-pytest" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, arm64, python, package, farm, abi)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, clangs, arm64, python, package, farm, coverage, abi)" >&2
       exit 2
       ;;
   esac

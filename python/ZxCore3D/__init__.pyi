@@ -1278,6 +1278,11 @@ class TSaveImageHint:
         """PNG compression effort, 0 (none) to 9 (smallest); -1 leaves it to the library."""
     @Compression.setter
     def Compression(self, value: Any) -> None: ...
+    @property
+    def Quality(self) -> int:
+        """JPEG quality, 1 (smallest) to 100 (nearly exact); any other number stands for 95."""
+    @Quality.setter
+    def Quality(self, value: Any) -> None: ...
     def __init__(self) -> None:
         ...
 
@@ -1575,11 +1580,11 @@ def LoadAttribute(reader: TObjectReader) -> Any:
     """Reads an attribute as a pair of name and `TVariant`; None when that fails."""
 
 @overload
-def LoadImage(name: Union[str, os.PathLike[str]]) -> TDataSurface:
-    """Loads an image file (PNG, JPEG, BMP, TGA, binary PGM and PPM, Radiance HDR, told by its contents), or what a stream holds from its position on, row 0 being the bottom row. None when it can't be read or is no sound image."""
+def LoadImage(name: Union[str, os.PathLike[str]], RaiseErrors: bool = ...) -> TDataSurface:
+    """Loads an image file (PNG, JPEG, BMP, TGA, PBM, PGM, PPM, Radiance HDR, told by its contents), or what a stream holds from its position on, row 0 being the bottom row. None when it can't be read or is no sound image; with `RaiseErrors` a `TZxMessage` says why instead."""
 @overload
-def LoadImage(stream: TStream) -> TDataSurface:
-    """Loads an image file (PNG, JPEG, BMP, TGA, binary PGM and PPM, Radiance HDR, told by its contents), or what a stream holds from its position on, row 0 being the bottom row. None when it can't be read or is no sound image."""
+def LoadImage(stream: TStream, RaiseErrors: bool = ...) -> TDataSurface:
+    """Loads an image file (PNG, JPEG, BMP, TGA, PBM, PGM, PPM, Radiance HDR, told by its contents), or what a stream holds from its position on, row 0 being the bottom row. None when it can't be read or is no sound image; with `RaiseErrors` a `TZxMessage` says why instead."""
 
 def LoadVariant(reader: TObjectReader) -> Any:
     """Reads a variant; None when that fails."""
@@ -1600,11 +1605,11 @@ def SaveAttribute(writer: TObjectWriter, name: str, value: TVariant) -> bool:
     """Writes an attribute: the name (`~0` measures) as a narrow string, then the variant. A reader takes names of up to 31 bytes."""
 
 @overload
-def SaveImage(name: Union[str, os.PathLike[str]], hint: TSaveImageHint, surface: Any) -> bool:
-    """Saves pixels of 1 to 4 components of uint8 or uint16 as PNG, row 0 as the bottom row of the picture: a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, columns, channels). False when they can't be stored so or the file can't be written."""
+def SaveImage(name: Union[str, os.PathLike[str]], hint: TSaveImageHint, surface: Any, RaiseErrors: bool = ...) -> bool:
+    """Saves pixels, row 0 as the bottom row of the picture, as the kind that the name's ending tells: .png (1 to 4 components of uint8 or uint16), .jpg, .bmp, .tga (uint8), .hdr (float32). They are a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, columns, channels). False when they can't be stored so or the file can't be written; with `RaiseErrors` a `TZxMessage` says why instead."""
 @overload
-def SaveImage(name: Union[str, os.PathLike[str]], surface: Any) -> bool:
-    """Saves pixels of 1 to 4 components of uint8 or uint16 as PNG, row 0 as the bottom row of the picture: a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, columns, channels). False when they can't be stored so or the file can't be written."""
+def SaveImage(name: Union[str, os.PathLike[str]], surface: Any, RaiseErrors: bool = ...) -> bool:
+    """Saves pixels, row 0 as the bottom row of the picture, as the kind that the name's ending tells: .png (1 to 4 components of uint8 or uint16), .jpg, .bmp, .tga (uint8), .hdr (float32). They are a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, columns, channels). False when they can't be stored so or the file can't be written; with `RaiseErrors` a `TZxMessage` says why instead."""
 
 def SaveVariant(writer: TObjectWriter, value: TVariant) -> bool:
     """Writes a variant: its tag, then its data. False for tags without a stored form (references, vectors of anything but int32, arrays of vectors)."""
@@ -1639,12 +1644,12 @@ class Zx3D:
     """What has another meaning in the namespace Zx3D."""
     @overload
     @staticmethod
-    def LoadImage(name: Union[str, os.PathLike[str]]) -> Any:
-        """`LoadImage` into a `TImageSurface`; None when it fails."""
+    def LoadImage(name: Union[str, os.PathLike[str]], RaiseErrors: bool = ...) -> Any:
+        """`LoadImage` into a `TImageSurface`."""
     @overload
     @staticmethod
-    def LoadImage(stream: TStream) -> Any:
-        """`LoadImage` into a `TImageSurface`; None when it fails."""
+    def LoadImage(stream: TStream, RaiseErrors: bool = ...) -> Any:
+        """`LoadImage` into a `TImageSurface`."""
 
 
 def _SinCos(x: float) -> tuple:

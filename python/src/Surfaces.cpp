@@ -161,11 +161,27 @@ const DATASURFACE& SurfaceForReading(const py::object& surface, TArrayRecord* ho
 
 // --- Image files
 
-bool Save(const std::filesystem::path& name, TSaveImageHint* hint, const py::object& surface) {
+// Why an operation failed, thrown where the caller wants exceptions; `name` is empty for a stream.
+void RaiseReason(bool raises, const std::string& name, const TZxMessage& reason) {
+  if (raises) {
+    throw name.empty() ? reason : TZxMessage("%1%: %2%") << name << reason.GetText();
+  }
+}
+
+bool Save(const std::filesystem::path& name, TSaveImageHint* hint, const py::object& surface,
+          bool raises) {
   TArrayRecord holder;
   const DATASURFACE& record = SurfaceForReading(surface, &holder);
-  const py::gil_scoped_release release;
-  return SaveImage(name.string(), hint, record);
+  TZxMessage reason;
+  bool saved = false;
+  {
+    const py::gil_scoped_release release;
+    saved = SaveImage(name.string(), hint, record, &reason);
+  }
+  if (!saved) {
+    RaiseReason(raises, name.string(), reason);
+  }
+  return saved;
 }
 
 std::shared_ptr<TSurface> Adopted(DATASURFACE* record) {
@@ -174,20 +190,30 @@ std::shared_ptr<TSurface> Adopted(DATASURFACE* record) {
   return surface;
 }
 
-std::shared_ptr<TSurface> LoadFile(const std::filesystem::path& name) {
+std::shared_ptr<TSurface> LoadFile(const std::filesystem::path& name, bool raises) {
   DATASURFACE record = {};
+  TZxMessage reason;
   bool loaded = false;
   {
     const py::gil_scoped_release release;
-    loaded = LoadImage(name.string(), nullptr, &record);
+    loaded = LoadImage(name.string(), nullptr, &record, &reason);
   }
-  return loaded ? Adopted(&record) : nullptr;
+  if (!loaded) {
+    RaiseReason(raises, name.string(), reason);
+    return nullptr;
+  }
+  return Adopted(&record);
 }
 
-std::shared_ptr<TSurface> LoadStream(Zx3D::TStream& stream) {
+std::shared_ptr<TSurface> LoadStream(Zx3D::TStream& stream, bool raises) {
   Zx3D::TStdStream wrapped(&stream);
   DATASURFACE record = {};
-  return LoadImage(&wrapped, nullptr, &record) ? Adopted(&record) : nullptr;
+  TZxMessage reason;
+  if (!LoadImage(&wrapped, nullptr, &record, &reason)) {
+    RaiseReason(raises, "", reason);
+    return nullptr;
+  }
+  return Adopted(&record);
 }
 
 using TImage = Zx3D::TImageSurface;
@@ -207,20 +233,30 @@ py::object ImageObject(TImage* loaded) {
   return py::cast(TRefPtr<TImage>(image));
 }
 
-py::object LoadObject(const std::filesystem::path& name) {
+py::object LoadObject(const std::filesystem::path& name, bool raises) {
   TImage* image = nullptr;
+  TZxMessage reason;
   bool loaded = false;
   {
     const py::gil_scoped_release release;
-    loaded = Zx3D::LoadImage(name.string(), nullptr, &image);
+    loaded = Zx3D::LoadImage(name.string(), nullptr, &image, &reason);
   }
-  return loaded ? ImageObject(image) : py::none();
+  if (!loaded) {
+    RaiseReason(raises, name.string(), reason);
+    return py::none();
+  }
+  return ImageObject(image);
 }
 
-py::object LoadObjectFromStream(Zx3D::TStream& stream) {
+py::object LoadObjectFromStream(Zx3D::TStream& stream, bool raises) {
   Zx3D::TStdStream wrapped(&stream);
   TImage* image = nullptr;
-  return Zx3D::LoadImage(&wrapped, nullptr, &image) ? ImageObject(image) : py::none();
+  TZxMessage reason;
+  if (!Zx3D::LoadImage(&wrapped, nullptr, &image, &reason)) {
+    RaiseReason(raises, "", reason);
+    return py::none();
+  }
+  return ImageObject(image);
 }
 
 bool SetImage2D(TImage& self, unsigned long width, unsigned long height, unsigned int format,
@@ -254,24 +290,33 @@ void BindImages(py::module_& m) {
       .def(py::init<>())
       .def_readwrite("Compression", &TSaveImageHint::Compression,
                      "PNG compression effort, 0 (none) to 9 (smallest); -1 leaves it to the "
-                     "library.");
+                     "library.")
+      .def_readwrite(
+          "Quality", &TSaveImageHint::Quality,
+          "JPEG quality, 1 (smallest) to 100 (nearly exact); any other number stands for "
+          "95.");
   const char* const save =
-      "Saves pixels of 1 to 4 components of uint8 or uint16 as PNG, row 0 as the bottom row of the "
-      "picture: a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, "
-      "columns, channels). False when they can't be stored so or the file can't be written.";
-  m.def("SaveImage", Save, save, py::arg("name"), py::arg("hint").none(true), py::arg("surface"));
+      "Saves pixels, row 0 as the bottom row of the picture, as the kind that the name's ending "
+      "tells: .png (1 to 4 components of uint8 or uint16), .jpg, .bmp, .tga (uint8), .hdr "
+      "(float32). "
+      "They are a `TDataSurface`, a `TImageSurface` or an array of (rows, columns) or (rows, "
+      "columns, channels). False when they can't be stored so or the file can't be written; with "
+      "`RaiseErrors` a `TZxMessage` says why instead.";
+  m.def("SaveImage", Save, save, py::arg("name"), py::arg("hint").none(true), py::arg("surface"),
+        py::arg("RaiseErrors") = false);
   m.def(
       "SaveImage",
-      [](const std::filesystem::path& name, const py::object& surface) {
-        return Save(name, nullptr, surface);
+      [](const std::filesystem::path& name, const py::object& surface, bool raises) {
+        return Save(name, nullptr, surface, raises);
       },
-      save, py::arg("name"), py::arg("surface"));
+      save, py::arg("name"), py::arg("surface"), py::arg("RaiseErrors") = false);
   const char* const load =
-      "Loads an image file (PNG, JPEG, BMP, TGA, binary PGM and PPM, Radiance HDR, told by its "
-      "contents), or what a stream holds from its position on, row 0 being the bottom row. None "
-      "when it can't be read or is no sound image.";
-  m.def("LoadImage", LoadFile, load, py::arg("name"));
-  m.def("LoadImage", LoadStream, load, py::arg("stream"));
+      "Loads an image file (PNG, JPEG, BMP, TGA, PBM, PGM, PPM, Radiance HDR, told by its "
+      "contents), "
+      "or what a stream holds from its position on, row 0 being the bottom row. None when it can't "
+      "be read or is no sound image; with `RaiseErrors` a `TZxMessage` says why instead.";
+  m.def("LoadImage", LoadFile, load, py::arg("name"), py::arg("RaiseErrors") = false);
+  m.def("LoadImage", LoadStream, load, py::arg("stream"), py::arg("RaiseErrors") = false);
 
   py::class_<TImage, TRefPtr<TImage>> image(m, "TImageSurface", Doc("TImageSurface"));
   image.def(py::init([] { return TRefPtr<TImage>(new TPyImage); }), "An empty image.");
@@ -281,9 +326,10 @@ void BindImages(py::module_& m) {
             "Makes an image of `w` by `h` pixels with tight rows, from `data` or zeroed where the "
             "block is new. False when memory is exhausted.");
   py::module_ names = m.def_submodule("Zx3D", "What has another meaning in the namespace Zx3D.");
-  const char* const loadObject = "`LoadImage` into a `TImageSurface`; None when it fails.";
-  names.def("LoadImage", LoadObject, loadObject, py::arg("name"));
-  names.def("LoadImage", LoadObjectFromStream, loadObject, py::arg("stream"));
+  const char* const loadObject = "`LoadImage` into a `TImageSurface`.";
+  names.def("LoadImage", LoadObject, loadObject, py::arg("name"), py::arg("RaiseErrors") = false);
+  names.def("LoadImage", LoadObjectFromStream, loadObject, py::arg("stream"),
+            py::arg("RaiseErrors") = false);
 }
 
 // --- Surfaces

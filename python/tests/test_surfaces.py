@@ -253,6 +253,51 @@ def test_what_can_not_be_saved_or_loaded(tmp_path, gl):
         zx.SaveImage(tmp_path / "x.png", numpy.zeros((2, 2, 5), numpy.uint8))
 
 
+def test_exceptions_say_why(tmp_path, gl):
+    none = tmp_path / "none.png"
+    with pytest.raises(zx.TZxMessage) as told:
+        zx.LoadImage(none, RaiseErrors=True)
+    assert str(told.value) == f"{none}: No such file or directory"
+    with pytest.raises(zx.TZxMessage, match="none.png: No such file"):
+        zx.Zx3D.LoadImage(none, RaiseErrors=True)
+    with pytest.raises(zx.TZxMessage) as told:
+        zx.LoadImage(zx.TMemoryStream(), RaiseErrors=True)
+    assert str(told.value) == "is empty"
+    with pytest.raises(zx.TZxMessage, match="^is empty$"):
+        zx.Zx3D.LoadImage(zx.TMemoryStream(), RaiseErrors=True)
+    odd = tmp_path / "%1% %2%.png"
+    odd.write_text("no picture")
+    with pytest.raises(zx.TZxMessage) as told:
+        zx.LoadImage(odd, RaiseErrors=True)
+    assert str(told.value) == f"{odd}: of no known image kind"
+    with pytest.raises(zx.TZxMessage, match="such.png: No such file"):
+        zx.SaveImage(tmp_path / "no" / "such.png", gl.GetColorSurface(), RaiseErrors=True)
+    with pytest.raises(zx.TZxMessage, match="x.xyz: "):
+        zx.SaveImage(tmp_path / "x.xyz", None, gl.GetColorSurface(), RaiseErrors=True)
+    assert zx.SaveImage(tmp_path / "x.png", gl.GetColorSurface(), RaiseErrors=True)
+    assert zx.LoadImage(tmp_path / "x.png", RaiseErrors=True).Channels == 4
+
+
+@pytest.mark.parametrize("ending", ["png", "bmp", "tga", "jpg"])
+def test_the_ending_tells_the_kind(tmp_path, ending):
+    picture = numpy.full((9, 8, 3), (200, 100, 50), numpy.uint8)
+    name = tmp_path / f"p.{ending}"
+    assert zx.SaveImage(name, picture)
+    loaded = zx.LoadImage(name).Data
+    assert numpy.abs(loaded.astype(int) - picture).max() <= (3 if ending == "jpg" else 0)
+
+
+def test_the_hint_sets_the_quality_of_a_jpeg(tmp_path):
+    noise = numpy.random.default_rng(1).integers(0, 255, (64, 64, 3), numpy.uint8)
+    hint = zx.TSaveImageHint()
+    assert hint.Quality == -1
+    sizes = []
+    for hint.Quality in (10, 100):
+        assert zx.SaveImage(tmp_path / "q.jpg", hint, noise)
+        sizes.append((tmp_path / "q.jpg").stat().st_size)
+    assert 2 * sizes[0] < sizes[1]
+
+
 def test_loading_from_a_stream(tmp_path):
     picture = numpy.arange(12, dtype=numpy.uint8).reshape(3, 4)
     zx.SaveImage(tmp_path / "p.png", picture)

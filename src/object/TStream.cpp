@@ -6,6 +6,12 @@
 
 namespace Zx3D {
 
+// Whether a transfer moved nothing or failed. A device's error code, -1, is more than was asked
+// for, or is all of it where the caller asked for ~0: so much memory nobody has.
+static bool Ended(unsigned long count, unsigned long size) {
+  return count == 0 || count > size || count == ~0UL;
+}
+
 TStream::~TStream() = default;
 
 bool TStream::ReadLine(char*, unsigned long, unsigned long*) { return false; }
@@ -23,8 +29,7 @@ bool TStream::ReadAll(void* data, unsigned long size) {
   auto* to = static_cast<unsigned char*>(data);
   while (size != 0) {
     const unsigned long count = _Read(to, size);
-    // More than was asked for is a device's error code.
-    if (count == 0 || count > size) {
+    if (Ended(count, size)) {
       return false;
     }
     to += count;
@@ -44,7 +49,7 @@ bool TStream::WriteAll(const void* data, unsigned long size) {
   const auto* from = static_cast<const unsigned char*>(data);
   while (size != 0) {
     const unsigned long count = _Write(from, size);
-    if (count == 0 || count > size) {
+    if (Ended(count, size)) {
       return false;
     }
     from += count;

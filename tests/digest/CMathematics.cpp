@@ -22,6 +22,11 @@ extern "C" {
 
 double sin(double x) noexcept { return Wave(x * 0.15915494309189535); }
 double cos(double x) noexcept { return Wave(x * 0.15915494309189535 + 0.25); }
+// What an optimising compiler makes of both of one angle.
+void sincos(double x, double* sine, double* cosine) noexcept {
+  *sine = sin(x);
+  *cosine = cos(x);
+}
 double acos(double x) noexcept { return x >= 1.0 ? 0.0 : x <= -1.0 ? 3.0 : 1.5 - 1.5 * x; }
 
 // The power by the next smaller whole number, and a share of the factor for the rest.

@@ -14,6 +14,7 @@ struct WATCH {
   long Blocks;
   long Bytes;
   long Peak;
+  std::size_t Largest;
 };
 
 thread_local WATCH s_Watch;
@@ -35,6 +36,7 @@ unsigned long TMallocWatch::Reallocations() const { return s_Watch.Reallocations
 long TMallocWatch::LiveBlocks() const { return s_Watch.Blocks; }
 long TMallocWatch::LiveBytes() const { return s_Watch.Bytes; }
 long TMallocWatch::PeakBytes() const { return s_Watch.Peak; }
+std::size_t TMallocWatch::Largest() const { return s_Watch.Largest; }
 bool TMallocWatch::Failed() const { return s_Watch.Failed; }
 
 } // namespace zx_test
@@ -52,12 +54,13 @@ void __libc_free(void* block);
 
 namespace {
 
-// Whether the allocation that is asked for now may go ahead.
-bool Admit() {
+// Whether the allocation of `size` bytes that is asked for now may go ahead.
+bool Admit(std::size_t size) {
   if (!s_Watch.Running) {
     return true;
   }
   ++s_Watch.Allocations;
+  s_Watch.Largest = size > s_Watch.Largest ? size : s_Watch.Largest;
   if (s_Watch.Allocations != s_Watch.FailAt) {
     return true;
   }
@@ -86,14 +89,14 @@ void Uncount(void* block) {
 
 extern "C" {
 
-void* malloc(std::size_t size) { return Admit() ? Count(__libc_malloc(size)) : nullptr; }
+void* malloc(std::size_t size) { return Admit(size) ? Count(__libc_malloc(size)) : nullptr; }
 
 void* calloc(std::size_t count, std::size_t size) {
-  return Admit() ? Count(__libc_calloc(count, size)) : nullptr;
+  return Admit(count * size) ? Count(__libc_calloc(count, size)) : nullptr;
 }
 
 void* realloc(void* block, std::size_t size) {
-  if (!Admit()) {
+  if (!Admit(size)) {
     return nullptr;
   }
   if (s_Watch.Running && block != nullptr) {

@@ -32,6 +32,8 @@ public:
   /// Bytes of blocks allocated less those of blocks freed: now, and the most there were.
   long LiveBytes() const;
   long PeakBytes() const;
+  /// The largest single block that was asked for.
+  std::size_t Largest() const;
   /// Whether the allocation that was to fail came.
   bool Failed() const;
 };

@@ -212,10 +212,32 @@ TEST_F(TFileStreamTest, DevicesAreSilent) {
   TFileStream file;
   ASSERT_TRUE(file.Open(Put("in", "abc")));
   EXPECT_FALSE(file.SetPos(LONG_MAX)); // further than a file can reach
-  EXPECT_FALSE(file.Skip(LONG_MAX));
-  EXPECT_EQ(file.GetPos(), 0);
+  EXPECT_TRUE(file.SetPos(2));
+  for (const unsigned long size : {~0UL, ~0UL - 1, ~0UL - 2, 0UL + LONG_MAX, LONG_MAX - 1UL}) {
+    EXPECT_FALSE(file.Skip(size)) << size; // 2 and so many wrap, or pass the greatest position
+    EXPECT_EQ(file.GetPos(), 2) << size;
+  }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   close(other);
+}
+
+// From a position above 0 the sum of the two wraps.
+TEST_F(TFileStreamTest, WritesThatWrapFailAndWriteNothing) {
+  const std::string name = Name("out");
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  ASSERT_TRUE(stream.WriteAll("ab", 2));
+  for (const unsigned long size : {~0UL, ~0UL - 1, 1UL + LONG_MAX}) {
+    EXPECT_FALSE(stream.WriteAll("x", size)) << size;
+    EXPECT_EQ(stream.GetPos(), 2) << size;
+  }
+  EXPECT_TRUE(stream.Close());
+  EXPECT_EQ(Contents(name), "ab");
+  ASSERT_TRUE(stream.Open(name));
+  ASSERT_TRUE(stream.SetPos(1));
+  char byte = 0;
+  EXPECT_FALSE(stream.ReadAll(&byte, ~0UL));
+  EXPECT_EQ(byte, 0);
 }
 
 TEST_F(TFileStreamTest, SetPosKeepsWhatWasWritten) {

@@ -83,6 +83,10 @@ TEST(TMemoryStream, ReserveAndSetSizeAllocateExactly) {
   EXPECT_FALSE(stream.Reserve(~0UL));
   EXPECT_FALSE(stream.SetSize(LONG_MAX));
   EXPECT_EQ(stream.GetCapacity(), 20u);
+  EXPECT_TRUE(stream.SetSize(0));
+  EXPECT_EQ(stream.GetSize(), 0);
+  EXPECT_EQ(stream.GetPos(), 0);
+  EXPECT_EQ(stream.GetCapacity(), 20u);
 }
 
 TEST(TMemoryStream, AttachedBlockIsAFixedPlace) {
@@ -324,6 +328,23 @@ TEST(TMemoryStream, BytesMayComeFromTheOwnBlock) {
   EXPECT_TRUE(stream.WriteAll(data, 4)); // overlaps
   EXPECT_TRUE(stream.Unmap(handle));
   EXPECT_EQ(Content(stream), Hex("61 62 61 62 63 64 61 62 63 64 65 66"));
+
+  // From the middle of a block that moves as it grows.
+  TMemoryStream moving;
+  std::string expected(5000, '.');
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    expected[i] = static_cast<char>('a' + i % 23);
+  }
+  ASSERT_TRUE(moving.Reserve(5000));
+  ASSERT_TRUE(moving.WriteAll(expected.data(), 5000));
+  handle = moving.Map(700, 4000, true, false, &data);
+  moving.SetPos(5000);
+  EXPECT_TRUE(moving.WriteAll(data, 4000));
+  EXPECT_TRUE(moving.Unmap(handle));
+  ASSERT_TRUE(moving.SetPos(0));
+  std::string found(9000, '\0');
+  ASSERT_TRUE(moving.ReadAll(found.data(), 9000));
+  EXPECT_EQ(found, expected + expected.substr(700, 4000));
 }
 
 TEST(TMemoryStream, ViewsLieInTheBlock) {
@@ -441,6 +462,7 @@ TEST(TMemoryStream, WritesStringsAndLineEnds) {
   EXPECT_TRUE(stream.WriteString("efg", 2));
   EXPECT_TRUE(stream.WriteString(nullptr, 0));
   EXPECT_FALSE(stream.WriteString(nullptr, ~0UL));
+  EXPECT_FALSE(stream.WriteString("gh", ~0UL - 2)); // a length, and no such text
   EXPECT_EQ(Content(stream), Hex("61 62 0D 0A 63 64 65 66"));
   static_assert(sizeof TMemoryStream::s_EOL == 2);
   EXPECT_EQ(TMemoryStream::s_EOL[0], 0x0D);

@@ -269,9 +269,14 @@ TEST(TObjectReader, LongWideStringsComeWhole) {
     const auto prefix = static_cast<std::uint32_t>(units);
     std::memcpy(bytes.data(), &prefix, 4);
     bytes.resize(4 + 2 * units, 0x01);
-    OnBoth(bytes, [&](TObjectReader& reader, TStream&) {
+    bytes.resize((bytes.size() + 3) / 4 * 4);
+    bytes.push_back(0x77);
+    OnBoth(bytes, [&](TObjectReader& reader, TStream& stream) {
       std::wstring text;
       EXPECT_TRUE(reader.ReadString(&text));
+      unsigned char next = 0;
+      EXPECT_TRUE(stream.ReadAll(&next, 1));
+      EXPECT_EQ(next, 0x77) << "the padding is passed";
       std::wstring expected(units / 2, static_cast<wchar_t>(0x01010101));
       if (units % 2 != 0) {
         expected.push_back(static_cast<wchar_t>(0x0101));

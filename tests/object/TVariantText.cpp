@@ -87,6 +87,9 @@ TEST(ToString, StringsStandInQuotesWithoutEscapes) {
   EXPECT_EQ(Text(std::string("ab\0cd", 5)), "\"ab\"");
   const std::string longer(100000, 'x');
   EXPECT_EQ(Text(longer), "\"" + longer + "\"");
+  std::string text = "before";
+  EXPECT_TRUE(Make(std::string("new")).ToString(&text));
+  EXPECT_EQ(text, "\"new\"");
 }
 
 TEST(ToString, TagsWithoutText) {

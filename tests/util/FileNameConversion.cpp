@@ -145,6 +145,12 @@ TEST(FullToRelativeFileName, KeepsWhatCantBeRelative) {
   CheckRelative("c:\\a", "C:\\a", "c:\\a");
   CheckRelative("a\\b", "c:\\a", "a\\b");
   CheckRelative("c:\\a\\b", "a", "c:\\a\\b");
+  // The first letters agree, but one of the two is not full.
+  CheckRelative("c:\\a\\b", "c", "c:\\a\\b");
+  CheckRelative("c:\\a\\b", "c:a\\b", "c:\\a\\b");
+  CheckRelative("c:\\a\\b", "cab\\a\\b", "c:\\a\\b");
+  CheckRelative("\\\\s\\x", "\\s\\x", "\\\\s\\x");
+  CheckRelative("cab\\f", "c:\\a", "cab\\f");
   CheckRelative("/usr/x", "/usr", "/usr/x");
   CheckRelative("", "c:\\", "");
 }

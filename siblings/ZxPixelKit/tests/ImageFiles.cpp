@@ -28,6 +28,7 @@ TBytes MakePng(const PNG_SPEC& spec) {
   TBytes made;
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
+  png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
   png_set_write_fn(png, &made, AppendBytes, NoFlush);
   png_set_IHDR(png, info, static_cast<png_uint_32>(spec.Width),
                static_cast<png_uint_32>(spec.Height), spec.BitDepth, spec.ColorType,
@@ -112,6 +113,12 @@ TBytes MakeJpeg(const JPEG_SPEC& spec) {
   if (spec.Separate) {
     info.scan_info = scans;
     info.num_scans = spec.Channels;
+  }
+  if (spec.MeansFirst) {
+    scans[0] = {1, {0}, 0, 0, 0, 0};
+    scans[1] = {1, {0}, 1, 63, 0, 0};
+    info.scan_info = scans;
+    info.num_scans = 2;
   }
   jpeg_start_compress(&info, TRUE);
   for (const TBytes& segment : spec.App1) {

@@ -40,6 +40,7 @@ struct JPEG_SPEC {
   TBytes Pixels;         ///< tight, top row first
   bool Separate = false; ///< a scan for each component
   bool Progressive = false;
+  bool MeansFirst = false;  ///< progressive, in two scans: the blocks' means, then all else
   bool Arithmetic = false;  ///< in the place of Huffman coding
   bool Adobe = false;       ///< an Adobe marker in the place of a JFIF one
   int RestartRows = 0;      ///< a restart mark after that many rows of blocks

@@ -1,0 +1,212 @@
+#!/usr/bin/env python3
+"""Changes one token or statement of a source file at a time and sees whether the tests notice.
+
+Each mutant is built in a tree of its own (build/mutants/tree, a git worktree of the commit that is checked out),
+so that the files at hand are never touched. First the tests run that the file names ("Tested by:") or that mirror
+it (tests/object/TStream.cpp for src/object/TStream.cpp), then, if those pass, all of the room's. A mutant that does
+not compile counts as none. Results are appended to a list, and a mutant that the list has is not tried again.
+"""
+
+import argparse
+import os
+import random
+import re
+import subprocess
+import sys
+import time
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parent.parent
+LIST = ROOT / "tests" / "mutation" / "mutants.tsv"
+KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
+
+# What a token becomes. Spaces keep templates, arrows and shifts out of it.
+TOKENS = [
+    (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "), (r" >= ", " > "), (r" == ", " != "), (r" != ", " == "),
+    (r" \+ ", " - "), (r" - ", " + "), (r" \* ", " / "), (r" && ", " || "), (r" \|\| ", " && "), (r" & ", " | "),
+    (r" \+= ", " -= "), (r" -= ", " += "), (r"\btrue\b", "false"), (r"\bfalse\b", "true"), (r"(?<![\w.])!(?=[\w(])", ""),
+]
+NUMBER = re.compile(r"(?<![\w.\"'])(\d+)(?![\w.\"'])")
+DECIMAL = re.compile(r"(?<![\w.])(\d+\.\d+)(f?)(?![\w.])")
+ARGUMENTS = re.compile(r"\b(\w+)\((\w[\w.\->]*), (\w[\w.\->]*)\)")
+STATEMENT = re.compile(r"^\s+(?!return|break|continue|case|using|goto|const |constexpr|static|auto|throw|delete)"
+                       r"[\w\[\]().>*&:+\-]+(\s*[+\-*/|&^]?=[^=].*|\(.*\)|\+\+|--)?;$")
+SKIPPED = re.compile(r"^\s*(//|#|\*|static_assert|assert|template|using|namespace|extern)|ASSERT|NOLINT")
+
+
+def mutants(path):
+    """(line number from 1, what is changed, the new line) for all that can be done to a file."""
+    found = []
+    in_comment = False
+    for number, line in enumerate((ROOT / path).read_text().splitlines(), 1):
+        if "/*" in line:
+            in_comment = True
+        if in_comment:
+            in_comment = "*/" not in line
+            continue
+        if SKIPPED.search(line):
+            continue
+        code = line.split("//")[0]
+        spans = [m.span() for m in re.finditer(r'"(?:\\.|[^"\\])*"', code)]
+        inside = lambda at: any(a <= at < b for a, b in spans)
+        for pattern, new in TOKENS:
+            for m in re.finditer(pattern, code):
+                if not inside(m.start()):
+                    found.append((number, f"{m.group().strip()} -> {new.strip() or 'nothing'}",
+                                  line[:m.start()] + new + line[m.end():]))
+        for m in NUMBER.finditer(code):
+            if not inside(m.start()):
+                new = str(int(m.group(1)) + 1)
+                found.append((number, f"{m.group(1)} -> {new}", line[:m.start(1)] + new + line[m.end(1):]))
+        for m in DECIMAL.finditer(code):
+            if not inside(m.start()):
+                new = repr(float(m.group(1)) * 1.0625 + (0.0625 if float(m.group(1)) == 0 else 0)) + m.group(2)
+                found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
+        for m in ARGUMENTS.finditer(code):
+            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", "min", "max", "swap"):
+                new = f"{m.group(1)}({m.group(3)}, {m.group(2)})"
+                found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
+        if STATEMENT.match(code):
+            found.append((number, f"dropped: {code.strip()}", re.match(r"\s*", line).group() + ";"))
+    return found
+
+
+def program_of(path):
+    parts = Path(path).parts
+    return "test_" + (parts[1] if parts[0] in ("src", "siblings") else "zxrender")
+
+
+def filter_of(path):
+    """The filter of Google Test for the tests that a file names, or for those that mirror it."""
+    text = (ROOT / path).read_text()
+    named = re.search(r"Tested by:((?:[^\n]*\n\s*//[^\n]*|[^\n]*)*)", text)
+    if named:
+        groups = re.findall(r"\(([\w.*, ]+)\)", named.group(1).replace("//", " "))
+        return ":".join(name.strip() + ("" if "." in name else ".*") for group in groups for name in group.split(","))
+    parts = Path(path).parts
+    folder = ROOT / "tests" / parts[1] if parts[0] == "src" else ROOT / parts[0] / parts[1] / "tests"
+    mirror = next(folder.glob(Path(path).stem.replace("-inl", "") + ".cpp"), None)
+    if not mirror:
+        return ""
+    suites = set(re.findall(r"^(?:TYPED_)?TEST(?:_F|_P)?\((\w+),", mirror.read_text(), re.MULTILINE))
+    return ":".join(f"*{suite}*.*" for suite in sorted(suites))
+
+
+class Tree:
+    def __init__(self, jobs):
+        self.jobs = jobs
+        self.limits = {}  # seconds that a program's tests may take, from what they take as they are
+        self.path = ROOT / "build" / "mutants" / "tree"
+        self.build = ROOT / "build" / "mutants" / "build"
+        if not (self.path / "CMakeLists.txt").exists():
+            self.path.parent.mkdir(parents=True, exist_ok=True)
+            self.git(ROOT, "worktree", "prune")
+            self.git(ROOT, "worktree", "add", "--detach", str(self.path))
+        head = subprocess.run(["git", "-C", ROOT, "rev-parse", "HEAD"], check=True, capture_output=True, text=True)
+        self.git(self.path, "checkout", "--quiet", "--force", "--detach", head.stdout.strip())
+        self.run(["cmake", "-S", self.path, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
+                  "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1", "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
+
+    @staticmethod
+    def git(folder, *arguments):
+        subprocess.run(["git", "-C", folder, *arguments], check=True, stdout=subprocess.DEVNULL)
+
+    @staticmethod
+    def run(command, timeout):
+        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", timeout=timeout)
+
+    def make(self, program):
+        done = self.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", program], 3600)
+        return done.returncode == 0
+
+    def passes(self, program, tests):
+        """None if they pass, otherwise the name of the first test that does not, or how the program ended."""
+        command = [self.build / "bin" / program, "--gtest_brief=1"] + ([f"--gtest_filter={tests}"] if tests else [])
+        try:
+            done = self.run(command, self.limits.get(program, 3600))
+        except subprocess.TimeoutExpired:
+            return "a test that hangs"
+        if done.returncode == 0:
+            return None
+        failed = re.search(r"\[  FAILED  \] (\S+)", done.stdout)
+        return failed.group(1).rstrip(",") if failed else f"the end of the program by {done.returncode}"
+
+    def stands(self, program):
+        """Whether a program builds and passes as it is; from then on a run that takes far longer hangs."""
+        if not self.make(program):
+            return False
+        begun = time.monotonic()
+        if self.passes(program, ""):
+            return False
+        self.limits[program] = 30 + 5 * (time.monotonic() - begun)
+        return True
+
+    def verdict(self, path, line, new):
+        """(verdict, by what), with the file put back afterwards."""
+        file = self.path / path
+        before = file.read_text()
+        lines = before.splitlines(keepends=True)
+        lines[line - 1] = new + "\n"
+        program = program_of(path)
+        try:
+            file.write_text("".join(lines))
+            if not self.make(program):
+                return "no mutant", "does not compile"
+            own = filter_of(path)
+            by = (self.passes(program, own) if own else None) or self.passes(program, "")
+            return ("killed", by) if by else ("survived", "")
+        finally:
+            file.write_text(before)
+
+
+def listed():
+    if not LIST.exists():
+        return {}
+    rows = [line.split("\t") for line in LIST.read_text().splitlines()[1:]]
+    return {(row[0], row[1], row[3]): row for row in rows if len(row) >= 5}
+
+
+def main():
+    options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
+    options.add_argument("files", nargs="+", help="sources of src and siblings")
+    options.add_argument("--count", type=int, default=20, help="how many mutants in all, chosen by chance (20)")
+    options.add_argument("--seed", type=int, default=1, help="what chance begins with (1)")
+    options.add_argument("--list", action="store_true", help="only print what could be done")
+    options.add_argument("-j", "--jobs", type=int, default=os.cpu_count())
+    given = options.parse_args()
+
+    pool = [(path, *mutant) for path in given.files for mutant in mutants(path)]
+    known = listed()
+    texts = {path: (ROOT / path).read_text().splitlines() for path in given.files}
+    pool = [m for m in pool if (m[0], texts[m[0]][m[1] - 1].strip(), m[2]) not in known]
+    random.Random(given.seed).shuffle(pool)
+    pool = pool[:given.count]
+    if given.list:
+        for path, line, what, new in pool:
+            print(f"{path}:{line}: {what}")
+        return 0
+    tree = Tree(given.jobs)
+    for program in sorted({program_of(path) for path in given.files}):
+        if not tree.stands(program):
+            print(f"mutate.py: {program} does not pass as it is", file=sys.stderr)
+            return 2
+    LIST.parent.mkdir(parents=True, exist_ok=True)
+    if not LIST.exists():
+        LIST.write_text("file\tcode\tline\tmutation\tverdict\tby\n")
+    tried = killed = 0
+    for index, (path, line, what, new) in enumerate(pool, 1):
+        begun = time.monotonic()
+        verdict, by = tree.verdict(path, line, new)
+        print(f"{index}/{len(pool)} {path}:{line}: {what}: {verdict} {by} ({time.monotonic() - begun:.0f} s)", flush=True)
+        if verdict == "no mutant":
+            continue
+        tried += 1
+        killed += verdict == "killed"
+        with LIST.open("a") as out:
+            out.write("\t".join([path, texts[path][line - 1].strip(), str(line), what, verdict, by]) + "\n")
+    print(f"{tried} mutants, {killed} killed, {tried - killed} survived")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
