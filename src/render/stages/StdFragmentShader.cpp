@@ -27,12 +27,13 @@ static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
   return IsBelow(slot, kSlots) ? v.Slots[slot] : kZero;
 }
 
-//   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
-//   color = clamp(texel)                           with GL_REPLACE
-//   color = clamp(primary + secondary)             without a texture
+// With P the primary colour, S the secondary one where lighting is on, T the texel, by channel:
 //
-// The secondary colour has no alpha, and takes part with lighting only. In another environment the
-// colour stays as it came.
+//     without a texture  P + S
+//     GL_MODULATE        P T + S
+//     GL_REPLACE         T
+//
+// each limited to 0 to 1; S is not added to alpha. In another mode the colour stays as it came.
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
   const TColorSlots slots = ColorSlotsOf(gl, f->FrontFacing);
