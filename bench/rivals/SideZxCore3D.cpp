@@ -1,24 +1,28 @@
 // The library's side of the comparison.
 
-#include <algorithm>
+#include "ZxCore3DSide.h"
 
-#include <ZxCore3D/ZxCore3D.h>
+#include "Side.h"
 
-namespace Zx3D {
+namespace {
 
-void Switch(TRenderCPU& gl, unsigned int cap, bool on) { on ? gl.Enable(cap) : gl.Disable(cap); }
+class THost {
+public:
+  using TGl = Zx3D::TRenderCPU;
 
-// Depth is written with the test off as well: the mask makes both sides do the same work.
-void WriteDepth(TRenderCPU& gl, bool on) { gl.DepthMask(on ? 1 : 0); }
+  bool Create() { return m_Gl.Create(rivals::kSize, rivals::kSize, nullptr); }
 
-} // namespace Zx3D
+  TGl& Gl() { return m_Gl; }
+  unsigned int Error() { return m_Gl.GetError(); }
+  // The place of the kernels' counters, once there are any; see Side.h for the lines.
+  void ResetCounters() {}
+  void PrintCounters() {}
+  static void List(rivals::TScene<TGl>& scene) { rivals::ListAll(scene); }
 
-#include "Workloads.h"
+private:
+  TGl m_Gl;
+};
 
-int main(int argc, char** argv) {
-  Zx3D::TRenderCPU gl;
-  if (!gl.Create(rivals::kSize, rivals::kSize, nullptr)) {
-    return 1;
-  }
-  return rivals::RunSide(gl, argc, argv);
-}
+} // namespace
+
+int main(int argc, char** argv) { return rivals::RunSide<THost>(argc, argv); }
