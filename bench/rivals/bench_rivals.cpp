@@ -23,8 +23,9 @@ constexpr char kHelp[] =
     R"(bench_rivals [OPTIONS]: times the renderer beside OSMesa's llvmpipe on one thread.
 
 Each family is drawn in several variants; its figure is that of its worst variant. A figure is the
-ratio of OSMesa's time to ZxCore3D's, best of all frames of both; custom shaders have no rival and
-are timed in millions of pixels or vertices a second. The processes take short turns on one core.
+ratio of OSMesa's processor time to ZxCore3D's, best of all frames of both; custom shaders have no
+rival and are timed in millions of pixels or vertices a second. The processes take short turns on
+one core.
 
   --list            print families and variants, and end
   --family NAME     only this family; may be given several times
