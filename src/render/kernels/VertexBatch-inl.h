@@ -43,18 +43,18 @@ inline HWY_ATTR void TransformBatch(const double* matrix, int count, TVertexBatc
 
 // The clip planes in the clipper's order, for a shape of kCorners corners.
 template <int kCorners> struct TPlaneWalk {
-  MD Decided; ///< a plane before this one cuts the shape or takes it out
+  MD Whole; ///< no plane so far cuts the shape or takes it out
   MD Outside;
 
-  HWY_INLINE HWY_ATTR void Meet(const MD (&out)[kCorners]) {
-    MD any = out[0];
-    MD all = out[0];
+  HWY_INLINE HWY_ATTR void Meet(const MD (&in)[kCorners]) {
+    MD any = in[0];
+    MD all = in[0];
     for (int c = 1; c < kCorners; ++c) {
-      any = hn::Or(any, out[c]);
-      all = hn::And(all, out[c]);
+      any = hn::Or(any, in[c]);
+      all = hn::And(all, in[c]);
     }
-    Outside = hn::Or(Outside, hn::AndNot(Decided, all));
-    Decided = hn::Or(Decided, any);
+    Outside = hn::Or(Outside, hn::AndNot(any, Whole));
+    Whole = hn::And(Whole, all);
   }
 };
 
@@ -65,7 +65,7 @@ template <int kCorners>
 HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
                                                     const int (&at)[kCorners]) {
   const DD d;
-  TPlaneWalk<kCorners> walk = {NoLanes(DD()), NoLanes(DD())};
+  TPlaneWalk<kCorners> walk = {hn::Not(NoLanes(DD())), NoLanes(DD())};
   VD w[kCorners];
   for (int c = 0; c < kCorners; ++c) {
     w[c] = hn::Load(d, batch.W + at[c]);
@@ -75,11 +75,14 @@ HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
     MD above[kCorners];
     for (int c = 0; c < kCorners; ++c) {
       const VD u = hn::Load(d, axis + at[c]);
-      below[c] = hn::Not(hn::Ge(u, hn::Neg(w[c]))); // a NaN is outside
-      above[c] = hn::Not(hn::Le(u, w[c]));
+      below[c] = hn::Ge(u, hn::Neg(w[c])); // a NaN is outside
+      above[c] = hn::Le(u, w[c]);
     }
     walk.Meet(below);
     walk.Meet(above);
+    if (hn::AllFalse(d, walk.Whole)) {
+      break;
+    }
   }
   return walk;
 }
@@ -195,7 +198,7 @@ HWY_INLINE HWY_ATTR std::uint64_t AddClasses(const TVertexBatch& batch, const in
   const TPlaneWalk<kCorners> walk = WalkPlanes(batch, at);
   const std::uint64_t group = FirstBits(kLanes);
   const std::uint64_t outside = BitsOfMask(DD(), walk.Outside);
-  const std::uint64_t inside = BitsOfMask(DD(), walk.Decided) ^ group;
+  const std::uint64_t inside = BitsOfMask(DD(), walk.Whole);
   out->Outside |= outside << s;
   out->Inside |= inside << s;
   if ((outside | inside) != group) {
