@@ -121,6 +121,13 @@ inline TMesh MakeShapes(const TShapes& shapes) {
   return mesh;
 }
 
+/// Gives all vertices the same depth, in place.
+inline void Flatten(TMesh* mesh) {
+  for (std::size_t i = 2; i < mesh->Positions.size(); i += 3) {
+    mesh->Positions[i] = 0;
+  }
+}
+
 /// Moves the vertices by one of the axes; a whole mesh beside a plane, say.
 inline void Shift(TMesh* mesh, int axis, float by) {
   for (std::size_t i = static_cast<std::size_t>(axis); i < mesh->Positions.size(); i += 3) {

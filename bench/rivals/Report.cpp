@@ -59,13 +59,25 @@ std::string BusiestKernel(const TResult& result) {
   return text;
 }
 
+// The share of pixels that fell back, if it is known, and the commonest reason.
 std::string FallbackText(const TResult& result) {
-  const double share = result.FallbackShare();
-  if (share < 0) {
+  if (result.Kernels.empty() && result.Fallbacks.empty()) {
     return "-";
   }
-  char text[64];
-  std::snprintf(text, sizeof text, "%.1f%%%s", 100 * share, share > kFallbackLimit ? " !" : "");
+  std::string text;
+  char number[64];
+  if (const double share = result.FallbackShare(); share >= 0) {
+    std::snprintf(number, sizeof number, "%.1f%% %s", 100 * share,
+                  share > kFallbackLimit ? "! " : "");
+    text = number;
+  }
+  const auto commonest = std::max_element(
+      result.Fallbacks.begin(), result.Fallbacks.end(),
+      [](const TFallbackCount& a, const TFallbackCount& b) { return a.Count < b.Count; });
+  if (commonest != result.Fallbacks.end()) {
+    std::snprintf(number, sizeof number, " %.0f", commonest->Count);
+    text += commonest->Reason + number;
+  }
   return text;
 }
 
@@ -108,8 +120,12 @@ void WriteResult(FILE* file, const TResult& r) {
   std::fprintf(file, "], \"fallbacks\": [");
   between = "";
   for (const TFallbackCount& f : r.Fallbacks) {
-    std::fprintf(file, "%s{\"reason\": %s, \"pixels\": %.0f}", between, Quoted(f.Reason).c_str(),
-                 f.Pixels);
+    std::fprintf(file, "%s{\"reason\": %s, \"count\": %.0f", between, Quoted(f.Reason).c_str(),
+                 f.Count);
+    if (f.Pixels >= 0) {
+      std::fprintf(file, ", \"pixels\": %.0f", f.Pixels);
+    }
+    std::fprintf(file, "}");
     between = ", ";
   }
   std::fprintf(file, "]}");
@@ -130,17 +146,16 @@ bool TResult::SamePicture() const {
 
 double TResult::FallbackShare() const {
   double pixels = 0;
-  double fallbacks = 0;
+  double fallbacks = -1;
   for (const TKernelCount& kernel : Kernels) {
     pixels += kernel.Pixels;
   }
   for (const TFallbackCount& fallback : Fallbacks) {
-    fallbacks += fallback.Pixels;
+    if (fallback.Pixels >= 0) {
+      fallbacks = std::max(fallbacks, 0.0) + fallback.Pixels;
+    }
   }
-  if (Kernels.empty() && Fallbacks.empty()) {
-    return -1;
-  }
-  return fallbacks > 0 ? fallbacks / std::max(pixels, fallbacks) : 0;
+  return fallbacks > 0 ? fallbacks / std::max(pixels, fallbacks) : fallbacks;
 }
 
 double AimOf(const std::string& family) {

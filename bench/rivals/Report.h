@@ -17,7 +17,8 @@ struct TKernelCount {
 
 struct TFallbackCount {
   std::string Reason;
-  double Pixels = 0;
+  double Count = 0;   ///< of pixels, rows or triangles
+  double Pixels = -1; ///< below 0 if they are not known
 };
 
 struct TResult {
@@ -36,7 +37,7 @@ struct TResult {
   /// The ratio of speeds, or millions of items a second without a rival. Above is better.
   double Figure() const;
   bool SamePicture() const;
-  /// Pixels that fell back, of those that were drawn; below 0 if nothing was counted.
+  /// Pixels that fell back, of those that were drawn; below 0 if none were counted.
   double FallbackShare() const;
 };
 

@@ -135,6 +135,9 @@ void AddFragment(TScene<TRenderCPU>& scene, const TFragmentFamily& family, const
       gl.Rotatef(20, 1, 0, 0);
     }
     setUp();
+    if (family.Depth) {
+      Flatten(&scene.Mesh); // what fails the test is no pixel of a shader
+    }
     auto* const counter = new TCountingFragment;
     counter->AddRef();
     Install(gl, nullptr, counter);

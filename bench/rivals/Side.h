@@ -20,8 +20,11 @@
 ///     open FAMILY NAME   new context, first frame           ready ITEMS
 ///     turn SECONDS       draws frames as long as that       best NANOSECONDS FRAMES
 ///     close              one frame more, its counters,      kernel NAME TRIANGLES ROWS PIXELS
-///                        which come before the picture's    fallback REASON PIXELS
+///                        which come before the picture's    fallback REASON COUNT [PIXELS]
 ///                        mean red, green, blue              mean R G B
+///
+/// The count of a fallback may be of anything; how many pixels were computed exactly because of it
+/// stands behind it where that is known.
 ///
 /// What goes wrong is answered by `error TEXT`.
 ///

@@ -36,8 +36,8 @@ one core.
   --help            print this, and end
 
 Printed beside each row: whether the pictures' mean colours are the same; the kernel that drew most
-pixels, with its share; pixels that fell back to exact computation, marked by "!" above 3 %. "-" if
-the library counts none of these. Progress goes to standard error.
+pixels, with its share; the share of pixels that fell back to exact computation, marked by "!" above
+3 %, with the commonest reason and its count. "-" if the library counts none of these. Progress goes to standard error.
 
 Ends with 0 if everything ran and showed the same, even where aims are missed; with 1 if not; with 2
 for wrong options.
@@ -199,8 +199,8 @@ bool TakeTurn(TSideProcess* side, int index, const std::string& request, TResult
 bool CloseSide(TSideProcess* side, int index, TResult* result) {
   const bool counts = index == 0;
   std::string answer;
-  bool read = side->Ask("close", "", &answer);
-  for (; read; read = side->ReadLine(&answer)) {
+  bool alive = side->Ask("close", "", &answer);
+  for (; alive; alive = side->ReadLine(&answer)) {
     char name[128];
     double a = 0;
     double b = 0;
@@ -209,19 +209,20 @@ bool CloseSide(TSideProcess* side, int index, TResult* result) {
       if (counts) {
         result->Kernels.push_back({name, a, b, c});
       }
-    } else if (std::sscanf(answer.c_str(), "fallback %127s %lf", name, &a) == 2) {
+    } else if (const int read = std::sscanf(answer.c_str(), "fallback %127s %lf %lf", name, &a, &b);
+               read >= 2) {
       if (counts) {
-        result->Fallbacks.push_back({name, a});
+        result->Fallbacks.push_back({name, a, read == 3 ? b : -1});
       }
     } else {
       break;
     }
   }
   double* const mean = result->Mean[index];
-  if (read && std::sscanf(answer.c_str(), "mean %lf %lf %lf", &mean[0], &mean[1], &mean[2]) != 3) {
+  if (alive && std::sscanf(answer.c_str(), "mean %lf %lf %lf", &mean[0], &mean[1], &mean[2]) != 3) {
     result->Problem = side->Program() + " answers \"" + answer + "\"";
   }
-  return read;
+  return alive;
 }
 
 // The sides begin by turns, so that neither always finds the caches of the other.
