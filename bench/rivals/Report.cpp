@@ -59,24 +59,20 @@ std::string BusiestKernel(const TResult& result) {
   return text;
 }
 
-// The share of pixels that fell back, if it is known, and the commonest reason.
+// The share of pixels that fell back, and the commonest reason.
 std::string FallbackText(const TResult& result) {
-  if (result.Kernels.empty() && result.Fallbacks.empty()) {
+  const double share = result.FallbackShare();
+  if (share < 0) {
     return "-";
   }
-  std::string text;
-  char number[64];
-  if (const double share = result.FallbackShare(); share >= 0) {
-    std::snprintf(number, sizeof number, "%.1f%% %s", 100 * share,
-                  share > kFallbackLimit ? "! " : "");
-    text = number;
-  }
+  char number[32];
+  std::snprintf(number, sizeof number, "%.1f%%", 100 * share);
+  std::string text = number;
   const auto commonest = std::max_element(
       result.Fallbacks.begin(), result.Fallbacks.end(),
-      [](const TFallbackCount& a, const TFallbackCount& b) { return a.Count < b.Count; });
+      [](const TFallbackCount& a, const TFallbackCount& b) { return a.Pixels < b.Pixels; });
   if (commonest != result.Fallbacks.end()) {
-    std::snprintf(number, sizeof number, " %.0f", commonest->Count);
-    text += commonest->Reason + number;
+    text += (share > kFallbackLimit ? " ! " : " ") + commonest->Reason;
   }
   return text;
 }
@@ -120,12 +116,8 @@ void WriteResult(FILE* file, const TResult& r) {
   std::fprintf(file, "], \"fallbacks\": [");
   between = "";
   for (const TFallbackCount& f : r.Fallbacks) {
-    std::fprintf(file, "%s{\"reason\": %s, \"count\": %.0f", between, Quoted(f.Reason).c_str(),
-                 f.Count);
-    if (f.Pixels >= 0) {
-      std::fprintf(file, ", \"pixels\": %.0f", f.Pixels);
-    }
-    std::fprintf(file, "}");
+    std::fprintf(file, "%s{\"reason\": %s, \"pixels\": %.0f}", between, Quoted(f.Reason).c_str(),
+                 f.Pixels);
     between = ", ";
   }
   std::fprintf(file, "]}");
@@ -146,16 +138,17 @@ bool TResult::SamePicture() const {
 
 double TResult::FallbackShare() const {
   double pixels = 0;
-  double fallbacks = -1;
+  double fallbacks = 0;
   for (const TKernelCount& kernel : Kernels) {
     pixels += kernel.Pixels;
   }
   for (const TFallbackCount& fallback : Fallbacks) {
-    if (fallback.Pixels >= 0) {
-      fallbacks = std::max(fallbacks, 0.0) + fallback.Pixels;
-    }
+    fallbacks += fallback.Pixels;
   }
-  return fallbacks > 0 ? fallbacks / std::max(pixels, fallbacks) : fallbacks;
+  if (pixels == 0 && fallbacks == 0) {
+    return -1;
+  }
+  return fallbacks / std::max(pixels, fallbacks);
 }
 
 double AimOf(const std::string& family) {

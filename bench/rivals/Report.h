@@ -17,8 +17,7 @@ struct TKernelCount {
 
 struct TFallbackCount {
   std::string Reason;
-  double Count = 0;   ///< of pixels, rows or triangles
-  double Pixels = -1; ///< below 0 if they are not known
+  double Pixels = 0;
 };
 
 struct TResult {

@@ -20,16 +20,13 @@
 ///     open FAMILY NAME   new context, first frame           ready ITEMS
 ///     turn SECONDS       draws frames as long as that       best NANOSECONDS FRAMES
 ///     close              one frame more, its counters,      kernel NAME TRIANGLES ROWS PIXELS
-///                        which come before the picture's    fallback REASON COUNT [PIXELS]
+///                        which come before the picture's    fallback REASON PIXELS
 ///                        mean red, green, blue              mean R G B
-///
-/// The count of a fallback may be of anything; how many pixels were computed exactly because of it
-/// stands behind it where that is known.
 ///
 /// What goes wrong is answered by `error TEXT`.
 ///
 /// `THost` is a side: `TGl& Gl()`, `bool Create()`, `unsigned int Error()` (as of GetError),
-/// `ResetCounters()`, `PrintCounters()` and the static `List(TScene<TGl>&)`.
+/// `StartCounters()`, `PrintCounters()` and the static `List(TScene<TGl>&)`.
 namespace rivals {
 
 /// Seconds by one of the system's clocks.
@@ -126,7 +123,7 @@ private:
   }
 
   void Close() {
-    m_Open->Host.ResetCounters();
+    m_Open->Host.StartCounters();
     Frame();
     m_Open->Host.PrintCounters();
     std::vector<unsigned char> pixels(4 * kSize * kSize);

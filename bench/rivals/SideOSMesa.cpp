@@ -124,7 +124,7 @@ public:
 
   TGl& Gl() { return m_Gl; }
   unsigned int Error() { return glGetError(); }
-  void ResetCounters() {}
+  void StartCounters() {}
   void PrintCounters() {}
   static void List(rivals::TScene<TGl>& scene) { rivals::ListWorkloads(scene); }
 

@@ -1,6 +1,9 @@
-// The library's side of the comparison.
+// The library's side of the comparison, linked from the renderer's objects: its counters are not
+// exported.
 
 #include "ZxCore3DSide.h"
+
+#include <ZxCore3D/render/common/KernelCounters.h>
 
 #include "Side.h"
 
@@ -14,9 +17,11 @@ public:
 
   TGl& Gl() { return m_Gl; }
   unsigned int Error() { return m_Gl.GetError(); }
-  // The place of the kernels' counters, once there are any; see Side.h for the lines.
-  void ResetCounters() {}
-  void PrintCounters() {}
+  void StartCounters() { Zx3D::StartKernelCounters(); }
+  void PrintCounters() {
+    Zx3D::StopKernelCounters();
+    Zx3D::PrintKernelCounters(Zx3D::KernelCounters(), stdout);
+  }
   static void List(rivals::TScene<TGl>& scene) { rivals::ListAll(scene); }
 
 private:

@@ -37,7 +37,7 @@ one core.
 
 Printed beside each row: whether the pictures' mean colours are the same; the kernel that drew most
 pixels, with its share; the share of pixels that fell back to exact computation, marked by "!" above
-3 %, with the commonest reason and its count. "-" if the library counts none of these. Progress goes to standard error.
+3 %, with the commonest reason. "-" if no pixel was counted. Progress goes to standard error.
 
 Ends with 0 if everything ran and showed the same, even where aims are missed; with 1 if not; with 2
 for wrong options.
@@ -209,10 +209,9 @@ bool CloseSide(TSideProcess* side, int index, TResult* result) {
       if (counts) {
         result->Kernels.push_back({name, a, b, c});
       }
-    } else if (const int read = std::sscanf(answer.c_str(), "fallback %127s %lf %lf", name, &a, &b);
-               read >= 2) {
+    } else if (std::sscanf(answer.c_str(), "fallback %127s %lf", name, &a) == 2) {
       if (counts) {
-        result->Fallbacks.push_back({name, a, read == 3 ? b : -1});
+        result->Fallbacks.push_back({name, a});
       }
     } else {
       break;
