@@ -17,69 +17,126 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Steps of the sum that one packed panel holds: 16 KiB with the widest vectors, so that the rows
+/// Steps of the sum that one packed strip holds: 16 KiB with the widest vectors, so that the rows
 /// on the left find room beside it in the first cache.
 constexpr size_t PanelSteps = 128;
+/// Rows of the left matrix that all strips see one after the other: with `PanelSteps` of their
+/// steps they stay in the second cache.
+constexpr size_t BlockRows = 256;
+/// Up to so many elements the right matrix is read where it stands.
+constexpr size_t UnpackedElements = 1024;
 
-/// res(y, x) is the sum over k of l[y * rowStride + k * stepStride] * r(k, x). With `upper` only
-/// elements on and above the diagonal are certain to be written.
-template <size_t Vectors>
-HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStride, const double* r,
-                             double* res, size_t rows, size_t inner, size_t columns, size_t x,
-                             size_t width) {
-  const DOUBLES d;
-  const size_t stripColumns = Vectors * hn::Lanes(d);
+/// The operands of res(y, x), the sum over k of l[y * rowStride + k * stepStride] * r(k, x).
+struct PRODUCT {
+  const double* l;
+  size_t rowStride;
+  size_t stepStride;
+  const double* r;
+  double* res;
+  size_t rows;
+  size_t inner;
+  size_t columns;
+  /// Only elements on and above the diagonal are certain to be written.
+  bool upper;
+};
+
+/// The rows from `top` to `bottom` of a strip of columns from `x` on, and of the sums the steps
+/// from `k` on. `second` is the distance of the two vectors that the strip consists of.
+template <size_t Vectors, class D>
+HWY_INLINE void ProductStrip(D d, const PRODUCT& p, size_t top, size_t bottom, size_t k,
+                             size_t steps, size_t x, size_t second) {
+  const size_t lanes = hn::Lanes(d);
   HWY_ALIGN double panel[PanelSteps * MaxTileColumns];
-  HWY_ALIGN double edge[TileRows * MaxTileColumns];
-  for (size_t k = 0; k < inner; k += PanelSteps) {
-    const size_t steps = std::min(PanelSteps, inner - k);
+  const double* right = p.r + k * p.columns + x;
+  VECTOR_ROWS rightRows = {p.columns, second};
+  if (p.inner * p.columns > UnpackedElements) {
     for (size_t t = 0; t < steps; ++t) {
-      const double* from = r + (k + t) * columns + x;
-      double* to = panel + t * stripColumns;
-      CopyRowRepeating(from, width, to, stripColumns);
+      for (size_t v = 0; v < Vectors; ++v) {
+        hn::Store(hn::LoadU(d, right + t * p.columns + v * second), d,
+                  panel + (t * Vectors + v) * lanes);
+      }
     }
-    for (size_t y = 0; y < rows; y += TileRows) {
-      const size_t count = std::min(TileRows, rows - y);
-      const double* m = l + y * rowStride + k * stepStride;
-      double* tile = res + y * columns + x;
-      if (width == stripColumns) {
-        UpdateTileRows<Vectors>(count, tile, columns, m, rowStride, stepStride, panel, steps,
-                                k == 0, ADD());
-        continue;
-      }
-      for (size_t i = 0; i < count && k != 0; ++i) {
-        CopyRowRepeating(tile + i * columns, width, edge + i * stripColumns, stripColumns);
-      }
-      UpdateTileRows<Vectors>(count, edge, stripColumns, m, rowStride, stepStride, panel, steps,
-                              k == 0, ADD());
-      for (size_t i = 0; i < count; ++i) {
-        CopyRow(edge + i * stripColumns, width, tile + i * columns);
+    right = panel;
+    rightRows = {Vectors * lanes, lanes};
+  }
+  for (size_t y = top; y < bottom; y += TileRows) {
+    UpdateTileRows<Vectors>(d, std::min(TileRows, bottom - y), p.res + y * p.columns + x,
+                            {p.columns, second}, p.l + y * p.rowStride + k * p.stepStride,
+                            p.rowStride, p.stepStride, right, rightRows, steps, k == 0, ADD());
+  }
+}
+
+/// A product whose result has at least as many columns as a vector of `d` has lanes.
+template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
+  const size_t lanes = hn::Lanes(d);
+  for (size_t top = 0; top < p.rows; top += BlockRows) {
+    const size_t blockBottom = std::min(p.rows, top + BlockRows);
+    for (size_t k = 0; k < p.inner; k += PanelSteps) {
+      const size_t steps = std::min(PanelSteps, p.inner - k);
+      for (size_t x = 0; x < p.columns;) {
+        // What doesn't fill its vectors lets them overlap, within one strip, where a column that
+        // two vectors hold gets the same value from both.
+        const size_t left = p.columns - x;
+        const bool single = left == lanes || (left > 2 * lanes && left < 3 * lanes);
+        const size_t width = single ? lanes : std::min(left, 2 * lanes);
+        const size_t bottom = p.upper ? std::min(blockBottom, x + width) : blockBottom;
+        if (single) {
+          ProductStrip<1>(d, p, top, bottom, k, steps, x, lanes);
+        } else {
+          ProductStrip<2>(d, p, top, bottom, k, steps, x, width - lanes);
+        }
+        x += width;
       }
     }
   }
 }
 
+/// The product of two n by n matrices with all sizes known to the compiler, as one tile. False,
+/// with nothing done, for any n but a few small ones.
+HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_t stepStride,
+                              const double* r, double* res) {
+  switch (n) {
+#define ZX_SQUARE_PRODUCT(size)                                                                    \
+  case size: {                                                                                     \
+    using D = hn::CappedTag<double, (size < 4 ? 2 : 4)>;                                           \
+    constexpr size_t lanes = hn::MaxLanes(D());                                                    \
+    if constexpr (size > lanes && size <= 2 * lanes) {                                             \
+      constexpr VECTOR_ROWS square = {size, size - lanes};                                         \
+      UpdateTile<size, 2>(D(), res, square, l, rowStride, stepStride, r, square, size, true,       \
+                          ADD());                                                                  \
+      return true;                                                                                 \
+    } else if constexpr (size == lanes) {                                                          \
+      constexpr VECTOR_ROWS square = {size, lanes};                                                \
+      UpdateTile<size, 1>(D(), res, square, l, rowStride, stepStride, r, square, size, true,       \
+                          ADD());                                                                  \
+      return true;                                                                                 \
+    }                                                                                              \
+    return false;                                                                                  \
+  }
+    ZX_SQUARE_PRODUCT(2)
+    ZX_SQUARE_PRODUCT(3)
+    ZX_SQUARE_PRODUCT(4)
+    ZX_SQUARE_PRODUCT(5)
+    ZX_SQUARE_PRODUCT(6)
+#undef ZX_SQUARE_PRODUCT
+  }
+  return false;
+}
+
 void Product(const double* l, size_t rowStride, size_t stepStride, const double* r, double* res,
              size_t rows, size_t inner, size_t columns, bool upper) {
-  const size_t lanes = hn::Lanes(DOUBLES());
-  // The last strip may go over columns that are done, which gives them the same values again; a sum
-  // that is made in several parts would get the last of them twice.
-  const bool again = inner <= PanelSteps;
-  for (size_t x = 0; x < columns;) {
-    const size_t left = columns - x;
-    const bool single = left <= lanes || (left < 2 * lanes && columns < 2 * lanes);
-    const size_t whole = single ? lanes : 2 * lanes;
-    const size_t width = std::min(left, whole);
-    const size_t begin = again && columns >= whole ? x + width - whole : x;
-    const size_t stripRows = upper ? std::min(rows, x + width) : rows;
-    if (single) {
-      ProductStrip<1>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
-                      x + width - begin);
-    } else {
-      ProductStrip<2>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
-                      x + width - begin);
-    }
-    x += width;
+  if (rows == inner && rows == columns && SquareProduct(rows, l, rowStride, stepStride, r, res)) {
+    return;
+  }
+  const PRODUCT p = {l, rowStride, stepStride, r, res, rows, inner, columns, upper};
+  if (columns >= hn::MaxLanes(DOUBLES())) {
+    ProductByVectors(DOUBLES(), p);
+  } else if (columns >= 4) {
+    ProductByVectors(hn::CappedTag<double, 4>(), p);
+  } else if (columns >= 2) {
+    ProductByVectors(hn::CappedTag<double, 2>(), p);
+  } else {
+    ProductByVectors(hn::CappedTag<double, 1>(), p);
   }
 }
 
@@ -123,6 +180,104 @@ void AddRows(const double* a, const double* v, double* res, size_t rows, size_t 
   }
 }
 
+/// res[y + i] = the dot products of `Groups` times as many rows from y on as a vector of `d` has
+/// lanes with `v`: each lane is a row's sum. There must be at least as many columns as lanes.
+template <size_t Groups, class D>
+HWY_INLINE void MultiplyRowGroups(D d, const double* HWY_RESTRICT rows,
+                                  const double* HWY_RESTRICT v, double* HWY_RESTRICT res,
+                                  size_t columns) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  hn::Vec<D> sums[Groups];
+  for (size_t g = 0; g < Groups; ++g) {
+    sums[g] = hn::Zero(d);
+  }
+  size_t x = 0;
+  for (; x + lanes <= columns; x += lanes) {
+    HWY_UNROLL(4)
+    for (size_t g = 0; g < Groups; ++g) {
+      hn::Vec<D> block[lanes];
+      LoadTransposed(d, rows + g * lanes * columns + x, columns, block);
+      HWY_UNROLL(8)
+      for (size_t c = 0; c < lanes; ++c) {
+        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[x + c])));
+      }
+    }
+  }
+  for (size_t g = 0; g < Groups; ++g) {
+    if (x < columns) {
+      hn::Vec<D> block[lanes];
+      LoadTransposed(d, rows + g * lanes * columns + columns - lanes, columns, block);
+      for (size_t c = lanes - (columns - x); c < lanes; ++c) {
+        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[columns - lanes + c])));
+      }
+    }
+    hn::StoreU(sums[g], d, res + g * lanes);
+  }
+}
+
+template <class D>
+HWY_INLINE void MultiplyRowsBy(D d, const double* m, const double* v, double* res, size_t rows,
+                               size_t columns) {
+  // Sums wait for themselves, so that several vectors of them go side by side.
+  constexpr size_t lanes = hn::MaxLanes(D());
+  constexpr size_t groups = lanes == 8 ? 2 : 4;
+  size_t y = 0;
+  for (; y + groups * lanes <= rows; y += groups * lanes) {
+    MultiplyRowGroups<groups>(d, m + y * columns, v, res + y, columns);
+  }
+  for (; y < rows; y += lanes) {
+    // The last rows may be done once more, with the same sums.
+    y = std::min(y, rows - lanes);
+    MultiplyRowGroups<1>(d, m + y * columns, v, res + y, columns);
+  }
+}
+
+void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
+  const size_t least = std::min(rows, columns);
+  if (least >= hn::MaxLanes(DOUBLES())) {
+    MultiplyRowsBy(DOUBLES(), m, v, res, rows, columns);
+  } else if (least >= 4) {
+    MultiplyRowsBy(hn::CappedTag<double, 4>(), m, v, res, rows, columns);
+  } else if (least >= 2) {
+    MultiplyRowsBy(hn::CappedTag<double, 2>(), m, v, res, rows, columns);
+  } else {
+    MultiplyRowsBy(hn::CappedTag<double, 1>(), m, v, res, rows, columns);
+  }
+}
+
+/// res(x, y) = m(y, x) in blocks of as many rows and columns as a vector of `d` has lanes; there
+/// are at least as many of both.
+template <class D>
+HWY_INLINE void TransposeBy(D d, const double* HWY_RESTRICT m, double* HWY_RESTRICT res,
+                            size_t rows, size_t columns, size_t stride) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  for (size_t top = 0; top < rows; top += lanes) {
+    const size_t y = std::min(top, rows - lanes);
+    for (size_t left = 0; left < columns; left += lanes) {
+      const size_t x = std::min(left, columns - lanes);
+      hn::Vec<D> block[lanes];
+      LoadTransposed(d, m + y * columns + x, columns, block);
+      HWY_UNROLL(8)
+      for (size_t c = 0; c < lanes; ++c) {
+        hn::StoreU(block[c], d, res + (x + c) * stride + y);
+      }
+    }
+  }
+}
+
+void Transpose(const double* m, double* res, size_t rows, size_t columns, size_t stride) {
+  const size_t least = std::min(rows, columns);
+  if (least >= hn::MaxLanes(DOUBLES())) {
+    TransposeBy(DOUBLES(), m, res, rows, columns, stride);
+  } else if (least >= 4) {
+    TransposeBy(hn::CappedTag<double, 4>(), m, res, rows, columns, stride);
+  } else if (least >= 2) {
+    TransposeBy(hn::CappedTag<double, 2>(), m, res, rows, columns, stride);
+  } else {
+    TransposeBy(hn::CappedTag<double, 1>(), m, res, rows, columns, stride);
+  }
+}
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 } // namespace HWY_NAMESPACE
 } // namespace zx_math
@@ -134,34 +289,8 @@ namespace {
 
 HWY_EXPORT(Product);
 HWY_EXPORT(AddRows);
-
-/// Up to so many columns and so many products plain loops win against packing.
-constexpr unsigned long SmallColumns = 7;
-constexpr unsigned long SmallProducts = 256;
-
-template <unsigned long Columns>
-void SmallProduct(const double* l, const double* r, double* res, unsigned long rows,
-                  unsigned long inner) {
-  for (unsigned long y = 0; y < rows; ++y) {
-    double sums[Columns] = {};
-    for (unsigned long k = 0; k < inner; ++k) {
-      for (unsigned long x = 0; x < Columns; ++x) {
-        sums[x] += l[y * inner + k] * r[k * Columns + x];
-      }
-    }
-    for (unsigned long x = 0; x < Columns; ++x) {
-      res[y * Columns + x] = sums[x];
-    }
-  }
-}
-
-using SMALL_PRODUCT = void (*)(const double*, const double*, double*, unsigned long, unsigned long);
-
-constexpr SMALL_PRODUCT SmallProducts1To7[SmallColumns] = {
-    SmallProduct<1>, SmallProduct<2>, SmallProduct<3>, SmallProduct<4>,
-    SmallProduct<5>, SmallProduct<6>, SmallProduct<7>};
-
-constexpr unsigned long TransposeTile = 8;
+HWY_EXPORT(MultiplyRows);
+HWY_EXPORT(Transpose);
 
 } // namespace
 } // namespace zx_math
@@ -185,11 +314,16 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     fill(res, 0.0);
     return;
   }
-  if (columns == 0) {
+  if (columns == 0 || l.SizeY == 0) {
     return;
   }
-  if (columns <= zx_math::SmallColumns && l.SizeY * inner * columns <= zx_math::SmallProducts) {
-    zx_math::SmallProducts1To7[columns - 1](l.Data, r.Data, res.Data, l.SizeY, inner);
+  if (columns == 1) {
+    HWY_DYNAMIC_DISPATCH(MultiplyRows)(l.Data, r.Data, res.Data, l.SizeY, inner);
+    return;
+  }
+  if (l.SizeY == 1) {
+    fill(res, 0.0);
+    HWY_DYNAMIC_DISPATCH(AddRows)(r.Data, l.Data, res.Data, inner, columns);
     return;
   }
   HWY_DYNAMIC_DISPATCH(Product)
@@ -200,40 +334,18 @@ void mul(const TMatrixD& m, const TVectorD& v, TVectorD* res) {
   if (v.Size < m.SizeX || res->Size < m.SizeY) {
     return;
   }
-  // Each sum waits for itself, so that several rows go side by side.
-  constexpr unsigned long side = 8;
-  const double* row = m.Data;
-  unsigned long y = 0;
-  for (; y + side <= m.SizeY; y += side, row += side * m.SizeX) {
-    double sums[side] = {};
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      for (unsigned long i = 0; i < side; ++i) {
-        sums[i] += row[i * m.SizeX + x] * v.Data[x];
-      }
-    }
-    std::copy_n(sums, side, res->Data + y);
+  if (m.SizeX == 0) {
+    std::fill_n(res->Data, m.SizeY, 0.0);
+    return;
   }
-  for (; y < m.SizeY; ++y, row += m.SizeX) {
-    double sum = 0.0;
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      sum += row[x] * v.Data[x];
-    }
-    res->Data[y] = sum;
-  }
+  HWY_DYNAMIC_DISPATCH(MultiplyRows)(m.Data, v.Data, res->Data, m.SizeY, m.SizeX);
 }
 
 void transpose(const TMatrixD& m, TMatrixD& res) {
   if (m.SizeX == 0 || m.SizeY == 0 || (m.SizeX - 1) * res.SizeX + m.SizeY > res.SizeX * res.SizeY) {
     return;
   }
-  for (unsigned long top = 0; top < m.SizeY; top += zx_math::TransposeTile) {
-    const unsigned long bottom = std::min(top + zx_math::TransposeTile, m.SizeY);
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      for (unsigned long y = top; y < bottom; ++y) {
-        res.Data[x * res.SizeX + y] = m.Data[y * m.SizeX + x];
-      }
-    }
-  }
+  HWY_DYNAMIC_DISPATCH(Transpose)(m.Data, res.Data, m.SizeY, m.SizeX, res.SizeX);
 }
 
 void mul_mtm(const TMatrixD& a, TMatrixD* res) {

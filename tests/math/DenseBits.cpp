@@ -64,6 +64,89 @@ TEST(DenseBits, ProductLongerThanAPanel) {
   });
 }
 
+/// The sizes at which the ways change, and one less and one more.
+std::vector<unsigned long> SizesAroundThresholds() {
+  std::vector<unsigned long> sizes;
+  for (const unsigned long threshold : {64ul, 128ul, 256ul, 512ul, 1024ul}) {
+    sizes.insert(sizes.end(), {threshold - 1, threshold, threshold + 1});
+  }
+  return sizes;
+}
+
+void CheckProduct(unsigned long rows, unsigned long inner, unsigned long columns, Fill kind,
+                  std::mt19937_64& random) {
+  Values l = RandomValues(rows * inner, kind, random);
+  Values r = RandomValues(inner * columns, kind, random);
+  Values expected(rows * columns), res(rows * columns, 77.0);
+  reference::Mul(l.data(), r.data(), expected.data(), rows, inner, columns);
+  TMatrixD mres(columns, rows, res.data());
+  mul(TMatrixD(inner, rows, l.data()), TMatrixD(columns, inner, r.data()), mres);
+  ASSERT_TRUE(SameBits(res, expected)) << rows << " " << inner << " " << columns << Name(kind);
+}
+
+TEST(DenseBits, ProductOfEverySmallSize) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(11);
+    for (unsigned long n = 1; n <= 40; ++n) {
+      for (const Fill kind : AllFills) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, n, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(1, n, 41 - n, kind, random)) << "one row";
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 41 - n, 1, kind, random)) << "one column";
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 1, n, kind, random)) << "one step";
+      }
+    }
+  });
+}
+
+TEST(DenseBits, ProductAroundTheThresholds) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(12);
+    for (const unsigned long n : SizesAroundThresholds()) {
+      for (const Fill kind : {Fill::Plain, Fill::Special}) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 9, 21, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(9, n, 18, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(3, 7, n, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, 1, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(1, 5, n, kind, random));
+      }
+      if (n < 130) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, n, Fill::Special, random));
+      }
+    }
+    ASSERT_NO_FATAL_FAILURE(CheckProduct(257, 257, 257, Fill::Plain, random));
+  });
+}
+
+TEST(DenseBits, MatrixByVector) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(13);
+    const auto check = [&](unsigned long rows, unsigned long columns, Fill kind) {
+      Values m = RandomValues(rows * columns, kind, random);
+      Values v = RandomValues(columns, kind, random);
+      Values expected(rows), res(rows + 1, 77.0);
+      reference::Mul(m.data(), v.data(), expected.data(), rows, columns, 1);
+      TVectorD right, product;
+      right.Create(columns, v.data());
+      product.Create(rows + 1, res.data());
+      mul(TMatrixD(columns, rows, m.data()), right, &product);
+      ASSERT_EQ(res.back(), 77.0) << "is not the result's";
+      ASSERT_TRUE(SameBits(res.data(), expected.data(), rows)) << rows << " " << columns;
+    };
+    for (unsigned long n = 1; n <= 40; ++n) {
+      for (const unsigned long other : {0ul, 1ul, 2ul, 3ul, 4ul, 5ul, 7ul, 8ul, 9ul, 17ul, n}) {
+        for (const Fill kind : AllFills) {
+          ASSERT_NO_FATAL_FAILURE(check(n, other, kind));
+          ASSERT_NO_FATAL_FAILURE(check(other, n, kind));
+        }
+      }
+    }
+    for (const unsigned long n : SizesAroundThresholds()) {
+      ASSERT_NO_FATAL_FAILURE(check(n, 13, Fill::Special));
+      ASSERT_NO_FATAL_FAILURE(check(19, n, Fill::Special));
+    }
+  });
+}
+
 TEST(DenseBits, InverseEx) {
   ForEachSizeAndFill(3, [](unsigned long n, Fill kind, std::mt19937_64& random) {
     const Values a = RandomValues(n * n, kind, random);
@@ -176,17 +259,25 @@ TEST(DenseBits, NormalMatrixAndLeastSquares) {
 }
 
 TEST(DenseBits, Transpose) {
-  std::mt19937_64 random(9);
-  for (const unsigned long sizeX : Sizes) {
-    for (const unsigned long sizeY : {1ul, 7ul, 8ul, 9ul, 30ul}) {
-      Values m = RandomValues(sizeX * sizeY, Fill::Special, random);
-      Values res(sizeX * sizeY, 4.0), expected(sizeX * sizeY, 4.0);
-      TMatrixD mres(sizeY, sizeX, res.data());
-      transpose(TMatrixD(sizeX, sizeY, m.data()), mres);
-      reference::Transpose(m.data(), expected.data(), sizeX, sizeY, sizeY);
-      ASSERT_TRUE(SameBits(res, expected));
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(9);
+    std::vector<unsigned long> sizes = SizesAroundThresholds();
+    for (unsigned long n = 1; n <= 40; ++n) {
+      sizes.push_back(n);
     }
-  }
+    for (const unsigned long sizeX : sizes) {
+      for (const unsigned long sizeY : {1ul, 2ul, 3ul, 4ul, 5ul, 7ul, 8ul, 9ul, 30ul}) {
+        for (const unsigned long stride : {sizeY, sizeY + 3}) {
+          Values m = RandomValues(sizeX * sizeY, Fill::Special, random);
+          Values res(sizeX * stride, 4.0), expected = res;
+          TMatrixD mres(stride, sizeX, res.data());
+          transpose(TMatrixD(sizeX, sizeY, m.data()), mres);
+          reference::Transpose(m.data(), expected.data(), sizeX, sizeY, stride);
+          ASSERT_TRUE(SameBits(res, expected)) << sizeX << " " << sizeY << " " << stride;
+        }
+      }
+    }
+  });
 }
 
 /// NaNs that carry something: which of two NaNs goes on is open, that it is a NaN is not.

@@ -41,32 +41,38 @@ struct SUBTRACT {
   }
 };
 
-/// tile(i, j) = op(tile(i, j), m(i, t), panel(t, j)) for t ascending below `count`. `panel` has
-/// `Vectors` whole vectors in a row. With `fresh` the tile starts at 0.0 instead of at its old
-/// value.
-template <size_t Rows, size_t Vectors, class Op>
-HWY_INLINE void UpdateTile(double* HWY_RESTRICT tile, size_t stride, const double* HWY_RESTRICT m,
-                           size_t rowStride, size_t stepStride, const double* HWY_RESTRICT panel,
-                           size_t count, bool fresh, Op op) {
-  const DOUBLES d;
-  const size_t lanes = hn::Lanes(d);
-  hn::Vec<DOUBLES> sums[Rows][Vectors];
+/// Where the vectors of a tile's rows lie: the rows `stride` apart, the second vector of a row
+/// `second` doubles behind the first. Vectors that overlap hold the same values where they do.
+struct VECTOR_ROWS {
+  size_t stride;
+  size_t second;
+};
+
+/// tile(i, j) = op(tile(i, j), m(i, t), right(t, j)) for t ascending below `count`, in rows of
+/// `Vectors` vectors. With `fresh` the tile starts at 0.0 instead of at its old value.
+template <size_t Rows, size_t Vectors, class D, class Op>
+HWY_INLINE void UpdateTile(D d, double* HWY_RESTRICT tile, VECTOR_ROWS tileRows,
+                           const double* HWY_RESTRICT m, size_t rowStride, size_t stepStride,
+                           const double* HWY_RESTRICT right, VECTOR_ROWS rightRows, size_t count,
+                           bool fresh, Op op) {
+  hn::Vec<D> sums[Rows][Vectors];
   HWY_UNROLL(8)
   for (size_t i = 0; i < Rows; ++i) {
     HWY_UNROLL(2)
     for (size_t v = 0; v < Vectors; ++v) {
-      sums[i][v] = fresh ? hn::Zero(d) : hn::LoadU(d, tile + i * stride + v * lanes);
+      sums[i][v] =
+          fresh ? hn::Zero(d) : hn::LoadU(d, tile + i * tileRows.stride + v * tileRows.second);
     }
   }
   for (size_t t = 0; t < count; ++t) {
-    hn::Vec<DOUBLES> p[Vectors];
+    hn::Vec<D> p[Vectors];
     HWY_UNROLL(2)
     for (size_t v = 0; v < Vectors; ++v) {
-      p[v] = hn::Load(d, panel + (t * Vectors + v) * lanes);
+      p[v] = hn::LoadU(d, right + t * rightRows.stride + v * rightRows.second);
     }
     HWY_UNROLL(8)
     for (size_t i = 0; i < Rows; ++i) {
-      const hn::Vec<DOUBLES> factor = hn::Set(d, m[i * rowStride + t * stepStride]);
+      const hn::Vec<D> factor = hn::Set(d, m[i * rowStride + t * stepStride]);
       HWY_UNROLL(2)
       for (size_t v = 0; v < Vectors; ++v) {
         sums[i][v] = op(sums[i][v], factor, p[v]);
@@ -77,7 +83,7 @@ HWY_INLINE void UpdateTile(double* HWY_RESTRICT tile, size_t stride, const doubl
   for (size_t i = 0; i < Rows; ++i) {
     HWY_UNROLL(2)
     for (size_t v = 0; v < Vectors; ++v) {
-      hn::StoreU(sums[i][v], d, tile + i * stride + v * lanes);
+      hn::StoreU(sums[i][v], d, tile + i * tileRows.stride + v * tileRows.second);
     }
   }
 }
@@ -122,15 +128,17 @@ HWY_INLINE void SwapRows(double* HWY_RESTRICT a, double* HWY_RESTRICT b, size_t 
 }
 
 /// `UpdateTile` for 1 to `TileRows` rows.
-template <size_t Vectors, class Op>
-HWY_INLINE void UpdateTileRows(size_t rows, double* tile, size_t stride, const double* m,
-                               size_t rowStride, size_t stepStride, const double* panel,
-                               size_t count, bool fresh, Op op) {
+template <size_t Vectors, class D, class Op>
+HWY_INLINE void UpdateTileRows(D d, size_t rows, double* tile, VECTOR_ROWS tileRows,
+                               const double* m, size_t rowStride, size_t stepStride,
+                               const double* right, VECTOR_ROWS rightRows, size_t count, bool fresh,
+                               Op op) {
   switch (rows) {
 #define ZX_TILE_ROWS(r)                                                                            \
   case r:                                                                                          \
     if constexpr (r <= TileRows) {                                                                 \
-      UpdateTile<r, Vectors>(tile, stride, m, rowStride, stepStride, panel, count, fresh, op);     \
+      UpdateTile<r, Vectors>(d, tile, tileRows, m, rowStride, stepStride, right, rightRows, count, \
+                             fresh, op);                                                           \
     }                                                                                              \
     return
     ZX_TILE_ROWS(1);
@@ -142,6 +150,51 @@ HWY_INLINE void UpdateTileRows(size_t rows, double* tile, size_t stride, const d
     ZX_TILE_ROWS(7);
     ZX_TILE_ROWS(8);
 #undef ZX_TILE_ROWS
+  }
+}
+
+/// A square block of `from`, whose rows are `stride` apart, with its columns as the vectors: as
+/// many of both as a vector has lanes.
+template <class D, class V>
+HWY_INLINE void LoadTransposed(D d, const double* HWY_RESTRICT from, [[maybe_unused]] size_t stride,
+                               V* columns) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+#if HWY_TARGET != HWY_SCALAR // which has no operation on pairs
+  if constexpr (lanes == 2) {
+    const V a = hn::LoadU(d, from);
+    const V b = hn::LoadU(d, from + stride);
+    columns[0] = hn::InterleaveLower(d, a, b);
+    columns[1] = hn::InterleaveUpper(d, a, b);
+  } else if constexpr (lanes > 2) {
+    // Halves that are joined as they are loaded: four rows of two lanes, or eight of four.
+    const hn::Half<D> half;
+    V rows[lanes];
+    HWY_UNROLL(4)
+    for (size_t i = 0; i < lanes / 2; ++i) {
+      HWY_UNROLL(2)
+      for (size_t j = 0; j < lanes; j += lanes / 2) {
+        rows[i + j] = hn::Combine(d, hn::LoadU(half, from + (i + lanes / 2) * stride + j),
+                                  hn::LoadU(half, from + i * stride + j));
+      }
+    }
+    if constexpr (lanes == 8) {
+      HWY_UNROLL(4)
+      for (const size_t i : {0, 1, 4, 5}) {
+        const V a = rows[i];
+        const V b = rows[i + 2];
+        rows[i] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(b), a);
+        rows[i + 2] = hn::OddEvenBlocks(b, hn::SwapAdjacentBlocks(a));
+      }
+    }
+    HWY_UNROLL(4)
+    for (size_t i = 0; i < lanes; i += 2) {
+      columns[i] = hn::InterleaveLower(d, rows[i], rows[i + 1]);
+      columns[i + 1] = hn::InterleaveUpper(d, rows[i], rows[i + 1]);
+    }
+  }
+#endif
+  if constexpr (lanes == 1) {
+    columns[0] = hn::LoadU(d, from);
   }
 }
 
