@@ -113,9 +113,10 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
   for (size_t i = 0; i < rows;) {
     const size_t group = std::min(TileRows, rows - i);
     if (std::find(skips + i, skips + i + group, 1) == skips + i + group) {
-      UpdateTileRows<2>(DOUBLES(), group, tile + i * stride, {stride, width / 2},
-                        multipliers + i * PanelPivots, PanelPivots, 1, pivots, {width, width / 2},
-                        count, false, SUBTRACT());
+      UpdateTileRows<2>(DOUBLES(), group, STRIDED_ROWS<double>{tile + i * stride, stride},
+                        width / 2,
+                        STRIDED_ROWS<const double>{multipliers + i * PanelPivots, PanelPivots}, 1,
+                        pivots, {width, width / 2}, count, false, SUBTRACT());
       i += group;
       continue;
     }

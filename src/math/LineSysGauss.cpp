@@ -11,27 +11,37 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/LineSysGauss.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/private/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/PanelElimination-inl.h>
+
+#ifndef ZX_MATH_LINE_SYS_GAUSS_ONCE
+#define ZX_MATH_LINE_SYS_GAUSS_ONCE
+
+namespace zx_math {
+
+/// Brings the row with the largest magnitude in `column`, the first of them, to perm[k]. False when
+/// no magnitude is above 0; a NaN is not.
+inline bool FindPivotInColumn(const double* column, unsigned long n, unsigned long k,
+                              unsigned long* perm) {
+  double largest = 0.0;
+  unsigned long p = k;
+  for (unsigned long i = k; i < n; ++i) {
+    const double v = std::fabs(column[perm[i] * n]);
+    if (v > largest) {
+      largest = v;
+      p = i;
+    }
+  }
+  std::swap(perm[k], perm[p]);
+  return largest != 0.0;
+}
+
+} // namespace zx_math
+
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
-
-/// row[j] = row[j] * g - pivot[j]
-HWY_INLINE void RescaleAndSubtract(double* HWY_RESTRICT row, double g,
-                                   const double* HWY_RESTRICT pivot, size_t count) {
-  const DOUBLES d;
-  const size_t lanes = hn::Lanes(d);
-  const hn::Vec<DOUBLES> factor = hn::Set(d, g);
-  size_t j = 0;
-  for (; j + lanes <= count; j += lanes) {
-    hn::StoreU(hn::Sub(hn::Mul(hn::LoadU(d, row + j), factor), hn::LoadU(d, pivot + j)), d,
-               row + j);
-  }
-  for (; j < count; ++j) {
-    row[j] = row[j] * g - pivot[j];
-  }
-}
 
 /// Normalises the pivot row of step k and eliminates below it.
 void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
@@ -48,9 +58,24 @@ void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
     }
     const double g = 1.0 / row[k];
     row[k] = 0.0;
-    RescaleAndSubtract(row + k + 1, g, pivotRow + k + 1, n - k - 1);
+    ApplyToRow(row + k + 1, g, pivotRow + k + 1, n - k - 1, RESCALE());
     b[perm[i]] = g * b[perm[i]] - b[perm[k]];
   }
+}
+
+struct BY_RECIPROCALS {
+  RESCALE op;
+  static constexpr bool ScalesPivots = true;
+
+  bool FindPivot(const double* column, size_t n, size_t k, unsigned long* perm) const {
+    return FindPivotInColumn(column, n, k, perm);
+  }
+  double Factor(double element, double) const { return 1.0 / element; }
+};
+
+unsigned long EliminateRescaledByPanels(double* a, unsigned long n, double* b,
+                                        unsigned long* perm) {
+  return TPanelElimination<BY_RECIPROCALS>(a, n, b, perm, {}).Run();
 }
 
 /// The largest magnitude of a row above `floor`, or `floor`. A NaN is never larger.
@@ -106,7 +131,25 @@ namespace zx_math {
 namespace {
 
 HWY_EXPORT(EliminateRescaled);
+HWY_EXPORT(EliminateRescaledByPanels);
 HWY_EXPORT(FindPivot);
+
+/// From here on panels win.
+constexpr unsigned long PanelUnknowns = 40;
+
+/// False when a step has no pivot.
+bool Eliminate(double* a, unsigned long n, double* b, unsigned long* perm) {
+  if (n >= PanelUnknowns) {
+    return HWY_DYNAMIC_DISPATCH(EliminateRescaledByPanels)(a, n, b, perm) == n;
+  }
+  for (unsigned long k = 0; k < n; ++k) {
+    if (!FindPivotInColumn(a + k, n, k, perm)) {
+      return false;
+    }
+    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm);
+  }
+  return true;
+}
 
 void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsigned long* perm) {
   for (unsigned long c = n - 1; c >= 1; --c) {
@@ -132,21 +175,8 @@ bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
   }
   const std::unique_ptr<unsigned long[]> perm(new unsigned long[n]);
   std::iota(perm.get(), perm.get() + n, 0UL);
-  for (unsigned long k = 0; k < n; ++k) {
-    double largest = 0.0;
-    unsigned long p = k;
-    for (unsigned long i = k; i < n; ++i) {
-      const double v = std::fabs(a[perm[i] * n + k]);
-      if (v > largest) {
-        largest = v;
-        p = i;
-      }
-    }
-    if (largest == 0.0) {
-      return false;
-    }
-    std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm.get());
+  if (!zx_math::Eliminate(a, n, b, perm.get())) {
+    return false;
   }
   zx_math::SubstituteByColumns(a, n, b, perm.get());
   for (unsigned long i = 0; i < n; ++i) {

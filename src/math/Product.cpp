@@ -60,9 +60,10 @@ HWY_INLINE void ProductStrip(D d, const PRODUCT& p, size_t top, size_t bottom, s
     rightRows = {Vectors * lanes, lanes};
   }
   for (size_t y = top; y < bottom; y += TileRows) {
-    UpdateTileRows<Vectors>(d, std::min(TileRows, bottom - y), p.res + y * p.columns + x,
-                            {p.columns, second}, p.l + y * p.rowStride + k * p.stepStride,
-                            p.rowStride, p.stepStride, right, rightRows, steps, k == 0, ADD());
+    const STRIDED_ROWS<double> tile = {p.res + y * p.columns + x, p.columns};
+    const STRIDED_ROWS<const double> left = {p.l + y * p.rowStride + k * p.stepStride, p.rowStride};
+    UpdateTileRows<Vectors>(d, std::min(TileRows, bottom - y), tile, second, left, p.stepStride,
+                            right, rightRows, steps, k == 0, ADD());
   }
 }
 
@@ -74,13 +75,9 @@ template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
     for (size_t k = 0; k < p.inner; k += PanelSteps) {
       const size_t steps = std::min(PanelSteps, p.inner - k);
       for (size_t x = 0; x < p.columns;) {
-        // What doesn't fill its vectors lets them overlap, within one strip, where a column that
-        // two vectors hold gets the same value from both.
-        const size_t left = p.columns - x;
-        const bool single = left == lanes || (left > 2 * lanes && left < 3 * lanes);
-        const size_t width = single ? lanes : std::min(left, 2 * lanes);
+        const size_t width = StripWidth(p.columns - x, lanes);
         const size_t bottom = p.upper ? std::min(blockBottom, x + width) : blockBottom;
-        if (single) {
+        if (width == lanes) {
           ProductStrip<1>(d, p, top, bottom, k, steps, x, lanes);
         } else {
           ProductStrip<2>(d, p, top, bottom, k, steps, x, width - lanes);
@@ -95,20 +92,17 @@ template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
 /// with nothing done, for any n but a few small ones.
 HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_t stepStride,
                               const double* r, double* res) {
+  const STRIDED_ROWS<const double> left = {l, rowStride};
   switch (n) {
 #define ZX_SQUARE_PRODUCT(size)                                                                    \
   case size: {                                                                                     \
     using D = hn::CappedTag<double, (size < 4 ? 2 : 4)>;                                           \
     constexpr size_t lanes = hn::MaxLanes(D());                                                    \
-    if constexpr (size > lanes && size <= 2 * lanes) {                                             \
-      constexpr VECTOR_ROWS square = {size, size - lanes};                                         \
-      UpdateTile<size, 2>(D(), res, square, l, rowStride, stepStride, r, square, size, true,       \
-                          ADD());                                                                  \
-      return true;                                                                                 \
-    } else if constexpr (size == lanes) {                                                          \
-      constexpr VECTOR_ROWS square = {size, lanes};                                                \
-      UpdateTile<size, 1>(D(), res, square, l, rowStride, stepStride, r, square, size, true,       \
-                          ADD());                                                                  \
+    constexpr size_t vectors = (size + lanes - 1) / lanes;                                         \
+    if constexpr (vectors <= 2) {                                                                  \
+      constexpr size_t second = size - lanes;                                                      \
+      UpdateTile<size, vectors>(D(), STRIDED_ROWS<double>{res, size}, second, left, stepStride, r, \
+                                {size, second}, size, true, ADD());                                \
       return true;                                                                                 \
     }                                                                                              \
     return false;                                                                                  \
@@ -119,8 +113,9 @@ HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_
     ZX_SQUARE_PRODUCT(5)
     ZX_SQUARE_PRODUCT(6)
 #undef ZX_SQUARE_PRODUCT
+  default:
+    return false;
   }
-  return false;
 }
 
 void Product(const double* l, size_t rowStride, size_t stepStride, const double* r, double* res,

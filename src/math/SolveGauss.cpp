@@ -12,7 +12,36 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/private/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/PanelElimination-inl.h>
+
+#ifndef ZX_MATH_SOLVE_GAUSS_ONCE
+#define ZX_MATH_SOLVE_GAUSS_ONCE
+
+namespace zx_math {
+
+/// Brings the row with the largest magnitude in `column`, the first of them, to perm[k]. False when
+/// `tol` is greater than its position.
+inline bool FindPivotByPosition(const double* column, unsigned long n, unsigned long k,
+                                unsigned long* perm, double tol) {
+  unsigned long p = k;
+  double largest = std::fabs(column[perm[k] * n]);
+  for (unsigned long i = k + 1; i < n; ++i) {
+    const double v = std::fabs(column[perm[i] * n]);
+    if (v > largest) {
+      largest = v;
+      p = i;
+    }
+  }
+  if (tol > static_cast<double>(p)) {
+    return false;
+  }
+  std::swap(perm[k], perm[p]);
+  return true;
+}
+
+} // namespace zx_math
+
+#endif
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
@@ -34,6 +63,22 @@ void EliminateBelow(double* a, unsigned long n, double* b, unsigned long k,
   }
 }
 
+struct BY_QUOTIENTS {
+  double tol;
+  SUBTRACT op;
+  static constexpr bool ScalesPivots = false;
+
+  bool FindPivot(const double* column, size_t n, size_t k, unsigned long* perm) const {
+    return FindPivotByPosition(column, n, k, perm, tol);
+  }
+  double Factor(double element, double pivot) const { return element / pivot; }
+};
+
+unsigned long EliminateByPanels(double* a, unsigned long n, double* b, unsigned long* perm,
+                                double tol) {
+  return TPanelElimination<BY_QUOTIENTS>(a, n, b, perm, {tol, {}}).Run();
+}
+
 // NOLINTNEXTLINE(google-readability-namespace-comments)
 } // namespace HWY_NAMESPACE
 } // namespace zx_math
@@ -44,8 +89,25 @@ namespace zx_math {
 namespace {
 
 HWY_EXPORT(EliminateBelow);
+HWY_EXPORT(EliminateByPanels);
 
 constexpr unsigned long LocalUnknowns = 128;
+/// From here on panels win.
+constexpr unsigned long PanelUnknowns = 40;
+
+/// The number of steps that were made.
+unsigned long Eliminate(double* a, unsigned long n, double* b, double tol, unsigned long* perm) {
+  if (n >= PanelUnknowns) {
+    return HWY_DYNAMIC_DISPATCH(EliminateByPanels)(a, n, b, perm, tol);
+  }
+  for (unsigned long k = 0; k < n; ++k) {
+    if (!FindPivotByPosition(a + k, n, k, perm, tol)) {
+      return k;
+    }
+    HWY_DYNAMIC_DISPATCH(EliminateBelow)(a, n, b, k, perm);
+  }
+  return n;
+}
 
 } // namespace
 } // namespace zx_math
@@ -66,24 +128,12 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
     }
   }
   std::iota(perm, perm + n, 0UL);
-  for (unsigned long k = 0; k < n; ++k) {
-    unsigned long p = k;
-    double largest = std::fabs(a[perm[k] * n + k]);
-    for (unsigned long i = k + 1; i < n; ++i) {
-      const double v = std::fabs(a[perm[i] * n + k]);
-      if (v > largest) {
-        largest = v;
-        p = i;
-      }
-    }
-    if (tol > static_cast<double>(p)) {
-      if (rank) {
-        *rank = k;
-      }
-      return false;
-    }
-    std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(EliminateBelow)(a, n, b, k, perm);
+  const unsigned long steps = zx_math::Eliminate(a, n, b, tol, perm);
+  if (rank) {
+    *rank = steps;
+  }
+  if (steps < n) {
+    return false;
   }
   for (unsigned long i = n; i-- > 0;) {
     const double* row = a + perm[i] * n;
@@ -92,9 +142,6 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
       sum -= row[j] * x[j];
     }
     x[i] = sum / row[i];
-  }
-  if (rank) {
-    *rank = n;
   }
   return true;
 }
