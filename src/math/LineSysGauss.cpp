@@ -13,69 +13,39 @@
 
 #include <ZxCore3D/math/private/PanelElimination-inl.h>
 
-#ifndef ZX_MATH_LINE_SYS_GAUSS_ONCE
-#define ZX_MATH_LINE_SYS_GAUSS_ONCE
-
-namespace zx_math {
-
-/// Brings the row with the largest magnitude in `column`, the first of them, to perm[k]. False when
-/// no magnitude is above 0; a NaN is not.
-inline bool FindPivotInColumn(const double* column, unsigned long n, unsigned long k,
-                              unsigned long* perm) {
-  double largest = 0.0;
-  unsigned long p = k;
-  for (unsigned long i = k; i < n; ++i) {
-    const double v = std::fabs(column[perm[i] * n]);
-    if (v > largest) {
-      largest = v;
-      p = i;
-    }
-  }
-  std::swap(perm[k], perm[p]);
-  return largest != 0.0;
-}
-
-} // namespace zx_math
-
-#endif
-
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
-
-/// Normalises the pivot row of step k and eliminates below it.
-void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
-                       const unsigned long* perm) {
-  double* pivotRow = a + perm[k] * n;
-  const double f = 1.0 / pivotRow[k];
-  pivotRow[k] = 1.0;
-  ScaleRow(pivotRow + k + 1, f, n - k - 1);
-  b[perm[k]] *= f;
-  for (unsigned long i = k + 1; i < n; ++i) {
-    double* row = a + perm[i] * n;
-    if (row[k] == 0.0) {
-      continue;
-    }
-    const double g = 1.0 / row[k];
-    row[k] = 0.0;
-    ApplyToRow(row + k + 1, g, pivotRow + k + 1, n - k - 1, RESCALE());
-    b[perm[i]] = g * b[perm[i]] - b[perm[k]];
-  }
-}
 
 struct BY_RECIPROCALS {
   RESCALE op;
   static constexpr bool ScalesPivots = true;
 
-  bool FindPivot(const double* column, size_t n, size_t k, unsigned long* perm) const {
-    return FindPivotInColumn(column, n, k, perm);
+  /// The first of the largest magnitudes; false when none is above 0. A NaN never is.
+  template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
+    double largest = 0.0;
+    for (size_t i = k; i < n; ++i) {
+      const double v = std::fabs(at(i));
+      if (v > largest) {
+        largest = v;
+        *p = i;
+      }
+    }
+    return largest != 0.0;
   }
+
   double Factor(double element, double) const { return 1.0 / element; }
 };
 
-unsigned long EliminateRescaledByPanels(double* a, unsigned long n, double* b,
-                                        unsigned long* perm) {
-  return TPanelElimination<BY_RECIPROCALS>(a, n, b, perm, {}).Run();
+/// False when a step has no pivot.
+bool EliminateByReciprocals(double* a, unsigned long n, double* b, unsigned long* perm) {
+  return TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).Run() == n;
+}
+
+/// Normalises the pivot row of step k and eliminates below it.
+void StepByReciprocals(double* a, unsigned long n, double* b, unsigned long k,
+                       unsigned long* perm) {
+  TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).StepByRows(k);
 }
 
 /// The largest magnitude of a row above `floor`, or `floor`. A NaN is never larger.
@@ -130,36 +100,30 @@ HWY_AFTER_NAMESPACE();
 namespace zx_math {
 namespace {
 
-HWY_EXPORT(EliminateRescaled);
-HWY_EXPORT(EliminateRescaledByPanels);
+HWY_EXPORT(EliminateByReciprocals);
+HWY_EXPORT(StepByReciprocals);
 HWY_EXPORT(FindPivot);
 
-/// From here on panels win.
-constexpr unsigned long PanelUnknowns = 40;
-
-/// False when a step has no pivot.
-bool Eliminate(double* a, unsigned long n, double* b, unsigned long* perm) {
-  if (n >= PanelUnknowns) {
-    return HWY_DYNAMIC_DISPATCH(EliminateRescaledByPanels)(a, n, b, perm) == n;
-  }
-  for (unsigned long k = 0; k < n; ++k) {
-    if (!FindPivotInColumn(a + k, n, k, perm)) {
-      return false;
-    }
-    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm);
-  }
-  return true;
-}
+/// Columns that a row sees together in the substitution: a cache line.
+constexpr unsigned long ColumnsTogether = 8;
 
 void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsigned long* perm) {
-  for (unsigned long c = n - 1; c >= 1; --c) {
-    const double t = b[perm[c]];
-    for (unsigned long i = 0; i < c; ++i) {
-      const double m = a[perm[i] * n + c];
-      if (m != 0.0) {
-        b[perm[i]] -= m * t;
+  const auto subtract = [&](unsigned long i, unsigned long from, unsigned long end) {
+    const double* row = a + perm[i] * n;
+    double rest = b[perm[i]];
+    for (unsigned long c = end; c-- > from;) {
+      if (row[c] != 0.0) {
+        rest -= row[c] * b[perm[c]];
       }
     }
+    b[perm[i]] = rest;
+  };
+  for (unsigned long end = n; end > 0;) {
+    const unsigned long begin = end - std::min(end, ColumnsTogether);
+    for (unsigned long i = end; i-- > 0;) {
+      subtract(i, std::max(begin, i + 1), end);
+    }
+    end = begin;
   }
 }
 
@@ -175,7 +139,7 @@ bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
   }
   const std::unique_ptr<unsigned long[]> perm(new unsigned long[n]);
   std::iota(perm.get(), perm.get() + n, 0UL);
-  if (!zx_math::Eliminate(a, n, b, perm.get())) {
+  if (!HWY_DYNAMIC_DISPATCH(EliminateByReciprocals)(a, n, b, perm.get())) {
     return false;
   }
   zx_math::SubstituteByColumns(a, n, b, perm.get());
@@ -208,7 +172,7 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
       }
       std::swap(cperm[k], cperm[c]);
     }
-    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm);
+    HWY_DYNAMIC_DISPATCH(StepByReciprocals)(a, n, b, k, perm);
   }
   zx_math::SubstituteByColumns(a, n, b, perm);
   for (unsigned long i = 0; i < n; ++i) {

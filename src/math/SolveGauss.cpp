@@ -14,69 +14,35 @@
 
 #include <ZxCore3D/math/private/PanelElimination-inl.h>
 
-#ifndef ZX_MATH_SOLVE_GAUSS_ONCE
-#define ZX_MATH_SOLVE_GAUSS_ONCE
-
-namespace zx_math {
-
-/// Brings the row with the largest magnitude in `column`, the first of them, to perm[k]. False when
-/// `tol` is greater than its position.
-inline bool FindPivotByPosition(const double* column, unsigned long n, unsigned long k,
-                                unsigned long* perm, double tol) {
-  unsigned long p = k;
-  double largest = std::fabs(column[perm[k] * n]);
-  for (unsigned long i = k + 1; i < n; ++i) {
-    const double v = std::fabs(column[perm[i] * n]);
-    if (v > largest) {
-      largest = v;
-      p = i;
-    }
-  }
-  if (tol > static_cast<double>(p)) {
-    return false;
-  }
-  std::swap(perm[k], perm[p]);
-  return true;
-}
-
-} // namespace zx_math
-
-#endif
-
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
-
-/// Eliminates below the pivot row of step k.
-void EliminateBelow(double* a, unsigned long n, double* b, unsigned long k,
-                    const unsigned long* perm) {
-  const double* pivotRow = a + perm[k] * n;
-  for (unsigned long i = k + 1; i < n; ++i) {
-    double* row = a + perm[i] * n;
-    if (row[k] == 0.0) {
-      continue;
-    }
-    const double m = row[k] / pivotRow[k];
-    row[k] = 0.0;
-    SubtractRow(row + k + 1, pivotRow + k + 1, m, n - k - 1);
-    b[perm[i]] -= m * b[perm[k]];
-  }
-}
 
 struct BY_QUOTIENTS {
   double tol;
   SUBTRACT op;
   static constexpr bool ScalesPivots = false;
 
-  bool FindPivot(const double* column, size_t n, size_t k, unsigned long* perm) const {
-    return FindPivotByPosition(column, n, k, perm, tol);
+  /// The first of the largest magnitudes; false when `tol` is greater than its position.
+  template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
+    double largest = std::fabs(at(k));
+    for (size_t i = k + 1; i < n; ++i) {
+      const double v = std::fabs(at(i));
+      if (v > largest) {
+        largest = v;
+        *p = i;
+      }
+    }
+    return !(tol > static_cast<double>(*p));
   }
+
   double Factor(double element, double pivot) const { return element / pivot; }
 };
 
-unsigned long EliminateByPanels(double* a, unsigned long n, double* b, unsigned long* perm,
-                                double tol) {
-  return TPanelElimination<BY_QUOTIENTS>(a, n, b, perm, {tol, {}}).Run();
+/// The number of steps that were made.
+unsigned long EliminateByQuotients(double* a, unsigned long n, double* b, unsigned long* perm,
+                                   double tol) {
+  return TElimination<BY_QUOTIENTS>(a, n, b, perm, {tol, {}}).Run();
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -88,26 +54,9 @@ HWY_AFTER_NAMESPACE();
 namespace zx_math {
 namespace {
 
-HWY_EXPORT(EliminateBelow);
-HWY_EXPORT(EliminateByPanels);
+HWY_EXPORT(EliminateByQuotients);
 
 constexpr unsigned long LocalUnknowns = 128;
-/// From here on panels win.
-constexpr unsigned long PanelUnknowns = 40;
-
-/// The number of steps that were made.
-unsigned long Eliminate(double* a, unsigned long n, double* b, double tol, unsigned long* perm) {
-  if (n >= PanelUnknowns) {
-    return HWY_DYNAMIC_DISPATCH(EliminateByPanels)(a, n, b, perm, tol);
-  }
-  for (unsigned long k = 0; k < n; ++k) {
-    if (!FindPivotByPosition(a + k, n, k, perm, tol)) {
-      return k;
-    }
-    HWY_DYNAMIC_DISPATCH(EliminateBelow)(a, n, b, k, perm);
-  }
-  return n;
-}
 
 } // namespace
 } // namespace zx_math
@@ -128,7 +77,7 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
     }
   }
   std::iota(perm, perm + n, 0UL);
-  const unsigned long steps = zx_math::Eliminate(a, n, b, tol, perm);
+  const unsigned long steps = HWY_DYNAMIC_DISPATCH(EliminateByQuotients)(a, n, b, perm, tol);
   if (rank) {
     *rank = steps;
   }

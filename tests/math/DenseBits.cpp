@@ -10,13 +10,24 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr unsigned long Sizes[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  12, 15, 16,
-                                   17, 23, 31, 32, 33, 47, 48, 49, 63, 65, 70, 97};
+/// The sizes at which the ways change, and one less and one more.
+std::vector<unsigned long> SizesAround(std::initializer_list<unsigned long> thresholds) {
+  std::vector<unsigned long> sizes;
+  for (const unsigned long threshold : thresholds) {
+    sizes.insert(sizes.end(), {threshold - 1, threshold, threshold + 1});
+  }
+  return sizes;
+}
 
 template <class Check> void ForEachSizeAndFill(unsigned seed, Check check) {
+  std::vector<unsigned long> sizes = SizesAround({48, 64, 128});
+  sizes.push_back(97);
+  for (unsigned long n = 1; n <= 40; ++n) {
+    sizes.push_back(n);
+  }
   AtEveryInstructionSet([&] {
     std::mt19937_64 random(seed);
-    for (const unsigned long n : Sizes) {
+    for (const unsigned long n : sizes) {
       for (const Fill kind : AllFills) {
         SCOPED_TRACE(testing::Message() << "n " << n << " " << Name(kind));
         check(n, kind, random);
@@ -26,6 +37,24 @@ template <class Check> void ForEachSizeAndFill(unsigned seed, Check check) {
       }
     }
   });
+}
+
+/// Where plain loops take long: around 256 at every instruction set, above as the library chooses.
+template <class Check> void ForLargeSizes(unsigned seed, Check check) {
+  AtEveryInstructionSet([&] {
+    std::mt19937_64 random(seed);
+    for (const unsigned long n : SizesAround({256})) {
+      for (const Fill kind : {Fill::Zeros, Fill::Special}) {
+        SCOPED_TRACE(testing::Message() << "n " << n << " " << Name(kind));
+        ASSERT_NO_FATAL_FAILURE(check(n, kind, random));
+      }
+    }
+  });
+  std::mt19937_64 random(seed);
+  for (const unsigned long n : SizesAround({512, 1024})) {
+    SCOPED_TRACE(testing::Message() << "n " << n);
+    ASSERT_NO_FATAL_FAILURE(check(n, n % 2 ? Fill::Zeros : Fill::Plain, random));
+  }
 }
 
 TEST(DenseBits, Product) {
@@ -64,15 +93,6 @@ TEST(DenseBits, ProductLongerThanAPanel) {
   });
 }
 
-/// The sizes at which the ways change, and one less and one more.
-std::vector<unsigned long> SizesAroundThresholds() {
-  std::vector<unsigned long> sizes;
-  for (const unsigned long threshold : {64ul, 128ul, 256ul, 512ul, 1024ul}) {
-    sizes.insert(sizes.end(), {threshold - 1, threshold, threshold + 1});
-  }
-  return sizes;
-}
-
 void CheckProduct(unsigned long rows, unsigned long inner, unsigned long columns, Fill kind,
                   std::mt19937_64& random) {
   Values l = RandomValues(rows * inner, kind, random);
@@ -101,7 +121,7 @@ TEST(DenseBits, ProductOfEverySmallSize) {
 TEST(DenseBits, ProductAroundTheThresholds) {
   AtEveryInstructionSet([] {
     std::mt19937_64 random(12);
-    for (const unsigned long n : SizesAroundThresholds()) {
+    for (const unsigned long n : SizesAround({64, 128, 256, 512, 1024})) {
       for (const Fill kind : {Fill::Plain, Fill::Special}) {
         ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 9, 21, kind, random));
         ASSERT_NO_FATAL_FAILURE(CheckProduct(9, n, 18, kind, random));
@@ -140,7 +160,7 @@ TEST(DenseBits, MatrixByVector) {
         }
       }
     }
-    for (const unsigned long n : SizesAroundThresholds()) {
+    for (const unsigned long n : SizesAround({64, 128, 256, 512, 1024})) {
       ASSERT_NO_FATAL_FAILURE(check(n, 13, Fill::Special));
       ASSERT_NO_FATAL_FAILURE(check(19, n, Fill::Special));
     }
@@ -166,6 +186,15 @@ TEST(DenseBits, InverseEx) {
         }
       }
     }
+  });
+}
+
+TEST(DenseBits, InverseExOfLargeSizes) {
+  ForLargeSizes(14, [](unsigned long n, Fill kind, std::mt19937_64& random) {
+    Values a = RandomValues(n * n, kind, random), work = a, inv(n * n), expected(n * n);
+    ASSERT_TRUE(reference::InverseEx(work.data(), n, expected.data(), 0.0, true, nullptr));
+    ASSERT_TRUE(InverseEx<double>(a.data(), n, inv.data(), 0.0, true, nullptr));
+    ASSERT_TRUE(SameBits(inv, expected));
   });
 }
 
@@ -216,23 +245,90 @@ TEST(DenseBits, SolveGauss) {
   });
 }
 
-template <class Mine, class Theirs> void CheckLineSys(unsigned seed, Mine mine, Theirs theirs) {
-  ForEachSizeAndFill(seed, [&](unsigned long n, Fill kind, std::mt19937_64& random) {
+TEST(DenseBits, SolveGaussOfLargeSizes) {
+  ForLargeSizes(15, [](unsigned long n, Fill kind, std::mt19937_64& random) {
     const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
     Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
-    const bool result = theirs(theirA.data(), n, theirB.data(), expected.data());
-    ASSERT_EQ(mine(mineA.data(), n, mineB.data(), x.data()), result);
+    ASSERT_TRUE(reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0.0, expected.data(),
+                                             nullptr));
+    ASSERT_TRUE(SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr));
     ASSERT_TRUE(SameBits(x, expected));
-    if (result) {
-      ASSERT_TRUE(SameBits(mineA, theirA));
-      ASSERT_TRUE(SameBits(mineB, theirB));
+    ASSERT_TRUE(SameBits(mineA, theirA));
+    ASSERT_TRUE(SameBits(mineB, theirB));
+  });
+}
+
+/// Factors that are 0, infinite or NaN though no step is omitted, rows that omit all steps of a
+/// panel, and pivots that fail within one.
+TEST(DenseBits, EliminationOfExtremeFactors) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(16);
+    for (const unsigned long n : {48ul, 71ul, 130ul}) {
+      for (const double extreme : {5e-324, 1e-310, 1e300, -0.0, 0.0}) {
+        Values a = RandomValues(n * n, Fill::Plain, random);
+        const Values b = RandomValues(n, Fill::Zeros, random);
+        for (unsigned long i = 0; i < n; ++i) {
+          for (unsigned long j = 0; j < n; ++j) {
+            if ((i + 2 * j) % 7 < 3) {
+              a[i * n + j] = i % 3 == 0 ? extreme : -extreme;
+            } else if (i % 5 == 1) {
+              a[i * n + j] *= 1e300;
+            } else if (i % 11 == 2 && j < n / 2) {
+              a[i * n + j] = 0.0;
+            }
+          }
+        }
+        Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+        reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0, expected.data(), nullptr);
+        SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr);
+        ASSERT_TRUE(SameBits(x, expected, true)) << n << " " << extreme;
+        ASSERT_TRUE(SameBits(mineA, theirA, true)) << n << " " << extreme;
+        ASSERT_TRUE(SameBits(mineB, theirB, true)) << n << " " << extreme;
+        mineA = theirA = a;
+        mineB = theirB = b;
+        const bool result = reference::LineSysGauss1(theirA.data(), n, theirB.data(), &expected[0]);
+        ASSERT_EQ(LineSysGauss1(mineA.data(), n, mineB.data(), x.data()), result);
+        ASSERT_TRUE(SameBits(x, expected, true)) << n << " " << extreme;
+        if (result) {
+          ASSERT_TRUE(SameBits(mineA, theirA, true)) << n << " " << extreme;
+        }
+        Values singular = a;
+        for (unsigned long i = 0; i < n; ++i) {
+          singular[i * n + n - 3] = 0.0;
+        }
+        mineB = b;
+        ASSERT_FALSE(LineSysGauss1(singular.data(), n, mineB.data(), x.data()));
+      }
     }
   });
 }
 
-TEST(DenseBits, LineSysGauss1) { CheckLineSys(6, LineSysGauss1, reference::LineSysGauss1); }
+using LINE_SYS = bool (*)(double*, unsigned long, double*, double*);
 
-TEST(DenseBits, LineSysGauss2) { CheckLineSys(7, LineSysGauss2, reference::LineSysGauss2); }
+template <LINE_SYS Mine, LINE_SYS Theirs>
+void CheckLineSys(unsigned long n, Fill kind, std::mt19937_64& random) {
+  const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
+  Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+  const bool result = Theirs(theirA.data(), n, theirB.data(), expected.data());
+  ASSERT_EQ(Mine(mineA.data(), n, mineB.data(), x.data()), result);
+  ASSERT_TRUE(SameBits(x, expected));
+  if (result) {
+    ASSERT_TRUE(SameBits(mineA, theirA));
+    ASSERT_TRUE(SameBits(mineB, theirB));
+  }
+}
+
+TEST(DenseBits, LineSysGauss1) {
+  ForEachSizeAndFill(6, CheckLineSys<LineSysGauss1, reference::LineSysGauss1>);
+}
+
+TEST(DenseBits, LineSysGauss1OfLargeSizes) {
+  ForLargeSizes(17, CheckLineSys<LineSysGauss1, reference::LineSysGauss1>);
+}
+
+TEST(DenseBits, LineSysGauss2) {
+  ForEachSizeAndFill(7, CheckLineSys<LineSysGauss2, reference::LineSysGauss2>);
+}
 
 TEST(DenseBits, NormalMatrixAndLeastSquares) {
   ForEachSizeAndFill(8, [](unsigned long n, Fill kind, std::mt19937_64& random) {
@@ -261,7 +357,7 @@ TEST(DenseBits, NormalMatrixAndLeastSquares) {
 TEST(DenseBits, Transpose) {
   AtEveryInstructionSet([] {
     std::mt19937_64 random(9);
-    std::vector<unsigned long> sizes = SizesAroundThresholds();
+    std::vector<unsigned long> sizes = SizesAround({64, 128, 256, 512, 1024});
     for (unsigned long n = 1; n <= 40; ++n) {
       sizes.push_back(n);
     }

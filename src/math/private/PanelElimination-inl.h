@@ -27,6 +27,10 @@ constexpr size_t WideSteps = 32;
 /// Rows that see one packed strip after the other.
 constexpr size_t EliminatedRows = 128;
 
+/// Below, whole rows are as fast.
+constexpr size_t PanelUnknowns = 48;
+/// Rows of narrow columns that find room on the stack, 32 KiB.
+constexpr size_t CopiedRows = 512;
 /// Columns in which the pivot rows see each other's steps, so that all of them stay in the first
 /// cache.
 constexpr size_t PivotColumns = 64;
@@ -51,27 +55,75 @@ HWY_INLINE bool OmitsAny(const double* factors, size_t count) {
 
 /// The elimination of `a`, n by n, and of the right side `b`. `perm` names the rows, those that
 /// have been pivots first. `Way` finds the pivots and says what a step does:
-///   bool FindPivot(a, n, k, perm)  brings the row of pivot k to perm[k]; false if there is none
+///   bool FindPivot(at, k, n, &p)   the position of the pivot among `at(k)` to `at(n - 1)`, the
+///                                  elements of column k; false if there is none
 ///   bool ScalesPivots              whether the pivot's row is multiplied with its reciprocal first
 ///   double Factor(element, pivot)  the factor that a row of the step takes
 ///   op(row, factor, pivot)         what becomes of an element of that row
-template <class Way> class TPanelElimination {
+template <class Way> class TElimination {
 public:
-  TPanelElimination(double* a, size_t n, double* b, unsigned long* perm, Way way)
+  TElimination(double* a, size_t n, double* b, unsigned long* perm, Way way)
       : m_A(a), m_N(n), m_B(b), m_Perm(perm), m_Way(way) {}
 
-  /// The number of steps that were made: n, or the first without a pivot. n must be at least
-  /// `NarrowSteps`.
-  size_t Run() {
+  /// The number of steps that were made: n, or the first without a pivot.
+  size_t Run() { return m_N < PanelUnknowns ? _RunByRows() : _RunByPanels(); }
+
+  /// Makes step k, whose pivot is in place.
+  void StepByRows(size_t k) {
+    double* pivotRow = _Row(k);
+    const double pivot = pivotRow[k];
+    _ScalePivot(k, pivotRow + k, m_N - k);
+    for (size_t i = k + 1; i < m_N; ++i) {
+      double* row = _Row(i);
+      if (row[k] != 0.0) {
+        const double factor = m_Way.Factor(row[k], pivot);
+        row[k] = 0.0;
+        ApplyToRow(row + k + 1, factor, pivotRow + k + 1, m_N - k - 1, m_Way.op);
+        _ApplyToRight(i, k, factor);
+      }
+    }
+  }
+
+private:
+  HWY_INLINE double* _Row(size_t i) const { return m_A + m_Perm[i] * m_N; }
+
+  HWY_INLINE void _ApplyToRight(size_t i, size_t k, double factor) {
+    m_B[m_Perm[i]] = m_Way.op(m_B[m_Perm[i]], factor, m_B[m_Perm[k]]);
+  }
+
+  /// Multiplies the row of pivot k and its right side with the pivot's reciprocal, which is the
+  /// result. `pivot` is followed by the elements of the row, `count` with it.
+  HWY_INLINE double _ScalePivot(size_t k, double* pivot, size_t count) {
+    if (!Way::ScalesPivots) {
+      return 1.0;
+    }
+    const double scale = 1.0 / *pivot;
+    *pivot = 1.0;
+    ScaleRow(pivot + 1, scale, count - 1);
+    m_B[m_Perm[k]] *= scale;
+    return scale;
+  }
+
+  size_t _RunByRows() {
+    for (size_t k = 0; k < m_N; ++k) {
+      size_t p = k;
+      if (!m_Way.FindPivot([&](size_t i) { return _Row(i)[k]; }, k, m_N, &p)) {
+        return k;
+      }
+      std::swap(m_Perm[k], m_Perm[p]);
+      StepByRows(k);
+    }
+    return m_N;
+  }
+
+  size_t _RunByPanels() {
     for (size_t k0 = 0; k0 < m_N; k0 += WideSteps) {
       const size_t wideEnd = std::min(k0 + WideSteps, m_N);
       for (size_t k1 = k0; k1 < wideEnd; k1 += NarrowSteps) {
         const size_t narrowEnd = std::min(k1 + NarrowSteps, wideEnd);
-        for (size_t k = k1; k < narrowEnd; ++k) {
-          if (!m_Way.FindPivot(m_A + k, m_N, k, m_Perm)) {
-            return k;
-          }
-          _Step(k, std::min(k1, m_N - NarrowSteps), &m_Scales[k - k0]);
+        const size_t made = _Narrow(k1, narrowEnd, &m_Scales[k1 - k0]);
+        if (made < narrowEnd) {
+          return made;
         }
         _CarryOver(k1, narrowEnd, wideEnd, &m_Scales[k1 - k0]);
       }
@@ -81,50 +133,82 @@ public:
     return m_N;
   }
 
-private:
-  HWY_INLINE double* _Row(size_t i) const { return m_A + m_Perm[i] * m_N; }
+  /// Makes the steps from k0 to `end` within their columns, on a copy of these where there is room.
+  size_t _Narrow(size_t k0, size_t end, double* scales) {
+    const size_t window = std::min(k0, m_N - NarrowSteps);
+    if (m_N - k0 > CopiedRows) {
+      return _NarrowSteps(
+          k0, end, window, [&](size_t i) { return _Row(i) + window; },
+          [&](size_t k, size_t p) { std::swap(m_Perm[k], m_Perm[p]); }, scales);
+    }
+    HWY_ALIGN double copy[CopiedRows * NarrowSteps];
+    const auto row = [&](size_t i) { return copy + (i - k0) * NarrowSteps; };
+    for (size_t i = k0; i < m_N; ++i) {
+      CopyRow(_Row(i) + window, NarrowSteps, row(i));
+    }
+    const size_t made = _NarrowSteps(
+        k0, end, window, row,
+        [&](size_t k, size_t p) {
+          if (k != p) {
+            std::swap(m_Perm[k], m_Perm[p]);
+            SwapRows(row(k), row(p), NarrowSteps);
+          }
+        },
+        scales);
+    for (size_t i = k0; i < m_N; ++i) {
+      CopyRow(row(i), NarrowSteps, _Row(i) + window);
+    }
+    return made;
+  }
 
-  /// Makes step k in the columns from `window` to `window + NarrowSteps` and on the right side.
-  void _Step(size_t k, size_t window, double* scale) {
+  /// `_Narrow` in the columns from `window` on, whose rows `row` gives. `exchange` swaps two rows.
+  template <class Row, class Exchange>
+  HWY_INLINE size_t _NarrowSteps(size_t k0, size_t end, size_t window, Row row, Exchange exchange,
+                                 double* scales) {
+    for (size_t k = k0; k < end; ++k) {
+      const size_t c = k - window;
+      size_t p = k;
+      if (!m_Way.FindPivot([&](size_t i) { return row(i)[c]; }, k, m_N, &p)) {
+        return k;
+      }
+      exchange(k, p);
+      double* pivotRow = row(k);
+      const double pivot = pivotRow[c];
+      scales[k - k0] = _ScalePivot(k, pivotRow + c, NarrowSteps - c);
+      _NarrowStep(k, c, row, pivotRow, pivot);
+    }
+    return end;
+  }
+
+  template <class Row>
+  HWY_INLINE void _NarrowStep(size_t k, size_t c, Row rowOf, const double* pivotRow, double pivot) {
     const DOUBLES d;
     const size_t lanes = hn::Lanes(d);
-    double* pivotRow = _Row(k);
-    const double pivot = pivotRow[k];
-    if (Way::ScalesPivots) {
-      *scale = 1.0 / pivot;
-      pivotRow[k] = 1.0;
-      for (size_t j = k + 1; j < window + NarrowSteps; ++j) {
-        pivotRow[j] *= *scale;
-      }
-      m_B[m_Perm[k]] *= *scale;
-    }
-    const double right = m_B[m_Perm[k]];
-    // Elements up to column k stay; ones take part for them, which raise no exception.
+    // Elements up to column c stay; ones take part for them, which raise no exception.
     HWY_ALIGN double columns[NarrowSteps];
     for (size_t j = 0; j < NarrowSteps; ++j) {
-      columns[j] = static_cast<double>(window + j);
+      columns[j] = static_cast<double>(j);
     }
-    const hn::Vec<DOUBLES> last = hn::Set(d, static_cast<double>(k));
+    const hn::Vec<DOUBLES> last = hn::Set(d, static_cast<double>(c));
     const hn::Vec<DOUBLES> one = hn::Set(d, 1.0);
     for (size_t i = k + 1; i < m_N; ++i) {
-      double* row = _Row(i);
-      const double element = row[k];
-      if (element == 0.0) {
-        row[k] = Omitted(element);
+      double* row = rowOf(i);
+      if (row[c] == 0.0) {
+        row[c] = Omitted(row[c]);
         continue;
       }
-      const double factor = m_Way.Factor(element, pivot);
+      const double factor = m_Way.Factor(row[c], pivot);
       const hn::Vec<DOUBLES> factors = hn::Set(d, factor);
-      for (size_t j = (k - window) / lanes * lanes; j < NarrowSteps; j += lanes) {
+      for (size_t j = c / lanes * lanes; j < NarrowSteps; j += lanes) {
         const auto behind = hn::Gt(hn::Load(d, columns + j), last);
-        const hn::Vec<DOUBLES> old = hn::LoadU(d, row + window + j);
-        const hn::Vec<DOUBLES> pivots = hn::LoadU(d, pivotRow + window + j);
+        const hn::Vec<DOUBLES> old = hn::LoadU(d, row + j);
+        const hn::Vec<DOUBLES> pivots = hn::LoadU(d, pivotRow + j);
         const hn::Vec<DOUBLES> changed = m_Way.op(hn::IfThenElse(behind, old, one), factors,
                                                   hn::IfThenElse(behind, pivots, one));
-        hn::StoreU(hn::IfThenElse(behind, changed, old), d, row + window + j);
+        hn::StoreU(hn::IfThenElse(behind, changed, old), d, row + j);
       }
-      row[k] = factor;
-      m_B[m_Perm[i]] = m_Way.op(m_B[m_Perm[i]], factor, right);
+      row[c] = factor;
+      _ApplyToRight(i, k, factor);
     }
   }
 
