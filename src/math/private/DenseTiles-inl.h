@@ -141,13 +141,13 @@ HWY_INLINE void CopyRowRepeating(const double* HWY_RESTRICT from, size_t count,
 HWY_INLINE void SwapRows(double* HWY_RESTRICT a, double* HWY_RESTRICT b, size_t count) {
   const DOUBLES d;
   const size_t lanes = hn::Lanes(d);
-  size_t j = 0;
-  for (; j + lanes <= count; j += lanes) {
+  const size_t whole = count / lanes * lanes;
+  for (size_t j = 0; j < whole; j += lanes) {
     const hn::Vec<DOUBLES> kept = hn::LoadU(d, a + j);
     hn::StoreU(hn::LoadU(d, b + j), d, a + j);
     hn::StoreU(kept, d, b + j);
   }
-  for (; j < count; ++j) {
+  for (size_t j = whole; j < count; ++j) {
     std::swap(a[j], b[j]);
   }
 }
