@@ -17,6 +17,19 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
+/// Calls `call` with the widest vectors that have at most `count` (at least 1) lanes.
+template <class Call> HWY_INLINE void WithLanesUpTo(size_t count, Call call) {
+  if (count >= hn::MaxLanes(DOUBLES())) {
+    call(DOUBLES());
+  } else if (count >= 4) {
+    call(hn::CappedTag<double, 4>());
+  } else if (count >= 2) {
+    call(hn::CappedTag<double, 2>());
+  } else {
+    call(hn::CappedTag<double, 1>());
+  }
+}
+
 /// Steps of the sum that one packed strip holds: 16 KiB with the widest vectors, so that the rows
 /// on the left find room beside it in the first cache.
 constexpr size_t PanelSteps = 128;
@@ -124,55 +137,52 @@ void Product(const double* l, size_t rowStride, size_t stepStride, const double*
     return;
   }
   const PRODUCT p = {l, rowStride, stepStride, r, res, rows, inner, columns, upper};
-  if (columns >= hn::MaxLanes(DOUBLES())) {
-    ProductByVectors(DOUBLES(), p);
-  } else if (columns >= 4) {
-    ProductByVectors(hn::CappedTag<double, 4>(), p);
-  } else if (columns >= 2) {
-    ProductByVectors(hn::CappedTag<double, 2>(), p);
-  } else {
-    ProductByVectors(hn::CappedTag<double, 1>(), p);
-  }
+  WithLanesUpTo(columns, [&](auto d) { ProductByVectors(d, p); });
 }
 
-/// res[x] += row[x] * v[r] for the rows in order, `Vectors` vectors at a time.
-template <size_t Vectors>
-HWY_INLINE void AddRowsStrip(const double* a, const double* v, double* res, size_t rows,
+/// Vectors of sums that the registers hold: the longer the part of a row that is read at once, the
+/// better the processor reads ahead.
+constexpr size_t WideSums = ZX_HAS_MASK_REGISTERS ? 16 : 8;
+
+/// res[x] = the sum of row[x] * v[r] over the rows in order, `Vectors` vectors at a time.
+template <size_t Vectors, class D>
+HWY_INLINE void AddRowsStrip(D d, const double* a, const double* v, double* res, size_t rows,
                              size_t columns) {
-  const DOUBLES d;
   const size_t lanes = hn::Lanes(d);
-  hn::Vec<DOUBLES> sums[Vectors];
-  HWY_UNROLL(4)
+  hn::Vec<D> sums[Vectors];
+  HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
-    sums[i] = hn::LoadU(d, res + i * lanes);
+    sums[i] = hn::Zero(d);
   }
   for (size_t r = 0; r < rows; ++r) {
-    const hn::Vec<DOUBLES> factor = hn::Set(d, v[r]);
-    HWY_UNROLL(4)
+    const hn::Vec<D> factor = hn::Set(d, v[r]);
+    HWY_UNROLL(16)
     for (size_t i = 0; i < Vectors; ++i) {
       sums[i] = hn::Add(sums[i], hn::Mul(hn::LoadU(d, a + r * columns + i * lanes), factor));
     }
   }
-  HWY_UNROLL(4)
+  HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
     hn::StoreU(sums[i], d, res + i * lanes);
   }
 }
 
 void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
-  const size_t lanes = hn::Lanes(DOUBLES());
-  size_t x = 0;
-  for (; x + 4 * lanes <= columns; x += 4 * lanes) {
-    AddRowsStrip<4>(a + x, v, res + x, rows, columns);
-  }
-  for (; x + lanes <= columns; x += lanes) {
-    AddRowsStrip<1>(a + x, v, res + x, rows, columns);
-  }
-  for (size_t r = 0; r < rows; ++r) {
-    for (size_t j = x; j < columns; ++j) {
-      res[j] += a[r * columns + j] * v[r];
+  WithLanesUpTo(columns, [&](auto d) {
+    const size_t lanes = hn::Lanes(d);
+    size_t x = 0;
+    for (; x + WideSums * lanes <= columns; x += WideSums * lanes) {
+      AddRowsStrip<WideSums>(d, a + x, v, res + x, rows, columns);
     }
-  }
+    for (; x + 4 * lanes <= columns; x += 4 * lanes) {
+      AddRowsStrip<4>(d, a + x, v, res + x, rows, columns);
+    }
+    for (; x < columns; x += lanes) {
+      // The last columns may be done once more, with the same sums.
+      x = std::min(x, columns - lanes);
+      AddRowsStrip<1>(d, a + x, v, res + x, rows, columns);
+    }
+  });
 }
 
 /// res[y + i] = the dot products of `Groups` times as many rows from y on as a vector of `d` has
@@ -228,16 +238,8 @@ HWY_INLINE void MultiplyRowsBy(D d, const double* m, const double* v, double* re
 }
 
 void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
-  const size_t least = std::min(rows, columns);
-  if (least >= hn::MaxLanes(DOUBLES())) {
-    MultiplyRowsBy(DOUBLES(), m, v, res, rows, columns);
-  } else if (least >= 4) {
-    MultiplyRowsBy(hn::CappedTag<double, 4>(), m, v, res, rows, columns);
-  } else if (least >= 2) {
-    MultiplyRowsBy(hn::CappedTag<double, 2>(), m, v, res, rows, columns);
-  } else {
-    MultiplyRowsBy(hn::CappedTag<double, 1>(), m, v, res, rows, columns);
-  }
+  WithLanesUpTo(std::min(rows, columns),
+                [&](auto d) { MultiplyRowsBy(d, m, v, res, rows, columns); });
 }
 
 /// res(x, y) = m(y, x) in blocks of as many rows and columns as a vector of `d` has lanes; there
@@ -261,16 +263,8 @@ HWY_INLINE void TransposeBy(D d, const double* HWY_RESTRICT m, double* HWY_RESTR
 }
 
 void Transpose(const double* m, double* res, size_t rows, size_t columns, size_t stride) {
-  const size_t least = std::min(rows, columns);
-  if (least >= hn::MaxLanes(DOUBLES())) {
-    TransposeBy(DOUBLES(), m, res, rows, columns, stride);
-  } else if (least >= 4) {
-    TransposeBy(hn::CappedTag<double, 4>(), m, res, rows, columns, stride);
-  } else if (least >= 2) {
-    TransposeBy(hn::CappedTag<double, 2>(), m, res, rows, columns, stride);
-  } else {
-    TransposeBy(hn::CappedTag<double, 1>(), m, res, rows, columns, stride);
-  }
+  WithLanesUpTo(std::min(rows, columns),
+                [&](auto d) { TransposeBy(d, m, res, rows, columns, stride); });
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -317,7 +311,6 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     return;
   }
   if (l.SizeY == 1) {
-    fill(res, 0.0);
     HWY_DYNAMIC_DISPATCH(AddRows)(r.Data, l.Data, res.Data, inner, columns);
     return;
   }
