@@ -303,6 +303,38 @@ TEST(DenseBits, EliminationOfExtremeFactors) {
   });
 }
 
+/// Bands, whose rows omit most steps, with shares of zeros on both sides of where panels are given
+/// up.
+TEST(DenseBits, EliminationOfBands) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(18);
+    for (const unsigned long n : {48ul, 77ul, 200ul}) {
+      for (const unsigned long band : {1ul, 3ul, n / 9, n / 7, n / 3}) {
+        Values a = RandomValues(n * n, Fill::Plain, random);
+        const Values b = RandomValues(n, Fill::Plain, random);
+        for (unsigned long i = 0; i < n; ++i) {
+          for (unsigned long j = 0; j < n; ++j) {
+            if (i > j + band || j > i + band) {
+              a[i * n + j] = (i + j) % 2 ? -0.0 : 0.0;
+            }
+          }
+        }
+        Values mineA = a, mineB = b, theirA = a, theirB = b, x(n), expected(n);
+        reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0, expected.data(), nullptr);
+        SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr);
+        ASSERT_TRUE(SameBits(x, expected)) << n << " " << band;
+        ASSERT_TRUE(SameBits(mineA, theirA)) << n << " " << band;
+        mineA = theirA = a;
+        mineB = theirB = b;
+        ASSERT_TRUE(reference::LineSysGauss1(theirA.data(), n, theirB.data(), expected.data()));
+        ASSERT_TRUE(LineSysGauss1(mineA.data(), n, mineB.data(), x.data()));
+        ASSERT_TRUE(SameBits(x, expected)) << n << " " << band;
+        ASSERT_TRUE(SameBits(mineA, theirA)) << n << " " << band;
+      }
+    }
+  });
+}
+
 using LINE_SYS = bool (*)(double*, unsigned long, double*, double*);
 
 template <LINE_SYS Mine, LINE_SYS Theirs>

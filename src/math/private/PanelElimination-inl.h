@@ -36,21 +36,19 @@ constexpr size_t CopiedRows = 512;
 constexpr size_t PivotColumns = 64;
 
 /// Until the steps of a panel are over, the factor of a row's step stands in the element that the
-/// step clears. An element that is exactly 0 omits its step, which isn't the same as a factor of 0:
-/// it is marked by a signalling NaN of the zero's sign, which no operation results in.
-HWY_INLINE double Omitted(double zero) {
-  return std::bit_cast<double>(std::bit_cast<std::uint64_t>(zero) | 0x7FF4000000000000u);
-}
-HWY_INLINE bool IsOmitted(double factor) {
-  return (std::bit_cast<std::uint64_t>(factor) << 1) == 0x7FF4000000000000u << 1;
-}
+/// step clears. An exact zero there means that the row omits the step, so that a factor which is 0
+/// itself, of an element that isn't, stands as a signalling NaN of its sign: no operation results
+/// in one.
+constexpr std::uint64_t ZeroFactor = 0x7FF4000000000000u;
 
-HWY_INLINE bool OmitsAny(const double* factors, size_t count) {
-  bool any = false;
-  for (size_t t = 0; t < count; ++t) {
-    any |= IsOmitted(factors[t]);
-  }
-  return any;
+HWY_INLINE std::uint64_t Magnitude(double factor) {
+  return std::bit_cast<std::uint64_t>(factor) & (~std::uint64_t{0} >> 1);
+}
+HWY_INLINE double FromFactor(double factor) {
+  return factor == 0.0 ? std::copysign(std::bit_cast<double>(ZeroFactor), factor) : factor;
+}
+HWY_INLINE double ToFactor(double stored) {
+  return Magnitude(stored) == ZeroFactor ? std::copysign(0.0, stored) : stored;
 }
 
 /// The elimination of `a`, n by n, and of the right side `b`. `perm` names the rows, those that
@@ -66,7 +64,7 @@ public:
       : m_A(a), m_N(n), m_B(b), m_Perm(perm), m_Way(way) {}
 
   /// The number of steps that were made: n, or the first without a pivot.
-  size_t Run() { return m_N < PanelUnknowns ? _RunByRows() : _RunByPanels(); }
+  size_t Run() { return m_N < PanelUnknowns || _IsSparse() ? _RunByRows() : _RunByPanels(); }
 
   /// Makes step k, whose pivot is in place.
   void StepByRows(size_t k) {
@@ -102,6 +100,19 @@ private:
     ScaleRow(pivot + 1, scale, count - 1);
     m_B[m_Perm[k]] *= scale;
     return scale;
+  }
+
+  /// Whether more than three elements of four are 0, going by every eighth row: most steps are then
+  /// omitted, and panels gain nothing.
+  bool _IsSparse() const {
+    size_t zeros = 0;
+    size_t seen = 0;
+    for (size_t i = 0; i < m_N; i += 8, seen += m_N) {
+      for (size_t j = 0; j < m_N; ++j) {
+        zeros += Magnitude(m_A[i * m_N + j]) == 0 ? 1 : 0;
+      }
+    }
+    return zeros > seen - seen / 4;
   }
 
   size_t _RunByRows() {
@@ -194,7 +205,6 @@ private:
     for (size_t i = k + 1; i < m_N; ++i) {
       double* row = rowOf(i);
       if (row[c] == 0.0) {
-        row[c] = Omitted(row[c]);
         continue;
       }
       const double factor = m_Way.Factor(row[c], pivot);
@@ -207,7 +217,7 @@ private:
                                                   hn::IfThenElse(behind, pivots, one));
         hn::StoreU(hn::IfThenElse(behind, changed, old), d, row + j);
       }
-      row[c] = factor;
+      row[c] = FromFactor(factor);
       _ApplyToRight(i, k, factor);
     }
   }
@@ -236,8 +246,8 @@ private:
 
   /// Applies step t to `width` columns of a row from `x` on, unless the row omits it.
   HWY_INLINE void _Apply(double* row, size_t t, const double* pivot, size_t x, size_t width) {
-    if (!IsOmitted(row[t])) {
-      ApplyToRow(row + x, row[t], pivot, width, m_Way.op);
+    if (Magnitude(row[t]) != 0) {
+      ApplyToRow(row + x, ToFactor(row[t]), pivot, width, m_Way.op);
     }
   }
 
@@ -248,11 +258,17 @@ private:
     size_t denseCount = 0;
     for (size_t i = top; i < bottom; ++i) {
       double* row = _Row(i);
-      if (end - x >= lanes && !OmitsAny(row + k0, x - k0)) {
+      size_t omitted = 0;
+      size_t zeroFactors = 0;
+      for (size_t t = k0; t < x; ++t) {
+        omitted += Magnitude(row[t]) == 0 ? 1 : 0;
+        zeroFactors += Magnitude(row[t]) == ZeroFactor ? 1 : 0;
+      }
+      if (omitted + zeroFactors == 0 && end - x >= lanes) {
         dense[denseCount++] = row;
         continue;
       }
-      for (size_t t = k0; t < x; ++t) {
+      for (size_t t = k0; t < x && omitted < x - k0; ++t) {
         _Apply(row, t, _Row(t) + x, x, end - x);
       }
     }
@@ -287,12 +303,13 @@ private:
     }
   }
 
-  /// The elements that the steps have cleared.
+  /// Clears the elements whose steps were made; a zero that omitted its step keeps its sign.
   void _ClearFactors(size_t k0, size_t end) {
     for (size_t i = k0 + 1; i < m_N; ++i) {
       double* row = _Row(i);
-      for (size_t k = k0; k < std::min(i, end); ++k) {
-        row[k] = IsOmitted(row[k]) ? std::copysign(0.0, row[k]) : 0.0;
+      const size_t stop = std::min(i, end);
+      for (size_t k = k0; k < stop; ++k) {
+        row[k] = Magnitude(row[k]) == 0 ? row[k] : 0.0;
       }
     }
   }
