@@ -220,11 +220,11 @@ HWY_INLINE void MultiplyRowGroups(D d, const double* HWY_RESTRICT rows,
   }
 }
 
-template <class D>
-HWY_INLINE void MultiplyRowsBy(D d, const double* m, const double* v, double* res, size_t rows,
-                               size_t columns) {
+/// There must be at least as many rows and columns as a vector has lanes.
+void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
   // Sums wait for themselves, so that several vectors of them go side by side.
-  constexpr size_t lanes = hn::MaxLanes(D());
+  const DOUBLES d;
+  constexpr size_t lanes = hn::MaxLanes(DOUBLES());
   constexpr size_t groups = lanes == 8 ? 2 : 4;
   size_t y = 0;
   for (; y + groups * lanes <= rows; y += groups * lanes) {
@@ -235,11 +235,6 @@ HWY_INLINE void MultiplyRowsBy(D d, const double* m, const double* v, double* re
     y = std::min(y, rows - lanes);
     MultiplyRowGroups<1>(d, m + y * columns, v, res + y, columns);
   }
-}
-
-void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
-  WithLanesUpTo(std::min(rows, columns),
-                [&](auto d) { MultiplyRowsBy(d, m, v, res, rows, columns); });
 }
 
 /// res(x, y) = m(y, x) in blocks of as many rows and columns as a vector of `d` has lanes; there
@@ -281,6 +276,37 @@ HWY_EXPORT(AddRows);
 HWY_EXPORT(MultiplyRows);
 HWY_EXPORT(Transpose);
 
+/// Below so many rows or columns plain loops win against turning blocks.
+constexpr unsigned long SmallMap = 24;
+
+/// res[y] = the dot product of row y and v.
+void MapVector(const double* m, const double* v, double* res, unsigned long rows,
+               unsigned long columns) {
+  if (rows >= SmallMap && columns >= SmallMap) {
+    HWY_DYNAMIC_DISPATCH(MultiplyRows)(m, v, res, rows, columns);
+    return;
+  }
+  // Each sum waits for itself, so that several rows go side by side.
+  constexpr unsigned long side = 8;
+  unsigned long y = 0;
+  for (; y + side <= rows; y += side, m += side * columns) {
+    double sums[side] = {};
+    for (unsigned long x = 0; x < columns; ++x) {
+      for (unsigned long i = 0; i < side; ++i) {
+        sums[i] += m[i * columns + x] * v[x];
+      }
+    }
+    std::copy_n(sums, side, res + y);
+  }
+  for (; y < rows; ++y, m += columns) {
+    double sum = 0.0;
+    for (unsigned long x = 0; x < columns; ++x) {
+      sum += m[x] * v[x];
+    }
+    res[y] = sum;
+  }
+}
+
 } // namespace
 } // namespace zx_math
 
@@ -307,7 +333,7 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     return;
   }
   if (columns == 1) {
-    HWY_DYNAMIC_DISPATCH(MultiplyRows)(l.Data, r.Data, res.Data, l.SizeY, inner);
+    zx_math::MapVector(l.Data, r.Data, res.Data, l.SizeY, inner);
     return;
   }
   if (l.SizeY == 1) {
@@ -322,11 +348,7 @@ void mul(const TMatrixD& m, const TVectorD& v, TVectorD* res) {
   if (v.Size < m.SizeX || res->Size < m.SizeY) {
     return;
   }
-  if (m.SizeX == 0) {
-    std::fill_n(res->Data, m.SizeY, 0.0);
-    return;
-  }
-  HWY_DYNAMIC_DISPATCH(MultiplyRows)(m.Data, v.Data, res->Data, m.SizeY, m.SizeX);
+  zx_math::MapVector(m.Data, v.Data, res->Data, m.SizeY, m.SizeX);
 }
 
 void transpose(const TMatrixD& m, TMatrixD& res) {
