@@ -243,15 +243,20 @@ template <class D>
 HWY_INLINE void TransposeBy(D d, const double* HWY_RESTRICT m, double* HWY_RESTRICT res,
                             size_t rows, size_t columns, size_t stride) {
   constexpr size_t lanes = hn::MaxLanes(D());
-  for (size_t top = 0; top < rows; top += lanes) {
-    const size_t y = std::min(top, rows - lanes);
-    for (size_t left = 0; left < columns; left += lanes) {
-      const size_t x = std::min(left, columns - lanes);
-      hn::Vec<D> block[lanes];
-      LoadTransposed(d, m + y * columns + x, columns, block);
-      HWY_UNROLL(8)
-      for (size_t c = 0; c < lanes; ++c) {
-        hn::StoreU(block[c], d, res + (x + c) * stride + y);
+  // A few rows of the result at a time: a line of it that leaves the cache half written is fetched
+  // again.
+  constexpr size_t together = 16;
+  for (size_t first = 0; first < columns; first += together) {
+    for (size_t top = 0; top < rows; top += lanes) {
+      const size_t y = std::min(top, rows - lanes);
+      for (size_t left = first; left < std::min(first + together, columns); left += lanes) {
+        const size_t x = std::min(left, columns - lanes);
+        hn::Vec<D> block[lanes];
+        LoadTransposed(d, m + y * columns + x, columns, block);
+        HWY_UNROLL(8)
+        for (size_t c = 0; c < lanes; ++c) {
+          hn::StoreU(block[c], d, res + (x + c) * stride + y);
+        }
       }
     }
   }
