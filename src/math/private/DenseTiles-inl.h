@@ -209,7 +209,7 @@ HWY_INLINE void LoadTransposed(D d, const double* HWY_RESTRICT from, [[maybe_unu
     }
     if constexpr (lanes == 8) {
       HWY_UNROLL(4)
-      for (const size_t i : {0, 1, 4, 5}) {
+      for (const size_t i : {0u, 1u, 4u, 5u}) {
         const V a = rows[i];
         const V b = rows[i + 2];
         rows[i] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(b), a);
