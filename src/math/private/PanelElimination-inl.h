@@ -53,11 +53,12 @@ HWY_INLINE double ToFactor(double stored) {
 
 /// The elimination of `a`, n by n, and of the right side `b`. `perm` names the rows, those that
 /// have been pivots first. `Way` finds the pivots and says what a step does:
-///   bool FindPivot(at, k, n, &p)   the position of the pivot among `at(k)` to `at(n - 1)`, the
-///                                  elements of column k; false if there is none
-///   bool kScalesPivots              whether the pivot's row is multiplied with its reciprocal
-///   first double Factor(element, pivot)  the factor that a row of the step takes op(row, factor,
-///   pivot)         what becomes of an element of that row
+///
+/// - `bool FindPivot(at, k, n, &p)`: the position of the pivot among `at(k)` to `at(n - 1)`, the
+///   elements of column k; false if there is none;
+/// - `bool kScalesPivots`: whether the pivot's row is multiplied with its reciprocal first;
+/// - `double Factor(element, pivot)`: the factor that a row of the step takes;
+/// - `op(row, factor, pivot)`: what becomes of an element of that row.
 template <class Way> class TElimination {
 public:
   TElimination(double* a, size_t n, double* b, unsigned long* perm, Way way)
