@@ -6,7 +6,10 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -304,6 +307,89 @@ TEST(LineWalks, StepsAsideAreThoseOfTheErrorWalk) {
         }
       }
     }
+  }
+}
+
+// The number below `modulus` whose product with `value` leaves 1; the two have no common divisor.
+long long InverseModulo(long long value, long long modulus) {
+  long long a = value;
+  long long b = modulus;
+  long long x = 1;
+  long long y = 0;
+  while (b != 0) {
+    const long long q = a / b;
+    a = std::exchange(b, a - q * b);
+    x = std::exchange(y, x - q * y);
+  }
+  return ((x % modulus) + modulus) % modulus;
+}
+
+// The longest walks, at the pixels whose quotient is an integer or comes nearest to one.
+TEST(LineWalks, StepsAsideAreExactNextToIntegers) {
+  std::mt19937 random(5);
+  int tried = 0;
+  for (long long length = (1 << 22) - 1; length > (1 << 22) - 3000; length -= 2) { // odd
+    const long long aside = length - 1 - static_cast<long long>(random() % 5000);
+    if (std::gcd(aside, length) != 1) {
+      continue;
+    }
+    // Where 2 aside i + length leaves `rest` divided by 2 length: rest is odd, as length is.
+    for (const long long rest : {-3, -1, 1, 3}) {
+      const long long half = (((rest - length) / 2) % length + length) % length;
+      const long long i = half * InverseModulo(aside, length) % length;
+      const TLineWalk walk = {0, {0, 0}, {1, 1}, length, aside, 0, 0};
+      const long long n = 2 * aside * i + length;
+      ASSERT_EQ((n - rest) % (2 * length), 0);
+      ASSERT_EQ(walk.MinorStepsAt(i), n / (2 * length)) << length << ", " << aside << ", " << i;
+      ++tried;
+    }
+  }
+  EXPECT_GT(tried, 1000);
+  // Quotients that are integers: length = 2 a b, aside = a, at odd multiples of b.
+  for (const long long a : {1, 3, 49, 127, 343, 1447, 2047}) {
+    for (const long long b : {1, 5, 49, 511, 1023}) {
+      for (long long m = 1; m <= a; m += 1 + a / 50) {
+        const TLineWalk walk = {0, {0, 0}, {1, 1}, 2 * a * b, a, 0, 0};
+        ASSERT_EQ(walk.MinorStepsAt((2 * m - 1) * b), m) << a << ", " << b;
+        ASSERT_EQ(walk.MinorStepsAt((2 * m - 1) * b - 1), m - 1) << a << ", " << b;
+      }
+    }
+  }
+}
+
+// Steep lines of several runs, with steps aside at every place of a vector.
+TEST(LineWalks, LongScatteredLines) {
+  struct TTall : zx_test::TLevelTest {
+    TTall() : TLevelTest(97, 1500) {}
+    void TestBody() override {}
+    using TLevelTest::Expect;
+  } levels;
+  std::mt19937 random(11);
+  std::vector<float> positions;
+  std::vector<unsigned char> colors;
+  for (int i = 0; i < 120; ++i) {
+    for (int k = 0; k < 3; ++k) {
+      positions.push_back(static_cast<float>(random() % 2001) * 0.0012f - 1.2f);
+    }
+    for (int k = 0; k < 4; ++k) {
+      colors.push_back(static_cast<unsigned char>(random()));
+    }
+  }
+  for (int state = 0; state < 32; ++state) {
+    levels.Expect("state " + std::to_string(state), [&](TRenderCPU& gl) {
+      gl.EnableDepthTest((state & 1) != 0);
+      gl.DepthMask((state & 2) != 0);
+      gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+      gl.EnableBlend((state & 4) != 0);
+      gl._Enable(GL_STENCIL_TEST, (state & 8) != 0);
+      gl.StencilFunc(GL_GREATER, 1, 0xFF);
+      gl.StencilOp(GL_INVERT, GL_DECR, GL_INCR);
+      gl.VertexPointer(3, GL_FLOAT, 0, positions.data());
+      gl.ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors.data());
+      gl._EnableClientState(GL_VERTEX_ARRAY, true);
+      gl._EnableClientState(GL_COLOR_ARRAY, (state & 16) != 0);
+      gl.DrawArrays(GL_LINES, 0, 120);
+    });
   }
 }
 
