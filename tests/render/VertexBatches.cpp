@@ -86,6 +86,95 @@ TEST_F(VertexBatches, EveryCountOfEveryMode) {
   }
 }
 
+// Elements in any order, some of them again and again, by indices of each size.
+TEST_F(VertexBatches, EveryCountOfEveryModeByElements) {
+  const std::vector<float> positions = Shapes(200, 1.1, 0.3);
+  const std::vector<unsigned char> colors = Colors(200);
+  std::vector<std::uint8_t> bytes;
+  std::vector<std::uint16_t> shorts;
+  std::vector<std::uint32_t> words;
+  for (int i = 0; i < 260; ++i) {
+    words.push_back(i % 5 == 4 ? words[static_cast<std::size_t>(i) - 1] : m_Random() % 200);
+    bytes.push_back(static_cast<std::uint8_t>(words.back()));
+    shorts.push_back(static_cast<std::uint16_t>(words.back()));
+  }
+  int turn = 0;
+  for (const unsigned int mode : kModes) {
+    for (const int count : {1, 3, 4, 5, 6, 7, 8, 15, 16, 21, 33, 34, 35, 95, 97, 100, 193, 250}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << count << " vertices");
+      ++turn;
+      Compare([&](TRenderCPU* gl) {
+        gl->EnableCullFace(turn % 3 == 0);
+        gl->CullFace(turn % 2 == 0 ? GL_FRONT : GL_BACK);
+        gl->EnableLighting(turn % 5 == 0);
+        gl->EnableLight(0, true);
+        Bind(gl, positions, colors);
+        const void* const lists[] = {bytes.data() + 1, shorts.data() + 1, words.data() + 1};
+        const unsigned int types[] = {GL_UNSIGNED_BYTE, GL_UNSIGNED_SHORT, GL_UNSIGNED_INT};
+        gl->DrawElements(mode, count, types[turn % 3], lists[turn % 3]);
+      });
+    }
+  }
+}
+
+// Strips, fans and loops with everything that a record can hold, and culled faces on both sides.
+TEST_F(VertexBatches, ConnectedShapesInEveryState) {
+  const std::vector<float> positions = Shapes(240, 0.9, 0.5);
+  const std::vector<float> coordinates = Shapes(160, 1.0, 0.5);
+  const std::vector<unsigned char> colors = Colors(240);
+  for (const unsigned int mode : kModes) {
+    for (int state = 0; state < 64; ++state) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", state " << state);
+      Compare([&](TRenderCPU* gl) {
+        if ((state & 1) != 0) {
+          gl->MatrixMode(GL_PROJECTION);
+          gl->Frustum(-1, 1, -1, 1, 0.5, 4);
+          gl->Translated(0, 0, -1.2);
+        }
+        gl->_EnableTexture2D(0, (state & 2) != 0);
+        gl->EnableLighting((state & 4) != 0);
+        gl->EnableLight(0, true);
+        gl->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, (state & 8) != 0);
+        gl->EnableCullFace((state & 16) != 0);
+        gl->CullFace((state & 8) != 0 ? GL_FRONT : GL_BACK);
+        gl->EnableDepthTest((state & 32) != 0);
+        gl->TexCoordPointer(2, GL_FLOAT, 0, coordinates.data());
+        gl->_EnableClientState(GL_TEXTURE_COORD_ARRAY, true);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 1, 150 + state);
+      });
+    }
+  }
+}
+
+// A corner in the eye has w = 0 and an infinite 1/w: the slot that no shader fills becomes no
+// number there, in the records of that shape and of those after it.
+TEST_F(VertexBatches, TheSpareSlotThatIsNoNumberAnyMore) {
+  const std::vector<unsigned char> colors = Colors(200);
+  std::vector<std::uint8_t> indices;
+  for (int i = 0; i < 200; ++i) {
+    indices.push_back(static_cast<std::uint8_t>(i));
+  }
+  for (const unsigned int mode : kModes) {
+    for (const std::size_t at : {0u, 1u, 2u, 3u, 7u, 40u, 97u, 150u, 198u}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", vertex " << at);
+      std::vector<float> positions = Shapes(200, 0.5, 0.2);
+      for (std::size_t i = 2; i < positions.size(); i += 3) {
+        positions[i] -= 2.0f;
+      }
+      std::fill_n(positions.begin() + static_cast<std::ptrdiff_t>(3 * at), 3, 0.0f);
+      Compare([&](TRenderCPU* gl) {
+        gl->MatrixMode(GL_PROJECTION);
+        const double projection[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0.2, -1, 0, 0, 0, 0};
+        gl->LoadMatrixd(projection);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 0, 200);
+        gl->DrawElements(mode, 200, GL_UNSIGNED_BYTE, indices.data());
+      });
+    }
+  }
+}
+
 TEST_F(VertexBatches, NothingForNegativeCounts) {
   const std::vector<float> positions = Shapes(30, 1.0, 0.2);
   const std::vector<unsigned char> colors = Colors(30);
@@ -252,6 +341,34 @@ TEST_F(VertexBatches, PointsOnOnePixelGoInOrder) {
           gl->DrawArrays(GL_POINTS, 0, 200);
         });
       }
+    }
+  }
+}
+
+TEST_F(VertexBatches, TexturedPoints) {
+  const std::vector<float> positions = Shapes(150, 0.9, 0.4);
+  const std::vector<float> coordinates = Shapes(100, 1.0, 0.9);
+  const std::vector<unsigned char> colors = Colors(150);
+  const std::vector<unsigned char> texels = Colors(20);
+  for (const int env : {GL_MODULATE, GL_REPLACE, 0x2101}) {
+    for (int state = 0; state < 16; ++state) {
+      SCOPED_TRACE(testing::Message() << "environment " << env << ", state " << state);
+      Compare([&](TRenderCPU* gl) {
+        gl->BindTexture(GL_TEXTURE_2D, 1);
+        gl->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 5, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                       texels.data());
+        gl->TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+                          (state & 1) != 0 ? GL_LINEAR : GL_NEAREST);
+        gl->_EnableTexture2D(0, true);
+        gl->TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, env);
+        gl->EnableLighting((state & 2) != 0);
+        gl->EnableLight(0, true);
+        gl->EnableDepthTest((state & 4) != 0);
+        gl->TexCoordPointer(2, GL_FLOAT, 0, coordinates.data());
+        gl->_EnableClientState(GL_TEXTURE_COORD_ARRAY, (state & 8) != 0);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(GL_POINTS, 0, 150);
+      });
     }
   }
 }

@@ -218,6 +218,9 @@ struct TLineWalk {
   }
 };
 
+/// Whether a sampler fetches by a function of its own, not by one that a caller installed.
+bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
+
 /// The routines of one instruction set.
 struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
