@@ -100,37 +100,42 @@ bool IsSpareSlotZero(const TRenderCPU& gl) {
   });
 }
 
-// How a mode makes shapes of vertices: shape s has its last corner at vertex
-// s * Step + Lead + Step - 1.
+// How a mode makes shapes of vertices: the first ends at vertex Lead + Step - 1, and each further
+// one `Step` vertices later.
 struct TShapes {
   unsigned int Mode;
-  int Corners; ///< of a shape; 0: the mode is not drawn by batches
-  int Step;    ///< vertices from a shape to the next
-  int Lead;    ///< vertices that the first shape has beyond `Step`
+  int Corners; ///< of a shape
+  int Step;
+  int Lead;
+  int Pitch = TVertexBatch::kMost / Corners; ///< shapes of a batch, an even number
+  /// The vertex of a batch at an entry of `TVertexBatch`, the corners in the order of drawing. A
+  /// batch begins with its first shape's first vertex; that of a fan with the middle.
+  std::uint8_t Vertex[TVertexBatch::kMost] = {};
 
-  bool AreSeparate() const { return Lead == 0; }
-
-  // The vertex at a corner, the corners being in the order in which the shape is drawn.
-  int VertexAt(int shape, int corner) const {
-    switch (Mode) {
-    case GL_TRIANGLE_STRIP: // the first two change places in every other one
-      return shape + (corner == 2 ? 2 : corner ^ (shape & 1));
-    case GL_TRIANGLE_FAN:
-      return corner == 0 ? 0 : shape + corner;
-    default:
-      return shape * Step + corner;
+  constexpr TShapes(unsigned int mode, int corners, int step, int lead)
+      : Mode(mode), Corners(corners), Step(step), Lead(lead) {
+    for (int c = 0; c < corners; ++c) {
+      for (int s = 0; s < Pitch; ++s) {
+        int vertex = s * step + c;
+        if (mode == GL_TRIANGLE_STRIP && c != 2) {
+          vertex = s + (c ^ (s & 1)); // the first two change places in every other one
+        } else if (mode == GL_TRIANGLE_FAN && c == 0) {
+          vertex = 0;
+        }
+        Vertex[c * Pitch + s] = static_cast<std::uint8_t>(vertex);
+      }
     }
   }
+
+  bool AreSeparate() const { return Lead == 0; }
 };
 
-TShapes ShapesOf(unsigned int mode) {
-  static constexpr TShapes kShapes[] = {
-      {GL_POINTS, 1, 1, 0},       {GL_LINES, 2, 2, 0},     {GL_LINE_LOOP, 2, 1, 1},
-      {GL_LINE_STRIP, 2, 1, 1},   {GL_TRIANGLES, 3, 3, 0}, {GL_TRIANGLE_STRIP, 3, 1, 2},
-      {GL_TRIANGLE_FAN, 3, 1, 2}, {GL_QUADS, 4, 4, 0},
-  };
-  return mode <= GL_QUADS ? kShapes[mode] : TShapes{mode, 0, 1, 0};
-}
+// By mode.
+constexpr TShapes kShapes[] = {
+    {GL_POINTS, 1, 1, 0},       {GL_LINES, 2, 2, 0},     {GL_LINE_LOOP, 2, 1, 1},
+    {GL_LINE_STRIP, 2, 1, 1},   {GL_TRIANGLES, 3, 3, 0}, {GL_TRIANGLE_STRIP, 3, 1, 2},
+    {GL_TRIANGLE_FAN, 3, 1, 2}, {GL_QUADS, 4, 4, 0},
+};
 
 } // namespace
 
@@ -144,26 +149,29 @@ struct TBatchDraw {
 
   const TArrayDraw& Arrays;
   const TElements& Elements;
-  TShapes Shapes;
-  bool Shared;            ///< whether shapes may have vertices in common
-  std::uint64_t Tags = 0; ///< of the vertex cache, for those
+  const TShapes& Shapes;
+  bool Listed;            ///< whether elements do not simply follow each other
+  std::uint64_t Tags = 0; ///< of the vertex cache, where shapes may have vertices in common
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
   TVertexBatch Batch = {};
+  TVertexBatch Line;                       ///< the vertices themselves, where shapes share them
   unsigned long First = 0;                 ///< element of the batch's first vertex
   int Count = 0;                           ///< vertices of the batch
   bool Fetched = false;                    ///< whether `Vectors` are those of the batch
   TSpanJob Job;                            ///< of lines
   TCondition Unmet = TCondition::None;     ///< that leaves lines to the reference walk
-  unsigned long List[TVertexBatch::kMost]; ///< of the batch's elements, where they are shared
+  unsigned long List[TVertexBatch::kMost]; ///< of the batch's elements, if `Listed`
   TVec4 Vectors[3][TVertexBatch::kMost];
 
   TBatchDraw(const TArrayDraw& arrays, const TElements& elements, const TShapes& shapes)
       : Arrays(arrays), Elements(elements), Shapes(shapes),
-        Shared(elements.IsIndexed() || !shapes.AreSeparate()) {
-    Batch.Pitch = TVertexBatch::kMost / shapes.Corners;
+        Listed(elements.IsIndexed() || shapes.Mode == GL_TRIANGLE_FAN) {
+    Batch.Pitch = Line.Pitch = shapes.Pitch;
   }
+
+  bool IsShared() const { return Elements.IsIndexed() || !Shapes.AreSeparate(); }
 
   // False for a fetching function that a caller installed, or if positions come from no array.
   bool Take(TRenderCPU* gl) {
@@ -191,36 +199,50 @@ struct TBatchDraw {
   }
 
   TFetchList ListFor(const TSource& source) const {
-    return {source.Pointer, Shared ? List : nullptr, First, Count};
+    return {source.Pointer, Listed ? List : nullptr, First, Count};
   }
 
   unsigned long ElementOf(int vertex) const {
-    return Shared ? List[vertex] : First + static_cast<unsigned long>(vertex);
+    return Listed ? List[vertex] : First + static_cast<unsigned long>(vertex);
   }
 
-  // The positions of `shapes` shapes from number `first` on.
-  void FetchBatch(int first, int shapes) {
-    const int corners = Shapes.Corners;
-    Count = corners * shapes;
+  // Fetches the vertices of `shapes` shapes, from number `first` on, and transforms their
+  // positions.
+  void FetchBatch(const TSpanKernels& kernels, const double* matrix, int first, int shapes) {
+    const int begin = first * Shapes.Step;
+    Count = shapes * Shapes.Step + Shapes.Lead;
     Fetched = false;
-    if (Shared) {
+    if (Listed) {
       unsigned long* out = List;
-      const auto take = [&out](unsigned long element) { *out++ = element; };
-      int shape = first;
-      int corner = 0;
-      const auto connected = [&](int) {
-        const int vertex = Shapes.VertexAt(shape, corner);
-        corner = corner + 1 == corners ? 0 : corner + 1;
-        shape += corner == 0 ? 1 : 0;
-        return vertex;
-      };
-      const auto separate = [&](int i) { return first * corners + i; };
-      Shapes.AreSeparate() ? Elements.ForEach(Count, separate, take)
-                           : Elements.ForEach(Count, connected, take);
+      Elements.ForEach(
+          Count, [begin](int i) { return begin + i; },
+          [&out](unsigned long element) { *out++ = element; });
+      if (Shapes.Mode == GL_TRIANGLE_FAN) {
+        List[0] = Elements.At(0);
+      }
     } else {
-      First = Elements.At(first * corners);
+      First = Elements.At(begin);
     }
-    kFetchPositions[Position.Kind](ListFor(Position), corners, &Batch);
+    const auto fetch = kFetchPositions[Position.Kind];
+    if (Shapes.AreSeparate()) {
+      fetch(ListFor(Position), Shapes.Corners, &Batch);
+      kernels.TransformBatch(matrix, Shapes.Corners * Batch.Pitch, &Batch);
+      return;
+    }
+    fetch(ListFor(Position), 1, &Line);
+    for (int i = Count; i % 8 != 0; ++i) { // the rest of a vector
+      Line.X[i] = Line.Y[i] = Line.Z[i] = 0.0;
+    }
+    kernels.TransformBatch(matrix, Count, &Line);
+    for (int c = 0; c < Shapes.Corners; ++c) {
+      for (int i = c * Batch.Pitch; i < c * Batch.Pitch + shapes; ++i) {
+        const int vertex = Shapes.Vertex[i];
+        Batch.X[i] = Line.X[vertex];
+        Batch.Y[i] = Line.Y[vertex];
+        Batch.Z[i] = Line.Z[vertex];
+        Batch.W[i] = Line.W[vertex];
+      }
+    }
   }
 
   // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
@@ -245,28 +267,26 @@ struct TBatchDraw {
 // Fills the records of a shape with its vertices, as the shader does.
 void TRenderEngine::ShadeBatched(TBatchDraw* draw, int shape, bool inside) {
   const int corners = draw->Shapes.Corners;
-  int vertex = shape * corners;
-  if (gl.m_Lighting || !inside) {
-    for (int c = 0; c < corners; ++c, ++vertex) {
-      const unsigned long element = draw->ElementOf(vertex);
-      if (draw->Shared && gl.m_Lighting) {
-        LoadShared(draw->Arrays, draw->Tags, element, &gl.m_VarCur[c]);
-      } else {
-        draw->Arrays.Fetch(&gl, element);
-        ShadeVertex(&gl, &gl.m_VarCur[c], draw->Arrays.Lighting);
-      }
-    }
-    return;
-  }
-  draw->FetchValues();
   const TVertexBatch& batch = draw->Batch;
-  for (int c = 0; c < corners; ++c, ++vertex) {
+  const bool byBatch = inside && !gl.m_Lighting;
+  if (byBatch) {
+    draw->FetchValues();
+  }
+  for (int c = 0; c < corners; ++c) {
     VAR_DATA& record = gl.m_VarCur[c];
     const int at = c * batch.Pitch + shape;
-    record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-    record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
-    if (gl.m_TexUnits[0].TexEnabled) {
-      record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
+    const int vertex = draw->Shapes.Vertex[at];
+    if (byBatch) {
+      record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
+      record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+      if (gl.m_TexUnits[0].TexEnabled) {
+        record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
+      }
+    } else if (gl.m_Lighting && draw->IsShared()) {
+      LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
+    } else {
+      draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
+      ShadeVertex(&gl, &record, draw->Arrays.Lighting);
     }
   }
 }
@@ -302,7 +322,6 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const bool separate = draw->Shapes.AreSeparate();
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
-  kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
   const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
   TShapeClasses b;
@@ -462,7 +481,6 @@ void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& point
 void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
-  kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
   kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
   const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
@@ -527,12 +545,12 @@ void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
 // A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
 int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count) {
-  const TShapes kind = ShapesOf(gl.m_PrimitiveMode);
+  const TShapes& kind = kShapes[gl.m_PrimitiveMode];
   TDrawState pointState;
   // Lit vertices of strips and fans are shaded once by the reference path, and cost more than what
   // batches save.
   const bool shadedOnce = gl.m_Lighting && kind.Corners == 3 && !kind.AreSeparate();
-  if (kind.Corners == 0 || shadedOnce || (kind.Corners == 1 && !MayBatchPoints(&pointState))) {
+  if (shadedOnce || (kind.Corners == 1 && !MayBatchPoints(&pointState))) {
     return 0;
   }
   const int shapes = (count - kind.Lead) / kind.Step - 1;
@@ -550,7 +568,7 @@ int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elem
   int done = 0;
   for (int drawn = 0, next = 0; done < shapes && drawn == next; done += drawn) {
     next = std::min(shapes - done, draw.Batch.Pitch);
-    draw.FetchBatch(done, next);
+    draw.FetchBatch(*GetSpanKernels(), gl.m_ModelViewProjection.m, done, next);
     drawn = next;
     if (kind.Corners == 1) {
       ReplayPoints(&draw, pointState, next);
