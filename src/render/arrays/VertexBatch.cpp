@@ -420,7 +420,7 @@ struct TBatchedPoint {
     return true;
   }
   void WriteColor() {
-    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * static_cast<std::size_t>(Index);
     if (Copied) {
       std::memcpy(Color, bytes, kPixelBytes);
     } else {
