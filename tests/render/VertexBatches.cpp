@@ -345,22 +345,38 @@ TEST_F(VertexBatches, PointsOnOnePixelGoInOrder) {
   }
 }
 
+// A caller's sampling function that gives each fragment it is called for another texel.
+struct TCounting : TRenderCPU::TTexSampler {
+  void Count(const vec_t_<double, 4>&, vec_t_<double, 4>* out) {
+    m_BorderColor.x = m_BorderColor.x < 0.9 ? m_BorderColor.x + 0.01 : 0.0;
+    *out = m_BorderColor;
+  }
+};
+
 TEST_F(VertexBatches, TexturedPoints) {
   const std::vector<float> positions = Shapes(150, 0.9, 0.4);
   const std::vector<float> coordinates = Shapes(100, 1.0, 0.9);
   const std::vector<unsigned char> colors = Colors(150);
   const std::vector<unsigned char> texels = Colors(20);
-  for (const int env : {GL_MODULATE, GL_REPLACE, 0x2101}) {
-    for (int state = 0; state < 16; ++state) {
+  constexpr unsigned int kDecal = 0x2101; // leaves the colour of the fragment before
+  for (const unsigned int env : {unsigned{GL_MODULATE}, unsigned{GL_REPLACE}, kDecal}) {
+    for (int state = 0; state < 32; ++state) {
       SCOPED_TRACE(testing::Message() << "environment " << env << ", state " << state);
       Compare([&](TRenderCPU* gl) {
-        gl->BindTexture(GL_TEXTURE_2D, 1);
+        unsigned int id = 0;
+        gl->GenTextures(1, &id);
+        gl->BindTexture(GL_TEXTURE_2D, id);
         gl->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 5, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                        texels.data());
         gl->TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
                           (state & 1) != 0 ? GL_LINEAR : GL_NEAREST);
+        EXPECT_EQ(gl->GetError(), 0u);
         gl->_EnableTexture2D(0, true);
-        gl->TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, env);
+        gl->m_TexUnits[0].TexEnvMode = env;
+        if ((state & 16) != 0) { // a function that is not the state's own
+          gl->m_TexUnits[0].Sampler.m_GetValue =
+              static_cast<TRenderCPU::TTexSampler::TGetValueFunc>(&TCounting::Count);
+        }
         gl->EnableLighting((state & 2) != 0);
         gl->EnableLight(0, true);
         gl->EnableDepthTest((state & 4) != 0);

@@ -489,12 +489,11 @@ void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int 
 
 // --- Replay
 
-// Whether the fragment shader's colours of points can be computed before any of them is drawn.
+// Whether the fragment shader's colours of points can be computed before any of them is drawn: a
+// caller's sampling function is only called for fragments that pass their tests.
 bool TRenderEngine::MayBatchPoints(TDrawState* state) const {
   const TTexUnit& unit = gl.m_TexUnits[0];
-  const bool textured = unit.TexEnabled;
-  const bool knownEnv = unit.TexEnvMode == GL_MODULATE || unit.TexEnvMode == GL_REPLACE;
-  return !gl.m_CalcDepth && (!textured || (knownEnv && IsKnownSampler(unit.Sampler))) &&
+  return !gl.m_CalcDepth && (!unit.TexEnabled || IsKnownSampler(unit.Sampler)) &&
          SetUpTargets(state) == TCondition::None;
 }
 
