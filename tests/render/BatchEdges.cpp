@@ -194,13 +194,14 @@ TEST_F(BatchEdges, LitPointsHaveTheirHighlight) {
 // Depth is set for every point that comes to the depth test; the place and the colour only for one
 // that passes. A point that is clipped sets nothing.
 TEST_F(BatchEdges, TheRecordWhenTheLastPointsFailAndTheFinalOneIsClipped) {
-  constexpr int kPoints = 9;
+  constexpr int kPoints = 10;
   std::vector<double> positions;
   for (int i = 0; i < kPoints; ++i) {
     const double z = i < 5 ? -0.5 + i * 0.0625 : 0.25 + i * 0.0625;
     positions.insert(positions.end(), {Clip(i % kSize, kSize), Clip(2, kSize), z});
   }
-  positions[3 * (kPoints - 1)] = 3.0; // the final one lies outside
+  positions[3 * (kPoints - 1)] = 3.0; // the final one lies outside, and the one before it
+  positions[3 * (kPoints - 2)] = 3.0;
   AtEveryLevel([&] {
     TScene s(kSize, kSize);
     s.Reset(0.5f); // points 0 to 4 lie before it, 5 to 7 behind
@@ -263,9 +264,7 @@ TEST_F(BatchEdges, VerticesOfDrawsBeforeTheirNumbersStartedOver) {
         s->EnableClientState(GL_VERTEX_ARRAY);
         s->VertexPointer(3, GL_DOUBLE, 0, lower);
         s->Color4d(1, 0, 0, 1);
-        for (int draw = 0; draw < 3; ++draw) {
-          s->DrawElements(mode, 12, GL_UNSIGNED_SHORT, indices);
-        }
+        s->DrawElements(mode, 12, GL_UNSIGNED_SHORT, indices);
         s.Reset();
         zx_test::EngineOf(*s).VertexCache->Draw = before;
         s->VertexPointer(3, GL_DOUBLE, 0, upper);
