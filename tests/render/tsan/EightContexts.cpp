@@ -73,7 +73,7 @@ void Draw(TRenderCPU& gl, unsigned char grey) {
   gl.Begin(GL_QUADS);
   const double corners[4][2] = {{-1, -1}, {1, -1}, {1, 1}, {-1, 1}};
   for (const auto& corner : corners) {
-    gl.TexCoord2d(2 * corner[0], corner[1]);
+    gl.TexCoord2d(corner[0] + 1, corner[1] + 1);
     gl.Vertex3d(corner[0], corner[1], 0.25 * corner[0]);
   }
   gl.End();
