@@ -18,7 +18,7 @@ for folder in one quite/another; do
   # A compiler cache would hand the first build's objects to the second.
   CCACHE_DISABLE=1 cmake -S "$place/source" -B "$place/build" -G Ninja -DCMAKE_BUILD_TYPE=Release \
     -DCMAKE_CXX_COMPILER_LAUNCHER= -DCMAKE_INSTALL_PREFIX=/usr -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=ON
-  CCACHE_DISABLE=1 cmake --build "$place/build" -j "$jobs"
+  CCACHE_DISABLE=1 cmake --build "$place/build" -j "$jobs" --target ZxCore3D zxrender zxrender_pages
   DESTDIR=$place/installed cmake --install "$place/build" >/dev/null
 done
 

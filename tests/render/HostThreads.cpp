@@ -90,10 +90,10 @@ TEST(SmallStack, HoldsAllDrawingAtEveryLevel) {
     std::vector<std::uint8_t> small;
     zx_test::OnASmallStack([&small] {
       const TScene scene(kSize, kSize);
-      DrawAll(*scene, 1);
+      DrawAll(*scene, 3);
       EXPECT_TRUE(scene->SetSize(kSize + 1, kSize));
       EXPECT_TRUE(scene->SetSize(kSize, kSize));
-      DrawAll(*scene, 1);
+      DrawAll(*scene, 3);
       small = zx_test::AllBytes(*scene);
     });
     if (testing::Test::IsSkipped()) {
@@ -101,9 +101,9 @@ TEST(SmallStack, HoldsAllDrawingAtEveryLevel) {
     }
     if (usual.empty()) {
       const TScene scene(kSize, kSize);
-      DrawAll(*scene, 1);
+      DrawAll(*scene, 3);
       scene->SetSize(kSize, kSize);
-      DrawAll(*scene, 1);
+      DrawAll(*scene, 3);
       usual = zx_test::AllBytes(*scene);
     }
     EXPECT_TRUE(usual == small) << level;
