@@ -16,7 +16,9 @@
 #   make coverage       which lines and branches the tests run, as pages in build/coverage/html
 #   make mutants        change lines by chance and see whether the tests notice; MUTANTS says how many
 #   make test-compilers build with every clang that this Debian has, and with Qt 6
-#   make test-all       everything: check, test, test-arm64, docs, python, farm, test-package; hours
+#   make reproducible   build twice in two folders and compare every installed file
+#   make test-long      100,000 rounds each of what a host repeats, under watch of the memory
+#   make test-all       everything: check, test, test-long, reproducible, test-arm64, docs, python, farm, test-package; hours
 
 JOBS ?= $(shell nproc)
 PREFIX ?= /usr/local
@@ -155,6 +157,21 @@ test-compilers:
 	@scripts/announce.sh "build test clangs qt6" "build in build/compilers with each compiler and compare what they compute"
 	JOBS=$(JOBS) scripts/test-compilers.sh
 
+.PHONY: reproducible test-long
+reproducible:
+	@scripts/announce.sh "build" "build in two folders of build/reproducible and compare what is installed"
+	scripts/install-packages.sh build
+	JOBS=$(JOBS) scripts/check-reproducible.sh
+
+ROUNDS ?= 100000
+test-long:
+	@scripts/announce.sh "build test" "build in build/release and run $(ROUNDS) rounds of each test of steady memory"
+	scripts/install-packages.sh build test
+	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
+	cmake --build --preset release -j $(JOBS) --target test_render test_object
+	for program in test_render test_object; do \
+	  ZX_ROUNDS=$(ROUNDS) build/release/bin/$$program --gtest_brief=1 --gtest_filter='SteadyMemory.*' || exit 1; done
+
 # What `make test` leaves out because it takes long, or changes the system more than a test should.
 .PHONY: test-all
-test-all: check test test-arm64 docs python farm test-package
+test-all: check test test-long reproducible test-arm64 docs python farm test-package

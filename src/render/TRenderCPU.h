@@ -732,11 +732,11 @@ public:
   // --- Textures
 
   /// Gives out `n` free names, lowest first; with `create` each gets an empty surface, without it
-  /// the caller must fill the entries at once.
+  /// the caller must fill the entries at once. Throws `std::bad_alloc`, having given out none.
   void _GenTextures(int n, bool create, unsigned int* ids);
 
   /// Hands a surface made by `new` to the texture table, which then owns it; returns its name, or
-  /// 0.
+  /// 0. When `std::bad_alloc` is thrown it is still the caller's.
   unsigned int AttachTexture(TDataSurface* surface);
 
   /// Takes a surface out of the table: the caller then owns it. Samplers that have it bound go on
@@ -762,7 +762,8 @@ public:
   void NamedBufferSubData(unsigned int id, long offset, int size, const void* data);
   void* MapNamedBuffer(unsigned int id, unsigned int access);
   bool UnmapNamedBuffer(unsigned int id);
-  /// Gives out the lowest free names of vertex array objects.
+  /// Gives out the lowest free names of vertex array objects. Throws `std::bad_alloc`, having given
+  /// out none, as `GenBuffers` and `GenTextures` do.
   void GenVertexArrays(int n, unsigned int* ids);
   /// Makes `id` the current vertex array object; 0 is the default one.
   void BindVertexArray(unsigned int id);

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <map>
+#include <new>
 #include <stdexcept>
 #include <string>
 #include <type_traits>
@@ -10,6 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <ZxCore3D/object/TZxClassFactory.h>
+
+#include "object/FailingMalloc.h"
 
 using namespace Zx3D;
 
@@ -187,6 +190,70 @@ TEST(ClassFactory, KeepsIdsInItsRecord) {
   EXPECT_EQ(record.ById.at(1), &one);
   EXPECT_EQ(record.ById.at(3), &one);
   EXPECT_EQ(record.NextId, 4u);
+}
+
+// Two maps are filled. When there is no memory for the second, what the first got is taken back:
+// the creator is not entered, and no number is used up.
+TEST(ClassFactory, WithoutMemoryNothingIsEntered) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the address sanitizer has the allocator";
+  }
+  TNamedCreator one("one");
+  TNamedCreator two("two");
+  for (const unsigned long at : {1ul, 2ul}) {
+    SCOPED_TRACE(at);
+    long left = 0;
+    {
+      const zx_test::TMallocWatch watch(at);
+      {
+        TZxClassFactory factory;
+        EXPECT_THROW(factory.AddCreator(&one), std::bad_alloc);
+        EXPECT_TRUE(watch.Failed());
+        EXPECT_EQ(0, watch.LiveBlocks());
+        EXPECT_FALSE(factory.RemoveCreator(&one)) << "it is not there";
+        EXPECT_TRUE(factory.AddCreator(&two));
+        EXPECT_TRUE(factory.AddCreator(&one));
+        EXPECT_FALSE(factory.AddCreator(&one));
+        struct TRecord {
+          unsigned long NextId;
+          std::map<TCreator*, unsigned long> ByCreator;
+          std::map<unsigned long, TCreator*> ById;
+        };
+        const void* const volatile place = &factory;
+        const auto& record = *static_cast<const TRecord*>(place);
+        EXPECT_EQ(record.ByCreator.at(&two), 1u);
+        EXPECT_EQ(record.ById.at(1), &two);
+        EXPECT_EQ(record.NextId, 3u);
+      }
+      left = watch.LiveBlocks();
+    }
+    EXPECT_EQ(0, left);
+  }
+}
+
+TEST(Creator, WithoutMemoryNothingIsRegistered) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the address sanitizer has the allocator";
+  }
+  const TNamedCreator creator("a name that is too long to stand in a string itself");
+  unsigned long count = 0;
+  for (bool failed = true; failed; ++count) {
+    bool entered = false;
+    {
+      const zx_test::TMallocWatch watch(count + 1);
+      try {
+        entered = RegisterCreator(&creator);
+      } catch (const std::bad_alloc&) {
+        entered = false;
+      }
+      failed = watch.Failed();
+      EXPECT_TRUE(!failed || watch.LiveBlocks() == 0);
+    }
+    EXPECT_EQ(!failed, entered);
+    EXPECT_EQ(entered ? &creator : nullptr, GetCreatorByClassName(creator.GetClassName()));
+  }
+  EXPECT_GT(count, 1u);
+  EXPECT_TRUE(UnregisterCreator(&creator));
 }
 
 namespace {

@@ -263,6 +263,29 @@ TEST(TObjectReader, LongStringsAreCutAtAZeroByteToo) {
   }
 }
 
+// Text that is there in full, but not all bytes of its padding: false, and what was there stays.
+TEST(TObjectReader, LongStringsNeedTheirPadding) {
+  for (const unsigned long size : {5UL, 0x3FFFFUL, 0x40001UL, 0x40002UL, 0x40003UL, 1000001UL}) {
+    const unsigned long padding = (4 - size % 4) % 4;
+    for (unsigned long there = 0; there <= padding; ++there) {
+      SCOPED_TRACE(testing::Message() << size << " bytes, " << there << " of " << padding);
+      Bytes bytes(4 + size + there, 'p');
+      const auto prefix = static_cast<std::uint32_t>(size);
+      std::memcpy(bytes.data(), &prefix, 4);
+      OnBoth(bytes, [&](TObjectReader& reader, TStream& stream) {
+        std::string text = "old";
+        EXPECT_EQ(there == padding, reader.ReadString(&text));
+        EXPECT_EQ(there == padding ? size : 3, text.size());
+        stream.SetPos(0);
+        TVariant value;
+        value.Set("old", 3);
+        EXPECT_EQ(there == padding, LoadVariantData(&reader, DATA_TYPE_STRING, value));
+        EXPECT_EQ(there == padding ? size : 3, value.GetStringLength());
+      });
+    }
+  }
+}
+
 TEST(TObjectReader, LongWideStringsComeWhole) {
   for (const unsigned long units : {0xFFFEUL, 0xFFFFUL, 0x10000UL, 200001UL}) {
     Bytes bytes(4);

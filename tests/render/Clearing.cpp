@@ -140,4 +140,44 @@ TEST(ClearEmpty, AFullMaskReportsIt) {
   }
 }
 
+// The targets are cleared in the order colour, depth, stencil, and the first that cannot be filled
+// ends the call.
+TEST(ClearEmpty, TheTargetsBeforeItAreClearedAndThoseBehindItAreNot) {
+  for (int empty = 0; empty < 3; ++empty) {
+    SCOPED_TRACE(empty);
+    TScene s(kWidth, kHeight);
+    s->ClearColor(1.0f, 1.0f, 1.0f, 1.0f);
+    s->ClearDepth(0.5);
+    s->ClearStencil(9);
+    s.Reset(0.25f);
+    TDataSurface* const surfaces[] = {s->m_ColorSurface, s->m_DepthSurface, s->m_StencilSurface};
+    TDataSurface taken;
+    surfaces[empty]->Swap(taken);
+    s->Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+    EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
+    EXPECT_EQ(unsigned{GL_NO_ERROR}, s->GetError()) << "reported once";
+    surfaces[empty]->Swap(taken);
+    for (const int x : {0, kWidth - 1}) {
+      EXPECT_EQ(empty > 0 ? (TPixel{255, 255, 255, 255}) : kClear, s.Color(x, kHeight - 1));
+      EXPECT_EQ(empty > 1 ? 0.5f : 0.25f, s.Depth(x, kHeight - 1));
+      EXPECT_EQ(0, s.Stencil(x, kHeight - 1));
+    }
+  }
+}
+
+// A colour surface of fewer bytes a pixel than the colour has cannot be filled.
+TEST(ClearEmpty, APixelThatIsTooSmall) {
+  const TScene s(kWidth, kHeight);
+  TDataSurface bytes;
+  ASSERT_TRUE(bytes.Create(kWidth, kHeight, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT8, 1));
+  s->BindColorSurface(&bytes);
+  s->ClearDepth(0.5);
+  s->Clear(true, true, true);
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, s->GetError());
+  for (unsigned long i = 0; i < bytes.DataSize; ++i) {
+    EXPECT_EQ(0, bytes.Data[i]);
+  }
+  EXPECT_NE(0.5f, s.Depth(0, 0));
+}
+
 } // namespace

@@ -511,6 +511,42 @@ TEST(PixelTransfer, ReadsAtRandomPlacesAndSteps) {
   EXPECT_GT(inside, 1000);
 }
 
+// Rows that begin before the surface, as a row length below 0 makes them: what lies before its
+// first pixel is not read, and what should have received it keeps what it held.
+TEST(PixelTransfer, AReadByANegativeRowLength) {
+  constexpr int kW = 8, kH = 4;
+  for (const int length : {-1, -2, -3, -7, -8, -9, -40}) {
+    for (const int x : {0, 1, 5}) {
+      for (const int y : {0, 1, 3}) {
+        for (const int alignment : {1, 8}) {
+          SCOPED_TRACE(testing::Message() << "row length " << length << ", (" << x << ", " << y
+                                          << "), alignment " << alignment);
+          TScene s(kW, kH);
+          for (int i = 0; i < kW * kH; ++i) {
+            s.SetColor(i % kW, i / kW, {i + 1, 100 - i, 3 * i, 255 - i});
+          }
+          s->PixelStorei(GL_PACK_ROW_LENGTH, length);
+          s->PixelStorei(GL_PACK_ALIGNMENT, alignment);
+          TBytes out(4 * kW * kH, 0xC7);
+          TBytes expected = out;
+          const int step = alignment == 8 ? 2 : 1; // pixels from column to column
+          for (int row = 0; row < kH - y; ++row) {
+            for (int column = 0; column < kW - x; ++column) {
+              const int from = (y + row) * length * step + (x + column) * step;
+              if (from >= 0 && from < kW * kH) {
+                std::copy_n(s->m_ColorSurface->Data + 4 * from, 4,
+                            expected.begin() + 4 * (row * kW + column));
+              }
+            }
+          }
+          s->ReadPixels(x, y, kW, kH, GL_RGBA, GL_UNSIGNED_BYTE, out.data());
+          EXPECT_EQ(expected, out);
+        }
+      }
+    }
+  }
+}
+
 TEST(PixelTransfer, ABoundSurfaceThatDoesNotFitIsNotLeft) {
   TScene s(16, 16);
   TDataSurface small;

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "LevelTest.h"
+#include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace {
 
@@ -149,6 +150,75 @@ TEST_F(SpanRows, DepthsBetweenTwoFloats) {
                [&](TRenderCPU& gl) { DrawSlope(gl, left, left + kWidth * step * kUlp); });
       }
     }
+  }
+}
+
+// Short rows in perspective take their colours in float and their depth without a division a pixel,
+// but where it may round either way it is computed exactly: here it lies in the middle of two
+// floats at every pixel, and is rounded to the even one.
+TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
+  constexpr double kUlp = 1.0 / (1 << 24); // of floats from 0.5 to 1
+  std::uint64_t exact = 0;
+  std::uint64_t rows = 0;
+  for (const unsigned int func : {GL_LESS, GL_LEQUAL}) {
+    for (const double alpha : {1.0, 0.25}) {
+      for (int i = 0; i < 24; ++i) {
+        const double middle = 0.5 + (i * 1001 + 0.5) * kUlp;
+        for (const double slope : {0.0, 1.0, 5.0}) { // in floats, from one side to the other
+          const double depth[2] = {middle, middle + slope * kUlp};
+          const auto draw = [&](TRenderCPU& gl) {
+            gl.ClearDepth(1);
+            gl.Clear(false, true, false);
+            constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+            gl.MatrixMode(GL_PROJECTION);
+            gl.EnableDepthTest(true);
+            gl.DepthFunc(func);
+            // The vertex shader takes no z of its own here: w is z, and depth is set by the matrix.
+            for (int k = 0; k < 6; ++k) {
+              const double left = 10 + 22 * k;
+              const double w[3] = {1, k % 2 == 0 ? 2.0 : 4.0, 2};
+              gl.Begin(GL_TRIANGLES);
+              for (int v = 0; v < 3; ++v) {
+                const double x = zx_test::Clip(left + (v == 1 ? 17 : v == 2 ? 3 : 0), kWidth);
+                const double y = zx_test::Clip(v == 2 ? 30 : 4, kHeight);
+                // Clip z is w (2 depth - 1): exact, as w is a power of two.
+                double matrix[16];
+                std::copy(std::begin(kWIsZ), std::end(kWIsZ), matrix);
+                matrix[10] = 2 * depth[v == 1 ? 1 : 0] - 1;
+                gl.LoadMatrixd(matrix);
+                gl.Color4d(0.1 + 0.3 * v, 0.9 - 0.2 * v, 0.4 + 0.1 * v,
+                           alpha == 1.0 ? 1.0 : 0.25 + 0.1 * v);
+                gl.Vertex3d(x * w[v], y * w[v], w[v]);
+              }
+              gl.End();
+            }
+          };
+          Expect("middle " + std::to_string(i) + ", slope " + std::to_string(slope), draw);
+          for (const char* const level : Zx3D::kSpanLevels) {
+            if (!Zx3D::LimitSpanLevel(level)) {
+              continue;
+            }
+            TScene s(kWidth, kHeight);
+            Zx3D::StartKernelCounters();
+            draw(*s);
+            Zx3D::StopKernelCounters();
+            const Zx3D::TKernelCounters counters = Zx3D::KernelCounters();
+            rows += counters.Of(Zx3D::TKernel::FloatShortRows).Rows;
+            exact += counters.Unmet(Zx3D::TCondition::ValuesDepth);
+            if (slope == 0.0) { // half to even
+              const int odd = i * 1001 % 2;
+              const auto even = static_cast<float>(0.5 + (i * 1001 + odd) * kUlp);
+              EXPECT_EQ(even, s.Depth(14, 8)) << level;
+            }
+          }
+        }
+      }
+    }
+  }
+  // Levels without masked stores have no kernel for short rows: then both are 0.
+  EXPECT_EQ(rows > 0, exact > 0);
+  if (Zx3D::LimitSpanLevel("AVX2")) {
+    EXPECT_GT(rows, 0u);
   }
 }
 

@@ -410,6 +410,57 @@ TEST(StdVertexShader, ASpotLightAddsNothing) {
   s->End();
 }
 
+// Exactly along the surface the cosine is 0, which is not below zero: that is the back.
+TEST(StdVertexShader, ASpotLightExactlyAlongASurface) {
+  for (const double zero : {0.0, -0.0}) {
+    TScene s;
+    White(*s);
+    s->m_Lights[0].Position = {-2, 0, zero, 1};
+    s->m_Lights[0].SpotDirection = {1, 0, 0};
+    s->Lightf(GL_LIGHT0, GL_SPOT_CUTOFF, 30);
+    s->Begin(GL_TRIANGLES);
+    const TRun oneSided(*s);
+    EXPECT_TRUE(SameVec(V4{0, 0, 0, 0.75}, oneSided[1])) << "not even ambient";
+    EXPECT_TRUE(SameVec(V4{0, 0, 0, 0}, oneSided[2]));
+    s->End();
+    s->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, 1);
+    s->Begin(GL_TRIANGLES);
+    const TRun twoSided(*s);
+    EXPECT_TRUE(SameVec(V4{0, 0, 0, 0.75}, twoSided[1]));
+    EXPECT_TRUE(SameVec(V4{0.125, 0.125, 0.125, 0.75}, twoSided[3])) << "ambient alone: d is 0";
+    EXPECT_TRUE(SameVec(V4{0, 0, 0, 0}, twoSided[4])) << "the half vector faces the front";
+    s->End();
+  }
+}
+
+// Nothing times a power: 0, or no number where the power is infinite.
+TEST(StdVertexShader, ABlackHighlight) {
+  const struct {
+    double Normal;
+    double Shininess;
+    bool IsNumber;
+  } cases[] = {{1, 128, true},      {1, 5000, true},    {1.75, 1260, true}, // 2^1017
+               {1.75, 1400, false}, {1.9, 1200, false}, {1.9375, 2000, false},
+               {2, 128, true},      {2, 1024, false},   {1000, 100, true},
+               {1000, 128, false},  {0.5, -1000, true}, {0.5, -1024, false}};
+  for (const auto& c : cases) {
+    for (const bool directional : {true, false}) {
+      SCOPED_TRACE(testing::Message() << c.Normal << ", " << c.Shininess << ", " << directional);
+      TScene s;
+      White(*s);
+      s->m_Lights[0].Position = {0, 0, 1, directional ? 0.0 : 1.0};
+      s->m_MaterialFront.Specular = {0, 0, 0, 1};
+      s->m_MaterialFront.Shininess = c.Shininess;
+      s->Normal3d(0, 0, c.Normal);
+      s->Begin(GL_TRIANGLES);
+      const TRun run(*s);
+      EXPECT_EQ(c.IsNumber, SameVec(V4{0, 0, 0, 0}, run[2]));
+      EXPECT_EQ(!c.IsNumber, std::isnan(run[2].x) && std::isnan(run[2].y) && std::isnan(run[2].z));
+      s->End();
+    }
+  }
+}
+
 TEST(StdVertexShader, ACutoffOf180IsAPlainPositionalLight) {
   TScene s;
   White(*s);

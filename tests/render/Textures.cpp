@@ -426,6 +426,42 @@ TEST(Textures, MovingExchangesSurfaces) {
   EXPECT_EQ(0u, t->GetError());
 }
 
+// The surface that is given may be a texture itself, and both may be bound to further units: each
+// sampler then reads its surface by the size and the type that it has now.
+TEST(Textures, MovingBetweenTexturesThatOtherUnitsHold) {
+  TTextured t; // texture 1 on unit 0: two columns
+  auto* const other = new TDataSurface;
+  ASSERT_TRUE(other->Create(3, 5, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3));
+  const unsigned int id = t->AttachTexture(other);
+  const int width = t.Texture().Width;
+  const int height = t.Texture().Height;
+  ASSERT_NE(3, width);
+  for (const unsigned int unit : {1u, 7u}) {
+    t->ActiveTexture(GL_TEXTURE0 + unit);
+    t->BindTexture(GL_TEXTURE_2D, id);
+  }
+  t->ActiveTexture(GL_TEXTURE0 + 4);
+  t->BindTexture(GL_TEXTURE_2D, 1);
+  const auto taken = t.Sampler(0).m_GetValue;
+  const auto given = t.Sampler(1).m_GetValue;
+  ASSERT_FALSE(taken == given);
+  t->ActiveTexture(GL_TEXTURE0);
+  EXPECT_TRUE(t->MoveTexImage2D(GL_TEXTURE_2D, 0, other));
+  for (const int unit : {0, 4}) {
+    EXPECT_EQ(3, t.Sampler(unit).m_SurfaceWidth) << unit;
+    EXPECT_EQ(5, t.Sampler(unit).m_SurfaceHeight) << unit;
+    EXPECT_TRUE(t.Sampler(unit).m_GetValue == given) << unit;
+  }
+  for (const int unit : {1, 7}) {
+    EXPECT_EQ(other, t.Sampler(unit).m_Surface) << unit;
+    EXPECT_EQ(width, t.Sampler(unit).m_SurfaceWidth) << unit;
+    EXPECT_EQ(height, t.Sampler(unit).m_SurfaceHeight) << unit;
+    EXPECT_TRUE(t.Sampler(unit).m_GetValue == taken) << unit;
+  }
+  EXPECT_EQ(width, other->Width);
+  EXPECT_EQ(0u, t->GetError());
+}
+
 TEST(Textures, MovingRefusals) {
   TTextured t;
   TDataSurface image;

@@ -7,6 +7,9 @@
 #include <new>
 #include <utility>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
 #include <ZxPixelKit/Surface.h>
@@ -175,23 +178,50 @@ template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, TReason* wh
   return decode(bytes.Get(), &picture, why) && _ToSurface(picture, out, why);
 }
 
-struct TCloseFile {
-  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+// A descriptor, read without the standard library's buffer: that gives up when a signal comes.
+class TSource {
+public:
+  explicit TSource(const char* name) {
+    do {
+      m_File = open(name, O_RDONLY | O_CLOEXEC);
+    } while (m_File < 0 && errno == EINTR);
+  }
+  ~TSource() {
+    if (m_File >= 0) {
+      close(m_File);
+    }
+  }
+  TSource(const TSource&) = delete;
+  TSource& operator=(const TSource&) = delete;
+
+  bool IsOpen() const { return m_File >= 0; }
+  /// The count that was read, 0 at the end, -1 with `errno`.
+  ssize_t Read(void* data, std::size_t size) const {
+    ssize_t got;
+    do {
+      got = read(m_File, data, size);
+    } while (got < 0 && errno == EINTR);
+    return got;
+  }
+
+private:
+  int m_File;
 };
 
 bool _LoadFrom(const std::string& name, DATASURFACE* out, TReason* why) {
-  const std::unique_ptr<std::FILE, TCloseFile> file(std::fopen(name.c_str(), "rbe"));
-  if (!file) {
+  const TSource file(name.c_str());
+  if (!file.IsOpen()) {
     return RefuseByErrno(why);
   }
   bool failed = false;
-  const auto read = [&](std::uint8_t* data, std::size_t size) {
-    const std::size_t got = std::fread(data, 1, size, file.get());
-    if (got == 0 && std::ferror(file.get()) != 0) {
+  const auto read = [&](std::uint8_t* data, std::size_t size) -> std::size_t {
+    const ssize_t got = file.Read(data, size);
+    if (got < 0) {
       failed = true;
       RefuseByErrno(why);
+      return 0;
     }
-    return got;
+    return static_cast<std::size_t>(got);
   };
   // What could be read of a file that can't be read to its end is not the file.
   TReason ofBytes;

@@ -5,7 +5,9 @@
 #include <cstring>
 #include <new>
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <ZxBaseKit/TZxMessage.h>
 #include <ZxPixelKit/Surface.h>
@@ -78,6 +80,19 @@ bool _Check(const DATASURFACE& surface, const TKind& kind, TReason* why) {
          why->Refuse("the picture is too large for a file of this kind");
 }
 
+// What a stream of the standard library writes by: its own way gives up when a signal comes.
+ssize_t _WriteAll(void* target, const char* data, std::size_t size) {
+  std::size_t done = 0;
+  while (done < size) {
+    const ssize_t count = write(*static_cast<const int*>(target), data + done, size - done);
+    if (count < 0 && errno != EINTR) {
+      break;
+    }
+    done += count > 0 ? static_cast<std::size_t>(count) : 0;
+  }
+  return static_cast<ssize_t>(done); // fewer than asked is an error, told by `errno`
+}
+
 bool _Save(const std::string& name, const TSaveImageHint& hint, const DATASURFACE& surface,
            TReason* why) {
   const TKind* kind = _FindKind(name);
@@ -87,15 +102,30 @@ bool _Save(const std::string& name, const TSaveImageHint& hint, const DATASURFAC
   if (!_Check(surface, *kind, why)) {
     return false;
   }
-  std::FILE* file = std::fopen(name.c_str(), "wbe");
-  if (file == nullptr) {
+  int target;
+  do {
+    target = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+  } while (target < 0 && errno == EINTR);
+  if (target < 0) {
     return RefuseByErrno(why);
   }
   // A device or a pipe that took only a part is not ours to remove.
   struct stat about = {};
-  const bool plain = fstat(fileno(file), &about) == 0 && S_ISREG(about.st_mode);
+  const bool plain = fstat(target, &about) == 0 && S_ISREG(about.st_mode);
+  std::FILE* file = fopencookie(&target, "wb", {nullptr, _WriteAll, nullptr, nullptr});
+  if (file == nullptr) {
+    RefuseByErrno(why);
+    close(target);
+    if (plain) {
+      std::remove(name.c_str());
+    }
+    return false;
+  }
   bool done = kind->Encode(file, surface, hint, why);
   if (std::fclose(file) != 0 && done) {
+    done = RefuseByErrno(why);
+  }
+  if (close(target) != 0 && done && errno != EINTR) {
     done = RefuseByErrno(why);
   }
   if (!done && plain) {

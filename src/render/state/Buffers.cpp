@@ -7,24 +7,13 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/state/CurrentObjects.h>
+#include <ZxCore3D/render/state/Names.h>
 
 namespace Zx3D {
 
 // --- Names
 
-void TRenderCPU::GenBuffers(int n, unsigned int* ids) {
-  std::size_t id = 0;
-  for (int i = 0; i < n; ++i, ++id) {
-    while (id < m_Buffers.size() && m_Buffers[id] != nullptr) {
-      ++id;
-    }
-    if (id == m_Buffers.size()) {
-      m_Buffers.push_back(nullptr);
-    }
-    m_Buffers[id] = new TBuffer;
-    ids[i] = static_cast<unsigned int>(id + 1);
-  }
-}
+void TRenderCPU::GenBuffers(int n, unsigned int* ids) { GiveNames(&m_Buffers, n, ids); }
 
 void TRenderCPU::DeleteBuffers(int n, unsigned int* ids) {
   for (int i = 0; i < n; ++i) {

@@ -100,44 +100,6 @@ void TRenderEngine::NoteTextureChange() {
   }
 }
 
-void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
-  if (n < 1) {
-    return;
-  }
-  if (m_Textures == nullptr) {
-    m_Engine->AdoptTextures(new TTextureTable);
-  }
-  std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
-  std::vector<TTextureHold*>& holds = m_Textures->Holds;
-  auto wanted = static_cast<std::size_t>(n);
-  for (std::size_t id = 1; wanted > 0; ++id) {
-    if (id >= surfaces.size()) {
-      surfaces.resize(id + wanted, nullptr);
-    }
-    if (surfaces[id] != nullptr) {
-      continue;
-    }
-    if (id >= holds.size()) {
-      holds.resize(surfaces.size(), nullptr);
-    }
-    if (holds[id] != nullptr && holds[id]->Surface.load(std::memory_order_relaxed) != nullptr) {
-      holds[id]->Retire(TTextureHold::kDetached); // of an entry that was emptied by hand
-      holds[id] = nullptr;
-    }
-    if (holds[id] == nullptr) {
-      holds[id] = new TTextureHold;
-    }
-    if (create) {
-      surfaces[id] = new TDataSurface;
-      holds[id]->Takes(surfaces[id]);
-    }
-    *ids++ = static_cast<unsigned int>(id);
-    --wanted;
-  }
-}
-
-void TRenderCPU::GenTextures(int n, unsigned int* ids) { _GenTextures(n, true, ids); }
-
 static TDataSurface** EntryOf(TRenderCPU::TTextureTable* table, unsigned int id) {
   return table != nullptr && id < table->Surfaces.size() ? &table->Surfaces[id] : nullptr;
 }
@@ -162,6 +124,55 @@ static void FreeTexture(TRenderCPU::TTextureTable* table, std::size_t id) {
   table->Holds[id] = nullptr;
   hold->Retire(TRenderCPU::TTextureHold::kDeleted);
 }
+
+// Makes a free name ready: what others hold it by and, if asked for, its surface.
+static void FillName(TRenderCPU::TTextureTable* table, std::size_t id, bool create) {
+  std::vector<TRenderCPU::TTextureHold*>& holds = table->Holds;
+  if (id >= holds.size()) {
+    holds.resize(table->Surfaces.size(), nullptr);
+  }
+  if (holds[id] != nullptr && holds[id]->Surface.load(std::memory_order_relaxed) != nullptr) {
+    holds[id]->Retire(TRenderCPU::TTextureHold::kDetached); // of an entry that was emptied by hand
+    holds[id] = nullptr;
+  }
+  if (holds[id] == nullptr) {
+    holds[id] = new TRenderCPU::TTextureHold;
+  }
+  if (create) {
+    table->Surfaces[id] = new TDataSurface;
+    holds[id]->Takes(table->Surfaces[id]);
+  }
+}
+
+void TRenderCPU::_GenTextures(int n, bool create, unsigned int* ids) {
+  if (n < 1) {
+    return;
+  }
+  if (m_Textures == nullptr) {
+    m_Engine->AdoptTextures(new TTextureTable);
+  }
+  std::vector<TDataSurface*>& surfaces = m_Textures->Surfaces;
+  const auto count = static_cast<std::size_t>(n);
+  std::size_t given = 0;
+  try {
+    for (std::size_t id = 1; given < count; ++id) {
+      if (id >= surfaces.size()) {
+        surfaces.resize(id + count - given, nullptr);
+      }
+      if (surfaces[id] == nullptr) {
+        FillName(m_Textures, id, create);
+        ids[given++] = static_cast<unsigned int>(id);
+      }
+    }
+  } catch (...) { // all names or none: the caller could not tell which ones it got
+    while (given > 0) {
+      FreeTexture(m_Textures, ids[--given]);
+    }
+    throw;
+  }
+}
+
+void TRenderCPU::GenTextures(int n, unsigned int* ids) { _GenTextures(n, true, ids); }
 
 void TRenderCPU::DeleteTextures(int n, const unsigned int* ids) {
   if (m_Textures == nullptr) {

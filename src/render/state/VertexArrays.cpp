@@ -7,6 +7,7 @@
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/TypeSizes.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
+#include <ZxCore3D/render/state/Names.h>
 
 namespace Zx3D {
 
@@ -210,19 +211,7 @@ void TRenderCPU::PopClientAttrib() {
 
 // --- Vertex array objects
 
-void TRenderCPU::GenVertexArrays(int n, unsigned int* ids) {
-  std::size_t id = 0;
-  for (int i = 0; i < n; ++i, ++id) {
-    while (id < m_VertexArrays.size() && m_VertexArrays[id] != nullptr) {
-      ++id;
-    }
-    if (id == m_VertexArrays.size()) {
-      m_VertexArrays.push_back(nullptr);
-    }
-    m_VertexArrays[id] = new TVertexArray{};
-    ids[i] = static_cast<unsigned int>(id + 1);
-  }
-}
+void TRenderCPU::GenVertexArrays(int n, unsigned int* ids) { GiveNames(&m_VertexArrays, n, ids); }
 
 void TRenderCPU::BindVertexArray(unsigned int id) {
   m_VertexArrayBinding = id;

@@ -3,15 +3,20 @@
 // the other one draws with its own; they draw into one surface, each into its own half; and they go
 // at the same time. A program of its own, as that sanitizer must be in every object that is linked.
 //
+// With the argument "eight" contexts on eight threads are run instead: EightContexts.cpp.
+//
 // It ends with 0 when all pixels are there.
 
 #include <atomic>
 #include <cstdio>
+#include <cstring>
 #include <thread>
 #include <vector>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
+
+#include "EightContexts.h"
 
 namespace {
 
@@ -81,7 +86,10 @@ void Draw(TRenderCPU* gl, int half, unsigned int texture) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+  if (argc > 1 && std::strcmp(argv[1], "eight") == 0) {
+    return RunEightContexts();
+  }
   TDataSurface picture;
   picture.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4);
   auto* const a = new TRenderCPU;

@@ -1,0 +1,284 @@
+// Arrays at the edges of what batches may decide by themselves, with pixels and records that were
+// worked out by hand: shapes that lie in a clip plane, points on the border of the surface, lit
+// points, what the last fragments leave, and the count of draws when it starts over.
+
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/TRenderCPU.h>
+#include <ZxCore3D/render/arrays/VertexCache.h>
+
+#include "EngineAccess.h"
+#include "LevelTest.h"
+
+template struct zx_test::TEngineReach<&Zx3D::TRenderCPU::m_Engine>;
+
+namespace {
+
+using Zx3D::TRenderCPU;
+using zx_test::Clip;
+using zx_test::TPixel;
+using zx_test::TScene;
+
+constexpr int kSize = 8;
+
+class BatchEdges : public testing::Test {
+protected:
+  ~BatchEdges() override { Zx3D::LimitSpanLevel(nullptr); }
+
+  /// Runs `check` on the reference path and at every level of this processor.
+  template <class TCheck> static void AtEveryLevel(const TCheck& check) {
+    for (const char* const level : Zx3D::kSpanPaths) {
+      if (Zx3D::LimitSpanLevel(level)) {
+        SCOPED_TRACE(level);
+        check();
+      }
+    }
+  }
+
+  static void DrawArray(TRenderCPU& gl, unsigned int mode, const std::vector<double>& positions) {
+    gl.EnableClientState(GL_VERTEX_ARRAY);
+    gl.VertexPointer(3, GL_DOUBLE, 0, positions.data());
+    gl.DrawArrays(mode, 0, static_cast<int>(positions.size() / 3));
+  }
+};
+
+// --- In a plane
+
+// A vertex on a plane is inside, so shapes that lie in the near or the far plane are drawn, with a
+// depth of exactly 0 or 1.
+TEST_F(BatchEdges, ShapesWhollyInThePlaneOfZ) {
+  const struct {
+    unsigned int Mode;
+    std::vector<double> Shape; ///< x and y of its vertices; all cover the pixel at (4, 4)
+  } shapes[] = {
+      {GL_POINTS, {0.01, 0.01}},
+      {GL_LINES, {-0.9, Clip(4, kSize), 0.9, Clip(4, kSize)}},
+      {GL_TRIANGLES, {-1, -1, 1, -1, 1, 1}},
+      {GL_QUADS, {-1, -1, 1, -1, 1, 1, -1, 1}},
+  };
+  for (const auto& shape : shapes) {
+    for (const double z : {1.0, -1.0}) {
+      SCOPED_TRACE(testing::Message() << "mode " << shape.Mode << ", z " << z);
+      std::vector<double> positions;
+      for (int i = 0; i < 6; ++i) { // the last one takes the reference path: it lies elsewhere
+        for (std::size_t k = 0; k < shape.Shape.size(); k += 2) {
+          positions.insert(positions.end(),
+                           {shape.Shape[k] + (i == 5 ? 5 : 0), shape.Shape[k + 1], z});
+        }
+      }
+      AtEveryLevel([&] {
+        TScene s(kSize, kSize);
+        s.Reset(0.5f);
+        s->Color4d(0, 1, 0, 1);
+        DrawArray(*s, shape.Mode, positions);
+        EXPECT_EQ((TPixel{0, 255, 0, 255}), s.Color(4, 4));
+        EXPECT_EQ(z > 0 ? 1.0f : 0.0f, s.Depth(4, 4));
+      });
+    }
+  }
+}
+
+// A corner on a plane does not cut a triangle, and one that only touches the volume with a corner
+// or an edge is not outside: its slots are interpolated from the corners as they were given.
+TEST_F(BatchEdges, TrianglesThatFillTheVolumeAreNotCut) {
+  std::vector<double> positions;
+  for (int i = 0; i < 6; ++i) {
+    for (const double at : {-1.0, -1.0, 1.0, 1.0, -1.0, -1.0, 1.0, 1.0, 1.0}) {
+      positions.push_back(i == 5 ? at + 5 : at);
+    }
+  }
+  AtEveryLevel([&] {
+    TScene s(kSize, kSize);
+    s.Reset(0.5f);
+    DrawArray(*s, GL_TRIANGLES, positions);
+    // Depth runs from 1 at the lower left over 0 at the lower right to 1 at the upper right: at the
+    // pixel (x, y), its centre at a whole number, it is 1 - (x + 0.5) / 8 + (y + 0.5) / 8.
+    for (int x = 0; x < kSize; ++x) {
+      EXPECT_NEAR(1 - (x + 0.5) / kSize + 0.5 / kSize, s.Depth(x, 0), 1e-6) << x;
+    }
+  });
+}
+
+// --- Points
+
+// A colour surface with a row of the caller's behind it and one before it.
+struct TGuarded {
+  TGuarded() : Block(4 * kSize * (kSize + 2), 0xA5) {
+    EXPECT_TRUE(Surface.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+                               Block.data() + 4 * kSize));
+    std::memset(Block.data() + 4 * kSize, 0, 4 * kSize * kSize);
+  }
+  bool GuardsStand() const {
+    for (std::size_t i = 0; i < 4 * kSize; ++i) {
+      if (Block[i] != 0xA5 || Block[Block.size() - 1 - i] != 0xA5) {
+        return false;
+      }
+    }
+    return true;
+  }
+  int Painted() const {
+    int count = 0;
+    for (std::size_t i = 4 * kSize; i < 4 * kSize * (kSize + 1); i += 4) {
+      count += Block[i + 3] != 0 ? 1 : 0;
+    }
+    return count;
+  }
+
+  std::vector<std::uint8_t> Block;
+  TDataSurface Surface;
+};
+
+// A point at x = w or y = w lies in the volume, and in the column or row behind the surface: it is
+// dropped. At -w it falls on column or row 0.
+TEST_F(BatchEdges, PointsOnTheUpperAndTheRightBorderAreDropped) {
+  const struct {
+    double X;
+    double Y;
+    int Painted;
+  } places[] = {{0.1, 1, 0},  {1, 0.1, 0},   {1, 1, 0},      {-1, 1, 0},
+                {1, -1, 0},   {0.1, -1, 1},  {-1, 0.1, 1},   {-1, -1, 1},
+                {0.99, 1, 0}, {1, -0.99, 0}, {0.99, 0.99, 1}};
+  for (const auto& place : places) {
+    SCOPED_TRACE(testing::Message() << "(" << place.X << ", " << place.Y << ")");
+    std::vector<double> positions;
+    for (int i = 0; i < 12; ++i) {
+      positions.insert(positions.end(), {place.X, place.Y, 0.0});
+    }
+    AtEveryLevel([&] {
+      TGuarded guarded;
+      TScene s(kSize, kSize);
+      s->BindColorSurface(&guarded.Surface);
+      DrawArray(*s, GL_POINTS, positions);
+      EXPECT_TRUE(guarded.GuardsStand());
+      EXPECT_EQ(place.Painted, guarded.Painted());
+      s->BindColorSurface(nullptr);
+    });
+  }
+}
+
+// The highlight is a colour of its own, and each of its channels is added: here there is no other.
+TEST_F(BatchEdges, LitPointsHaveTheirHighlight) {
+  for (const int count : {1, 4, 5, 6, 17, 40, 100}) {
+    SCOPED_TRACE(count);
+    std::vector<double> positions;
+    for (int i = 0; i < count; ++i) {
+      positions.insert(positions.end(),
+                       {Clip(i % kSize, kSize), Clip(i / kSize % kSize, kSize), 0});
+    }
+    AtEveryLevel([&] {
+      TScene s(kSize, kSize);
+      s.Reset();
+      s->m_MaterialFront = {{0, 0, 0, 1}, {0, 0, 0, 1}, {1, 0.5, 0.25, 1}, {0, 0, 0, 1}, 1};
+      s->EnableLight(0, true); // white, from +z; the half vector is (0, 0, 1)
+      s->EnableLighting(true);
+      s->Normal3d(0, 0, 1);
+      DrawArray(*s, GL_POINTS, positions);
+      for (int i = 0; i < count; ++i) {
+        EXPECT_EQ((TPixel{255, 128, 64, 255}), s.Color(i % kSize, i / kSize % kSize)) << i;
+      }
+      // On top of a diffuse colour it is added to it: 0.25 + 0.5, 0.25 + 0.25, 0.25 + 0.125.
+      s->m_MaterialFront.Diffuse = {0.25, 0.25, 0.25, 1};
+      s->m_MaterialFront.Specular = {0.5, 0.25, 0.125, 1};
+      DrawArray(*s, GL_POINTS, positions);
+      EXPECT_EQ((TPixel{191, 128, 96, 255}), s.Color(0, 0));
+    });
+  }
+}
+
+// Depth is set for every point that comes to the depth test; the place and the colour only for one
+// that passes. A point that is clipped sets nothing.
+TEST_F(BatchEdges, TheRecordWhenTheLastPointsFailAndTheFinalOneIsClipped) {
+  constexpr int kPoints = 10;
+  std::vector<double> positions;
+  for (int i = 0; i < kPoints; ++i) {
+    const double z = i < 5 ? -0.5 + i * 0.0625 : 0.25 + i * 0.0625;
+    positions.insert(positions.end(), {Clip(i % kSize, kSize), Clip(2, kSize), z});
+  }
+  positions[3 * (kPoints - 1)] = 3.0; // the final one lies outside, and the one before it
+  positions[3 * (kPoints - 2)] = 3.0;
+  AtEveryLevel([&] {
+    TScene s(kSize, kSize);
+    s.Reset(0.5f); // points 0 to 4 lie before it, 5 to 7 behind
+    s->EnableDepthTest(true);
+    s->DepthFunc(GL_LESS);
+    std::vector<double> colors;
+    for (int i = 0; i < kPoints; ++i) {
+      colors.insert(colors.end(), {i * 0.125, 0.5, 0.25, 1.0});
+    }
+    s->EnableClientState(GL_COLOR_ARRAY);
+    s->ColorPointer(4, GL_DOUBLE, 0, colors.data());
+    DrawArray(*s, GL_POINTS, positions);
+    EXPECT_EQ(5, s.Painted());
+    EXPECT_EQ(0.84375f, s->m_Fragment.Depth) << "(0.25 + 7 / 16) / 2 + 0.5, of point 7";
+    EXPECT_EQ(4, s->m_Fragment.X);
+    EXPECT_EQ(2, s->m_Fragment.Y);
+    EXPECT_EQ(0.5, s->m_Fragment.Color.x) << "of point 4";
+    EXPECT_EQ(0.375f, s.Depth(4, 2)) << "(-0.5 + 4 / 16) / 2 + 0.5";
+  });
+}
+
+// No point passes, or none comes to the test: the record stays.
+TEST_F(BatchEdges, TheRecordOfPointsThatAllFailOrAreClipped) {
+  for (const bool clipped : {false, true}) {
+    std::vector<double> positions;
+    for (int i = 0; i < 10; ++i) {
+      positions.insert(positions.end(), {clipped ? 2.0 : 0.1, 0.1, 0.5});
+    }
+    AtEveryLevel([&] {
+      TScene s(kSize, kSize);
+      s.Reset(0.25f);
+      s->EnableDepthTest(true);
+      s->DepthFunc(GL_LESS);
+      s->m_Fragment = {{0.5, 0.25, 0.125, 1}, 6, 7, true, 0.125f};
+      DrawArray(*s, GL_POINTS, positions);
+      EXPECT_EQ(0, s.Painted());
+      EXPECT_EQ(clipped ? 0.125f : 0.75f, s->m_Fragment.Depth);
+      EXPECT_EQ(6, s->m_Fragment.X);
+      EXPECT_EQ(7, s->m_Fragment.Y);
+      EXPECT_EQ(0.5, s->m_Fragment.Color.x);
+    });
+  }
+}
+
+// --- The count of draws
+
+// Shaded vertices are kept by the number of their draw. When the numbers start over, those of the
+// first draws are not taken for those of the new one.
+TEST_F(BatchEdges, VerticesOfDrawsBeforeTheirNumbersStartedOver) {
+  const std::uint16_t indices[] = {0, 1, 2, 0, 2, 3, 0, 1, 2, 0, 2, 3};
+  const double lower[] = {-1, -1, 0, 1, -1, 0, 1, 0, 0, -1, 0, 0};
+  const double upper[] = {-1, 0, 0, 1, 0, 0, 1, 1, 0, -1, 1, 0};
+  for (const unsigned int mode : {GL_TRIANGLES, GL_QUADS, GL_TRIANGLE_STRIP}) {
+    // Draws before the number starts over: with each, another draw of the new count meets the tags.
+    for (const std::uint32_t before : {0xFFFFFFFFu, 0xFFFFFFFEu, 0xFFFFFFFDu}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << before);
+      AtEveryLevel([&] {
+        TScene s(kSize, kSize);
+        s.Reset();
+        s->EnableClientState(GL_VERTEX_ARRAY);
+        s->VertexPointer(3, GL_DOUBLE, 0, lower);
+        s->Color4d(1, 0, 0, 1);
+        s->DrawElements(mode, 12, GL_UNSIGNED_SHORT, indices);
+        s.Reset();
+        zx_test::EngineOf(*s).VertexCache->Draw = before;
+        s->VertexPointer(3, GL_DOUBLE, 0, upper);
+        s->Color4d(0, 0, 1, 1);
+        for (int draw = 0; draw < 3; ++draw) {
+          s->DrawElements(mode, 12, GL_UNSIGNED_SHORT, indices);
+        }
+        for (int x = 0; x < kSize; ++x) {
+          EXPECT_EQ(zx_test::kClear, s.Color(x, 1)) << x;
+        }
+        EXPECT_EQ((TPixel{0, 0, 255, 255}), s.Color(6, 5));
+      });
+    }
+  }
+}
+
+} // namespace

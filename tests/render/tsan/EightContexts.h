@@ -1,0 +1,4 @@
+#pragma once
+
+/// What the process has to end with.
+int RunEightContexts();
