@@ -1,6 +1,7 @@
 // What a caller's own shaders cost, in pixels and vertices a second: shaders that do next to
 // nothing, so that what is left is the pipeline's part.
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -38,6 +39,28 @@ public:
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
     f->Color = (*v)[m_Slot];
     return true;
+  }
+
+private:
+  std::size_t m_Slot;
+};
+
+/// Copies a slot, a row at once.
+class TCopyRow : public Zx3D::TRowFragmentShaderCPU {
+public:
+  explicit TCopyRow(std::size_t slot) : m_Slot(slot) {}
+  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
+  void Begin() override {}
+  void End() override {}
+  bool IsCalcDepth() const override { return false; }
+  bool Execute(VAR_DATA* v, FS_DATA* f) override {
+    f->Color = (*v)[m_Slot];
+    return true;
+  }
+  void ExecuteRow(const Zx3D::FS_ROW& row) override {
+    for (std::size_t c = 0; c < 4; ++c) {
+      std::copy_n(row.Slots[m_Slot][c], row.Count, row.Color[c]);
+    }
   }
 
 private:
@@ -158,6 +181,7 @@ int main(int argc, char** argv) {
       Register<TEmpty>("empty", state, slots);
     }
     Register<TCopy>("copy", state, 3, std::size_t{2});
+    Register<TCopyRow>("copy_row", state, 3, std::size_t{2});
   }
   for (const bool arrays : {false, true}) {
     benchmark::RegisterBenchmark(arrays ? "vertex/arrays" : "vertex/immediate", DrawVertices,

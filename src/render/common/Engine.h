@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
@@ -147,7 +148,11 @@ struct TRenderEngine {
 
   /// The fragment shader that was installed, if it computes rows.
   TRowFragmentShaderCPU* RowShader = nullptr;
-  TShadedRow Row = {};
+  TShadedRow* Row() {
+    void* at = m_RowMemory;
+    std::size_t size = sizeof m_RowMemory;
+    return static_cast<TShadedRow*>(std::align(alignof(TShadedRow), sizeof(TShadedRow), at, size));
+  }
 
   // --- arrays: vertices of arrays, replayed
 
@@ -189,6 +194,10 @@ struct TRenderEngine {
 
   TDeferredFragment DeferredFragment;
   TSpanJob* DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+
+private:
+  /// An engine is allocated like any other object, at 16 bytes.
+  unsigned char m_RowMemory[sizeof(TShadedRow) + alignof(TShadedRow)] = {};
 };
 
 } // namespace Zx3D

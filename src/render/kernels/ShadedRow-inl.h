@@ -79,11 +79,11 @@ HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE
   }
 }
 
-// Two doubles, repeated, each loaded by itself: a load of both would wait for a shader's stores of
-// one at a time to reach memory.
-HWY_INLINE HWY_ATTR V4 LoadPair(const double* from) {
-  const D4 d;
-  return hn::OddEven(hn::Set(d, from[1]), hn::Set(d, from[0]));
+// Two doubles, each loaded by itself: a load of both would wait for a shader's stores of one at a
+// time to reach memory.
+HWY_INLINE HWY_ATTR hn::Vec<hn::CappedTag<double, 2>> LoadPair(const double* from) {
+  const hn::CappedTag<double, 2> d;
+  return hn::InterleaveLower(d, hn::Set(d, from[0]), hn::Set(d, from[1]));
 }
 
 // A colour as bytes in a word, red the lowest: each the low byte of the truncation of 255 c + 0.5.
@@ -99,7 +99,7 @@ HWY_INLINE HWY_ATTR std::uint32_t PackedBytes(const vec_t_<double, 4>& color) {
   const V4 high = hn::Add(hn::Mul(LoadPair(&color.z), scale), half);
   const auto inRange = hn::And(hn::Lt(hn::Abs(low), limit), hn::Lt(hn::Abs(high), limit));
 #else
-  const V4 all = hn::ConcatUpperLower(d, LoadPair(&color.z), LoadPair(&color.x));
+  const V4 all = hn::Combine(d, LoadPair(&color.z), LoadPair(&color.x));
   const V4 low = hn::Add(hn::Mul(all, scale), half);
   const auto inRange = hn::Lt(hn::Abs(low), limit);
 #endif

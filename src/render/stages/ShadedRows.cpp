@@ -99,7 +99,7 @@ bool TRenderEngine::ShadeSpan(const EDGE& span, int y, int first, int last, FS_D
     counters->Add(atOnce ? TKernel::ShadedRows : TKernel::Reference, last - first + 1);
   }
   if (atOnce) {
-    kernels->ShadeRow(row, RowShader, &Row);
+    kernels->ShadeRow(row, RowShader, Row());
   } else {
     kernels->ShadeSpan(row);
   }
