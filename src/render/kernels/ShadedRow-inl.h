@@ -174,21 +174,56 @@ inline HWY_ATTR void ShadeSpan(const TShadedSpan& row) {
 
 // --- At once
 
-// The fragments of `count` pixels that pass the tests before shading: their t, depths and columns.
-// `t` are those of the pixels from number `first` of the row on.
+// Window depths of `count` pixels with parameters t.
+inline HWY_ATTR void SetDepths(const TShadedSpan& row, int count, const double* t, float* out) {
+  const DD d;
+  const DF df;
+  const bool offset = row.Context.m_PolygonOffsetFill;
+  const VF added = hn::Set(df, row.Context.m_PolygonOffsetFactor);
+  const VD delta = hn::Set(d, row.Span.Delta.Slots[0].z);
+  const VD begin = hn::Set(d, row.Span.Begin->Slots[0].z);
+  for (int i = 0; i < count; i += kLanes) {
+    const VF depth = hn::DemoteTo(df, hn::Add(hn::Mul(delta, hn::Load(d, t + i)), begin));
+    hn::Store(offset ? hn::Add(depth, added) : depth, df, out + i);
+  }
+}
+
+// Of `count` pixels from number `first` of the row on, whose parameters are `t`, those that pass
+// the tests before shading: their t, depths and columns.
 inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int first, int count, const double* t,
                                     TShadedRow* out) {
   const TRenderCPU& gl = row.Context;
+  const unsigned char* const depths =
+      row.Depth + first * static_cast<std::ptrdiff_t>(sizeof(float));
+  const int column = row.First + first;
+  const bool early = !gl.m_CalcDepth;
+  HWY_ALIGN float own[kRun];
   int selected = 0;
-  for (int i = 0; i < count; ++i) {
-    const std::ptrdiff_t place = first + i;
-    unsigned char* const depth = row.Depth + place * static_cast<std::ptrdiff_t>(sizeof(float));
-    unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + place : nullptr;
-    if (PassesBeforeShading(gl, depth, stencil, TShadedFragment{gl, row.Span, row.Record, t[i]})) {
-      out->T[selected] = t[i];
-      out->Depth[selected] = row.Record->Depth;
-      out->X[selected] = row.First + first + i;
-      ++selected;
+  const auto select = [&](int i, float depth) {
+    out->T[selected] = t[i];
+    out->Depth[selected] = depth;
+    out->X[selected] = column + i;
+  };
+  if (gl.m_StencilTest) {
+    for (int i = 0; i < count; ++i) {
+      const std::ptrdiff_t place = first + i;
+      const TShadedFragment fragment = {gl, row.Span, row.Record, t[i]};
+      if (PassesBeforeShading(gl, depths + i * sizeof(float),
+                              row.Stencil != nullptr ? row.Stencil + place : nullptr, fragment)) {
+        select(i, row.Record->Depth);
+        ++selected;
+      }
+    }
+  } else if (early) {
+    SetDepths(row, count, t, own);
+    row.Record->Depth = own[count - 1];
+    for (int i = 0; i < count; ++i) {
+      select(i, own[i]);
+      selected += PassesDepth(gl, depths + i * sizeof(float), own[i], nullptr) ? 1 : 0;
+    }
+  } else {
+    for (; selected < count; ++selected) {
+      select(selected, row.Record->Depth);
     }
   }
   // Lanes past the last fragment divide as that one does, and raise nothing.
@@ -218,6 +253,7 @@ inline HWY_ATTR void InterpolateRow(const TShadedSpan& row, int slots, int count
 }
 
 // The colours of a group as bytes in words; false if a channel is out of the range of 32 bits.
+// Lanes past the last fragment may hold anything, and only make the row go the longer road.
 HWY_INLINE HWY_ATTR bool PackGroup(const TShadedRow& arrays, int i, std::uint32_t* packed) {
   const DD d;
   const DU du;
@@ -235,28 +271,46 @@ HWY_INLINE HWY_ATTR bool PackGroup(const TShadedRow& arrays, int i, std::uint32_
   return hn::AllTrue(d, fits);
 }
 
+// Whether nothing but stores follows shading, of all fragments, which are neighbours.
+inline bool AreStores(const TShadedSpan& row, int count, const TShadedRow& arrays) {
+  const TRenderCPU& gl = row.Context;
+  return gl.m_PixelWrite == nullptr && gl.m_ColorMask == kAllChannels &&
+         gl.m_BlendFunc == nullptr && row.Stencil == nullptr && !gl.m_CalcDepth &&
+         row.ColorStep == kPixelBytes && arrays.X[count - 1] - arrays.X[0] == count - 1 &&
+         std::memchr(arrays.Keep, 0, static_cast<std::size_t>(count)) == nullptr;
+}
+
 // The stages after shading, of fragments from left to right. The arrays hold the shader's results.
 inline HWY_ATTR void WriteFragments(const TShadedSpan& row, int count, const TShadedRow& arrays) {
   const TRenderCPU& gl = row.Context;
   HWY_ALIGN std::uint32_t packed[kRun];
-  int packedTo = 0;
-  bool fits = false;
-  for (int i = 0; i < count; ++i) {
-    if (i == packedTo) {
-      fits = PackGroup(arrays, i, packed);
-      packedTo += kLanes;
+  bool fit = true;
+  for (int i = 0; i < count; i += kLanes) {
+    fit = PackGroup(arrays, i, packed) && fit;
+  }
+  const auto depthAt = [&row](std::ptrdiff_t place) {
+    return row.Depth + place * static_cast<std::ptrdiff_t>(sizeof(float));
+  };
+  if (fit && AreStores(row, count, arrays)) {
+    const std::ptrdiff_t place = arrays.X[0] - row.First;
+    const std::size_t bytes = static_cast<std::size_t>(count) * 4;
+    if (gl.m_DepthMask) {
+      std::memcpy(depthAt(place), arrays.Depth, bytes);
     }
+    std::memcpy(row.Color + place * row.ColorStep, packed, bytes);
+    return;
+  }
+  for (int i = 0; i < count; ++i) {
     if (!arrays.Keep[i]) {
       continue;
     }
     const std::ptrdiff_t place = arrays.X[i] - row.First;
-    unsigned char* const depth = row.Depth + place * static_cast<std::ptrdiff_t>(sizeof(float));
     unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + place : nullptr;
-    if (!PassesAfterShading(gl, depth, stencil, TRowFragment{arrays.Depth[i]})) {
+    if (!PassesAfterShading(gl, depthAt(place), stencil, TRowFragment{arrays.Depth[i]})) {
       continue;
     }
     unsigned char* const color = row.Color + place * row.ColorStep;
-    if (fits && gl.m_PixelWrite == nullptr) {
+    if (fit && gl.m_PixelWrite == nullptr) {
       WritePacked(gl, color, packed[i]);
     } else {
       WriteColor(gl, color,
