@@ -3,7 +3,7 @@
 // since the shader may change it. At once, pixels are the lanes. Included once for each instruction
 // set.
 //
-// Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, ShadedPixels.*)
+// Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, WhichRows.*)
 
 #if defined(ZX_RENDER_SHADEDROW_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_SHADEDROW_INL_H_

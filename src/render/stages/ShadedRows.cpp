@@ -1,7 +1,7 @@
 // Rows whose fragments a caller's shader computes: one by one, or all at once where the shader can
 // and nobody can tell.
 //
-// Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, ShadedPixels.*)
+// Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, WhichRows.*)
 
 #include <algorithm>
 #include <iterator>
