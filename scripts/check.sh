@@ -53,7 +53,7 @@ check_headers() {
     flags=""
     case "$1" in *-inl.h) flags="-march=haswell -ffp-contract=off" ;; esac
     printf "#include \"%s\"\n#include \"%s\"\n" "$1" "$1" |
-      ${CXX:-g++} -x c++ -std=c++20 -Wall -Wextra -Werror -Wno-unused-function $flags -fsyntax-only -I. -I"$2" $3 - ||
+      ${CXX:-g++} -x c++ -std=c++20 -Wall -Wextra -Werror -Wno-unused-function $flags -fsyntax-only -I. -Itests -I"$2" $3 - ||
       { echo "$1 does not compile alone" >&2; exit 1; }
   ' sh {} "$include" "$kits"
 }

@@ -57,7 +57,6 @@ struct TRenderEngine {
   using FS_DATA = TRenderCPU::FS_DATA;
   using EDGE = TRenderCPU::EDGE;
   using TAttrValue = TRenderCPU::TAttrValue;
-  using TStencilFunction = TRenderCPU::TStencilFunction;
   using TTexSampler = TRenderCPU::TTexSampler;
   using TTexUnit = TRenderCPU::TTexUnit;
   using TTextureHold = TRenderCPU::TTextureHold;

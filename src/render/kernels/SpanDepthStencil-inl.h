@@ -176,10 +176,9 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepthsBy(const TSpanJob& job, int count, c
     return test([](auto, auto a, auto b) HWY_ATTR { return hn::Le(a, b); });
   case TCompare::Always:
     return test([](auto d, auto, auto) HWY_ATTR { return AllLanes(d); });
-  default: {
-    const TCompare func = job.Draw.DepthFunc;
-    return test([func](auto d, auto a, auto b) HWY_ATTR { return DepthMask(d, func, a, b); });
-  }
+  default:
+    return test([func = job.Draw.DepthFunc](auto d, auto a, auto b)
+                    HWY_ATTR { return DepthMask(d, func, a, b); });
   }
 }
 

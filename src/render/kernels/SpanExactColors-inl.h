@@ -79,13 +79,14 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int
   return PackChannels(DU(), constMask, job.Primitive.ConstColor, byteOf);
 }
 
-// The fragment shader's colours as packed bytes, operation by operation in double:
+// The fragment shader's colours as packed bytes, operation by operation in double. With P the
+// primary colour, S the secondary one where lighting is on, T the texel, by channel:
 //
-//   color = clamp(primary * texel + secondary)     with the environment GL_MODULATE
-//   color = clamp(texel)                           with GL_REPLACE
-//   color = clamp(primary + secondary)             without a texture
+//     without a texture  P + S
+//     GL_MODULATE        P T + S
+//     GL_REPLACE         T
 //
-// The secondary colour has no alpha, and takes part with lighting only.
+// each limited to 0 to 1; S is not added to alpha.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
@@ -144,8 +145,8 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
       bool sure = false;
       if constexpr (kTexels == TTexelSource::None) {
         MI all = AllLanes(DI());
-        packed = UntexturedBytes<kPerspective>(DF(), job, FloatInputsOf(job, slots, *row.Floats),
-                                               hn::DemoteTo(DF(), t), &all);
+        packed = UntexturedBytes<kPerspective>(DF(), job, slots, *row.Floats, hn::DemoteTo(DF(), t),
+                                               &all);
         sure = hn::AllTrue(DI(), all);
       } else {
         TFetchedTexels ready;

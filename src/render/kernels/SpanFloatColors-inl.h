@@ -53,7 +53,7 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D d, std::uint32_t mask, std::uint32
                                             const TByteOf& byteOf) {
   hn::Vec<D> packed = hn::Set(d, color);
   const auto put = [&](int i, auto shift) HWY_ATTR {
-    if ((mask >> i & 1u) == 0) {
+    if (HWY_LIKELY((mask >> i & 1u) == 0)) {
       packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
     }
   };
@@ -313,54 +313,37 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
 
 // --- Without a texture, channel by channel
 
-// Float inputs of a slot, one every `Step` floats.
-struct TFloatSlot {
-  const float* Begin;
-  const float* Delta;
-  int Step;
-};
-
-// What float colours of pixels are computed from, besides t.
-struct TFloatInputs {
-  TFloatSlot Color;
-  TFloatSlot Secondary; ///< null: none
-  float WBegin;
-  float WDelta;
-  float Margin;
-  std::uint32_t ConstMask;
-};
-
-HWY_INLINE TFloatInputs FloatInputsOf(const TSpanJob& job, const TRowSlots& slots,
-                                      const TRowFloats& floats) {
-  const bool secondary = slots.Secondary >= 0;
-  return {{floats.Begin, floats.Delta, 1},
-          {secondary ? floats.SecondaryBegin : nullptr, floats.SecondaryDelta, 1},
-          floats.WBegin,
-          floats.WDelta,
-          floats.Margin,
-          job.Primitive.ConstMask};
-}
-
-// Packed colours in a vector of 32-bit lanes; `sure` loses the pixels whose rounding test fails.
-template <bool kPerspective, class D, class TMask>
+// Packed colours in a vector of 32-bit lanes, from the values of channels in 0 to 255; `sure` loses
+// the pixels whose rounding test fails.
+template <class D, class TValueOf, class TMask>
 HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
-UntexturedBytes(D d, const TSpanJob& job, const TFloatInputs& in, hn::Vec<D> t, TMask* sure) {
+PackFloatBytes(D d, const TPrimitive& primitive, std::uint32_t constMask, float margin,
+               const TValueOf& valueOf, TMask* sure) {
   const hn::RebindToUnsigned<D> du;
-  const auto q = PerspectiveAt<kPerspective>(d, in.WBegin, in.WDelta, t);
-  const auto at = [&](const TFloatSlot& slot, int i) HWY_ATTR {
-    return Interpolated<kPerspective>(hn::Set(d, slot.Begin[i * slot.Step]),
-                                      hn::Set(d, slot.Delta[i * slot.Step]), t, q);
-  };
-  const auto margin = hn::Set(d, in.Margin);
+  const auto by = hn::Set(d, margin);
   const auto byteOf = [&](int i) HWY_ATTR {
-    auto value = at(in.Color, i);
-    if (in.Secondary.Begin != nullptr) {
-      value = hn::Add(value, at(in.Secondary, i));
-    }
-    const auto byte = ByteByRoundingTest(d, value, job.Primitive.Clamp, margin, sure);
+    const auto byte = ByteByRoundingTest(d, valueOf(i), primitive.Clamp, by, sure);
     return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
   };
-  return PackChannels(du, in.ConstMask, job.Primitive.ConstColor, byteOf);
+  return PackChannels(du, constMask, primitive.ConstColor, byteOf);
+}
+
+// The same of pixels of a row at t.
+template <bool kPerspective, class D, class TMask>
+HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
+UntexturedBytes(D d, const TSpanJob& job, const TRowSlots& slots, const TRowFloats& floats,
+                hn::Vec<D> t, TMask* sure) {
+  const auto q = PerspectiveAt<kPerspective>(d, floats.WBegin, floats.WDelta, t);
+  const auto valueOf = [&](int i) HWY_ATTR {
+    const auto value =
+        Interpolated<kPerspective>(hn::Set(d, floats.Begin[i]), hn::Set(d, floats.Delta[i]), t, q);
+    return slots.Secondary < 0
+               ? value
+               : hn::Add(value,
+                         Interpolated<kPerspective>(hn::Set(d, floats.SecondaryBegin[i]),
+                                                    hn::Set(d, floats.SecondaryDelta[i]), t, q));
+  };
+  return PackFloatBytes(d, job.Primitive, job.Primitive.ConstMask, floats.Margin, valueOf, sure);
 }
 
 } // namespace HWY_NAMESPACE

@@ -154,8 +154,6 @@ struct TSpanResult {
   int LastMinorEdge; ///< 1 or 2: the one after the major edge, or the one before it
   double LastT;      ///< of a line
   vec_t_<double, 4> LastColor;
-
-  void Clear() { YSet = DepthSet = ColorSet = false; }
 };
 
 /// A triangle or line drawn by a kernel: all that its rows and pixels read, and the result.
@@ -168,6 +166,13 @@ struct TSpanJob {
   TSpanResult Result;
   TKernelCounters* Counters; ///< null: nobody counts
 
+  void StartPrimitive() {
+    Result.YSet = Result.DepthSet = Result.ColorSet = false;
+    Counters = ActiveKernelCounters();
+    if (Counters != nullptr) [[unlikely]] {
+      Counters->StartPrimitive();
+    }
+  }
   bool Meets(TCondition unmet, int times = 1) const { return Zx3D::Meets(Counters, unmet, times); }
   void StartRow() const {
     if (Counters != nullptr) [[unlikely]] {

@@ -216,7 +216,8 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
   hn::Store(hn::DemoteTo(di, first), di, rows->First);
   hn::Store(hn::DemoteTo(di, last), di, rows->Last);
   hn::Store(hn::DemoteTo(di, y), di, rows->Y);
-  const auto makePart = [&](int slot, int place, int i) HWY_ATTR {
+  // Called so often that the compiler would not inline it by itself.
+  const auto makePart = [&](int slot, int place, int i) HWY_ATTR __attribute__((always_inline)) {
     const VD atA = valueAt(onMajor(slot, i), ta);
     const VD atB = valueAt(onMinor(slot, i), tb);
     const VD left = hn::IfThenElse(rightward, atA, atB);

@@ -48,24 +48,23 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
                                               std::uint64_t shaded, std::uint32_t* color) {
   const DFF df;
   const DFU du;
-  const TFloatInputs inputs =
-      row.Floats != nullptr ? FloatInputsOf(job, slots, *row.Floats) : TFloatInputs();
   for (int i = 0; i < run.Count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
       continue;
     }
+    const auto live = MaskOfBits(du, bits);
     VFU packed = hn::Set(du, job.Primitive.ConstColor);
     if (!job.Primitive.HasConstColor()) {
       const VFF t = hn::Load(df, run.Values.FloatT + i);
       MFI sure = AllLanes(DFI());
-      packed = UntexturedBytes<kPerspective>(df, job, inputs, t, &sure);
-      const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
-      if (HWY_UNLIKELY(unsure != 0)) {
-        packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, unsure, packed);
+      packed = UntexturedBytes<kPerspective>(df, job, slots, *row.Floats, t, &sure);
+      const auto unsure = hn::AndNot(hn::RebindMask(du, sure), live);
+      if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
+        packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, BitsOfMask(du, unsure),
+                                                 packed);
       }
     }
-    const auto live = MaskOfBits(du, bits);
     if (kMaskedAccess && job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
     }

@@ -15,6 +15,7 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
+#include <ZxCore3D/render/common/SlotTable.h>
 
 namespace Zx3D {
 
@@ -328,10 +329,7 @@ TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
 TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
   TPrimitive& primitive = *out;
   const TVertices& v = primitive.Vertex;
-  const bool front = gl.m_Fragment.FrontFacing;
-  const int color = front || gl.m_VarBackColor < 0 ? gl.m_VarColor : gl.m_VarBackColor;
-  const int secondary =
-      front || gl.m_VarBackSecondary < 0 ? gl.m_VarSecondary : gl.m_VarBackSecondary;
+  const auto [color, secondary] = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
   const TTexUnit& unit = gl.m_TexUnits[0];
   const bool textured = unit.TexEnabled;
   const bool replaces = textured && unit.TexEnvMode == GL_REPLACE;
@@ -379,11 +377,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
 
 void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   job->Primitive.RecordColor = DrawJob == nullptr;
-  job->Result.Clear();
-  job->Counters = ActiveKernelCounters();
-  if (job->Counters != nullptr) {
-    job->Counters->StartPrimitive();
-  }
+  job->StartPrimitive();
   GetSpanKernels()->DrawTriangle(job);
 
   const TSpanResult& result = job->Result;
@@ -423,11 +417,7 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
 }
 
 void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
-  job->Result.Clear();
-  job->Counters = ActiveKernelCounters();
-  if (job->Counters != nullptr) {
-    job->Counters->StartPrimitive();
-  }
+  job->StartPrimitive();
   GetSpanKernels()->DrawLine(job, walk);
   const TSpanResult& result = job->Result;
   if (result.DepthSet) {

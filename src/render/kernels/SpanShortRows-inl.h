@@ -31,12 +31,6 @@ inline HWY_ATTR TCondition UnmetByFloatShortRows(const TSpanJob& job) {
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_SHORT_ROW_CONDITIONS);
 }
 
-// Packed colours, operation by operation in double; alpha only if it varies.
-template <bool kPerspective, bool kConstAlpha>
-HWY_INLINE HWY_ATTR VU ExactShort(const TSpanJob& job, int place, const TRow& row, VD t) {
-  return ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0, t);
-}
-
 // Depth test and write of a group; returns the pixels that pass.
 template <TShortDepth kDepth>
 HWY_INLINE HWY_ATTR MI DrawShortDepths(const TSpanJob& job, const TRow& row, int x, VF depth,
@@ -71,7 +65,9 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, int place,
   }
   const std::uint64_t bits = BitsOfMask(di, pass);
   if (bits != 0) {
-    StoreShortColors(job, row, x, ExactShort<kPerspective, kConstAlpha>(job, place, row, t), pass);
+    StoreShortColors(
+        job, row, x,
+        ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0, t), pass);
   }
   return bits;
 }
@@ -89,15 +85,6 @@ struct TFloatRows {
   HWY_ALIGN float Margin[kLanes];
   HWY_ALIGN double Inverse[kLanes];
   HWY_ALIGN double DepthMargin[kLanes];
-
-  HWY_INLINE TFloatInputs At(int lane, std::uint32_t constMask) const {
-    return {{&Begin[0][lane], &Delta[0][lane], kLanes},
-            {},
-            Begin[kW][lane],
-            Delta[kW][lane],
-            Margin[lane],
-            constMask};
-  }
 };
 
 // A margin so large that every pixel takes the exact path.
@@ -138,10 +125,26 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
   hn::Store(Unsure(extreme, hn::Mul(depthBound, hn::Set(d, kDepthMargin))), d, floats->DepthMargin);
 }
 
+// Packed colours in float; `sure` loses the pixels whose rounding test fails.
+template <bool kPerspective, bool kConstAlpha>
+HWY_INLINE HWY_ATTR VU FloatShort(const TSpanJob& job, const TFloatRows& rows, int lane, VF t,
+                                  MI* sure) {
+  constexpr int kW = TFloatRows::kW;
+  const DF df;
+  const VF q = PerspectiveAt<kPerspective>(df, rows.Begin[kW][lane], rows.Delta[kW][lane], t);
+  const auto valueOf = [&](int i) HWY_ATTR {
+    return Interpolated<kPerspective>(hn::Set(df, rows.Begin[i][lane]),
+                                      hn::Set(df, rows.Delta[i][lane]), t, q);
+  };
+  return PackFloatBytes(df, job.Primitive, kConstAlpha ? kAlphaOnly : 0, rows.Margin[lane], valueOf,
+                        sure);
+}
+
 template <bool kPerspective, bool kConstAlpha>
 HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const TRow& row, int x) {
   job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactShort<kPerspective, kConstAlpha>(job, place, row, ColumnParameter(row, x));
+  return ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0,
+                                       ColumnParameter(row, x));
 }
 
 // Draws a group of a row in float where the rounding tests allow. Returns the pixels that were
@@ -168,8 +171,8 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, int place,
   const std::uint64_t bits = BitsOfMask(di, pass);
   if (bits != 0) {
     MI sure = pass;
-    VU packed = UntexturedBytes<kPerspective>(
-        df, job, floats.At(lane, kConstAlpha ? kAlphaOnly : 0), hn::DemoteTo(df, t), &sure);
+    VU packed =
+        FloatShort<kPerspective, kConstAlpha>(job, floats, lane, hn::DemoteTo(df, t), &sure);
     if (HWY_UNLIKELY(BitsOfMask(di, sure) != bits)) {
       packed = ExactShortColors<kPerspective, kConstAlpha>(job, place, row, x);
     }

@@ -98,8 +98,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p1);
   toWindow(&p2);
   m_Engine->UpdateDerivedState();
-  if (m_Engine->DrawJob != nullptr) {
-    m_Engine->DrawTriangle(v, m_Engine->DrawJob, TCondition::None);
+  if (TSpanJob* const job = m_Engine->DrawJob) {
+    job->Primitive = TPrimitive();
+    m_Engine->DrawTriangle(v, job, TCondition::None);
     return;
   }
   TSpanJob job;
@@ -107,10 +108,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
 }
 
 // Draws a triangle in window coordinates, by a kernel unless a condition is unmet: `unmet`, of the
-// draw, or one of the triangle's own.
+// draw, or one of the triangle's own. The inputs of the job are still to be set up.
 void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   if (unmet == TCondition::None) { // reads the slots before perspective scales them
-    job->Primitive = TPrimitive();
     for (int i = 0; i < 3; ++i) {
       job->Primitive.Vertex[i] = v[i].Slots;
     }
