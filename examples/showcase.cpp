@@ -70,38 +70,71 @@ public:
   }
 };
 
-/// Two lights, a colour that runs around the ring, holes where a pattern says so.
-class TRingFragmentShader : public Zx3D::TFragmentShaderCPU {
+/// Two lights, a colour that runs around the ring, holes where a pattern says so. Computes the
+/// fragments of a row at once where the context can give them: the lights are then read once a row,
+/// and there is one call for up to 64 pixels.
+class TRingFragmentShader : public Zx3D::TRowFragmentShaderCPU {
 public:
   unsigned int GetUniformLocation(const char* name) const override { return LocationOf(name); }
   void Begin() override {}
   void End() override {}
   bool IsCalcDepth() const override { return false; }
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
-    const TVector& around = (*v)[3];
-    const TVector& holes = m_Render->m_Uniforms[s_holes];
-    const double cellX = around.x * holes.x - std::floor(around.x * holes.x) - 0.5;
-    const double cellY = around.y * holes.y - std::floor(around.y * holes.y) - 0.5;
+    const TPoint eye = {(*v)[1].x, (*v)[1].y, (*v)[1].z};
+    const TPoint normal = {(*v)[2].x, (*v)[2].y, (*v)[2].z};
+    return Shade(Uniforms(), eye, normal, (*v)[3].x, (*v)[3].y, &f->Color);
+  }
+  void ExecuteRow(const Zx3D::FS_ROW& row) override {
+    const TUniforms uniforms = Uniforms();
+    const auto point = [&row](int slot, int i) {
+      return TPoint{row.Slots[slot][0][i], row.Slots[slot][1][i], row.Slots[slot][2][i]};
+    };
+    for (int i = 0; i < row.Count; ++i) {
+      TVector color = {0, 0, 0, 0};
+      row.Keep[i] =
+          Shade(uniforms, point(1, i), point(2, i), row.Slots[3][0][i], row.Slots[3][1][i], &color);
+      for (int c = 0; c < 4; ++c) {
+        row.Color[c][i] = color[c];
+      }
+    }
+  }
+
+private:
+  struct TUniforms {
+    TPoint Lights[2]; ///< in eye space
+    TVector Holes;
+  };
+
+  TUniforms Uniforms() const {
+    const TVector& a = m_Render->m_Uniforms[s_lightA];
+    const TVector& b = m_Render->m_Uniforms[s_lightB];
+    return {{{a.x, a.y, a.z}, {b.x, b.y, b.z}}, m_Render->m_Uniforms[s_holes]};
+  }
+
+  /// One fragment of the surface around (s, t); false in a hole.
+  static bool Shade(const TUniforms& uniforms, const TPoint& eye, const TPoint& slope, double s,
+                    double t, TVector* out) {
+    const TVector& holes = uniforms.Holes;
+    const double cellX = s * holes.x - std::floor(s * holes.x) - 0.5;
+    const double cellY = t * holes.y - std::floor(t * holes.y) - 0.5;
     if (cellX * cellX + cellY * cellY < holes.z) {
       return false;
     }
-    const TPoint eye = {(*v)[1].x, (*v)[1].y, (*v)[1].z};
-    TPoint normal = Unit({(*v)[2].x, (*v)[2].y, (*v)[2].z});
+    TPoint normal = Unit(slope);
     if (dot(normal, eye) > 0) {
       normal = normal * -1.0; // the inside of the ring, seen through a hole
     }
     TPoint color = {0, 0, 0};
-    for (int light : {s_lightA, s_lightB}) {
-      const TVector& at = m_Render->m_Uniforms[light];
-      const TPoint to = Unit(TPoint{at.x, at.y, at.z} - eye);
+    for (const TPoint& light : uniforms.Lights) {
+      const TPoint to = Unit(light - eye);
       const double diffuse = std::max(0.0, dot(normal, to));
       const double gloss = std::pow(std::max(0.0, dot(normal, Unit(to - Unit(eye)))), 60.0);
       for (int i = 0; i < 3; ++i) {
-        const double own = 0.5 + 0.45 * std::cos(2 * kPi * (around.x * 2 + i / 3.0));
+        const double own = 0.5 + 0.45 * std::cos(2 * kPi * (s * 2 + i / 3.0));
         color[i] += own * (0.10 + 0.62 * diffuse) + 0.55 * gloss;
       }
     }
-    f->Color = {std::min(color.x, 1.0), std::min(color.y, 1.0), std::min(color.z, 1.0), 1.0};
+    *out = {std::min(color.x, 1.0), std::min(color.y, 1.0), std::min(color.z, 1.0), 1.0};
     return true;
   }
 };

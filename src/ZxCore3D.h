@@ -42,6 +42,7 @@
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ProgramCPU.h>
+#include <ZxCore3D/render/RowShaderCPU.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 #include <ZxCore3D/render/StdFragmentShader.h>
 #include <ZxCore3D/render/StdVertexShader.h>

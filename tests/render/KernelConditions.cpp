@@ -2,6 +2,7 @@
 // scene with one change: the counters name the kernel that draws the first and the one condition
 // that the second does not meet.
 
+#include <algorithm>
 #include <cstring>
 #include <functional>
 #include <set>
@@ -12,6 +13,7 @@
 
 #include "LevelTest.h"
 #include <ZxCore3D/render/ProgramCPU.h>
+#include <ZxCore3D/render/RowShaderCPU.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace {
@@ -184,7 +186,31 @@ void LowerLevel(TRenderCPU&, TShape&) {
   ASSERT_TRUE(LimitSpanLevel("SSSE3") || LimitSpanLevel("NEON"));
 }
 
+// Computes rows, as does its base fragment by fragment.
+class TRowShader : public TRowFragmentShaderCPU {
+public:
+  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
+  void Begin() override {}
+  void End() override {}
+  bool IsCalcDepth() const override { return false; }
+  bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
+    f->Color = (*v)[1];
+    return true;
+  }
+  void ExecuteRow(const FS_ROW& row) override {
+    for (int c = 0; c < 4; ++c) {
+      std::copy_n(row.Slots[1][c], row.Count, row.Color[c]);
+    }
+  }
+};
+
+void ShadedRow(TRenderCPU& gl, TShape&) {
+  const THeld<TRowShader> shader;
+  gl._SetFragmentShader(shader.Get());
+}
+
 void BadBlend(const void*, void*) {}
+void OwnWrite(void*, const vec_t_<double, 4>&) {}
 void OtherStencilStep(unsigned char*, unsigned char, unsigned char) {}
 
 class KernelConditions : public testing::Test {
@@ -219,6 +245,7 @@ protected:
     shape.Draw(*scene);
     StopKernelCounters();
     scene->SetProgram(nullptr);
+    scene->_SetFragmentShader(nullptr);
     scene->SetDrawBuffer(nullptr);
     return KernelCounters();
   }
@@ -245,7 +272,9 @@ protected:
   void AddReferenceCases(std::vector<TCase>* cases);
   void AddColorCases(std::vector<TCase>* cases);
   void AddRowCases(std::vector<TCase>* cases);
+  void AddShadedRowCases(std::vector<TCase>* cases);
 
+  THeld<TRowShader> m_ByHand;
   TDataSurface m_Surface; ///< of a change, longer-lived than the context
 };
 
@@ -461,11 +490,48 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   });
 }
 
+// Rows that a caller's shader could compute at once.
+void KernelConditions::AddShadedRowCases(std::vector<TCase>* cases) {
+  using C = TCondition;
+  const auto add = [cases](C unmet, const TSetUp& change, const TSetUp& more = Nothing) {
+    const TSetUp scene = [more](TRenderCPU& gl, TShape& shape) {
+      ShadedRow(gl, shape);
+      more(gl, shape);
+    };
+    cases->push_back({unmet, TKernel::ShadedRows, scene, change});
+  };
+  add(C::ShadedRowsInstalled, [this](TRenderCPU& gl, TShape&) {
+    gl.m_FragmentShader->Release(); // past the context's own functions
+    m_ByHand->AddRef();
+    gl.m_FragmentShader = m_ByHand.Get();
+  });
+  add(C::ShadedRowsApart, [](TRenderCPU& gl, TShape&) {
+    TDataSurface low;
+    ASSERT_TRUE(low.Create(kWidth, kHeight - 1, DATA_FORMAT_STENCIL, DATA_TYPE_UINT8, 1));
+    gl.m_StencilSurface->Swap(low);
+  });
+  add(C::ShadedRowsTextureApart,
+      [](TRenderCPU& gl, TShape&) { gl.m_TexUnits[5].Sampler.SetSurface(gl.GetColorSurface()); });
+  add(C::ShadedRowsKnownWrite, [](TRenderCPU& gl, TShape&) { gl.m_PixelWrite = OwnWrite; });
+  add(
+      C::ShadedRowsKnownBlend, [](TRenderCPU& gl, TShape&) { gl.m_BlendFunc = BadBlend; }, Blend);
+  add(
+      C::ShadedRowsKnownDepth,
+      [](TRenderCPU& gl, TShape&) {
+        gl.m_DepthCompare = [](float fragment, float stored) { return fragment < stored; };
+      },
+      DepthTest);
+  add(
+      C::ShadedRowsKnownStencil,
+      [](TRenderCPU& gl, TShape&) { gl.m_StencilZPassOp = OtherStencilStep; }, StencilTest);
+}
+
 std::vector<TCase> KernelConditions::Cases() {
   std::vector<TCase> cases;
   AddReferenceCases(&cases);
   AddColorCases(&cases);
   AddRowCases(&cases);
+  AddShadedRowCases(&cases);
   return cases;
 }
 
@@ -493,7 +559,7 @@ TEST_F(KernelConditions, OnlySomeLeadToTheReferenceWalker) {
   if (MaskedLevel() == nullptr) {
     GTEST_SKIP() << "this processor has no level with all kernels";
   }
-  const std::set<std::string> paths = {"Shader", "Target", "Test", "Primitive"};
+  const std::set<std::string> paths = {"Shader", "Target", "Test", "Primitive", "ShadedRows"};
   for (const TCase& c : Cases()) {
     SCOPED_TRACE(NameOf(c.Unmet));
     const bool expected = paths.count(kConditionNames[static_cast<int>(c.Unmet)].Path) != 0;

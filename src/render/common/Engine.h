@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
@@ -21,7 +22,20 @@ struct TBatchDraw;
 struct TElements;
 struct TIndexedDraw;
 struct TVertexCache;
+class TRowFragmentShaderCPU;
 enum class TCondition : std::uint8_t;
+
+/// The arrays of an FS_ROW.
+struct TShadedRow {
+  static constexpr std::size_t kMost = 64;
+
+  alignas(64) double Slots[8][4][kMost];
+  alignas(64) double Color[4][kMost];
+  alignas(64) double T[kMost];
+  alignas(64) float Depth[kMost];
+  alignas(64) int X[kMost];
+  alignas(64) bool Keep[kMost];
+};
 
 /// The fragment record after a triangle that a kernel drew: its slots, and in an array draw its
 /// colour, are computed only when something can read them.
@@ -123,12 +137,22 @@ struct TRenderEngine {
   void DrawEdges(VAR_DATA* v);
   void InterpolateFragment(const EDGE& e, double t);
   void WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
+  bool ShadeSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
+  TCondition SetUpShadedRow() const;
   bool IsLinePixel(int x, int y) const;
   void DrawLinePixel(int x, int y, double t);
   void DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void WalkLine(const TLineWalk& walk);
   bool ClipWalk(TLineWalk* walk);
+
+  /// The fragment shader that was installed, if it computes rows.
+  TRowFragmentShaderCPU* RowShader = nullptr;
+  TShadedRow* Row() {
+    void* at = m_RowMemory;
+    std::size_t size = sizeof m_RowMemory;
+    return static_cast<TShadedRow*>(std::align(alignof(TShadedRow), sizeof(TShadedRow), at, size));
+  }
 
   // --- arrays: vertices of arrays, replayed
 
@@ -170,6 +194,10 @@ struct TRenderEngine {
 
   TDeferredFragment DeferredFragment;
   TSpanJob* DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+
+private:
+  /// An engine is allocated like any other object, at 16 bytes.
+  unsigned char m_RowMemory[sizeof(TShadedRow) + alignof(TShadedRow)] = {};
 };
 
 } // namespace Zx3D

@@ -106,6 +106,15 @@
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
   X(LineRun,         Long,            walk.Minor * kMinLineRunGroups * kLanes <= walk.Major,  "short runs are drawn faster as scattered pixels")
 
+#define ZX_SHADED_ROW_CONDITIONS(X) \
+  X(ShadedRows,      Installed,       gl.m_FragmentShader == RowShader,                       "a host set another shader by hand") \
+  X(ShadedRows,      Apart,           Targets.Kernels,                                        "a pixel's tests would see the writes of another") \
+  X(ShadedRows,      TextureApart,    !AnyTextureIsTarget(gl, Targets),                       "so would its texels, of any unit") \
+  X(ShadedRows,      KnownWrite,      IsIn(kPixelWrites, gl.m_PixelWrite),                    "a caller's function may look at anything") \
+  X(ShadedRows,      KnownBlend,      KnowsBlend(gl),                                         "as KnownWrite") \
+  X(ShadedRows,      KnownDepth,      !gl.m_DepthTest || IsIn(kDepthCompares, gl.m_DepthCompare), "as KnownWrite") \
+  X(ShadedRows,      KnownStencil,    !gl.m_StencilTest || KnowsStencil(gl),                  "as KnownWrite")
+
 // What a rounding test, or another test of values, decides group by group.
 #define ZX_DEPTH_RANGE_CONDITION(X) \
   X(Values,          DepthRange,      kMinDepthBound < depthBound && depthBound < kMaxDepthBound, "the margin stays above what a float cannot tell from zero")
@@ -120,7 +129,7 @@
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
-  ZX_LINE_RUN_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
+  ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
 
 /// As the body of a function that returns the first condition of a list that does not hold.

@@ -11,7 +11,7 @@ namespace Zx3D {
 
 /// What pixels are drawn by: the reference path, or a kernel of the map in docs/architecture.md.
 enum class TKernel : std::uint8_t {
-  Reference,      ///< the reference walker
+  Reference,      ///< the reference walker, and a caller's shader pixel by pixel
   ShortRows,      ///< in double
   FloatShortRows, ///< in float where rounding tests allow
   Fill,
@@ -22,14 +22,15 @@ enum class TKernel : std::uint8_t {
   PartialGroup, ///< the last pixels of a row, where a mask cannot name them, and rows below a group
   LineRuns,
   ScatteredPixels, ///< of lines that have no long runs
+  ShadedRows,      ///< by a caller's shader, a row at once
 };
 
 inline constexpr const char* kKernelNames[] = {
     "Reference",   "ShortRows", "FloatShortRows", "Fill",     "Rejection",       "FloatRuns",
-    "TextureRuns", "ExactRuns", "PartialGroup",   "LineRuns", "ScatteredPixels",
+    "TextureRuns", "ExactRuns", "PartialGroup",   "LineRuns", "ScatteredPixels", "ShadedRows",
 };
 
-inline constexpr int kKernels = static_cast<int>(TKernel::ScatteredPixels) + 1;
+inline constexpr int kKernels = static_cast<int>(TKernel::ShadedRows) + 1;
 static_assert(sizeof kKernelNames / sizeof *kKernelNames == kKernels);
 
 struct TConditionName {

@@ -16,6 +16,8 @@ struct TVertexBatch;
 struct TPointBatch;
 struct TShapeClasses;
 struct TCulling;
+struct TShadedRow;
+class TRowFragmentShaderCPU;
 
 /// The comparison of a depth or stencil test, in the order of the enums from GL_NEVER on.
 enum class TCompare : std::uint8_t {
@@ -221,6 +223,20 @@ struct TLineWalk {
 /// Whether a sampler fetches by a function of its own, not by one that a caller installed.
 bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
 
+/// Pixels of a row that a caller's shader computes, all of them covered. Addresses are those of
+/// the first; without a stencil surface, or its test, that of the stencil is null.
+struct TShadedSpan {
+  TRenderCPU& Context;
+  const TRenderCPU::EDGE& Span;
+  TRenderCPU::FS_DATA* Record; ///< its row is set
+  int First;                   ///< column
+  int Count;
+  unsigned char* Color;
+  std::ptrdiff_t ColorStep;
+  unsigned char* Depth;
+  unsigned char* Stencil;
+};
+
 /// The routines of one instruction set.
 struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
@@ -234,6 +250,8 @@ struct TSpanKernels {
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
   void (*PackColors)(const double* colors, int count, TPointBatch* out);
+  void (*ShadeSpan)(const TShadedSpan& span);
+  void (*ShadeRow)(const TShadedSpan& span, TRowFragmentShaderCPU* shader, TShadedRow* arrays);
 };
 
 /// The kernels of the processor at hand, within what `LimitSpanLevel` allows; null for the

@@ -3,8 +3,10 @@
 
 #pragma once
 
+#include <cstdint>
 #include <cstring>
 
+#include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/common/Channels.h>
@@ -32,9 +34,17 @@ inline bool PassesStencil(const TRenderCPU& gl, unsigned char* stencil) {
   return true;
 }
 
+/// The two most common comparisons need no call.
+inline bool CompareDepth(TRenderCPU::TDepthCompare compare, float fragment, float stored) {
+  return compare == Less1f     ? fragment < stored
+         : compare == Lequal1f ? fragment <= stored
+                               : compare(fragment, stored);
+}
+
 inline bool PassesDepth(const TRenderCPU& gl, const unsigned char* depth, float fragment,
                         unsigned char* stencil) {
-  if (depth != nullptr && gl.m_DepthTest && !gl.m_DepthCompare(fragment, LoadFloat(depth))) {
+  if (depth != nullptr && gl.m_DepthTest &&
+      !CompareDepth(gl.m_DepthCompare, fragment, LoadFloat(depth))) {
     RunStencil(gl, gl.m_StencilZFailOp, stencil);
     return false;
   }
@@ -63,18 +73,72 @@ inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned c
   }
 }
 
+/// The same for bytes in a word, the lowest being red. A word goes from register to memory: bytes
+/// stored one by one would have to reach memory before the word could be loaded.
+inline void WritePacked(const TRenderCPU& gl, unsigned char* to, std::uint32_t packed) {
+  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
+    std::memcpy(to, &packed, kPixelBytes);
+    return;
+  }
+  unsigned char bytes[kPixelBytes];
+  std::memcpy(bytes, &packed, sizeof bytes);
+  WriteBytes(gl, to, bytes);
+}
+
+/// A colour as bytes in a word, whatever its channels are.
+inline std::uint32_t PackedBytesOfAny(const vec_t_<double, 4>& color) {
+  return ByteOf(color.x) | static_cast<std::uint32_t>(ByteOf(color.y)) << 8 |
+         static_cast<std::uint32_t>(ByteOf(color.z)) << 16 |
+         static_cast<std::uint32_t>(ByteOf(color.w)) << 24;
+}
+
 /// Writes a fragment's colour to the draw buffer if there is one, otherwise to the colour surface.
 inline void WriteColor(const TRenderCPU& gl, unsigned char* to, const vec_t_<double, 4>& color) {
   if (gl.m_PixelWrite != nullptr) {
     gl.m_PixelWrite(to, color);
     return;
   }
-  const unsigned char bytes[4] = {ByteOf(color.x), ByteOf(color.y), ByteOf(color.z),
-                                  ByteOf(color.w)};
-  WriteBytes(gl, to, bytes);
+  WritePacked(gl, to, PackedBytesOfAny(color));
+}
+
+/// The depth of a triangle's pixel at t of its span.
+inline float SpanDepth(const TRenderCPU& gl, const TRenderCPU::EDGE& span, double t) {
+  float depth = static_cast<float>(span.Delta.Slots[0].z * t + span.Begin->Slots[0].z);
+  if (gl.m_PolygonOffsetFill) {
+    depth += gl.m_PolygonOffsetFactor;
+  }
+  return depth;
 }
 
 // --- All of them
+
+/// The stages before shading; false if the fragment goes no further.
+template <class TFragment>
+inline bool PassesBeforeShading(const TRenderCPU& gl, const unsigned char* depth,
+                                unsigned char* stencil, TFragment&& fragment) {
+  if (!PassesStencil(gl, stencil)) {
+    return false;
+  }
+  if (gl.m_CalcDepth) {
+    return true;
+  }
+  fragment.SetDepth();
+  return PassesDepth(gl, depth, fragment.Depth(), stencil);
+}
+
+/// Those between shading and the colour write.
+template <class TFragment>
+inline bool PassesAfterShading(const TRenderCPU& gl, unsigned char* depth, unsigned char* stencil,
+                               const TFragment& fragment) {
+  if (gl.m_CalcDepth && !PassesDepth(gl, depth, fragment.Depth(), stencil)) {
+    return false;
+  }
+  if (depth != nullptr && gl.m_DepthMask) {
+    StoreFloat(depth, fragment.Depth());
+  }
+  RunStencil(gl, gl.m_StencilZPassOp, stencil);
+  return true;
+}
 
 /// The stages of a fragment once its pixel is known, in their order:
 ///
@@ -92,26 +156,10 @@ inline void WriteColor(const TRenderCPU& gl, unsigned char* to, const vec_t_<dou
 template <class TFragment>
 inline void RunFragment(const TRenderCPU& gl, unsigned char* depth, unsigned char* stencil,
                         TFragment&& fragment) {
-  if (!PassesStencil(gl, stencil)) {
-    return;
+  if (PassesBeforeShading(gl, depth, stencil, fragment) && fragment.Shade() &&
+      PassesAfterShading(gl, depth, stencil, fragment)) {
+    fragment.WriteColor();
   }
-  if (!gl.m_CalcDepth) {
-    fragment.SetDepth();
-    if (!PassesDepth(gl, depth, fragment.Depth(), stencil)) {
-      return;
-    }
-  }
-  if (!fragment.Shade()) {
-    return;
-  }
-  if (gl.m_CalcDepth && !PassesDepth(gl, depth, fragment.Depth(), stencil)) {
-    return;
-  }
-  if (depth != nullptr && gl.m_DepthMask) {
-    StoreFloat(depth, fragment.Depth());
-  }
-  RunStencil(gl, gl.m_StencilZPassOp, stencil);
-  fragment.WriteColor();
 }
 
 } // namespace Zx3D

@@ -69,6 +69,9 @@ void TRenderCPU::DrawSpan(EDGE* span, int y, FS_DATA* fs) {
   if (!PixelRange(span->Begin->Slots[0].x + 0.5, span->End->Slots[0].x, m_Width, &first, &last)) {
     return;
   }
+  if (m_Engine->ShadeSpan(*span, y, first, last, fs)) {
+    return;
+  }
   if (TKernelCounters* const counters = ActiveKernelCounters()) {
     counters->StartRow();
     counters->Add(TKernel::Reference, last - first + 1);
@@ -88,13 +91,7 @@ struct TSpanFragment {
   double T; ///< position between the span's ends
 
   float Depth() const { return Record->Depth; }
-  void SetDepth() {
-    const TRenderCPU& gl = Engine.gl;
-    Record->Depth = static_cast<float>(Span.Delta.Slots[0].z * T + Span.Begin->Slots[0].z);
-    if (gl.m_PolygonOffsetFill) {
-      Record->Depth += gl.m_PolygonOffsetFactor;
-    }
-  }
+  void SetDepth() { Record->Depth = SpanDepth(Engine.gl, Span, T); }
   bool Shade() {
     TRenderCPU& gl = Engine.gl;
     Engine.InterpolateFragment(Span, T);

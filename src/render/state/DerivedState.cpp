@@ -132,16 +132,17 @@ bool TRenderEngine::UpdateTargets() {
 
 // Whether texels share memory with what is drawn into. A texture repeats to a column and a row past
 // its end.
+bool SharesMemory(const DATASURFACE& texture, const TTargets& targets) {
+  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture.RowStride}) + texture.PixelStride;
+  const TBlock texels = BlockOf(texture, slack);
+  return std::any_of(
+      std::begin(targets.Records), std::end(targets.Records),
+      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
+}
+
 bool TRenderEngine::TextureIsTarget() const {
   const DATASURFACE* const texture = gl.m_TexUnits[0].Sampler.m_Surface;
-  if (!gl.m_TexUnits[0].TexEnabled || texture == nullptr) {
-    return false;
-  }
-  const std::ptrdiff_t slack = std::abs(std::ptrdiff_t{texture->RowStride}) + texture->PixelStride;
-  const TBlock texels = BlockOf(*texture, slack);
-  return std::any_of(
-      std::begin(Targets.Records), std::end(Targets.Records),
-      [&texels](const DATASURFACE& target) { return texels.Overlaps(BlockOf(target)); });
+  return gl.m_TexUnits[0].TexEnabled && texture != nullptr && SharesMemory(*texture, Targets);
 }
 
 // --- Textures

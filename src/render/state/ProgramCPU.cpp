@@ -1,7 +1,7 @@
 #include <ZxCore3D/render/ProgramCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/ShaderCPU.h>
+#include <ZxCore3D/render/RowShaderCPU.h>
 
 #include <ZxCore3D/render/common/Engine.h>
 
@@ -68,6 +68,18 @@ template <class T> static void Install(TRenderCPU* render, T*& installed, T* fre
   installed = fresh;
 }
 
+// The shader as one that computes rows; null if it is none. Not by its type: a host that was
+// compiled without run-time type information has shaders too.
+static TRowFragmentShaderCPU* RowShaderOf(TFragmentShaderCPU* shader) {
+  void* found = nullptr;
+  if (shader == nullptr || !shader->QueryInterface(TRowFragmentShaderCPU::s_Interface, &found) ||
+      found == nullptr) {
+    return nullptr;
+  }
+  shader->Release();
+  return static_cast<TRowFragmentShaderCPU*>(found);
+}
+
 void TRenderCPU::_SetVertexShader(TVertexShaderCPU* shader) {
   TVertexShaderCPU* const fresh = shader != nullptr ? shader : m_StdVertexShader;
   if (fresh != m_VertexShader) {
@@ -82,6 +94,7 @@ void TRenderCPU::_SetFragmentShader(TFragmentShaderCPU* shader) {
     m_Engine->ResolveFragment();
     Install(this, m_FragmentShader, fresh);
     m_CalcDepth = fresh != nullptr && fresh->IsCalcDepth();
+    m_Engine->RowShader = RowShaderOf(fresh);
   }
 }
 

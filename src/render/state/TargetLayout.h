@@ -58,4 +58,7 @@ struct TTargets {
   bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
 };
 
+/// Whether texels of a texture share memory with a target.
+bool SharesMemory(const DATASURFACE& texture, const TTargets& targets);
+
 } // namespace Zx3D

@@ -1,0 +1,109 @@
+// Rows whose fragments a caller's shader computes: one by one, or all at once where the shader can
+// and nobody can tell.
+//
+// Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, WhichRows.*)
+
+#include <algorithm>
+#include <iterator>
+
+#include <ZxCore3D/render/FragmentOps.h>
+#include <ZxCore3D/render/RowShaderCPU.h>
+
+#include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/FragmentTables.h>
+#include <ZxCore3D/render/common/KernelCounters.h>
+#include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
+namespace Zx3D {
+
+namespace {
+
+template <class TFunction, std::size_t N>
+bool IsIn(const TFunction (&list)[N], TFunction function) {
+  return std::find(std::begin(list), std::end(list), function) != std::end(list);
+}
+
+constexpr TRenderCPU::TPixelWrite kPixelWrites[] = {nullptr, SetValue1f, SetValue1d, SetValue4f,
+                                                    SetValue4d};
+
+constexpr TRenderCPU::TStencilFunction kStencilSteps[] = {
+    KeepM_1u8,     ZeroM_1u8, ReplaceM_1u8,  IncrM_1u8,
+    IncrWrapM_1u8, DecrM_1u8, DecrWrapM_1u8, InvertM_1u8,
+};
+
+bool KnowsBlend(const TRenderCPU& gl) {
+  return (gl.m_BlendFunc == nullptr || gl.m_BlendFunc == TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub) &&
+         (gl.m_BlendFuncM == nullptr || gl.m_BlendFuncM == TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
+}
+
+bool KnowsStencil(const TRenderCPU& gl) {
+  return IsIn(kStencilCompares, gl.m_StencilCompare) && IsIn(kStencilSteps, gl.m_StencilFailOp) &&
+         IsIn(kStencilSteps, gl.m_StencilZFailOp) && IsIn(kStencilSteps, gl.m_StencilZPassOp);
+}
+
+// Whether a shader that samples any unit could read what a row writes.
+bool AnyTextureIsTarget(const TRenderCPU& gl, const TTargets& targets) {
+  return std::any_of(std::begin(gl.m_TexUnits), std::end(gl.m_TexUnits), [&](const auto& unit) {
+    const DATASURFACE* const texture = unit.Sampler.m_Surface;
+    return texture != nullptr && SharesMemory(*texture, targets);
+  });
+}
+
+} // namespace
+
+// The first condition that keeps a row from being shaded at once.
+TCondition TRenderEngine::SetUpShadedRow() const {
+  ZX_RETURN_FIRST_UNMET(ZX_SHADED_ROW_CONDITIONS);
+}
+
+// Gives a row to the kernels of the instruction set; false if there are none, or a target has no
+// address for all of its pixels.
+bool TRenderEngine::ShadeSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
+  const TSpanKernels* const kernels = GetSpanKernels();
+  const auto holds = [&](const TTarget& target) {
+    return target.At(first, y) != nullptr && target.EndOfSpan(first, y, gl.m_Width) > last;
+  };
+  const bool stencil = StencilPixel(first, y) != nullptr;
+  if (kernels == nullptr || !holds(Targets.Color) || !holds(Targets.Depth) ||
+      (stencil && !holds(Targets.Stencil))) {
+    return false;
+  }
+  // Differences and quotients are rounded in order, so that covered pixels are consecutive.
+  const auto covers = [&span](int x) {
+    const double t = (x - span.Begin->Slots[0].x) / span.Delta.Slots[0].x;
+    return t >= 0.0 && t < 1.0;
+  };
+  int from = first;
+  int to = last;
+  while (from <= to && !covers(from)) {
+    ++from;
+  }
+  while (from <= to && !covers(to)) {
+    --to;
+  }
+  const int left = from - first; // addresses follow from that of the row's first pixel
+  const TShadedSpan row = {gl,
+                           span,
+                           fs,
+                           from,
+                           to - from + 1,
+                           Targets.Color.At(first, y) + left * Targets.Color.Step,
+                           Targets.Color.Step,
+                           DepthPixel(first, y) + left * Targets.Depth.Step,
+                           stencil ? StencilPixel(first, y) + left : nullptr};
+  TKernelCounters* const counters = ActiveKernelCounters();
+  const bool atOnce = RowShader != nullptr && Meets(counters, SetUpShadedRow());
+  if (counters != nullptr) {
+    counters->StartRow();
+    counters->Add(atOnce ? TKernel::ShadedRows : TKernel::Reference, last - first + 1);
+  }
+  if (atOnce) {
+    kernels->ShadeRow(row, RowShader, Row());
+  } else {
+    kernels->ShadeSpan(row);
+  }
+  return true;
+}
+
+} // namespace Zx3D
