@@ -106,6 +106,11 @@
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
   X(LineRun,         Long,            walk.Minor * kMinLineRunGroups * kLanes <= walk.Major,  "short runs are drawn faster as scattered pixels")
 
+#define ZX_PIXEL_ROW_CONDITIONS(X) \
+  X(PixelRow,        InstructionSet,  GetSpanKernels() != nullptr,                            "as for shaders") \
+  X(PixelRow,        KnownBlend,      draw.Blend != TBlend::Unknown,                          "a caller's function blends pixel by pixel") \
+  X(PixelRow,        Apart,           apart,                                                  "pixels four bytes apart are read ahead of those that are written")
+
 // What a rounding test, or another test of values, decides group by group.
 #define ZX_DEPTH_RANGE_CONDITION(X) \
   X(Values,          DepthRange,      kMinDepthBound < depthBound && depthBound < kMaxDepthBound, "the margin stays above what a float cannot tell from zero")
@@ -120,7 +125,7 @@
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
-  ZX_LINE_RUN_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
+  ZX_LINE_RUN_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
 
 /// As the body of a function that returns the first condition of a list that does not hold.

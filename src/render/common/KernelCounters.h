@@ -22,14 +22,15 @@ enum class TKernel : std::uint8_t {
   PartialGroup, ///< the last pixels of a row, where a mask cannot name them, and rows below a group
   LineRuns,
   ScatteredPixels, ///< of lines that have no long runs
+  PixelRows,       ///< of bytes that a caller handed over, blended or masked
 };
 
 inline constexpr const char* kKernelNames[] = {
     "Reference",   "ShortRows", "FloatShortRows", "Fill",     "Rejection",       "FloatRuns",
-    "TextureRuns", "ExactRuns", "PartialGroup",   "LineRuns", "ScatteredPixels",
+    "TextureRuns", "ExactRuns", "PartialGroup",   "LineRuns", "ScatteredPixels", "PixelRows",
 };
 
-inline constexpr int kKernels = static_cast<int>(TKernel::ScatteredPixels) + 1;
+inline constexpr int kKernels = static_cast<int>(TKernel::PixelRows) + 1;
 static_assert(sizeof kKernelNames / sizeof *kKernelNames == kKernels);
 
 struct TConditionName {

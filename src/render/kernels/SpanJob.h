@@ -225,6 +225,8 @@ struct TSpanKernels {
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
   void (*PackColors)(const double* colors, int count, TPointBatch* out);
+  void (*DrawPixelRow)(const TSpanJob& job, const unsigned char* from, unsigned char* to,
+                       std::ptrdiff_t count);
 };
 
 /// The kernels of the processor at hand, within what `LimitSpanLevel` allows; null for the

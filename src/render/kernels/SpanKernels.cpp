@@ -25,6 +25,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 
 #else
 #include <ZxCore3D/render/common/QuietFloats.h>
+#include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/SpanLine-inl.h>
 #include <ZxCore3D/render/kernels/SpanTriangle-inl.h>
 #include <ZxCore3D/render/kernels/VertexBatch-inl.h>
@@ -65,7 +66,8 @@ inline constexpr TSpanKernels kKernels = {kLevel,
                                           TQuiet<ClassifyTriangles>::Call,
                                           TQuiet<ClassifyLines>::Call,
                                           TQuiet<ProjectPoints>::Call,
-                                          TQuiet<PackColors>::Call};
+                                          TQuiet<PackColors>::Call,
+                                          DrawPixelRow};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

@@ -290,11 +290,16 @@ TCondition TRenderEngine::SetUpTargets(TDrawState* out) const {
   draw.Color = {Targets.Color.Data, Targets.Color.RowStride};
   draw.Depth = {Targets.Depth.Data, Targets.Depth.RowStride};
   draw.Stencil = {Targets.Stencil.Data, Targets.Stencil.RowStride};
-  draw.ColorMask = gl.m_ColorMask;
-  draw.Blend = gl.m_ColorMask == kAllChannels
-                   ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
-                   : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
+  SetUpOutput(&draw);
   ZX_RETURN_FIRST_UNMET(ZX_TARGET_CONDITIONS);
+}
+
+// How colours are written: mask and blending.
+void TRenderEngine::SetUpOutput(TDrawState* draw) const {
+  draw->ColorMask = gl.m_ColorMask;
+  draw->Blend = gl.m_ColorMask == kAllChannels
+                    ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
+                    : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
 }
 
 TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
