@@ -17,13 +17,13 @@ enum RELATION {
   kNear,    ///< the same but for lines, which may be a pixel away
 };
 
-struct SCENE {
+struct TScene {
   const char* Name;
   RELATION Relation;
   int Zoom; ///< a picture is 160 pixels wide and high; where it is drawn smaller, it is enlarged
 };
 
-constexpr SCENE kScenes[] = {
+constexpr TScene kScenes[] = {
     {"clamp", kDiffers, 1},
     {"clamp-dimmed", kSame, 1},
     {"highlight", kDiffers, 1},

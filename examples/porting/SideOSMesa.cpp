@@ -58,7 +58,7 @@ struct TContext {
   }
 };
 
-bool DrawScene(const porting::SCENE& scene, const std::string& folder) {
+bool DrawScene(const porting::TScene& scene, const std::string& folder) {
   const int attributes[] = {OSMESA_FORMAT,
                             OSMESA_RGBA,
                             OSMESA_DEPTH_BITS,
@@ -96,7 +96,7 @@ int main(int argc, char** argv) {
   setenv("GALLIUM_DRIVER", "llvmpipe", 1);
   setenv("LP_NUM_THREADS", "0", 1);
   bool ok = argc == 2;
-  for (const porting::SCENE& scene : porting::kScenes) {
+  for (const porting::TScene& scene : porting::kScenes) {
     if (ok && !DrawScene(scene, argv[1])) {
       std::fprintf(stderr, "porting_osmesa: %s failed\n", scene.Name);
       ok = false;

@@ -12,7 +12,7 @@ struct TContext : Zx3D::TRenderCPU {
   static constexpr bool kOpenGL = false;
 };
 
-bool DrawScene(const porting::SCENE& scene, const std::string& folder) {
+bool DrawScene(const porting::TScene& scene, const std::string& folder) {
   TContext gl;
   if (!gl.Create(porting::kPicture / scene.Zoom, porting::kPicture / scene.Zoom, nullptr)) {
     return false;
@@ -37,7 +37,7 @@ bool DrawScene(const porting::SCENE& scene, const std::string& folder) {
 int main(int argc, char** argv) {
   Init_ZxCore3D();
   bool ok = argc == 2;
-  for (const porting::SCENE& scene : porting::kScenes) {
+  for (const porting::TScene& scene : porting::kScenes) {
     if (ok && !DrawScene(scene, argv[1])) {
       std::fprintf(stderr, "porting_zxcore3d: %s failed\n", scene.Name);
       ok = false;

@@ -18,7 +18,7 @@
 namespace {
 
 using porting::kPicture;
-using porting::SCENE;
+using porting::TScene;
 
 bool Load(const std::string& name, TDataSurface* out) {
   DATASURFACE record = {};
@@ -42,7 +42,7 @@ bool IsDrawn(const unsigned char* pixel) {
   return Distance(pixel, kGround) > 2;
 }
 
-struct COMPARISON {
+struct TComparison {
   int Drawn = 0;   ///< pixels of the first that are not background
   int Outline = 0; ///< pixels that one side has drawn and the other has not
   int Unlike = 0;  ///< pixels with a channel that differs by more than 3
@@ -50,8 +50,8 @@ struct COMPARISON {
   double Mean = 0; ///< difference of the means of all channels, of 255
 };
 
-COMPARISON Compare(const TDataSurface& a, const TDataSurface& b) {
-  COMPARISON c;
+TComparison Compare(const TDataSurface& a, const TDataSurface& b) {
+  TComparison c;
   double sums[2] = {};
   for (int y = 0; y < a.Height; ++y) {
     for (int x = 0; x < a.Width; ++x) {
@@ -76,7 +76,7 @@ COMPARISON Compare(const TDataSurface& a, const TDataSurface& b) {
   return c;
 }
 
-bool IsAsTold(const SCENE& scene, const COMPARISON& c, int pixels) {
+bool IsAsTold(const TScene& scene, const TComparison& c, int pixels) {
   const bool drawn = c.Drawn > pixels / 500;
   switch (scene.Relation) {
   case porting::kSame:
@@ -108,7 +108,7 @@ bool SavePair(const std::string& name, const TDataSurface* sides, int zoom) {
   return SaveImage(name, nullptr, pair);
 }
 
-bool ShowPair(const SCENE& scene, const std::string& folder) {
+bool ShowPair(const TScene& scene, const std::string& folder) {
   TDataSurface sides[2];
   std::string file = "/";
   file.append(scene.Name).append(".ppm");
@@ -120,7 +120,7 @@ bool ShowPair(const SCENE& scene, const std::string& folder) {
     return false;
   }
   static constexpr const char* kWords[] = {"same", "differs", "near"};
-  const COMPARISON c = Compare(sides[0], sides[1]);
+  const TComparison c = Compare(sides[0], sides[1]);
   const bool right = IsAsTold(scene, c, size * size);
   std::printf("%-24s %-8s %8d %8d %8d %8.2f%s\n", scene.Name, kWords[scene.Relation], c.Drawn,
               c.Outline, c.Unlike, c.Mean, right ? "" : "  NOT AS TOLD");
@@ -150,7 +150,7 @@ int main(int argc, char** argv) {
   Init_ZxCore3D();
   bool ok = true;
   std::printf("%-24s %-8s %8s %8s %8s %8s\n", "scene", "", "drawn", "outline", "unlike", "mean");
-  for (const SCENE& scene : porting::kScenes) {
+  for (const TScene& scene : porting::kScenes) {
     ok = ShowPair(scene, folder) && ok;
   }
   Deinit_ZxCore3D();

@@ -10,7 +10,7 @@ namespace {
 
 using Zx3D::TRenderCPU;
 
-struct POINT {
+struct TPoint {
   const char* Text;
   bool (*Holds)(TRenderCPU& gl); ///< in a context of 8 by 8 pixels
 };
@@ -34,7 +34,7 @@ float DepthOf(TRenderCPU& gl) {
   return reinterpret_cast<const float*>(gl.GetDepthSurface()->Data)[0];
 }
 
-const POINT s_points[] = {
+const TPoint s_points[] = {
     {"the current normal starts as (0, 0, 0)",
      [](TRenderCPU& gl) {
        const float noAmbient[4] = {0, 0, 0, 1};
@@ -164,7 +164,7 @@ const POINT s_points[] = {
 int main() {
   Init_ZxCore3D();
   bool ok = true;
-  for (const POINT& point : s_points) {
+  for (const TPoint& point : s_points) {
     TRenderCPU gl;
     const bool holds = gl.Create(8, 8, nullptr) && point.Holds(gl);
     std::printf("%-72s %s\n", point.Text, holds ? "holds" : "DOES NOT HOLD");

@@ -44,13 +44,13 @@ using Zx3D::TRenderCPU;
 
 enum ANSWER { kEnum = 1280, kValue = 1281, kOperation = 1282, kThrow = 1, kThrowEnum = 2 };
 
-struct REFUSED {
+struct TRefused {
   const char* Call;
   ANSWER Answer;
   void (*Make)(TRenderCPU&);
 };
 
-struct IGNORED {
+struct TIgnored {
   const char* Call;
   void (*Make)(TRenderCPU&); ///< before drawing
 };
@@ -60,11 +60,11 @@ unsigned int s_names[16] = {};
 int s_out[16] = {};
 
 #define REFUSE(answer, ...)                                                                        \
-  REFUSED {                                                                                        \
+  TRefused {                                                                                       \
 #__VA_ARGS__, answer, [](TRenderCPU & gl) { gl.__VA_ARGS__; }                                  \
   }
 
-const REFUSED s_refused[] = {
+const TRefused s_refused[] = {
     REFUSE(kEnum, Begin(GL_QUAD_STRIP)),
     REFUSE(kEnum, Begin(GL_POLYGON)),
     REFUSE(kOperation, GenLists(1)),
@@ -114,11 +114,11 @@ const REFUSED s_refused[] = {
 };
 
 #define IGNORE(...)                                                                                \
-  IGNORED {                                                                                        \
+  TIgnored {                                                                                       \
 #__VA_ARGS__, [](TRenderCPU & gl) { gl.__VA_ARGS__; }                                          \
   }
 
-const IGNORED s_ignored[] = {
+const TIgnored s_ignored[] = {
     IGNORE(PointSize(5)),
     IGNORE(LineWidth(5)),
     IGNORE(PolygonMode(GL_FRONT_AND_BACK, GL_LINE)),
@@ -173,7 +173,7 @@ std::string Told(ANSWER answer) {
 }
 
 /// What the call does: the code, and whether it throws.
-std::string Answer(const REFUSED& refused) {
+std::string Answer(const TRefused& refused) {
   TRenderCPU gl;
   gl.Create(8, 8, nullptr);
   unsigned int id = 0;
@@ -200,7 +200,7 @@ std::string Answer(const REFUSED& refused) {
 int main() {
   Init_ZxCore3D();
   bool ok = true;
-  for (const REFUSED& refused : s_refused) {
+  for (const TRefused& refused : s_refused) {
     const std::string answer = Answer(refused);
     const bool right = answer == Told(refused.Answer);
     std::printf("%-75s %s%s\n", refused.Call, answer.c_str(), right ? "" : "  NOT AS TOLD");
@@ -208,7 +208,7 @@ int main() {
   }
   const std::string plain = Picture(nullptr);
   ok = ok && plain != "error";
-  for (const IGNORED& ignored : s_ignored) {
+  for (const TIgnored& ignored : s_ignored) {
     const bool right = Picture(ignored.Make) == plain;
     std::printf("%-75s %s\n", ignored.Call, right ? "changes nothing" : "NOT AS TOLD");
     ok = ok && right;

@@ -6,7 +6,7 @@
 #include <ZxCore3D/ZxCore3D.h>
 #include <ZxPixelKit/Image.h>
 
-struct VERTEX {
+struct TVertex {
   double Position[3], Normal[3], Color[3];
 };
 
@@ -16,7 +16,7 @@ static bool Draw(const char* picture) {
     return false;
   }
   const int n = 60; // a pond of n by n vertices, 12 units wide
-  std::vector<VERTEX> vertices;
+  std::vector<TVertex> vertices;
   std::vector<unsigned short> indices;
   for (int j = 0; j < n; ++j) {
     for (int i = 0; i < n; ++i) {
@@ -45,9 +45,9 @@ static bool Draw(const char* picture) {
     gl.EnableClientState(array);
   }
   // Where each value begins, and how many bytes lie between one vertex and the next.
-  gl.VertexPointer(3, GL_DOUBLE, sizeof(VERTEX), vertices[0].Position);
-  gl.NormalPointer(GL_DOUBLE, sizeof(VERTEX), vertices[0].Normal);
-  gl.ColorPointer(3, GL_DOUBLE, sizeof(VERTEX), vertices[0].Color);
+  gl.VertexPointer(3, GL_DOUBLE, sizeof(TVertex), vertices[0].Position);
+  gl.NormalPointer(GL_DOUBLE, sizeof(TVertex), vertices[0].Normal);
+  gl.ColorPointer(3, GL_DOUBLE, sizeof(TVertex), vertices[0].Color);
   gl.DrawElements(GL_TRIANGLES, int(indices.size()), GL_UNSIGNED_SHORT, indices.data());
   return gl.GetError() == GL_NO_ERROR && SaveImage(picture, nullptr, *gl.GetColorSurface());
 }

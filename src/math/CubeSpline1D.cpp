@@ -23,17 +23,17 @@
 namespace zx_math {
 
 /// Columns of the inverse that are made together; a multiple of the widest vector.
-constexpr size_t BlockColumns = 32;
+constexpr size_t kBlockColumns = 32;
 
 /// Coordinates that splines are made for together.
-constexpr size_t MostCoordinates = 3;
+constexpr size_t kMostCoordinates = 3;
 
 /// The right sides of all coordinates, in the rows in which one of them isn't 0.
-struct RIGHT_SIDES {
+struct TRightSides {
   size_t coordinates;
   std::vector<std::uint32_t> rows;
   /// For each coordinate the values in these rows.
-  std::vector<double> values[MostCoordinates];
+  std::vector<double> values[kMostCoordinates];
 };
 
 } // namespace zx_math
@@ -44,10 +44,10 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Makes the columns of the inverse that `count` (up to `BlockColumns`) of the right sides from
+/// Makes the columns of the inverse that `count` (up to `kBlockColumns`) of the right sides from
 /// `first` on meet, and adds their part to `sums`, of which each row has one for each coordinate.
 /// `block` holds as many columns for each row of the matrix, `live` a mark for each.
-void AddColumns(const SPLINE_ELIMINATION& elimination, const RIGHT_SIDES& rights, size_t first,
+void AddColumns(const TSplineElimination& elimination, const TRightSides& rights, size_t first,
                 size_t count, double* block, unsigned char* live, double* sums) {
   const size_t n = elimination.order.size();
   const size_t width = hwy::RoundUpTo(count, hn::Lanes(DOUBLES()));
@@ -61,7 +61,7 @@ void AddColumns(const SPLINE_ELIMINATION& elimination, const RIGHT_SIDES& rights
       finite = finite && std::isfinite(rights.values[k][first + c]);
     }
   }
-  for (const ROW_STEP& step : elimination.steps) {
+  for (const TRowStep& step : elimination.steps) {
     if (!live[step.source]) {
       continue;
     }
@@ -101,10 +101,10 @@ namespace {
 
 HWY_EXPORT(AddColumns);
 
-constexpr double Tolerance = 1e-6;
+constexpr double kTolerance = 1e-6;
 
 /// The points of splines: `coordinates` values side by side, points `stride` bytes apart.
-struct SPLINE_POINTS {
+struct TSplinePoints {
   const double* y;
   unsigned long coordinates;
   unsigned long stride;
@@ -112,10 +112,10 @@ struct SPLINE_POINTS {
   bool closed;
 };
 
-RIGHT_SIDES RightSides(const SPLINE_POINTS& points) {
-  RIGHT_SIDES rights = {points.coordinates, {}, {}};
+TRightSides RightSides(const TSplinePoints& points) {
+  TRightSides rights = {points.coordinates, {}, {}};
   const auto append = [&](unsigned long row, unsigned long point) {
-    double values[MostCoordinates] = {};
+    double values[kMostCoordinates] = {};
     std::memcpy(values, reinterpret_cast<const char*>(points.y) + point * points.stride,
                 points.coordinates * sizeof(double));
     if (std::all_of(values, values + points.coordinates, [](double v) { return v == 0.0; })) {
@@ -141,19 +141,19 @@ RIGHT_SIDES RightSides(const SPLINE_POINTS& points) {
 /// Up to so many unknowns the dense inverse takes less time than the list of its steps.
 constexpr unsigned long DenseUnknowns = 16;
 
-bool DenseSums(const SPLINE_POINTS& points, unsigned long unknowns, const RIGHT_SIDES& rights,
+bool DenseSums(const TSplinePoints& points, unsigned long unknowns, const TRightSides& rights,
                double* sums) {
   double a[DenseUnknowns * DenseUnknowns] = {};
   double inv[DenseUnknowns * DenseUnknowns];
   double* row = a;
   ForEachSplineRow(unknowns / 4, points.closed,
-                   [&](std::initializer_list<SPLINE_ELEMENT> elements) {
-                     for (const SPLINE_ELEMENT& element : elements) {
+                   [&](std::initializer_list<TSplineElement> elements) {
+                     for (const TSplineElement& element : elements) {
                        row[element.column] = element.value;
                      }
                      row += unknowns;
                    });
-  if (!InverseEx<double>(a, unknowns, inv, Tolerance, true, nullptr)) {
+  if (!InverseEx<double>(a, unknowns, inv, kTolerance, true, nullptr)) {
     return false;
   }
   for (unsigned long i = 0; i < unknowns; ++i) {
@@ -168,27 +168,27 @@ bool DenseSums(const SPLINE_POINTS& points, unsigned long unknowns, const RIGHT_
   return true;
 }
 
-bool SparseSums(const SPLINE_POINTS& points, unsigned long unknowns, const RIGHT_SIDES& rights,
+bool SparseSums(const TSplinePoints& points, unsigned long unknowns, const TRightSides& rights,
                 double* sums) {
-  SPLINE_ELIMINATION elimination;
-  if (!EliminateSpline(unknowns / 4, points.closed, Tolerance, &elimination)) {
+  TSplineElimination elimination;
+  if (!EliminateSpline(unknowns / 4, points.closed, kTolerance, &elimination)) {
     return false;
   }
   const size_t count = rights.rows.size();
-  std::vector<double> block(unknowns * std::min(BlockColumns, hwy::RoundUpTo(count, 8)));
+  std::vector<double> block(unknowns * std::min(kBlockColumns, hwy::RoundUpTo(count, 8)));
   std::vector<unsigned char> live(unknowns);
-  for (size_t first = 0; first < count; first += BlockColumns) {
+  for (size_t first = 0; first < count; first += kBlockColumns) {
     HWY_DYNAMIC_DISPATCH(AddColumns)
-    (elimination, rights, first, std::min(BlockColumns, count - first), block.data(), live.data(),
+    (elimination, rights, first, std::min(kBlockColumns, count - first), block.data(), live.data(),
      sums);
   }
   return true;
 }
 
-bool Splines(const SPLINE_POINTS& points, POLYNOM3* out) {
+bool Splines(const TSplinePoints& points, POLYNOM3* out) {
   const unsigned long segments = points.closed ? points.n : points.n - 1;
   const unsigned long unknowns = 4 * segments;
-  const RIGHT_SIDES rights = RightSides(points);
+  const TRightSides rights = RightSides(points);
   std::vector<double> sums(unknowns * points.coordinates, 0.0);
   const auto makeSums = unknowns <= DenseUnknowns ? DenseSums : SparseSums;
   if (!makeSums(points, unknowns, rights, sums.data())) {
@@ -212,7 +212,7 @@ bool CalcCubeSplines(const double* y, unsigned long coordinates, unsigned long s
   if (n < 2 || n >= 1UL << 29) {
     return false;
   }
-  SPLINE_POINTS points = {y, coordinates, stride == 0 ? sizeof(double) : stride, n, closed};
+  TSplinePoints points = {y, coordinates, stride == 0 ? sizeof(double) : stride, n, closed};
   bool all = true;
   for (; points.coordinates != 0; ++points.y, --points.coordinates, out += closed ? n : n - 1) {
     try {

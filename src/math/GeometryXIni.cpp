@@ -64,10 +64,10 @@ template <std::size_t N, class TBounds> void LoadBoundsE(TZxXIniReader* r, TBoun
   b->Expand(second);
 }
 
-struct MATRIX_KEY {
+struct TMatrixKey {
   char Text[4];
 
-  MATRIX_KEY(unsigned int row, unsigned int column)
+  TMatrixKey(unsigned int row, unsigned int column)
       : Text{'m', static_cast<char>('0' + row), static_cast<char>('0' + column), '\0'} {}
 };
 
@@ -80,7 +80,7 @@ template <> void vec_t_<double, 3>::SaveSE(TZxXIniWriter* writer, const std::str
 void XIniSaveE(TZxXIniWriter* w, const MAT4<double>& m) {
   for (unsigned int row = 0; row < 4; ++row) {
     for (unsigned int column = 0; column < 4; ++column) {
-      WriteE(w, MATRIX_KEY(row, column).Text, m[column * 4 + row]);
+      WriteE(w, TMatrixKey(row, column).Text, m[column * 4 + row]);
     }
   }
 }
@@ -88,7 +88,7 @@ void XIniSaveE(TZxXIniWriter* w, const MAT4<double>& m) {
 void XIniLoadE(TZxXIniReader* r, MAT4<double>& m) {
   for (unsigned int row = 0; row < 4; ++row) {
     for (unsigned int column = 0; column < 4; ++column) {
-      m[column * 4 + row] = ReadE(r, MATRIX_KEY(row, column).Text);
+      m[column * 4 + row] = ReadE(r, TMatrixKey(row, column).Text);
     }
   }
 }

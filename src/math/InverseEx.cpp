@@ -21,13 +21,13 @@
 namespace zx_math {
 
 /// Pivot steps that are made together before the columns to the right see them.
-constexpr size_t PanelPivots = 32;
+constexpr size_t kPanelPivots = 32;
 /// Pivot rows that see each other's steps one by one, before the rest of the panel's see them.
-constexpr size_t NarrowPivots = 8;
+constexpr size_t kNarrowPivots = 8;
 
 /// The work arrays of an inversion: rows of whole tiles for any instruction set. Columns from n on
 /// are padding, and what stands there is never read back.
-struct INVERSION {
+struct TInversion {
   size_t n;
   size_t stride;
   double* w;
@@ -37,7 +37,7 @@ struct INVERSION {
   // From here on for `InvertByPanels` alone.
   /// n rows of the columns that the pivot steps are made in.
   double* panel = nullptr;
-  /// n rows of `PanelPivots` multipliers.
+  /// n rows of `kPanelPivots` multipliers.
   double* multipliers = nullptr;
   /// For each row of `multipliers`: whether one of its multipliers is exactly 0, so that its step
   /// must be left out (subtracting a product with 0 can change the sign of a zero, or make a NaN).
@@ -56,7 +56,7 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-bool InvertByRows(INVERSION& job) {
+bool InvertByRows(TInversion& job) {
   const size_t n = job.n;
   const size_t stride = job.stride;
   double* w = job.w;
@@ -113,18 +113,18 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
                                const unsigned char* skips, const double* pivots, size_t count) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   for (size_t i = 0; i < rows;) {
-    const size_t group = std::min(TileRows, rows - i);
+    const size_t group = std::min(kTileRows, rows - i);
     if (std::find(skips + i, skips + i + group, 1) == skips + i + group) {
-      UpdateTileRows<2>(DOUBLES(), group, STRIDED_ROWS<double>{tile + i * stride, stride},
+      UpdateTileRows<2>(DOUBLES(), group, TStridedRows<double>{tile + i * stride, stride},
                         width / 2,
-                        STRIDED_ROWS<const double>{multipliers + i * PanelPivots, PanelPivots}, 1,
-                        pivots, {width, width / 2}, count, false, SUBTRACT());
+                        TStridedRows<const double>{multipliers + i * kPanelPivots, kPanelPivots}, 1,
+                        pivots, {width, width / 2}, count, false, TSubtract());
       i += group;
       continue;
     }
     for (const size_t end = i + group; i < end; ++i) {
       for (size_t t = 0; t < count; ++t) {
-        const double m = multipliers[i * PanelPivots + t];
+        const double m = multipliers[i * kPanelPivots + t];
         if (m != 0.0) {
           SubtractRow(tile + i * stride, pivots + t * width, m, width);
         }
@@ -135,7 +135,7 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
 
 /// The steps of a panel, or of a part of it: `multipliers` and `skips` of the rows from the first
 /// pivot's on, `scales` of the pivots.
-struct PIVOT_STEPS {
+struct TPivotSteps {
   const double* multipliers;
   const unsigned char* skips;
   const double* scales;
@@ -144,32 +144,32 @@ struct PIVOT_STEPS {
 
 /// Carries steps over their packed pivot rows, a few at a time over themselves and then over the
 /// rest. Without `scales` the rows are scaled already.
-void EliminatePivots(double* pivots, const PIVOT_STEPS& steps) {
+void EliminatePivots(double* pivots, const TPivotSteps& steps) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
-  for (size_t first = 0; first < steps.count; first += NarrowPivots) {
-    const size_t end = std::min(first + NarrowPivots, steps.count);
+  for (size_t first = 0; first < steps.count; first += kNarrowPivots) {
+    const size_t end = std::min(first + kNarrowPivots, steps.count);
     for (size_t t = first; t < end; ++t) {
       if (steps.scales) {
         ScaleRow(pivots + t * width, steps.scales[t], width);
       }
       for (size_t i = t + 1; i < end; ++i) {
-        const double m = steps.multipliers[i * PanelPivots + t];
+        const double m = steps.multipliers[i * kPanelPivots + t];
         if (m != 0.0) {
           SubtractRow(pivots + i * width, pivots + t * width, m, width);
         }
       }
     }
     SubtractPivots(pivots + end * width, width, steps.count - end,
-                   steps.multipliers + end * PanelPivots + first, steps.skips + end,
+                   steps.multipliers + end * kPanelPivots + first, steps.skips + end,
                    pivots + first * width, end - first);
   }
 }
 
 /// Carries steps over a strip of columns, two vectors wide, of `rows` rows from the first pivot's
 /// on.
-void EliminateStrip(double* strip, size_t stride, size_t rows, const PIVOT_STEPS& steps) {
+void EliminateStrip(double* strip, size_t stride, size_t rows, const TPivotSteps& steps) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
-  HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
+  HWY_ALIGN double pivots[kPanelPivots * kMaxTileColumns];
   for (size_t t = 0; t < steps.count; ++t) {
     CopyRow(strip + t * stride, width, pivots + t * width);
   }
@@ -178,21 +178,21 @@ void EliminateStrip(double* strip, size_t stride, size_t rows, const PIVOT_STEPS
     CopyRow(pivots + t * width, width, strip + t * stride);
   }
   SubtractPivots(strip + steps.count * stride, stride, rows - steps.count,
-                 steps.multipliers + steps.count * PanelPivots, steps.skips + steps.count, pivots,
+                 steps.multipliers + steps.count * kPanelPivots, steps.skips + steps.count, pivots,
                  steps.count);
 }
 
 /// Makes step t of the panel that begins at row k0 in its columns up to `end`. Elements on and
 /// below the diagonal are never read again once their step is over, so that whole vectors may go
 /// over them. False if the pivot won't do.
-bool FactorStep(INVERSION& job, size_t k0, size_t t, size_t end, size_t* swaps) {
+bool FactorStep(TInversion& job, size_t k0, size_t t, size_t end, size_t* swaps) {
   const size_t lanes = hn::Lanes(DOUBLES());
   const size_t rows = job.n - k0;
-  double* pivot = job.panel + t * PanelPivots;
+  double* pivot = job.panel + t * kPanelPivots;
   size_t p = t;
   double largest = std::fabs(pivot[t]);
   for (size_t i = t + 1; i < rows; ++i) {
-    const double v = std::fabs(job.panel[i * PanelPivots + t]);
+    const double v = std::fabs(job.panel[i * kPanelPivots + t]);
     if (v > largest) {
       largest = v;
       p = i;
@@ -204,8 +204,8 @@ bool FactorStep(INVERSION& job, size_t k0, size_t t, size_t end, size_t* swaps) 
   }
   swaps[t] = p;
   if (p != t) {
-    SwapRows(pivot, job.panel + p * PanelPivots, PanelPivots);
-    SwapRows(job.multipliers + t * PanelPivots, job.multipliers + p * PanelPivots, PanelPivots);
+    SwapRows(pivot, job.panel + p * kPanelPivots, kPanelPivots);
+    SwapRows(job.multipliers + t * kPanelPivots, job.multipliers + p * kPanelPivots, kPanelPivots);
     std::swap(job.skips[t], job.skips[p]);
   }
   const double f = 1.0 / pivot[t];
@@ -213,9 +213,9 @@ bool FactorStep(INVERSION& job, size_t k0, size_t t, size_t end, size_t* swaps) 
   const size_t start = (t + 1) / lanes * lanes;
   ScaleRow(pivot + start, f, end - start);
   for (size_t i = t + 1; i < rows; ++i) {
-    double* row = job.panel + i * PanelPivots;
+    double* row = job.panel + i * kPanelPivots;
     const double m = row[t];
-    job.multipliers[i * PanelPivots + t] = m;
+    job.multipliers[i * kPanelPivots + t] = m;
     if (m == 0.0) {
       job.skips[i] = 1;
       continue;
@@ -227,11 +227,11 @@ bool FactorStep(INVERSION& job, size_t k0, size_t t, size_t end, size_t* swaps) 
 
 /// Makes the pivot steps from `k0` on within the columns of the panel, which are taken out of `w`,
 /// and writes down the multipliers. `swaps[t]` is the row that step k0 + t took.
-bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps) {
+bool FactorPanel(TInversion& job, size_t k0, size_t count, size_t* swaps) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   const size_t rows = job.n - k0;
   for (size_t i = 0; i < rows; ++i) {
-    CopyRow(job.w + (k0 + i) * job.stride + k0, PanelPivots, job.panel + i * PanelPivots);
+    CopyRow(job.w + (k0 + i) * job.stride + k0, kPanelPivots, job.panel + i * kPanelPivots);
     job.skips[i] = 0;
   }
   for (size_t t0 = 0; t0 < count; t0 += width) {
@@ -241,38 +241,38 @@ bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps) {
         return false;
       }
     }
-    const PIVOT_STEPS steps = {job.multipliers + t0 * PanelPivots + t0, job.skips + t0,
+    const TPivotSteps steps = {job.multipliers + t0 * kPanelPivots + t0, job.skips + t0,
                                job.scales + k0 + t0, end - t0};
-    for (size_t x = t0 + width; x < PanelPivots && end < rows; x += width) {
-      EliminateStrip(job.panel + t0 * PanelPivots + x, PanelPivots, rows - t0, steps);
+    for (size_t x = t0 + width; x < kPanelPivots && end < rows; x += width) {
+      EliminateStrip(job.panel + t0 * kPanelPivots + x, kPanelPivots, rows - t0, steps);
     }
   }
   for (size_t i = 0; i < count; ++i) {
-    CopyRow(job.panel + i * PanelPivots, PanelPivots, job.w + (k0 + i) * job.stride + k0);
+    CopyRow(job.panel + i * kPanelPivots, kPanelPivots, job.w + (k0 + i) * job.stride + k0);
   }
   return true;
 }
 
 /// The columns from `c0` on of the second phase: row c0 + count - 1 first, since the steps go down.
-void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
+void SubstituteBlock(const TInversion& job, size_t c0, size_t count) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   const size_t last = c0 + count - 1;
   for (size_t i = 0; i < last; ++i) {
-    double* row = job.multipliers + i * PanelPivots;
+    double* row = job.multipliers + i * kPanelPivots;
     for (size_t t = 0; t < count; ++t) {
       row[t] = job.w[i * job.stride + last - t];
     }
     job.skips[i] = std::find(row, row + count, 0.0) != row + count;
   }
-  double reversed[PanelPivots * PanelPivots];
-  unsigned char reversedSkips[PanelPivots];
+  double reversed[kPanelPivots * kPanelPivots];
+  unsigned char reversedSkips[kPanelPivots];
   for (size_t u = 0; u < count; ++u) {
-    CopyRow(job.multipliers + (last - u) * PanelPivots, PanelPivots, reversed + u * PanelPivots);
-    reversedSkips[u] = std::find(reversed + u * PanelPivots, reversed + u * PanelPivots + u, 0.0) !=
-                       reversed + u * PanelPivots + u;
+    CopyRow(job.multipliers + (last - u) * kPanelPivots, kPanelPivots, reversed + u * kPanelPivots);
+    reversedSkips[u] = std::find(reversed + u * kPanelPivots, reversed + u * kPanelPivots + u,
+                                 0.0) != reversed + u * kPanelPivots + u;
   }
-  const PIVOT_STEPS steps = {reversed, reversedSkips, nullptr, count};
-  HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
+  const TPivotSteps steps = {reversed, reversedSkips, nullptr, count};
+  HWY_ALIGN double pivots[kPanelPivots * kMaxTileColumns];
   for (size_t x = 0; x < job.n; x += width) {
     double* strip = job.inv + x;
     for (size_t t = 0; t < count; ++t) {
@@ -287,12 +287,12 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
 }
 
 /// Whether every factor of the steps in the panel is a finite number.
-bool FiniteFactors(const INVERSION& job, size_t k0, size_t count) {
+bool FiniteFactors(const TInversion& job, size_t k0, size_t count) {
   bool finite = true;
   for (size_t t = 0; t < count; ++t) {
     finite = finite && std::isfinite(job.scales[k0 + t]);
     for (size_t i = t + 1; i < job.n - k0; ++i) {
-      finite = finite && std::isfinite(job.multipliers[i * PanelPivots + t]);
+      finite = finite && std::isfinite(job.multipliers[i * kPanelPivots + t]);
     }
   }
   return finite;
@@ -312,17 +312,17 @@ void SwapPanelRows(double* columns, size_t stride, size_t k0, size_t count, cons
 /// There nothing is to be done: with finite factors its zeros stay 0.0 below the pivot row, and
 /// take the sign of the pivot in it. With the first factor that isn't finite the order is left as
 /// it is, and from then on all columns take part.
-bool InvertByPanels(INVERSION& job) {
+bool InvertByPanels(TInversion& job) {
   const size_t width = 2 * hn::Lanes(DOUBLES());
   bool triangle = true;
-  for (size_t k0 = 0; k0 < job.n; k0 += PanelPivots) {
-    const size_t count = std::min(PanelPivots, job.n - k0);
-    size_t swaps[PanelPivots];
+  for (size_t k0 = 0; k0 < job.n; k0 += kPanelPivots) {
+    const size_t count = std::min(kPanelPivots, job.n - k0);
+    size_t swaps[kPanelPivots];
     if (!FactorPanel(job, k0, count, swaps)) {
       return false;
     }
-    const size_t right = std::min(k0 + PanelPivots, job.n);
-    const PIVOT_STEPS steps = {job.multipliers, job.skips, job.scales + k0, count};
+    const size_t right = std::min(k0 + kPanelPivots, job.n);
+    const TPivotSteps steps = {job.multipliers, job.skips, job.scales + k0, count};
     SwapPanelRows(job.w + right, job.stride, k0, count, swaps, job.n - right);
     for (size_t x = right; x < job.n; x += width) {
       EliminateStrip(job.w + k0 * job.stride + x, job.stride, job.n - k0, steps);
@@ -340,10 +340,10 @@ bool InvertByPanels(INVERSION& job) {
       std::fill(row + right, row + job.n, std::copysign(0.0, job.scales[i]));
     }
   }
-  const size_t blocks = (job.n + PanelPivots - 1) / PanelPivots;
+  const size_t blocks = (job.n + kPanelPivots - 1) / kPanelPivots;
   for (size_t block = blocks; block-- > 0;) {
-    const size_t c0 = block * PanelPivots;
-    SubstituteBlock(job, c0, std::min(PanelPivots, job.n - c0));
+    const size_t c0 = block * kPanelPivots;
+    SubstituteBlock(job, c0, std::min(kPanelPivots, job.n - c0));
   }
   job.steps = job.n;
   return true;
@@ -438,21 +438,21 @@ void SetIdentity(double* inv, unsigned long n, unsigned long stride) {
 /// The length of a padded row. Rows that are a multiple of 4 KiB apart would all fall into the same
 /// few lines of the first cache.
 constexpr unsigned long RowStride(unsigned long n) {
-  const unsigned long unit = n < PanelSize ? CacheLine : PanelPivots;
+  const unsigned long unit = n < PanelSize ? CacheLine : kPanelPivots;
   const unsigned long stride = (n + unit - 1) / unit * unit;
-  return stride % 128 == 0 ? stride + PanelPivots : stride;
+  return stride % 128 == 0 ? stride + kPanelPivots : stride;
 }
 
 /// Doubles for each row of a matrix that `InvertPadded` wants as its work space, beside a cache
 /// line to align it.
 constexpr unsigned long RowSpace(unsigned long n) {
-  return 2 * RowStride(n) + (n < PanelSize ? 0 : 2 * PanelPivots + 3);
+  return 2 * RowStride(n) + (n < PanelSize ? 0 : 2 * kPanelPivots + 3);
 }
 
 bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, unsigned long* rank,
                   double* space) {
   const size_t stride = RowStride(n);
-  INVERSION job = {n, stride, space, space + n * stride, tol};
+  TInversion job = {n, stride, space, space + n * stride, tol};
   for (unsigned long i = 0; i < n; ++i) {
     std::fill(std::copy_n(a + i * n, n, job.w + i * job.stride), job.w + (i + 1) * job.stride, 0.0);
   }
@@ -465,8 +465,8 @@ bool InvertPadded(const double* a, unsigned long n, double* inv, double tol, uns
     return Finish(rank, job.steps, done);
   }
   job.panel = job.inv + n * stride;
-  job.multipliers = job.panel + n * PanelPivots;
-  job.scales = job.multipliers + n * PanelPivots;
+  job.multipliers = job.panel + n * kPanelPivots;
+  job.scales = job.multipliers + n * kPanelPivots;
   job.order = reinterpret_cast<size_t*>(job.scales + n);
   job.skips = reinterpret_cast<unsigned char*>(job.order + n);
   std::iota(job.order, job.order + n, size_t{0});

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr double Tolerance = 1e-9;
+constexpr double kTolerance = 1e-9;
 
 } // namespace
 
@@ -13,7 +13,7 @@ bool inverse(const TMatrixD& m, TMatrixD& res) {
   if (n == 0 || m.SizeY < n || res.SizeX * res.SizeY < n * n) {
     return false;
   }
-  return InverseEx<double>(m.Data, n, res.Data, Tolerance, false, nullptr);
+  return InverseEx<double>(m.Data, n, res.Data, kTolerance, false, nullptr);
 }
 
 bool lsm(const TMatrixD& a, const TVectorD& b, TVectorD* x) {

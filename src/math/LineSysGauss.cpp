@@ -17,9 +17,9 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-struct BY_RECIPROCALS {
-  RESCALE op;
-  static constexpr bool ScalesPivots = true;
+struct TByReciprocals {
+  TRescale op;
+  static constexpr bool kScalesPivots = true;
 
   /// The first of the largest magnitudes; false when none is above 0. A NaN never is.
   template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
@@ -39,13 +39,13 @@ struct BY_RECIPROCALS {
 
 /// False when a step has no pivot.
 bool EliminateByReciprocals(double* a, unsigned long n, double* b, unsigned long* perm) {
-  return TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).Run() == n;
+  return TElimination<TByReciprocals>(a, n, b, perm, {}).Run() == n;
 }
 
 /// Normalises the pivot row of step k and eliminates below it.
 void StepByReciprocals(double* a, unsigned long n, double* b, unsigned long k,
                        unsigned long* perm) {
-  TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).StepByRows(k);
+  TElimination<TByReciprocals>(a, n, b, perm, {}).StepByRows(k);
 }
 
 /// The largest magnitude of a row above `floor`, or `floor`. A NaN is never larger.

@@ -12,11 +12,11 @@ int Moved(int coordinate, std::uint32_t by) {
   return static_cast<int>(static_cast<std::uint32_t>(coordinate) + by);
 }
 
-struct AXIS {
+struct TAxis {
   std::uint32_t Distance; ///< absolute difference
   std::uint32_t Step;     ///< 1, or -1 wrapped
 
-  AXIS(int from, int to) {
+  TAxis(int from, int to) {
     const std::uint32_t d = static_cast<std::uint32_t>(to) - static_cast<std::uint32_t>(from);
     const bool negative = static_cast<std::int32_t>(d) < 0;
     Distance = negative ? 0u - d : d;
@@ -24,7 +24,7 @@ struct AXIS {
   }
 };
 
-unsigned int DominantAxis(const AXIS* axes) {
+unsigned int DominantAxis(const TAxis* axes) {
   if (axes[0].Distance < axes[1].Distance) {
     return axes[1].Distance >= axes[2].Distance ? 1 : 2;
   }
@@ -33,7 +33,7 @@ unsigned int DominantAxis(const AXIS* axes) {
 
 /// Walks the line along axis D and calls `emit` with every cell; P and Q are the other axes.
 template <std::size_t D, std::size_t P, std::size_t Q, class TEmit>
-void WalkAlong(const TCell& from, const TCell& to, const AXIS* axes, const TEmit& emit) {
+void WalkAlong(const TCell& from, const TCell& to, const TAxis* axes, const TEmit& emit) {
   const std::int64_t a = axes[D].Distance;
   const std::uint32_t twiceP = 2 * axes[P].Distance;
   const std::uint32_t twiceQ = 2 * axes[Q].Distance;
@@ -70,7 +70,7 @@ template <std::size_t D, std::size_t P, std::size_t Q> TCell MakeCell(int d, int
 
 /// Appends blocks of `2 h + 1` by `2 h + 1` cells.
 template <std::size_t D, std::size_t P, std::size_t Q>
-void DrawAlong(const TCell& from, const TCell& to, const AXIS* axes, int h,
+void DrawAlong(const TCell& from, const TCell& to, const TAxis* axes, int h,
                std::vector<TCell>& out) {
   if (h == 0) {
     WalkAlong<D, P, Q>(from, to, axes,
@@ -96,7 +96,7 @@ void DrawAlong(const TCell& from, const TCell& to, const AXIS* axes, int h,
 void DrawLine3d(TCell from, TCell to, std::vector<TCell>& out) { DrawLine3d(from, to, 1, out); }
 
 void DrawLine3d(TCell from, TCell to, int thickness, std::vector<TCell>& out) {
-  const AXIS axes[3] = {{from.x, to.x}, {from.y, to.y}, {from.z, to.z}};
+  const TAxis axes[3] = {{from.x, to.x}, {from.y, to.y}, {from.z, to.z}};
   const int h = thickness >> 1;
   switch (DominantAxis(axes)) {
   case 0:

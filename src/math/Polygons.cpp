@@ -13,13 +13,13 @@ using TPoint = vec_t_<double, 2>;
 constexpr double kLimit = 1e-8;
 constexpr unsigned long kLocalEdges = 8;
 
-struct EDGE_CACHE {
+struct TEdgeCache {
   TPoint Direction;
   double Length = DBL_MAX; ///< DBL_MAX: not yet computed
 };
 
 /// Fills the cache of the edge from `from` to `to`; false when the edge is too short.
-bool PrepareEdge(const TPoint& from, const TPoint& to, EDGE_CACHE* edge) {
+bool PrepareEdge(const TPoint& from, const TPoint& to, TEdgeCache* edge) {
   if (edge->Length != DBL_MAX) {
     return true;
   }
@@ -37,7 +37,7 @@ bool FoldsBack(const TPoint& ei, const TPoint& ej) {
 }
 
 /// Whether two edges that are not neighbours meet; `d` leads from the start of `j` to that of `i`.
-bool Meet(const EDGE_CACHE& i, const EDGE_CACHE& j, const TPoint& d) {
+bool Meet(const TEdgeCache& i, const TEdgeCache& j, const TPoint& d) {
   const TPoint& ei = i.Direction;
   const TPoint& ej = j.Direction;
   const double c = ej.x * ei.y - ej.y * ei.x;
@@ -49,7 +49,7 @@ bool Meet(const EDGE_CACHE& i, const EDGE_CACHE& j, const TPoint& d) {
   return u >= 0.0 && u <= i.Length && w >= 0.0 && w <= j.Length;
 }
 
-bool IsSelfIntersected(const TPoint* p, unsigned long n, EDGE_CACHE* edges) {
+bool IsSelfIntersected(const TPoint* p, unsigned long n, TEdgeCache* edges) {
   const auto next = [n](unsigned long i) { return i + 1 == n ? 0 : i + 1; };
   for (unsigned long i = 0; i < n; ++i) {
     if (!PrepareEdge(p[i], p[next(i)], &edges[i])) {
@@ -81,9 +81,9 @@ bool IsSelfIntersected(const TPoint* p, unsigned long n) {
     return true;
   }
   if (n <= kLocalEdges) {
-    EDGE_CACHE edges[kLocalEdges];
+    TEdgeCache edges[kLocalEdges];
     return IsSelfIntersected(p, n, edges);
   }
-  const std::unique_ptr<EDGE_CACHE[]> edges(new EDGE_CACHE[n]);
+  const std::unique_ptr<TEdgeCache[]> edges(new TEdgeCache[n]);
   return IsSelfIntersected(p, n, edges.get());
 }

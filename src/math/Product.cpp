@@ -32,15 +32,15 @@ template <class Call> HWY_INLINE void WithLanesUpTo(size_t count, Call call) {
 
 /// Steps of the sum that one packed strip holds: 16 KiB with the widest vectors, so that the rows
 /// on the left find room beside it in the first cache.
-constexpr size_t PanelSteps = 128;
-/// Rows of the left matrix that all strips see one after the other: with `PanelSteps` of their
+constexpr size_t kPanelSteps = 128;
+/// Rows of the left matrix that all strips see one after the other: with `kPanelSteps` of their
 /// steps they stay in the second cache.
-constexpr size_t BlockRows = 256;
+constexpr size_t kBlockRows = 256;
 /// Up to so many elements the right matrix is read where it stands.
-constexpr size_t UnpackedElements = 1024;
+constexpr size_t kUnpackedElements = 1024;
 
 /// The operands of res(y, x), the sum over k of l[y * rowStride + k * stepStride] * r(k, x).
-struct PRODUCT {
+struct TProduct {
   const double* l;
   size_t rowStride;
   size_t stepStride;
@@ -56,13 +56,13 @@ struct PRODUCT {
 /// The rows from `top` to `bottom` of a strip of columns from `x` on, and of the sums the steps
 /// from `k` on. `second` is the distance of the two vectors that the strip consists of.
 template <size_t Vectors, class D>
-HWY_INLINE void ProductStrip(D d, const PRODUCT& p, size_t top, size_t bottom, size_t k,
+HWY_INLINE void ProductStrip(D d, const TProduct& p, size_t top, size_t bottom, size_t k,
                              size_t steps, size_t x, size_t second) {
   const size_t lanes = hn::Lanes(d);
-  HWY_ALIGN double panel[PanelSteps * MaxTileColumns];
+  HWY_ALIGN double panel[kPanelSteps * kMaxTileColumns];
   const double* right = p.r + k * p.columns + x;
-  VECTOR_ROWS rightRows = {p.columns, second};
-  if (p.inner * p.columns > UnpackedElements) {
+  TVectorRows rightRows = {p.columns, second};
+  if (p.inner * p.columns > kUnpackedElements) {
     for (size_t t = 0; t < steps; ++t) {
       for (size_t v = 0; v < Vectors; ++v) {
         hn::Store(hn::LoadU(d, right + t * p.columns + v * second), d,
@@ -72,21 +72,21 @@ HWY_INLINE void ProductStrip(D d, const PRODUCT& p, size_t top, size_t bottom, s
     right = panel;
     rightRows = {Vectors * lanes, lanes};
   }
-  for (size_t y = top; y < bottom; y += TileRows) {
-    const STRIDED_ROWS<double> tile = {p.res + y * p.columns + x, p.columns};
-    const STRIDED_ROWS<const double> left = {p.l + y * p.rowStride + k * p.stepStride, p.rowStride};
-    UpdateTileRows<Vectors>(d, std::min(TileRows, bottom - y), tile, second, left, p.stepStride,
-                            right, rightRows, steps, k == 0, ADD());
+  for (size_t y = top; y < bottom; y += kTileRows) {
+    const TStridedRows<double> tile = {p.res + y * p.columns + x, p.columns};
+    const TStridedRows<const double> left = {p.l + y * p.rowStride + k * p.stepStride, p.rowStride};
+    UpdateTileRows<Vectors>(d, std::min(kTileRows, bottom - y), tile, second, left, p.stepStride,
+                            right, rightRows, steps, k == 0, TAdd());
   }
 }
 
 /// A product whose result has at least as many columns as a vector of `d` has lanes.
-template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
+template <class D> HWY_INLINE void ProductByVectors(D d, const TProduct& p) {
   const size_t lanes = hn::Lanes(d);
-  for (size_t top = 0; top < p.rows; top += BlockRows) {
-    const size_t blockBottom = std::min(p.rows, top + BlockRows);
-    for (size_t k = 0; k < p.inner; k += PanelSteps) {
-      const size_t steps = std::min(PanelSteps, p.inner - k);
+  for (size_t top = 0; top < p.rows; top += kBlockRows) {
+    const size_t blockBottom = std::min(p.rows, top + kBlockRows);
+    for (size_t k = 0; k < p.inner; k += kPanelSteps) {
+      const size_t steps = std::min(kPanelSteps, p.inner - k);
       for (size_t x = 0; x < p.columns;) {
         const size_t width = StripWidth(p.columns - x, lanes);
         const size_t bottom = p.upper ? std::min(blockBottom, x + width) : blockBottom;
@@ -105,7 +105,7 @@ template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
 /// with nothing done, for any n but a few small ones.
 HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_t stepStride,
                               const double* r, double* res) {
-  const STRIDED_ROWS<const double> left = {l, rowStride};
+  const TStridedRows<const double> left = {l, rowStride};
   switch (n) {
 #define ZX_SQUARE_PRODUCT(size)                                                                    \
   case size: {                                                                                     \
@@ -114,8 +114,8 @@ HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_
     constexpr size_t vectors = (size + lanes - 1) / lanes;                                         \
     if constexpr (vectors <= 2) {                                                                  \
       constexpr size_t second = size - lanes;                                                      \
-      UpdateTile<size, vectors>(D(), STRIDED_ROWS<double>{res, size}, second, left, stepStride, r, \
-                                {size, second}, size, true, ADD());                                \
+      UpdateTile<size, vectors>(D(), TStridedRows<double>{res, size}, second, left, stepStride, r, \
+                                {size, second}, size, true, TAdd());                               \
       return true;                                                                                 \
     }                                                                                              \
     return false;                                                                                  \
@@ -136,13 +136,13 @@ void Product(const double* l, size_t rowStride, size_t stepStride, const double*
   if (rows == inner && rows == columns && SquareProduct(rows, l, rowStride, stepStride, r, res)) {
     return;
   }
-  const PRODUCT p = {l, rowStride, stepStride, r, res, rows, inner, columns, upper};
+  const TProduct p = {l, rowStride, stepStride, r, res, rows, inner, columns, upper};
   WithLanesUpTo(columns, [&](auto d) { ProductByVectors(d, p); });
 }
 
 /// Vectors of sums that the registers hold: the longer the part of a row that is read at once, the
 /// better the processor reads ahead.
-constexpr size_t WideSums = ZX_HAS_MASK_REGISTERS ? 16 : 8;
+constexpr size_t kWideSums = ZX_HAS_MASK_REGISTERS ? 16 : 8;
 
 /// res[x] = the sum of row[x] * v[r] over the rows in order, `Vectors` vectors at a time.
 template <size_t Vectors, class D>
@@ -171,8 +171,8 @@ void AddRows(const double* a, const double* v, double* res, size_t rows, size_t 
   WithLanesUpTo(columns, [&](auto d) {
     const size_t lanes = hn::Lanes(d);
     size_t x = 0;
-    for (; x + WideSums * lanes <= columns; x += WideSums * lanes) {
-      AddRowsStrip<WideSums>(d, a + x, v, res + x, rows, columns);
+    for (; x + kWideSums * lanes <= columns; x += kWideSums * lanes) {
+      AddRowsStrip<kWideSums>(d, a + x, v, res + x, rows, columns);
     }
     for (; x + 4 * lanes <= columns; x += 4 * lanes) {
       AddRowsStrip<4>(d, a + x, v, res + x, rows, columns);

@@ -18,10 +18,10 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-struct BY_QUOTIENTS {
+struct TByQuotients {
   double tol;
-  SUBTRACT op;
-  static constexpr bool ScalesPivots = false;
+  TSubtract op;
+  static constexpr bool kScalesPivots = false;
 
   /// The first of the largest magnitudes; false when `tol` is greater than its position.
   template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
@@ -42,7 +42,7 @@ struct BY_QUOTIENTS {
 /// The number of steps that were made.
 unsigned long EliminateByQuotients(double* a, unsigned long n, double* b, unsigned long* perm,
                                    double tol) {
-  return TElimination<BY_QUOTIENTS>(a, n, b, perm, {tol, {}}).Run();
+  return TElimination<TByQuotients>(a, n, b, perm, {tol, {}}).Run();
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -12,7 +12,7 @@ namespace {
 template <class T> using LIST = std::pmr::vector<T>;
 
 /// The elements of a row that aren't 0, by ascending columns.
-using ROW = LIST<SPLINE_ELEMENT>;
+using ROW = LIST<TSplineElement>;
 
 class TSparseMatrix {
 public:
@@ -62,16 +62,16 @@ public:
 private:
   static ROW::const_iterator _Find(const ROW& row, std::uint32_t column) {
     return std::find_if(row.begin(), row.end(),
-                        [column](const SPLINE_ELEMENT& e) { return e.column >= column; });
+                        [column](const TSplineElement& e) { return e.column >= column; });
   }
 
-  void _Add(std::initializer_list<SPLINE_ELEMENT> elements) {
-    for (const SPLINE_ELEMENT& element : elements) {
+  void _Add(std::initializer_list<TSplineElement> elements) {
+    for (const TSplineElement& element : elements) {
       m_Holders[element.column].push_back(Size());
     }
     ROW& row = m_Rows.emplace_back(elements);
     std::sort(row.begin(), row.end(),
-              [](const SPLINE_ELEMENT& a, const SPLINE_ELEMENT& b) { return a.column < b.column; });
+              [](const TSplineElement& a, const TSplineElement& b) { return a.column < b.column; });
   }
 
   std::pmr::monotonic_buffer_resource m_Memory;
@@ -81,22 +81,22 @@ private:
 };
 
 /// The steps that clear what stands right of the diagonal, from the last column down.
-void AppendSubstitution(TSparseMatrix& matrix, SPLINE_ELIMINATION* result) {
-  struct UPPER {
+void AppendSubstitution(TSparseMatrix& matrix, TSplineElimination* result) {
+  struct TUpper {
     std::uint32_t row;
     double value;
   };
   std::pmr::monotonic_buffer_resource memory;
-  LIST<LIST<UPPER>> columns(matrix.Size(), &memory);
+  LIST<LIST<TUpper>> columns(matrix.Size(), &memory);
   for (std::uint32_t i = 0; i < matrix.Size(); ++i) {
-    for (const SPLINE_ELEMENT& element : matrix[result->order[i]]) {
+    for (const TSplineElement& element : matrix[result->order[i]]) {
       if (element.column > i) {
         columns[element.column].push_back({result->order[i], element.value});
       }
     }
   }
   for (std::uint32_t c = matrix.Size(); c-- > 1;) {
-    for (const UPPER& upper : columns[c]) {
+    for (const TUpper& upper : columns[c]) {
       result->steps.push_back({upper.row, result->order[c], upper.value});
     }
   }
@@ -104,7 +104,7 @@ void AppendSubstitution(TSparseMatrix& matrix, SPLINE_ELIMINATION* result) {
 
 } // namespace
 
-bool EliminateSpline(unsigned long segments, bool closed, double tol, SPLINE_ELIMINATION* result) {
+bool EliminateSpline(unsigned long segments, bool closed, double tol, TSplineElimination* result) {
   TSparseMatrix matrix(segments, closed);
   const std::uint32_t n = matrix.Size();
   result->steps.clear();
@@ -132,7 +132,7 @@ bool EliminateSpline(unsigned long segments, bool closed, double tol, SPLINE_ELI
     place[result->order[p]] = p;
     const std::uint32_t pivot = result->order[k];
     const double f = 1.0 / matrix.Value(pivot, k);
-    for (SPLINE_ELEMENT& element : matrix[pivot]) {
+    for (TSplineElement& element : matrix[pivot]) {
       element.value = element.column == k ? 1.0 : element.value * f;
     }
     result->steps.push_back({pivot, pivot, f});
@@ -146,7 +146,7 @@ bool EliminateSpline(unsigned long segments, bool closed, double tol, SPLINE_ELI
   }
   AppendSubstitution(matrix, result);
   return std::all_of(result->steps.begin(), result->steps.end(),
-                     [](const ROW_STEP& step) { return std::isfinite(step.factor); });
+                     [](const TRowStep& step) { return std::isfinite(step.factor); });
 }
 
 } // namespace zx_math

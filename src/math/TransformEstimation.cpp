@@ -11,11 +11,11 @@ constexpr unsigned long kPlaneUnknowns = 8;
 constexpr unsigned long kSpaceUnknowns = 15;
 
 /// Sums of normal equations: `M` collects its upper triangle only until `Mirror`.
-struct NORMAL_EQUATIONS {
+struct TNormalEquations {
   TMatrixD M;
   TVectorD B;
 
-  explicit NORMAL_EQUATIONS(unsigned long unknowns) : M(unknowns, unknowns), B(unknowns) {
+  explicit TNormalEquations(unsigned long unknowns) : M(unknowns, unknowns), B(unknowns) {
     fill(M, 0.0);
     fill(B, 0.0);
   }
@@ -55,13 +55,13 @@ struct NORMAL_EQUATIONS {
     }
   }
 
-  void Add(const NORMAL_EQUATIONS& other) {
+  void Add(const TNormalEquations& other) {
     add(M, other.M);
     add(B, other.B);
   }
 };
 
-bool Solve(const NORMAL_EQUATIONS& equations, TVectorD* solution) {
+bool Solve(const TNormalEquations& equations, TVectorD* solution) {
   TMatrixD inverted(equations.M.SizeX, equations.M.SizeY);
   if (!inverse(equations.M, inverted)) {
     return false;
@@ -73,7 +73,7 @@ bool Solve(const NORMAL_EQUATIONS& equations, TVectorD* solution) {
 /// The row of the target coordinate `target` in the plane; its block of `x, y, 1` starts at
 /// `first`.
 void AddPlaneRow(const vec_t_<double, 2>& p, double target, unsigned long first,
-                 NORMAL_EQUATIONS* to) {
+                 TNormalEquations* to) {
   const double linear[3] = {p.x, p.y, 1.0};
   const double tail[2] = {-p.x * target, -p.y * target};
   to->AddBlock(first, linear, 3);
@@ -86,7 +86,7 @@ void AddPlaneRow(const vec_t_<double, 2>& p, double target, unsigned long first,
 /// The same in space. The block of `x, y, z, 1` with itself is the same for all three coordinates
 /// and summed once, and so are its products with the right side, which stand in the matrix.
 void AddSpaceRow(const vec_t_<double, 3>& p, double target, unsigned long first,
-                 NORMAL_EQUATIONS* to) {
+                 TNormalEquations* to) {
   const double linear[4] = {p.x, p.y, p.z, 1.0};
   const double tail[3] = {-p.x * target, -p.y * target, -p.z * target};
   to->AddCross(first, linear, 4, 12, tail, 3);
@@ -96,7 +96,7 @@ void AddSpaceRow(const vec_t_<double, 3>& p, double target, unsigned long first,
 }
 
 /// Completes the sums of a coordinate whose block starts at `first` from the block of `x`.
-void CompleteSpace(NORMAL_EQUATIONS* x, unsigned long first, NORMAL_EQUATIONS* to) {
+void CompleteSpace(TNormalEquations* x, unsigned long first, TNormalEquations* to) {
   for (unsigned long i = 0; i < 4; ++i) {
     for (unsigned long j = i; j < 4; ++j) {
       to->At(first + i, first + j) = x->At(i, j);
@@ -122,8 +122,8 @@ bool GetProjectiveTransform(const vec_t_<double, 2>* src, const vec_t_<double, 2
   if (n < 4) {
     return false;
   }
-  NORMAL_EQUATIONS x(kPlaneUnknowns);
-  NORMAL_EQUATIONS y(kPlaneUnknowns);
+  TNormalEquations x(kPlaneUnknowns);
+  TNormalEquations y(kPlaneUnknowns);
   for (unsigned long i = 0; i < n; ++i) {
     AddPlaneRow(src[i], dst[i].x, 0, &x);
     AddPlaneRow(src[i], dst[i].y, 3, &y);
@@ -149,9 +149,9 @@ bool GetProjectiveTransform(const vec_t_<double, 3>* src, const vec_t_<double, 3
   if (n < 5) {
     return false;
   }
-  NORMAL_EQUATIONS x(kSpaceUnknowns);
-  NORMAL_EQUATIONS y(kSpaceUnknowns);
-  NORMAL_EQUATIONS z(kSpaceUnknowns);
+  TNormalEquations x(kSpaceUnknowns);
+  TNormalEquations y(kSpaceUnknowns);
+  TNormalEquations z(kSpaceUnknowns);
   TVectorD solution(kSpaceUnknowns);
   for (unsigned long i = 0; i < n; ++i) {
     const double linear[4] = {src[i].x, src[i].y, src[i].z, 1.0};

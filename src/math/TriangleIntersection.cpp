@@ -28,15 +28,15 @@ TPoint3 Normalised(const TPoint3& v) {
 }
 
 /// The unit normal of a triangle, and the plane's offset along it.
-struct PLANE {
+struct TPlane {
   TPoint3 Normal;
   double Offset;
 
-  explicit PLANE(const TPoint3* t)
+  explicit TPlane(const TPoint3* t)
       : Normal(Normalised(cross(t[1] - t[0], t[2] - t[0]))), Offset(dot(t[0], Normal)) {}
 };
 
-struct SEGMENT {
+struct TSegment {
   TPoint3 P0, P1;
 
   double LengthSqr() const {
@@ -46,8 +46,8 @@ struct SEGMENT {
 };
 
 /// The common part of two segments on one line, as a range of the parameter `(p - P0) . D`.
-struct CONTACT {
-  SEGMENT Longer;
+struct TContact {
+  TSegment Longer;
   double Length; ///< squared length of `Longer`
   double Low, High;
 };
@@ -58,7 +58,7 @@ TPoint3 CutEdge(const TPoint3* t, const double* s, int i, int j) {
 }
 
 /// Cuts the triangle `t` by a plane; false when it lies on one side.
-bool CutTriangle(const TPoint3* t, const PLANE& plane, SEGMENT* out) {
+bool CutTriangle(const TPoint3* t, const TPlane& plane, TSegment* out) {
   double s[3];
   int negatives = 0;
   for (int i = 0; i < 3; ++i) {
@@ -81,10 +81,10 @@ bool CutTriangle(const TPoint3* t, const PLANE& plane, SEGMENT* out) {
   return true;
 }
 
-bool CrossTriangles(const TPoint3* a, const TPoint3* b, const PLANE& planeA, const PLANE& planeB,
-                    CONTACT* out) {
-  SEGMENT p;
-  SEGMENT q;
+bool CrossTriangles(const TPoint3* a, const TPoint3* b, const TPlane& planeA, const TPlane& planeB,
+                    TContact* out) {
+  TSegment p;
+  TSegment q;
   if (!CutTriangle(a, planeB, &p) || !CutTriangle(b, planeA, &q)) {
     return false;
   }
@@ -101,7 +101,7 @@ bool CrossTriangles(const TPoint3* a, const TPoint3* b, const PLANE& planeA, con
   return !(out->High < 0.0 || out->Low > out->Length);
 }
 
-unsigned long StoreContact(const CONTACT& contact, TPoint3* out) {
+unsigned long StoreContact(const TContact& contact, TPoint3* out) {
   const TPoint3 d = contact.Longer.P1 - contact.Longer.P0;
   const double low = contact.Low < 0.0 ? 0.0 : contact.Low;
   const double high = contact.High > contact.Length ? contact.Length : contact.High;
@@ -124,10 +124,10 @@ bool IsSamePlane(double c, double offsetA, double offsetB, double eps) {
 }
 
 /// Coordinates in the plane of a triangle, in which it runs counter-clockwise.
-struct FRAME {
+struct TFrame {
   TPoint3 Origin, E, F;
 
-  FRAME(const TPoint3* t, const TPoint3& normal)
+  TFrame(const TPoint3* t, const TPoint3& normal)
       : Origin(t[0]), E(Normalised(t[1] - t[0])), F(Normalised(cross(normal, E))) {}
 
   TPoint2 ToPlane(const TPoint3& p) const {
@@ -137,7 +137,7 @@ struct FRAME {
   TPoint3 ToSpace(const TPoint2& p) const { return Origin + E * p.x + F * p.y; }
 };
 
-struct POLYGON {
+struct TPolygon {
   TPoint2 Vertex[kMaxVertices];
   unsigned long Count = 0;
 
@@ -145,7 +145,7 @@ struct POLYGON {
 };
 
 /// One edge of the clip; `s` holds the side of every vertex. A NaN counts as outside.
-void ClipByEdge(const POLYGON& from, const double* s, POLYGON* to) {
+void ClipByEdge(const TPolygon& from, const double* s, TPolygon* to) {
   unsigned long prev = from.Count - 1;
   for (unsigned long cur = 0; cur < from.Count; prev = cur++) {
     const bool inside = s[cur] > 0.0;
@@ -167,11 +167,11 @@ void ClipByEdge(const POLYGON& from, const double* s, POLYGON* to) {
 
 /// Clips triangle `b` by the three edges of triangle `a`; false when an edge rejects. The polygon
 /// that is left can be empty even so, since the count of outside vertices is never reset.
-bool ClipCoplanar(const TPoint3* a, const TPoint3* b, const FRAME& frame, POLYGON* out) {
+bool ClipCoplanar(const TPoint3* a, const TPoint3* b, const TFrame& frame, TPolygon* out) {
   const TPoint2 clip[3] = {frame.ToPlane(a[0]), frame.ToPlane(a[1]), frame.ToPlane(a[2])};
-  POLYGON buffers[2];
-  POLYGON* polygon = &buffers[0];
-  POLYGON* other = &buffers[1];
+  TPolygon buffers[2];
+  TPolygon* polygon = &buffers[0];
+  TPolygon* other = &buffers[1];
   for (int i = 0; i < 3; ++i) {
     polygon->Append(frame.ToPlane(b[i]));
   }
@@ -204,18 +204,18 @@ bool IsGeneral(double c, double eps) { return c >= -1.0 + eps && c <= 1.0 - eps;
 } // namespace
 
 bool IsIntersectTriangles(const TPoint3* a, const TPoint3* b, double eps) {
-  const PLANE planeA(a);
-  const PLANE planeB(b);
+  const TPlane planeA(a);
+  const TPlane planeB(b);
   const double c = dot(planeA.Normal, planeB.Normal);
   if (IsGeneral(c, eps)) {
-    CONTACT contact;
+    TContact contact;
     return CrossTriangles(a, b, planeA, planeB, &contact);
   }
   if (!IsSamePlane(c, planeA.Offset, planeB.Offset, eps)) {
     return false;
   }
-  POLYGON polygon;
-  return ClipCoplanar(a, b, FRAME(a, planeA.Normal), &polygon);
+  TPolygon polygon;
+  return ClipCoplanar(a, b, TFrame(a, planeA.Normal), &polygon);
 }
 
 bool IsIntersectTriangles(const TPoint3& a0, const TPoint3& a1, const TPoint3& a2,
@@ -226,18 +226,18 @@ bool IsIntersectTriangles(const TPoint3& a0, const TPoint3& a1, const TPoint3& a
 }
 
 unsigned long GetIntersectTriangles(const TPoint3* a, const TPoint3* b, TPoint3* out, double eps) {
-  const PLANE planeA(a);
-  const PLANE planeB(b);
+  const TPlane planeA(a);
+  const TPlane planeB(b);
   const double c = dot(planeA.Normal, planeB.Normal);
   if (IsGeneral(c, eps)) {
-    CONTACT contact;
+    TContact contact;
     return CrossTriangles(a, b, planeA, planeB, &contact) ? StoreContact(contact, out) : 0;
   }
   if (!IsSamePlane(c, planeA.Offset, planeB.Offset, eps)) {
     return 0;
   }
-  const FRAME frame(a, planeA.Normal);
-  POLYGON polygon;
+  const TFrame frame(a, planeA.Normal);
+  TPolygon polygon;
   if (!ClipCoplanar(a, b, frame, &polygon)) {
     return 0;
   }

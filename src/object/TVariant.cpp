@@ -177,7 +177,7 @@ void TVariant::_SetShortText(const void* text, unsigned long length) {
   if (_OwnsNothing() && !_IsInside(text)) {
     StoreText(Value, text, length);
   } else {
-    const KEPTBYTES kept(text, length);
+    const TKeptBytes kept(text, length);
     Reset();
     StoreText(Value, kept.Bytes, length);
   }
@@ -250,7 +250,7 @@ bool TVariant::SetVector(const int* values, unsigned long components) {
   if (values != nullptr && (Type == type || _OwnsNothing()) && !_IsInside(values)) {
     StoreBytes(Value, values, bytes);
   } else {
-    const KEPTBYTES kept(values, values != nullptr ? bytes : 0);
+    const TKeptBytes kept(values, values != nullptr ? bytes : 0);
     if (Type != DATA_TYPE_NONE && Type != type) {
       _Clear();
     }
@@ -270,7 +270,7 @@ bool TVariant::_SetArray(DATA_TYPE type, unsigned long count, const void* data) 
     return false;
   }
   if (bytes < kHeapFrom) {
-    const KEPTBYTES kept(data, data != nullptr ? bytes : 0);
+    const TKeptBytes kept(data, data != nullptr ? bytes : 0);
     Reset();
     if (data != nullptr) {
       StoreBytes(Value, kept.Bytes, bytes);

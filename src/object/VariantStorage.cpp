@@ -1,10 +1,11 @@
-#include <ZxCore3D/object/private/ObjectAccess.h>
+#include <ZxCore3D/object/VariantStorage.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
+#include <ZxCore3D/object/private/ObjectAccess.h>
 #include <ZxCore3D/object/private/StreamAccess.h>
 #include <ZxCore3D/object/private/TVariantWords.h>
 

@@ -47,7 +47,7 @@ template <class TChar> unsigned long EmptyText(TChar* out) {
   return 0;
 }
 
-template <class TChar> TEXTRANGE<TChar> FileNamePart(TEXTRANGE<TChar> name) {
+template <class TChar> TTextRange<TChar> FileNamePart(TTextRange<TChar> name) {
   const TChar* const slash = FindSlashRIn(name.Begin, name.Length);
   if (slash == nullptr) {
     return name;
@@ -56,7 +56,7 @@ template <class TChar> TEXTRANGE<TChar> FileNamePart(TEXTRANGE<TChar> name) {
 }
 
 template <class TChar>
-unsigned long ExtractPath(TEXTRANGE<TChar> name, TChar* out, unsigned long size) {
+unsigned long ExtractPath(TTextRange<TChar> name, TChar* out, unsigned long size) {
   const TChar* const slash = FindSlashRIn(name.Begin, name.Length);
   if (slash == nullptr) {
     return EmptyText(out);
@@ -65,11 +65,11 @@ unsigned long ExtractPath(TEXTRANGE<TChar> name, TChar* out, unsigned long size)
 }
 
 template <class TChar>
-unsigned long ExtractTitle(TEXTRANGE<TChar> name, TChar* out, unsigned long size) {
+unsigned long ExtractTitle(TTextRange<TChar> name, TChar* out, unsigned long size) {
   if (name.Length == kNoLength) {
     return kFail;
   }
-  TEXTRANGE<TChar> part = FileNamePart(name);
+  TTextRange<TChar> part = FileNamePart(name);
   const TChar* const point = FindCharRIn<TChar>(part.Begin, part.Length, '.');
   if (point != nullptr) {
     part.Length = static_cast<unsigned long>(point - part.Begin);
@@ -78,7 +78,7 @@ unsigned long ExtractTitle(TEXTRANGE<TChar> name, TChar* out, unsigned long size
 }
 
 template <class TChar>
-unsigned long ExtractExt(TEXTRANGE<TChar> name, TChar* out, unsigned long size) {
+unsigned long ExtractExt(TTextRange<TChar> name, TChar* out, unsigned long size) {
   if (name.Length == kNoLength) {
     return kFail;
   }

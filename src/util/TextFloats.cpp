@@ -17,8 +17,8 @@ bool IsSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool IsDigit(char c) { return zx_text::Digit(c) <= 9; }
 
 // The characters that a plain decimal is made of, in whatever order.
-struct DECIMALCHARS {
-  constexpr DECIMALCHARS() {
+struct TDecimalChars {
+  constexpr TDecimalChars() {
     for (const char c :
          {'0', '1', '2', '3', '4', '5', '6', '7', '8', '9', '.', 'e', 'E', '+', '-'}) {
       Is[static_cast<unsigned char>(c)] = true;
@@ -26,7 +26,7 @@ struct DECIMALCHARS {
   }
   bool Is[256] = {};
 };
-constexpr DECIMALCHARS kDecimal;
+constexpr TDecimalChars kDecimal;
 
 // How far `from_chars` may look: to the terminator when it is near, and otherwise to the end of
 // what can be a decimal, so that a number at the head of a long text does not cost the text's

@@ -92,15 +92,15 @@ TEST(GeometryXIni, AFailedWriteRaises) {
 
 /// A writer whose error the host has made its own.
 struct TOwnWriter : TZxXIniWriter {
-  struct ERROR {};
-  void RaiseErrorE() const override { throw ERROR(); }
+  struct TError {};
+  void RaiseErrorE() const override { throw TError(); }
 };
 
 TEST(GeometryXIni, AFailedWriteGoesToTheWritersOwnOperation) {
   TOwnWriter writer;
   const double value = 1;
   ASSERT_TRUE(writer.WriteS<double>("m31", &value));
-  EXPECT_THROW(XIniSaveE(&writer, g_M4Ed), TOwnWriter::ERROR);
+  EXPECT_THROW(XIniSaveE(&writer, g_M4Ed), TOwnWriter::TError);
 }
 
 TEST(GeometryXIni, BoundsAreCompactSections) {

@@ -104,14 +104,14 @@ long long Side(const vec_t_<double, 2>& p, const vec_t_<double, 2>& q, const vec
   return static_cast<long long>((q.x - p.x) * (w.y - p.y) - (q.y - p.y) * (w.x - p.x));
 }
 
-struct TRUTH {
+struct TTruth {
   bool Crossed = false;
   bool IsTouched = false; ///< a vertex lies on a slanted edge, where rounding can miss it
 };
 
 /// The definition on whole coordinates, without divisions or lengths.
-TRUTH BruteForce(const TPolygon& p) {
-  TRUTH truth;
+TTruth BruteForce(const TPolygon& p) {
+  TTruth truth;
   const std::size_t n = p.size();
   for (std::size_t i = 0; i < n; ++i) {
     for (std::size_t j = i + 1; j < n; ++j) {
@@ -160,7 +160,7 @@ TEST(Polygons, AgreesWithBruteForceOnWholeCoordinates) {
         p.push_back(v);
       }
     }
-    const TRUTH truth = BruteForce(p);
+    const TTruth truth = BruteForce(p);
     if (truth.Crossed) {
       ASSERT_TRUE(IsCrossed(p));
       ++crossed;

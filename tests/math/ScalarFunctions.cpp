@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr double Pi = 3.141592653589793;
+constexpr double kPi = 3.141592653589793;
 constexpr unsigned long Top = 1UL << 63;
 
 TEST(ScalarFunctions, FloorPow2) {
@@ -72,22 +72,22 @@ TEST(ScalarFunctions, FloorPow10AlwaysEnds) {
 
 TEST(ScalarFunctions, Sinex) {
   EXPECT_EQ(Sinex(0.0), 0.0);
-  EXPECT_EQ(Sinex(Pi / 2), 1.0);
-  EXPECT_EQ(Sinex(-Pi / 2), -1.0);
+  EXPECT_EQ(Sinex(kPi / 2), 1.0);
+  EXPECT_EQ(Sinex(-kPi / 2), -1.0);
   EXPECT_EQ(Sinex(3.0), 2.0 - std::sin(3.0));
   EXPECT_EQ(Sinex(-3.0), -2.0 - std::sin(-3.0));
   EXPECT_EQ(Sinex(0.5), std::sin(0.5));
-  EXPECT_NEAR(Sinex(-Pi), -2.0, 1e-15);
+  EXPECT_NEAR(Sinex(-kPi), -2.0, 1e-15);
   // Pi itself is one period on and wraps to the lower end.
-  EXPECT_NEAR(Sinex(Pi), -2.0, 1e-15);
-  EXPECT_NEAR(Sinex(Pi - 1e-9), 2.0 - 1e-9, 1e-15);
-  double before = Sinex(-Pi);
+  EXPECT_NEAR(Sinex(kPi), -2.0, 1e-15);
+  EXPECT_NEAR(Sinex(kPi - 1e-9), 2.0 - 1e-9, 1e-15);
+  double before = Sinex(-kPi);
   for (int i = -313; i < 314; ++i) {
     const double v = Sinex(0.01 * i);
     EXPECT_GT(v, before) << i;
     before = v;
     for (const int periods : {-100, -1, 1, 7}) {
-      EXPECT_NEAR(Sinex(0.01 * i + periods * 2 * Pi), v, 1e-12);
+      EXPECT_NEAR(Sinex(0.01 * i + periods * 2 * kPi), v, 1e-12);
     }
   }
 }

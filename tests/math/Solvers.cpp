@@ -11,7 +11,7 @@ namespace {
 using Values = std::vector<double>;
 using Matrix = Eigen::Matrix<double, -1, -1, Eigen::RowMajor>;
 
-constexpr double Inf = std::numeric_limits<double>::infinity();
+constexpr double kInf = std::numeric_limits<double>::infinity();
 
 /// Random and far from singular, with the largest elements off the diagonal.
 Matrix WellConditioned(Eigen::Index n, unsigned seed) {

@@ -8,9 +8,9 @@
 namespace {
 
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool AllocatorAborts = true;
+constexpr bool kAllocatorAborts = true;
 #else
-constexpr bool AllocatorAborts = false;
+constexpr bool kAllocatorAborts = false;
 #endif
 
 TVectorD Make(std::initializer_list<double> values) {
@@ -56,7 +56,7 @@ TEST(TVectorD, Constructors) {
 }
 
 TEST(TVectorD, HugeSizesFailInTheAllocator) {
-  if (AllocatorAborts) {
+  if (kAllocatorAborts) {
     GTEST_SKIP() << "the sanitizer's allocator ends the process";
   }
   EXPECT_THROW(TVectorD(1UL << 61), std::bad_alloc);

@@ -21,7 +21,7 @@ using TPoint2 = vec_t_<double, 2>;
 using TPoint3 = vec_t_<double, 3>;
 using TMatrix = Eigen::MatrixXd;
 
-template <class TPoint> struct PAIRS { std::vector<TPoint> Src, Dst; };
+template <class TPoint> struct TPairs { std::vector<TPoint> Src, Dst; };
 
 TMatrix ToEigen(const MAT3<double>& m) { return Eigen::Map<const Eigen::Matrix3d>(m.m); }
 TMatrix ToEigen(const MAT4<double>& m) { return Eigen::Map<const Eigen::Matrix4d>(m.m); }
@@ -80,8 +80,8 @@ public:
     return m;
   }
 
-  template <class TPoint> PAIRS<TPoint> Pairs(const TMatrix& m, std::size_t n) {
-    PAIRS<TPoint> pairs;
+  template <class TPoint> TPairs<TPoint> Pairs(const TMatrix& m, std::size_t n) {
+    TPairs<TPoint> pairs;
     for (std::size_t i = 0; i < n; ++i) {
       TPoint p;
       for (std::size_t k = 0; k < sizeof(TPoint) / sizeof(double); ++k) {
@@ -97,21 +97,21 @@ private:
   std::mt19937 m_Random;
 };
 
-template <class TPoint, class TMat> bool Project(const PAIRS<TPoint>& pairs, TMat* m) {
+template <class TPoint, class TMat> bool Project(const TPairs<TPoint>& pairs, TMat* m) {
   return GetProjectiveTransform(pairs.Src.data(), pairs.Dst.data(), pairs.Src.size(), m);
 }
 
-bool Affine(const PAIRS<TPoint3>& pairs, MAT4<double>* m) {
+bool Affine(const TPairs<TPoint3>& pairs, MAT4<double>* m) {
   return GetAffineTransform(pairs.Src.data(), pairs.Dst.data(), pairs.Src.size(), m);
 }
 
-const PAIRS<TPoint2> s_Square = {{{0, 0}, {1, 0}, {1, 1}, {0, 1}},
-                                 {{0, 0}, {2, 0}, {4.0 / 3, 4.0 / 3}, {0, 2}}};
+const TPairs<TPoint2> s_Square = {{{0, 0}, {1, 0}, {1, 1}, {0, 1}},
+                                  {{0, 0}, {2, 0}, {4.0 / 3, 4.0 / 3}, {0, 2}}};
 
 TEST(PlaneProjective, FourPairsGiveTheirHomography) {
   // (0,0) fixed: c = f = 0. (1,0) to (2,0): a = 2 (g + 1), d = 0. (0,1) to (0,2): e = 2 (h + 1),
   // b = 0. (1,1) to (4/3,4/3): 2 (g + 1) = 4/3 (g + h + 1) = 2 (h + 1), so g = h = 1, a = e = 4.
-  PAIRS<TPoint2> pairs = s_Square;
+  TPairs<TPoint2> pairs = s_Square;
   MAT3<double> m = Marked<MAT3<double>>();
   ASSERT_TRUE(Project(pairs, &m));
   const double expected[9] = {4, 0, 1, 0, 4, 1, 0, 0, 1};
@@ -134,7 +134,7 @@ TEST(PlaneProjective, RecoversHomographies) {
 
 TEST(PlaneProjective, ThreePairsAreTooFew) {
   for (std::size_t n = 0; n < 4; ++n) {
-    PAIRS<TPoint2> pairs = s_Square;
+    TPairs<TPoint2> pairs = s_Square;
     pairs.Src.resize(n);
     pairs.Dst.resize(n);
     MAT3<double> m = Marked<MAT3<double>>();
@@ -155,7 +155,7 @@ TEST(PlaneProjective, CollinearPointsAreRefused) {
 }
 
 TEST(PlaneProjective, SmallCoordinatesAreRefused) {
-  PAIRS<TPoint2> pairs = s_Square;
+  TPairs<TPoint2> pairs = s_Square;
   for (std::size_t i = 0; i < 4; ++i) {
     pairs.Src[i] = pairs.Src[i] * 0.001;
     pairs.Dst[i] = pairs.Dst[i] * 0.001;
@@ -166,16 +166,16 @@ TEST(PlaneProjective, SmallCoordinatesAreRefused) {
 }
 
 /// The design matrix of the fit, row by row, and its right side.
-struct DESIGN {
+struct TDesign {
   TMatrix A;
   Eigen::VectorXd B;
 };
 
-template <class TPoint> DESIGN DesignOf(const PAIRS<TPoint>& pairs) {
+template <class TPoint> TDesign DesignOf(const TPairs<TPoint>& pairs) {
   constexpr int n = sizeof(TPoint) / sizeof(double);
   constexpr int unknowns = n * (n + 1) + n;
   const int rows = n * static_cast<int>(pairs.Src.size());
-  DESIGN design = {TMatrix::Zero(rows, unknowns), Eigen::VectorXd::Zero(rows)};
+  TDesign design = {TMatrix::Zero(rows, unknowns), Eigen::VectorXd::Zero(rows)};
   for (int row = 0; row < rows; ++row) {
     const TPoint& p = pairs.Src[static_cast<std::size_t>(row / n)];
     const int axis = row % n;
@@ -199,8 +199,8 @@ TMatrix FromSolution(const Eigen::VectorXd& solution, int n) {
   return m;
 }
 
-template <class TPoint> PAIRS<TPoint> Noisy(TSource* source, const TMatrix& truth, std::size_t n) {
-  PAIRS<TPoint> pairs = source->Pairs<TPoint>(truth, n);
+template <class TPoint> TPairs<TPoint> Noisy(TSource* source, const TMatrix& truth, std::size_t n) {
+  TPairs<TPoint> pairs = source->Pairs<TPoint>(truth, n);
   for (TPoint& p : pairs.Dst) {
     for (std::size_t k = 0; k < sizeof(TPoint) / sizeof(double); ++k) {
       p[k] += source->Real(0.02);
@@ -212,8 +212,8 @@ template <class TPoint> PAIRS<TPoint> Noisy(TSource* source, const TMatrix& trut
 TEST(PlaneProjective, NoisyPairsGiveTheLeastSquaresOfTheLinearEquations) {
   TSource source(42);
   for (int i = 0; i < 50; ++i) {
-    const PAIRS<TPoint2> pairs = Noisy<TPoint2>(&source, source.Map(3, 0.2), 30);
-    const DESIGN design = DesignOf(pairs);
+    const TPairs<TPoint2> pairs = Noisy<TPoint2>(&source, source.Map(3, 0.2), 30);
+    const TDesign design = DesignOf(pairs);
     MAT3<double> m;
     ASSERT_TRUE(Project(pairs, &m));
     ExpectNear(m, FromSolution(design.A.colPivHouseholderQr().solve(design.B), 3), 1e-10);
@@ -224,7 +224,7 @@ TEST(SpaceProjective, RecoversProjectiveMaps) {
   TSource source(43);
   for (int i = 0; i < 100; ++i) {
     const TMatrix truth = source.Map(4, 0.15);
-    const PAIRS<TPoint3> pairs =
+    const TPairs<TPoint3> pairs =
         source.Pairs<TPoint3>(truth, 12 + static_cast<std::size_t>(i) % 20);
     MAT4<double> m;
     ASSERT_TRUE(Project(pairs, &m));
@@ -244,7 +244,7 @@ TEST(SpaceProjective, FivePairsOfAnAffineMapHaveNoDenominator) {
   truth.row(0) << 1, 2, 0, 1;
   truth.row(1) << 0, 1, -1, 2;
   truth.row(2) << 3, 0, 1, -1;
-  PAIRS<TPoint3> pairs = {src, {}};
+  TPairs<TPoint3> pairs = {src, {}};
   for (const TPoint3& p : src) {
     pairs.Dst.push_back(Mapped(truth, p));
   }
@@ -260,8 +260,8 @@ TEST(SpaceProjective, FivePairsOfAnAffineMapHaveNoDenominator) {
 TEST(SpaceProjective, BothFormsSolveTheSameEquations) {
   TSource source(44);
   for (int i = 0; i < 30; ++i) {
-    const PAIRS<TPoint3> pairs = Noisy<TPoint3>(&source, source.Map(4, 0.15), 40);
-    const DESIGN design = DesignOf(pairs);
+    const TPairs<TPoint3> pairs = Noisy<TPoint3>(&source, source.Map(4, 0.15), 40);
+    const TDesign design = DesignOf(pairs);
     const TMatrix expected = FromSolution(design.A.colPivHouseholderQr().solve(design.B), 4);
     MAT4<double> m;
     MAT4<double> other;
@@ -274,8 +274,8 @@ TEST(SpaceProjective, BothFormsSolveTheSameEquations) {
 }
 
 TEST(SpaceProjective, FourPairsAreTooFew) {
-  const PAIRS<TPoint3> pairs = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
-                                {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
+  const TPairs<TPoint3> pairs = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}},
+                                 {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};
   MAT4<double> m = Marked<MAT4<double>>();
   const std::size_t before = AllocationCount();
   for (unsigned long n = 0; n < 5; ++n) {
@@ -288,18 +288,18 @@ TEST(SpaceProjective, FourPairsAreTooFew) {
 
 TEST(SpaceProjective, DegenerateAndSmallPointsAreRefused) {
   TSource source(45);
-  const auto expectRefused = [](const PAIRS<TPoint3>& pairs) {
+  const auto expectRefused = [](const TPairs<TPoint3>& pairs) {
     MAT4<double> m = Marked<MAT4<double>>();
     EXPECT_FALSE(Project(pairs, &m));
     EXPECT_FALSE(GetProjectiveTransform_(pairs.Src.data(), pairs.Dst.data(), pairs.Src.size(), &m));
     ExpectMarked(m);
   };
-  PAIRS<TPoint3> flat = source.Pairs<TPoint3>(source.Map(4, 0.1), 10);
+  TPairs<TPoint3> flat = source.Pairs<TPoint3>(source.Map(4, 0.1), 10);
   for (TPoint3& p : flat.Src) {
     p.z = 0;
   }
   expectRefused(flat);
-  PAIRS<TPoint3> small = source.Pairs<TPoint3>(source.Map(4, 0.1), 20);
+  TPairs<TPoint3> small = source.Pairs<TPoint3>(source.Map(4, 0.1), 20);
   for (std::size_t i = 0; i < 20; ++i) {
     small.Src[i] = small.Src[i] * 0.001;
     small.Dst[i] = small.Dst[i] * 0.001;
@@ -309,10 +309,10 @@ TEST(SpaceProjective, DegenerateAndSmallPointsAreRefused) {
 
 /// The plain reference: both normal equations summed row by row from the whole design matrix, which
 /// gives each element the same sum in the same order, but for zeros that are added.
-template <class TPoint> std::vector<double> Reference(const PAIRS<TPoint>& pairs) {
+template <class TPoint> std::vector<double> Reference(const TPairs<TPoint>& pairs) {
   constexpr std::size_t n = sizeof(TPoint) / sizeof(double);
   constexpr std::size_t unknowns = n * (n + 1) + n;
-  const DESIGN design = DesignOf(pairs);
+  const TDesign design = DesignOf(pairs);
   TMatrixD sum(unknowns, unknowns);
   TVectorD right(unknowns);
   fill(sum, 0.0);
@@ -344,14 +344,14 @@ template <class TPoint> std::vector<double> Reference(const PAIRS<TPoint>& pairs
 TEST(TransformEstimation, BitsAreThoseOfThePlainSums) {
   TSource source(46);
   for (int round = 0; round < 20; ++round) {
-    const PAIRS<TPoint2> plane = Noisy<TPoint2>(&source, source.Map(3, 0.2), 25);
+    const TPairs<TPoint2> plane = Noisy<TPoint2>(&source, source.Map(3, 0.2), 25);
     MAT3<double> m3;
     ASSERT_TRUE(Project(plane, &m3));
     const std::vector<double> expected3 = Reference(plane);
     for (std::size_t i = 0; i < 8; ++i) {
       EXPECT_EQ(m3[i % 3 * 3 + i / 3], expected3[i]) << i;
     }
-    const PAIRS<TPoint3> space = Noisy<TPoint3>(&source, source.Map(4, 0.15), 25);
+    const TPairs<TPoint3> space = Noisy<TPoint3>(&source, source.Map(4, 0.15), 25);
     MAT4<double> m4;
     ASSERT_TRUE(Project(space, &m4));
     const std::vector<double> expected4 = Reference(space);
@@ -366,8 +366,8 @@ TEST(TransformEstimation, PublicFormsAllocateTheSameForAnyCount) {
   std::size_t counts[2][3];
   for (int i = 0; i < 2; ++i) {
     const std::size_t n = i == 0 ? 20 : 2000;
-    const PAIRS<TPoint2> plane = source.Pairs<TPoint2>(source.Map(3, 0.2), n);
-    const PAIRS<TPoint3> space = source.Pairs<TPoint3>(source.Map(4, 0.1), n);
+    const TPairs<TPoint2> plane = source.Pairs<TPoint2>(source.Map(3, 0.2), n);
+    const TPairs<TPoint3> space = source.Pairs<TPoint3>(source.Map(4, 0.1), n);
     MAT3<double> m3;
     MAT4<double> m4;
     std::size_t before = AllocationCount();
@@ -390,7 +390,7 @@ TEST(TransformEstimation, PublicFormsAllocateTheSameForAnyCount) {
 
 TEST(TransformEstimation, ExhaustedMemoryPassesOutAndLeavesTheMatrix) {
   TSource source(48);
-  const PAIRS<TPoint3> space = source.Pairs<TPoint3>(source.Map(4, 0.1), 20);
+  const TPairs<TPoint3> space = source.Pairs<TPoint3>(source.Map(4, 0.1), 20);
   MAT4<double> m = Marked<MAT4<double>>();
   SetAllocationLimit(15 * 15 * 8);
   EXPECT_THROW(Project(space, &m), std::bad_alloc);
@@ -405,7 +405,7 @@ TEST(Affine, FourPairsGiveTheMapExactly) {
   truth.row(1) << -5, 6, 0.5, 8;
   truth.row(2) << 9, 0, -1, 0.25;
   // The normal matrix of this tetrahedron has the determinant 1: all sums are exact.
-  PAIRS<TPoint3> pairs = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {}};
+  TPairs<TPoint3> pairs = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {0, 0, 1}}, {}};
   for (const TPoint3& p : pairs.Src) {
     pairs.Dst.push_back(Mapped(truth, p));
   }
@@ -434,7 +434,7 @@ TEST(Affine, RecoversAffineMaps) {
 
 TEST(Affine, NoisyPairsGiveTheLeastSquares) {
   TSource source(50);
-  const PAIRS<TPoint3> pairs = Noisy<TPoint3>(&source, source.Map(4, 0), 30);
+  const TPairs<TPoint3> pairs = Noisy<TPoint3>(&source, source.Map(4, 0), 30);
   TMatrix a(30, 4);
   TMatrix b(30, 3);
   for (int i = 0; i < 30; ++i) {
@@ -452,8 +452,8 @@ TEST(Affine, NoisyPairsGiveTheLeastSquares) {
 TEST(Affine, TooFewPairsHaveNoDeterminant) {
   MAT4<double> m = Marked<MAT4<double>>();
   EXPECT_FALSE(GetAffineTransform(nullptr, nullptr, 0, &m));
-  const PAIRS<TPoint3> three = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
-                                {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}};
+  const TPairs<TPoint3> three = {{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}},
+                                 {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}}};
   EXPECT_FALSE(Affine(three, &m));
   ExpectMarked(m);
 }
@@ -467,7 +467,7 @@ TEST(Affine, OnlyAnExactZeroRefusesCoplanarPoints) {
   TSource source(51);
   int accepted = 0;
   for (int i = 0; i < 1000; ++i) {
-    PAIRS<TPoint3> pairs = source.Pairs<TPoint3>(source.Map(4, 0), 8);
+    TPairs<TPoint3> pairs = source.Pairs<TPoint3>(source.Map(4, 0), 8);
     const double a = source.Real(1), b = source.Real(1), c = source.Real(1);
     for (TPoint3& p : pairs.Src) {
       p.z = a * p.x + b * p.y + c;

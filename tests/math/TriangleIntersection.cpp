@@ -14,13 +14,13 @@ using TPoints = std::vector<TPoint>;
 
 constexpr double kEps = 1e-9;
 
-struct TRIANGLE {
+struct TTriangle {
   TPoint v[3];
 };
 
 /// The common part by the first form, after checking that all four forms agree and that nothing
 /// behind the result is written.
-TPoints Common(const TRIANGLE& a, const TRIANGLE& b, double eps = kEps) {
+TPoints Common(const TTriangle& a, const TTriangle& b, double eps = kEps) {
   const TPoint mark = {-77, -78, -79};
   TPoint out[7] = {mark, mark, mark, mark, mark, mark, mark};
   TPoint same[7] = {mark, mark, mark, mark, mark, mark, mark};
@@ -44,7 +44,7 @@ TPoints Common(const TRIANGLE& a, const TRIANGLE& b, double eps = kEps) {
   return TPoints(out, out + std::min(count, 7ul));
 }
 
-bool Meets(const TRIANGLE& a, const TRIANGLE& b, double eps = kEps) {
+bool Meets(const TTriangle& a, const TTriangle& b, double eps = kEps) {
   return IsIntersectTriangles(a.v, b.v, eps);
 }
 
@@ -68,20 +68,20 @@ bool IsCycle(const TPoints& points, const TPoints& expected) {
 }
 
 // In the plane z = 0, counter-clockwise seen from above, so its normal is +z.
-const TRIANGLE s_Floor = {{{0, 0, 0}, {8, 0, 0}, {0, 8, 0}}};
+const TTriangle s_Floor = {{{0, 0, 0}, {8, 0, 0}, {0, 8, 0}}};
 
-TRIANGLE Turned(const TRIANGLE& t) { return {{t.v[0], t.v[2], t.v[1]}}; }
+TTriangle Turned(const TTriangle& t) { return {{t.v[0], t.v[2], t.v[1]}}; }
 
-TRIANGLE Rotated(const TRIANGLE& t, int by) {
+TTriangle Rotated(const TTriangle& t, int by) {
   return {{t.v[by % 3], t.v[(by + 1) % 3], t.v[(by + 2) % 3]}};
 }
 
 TEST(TriangleIntersection, CrossingTrianglesGiveTheEndsOfTheirSegment) {
   // In the plane y = 2, crossing z = 0 from x = 1 to x = 3.
-  const TRIANGLE wall = {{{2, 2, 2}, {0, 2, -2}, {4, 2, -2}}};
+  const TTriangle wall = {{{2, 2, 2}, {0, 2, -2}, {4, 2, -2}}};
   for (int i = 0; i < 3; ++i) {
     for (int j = 0; j < 3; ++j) {
-      for (const TRIANGLE& w : {Rotated(wall, i), Turned(Rotated(wall, i))}) {
+      for (const TTriangle& w : {Rotated(wall, i), Turned(Rotated(wall, i))}) {
         const TPoints points = Common(Rotated(s_Floor, j), w);
         ASSERT_EQ(points.size(), 2u);
         const bool isForward = points[0].x < points[1].x;
@@ -94,7 +94,7 @@ TEST(TriangleIntersection, CrossingTrianglesGiveTheEndsOfTheirSegment) {
 
 TEST(TriangleIntersection, PartialOverlapOnTheCommonLineIsClamped) {
   // Crosses z = 0 from x = 3 to x = 11 at y = 2; the floor ends at x = 6 there.
-  const TRIANGLE wall = {{{7, 2, 4}, {-1, 2, -4}, {15, 2, -4}}};
+  const TTriangle wall = {{{7, 2, 4}, {-1, 2, -4}, {15, 2, -4}}};
   const TPoints points = Common(s_Floor, wall);
   ASSERT_EQ(points.size(), 2u);
   EXPECT_NEAR(std::min(points[0].x, points[1].x), 3, 1e-12);
@@ -102,7 +102,7 @@ TEST(TriangleIntersection, PartialOverlapOnTheCommonLineIsClamped) {
 }
 
 TEST(TriangleIntersection, SegmentsApartOnTheCommonLineDoNotMeet) {
-  const TRIANGLE wall = {{{20, 2, 4}, {16, 2, -4}, {24, 2, -4}}};
+  const TTriangle wall = {{{20, 2, 4}, {16, 2, -4}, {24, 2, -4}}};
   EXPECT_FALSE(Meets(s_Floor, wall));
   EXPECT_TRUE(Common(s_Floor, wall).empty());
 }
@@ -110,8 +110,8 @@ TEST(TriangleIntersection, SegmentsApartOnTheCommonLineDoNotMeet) {
 TEST(TriangleIntersection, TouchingEndsOnTheCommonLineMeet) {
   // At y = 0 the floor reaches to x = 8, and the wall crosses from x = 8 to x = 12. An edge of the
   // floor lies on the wall's plane, so the wall must turn its back on the floor's third vertex.
-  const TRIANGLE wall = {{{10, 0, 2}, {6, 0, -2}, {14, 0, -2}}};
-  for (const TRIANGLE& w : {wall, Turned(wall)}) {
+  const TTriangle wall = {{{10, 0, 2}, {6, 0, -2}, {14, 0, -2}}};
+  for (const TTriangle& w : {wall, Turned(wall)}) {
     const TPoints points = Common(s_Floor, w);
     // (w.v[1] - w.v[0]) x (w.v[2] - w.v[0]) points along y.
     const bool isFloorBelow = cross(w.v[1] - w.v[0], w.v[2] - w.v[0]).y < 0;
@@ -126,7 +126,7 @@ TEST(TriangleIntersection, TouchingEndsOnTheCommonLineMeet) {
 }
 
 TEST(TriangleIntersection, OneVertexOnThePlaneFromBelowGivesAPoint) {
-  const TRIANGLE below = {{{2, 2, 0}, {1, 2, -3}, {3, 2, -3}}};
+  const TTriangle below = {{{2, 2, 0}, {1, 2, -3}, {3, 2, -3}}};
   for (int i = 0; i < 3; ++i) {
     const TPoints points = Common(Rotated(below, i), s_Floor);
     ASSERT_EQ(points.size(), 1u);
@@ -137,7 +137,7 @@ TEST(TriangleIntersection, OneVertexOnThePlaneFromBelowGivesAPoint) {
 }
 
 TEST(TriangleIntersection, OneVertexOnThePlaneFromAboveMisses) {
-  const TRIANGLE above = {{{2, 2, 0}, {1, 2, 3}, {3, 2, 3}}};
+  const TTriangle above = {{{2, 2, 0}, {1, 2, 3}, {3, 2, 3}}};
   for (int i = 0; i < 3; ++i) {
     EXPECT_TRUE(Common(Rotated(above, i), s_Floor).empty());
     EXPECT_FALSE(Meets(Rotated(above, i), s_Floor));
@@ -146,21 +146,21 @@ TEST(TriangleIntersection, OneVertexOnThePlaneFromAboveMisses) {
 }
 
 TEST(TriangleIntersection, AnEdgeOnThePlaneFollowsTheSameRule) {
-  const TRIANGLE below = {{{1, 2, 0}, {3, 2, 0}, {2, 2, -3}}};
-  const TRIANGLE above = {{{1, 2, 0}, {3, 2, 0}, {2, 2, 3}}};
+  const TTriangle below = {{{1, 2, 0}, {3, 2, 0}, {2, 2, -3}}};
+  const TTriangle above = {{{1, 2, 0}, {3, 2, 0}, {2, 2, 3}}};
   EXPECT_EQ(Common(s_Floor, below).size(), 2u);
   EXPECT_TRUE(Common(s_Floor, above).empty());
 }
 
 TEST(TriangleIntersection, TwoSinglePointsOnTheLineGiveANan) {
   // The floor's corner (0, 0, 0) stands on the plane of `a`, and a corner of `a` on the floor's.
-  const TRIANGLE floor = {{{0, 0, 0}, {4, -4, 0}, {4, -8, 0}}};
+  const TTriangle floor = {{{0, 0, 0}, {4, -4, 0}, {4, -8, 0}}};
   for (const double x : {0.0, 3.0}) {
-    TRIANGLE a = {{{x, 0, 0}, {x + 1, 0, -3}, {x - 1, 0, -3}}};
+    TTriangle a = {{{x, 0, 0}, {x + 1, 0, -3}, {x - 1, 0, -3}}};
     if (cross(a.v[1] - a.v[0], a.v[2] - a.v[0]).y < 0) {
       a = Turned(a);
     }
-    const TRIANGLE up =
+    const TTriangle up =
         cross(floor.v[1] - floor.v[0], floor.v[2] - floor.v[0]).z > 0 ? floor : Turned(floor);
     const TPoints points = Common(a, up);
     ASSERT_EQ(points.size(), 1u) << x;
@@ -170,7 +170,7 @@ TEST(TriangleIntersection, TwoSinglePointsOnTheLineGiveANan) {
 }
 
 TEST(TriangleIntersection, ParallelPlanesApartDoNotMeet) {
-  const TRIANGLE higher = {{{0, 0, 1}, {8, 0, 1}, {0, 8, 1}}};
+  const TTriangle higher = {{{0, 0, 1}, {8, 0, 1}, {0, 8, 1}}};
   EXPECT_TRUE(Common(s_Floor, higher).empty());
   EXPECT_FALSE(Meets(s_Floor, higher));
   EXPECT_TRUE(Common(s_Floor, Turned(higher)).empty());
@@ -178,7 +178,7 @@ TEST(TriangleIntersection, ParallelPlanesApartDoNotMeet) {
 }
 
 TEST(TriangleIntersection, EpsDecidesWhenParallelPlanesAreOne) {
-  const auto at = [](double z) { return TRIANGLE{{{0, 0, z}, {8, 0, z}, {0, 8, z}}}; };
+  const auto at = [](double z) { return TTriangle{{{0, 0, z}, {8, 0, z}, {0, 8, z}}}; };
   EXPECT_TRUE(Meets(at(1), at(1.25), 0.25));
   EXPECT_FALSE(Meets(at(1), at(1.25), 0.125));
   // With the normals opposite, the offsets -1.25 and 1 are compared with the sign turned.
@@ -193,22 +193,22 @@ TEST(TriangleIntersection, EpsDecidesWhenParallelPlanesAreOne) {
 
 TEST(TriangleIntersection, EpsOf1LeavesOnlyRightAnglesToTheGeneralCase) {
   // At a right angle, and crossing.
-  const TRIANGLE wall = {{{2, 2, 2}, {0, 2, -2}, {4, 2, -2}}};
+  const TTriangle wall = {{{2, 2, 2}, {0, 2, -2}, {4, 2, -2}}};
   EXPECT_EQ(Common(s_Floor, wall, 1).size(), 2u);
   // Tilted, and crossing: with offsets apart by more than 1 there is no contact any more.
-  const TRIANGLE tilted = {{{2, 2, 2}, {0, 1, -2}, {4, 1, -2}}};
+  const TTriangle tilted = {{{2, 2, 2}, {0, 1, -2}, {4, 1, -2}}};
   EXPECT_EQ(Common(s_Floor, tilted, kEps).size(), 2u);
   EXPECT_NE(dot(cross(tilted.v[1] - tilted.v[0], tilted.v[2] - tilted.v[0]), TPoint{0, 0, 1}), 0);
   EXPECT_TRUE(Common(s_Floor, tilted, 1).empty());
   // Far apart in the general case, but with offsets within 1 of each other: decided as coplanar.
-  const TRIANGLE flat = {{{1, 1, 0.5}, {3, 1, 0.75}, {1, 3, 0.5}}};
+  const TTriangle flat = {{{1, 1, 0.5}, {3, 1, 0.75}, {1, 3, 0.5}}};
   EXPECT_FALSE(Meets(s_Floor, flat, kEps));
   EXPECT_TRUE(Meets(s_Floor, flat, 1));
 }
 
 TEST(TriangleIntersection, TheBoundOfTheGeneralCaseBelongsToIt) {
   // The cosine of the angle is exactly 0.6 and -0.6.
-  const TRIANGLE tilted = {{{2, 1, -4}, {3, 1, -4}, {2, 7, 4}}};
+  const TTriangle tilted = {{{2, 1, -4}, {3, 1, -4}, {2, 7, 4}}};
   const double c =
       dot(cross(tilted.v[1] - tilted.v[0], tilted.v[2] - tilted.v[0]), TPoint{0, 0, 1}) /
       length(cross(tilted.v[1] - tilted.v[0], tilted.v[2] - tilted.v[0]));
@@ -223,9 +223,9 @@ TEST(TriangleIntersection, TheBoundOfTheGeneralCaseBelongsToIt) {
 }
 
 TEST(TriangleIntersection, CollinearVerticesMeetNothing) {
-  const TRIANGLE line = {{{1, 1, -1}, {1, 1, 0}, {1, 1, 1}}};
-  const TRIANGLE point = {{{1, 1, 0}, {1, 1, 0}, {1, 1, 0}}};
-  for (const TRIANGLE& t : {line, point}) {
+  const TTriangle line = {{{1, 1, -1}, {1, 1, 0}, {1, 1, 1}}};
+  const TTriangle point = {{{1, 1, 0}, {1, 1, 0}, {1, 1, 0}}};
+  for (const TTriangle& t : {line, point}) {
     EXPECT_TRUE(Common(s_Floor, t).empty());
     EXPECT_TRUE(Common(t, s_Floor).empty());
     EXPECT_FALSE(Meets(t, t));
@@ -238,13 +238,13 @@ TEST(TriangleIntersection, IdenticalTrianglesGiveTheTriangle) {
     EXPECT_TRUE(IsCycle(Common(s_Floor, Rotated(s_Floor, i)), expected));
   }
   // The vertices come in the order of the second triangle.
-  const TRIANGLE turned = Turned(s_Floor);
+  const TTriangle turned = Turned(s_Floor);
   EXPECT_TRUE(IsCycle(Common(s_Floor, turned), TPoints(turned.v, turned.v + 3)));
 }
 
 TEST(TriangleIntersection, StarOfDavidGivesSixPoints) {
-  const TRIANGLE up = {{{-6, -3, 5}, {6, -3, 5}, {0, 9, 5}}};
-  const TRIANGLE down = {{{6, 5, 5}, {-6, 5, 5}, {0, -7, 5}}};
+  const TTriangle up = {{{-6, -3, 5}, {6, -3, 5}, {0, 9, 5}}};
+  const TTriangle down = {{{6, 5, 5}, {-6, 5, 5}, {0, -7, 5}}};
   // At y = 5 the sides of `up` stand at x = -2 and 2, at y = -3 those of `down`; the slanted sides
   // cross at y = 1, x = -4 and 4.
   const TPoints expected = {{2, 5, 5}, {-2, 5, 5}, {-4, 1, 5}, {-2, -3, 5}, {2, -3, 5}, {4, 1, 5}};
@@ -257,7 +257,7 @@ TPoint Flat(double x, double y) { return {x, y, 0}; }
 /// The polygon that is left of `b`, clipped by the three edges of `a`, in the order in which the
 /// definition makes it and of any number of vertices. For pairs in the plane z = 0 whose `a` begins
 /// at the origin with an edge along x, where the plane's own coordinates are x and y themselves.
-TPoints ClippedByDefinition(const TRIANGLE& a, const TRIANGLE& b) {
+TPoints ClippedByDefinition(const TTriangle& a, const TTriangle& b) {
   TPoints polygon(b.v, b.v + 3);
   for (int t = 0; t < 3; ++t) {
     const TPoint& p = a.v[t];
@@ -287,7 +287,7 @@ TPoints ClippedByDefinition(const TRIANGLE& a, const TRIANGLE& b) {
 // polygon bends inwards there: the last edge then cuts it four times. There is room for six points,
 // and the first six are given; `Common` sees to it that nothing stands behind them.
 TEST(TriangleIntersection, OfSevenPointsTheFirstSixAreGiven) {
-  const TRIANGLE pairs[][2] = {
+  const TTriangle pairs[][2] = {
       {{{Flat(0, 0), Flat(0x1.d465210b58529p-1, 0),
          Flat(0x1.0a2c89199d1ecp-2, 0x1.31fdb87a44a0cp-1)}},
        {{Flat(0x1.94f2f6c7d007cp+0, -0x1.37a4febd79ef3p-1),
@@ -316,29 +316,29 @@ TEST(TriangleIntersection, OfSevenPointsTheFirstSixAreGiven) {
 }
 
 TEST(TriangleIntersection, CoplanarTrianglesApartDoNotMeet) {
-  const TRIANGLE apart = {{{0, -1, 0}, {8, -1, 0}, {0, -9, 0}}};
+  const TTriangle apart = {{{0, -1, 0}, {8, -1, 0}, {0, -9, 0}}};
   EXPECT_TRUE(Common(s_Floor, apart).empty());
   EXPECT_FALSE(Meets(s_Floor, apart));
 }
 
 TEST(TriangleIntersection, ContainedTriangleComesOutWhole) {
-  const TRIANGLE inner = {{{1, 1, 0}, {3, 1, 0}, {1, 3, 0}}};
+  const TTriangle inner = {{{1, 1, 0}, {3, 1, 0}, {1, 3, 0}}};
   EXPECT_TRUE(IsCycle(Common(s_Floor, inner), TPoints(inner.v, inner.v + 3)));
 }
 
 TEST(TriangleIntersection, TheRunningCountRejectsPairsThatOverlap) {
-  const TRIANGLE a = {{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}};
-  const TRIANGLE b = {{{-1, -1, 0}, {3, -1, 0}, {-1, 3, 0}}};
+  const TTriangle a = {{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}};
+  const TTriangle b = {{{-1, -1, 0}, {3, -1, 0}, {-1, 3, 0}}};
   // Edge 0 of `a` (y >= 0): two vertices of `b` outside, total 2 of 3. The clip leaves the triangle
   // (2, 0), (-1, 3), (-1, 0). Edge 1 (x + y <= 4): none outside, total 2 of 3, clipped to itself.
   // Edge 2 (x >= 0): two outside, total 4 of 3: clipped to (2, 0), (0, 2), (0, 0).
   EXPECT_TRUE(IsCycle(Common(a, b), {{2, 0, 0}, {0, 2, 0}, {0, 0, 0}}));
   // One vertex outside each of two edges, and none outside the third: totals 1 of 3 and 2 of 4,
   // then 2 of whatever is left.
-  const TRIANGLE c = {{{1, -1, 0}, {2, 1, 0}, {-1, 1, 0}}};
+  const TTriangle c = {{{1, -1, 0}, {2, 1, 0}, {-1, 1, 0}}};
   EXPECT_EQ(Common(a, c).size(), 4u);
   // Two outside the first edge, one outside the second, where three vertices are left: 3 of 3.
-  const TRIANGLE d = {{{-1, -1, 0}, {9, -1, 0}, {1, 2, 0}}};
+  const TTriangle d = {{{-1, -1, 0}, {9, -1, 0}, {1, 2, 0}}};
   // Clipped by y >= 0: (17/3, 0), (1, 2), (-1/3, 0); of these one lies outside x + y <= 4.
   EXPECT_FALSE(Meets(a, d));
   EXPECT_TRUE(Common(a, d).empty());
@@ -348,10 +348,10 @@ TEST(TriangleIntersection, TheRunningCountRejectsPairsThatOverlap) {
 }
 
 TEST(TriangleIntersection, TheYesCanStandWhereNothingIsLeft) {
-  const TRIANGLE a = {{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}};
+  const TTriangle a = {{{0, 0, 0}, {4, 0, 0}, {0, 4, 0}}};
   // Outside of the first edge twice (2 of 3, three are left), of the second not at all, of the
   // third with all that is left: 5 of 3. Clipped to nothing, but not rejected.
-  const TRIANGLE b = {{{-3, -1, 0}, {-2, -1, 0}, {-3, 1, 0}}};
+  const TTriangle b = {{{-3, -1, 0}, {-2, -1, 0}, {-3, 1, 0}}};
   EXPECT_TRUE(Meets(a, b));
   EXPECT_TRUE(Common(a, b).empty());
 }
@@ -360,7 +360,7 @@ TEST(TriangleIntersection, NanVerticesEndQuietly) {
   const double nan = std::numeric_limits<double>::quiet_NaN();
   for (int i = 0; i < 3; ++i) {
     for (std::size_t k = 0; k < 3; ++k) {
-      TRIANGLE t = s_Floor;
+      TTriangle t = s_Floor;
       t.v[i][k] = nan;
       TPoint out[6];
       EXPECT_LE(GetIntersectTriangles(s_Floor.v, t.v, out, kEps), 6u);

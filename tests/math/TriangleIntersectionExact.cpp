@@ -12,27 +12,27 @@
 
 namespace {
 
-using exact::POINT3;
-using exact::SIDES;
 using exact::TNumber;
+using exact::TPoint3;
+using exact::TSides;
 using exact::TTriangle;
 
 constexpr double kEps = 1e-9;
 
-struct CONTACT {
+struct TContact {
   bool Meets;
   unsigned long Count;
   vec_t_<double, 3> Points[6];
 };
 
-CONTACT Contact(const TTriangle& a, const TTriangle& b) {
+TContact Contact(const TTriangle& a, const TTriangle& b) {
   vec_t_<double, 3> av[3];
   vec_t_<double, 3> bv[3];
   for (std::size_t i = 0; i < 3; ++i) {
     av[i] = ToDouble(a[i]);
     bv[i] = ToDouble(b[i]);
   }
-  CONTACT contact;
+  TContact contact;
   contact.Meets = IsIntersectTriangles(av, bv, kEps);
   contact.Count = GetIntersectTriangles(av, bv, contact.Points, kEps);
   return contact;
@@ -44,7 +44,7 @@ public:
 
   int Whole(int low, int high) { return std::uniform_int_distribution<int>(low, high)(m_Random); }
 
-  POINT3 Point(int size) { return {Whole(-size, size), Whole(-size, size), Whole(-size, size)}; }
+  TPoint3 Point(int size) { return {Whole(-size, size), Whole(-size, size), Whole(-size, size)}; }
 
   /// A triangle with an area.
   TTriangle Triangle(int size) {
@@ -64,7 +64,7 @@ bool AreParallel(const TTriangle& a, const TTriangle& b) {
   return IsZero(Cross(Normal(a), Normal(b)));
 }
 
-void ExpectSegment(const CONTACT& contact, const POINT3& first, const POINT3& last) {
+void ExpectSegment(const TContact& contact, const TPoint3& first, const TPoint3& last) {
   ASSERT_EQ(contact.Count, 2u);
   const vec_t_<double, 3> p = ToDouble(first);
   const vec_t_<double, 3> q = ToDouble(last);
@@ -82,14 +82,14 @@ TEST(TriangleIntersectionExact, TrianglesInGeneralPositionAgree) {
   for (int i = 0; i < 40000; ++i) {
     const TTriangle a = source.Triangle(4);
     const TTriangle b = source.Triangle(4);
-    if (AreParallel(a, b) || SIDES(a, b).On != 0 || SIDES(b, a).On != 0) {
+    if (AreParallel(a, b) || TSides(a, b).On != 0 || TSides(b, a).On != 0) {
       continue;
     }
-    const std::vector<POINT3> common = exact::CommonSegment(a, b);
+    const std::vector<TPoint3> common = exact::CommonSegment(a, b);
     if (!common.empty() && IsZero(common[1] - common[0])) {
       continue;
     }
-    const CONTACT contact = Contact(a, b);
+    const TContact contact = Contact(a, b);
     ASSERT_EQ(contact.Meets, !common.empty());
     if (common.empty()) {
       ++missing;
@@ -117,9 +117,9 @@ TEST(TriangleIntersectionExact, TouchingIsOneSided) {
     if (IsZero(Normal(a)) || IsZero(Normal(b))) {
       continue;
     }
-    const SIDES sidesA(a, b);
-    const SIDES sidesB(b, a);
-    const std::vector<POINT3> common = exact::CommonSegment(a, b);
+    const TSides sidesA(a, b);
+    const TSides sidesB(b, a);
+    const std::vector<TPoint3> common = exact::CommonSegment(a, b);
     if (!common.empty() && IsZero(common[1] - common[0])) {
       continue;
     }
@@ -130,7 +130,7 @@ TEST(TriangleIntersectionExact, TouchingIsOneSided) {
       EXPECT_TRUE(std::isnan(Contact(a, b).Points[0].x));
       continue;
     }
-    const CONTACT contact = Contact(a, b);
+    const TContact contact = Contact(a, b);
     ASSERT_EQ(contact.Meets, goesOn && !common.empty());
     if (contact.Meets) {
       found += sidesA.On + sidesB.On != 0 ? 1 : 0;
@@ -144,36 +144,36 @@ TEST(TriangleIntersectionExact, TouchingIsOneSided) {
   EXPECT_GT(refused, 300);
 }
 
-struct POINT2 {
+struct TPoint2 {
   TNumber x, y;
   bool IsWhole;
 };
 
-TNumber Side(const POINT2& p, const POINT2& q, const POINT2& w) {
+TNumber Side(const TPoint2& p, const TPoint2& q, const TPoint2& w) {
   return (q.x - p.x) * (w.y - p.y) - (q.y - p.y) * (w.x - p.x);
 }
 
-struct CLIP {
-  std::vector<POINT2> Polygon;
+struct TClip {
+  std::vector<TPoint2> Polygon;
   bool IsRejected = false;
   bool IsExact = true; ///< no new vertex lies on an edge's line, where rounding would decide
 };
 
 /// Clips `b` by the counter-clockwise `a`. With `isRunning` the count of outside vertices goes on
 /// from edge to edge; without, this is the textbook clip, which rejects when nothing is left.
-CLIP Clip(const std::vector<POINT2>& a, const std::vector<POINT2>& b, bool isRunning) {
-  CLIP clip;
+TClip Clip(const std::vector<TPoint2>& a, const std::vector<TPoint2>& b, bool isRunning) {
+  TClip clip;
   clip.Polygon = b;
   std::size_t outside = 0;
   for (std::size_t t = 0; t < 3; ++t) {
-    const POINT2& p = a[t];
-    const POINT2& q = a[(t + 1) % 3];
+    const TPoint2& p = a[t];
+    const TPoint2& q = a[(t + 1) % 3];
     if (clip.Polygon.empty()) {
       continue;
     }
     std::vector<TNumber> s;
     outside = isRunning ? outside : 0;
-    for (const POINT2& w : clip.Polygon) {
+    for (const TPoint2& w : clip.Polygon) {
       s.push_back(Side(p, q, w));
       outside += s.back() < 0 ? 1 : 0;
       clip.IsExact = clip.IsExact && (w.IsWhole || s.back() != 0);
@@ -182,11 +182,11 @@ CLIP Clip(const std::vector<POINT2>& a, const std::vector<POINT2>& b, bool isRun
       clip.IsRejected = true;
       return clip;
     }
-    std::vector<POINT2> next;
+    std::vector<TPoint2> next;
     for (std::size_t i = 0; i < s.size(); ++i) {
       const std::size_t prev = (i + s.size() - 1) % s.size();
-      const POINT2& from = clip.Polygon[prev];
-      const POINT2& to = clip.Polygon[i];
+      const TPoint2& from = clip.Polygon[prev];
+      const TPoint2& to = clip.Polygon[i];
       if (s[i] * s[prev] < 0) {
         const TNumber f = s[prev] / (s[prev] - s[i]);
         next.push_back({from.x + (to.x - from.x) * f, from.y + (to.y - from.y) * f, false});
@@ -200,8 +200,8 @@ CLIP Clip(const std::vector<POINT2>& a, const std::vector<POINT2>& b, bool isRun
   return clip;
 }
 
-bool Touches(const std::vector<POINT2>& a, const std::vector<POINT2>& b) {
-  const auto inside = [](const POINT2& w, const std::vector<POINT2>& t) {
+bool Touches(const std::vector<TPoint2>& a, const std::vector<TPoint2>& b) {
+  const auto inside = [](const TPoint2& w, const std::vector<TPoint2>& t) {
     return Side(t[0], t[1], w) >= 0 && Side(t[1], t[2], w) >= 0 && Side(t[2], t[0], w) >= 0;
   };
   for (std::size_t i = 0; i < 3; ++i) {
@@ -209,10 +209,10 @@ bool Touches(const std::vector<POINT2>& a, const std::vector<POINT2>& b) {
       return true;
     }
     for (std::size_t j = 0; j < 3; ++j) {
-      const POINT2& p = a[i];
-      const POINT2& q = a[(i + 1) % 3];
-      const POINT2& r = b[j];
-      const POINT2& s = b[(j + 1) % 3];
+      const TPoint2& p = a[i];
+      const TPoint2& q = a[(i + 1) % 3];
+      const TPoint2& r = b[j];
+      const TPoint2& s = b[(j + 1) % 3];
       if (Side(p, q, r) * Side(p, q, s) < 0 && Side(r, s, p) * Side(r, s, q) < 0) {
         return true;
       }
@@ -232,10 +232,10 @@ TEST(TriangleIntersectionExact, CoplanarTrianglesFollowTheRunningCount) {
   for (int i = 0; i < 60000; ++i) {
     const int x = source.Whole(-6, 3);
     const int y = source.Whole(-6, 5);
-    std::vector<POINT2> a = {{x, y, true},
-                             {source.Whole(x + 1, 6), y, true},
-                             {source.Whole(-6, 6), source.Whole(y + 1, 6), true}};
-    std::vector<POINT2> b;
+    std::vector<TPoint2> a = {{x, y, true},
+                              {source.Whole(x + 1, 6), y, true},
+                              {source.Whole(-6, 6), source.Whole(y + 1, 6), true}};
+    std::vector<TPoint2> b;
     for (int k = 0; k < 3; ++k) {
       b.push_back({source.Whole(-6, 6), source.Whole(-6, 6), true});
     }
@@ -243,7 +243,7 @@ TEST(TriangleIntersectionExact, CoplanarTrianglesFollowTheRunningCount) {
     if (area == 0) {
       continue;
     }
-    const CLIP expected = Clip(a, b, true);
+    const TClip expected = Clip(a, b, true);
     if (!expected.IsExact) {
       continue;
     }
@@ -253,13 +253,13 @@ TEST(TriangleIntersectionExact, CoplanarTrianglesFollowTheRunningCount) {
       ta[k] = {a[k].x, a[k].y, 2};
       tb[k] = {b[k].x, b[k].y, 2};
     }
-    const CONTACT contact = Contact(ta, tb);
+    const TContact contact = Contact(ta, tb);
     ASSERT_EQ(contact.Meets, !expected.IsRejected);
     const std::size_t left = expected.IsRejected ? 0 : expected.Polygon.size();
     ASSERT_EQ(contact.Count, left);
     ++bySize[left];
     for (std::size_t k = 0; k < left; ++k) {
-      const POINT2& p = expected.Polygon[k];
+      const TPoint2& p = expected.Polygon[k];
       EXPECT_NEAR(contact.Points[k].x, exact::ToDouble(p.x), 1e-12);
       EXPECT_NEAR(contact.Points[k].y, exact::ToDouble(p.y), 1e-12);
       EXPECT_EQ(contact.Points[k].z, 2);

@@ -5,7 +5,7 @@
 
 namespace {
 
-struct WATCH {
+struct TWatch {
   bool Running;
   bool Failed;
   unsigned long FailAt;
@@ -17,14 +17,14 @@ struct WATCH {
   std::size_t Largest;
 };
 
-thread_local WATCH s_Watch;
+thread_local TWatch s_Watch;
 
 } // namespace
 
 namespace zx_test {
 
 TMallocWatch::TMallocWatch(unsigned long failAt) {
-  s_Watch = WATCH{};
+  s_Watch = TWatch{};
   s_Watch.FailAt = failAt;
   s_Watch.Running = true;
 }

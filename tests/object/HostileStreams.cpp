@@ -52,12 +52,12 @@ bool WriteAllElements(TObjectWriter& writer) {
          writer.WriteBlockEnd(&block);
 }
 
-struct RESULT {
+struct TResult {
   std::vector<std::string> Texts;
   std::vector<std::string> Values;
   std::wstring Wide;
   unsigned long Read = 0;
-  bool operator==(const RESULT& other) const {
+  bool operator==(const TResult& other) const {
     return std::tie(Texts, Values, Wide, Read) ==
            std::tie(other.Texts, other.Values, other.Wide, other.Read);
   }
@@ -78,7 +78,7 @@ std::string Describe(const TVariant& value) {
 }
 
 // Reads as far as it goes; true when all was there.
-bool ReadAllElements(TStream& stream, RESULT* result) {
+bool ReadAllElements(TStream& stream, TResult* result) {
   TObjectReader reader(&stream, false);
   unsigned long size = 0;
   if (!stream.ReadAll(&size, 8)) {
@@ -122,7 +122,7 @@ Bytes GoodFile() {
 // Returns whether all was there; both ways have to agree.
 bool ReadBoth(const Bytes& bytes, unsigned long chunk) {
   bool done[2] = {};
-  RESULT results[2];
+  TResult results[2];
   for (int way = 0; way < 2; ++way) {
     Bytes place = bytes;
     TPlainStream plain(bytes);
@@ -157,7 +157,7 @@ TEST(HostileStreams, TheGoodFileIsRead) {
   EXPECT_TRUE(ReadBoth(good, ~0UL));
   EXPECT_TRUE(ReadBoth(good, 1));
   TPlainStream stream(good);
-  RESULT result;
+  TResult result;
   ASSERT_TRUE(ReadAllElements(stream, &result));
   EXPECT_EQ(result.Read, good.size() - 8);
   EXPECT_EQ(result.Texts,

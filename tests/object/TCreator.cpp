@@ -162,17 +162,17 @@ TEST(ClassFactory, NumbersFromOneAndNeverReuses) {
 
 TEST(ClassFactory, KeepsIdsInItsRecord) {
   // The record as it lies in memory: next id, creator to id, id to creator.
-  struct RECORD {
+  struct TRecord {
     unsigned long NextId;
     std::map<TCreator*, unsigned long> ByCreator;
     std::map<unsigned long, TCreator*> ById;
   };
-  static_assert(sizeof(RECORD) == sizeof(TZxClassFactory));
+  static_assert(sizeof(TRecord) == sizeof(TZxClassFactory));
   TNamedCreator one("one");
   TNamedCreator two("two");
   TZxClassFactory factory;
   const void* const volatile place = &factory;
-  const auto& record = *static_cast<const RECORD*>(place);
+  const auto& record = *static_cast<const TRecord*>(place);
   EXPECT_EQ(record.NextId, 1u);
   factory.AddCreator(&one);
   factory.AddCreator(&two);

@@ -21,7 +21,7 @@ template <class T> TVariant Make(T value) {
 }
 
 // One row of the table: what a value gives as each of the eleven types.
-struct ROW {
+struct TRow {
   TVariant Source;
   bool Bool;
   int Schar, Uchar, Short, Ushort, Int;
@@ -32,7 +32,7 @@ struct ROW {
   double Double;
 };
 
-void Check(const ROW& row, int line) {
+void Check(const TRow& row, int line) {
   SCOPED_TRACE(line);
   const TVariant& v = row.Source;
   EXPECT_EQ(v.Get<bool>(), row.Bool);

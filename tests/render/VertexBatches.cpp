@@ -6,7 +6,10 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <numeric>
 #include <random>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -78,6 +81,95 @@ TEST_F(VertexBatches, EveryCountOfEveryMode) {
       Compare([&](TRenderCPU* gl) {
         Bind(gl, positions, colors);
         gl->DrawArrays(mode, 5, count);
+      });
+    }
+  }
+}
+
+// Elements in any order, some of them again and again, by indices of each size.
+TEST_F(VertexBatches, EveryCountOfEveryModeByElements) {
+  const std::vector<float> positions = Shapes(200, 1.1, 0.3);
+  const std::vector<unsigned char> colors = Colors(200);
+  std::vector<std::uint8_t> bytes;
+  std::vector<std::uint16_t> shorts;
+  std::vector<std::uint32_t> words;
+  for (int i = 0; i < 260; ++i) {
+    words.push_back(i % 5 == 4 ? words[static_cast<std::size_t>(i) - 1] : m_Random() % 200);
+    bytes.push_back(static_cast<std::uint8_t>(words.back()));
+    shorts.push_back(static_cast<std::uint16_t>(words.back()));
+  }
+  int turn = 0;
+  for (const unsigned int mode : kModes) {
+    for (const int count : {1, 3, 4, 5, 6, 7, 8, 15, 16, 21, 33, 34, 35, 95, 97, 100, 193, 250}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", " << count << " vertices");
+      ++turn;
+      Compare([&](TRenderCPU* gl) {
+        gl->EnableCullFace(turn % 3 == 0);
+        gl->CullFace(turn % 2 == 0 ? GL_FRONT : GL_BACK);
+        gl->EnableLighting(turn % 5 == 0);
+        gl->EnableLight(0, true);
+        Bind(gl, positions, colors);
+        const void* const lists[] = {bytes.data() + 1, shorts.data() + 1, words.data() + 1};
+        const unsigned int types[] = {GL_UNSIGNED_BYTE, GL_UNSIGNED_SHORT, GL_UNSIGNED_INT};
+        gl->DrawElements(mode, count, types[turn % 3], lists[turn % 3]);
+      });
+    }
+  }
+}
+
+// Strips, fans and loops with everything that a record can hold, and culled faces on both sides.
+TEST_F(VertexBatches, ConnectedShapesInEveryState) {
+  const std::vector<float> positions = Shapes(240, 0.9, 0.5);
+  const std::vector<float> coordinates = Shapes(160, 1.0, 0.5);
+  const std::vector<unsigned char> colors = Colors(240);
+  for (const unsigned int mode : kModes) {
+    for (int state = 0; state < 64; ++state) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", state " << state);
+      Compare([&](TRenderCPU* gl) {
+        if ((state & 1) != 0) {
+          gl->MatrixMode(GL_PROJECTION);
+          gl->Frustum(-1, 1, -1, 1, 0.5, 4);
+          gl->Translated(0, 0, -1.2);
+        }
+        gl->_EnableTexture2D(0, (state & 2) != 0);
+        gl->EnableLighting((state & 4) != 0);
+        gl->EnableLight(0, true);
+        gl->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, (state & 8) != 0);
+        gl->EnableCullFace((state & 16) != 0);
+        gl->CullFace((state & 8) != 0 ? GL_FRONT : GL_BACK);
+        gl->EnableDepthTest((state & 32) != 0);
+        gl->TexCoordPointer(2, GL_FLOAT, 0, coordinates.data());
+        gl->_EnableClientState(GL_TEXTURE_COORD_ARRAY, true);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 1, 150 + state);
+      });
+    }
+  }
+}
+
+// A corner in the eye has w = 0 and an infinite 1/w: the slot that no shader fills becomes no
+// number there, in the records of that shape and of those after it.
+TEST_F(VertexBatches, TheSpareSlotThatIsNoNumberAnyMore) {
+  const std::vector<unsigned char> colors = Colors(200);
+  std::vector<std::uint8_t> indices;
+  for (int i = 0; i < 200; ++i) {
+    indices.push_back(static_cast<std::uint8_t>(i));
+  }
+  for (const unsigned int mode : kModes) {
+    for (const std::size_t at : {0u, 1u, 2u, 3u, 7u, 40u, 97u, 150u, 198u}) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", vertex " << at);
+      std::vector<float> positions = Shapes(200, 0.5, 0.2);
+      for (std::size_t i = 2; i < positions.size(); i += 3) {
+        positions[i] -= 2.0f;
+      }
+      std::fill_n(positions.begin() + static_cast<std::ptrdiff_t>(3 * at), 3, 0.0f);
+      Compare([&](TRenderCPU* gl) {
+        gl->MatrixMode(GL_PROJECTION);
+        const double projection[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0.2, -1, 0, 0, 0, 0};
+        gl->LoadMatrixd(projection);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(mode, 0, 200);
+        gl->DrawElements(mode, 200, GL_UNSIGNED_BYTE, indices.data());
       });
     }
   }
@@ -253,6 +345,50 @@ TEST_F(VertexBatches, PointsOnOnePixelGoInOrder) {
   }
 }
 
+// A caller's sampling function that gives each fragment it is called for another texel.
+struct TCounting : TRenderCPU::TTexSampler {
+  void Count(const vec_t_<double, 4>&, vec_t_<double, 4>* out) {
+    m_BorderColor.x = m_BorderColor.x < 0.9 ? m_BorderColor.x + 0.01 : 0.0;
+    *out = m_BorderColor;
+  }
+};
+
+TEST_F(VertexBatches, TexturedPoints) {
+  const std::vector<float> positions = Shapes(150, 0.9, 0.4);
+  const std::vector<float> coordinates = Shapes(100, 1.0, 0.9);
+  const std::vector<unsigned char> colors = Colors(150);
+  const std::vector<unsigned char> texels = Colors(20);
+  constexpr unsigned int kDecal = 0x2101; // leaves the colour of the fragment before
+  for (const unsigned int env : {unsigned{GL_MODULATE}, unsigned{GL_REPLACE}, kDecal}) {
+    for (int state = 0; state < 32; ++state) {
+      SCOPED_TRACE(testing::Message() << "environment " << env << ", state " << state);
+      Compare([&](TRenderCPU* gl) {
+        unsigned int id = 0;
+        gl->GenTextures(1, &id);
+        gl->BindTexture(GL_TEXTURE_2D, id);
+        gl->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 5, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                       texels.data());
+        gl->TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+                          (state & 1) != 0 ? GL_LINEAR : GL_NEAREST);
+        EXPECT_EQ(gl->GetError(), 0u);
+        gl->_EnableTexture2D(0, true);
+        gl->m_TexUnits[0].TexEnvMode = env;
+        if ((state & 16) != 0) { // a function that is not the state's own
+          gl->m_TexUnits[0].Sampler.m_GetValue =
+              static_cast<TRenderCPU::TTexSampler::TGetValueFunc>(&TCounting::Count);
+        }
+        gl->EnableLighting((state & 2) != 0);
+        gl->EnableLight(0, true);
+        gl->EnableDepthTest((state & 4) != 0);
+        gl->TexCoordPointer(2, GL_FLOAT, 0, coordinates.data());
+        gl->_EnableClientState(GL_TEXTURE_COORD_ARRAY, (state & 8) != 0);
+        Bind(gl, positions, colors);
+        gl->DrawArrays(GL_POINTS, 0, 150);
+      });
+    }
+  }
+}
+
 TEST_F(VertexBatches, PointsOnTheBorder) {
   std::vector<float> positions;
   for (int i = 0; i < 3 * 120; ++i) {
@@ -304,6 +440,89 @@ TEST(LineWalks, StepsAsideAreThoseOfTheErrorWalk) {
         }
       }
     }
+  }
+}
+
+// The number below `modulus` whose product with `value` leaves 1; the two have no common divisor.
+long long InverseModulo(long long value, long long modulus) {
+  long long a = value;
+  long long b = modulus;
+  long long x = 1;
+  long long y = 0;
+  while (b != 0) {
+    const long long q = a / b;
+    a = std::exchange(b, a - q * b);
+    x = std::exchange(y, x - q * y);
+  }
+  return ((x % modulus) + modulus) % modulus;
+}
+
+// The longest walks, at the pixels whose quotient is an integer or comes nearest to one.
+TEST(LineWalks, StepsAsideAreExactNextToIntegers) {
+  std::mt19937 random(5);
+  int tried = 0;
+  for (long long length = (1 << 22) - 1; length > (1 << 22) - 3000; length -= 2) { // odd
+    const long long aside = length - 1 - static_cast<long long>(random() % 5000);
+    if (std::gcd(aside, length) != 1) {
+      continue;
+    }
+    // Where 2 aside i + length leaves `rest` divided by 2 length: rest is odd, as length is.
+    for (const long long rest : {-3, -1, 1, 3}) {
+      const long long half = (((rest - length) / 2) % length + length) % length;
+      const long long i = half * InverseModulo(aside, length) % length;
+      const TLineWalk walk = {0, {0, 0}, {1, 1}, length, aside, 0, 0};
+      const long long n = 2 * aside * i + length;
+      ASSERT_EQ((n - rest) % (2 * length), 0);
+      ASSERT_EQ(walk.MinorStepsAt(i), n / (2 * length)) << length << ", " << aside << ", " << i;
+      ++tried;
+    }
+  }
+  EXPECT_GT(tried, 1000);
+  // Quotients that are integers: length = 2 a b, aside = a, at odd multiples of b.
+  for (const long long a : {1, 3, 49, 127, 343, 1447, 2047}) {
+    for (const long long b : {1, 5, 49, 511, 1023}) {
+      for (long long m = 1; m <= a; m += 1 + a / 50) {
+        const TLineWalk walk = {0, {0, 0}, {1, 1}, 2 * a * b, a, 0, 0};
+        ASSERT_EQ(walk.MinorStepsAt((2 * m - 1) * b), m) << a << ", " << b;
+        ASSERT_EQ(walk.MinorStepsAt((2 * m - 1) * b - 1), m - 1) << a << ", " << b;
+      }
+    }
+  }
+}
+
+// Steep lines of several runs, with steps aside at every place of a vector.
+TEST(LineWalks, LongScatteredLines) {
+  struct TTall : zx_test::TLevelTest {
+    TTall() : TLevelTest(97, 1500) {}
+    void TestBody() override {}
+    using TLevelTest::Expect;
+  } levels;
+  std::mt19937 random(11);
+  std::vector<float> positions;
+  std::vector<unsigned char> colors;
+  for (int i = 0; i < 120; ++i) {
+    for (int k = 0; k < 3; ++k) {
+      positions.push_back(static_cast<float>(random() % 2001) * 0.0012f - 1.2f);
+    }
+    for (int k = 0; k < 4; ++k) {
+      colors.push_back(static_cast<unsigned char>(random()));
+    }
+  }
+  for (int state = 0; state < 32; ++state) {
+    levels.Expect("state " + std::to_string(state), [&](TRenderCPU& gl) {
+      gl.EnableDepthTest((state & 1) != 0);
+      gl.DepthMask((state & 2) != 0);
+      gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+      gl.EnableBlend((state & 4) != 0);
+      gl._Enable(GL_STENCIL_TEST, (state & 8) != 0);
+      gl.StencilFunc(GL_GREATER, 1, 0xFF);
+      gl.StencilOp(GL_INVERT, GL_DECR, GL_INCR);
+      gl.VertexPointer(3, GL_FLOAT, 0, positions.data());
+      gl.ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors.data());
+      gl._EnableClientState(GL_VERTEX_ARRAY, true);
+      gl._EnableClientState(GL_COLOR_ARRAY, (state & 16) != 0);
+      gl.DrawArrays(GL_LINES, 0, 120);
+    });
   }
 }
 

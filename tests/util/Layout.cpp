@@ -35,16 +35,16 @@ TEST(Layout, ACounterIsItsStart) {
 }
 
 TEST(Layout, AnAddingCountersFields) {
-  struct FIELDS {
+  struct TFields {
     std::int64_t Start;
     std::uint64_t Accumulated;
     std::uint64_t Depth;
   };
-  ASSERT_EQ(sizeof(TPerformCounterEx), sizeof(FIELDS));
+  ASSERT_EQ(sizeof(TPerformCounterEx), sizeof(TFields));
   TPerformCounterEx counter(true);
   const std::int64_t now = TPerformCounter::Now();
   counter.Start();
-  FIELDS fields = ValueAt<FIELDS>(counter, 0);
+  TFields fields = ValueAt<TFields>(counter, 0);
   EXPECT_LE(fields.Start, now);
   EXPECT_GT(fields.Start, now - std::int64_t(60) * 1000000000);
   EXPECT_EQ(fields.Accumulated, 0u);
@@ -53,7 +53,7 @@ TEST(Layout, AnAddingCountersFields) {
   while (TPerformCounter::Now() == now) {
   }
   counter.Stop();
-  fields = ValueAt<FIELDS>(counter, 0);
+  fields = ValueAt<TFields>(counter, 0);
   EXPECT_EQ(fields.Depth, 0u);
   EXPECT_GT(fields.Accumulated, 0u);
   EXPECT_EQ(fields.Accumulated, counter.Elapsed());
@@ -84,12 +84,12 @@ TEST(Layout, AReportersFields) {
 }
 
 TEST(Layout, AnEventsFields) {
-  struct FIELDS {
+  struct TFields {
     bool Signalled;
     std::mutex Mutex;
     std::condition_variable Condition;
   };
-  EXPECT_EQ(sizeof(TEvent), sizeof(FIELDS));
+  EXPECT_EQ(sizeof(TEvent), sizeof(TFields));
   EXPECT_EQ(ValueAt<unsigned char>(TEvent(true), 0), 1);
   EXPECT_EQ(ValueAt<unsigned char>(TEvent(false), 0), 0);
 }

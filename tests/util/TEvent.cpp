@@ -102,12 +102,12 @@ TEST(TEvent, OneSetLetsOneWaiterThrough) {
 }
 
 // The record's fields, to wake a waiter without a signal.
-struct FIELDS {
+struct TFields {
   bool Signalled;
   std::mutex Mutex;
   std::condition_variable Condition;
 };
-static_assert(sizeof(FIELDS) == sizeof(TEvent));
+static_assert(sizeof(TFields) == sizeof(TEvent));
 
 // Twenty wake-ups without a signal, 25 ms apart, keep a wait of 400 ms alive until 400 ms behind
 // the last.
@@ -122,7 +122,7 @@ TEST(TEvent, AWakeUpWithoutASignalRestartsTheFullTime) {
   });
   for (int i = 0; i < 20; ++i) {
     std::this_thread::sleep_for(25ms);
-    reinterpret_cast<FIELDS*>(&event)->Condition.notify_one();
+    reinterpret_cast<TFields*>(&event)->Condition.notify_one();
   }
   waiter.join();
   EXPECT_FALSE(result);

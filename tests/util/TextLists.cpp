@@ -165,7 +165,7 @@ TEST(FloatLists, CutAtTheSeparator) {
   EXPECT_TRUE(d[0] == 1.0 && d[1] == 5.0 && d[2] == 25.0);
 }
 
-struct COUNTED {
+struct TCounted {
   const char* Text;
   unsigned long Length;
   unsigned long Count;
@@ -174,7 +174,7 @@ struct COUNTED {
 };
 
 TEST(CountedLists, FollowTheRange) {
-  const COUNTED cases[] = {
+  const TCounted cases[] = {
       {"1,2,3", kMeasure, 3, true, {1, 2, 3}},
       {"1,2,", kMeasure, 2, true, {1, 2}},
       {"1,2,", kMeasure, 3, false, {1, 2}},
@@ -200,7 +200,7 @@ TEST(CountedLists, FollowTheRange) {
       {"7", kMeasure, 1, true, {7}},
       {"7,", kMeasure, 1, true, {7}},
   };
-  for (const COUNTED& c : cases) {
+  for (const TCounted& c : cases) {
     const std::string before = c.Text;
     TText text(c.Text);
     std::vector<int> out(c.Count + 1, 77);

@@ -263,7 +263,7 @@ TEST(LengthForms, MeasureOnTheirSpecialLengths) {
   EXPECT_FALSE(StringToUint64("", kMeasure, &ul));
 }
 
-struct PREFIX {
+struct TPrefix {
   const char* Text;
   unsigned long Length;
   bool Ok;
@@ -272,7 +272,7 @@ struct PREFIX {
 };
 
 TEST(PrefixForm, ReadsUpToTheFirstOtherCharacter) {
-  const PREFIX cases[] = {
+  const TPrefix cases[] = {
       {"12ab", kMeasure, true, 12, 2},   {"ab", kMeasure, false, 77, 0},
       {"-12ab", kMeasure, true, -12, 3}, {"+7", kMeasure, true, 7, 2},
       {"-", kMeasure, false, 77, 1},     {"+x", kMeasure, false, 77, 1},
@@ -281,7 +281,7 @@ TEST(PrefixForm, ReadsUpToTheFirstOtherCharacter) {
       {"--5", kMeasure, false, 77, 1},   {"4294967298;", kMeasure, true, 2, 10},
       {"12\0003", 4, true, 12, 2},       {" 1", kMeasure, false, 77, 0},
   };
-  for (const PREFIX& c : cases) {
+  for (const TPrefix& c : cases) {
     int out = 77;
     const char* end = nullptr;
     EXPECT_EQ(StringToInt(c.Text, c.Length, &out, &end), c.Ok) << c.Text;

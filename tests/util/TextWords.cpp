@@ -37,7 +37,7 @@ TEST(StringCharReplace, ReplacesEachOne) {
   EXPECT_EQ(std::memcmp(cut, "a\0b\0c", 6), 0);
 }
 
-struct WORD {
+struct TWord {
   const char* Text;
   char Separator;
   const char* Word;
@@ -45,11 +45,11 @@ struct WORD {
 };
 
 TEST(StringGetWord, CopiesUpToTheSeparator) {
-  const WORD cases[] = {
+  const TWord cases[] = {
       {"a,b", ',', "a", 2},      {"a", ',', "a", 1},  {"", ',', "", 0},      {",b", ',', "", 1},
       {" a b,", ',', " a b", 5}, {"a,", ',', "a", 2}, {"ab", '\0', "ab", 2},
   };
-  for (const WORD& c : cases) {
+  for (const TWord& c : cases) {
     char out[16] = "###############";
     const char* next = nullptr;
     EXPECT_EQ(StringGetWord(c.Text, out, c.Separator, &next), std::strlen(c.Word)) << c.Text;
@@ -60,7 +60,7 @@ TEST(StringGetWord, CopiesUpToTheSeparator) {
 }
 
 // The Ex family: word, its length, the next place, and where StringFindWordEx sees it.
-struct BLANKWORD {
+struct TBlankWord {
   const char* Text;
   const char* Word;
   long Next;
@@ -68,12 +68,12 @@ struct BLANKWORD {
 };
 
 TEST(WordsBetweenBlanks, SkipSpacesAndTabs) {
-  const BLANKWORD cases[] = {
+  const TBlankWord cases[] = {
       {"one two", "one", 4, 0}, {"  \t one\ttwo", "one", 8, 4},
       {"one", "one", 3, 0},     {"a  b", "a", 2, 0},
       {" x ", "x", 3, 1},       {"a\nb c", "a\nb", 4, 0},
   };
-  for (const BLANKWORD& c : cases) {
+  for (const TBlankWord& c : cases) {
     const unsigned long length = std::strlen(c.Word);
     char out[16] = "###############";
     const char* next = nullptr;

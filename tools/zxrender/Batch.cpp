@@ -15,9 +15,9 @@
 
 namespace {
 
-std::size_t _CountPictures(const std::vector<TASK>& tasks) {
+std::size_t _CountPictures(const std::vector<TTask>& tasks) {
   std::size_t count = 0;
-  for (const TASK& task : tasks) {
+  for (const TTask& task : tasks) {
     count += static_cast<std::size_t>(task.EndFrame - task.FirstFrame);
   }
   return count;
@@ -39,7 +39,7 @@ std::string _SizeText(std::uint64_t bytes) {
 
 } // namespace
 
-TBatch::TBatch(const CALL& call, const std::vector<TASK>& tasks, int jobs)
+TBatch::TBatch(const TCall& call, const std::vector<TTask>& tasks, int jobs)
     : m_Call(call), m_Options(call.Options), m_Tasks(tasks),
       m_Jobs(static_cast<std::size_t>(std::max(jobs, 1))), m_Texts(_CountPictures(tasks)),
       m_Progress(static_cast<int>(m_Texts.size())) {}
@@ -50,7 +50,7 @@ void TBatch::_Complain(const std::string& text) {
 }
 
 // Prints in the order of the pictures, whichever is finished first.
-void TBatch::_Print(const TASK& task, int frame, std::string text) {
+void TBatch::_Print(const TTask& task, int frame, std::string text) {
   const std::size_t index = task.FirstNumber - m_Tasks.front().FirstNumber +
                             static_cast<std::size_t>(frame - task.FirstFrame);
   m_Texts[index] = std::move(text);
@@ -92,12 +92,12 @@ std::string TBatch::_TextOf(const QJsonObject& record) const {
   return text;
 }
 
-void TBatch::_TakePicture(RUNNING* running, const QJsonObject& event) {
+void TBatch::_TakePicture(TRunning* running, const QJsonObject& event) {
   const QJsonObject record = event["record"].toObject();
   const int frame = event["frame"].toInt();
   m_AnyDifferent = m_AnyDifferent || _Text(record, "status") == "different";
   if (m_Options.Stats) {
-    STATS& stats = m_Stats[running->Task->Model];
+    TStats& stats = m_Stats[running->Task->Model];
     const QJsonObject seconds = record["seconds"].toObject();
     if (stats.Pictures++ == 0) {
       stats.First = record;
@@ -112,7 +112,7 @@ void TBatch::_TakePicture(RUNNING* running, const QJsonObject& event) {
 }
 
 // Reports a failure and gives up the remaining pictures of a task.
-void TBatch::_Fail(RUNNING* running, const std::string& status, const std::string& blamed,
+void TBatch::_Fail(TRunning* running, const std::string& status, const std::string& blamed,
                    const std::string& reason) {
   m_AnyFailed = true;
   running->Failed = true;
@@ -140,7 +140,7 @@ void TBatch::_Fail(RUNNING* running, const std::string& status, const std::strin
   }
 }
 
-void TBatch::_TakeLine(RUNNING* running, const std::string& line) {
+void TBatch::_TakeLine(TRunning* running, const std::string& line) {
   const QJsonObject event =
       QJsonDocument::fromJson(QByteArray(line.data(), static_cast<int>(line.size()))).object();
   const std::string name = _Text(event, "event");
@@ -163,7 +163,7 @@ void TBatch::_TakeLine(RUNNING* running, const std::string& line) {
 }
 
 // False at the end of the child's report.
-bool TBatch::_Read(RUNNING* running) {
+bool TBatch::_Read(TRunning* running) {
   char part[1 << 16];
   for (;;) {
     const ssize_t count = read(running->Child.Pipe, part, sizeof part);
@@ -186,13 +186,13 @@ bool TBatch::_Read(RUNNING* running) {
   }
 }
 
-void TBatch::_End(RUNNING* running) {
+void TBatch::_End(TRunning* running) {
   const std::string how = EndOfChild(running->Child);
   close(running->Child.Pipe);
   if (running->Next < running->Task->EndFrame && !running->Failed) {
     // It may have been writing a picture.
-    const PICTURE_NAMES names = NamesOf(m_Call, *running->Task, running->Next);
-    const auto remove = [](const std::string& name, IMAGE_KIND kind) {
+    const TPictureNames names = NamesOf(m_Call, *running->Task, running->Next);
+    const auto remove = [](const std::string& name, TImageKind kind) {
       if (!name.empty() && name != "-") {
         unlink(PartName(name, kind).c_str());
       }
@@ -213,7 +213,7 @@ void TBatch::_End(RUNNING* running) {
 
 void TBatch::_Start() {
   while (m_Running.size() < m_Jobs && m_NextTask < m_Tasks.size()) {
-    RUNNING running;
+    TRunning running;
     running.Task = &m_Tasks[m_NextTask++];
     running.Next = running.Task->FirstFrame;
     const int frames = running.Task->EndFrame - running.Task->FirstFrame;
@@ -237,7 +237,7 @@ void TBatch::_Start() {
 // Milliseconds until the next deadline; -1 for none.
 int TBatch::_WaitTime() const {
   TClock::time_point next = TClock::time_point::max();
-  for (const RUNNING& running : m_Running) {
+  for (const TRunning& running : m_Running) {
     next = std::min(next, running.TimedOut ? next : running.Deadline);
   }
   if (next == TClock::time_point::max()) {
@@ -249,13 +249,13 @@ int TBatch::_WaitTime() const {
 
 void TBatch::_Poll() {
   std::vector<pollfd> files;
-  for (const RUNNING& running : m_Running) {
+  for (const TRunning& running : m_Running) {
     files.push_back({running.Child.Pipe, POLLIN, 0});
   }
   poll(files.data(), files.size(), _WaitTime());
   const TClock::time_point now = TClock::now();
   for (std::size_t i = files.size(); i-- > 0;) {
-    RUNNING& running = m_Running[i];
+    TRunning& running = m_Running[i];
     if (files[i].revents != 0 && !_Read(&running)) {
       _End(&running);
       m_Running.erase(m_Running.begin() + static_cast<std::ptrdiff_t>(i));

@@ -17,7 +17,7 @@
 /// Runs all tasks of a call, several at a time and each in a process of its own, and reports.
 class TBatch {
 public:
-  TBatch(const CALL& call, const std::vector<TASK>& tasks, int jobs);
+  TBatch(const TCall& call, const std::vector<TTask>& tasks, int jobs);
   TBatch(const TBatch&) = delete;
   TBatch& operator=(const TBatch&) = delete;
 
@@ -27,9 +27,9 @@ public:
 private:
   using TClock = std::chrono::steady_clock;
 
-  struct RUNNING {
-    const TASK* Task = nullptr;
-    CHILD Child;
+  struct TRunning {
+    const TTask* Task = nullptr;
+    TChild Child;
     std::string Text; ///< an incomplete line of the child's report
     int Next = 0;     ///< the frame being drawn
     bool Failed = false;
@@ -38,7 +38,7 @@ private:
   };
 
   /// What --stats prints of a model.
-  struct STATS {
+  struct TStats {
     QJsonObject First; ///< the record of its first picture
     qint64 Covered = 0;
     int Pictures = 0;
@@ -50,28 +50,28 @@ private:
   void _Start();
   int _WaitTime() const;
   void _Poll();
-  bool _Read(RUNNING* running);
-  void _TakeLine(RUNNING* running, const std::string& line);
-  void _TakePicture(RUNNING* running, const QJsonObject& event);
-  void _Fail(RUNNING* running, const std::string& status, const std::string& blamed,
+  bool _Read(TRunning* running);
+  void _TakeLine(TRunning* running, const std::string& line);
+  void _TakePicture(TRunning* running, const QJsonObject& event);
+  void _Fail(TRunning* running, const std::string& status, const std::string& blamed,
              const std::string& reason);
-  void _End(RUNNING* running);
-  void _Print(const TASK& task, int frame, std::string text);
+  void _End(TRunning* running);
+  void _Print(const TTask& task, int frame, std::string text);
   void _Complain(const std::string& text);
   std::string _TextOf(const QJsonObject& record) const;
   void _PrintStats() const;
 
-  const CALL& m_Call;
-  const OPTIONS& m_Options;
-  const std::vector<TASK>& m_Tasks;
+  const TCall& m_Call;
+  const TOptions& m_Options;
+  const std::vector<TTask>& m_Tasks;
   std::size_t m_Jobs;
   std::size_t m_NextTask = 0;
-  std::deque<RUNNING> m_Running;
+  std::deque<TRunning> m_Running;
   // Output for each picture, held back until that of all pictures before it has been printed.
   std::vector<std::optional<std::string>> m_Texts;
   std::size_t m_Printed = 0;
   std::size_t m_Done = 0;
-  std::map<std::size_t, STATS> m_Stats;
+  std::map<std::size_t, TStats> m_Stats;
   std::map<std::size_t, std::string> m_Complaints; ///< the last one of each model
   TProgress m_Progress;
   bool m_AnyFailed = false;

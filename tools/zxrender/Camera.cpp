@@ -12,7 +12,7 @@ namespace {
 // A little air round the model.
 constexpr double kMargin = 1.06;
 
-struct AXES {
+struct TAxes {
   TPoint Right;
   TPoint Up;
   TPoint Back; ///< from the model to the eye
@@ -22,12 +22,12 @@ double _Dot(const TPoint& a, const TPoint& b) { return a[0] * b[0] + a[1] * b[1]
 
 TPoint _ToZUp(const TPoint& point) { return {point[0], -point[2], point[1]}; }
 
-AXES _LookFrom(double azimuth, double elevation, bool zUp) {
+TAxes _LookFrom(double azimuth, double elevation, bool zUp) {
   const double sinA = SinOfDegrees(azimuth);
   const double cosA = CosOfDegrees(azimuth);
   const double sinE = SinOfDegrees(elevation);
   const double cosE = CosOfDegrees(elevation);
-  AXES axes = {
+  TAxes axes = {
       {cosA, 0, -sinA}, {-sinA * sinE, cosE, -cosA * sinE}, {sinA * cosE, sinE, cosA * cosE}};
   if (zUp) {
     for (TPoint* axis : {&axes.Right, &axes.Up, &axes.Back}) {
@@ -39,7 +39,7 @@ AXES _LookFrom(double azimuth, double elevation, bool zUp) {
 
 // The matrix that brings points into the axes of an eye. `moves` are the coordinates of the origin
 // in these axes.
-void _SetView(const AXES& axes, const double moves[3], double view[16]) {
+void _SetView(const TAxes& axes, const double moves[3], double view[16]) {
   const TPoint* const rows[] = {&axes.Right, &axes.Up, &axes.Back};
   for (std::size_t r = 0; r < 3; ++r) {
     for (std::size_t c = 0; c < 3; ++c) {
@@ -52,12 +52,12 @@ void _SetView(const AXES& axes, const double moves[3], double view[16]) {
 }
 
 // The points that pieces use, from the middle of their bounds on.
-std::vector<TPoint> _Points(const MODEL& model, TPoint* center) {
+std::vector<TPoint> _Points(const TModel& model, TPoint* center) {
   std::vector<TPoint> points;
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   TPoint low = {kInfinity, kInfinity, kInfinity};
   TPoint high = {-kInfinity, -kInfinity, -kInfinity};
-  for (const MESH& mesh : model.Meshes) {
+  for (const TMesh& mesh : model.Meshes) {
     std::vector<bool> used(mesh.Vertices.size());
     for (const std::uint32_t index : mesh.Indices) {
       used[index] = true;
@@ -88,7 +88,7 @@ std::vector<TPoint> _Points(const MODEL& model, TPoint* center) {
 // How far along each axis of the eye the picture reaches. A point (x, y, z) in these axes is seen
 // from a distance d, the eye being moved by c to the side, if |x - c| <= (d - z) * t, with t the
 // tangent of half the angle: so d * t + c >= x + z * t and d * t - c >= -x + z * t.
-struct REACH {
+struct TReach {
   double Right = 0;
   double Left = 0;
   double Top = 0;
@@ -97,10 +97,10 @@ struct REACH {
   double Far = 0;
 };
 
-REACH _Reach(const std::vector<TPoint>& points, const AXES& axes, double halfWidth,
-             double halfHeight) {
+TReach _Reach(const std::vector<TPoint>& points, const TAxes& axes, double halfWidth,
+              double halfHeight) {
   constexpr double kLeast = -std::numeric_limits<double>::infinity();
-  REACH reach = {kLeast, kLeast, kLeast, kLeast, kLeast, kLeast};
+  TReach reach = {kLeast, kLeast, kLeast, kLeast, kLeast, kLeast};
   for (const TPoint& point : points) {
     const double x = _Dot(point, axes.Right);
     const double y = _Dot(point, axes.Up);
@@ -117,7 +117,7 @@ REACH _Reach(const std::vector<TPoint>& points, const AXES& axes, double halfWid
 
 } // namespace
 
-std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames) {
+std::vector<TCamera> FrameModel(const TModel& model, const TView& view, int frames) {
   TPoint center;
   const std::vector<TPoint> points = _Points(model, &center);
   if (points.empty() || frames < 1) {
@@ -127,16 +127,16 @@ std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames)
   const double aspect = static_cast<double>(view.Width) / view.Height;
   const double halfWidth = aspect > 1 ? half * aspect : half;
   const double halfHeight = aspect > 1 ? half : half / aspect;
-  std::vector<AXES> sides;
-  std::vector<REACH> reaches;
-  REACH all = {};
+  std::vector<TAxes> sides;
+  std::vector<TReach> reaches;
+  TReach all = {};
   for (int i = 0; i < frames; ++i) {
     sides.push_back(_LookFrom(view.Azimuth + 360.0 * i / frames, view.Elevation, view.ZUp));
     reaches.push_back(_Reach(points, sides.back(), halfWidth / kMargin, halfHeight / kMargin));
-    const REACH& one = reaches.back();
-    all = i == 0 ? one : REACH{std::max(all.Right, one.Right), std::max(all.Left, one.Left),
-                               std::max(all.Top, one.Top),     std::max(all.Bottom, one.Bottom),
-                               std::max(all.Near, one.Near),   std::max(all.Far, one.Far)};
+    const TReach& one = reaches.back();
+    all = i == 0 ? one : TReach{std::max(all.Right, one.Right), std::max(all.Left, one.Left),
+                                std::max(all.Top, one.Top),     std::max(all.Bottom, one.Bottom),
+                                std::max(all.Near, one.Near),   std::max(all.Far, one.Far)};
   }
   // Round a turntable the model stays where it is: no move to the side.
   const double right = frames > 1 ? std::max(all.Right, all.Left) : all.Right;
@@ -151,9 +151,9 @@ std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames)
   if (!(distance > 0)) {
     distance = 1;
   }
-  std::vector<CAMERA> cameras;
-  for (const AXES& axes : sides) {
-    CAMERA camera = {};
+  std::vector<TCamera> cameras;
+  for (const TAxes& axes : sides) {
+    TCamera camera = {};
     camera.HalfWidth = halfWidth;
     camera.HalfHeight = halfHeight;
     camera.Near = std::max((distance - all.Near) * 0.9, distance * 1e-4);
@@ -170,21 +170,21 @@ TPoint DirectionOf(double azimuth, double elevation, bool zUp) {
   return _LookFrom(azimuth, elevation, zUp).Back;
 }
 
-bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
+bool TakeFileCamera(const TModel& model, const TView& view, const std::string& name, TCamera* out,
                     std::string* error) {
   const auto found =
       std::find_if(model.Cameras.begin(), model.Cameras.end(),
-                   [&](const FILE_CAMERA& camera) { return name.empty() || camera.Name == name; });
+                   [&](const TFileCamera& camera) { return name.empty() || camera.Name == name; });
   if (found == model.Cameras.end()) {
     *error = model.Cameras.empty() ? "the file holds no camera"
                                    : "the file holds no camera '" + name + "', but";
-    for (const FILE_CAMERA& camera : model.Cameras) {
+    for (const TFileCamera& camera : model.Cameras) {
       error->append(" '").append(camera.Name).append("'");
     }
     return false;
   }
-  const FILE_CAMERA& from = *found;
-  const AXES axes = {from.Right, from.Up, from.Back};
+  const TFileCamera& from = *found;
+  const TAxes axes = {from.Right, from.Up, from.Back};
   const double moves[] = {-_Dot(axes.Right, from.Position), -_Dot(axes.Up, from.Position),
                           -_Dot(axes.Back, from.Position)};
   *out = {};

@@ -43,7 +43,7 @@ bool _IsGltf(const Assimp::Importer& importer) {
 }
 
 // False for a camera that looks nowhere.
-bool _TakeCamera(const aiCamera& from, const aiMatrix4x4& toWorld, bool isGltf, FILE_CAMERA* to) {
+bool _TakeCamera(const aiCamera& from, const aiMatrix4x4& toWorld, bool isGltf, TFileCamera* to) {
   // In glTF a camera stands at its node; Assimp 5.2 gives the node's translation a second time.
   const aiVector3D position = toWorld * (isGltf ? aiVector3D(0, 0, 0) : from.mPosition);
   const aiMatrix3x3 turn(toWorld);
@@ -86,11 +86,11 @@ bool _IsZUp(const aiScene& scene) {
 } // namespace
 
 void TakeFileViews(const Assimp::Importer& importer, const aiScene& scene,
-                   const std::map<std::string, aiMatrix4x4>& matrices, MODEL* out) {
+                   const std::map<std::string, aiMatrix4x4>& matrices, TModel* out) {
   const bool isGltf = _IsGltf(importer);
   for (unsigned int i = 0; i < scene.mNumCameras; ++i) {
     const aiCamera& from = *scene.mCameras[i];
-    FILE_CAMERA camera;
+    TFileCamera camera;
     if (_TakeCamera(from, _ToWorld(scene.mRootNode->FindNode(from.mName), matrices), isGltf,
                     &camera)) {
       out->Cameras.push_back(camera);

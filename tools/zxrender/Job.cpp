@@ -35,7 +35,7 @@ double _Since(TClock::time_point begin) {
 QString _ToQt(const std::string& text) { return QString::fromStdString(text); }
 
 // Why a task ends before its last picture.
-struct FAILURE {
+struct TFailure {
   const char* Status;
   std::string Blamed;
   std::string Reason;
@@ -60,12 +60,12 @@ std::string _Reworded(std::string text) {
 
 class TJob {
 public:
-  TJob(const CALL& call, const TASK& task, int pipe, int standardOutput)
+  TJob(const TCall& call, const TTask& task, int pipe, int standardOutput)
       : m_Call(call), m_Options(call.Options), m_Task(task), m_Pipe(pipe),
         m_StandardOutput(standardOutput), m_File(call.Options.Models[task.Model]) {}
 
   void Run();
-  void Fail(const FAILURE& failure) const;
+  void Fail(const TFailure& failure) const;
   const std::string& File() const { return m_File; }
 
 private:
@@ -74,22 +74,22 @@ private:
   void _SetCameras();
   void _DrawFrame(int frame);
   void _TakePictureFile();
-  void _Finish(const DATASURFACE& picture, const PICTURE_NAMES& names, QJsonObject* record) const;
-  QJsonObject _Check(const DATASURFACE& picture, const PICTURE_NAMES& names) const;
-  void _WriteLayers(const PICTURE_NAMES& names, const zx_scene::CAMERA& camera,
+  void _Finish(const DATASURFACE& picture, const TPictureNames& names, QJsonObject* record) const;
+  QJsonObject _Check(const DATASURFACE& picture, const TPictureNames& names) const;
+  void _WriteLayers(const TPictureNames& names, const zx_scene::TCamera& camera,
                     QJsonObject* record);
-  void _Write(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) const;
+  void _Write(const std::string& name, TImageKind kind, const DATASURFACE& surface) const;
   QJsonObject _Describe(int frame) const;
 
-  const CALL& m_Call;
-  const OPTIONS& m_Options;
-  const TASK& m_Task;
+  const TCall& m_Call;
+  const TOptions& m_Options;
+  const TTask& m_Task;
   int m_Pipe;
   int m_StandardOutput;
   std::string m_File;
-  zx_scene::MODEL m_Model;
+  zx_scene::TModel m_Model;
   zx_scene::TScene m_Scene;
-  std::vector<zx_scene::CAMERA> m_Cameras;
+  std::vector<zx_scene::TCamera> m_Cameras;
   double m_DepthStep = 0;
   double m_LoadTime = 0;
 };
@@ -107,7 +107,7 @@ void TJob::_Send(QJsonObject event, const char* name) const {
   }
 }
 
-void TJob::Fail(const FAILURE& failure) const {
+void TJob::Fail(const TFailure& failure) const {
   _Send({{"status", failure.Status},
          {"blamed", _ToQt(failure.Blamed)},
          {"reason", _ToQt(failure.Reason)}},
@@ -129,25 +129,25 @@ void TJob::_Load() {
     if (error.find("bad_alloc") != std::string::npos) {
       throw std::bad_alloc();
     }
-    throw FAILURE{"refused", m_File, _Reworded(error)};
+    throw TFailure{"refused", m_File, _Reworded(error)};
   }
   _SetCameras();
-  const bool zUp = m_Options.Up == UP_AXIS::Z || (m_Options.Up == UP_AXIS::Auto && m_Model.ZUp);
+  const bool zUp = m_Options.Up == TUpAxis::Z || (m_Options.Up == TUpAxis::Auto && m_Model.ZUp);
   if (!m_Scene.Create(m_Model, m_Options.View.Width, m_Options.View.Height, m_Options.Style, &error,
                       zUp)) {
-    throw FAILURE{"memory", m_File, error};
+    throw TFailure{"memory", m_File, error};
   }
   m_LoadTime = _Since(begin);
 }
 
 void TJob::_SetCameras() {
-  zx_scene::VIEW view = m_Options.View;
-  view.ZUp = m_Options.Up == UP_AXIS::Z || (m_Options.Up == UP_AXIS::Auto && m_Model.ZUp);
+  zx_scene::TView view = m_Options.View;
+  view.ZUp = m_Options.Up == TUpAxis::Z || (m_Options.Up == TUpAxis::Auto && m_Model.ZUp);
   if (m_Options.FromFileCamera) {
     std::string error;
     m_Cameras.resize(1);
     if (!zx_scene::TakeFileCamera(m_Model, view, m_Options.FileCamera, &m_Cameras[0], &error)) {
-      throw FAILURE{"refused", m_File, error};
+      throw TFailure{"refused", m_File, error};
     }
   } else {
     m_Cameras = zx_scene::FrameModel(m_Model, view, std::max(m_Options.Frames, 1));
@@ -168,14 +168,14 @@ QJsonObject TJob::_Describe(int frame) const {
   return record;
 }
 
-QJsonObject TJob::_Check(const DATASURFACE& picture, const PICTURE_NAMES& names) const {
+QJsonObject TJob::_Check(const DATASURFACE& picture, const TPictureNames& names) const {
   TDataSurface before;
   TZxMessage reason;
   if (!LoadImage(names.Check, nullptr, &before, &reason)) {
-    throw FAILURE{"refused", names.Check, reason.what()};
+    throw TFailure{"refused", names.Check, reason.what()};
   }
   std::vector<std::uint8_t> apart;
-  const COMPARISON result = ComparePictures(picture, before, &apart);
+  const TComparison result = ComparePictures(picture, before, &apart);
   QJsonObject object = {{"picture", _ToQt(names.Check)}, {"same", result.Same}};
   if (!result.Reason.empty()) {
     object["reason"] = _ToQt(result.Reason);
@@ -187,19 +187,19 @@ QJsonObject TJob::_Check(const DATASURFACE& picture, const PICTURE_NAMES& names)
     DATASURFACE surface = {};
     ds::Set(&surface, picture.Width, picture.Height, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3,
             apart.data());
-    _Write(names.Difference, IMAGE_KIND::Png, surface);
+    _Write(names.Difference, TImageKind::Png, surface);
   }
   return object;
 }
 
-void TJob::_Write(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface) const {
+void TJob::_Write(const std::string& name, TImageKind kind, const DATASURFACE& surface) const {
   std::string error;
   if (!WriteImage(name, kind, surface, m_StandardOutput, &error)) {
-    throw FAILURE{"unwritten", name == "-" ? "standard output" : name, error};
+    throw TFailure{"unwritten", name == "-" ? "standard output" : name, error};
   }
 }
 
-void TJob::_Finish(const DATASURFACE& picture, const PICTURE_NAMES& names,
+void TJob::_Finish(const DATASURFACE& picture, const TPictureNames& names,
                    QJsonObject* record) const {
   (*record)["width"] = picture.Width;
   (*record)["height"] = picture.Height;
@@ -220,18 +220,18 @@ void TJob::_Finish(const DATASURFACE& picture, const PICTURE_NAMES& names,
   }
 }
 
-void TJob::_WriteLayers(const PICTURE_NAMES& names, const zx_scene::CAMERA& camera,
+void TJob::_WriteLayers(const TPictureNames& names, const zx_scene::TCamera& camera,
                         QJsonObject* record) {
-  zx_scene::LAYERS layers;
+  zx_scene::TLayers layers;
   std::string error;
   if (!m_Scene.DrawLayers(camera, &layers, &error)) {
-    throw FAILURE{"memory", m_File, error};
+    throw TFailure{"memory", m_File, error};
   }
-  const auto write = [&](const std::string& name, const zx_scene::LAYER_IMAGE& image) {
+  const auto write = [&](const std::string& name, const zx_scene::TLayerImage& image) {
     _Write(name, KindOfName(name), image.Surface);
   };
   if (!names.Depth.empty()) {
-    const bool pfm = KindOfName(names.Depth) == IMAGE_KIND::Pfm;
+    const bool pfm = KindOfName(names.Depth) == TImageKind::Pfm;
     write(names.Depth,
           pfm ? zx_scene::DepthAsFloats(layers) : zx_scene::DepthAsSteps(layers, m_DepthStep));
     (*record)["depth"] = _ToQt(names.Depth);
@@ -240,7 +240,7 @@ void TJob::_WriteLayers(const PICTURE_NAMES& names, const zx_scene::CAMERA& came
     }
   }
   if (!names.Normals.empty()) {
-    const bool pfm = KindOfName(names.Normals) == IMAGE_KIND::Pfm;
+    const bool pfm = KindOfName(names.Normals) == TImageKind::Pfm;
     write(names.Normals,
           pfm ? zx_scene::NormalsAsFloats(layers) : zx_scene::NormalsAsColors(layers));
     (*record)["normals"] = _ToQt(names.Normals);
@@ -250,7 +250,7 @@ void TJob::_WriteLayers(const PICTURE_NAMES& names, const zx_scene::CAMERA& came
     (*record)["ids"] = _ToQt(names.Ids);
     QJsonArray meshes;
     for (std::size_t i = 0; i < m_Model.Meshes.size(); ++i) {
-      const zx_scene::MESH& mesh = m_Model.Meshes[i];
+      const zx_scene::TMesh& mesh = m_Model.Meshes[i];
       meshes.append(QJsonObject{
           {"id", static_cast<qint64>(i + 1)},
           {"color", _ToQt(zx_scene::IdColorText(static_cast<std::uint32_t>(i + 1)))},
@@ -262,13 +262,13 @@ void TJob::_WriteLayers(const PICTURE_NAMES& names, const zx_scene::CAMERA& came
 }
 
 void TJob::_DrawFrame(int frame) {
-  const PICTURE_NAMES names = NamesOf(m_Call, m_Task, frame);
-  const zx_scene::CAMERA& camera = m_Cameras[static_cast<std::size_t>(frame)];
+  const TPictureNames names = NamesOf(m_Call, m_Task, frame);
+  const zx_scene::TCamera& camera = m_Cameras[static_cast<std::size_t>(frame)];
   QJsonObject record = _Describe(frame);
   TClock::time_point begin = TClock::now();
   std::string error;
   if (!m_Scene.Draw(camera, &error)) {
-    throw FAILURE{"refused", m_File, error};
+    throw TFailure{"refused", m_File, error};
   }
   m_Scene.ReadPicture();
   const double drawTime = _Since(begin);
@@ -292,20 +292,20 @@ void TJob::_DrawFrame(int frame) {
 // A picture in the place of a model is taken as it is.
 void TJob::_TakePictureFile() {
   if (!m_Options.Digest && m_Options.Check.empty()) {
-    throw FAILURE{"refused", m_File, "is a picture: only --digest and --check take such"};
+    throw TFailure{"refused", m_File, "is a picture: only --digest and --check take such"};
   }
   if (m_Options.Frames > 0) {
-    throw FAILURE{"refused", m_File, "is a picture, of which there is no turntable"};
+    throw TFailure{"refused", m_File, "is a picture, of which there is no turntable"};
   }
   TDataSurface picture;
   TZxMessage reason;
   if (!LoadImage(m_File, nullptr, &picture, &reason)) {
-    throw FAILURE{"refused", m_File, reason.what()};
+    throw TFailure{"refused", m_File, reason.what()};
   }
   if (picture.Type != DATA_TYPE_UINT8 && picture.Type != DATA_TYPE_UINT16) {
-    throw FAILURE{"refused", m_File, "holds floats, of which there is no digest"};
+    throw TFailure{"refused", m_File, "holds floats, of which there is no digest"};
   }
-  PICTURE_NAMES names = NamesOf(m_Call, m_Task, 0);
+  TPictureNames names = NamesOf(m_Call, m_Task, 0);
   names.Output.clear();
   names.Label = m_File;
   QJsonObject record = _Describe(0);
@@ -326,9 +326,9 @@ void TJob::Run() {
 
 } // namespace
 
-PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame) {
-  const OPTIONS& options = call.Options;
-  NAME_VALUES values;
+TPictureNames NamesOf(const TCall& call, const TTask& task, int frame) {
+  const TOptions& options = call.Options;
+  TNameValues values;
   values.Name = StemOf(options.Models[task.Model]);
   values.Number = task.FirstNumber + static_cast<std::size_t>(frame - task.FirstFrame);
   values.Numbers = call.Pictures;
@@ -339,7 +339,7 @@ PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame) {
   const auto fill = [&](const std::string& pattern) {
     return pattern == "-" ? pattern : FillPattern(pattern, values);
   };
-  PICTURE_NAMES names = {fill(options.Output), fill(options.Depth), fill(options.Normals),
+  TPictureNames names = {fill(options.Output), fill(options.Depth), fill(options.Normals),
                          fill(options.Ids),    fill(options.Check), fill(options.Difference),
                          fill("{name}.png")};
   if (!names.Output.empty()) {
@@ -348,12 +348,12 @@ PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame) {
   return names;
 }
 
-void RunTask(const CALL& call, const TASK& task, int pipe, int standardOutput) {
+void RunTask(const TCall& call, const TTask& task, int pipe, int standardOutput) {
   TJob job(call, task, pipe, standardOutput);
   Init_ZxCore3D();
   try {
     job.Run();
-  } catch (const FAILURE& failure) {
+  } catch (const TFailure& failure) {
     job.Fail(failure);
   } catch (const std::bad_alloc&) {
     job.Fail({"memory", job.File(), "needs more memory than there is, or --memory allows"});

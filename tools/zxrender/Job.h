@@ -7,14 +7,14 @@
 #include "Options.h"
 
 /// Everything that one invocation is to do.
-struct CALL {
-  OPTIONS Options;      ///< with the models of the list appended
+struct TCall {
+  TOptions Options;     ///< with the models of the list appended
   std::string Input;    ///< the model on standard input, if there is one
   std::size_t Pictures; ///< in all parts
 };
 
 /// The files of one picture; empty for those not asked for.
-struct PICTURE_NAMES {
+struct TPictureNames {
   std::string Output;
   std::string Depth;
   std::string Normals;
@@ -25,7 +25,7 @@ struct PICTURE_NAMES {
 };
 
 /// The names of a picture of a task.
-PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame);
+TPictureNames NamesOf(const TCall& call, const TTask& task, int frame);
 
 /// Loads the model of a task and draws its pictures. Reports to the file descriptor `pipe` by lines
 /// of JSON, each an object with "event" and
@@ -35,4 +35,4 @@ PICTURE_NAMES NamesOf(const CALL& call, const TASK& task, int frame);
 ///     "failed"    "status" and "reason" as in --json, "blamed": the file that it is about
 ///
 /// Pictures named "-" go to the file descriptor `standardOutput`.
-void RunTask(const CALL& call, const TASK& task, int pipe, int standardOutput);
+void RunTask(const TCall& call, const TTask& task, int pipe, int standardOutput);

@@ -14,9 +14,9 @@ namespace {
 
 // An image of the layers' size whose channels are values of T.
 template <class T>
-LAYER_IMAGE _Make(const LAYERS& layers, DATA_FORMAT format, DATA_TYPE type, int channels,
+TLayerImage _Make(const TLayers& layers, DATA_FORMAT format, DATA_TYPE type, int channels,
                   const std::vector<T>& values) {
-  LAYER_IMAGE image;
+  TLayerImage image;
   image.Pixels.resize(values.size() * sizeof(T));
   if (!values.empty()) {
     std::memcpy(image.Pixels.data(), values.data(), image.Pixels.size());
@@ -41,11 +41,13 @@ std::uint16_t _ToUint16(double value) {
                    : std::uint16_t{0};
 }
 
-bool _IsNothing(const LAYERS& layers, std::size_t pixel) { return std::isinf(layers.Depth[pixel]); }
+bool _IsNothing(const TLayers& layers, std::size_t pixel) {
+  return std::isinf(layers.Depth[pixel]);
+}
 
 } // namespace
 
-double DepthStepFor(const std::vector<CAMERA>& cameras) {
+double DepthStepFor(const std::vector<TCamera>& cameras) {
   // Written down: a product of tens would not be the double that is nearest to the power.
   static constexpr double kSteps[] = {
       1e-30, 1e-29, 1e-28, 1e-27, 1e-26, 1e-25, 1e-24, 1e-23, 1e-22, 1e-21, 1e-20, 1e-19, 1e-18,
@@ -54,7 +56,7 @@ double DepthStepFor(const std::vector<CAMERA>& cameras) {
       1e9,   1e10,  1e11,  1e12,  1e13,  1e14,  1e15,  1e16,  1e17,  1e18,  1e19,  1e20,  1e21,
       1e22,  1e23,  1e24,  1e25,  1e26,  1e27,  1e28,  1e29,  1e30,  1e31,  1e32,  1e33,  1e34};
   double far = 0;
-  for (const CAMERA& camera : cameras) {
+  for (const TCamera& camera : cameras) {
     far = std::max(far, camera.Far);
   }
   for (const double step : kSteps) {
@@ -65,7 +67,7 @@ double DepthStepFor(const std::vector<CAMERA>& cameras) {
   return 1e35; // no float lies farther
 }
 
-LAYER_IMAGE DepthAsSteps(const LAYERS& layers, double step) {
+TLayerImage DepthAsSteps(const TLayers& layers, double step) {
   std::vector<std::uint16_t> values(layers.Depth.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!_IsNothing(layers, i)) {
@@ -75,11 +77,11 @@ LAYER_IMAGE DepthAsSteps(const LAYERS& layers, double step) {
   return _Make(layers, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1, values);
 }
 
-LAYER_IMAGE DepthAsFloats(const LAYERS& layers) {
+TLayerImage DepthAsFloats(const TLayers& layers) {
   return _Make(layers, DATA_FORMAT_LUMINANCE, DATA_TYPE_FLOAT, 1, layers.Depth);
 }
 
-LAYER_IMAGE NormalsAsColors(const LAYERS& layers) {
+TLayerImage NormalsAsColors(const TLayers& layers) {
   std::vector<std::uint16_t> values(layers.Normals.size());
   for (std::size_t i = 0; i < values.size(); ++i) {
     if (!_IsNothing(layers, i / 3)) {
@@ -89,11 +91,11 @@ LAYER_IMAGE NormalsAsColors(const LAYERS& layers) {
   return _Make(layers, DATA_FORMAT_RGB, DATA_TYPE_UINT16, 3, values);
 }
 
-LAYER_IMAGE NormalsAsFloats(const LAYERS& layers) {
+TLayerImage NormalsAsFloats(const TLayers& layers) {
   return _Make(layers, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3, layers.Normals);
 }
 
-LAYER_IMAGE IdsAsColors(const LAYERS& layers) {
+TLayerImage IdsAsColors(const TLayers& layers) {
   std::vector<std::uint8_t> values;
   values.reserve(3 * layers.Ids.size());
   for (const std::uint32_t id : layers.Ids) {

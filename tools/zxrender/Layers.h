@@ -12,28 +12,28 @@
 namespace zx_scene {
 
 /// Pixels with a record over them.
-struct LAYER_IMAGE {
+struct TLayerImage {
   std::vector<std::uint8_t> Pixels;
   DATASURFACE Surface;
 };
 
 /// The least power of ten of which the far ends of all views are at most 65535; 1e-30 at the least.
-double DepthStepFor(const std::vector<CAMERA>& cameras);
+double DepthStepFor(const std::vector<TCamera>& cameras);
 
 /// One channel of 16 bits: multiples of `step`, rounded, 1 to 65535; 0 for nothing.
-LAYER_IMAGE DepthAsSteps(const LAYERS& layers, double step);
+TLayerImage DepthAsSteps(const TLayers& layers, double step);
 
 /// One channel of float; infinity for nothing.
-LAYER_IMAGE DepthAsFloats(const LAYERS& layers);
+TLayerImage DepthAsFloats(const TLayers& layers);
 
 /// Three channels of 16 bits: (component + 1) / 2 of 65535, rounded; 0 for nothing.
-LAYER_IMAGE NormalsAsColors(const LAYERS& layers);
+TLayerImage NormalsAsColors(const TLayers& layers);
 
 /// Three channels of float; 0 for nothing.
-LAYER_IMAGE NormalsAsFloats(const LAYERS& layers);
+TLayerImage NormalsAsFloats(const TLayers& layers);
 
 /// Three channels of 8 bits; black for nothing.
-LAYER_IMAGE IdsAsColors(const LAYERS& layers);
+TLayerImage IdsAsColors(const TLayers& layers);
 
 /// The colour of an id as #rrggbb: bits 0, 1 and 2 of `id` are the highest of red, green and blue,
 /// bits 3, 4 and 5 the next, and so on; different for all ids below 2^24.

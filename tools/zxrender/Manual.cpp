@@ -8,10 +8,10 @@
 
 namespace {
 
-bool _HasLetter(const OPTION_ROW& row) { return row.Code < 256; }
+bool _HasLetter(const TOptionRow& row) { return row.Code < 256; }
 
 // "-o, --output NAME"
-std::string _Usage(const OPTION_ROW& row) {
+std::string _Usage(const TOptionRow& row) {
   std::string text;
   if (_HasLetter(row)) {
     text += {'-', static_cast<char>(row.Code), ',', ' '};
@@ -25,7 +25,7 @@ std::string _Usage(const OPTION_ROW& row) {
   return text;
 }
 
-std::string _BriefLine(const OPTION_ROW& row) {
+std::string _BriefLine(const TOptionRow& row) {
   constexpr std::size_t kColumn = 26;
   std::string line = _HasLetter(row) ? "  " : "      ";
   line += _Usage(row);
@@ -54,9 +54,9 @@ std::string _Wrap(const std::string& text, std::size_t indent) {
   return line.empty() ? out : out + line + "\n";
 }
 
-std::string _GroupText(const OPTION_GROUP& group) {
+std::string _GroupText(const TOptionGroup& group) {
   std::string text = std::string(group.Title) + ":\n\n";
-  for (const OPTION_ROW& row : group.Rows) {
+  for (const TOptionRow& row : group.Rows) {
     text.append(_HasLetter(row) ? "  " : "      ").append(_Usage(row)).append("\n");
     text.append(_Wrap(row.Text, 10));
   }
@@ -106,7 +106,7 @@ std::string _TroffText(const char* text) {
 }
 
 // What completes the argument of an option.
-std::string _CompletionCase(const OPTION_ROW& row) {
+std::string _CompletionCase(const TOptionRow& row) {
   std::string text = "    --";
   text += row.Name;
   if (_HasLetter(row)) {
@@ -129,14 +129,14 @@ std::string HelpText(const std::string& group) {
   std::string text;
   if (group.empty()) {
     text = kHelpHead;
-    for (const OPTION_GROUP& rows : OptionGroups()) {
-      for (const OPTION_ROW& row : rows.Rows) {
+    for (const TOptionGroup& rows : OptionGroups()) {
+      for (const TOptionRow& row : rows.Rows) {
         text += row.Common ? _BriefLine(row) : "";
       }
     }
     return text + kHelpFoot;
   }
-  for (const OPTION_GROUP& rows : OptionGroups()) {
+  for (const TOptionGroup& rows : OptionGroups()) {
     if (group == rows.Name || group == "all") {
       text.append(text.empty() ? "" : "\n").append(_GroupText(rows));
     }
@@ -148,9 +148,9 @@ std::string ManualPage() {
   std::string text = ".TH ZXRENDER 1 \"\" \"zxrender " ZX_RENDER_VERSION "\" \"User Commands\"\n";
   text += _TroffText(kManualHead);
   text += ".SH OPTIONS\n";
-  for (const OPTION_GROUP& group : OptionGroups()) {
+  for (const TOptionGroup& group : OptionGroups()) {
     text.append(".SS ").append(_Troff(group.Title)).append("\n");
-    for (const OPTION_ROW& row : group.Rows) {
+    for (const TOptionRow& row : group.Rows) {
       text.append(".TP\n.B ").append(_Troff(_Usage(row))).append("\n");
       text.append(_Troff(row.Text)).append("\n");
     }
@@ -161,8 +161,8 @@ std::string ManualPage() {
 std::string BashCompletion() {
   std::string names;
   std::string cases;
-  for (const OPTION_GROUP& group : OptionGroups()) {
-    for (const OPTION_ROW& row : group.Rows) {
+  for (const TOptionGroup& group : OptionGroups()) {
+    for (const TOptionRow& row : group.Rows) {
       names.append(names.empty() ? "--" : " --").append(row.Name);
       if (row.Argument != nullptr && row.Argument[0] != '[') {
         cases += _CompletionCase(row);

@@ -23,9 +23,9 @@
 
 namespace zx_scene {
 
-std::size_t MODEL::CountCorners(int corners) const {
+std::size_t TModel::CountCorners(int corners) const {
   std::size_t count = 0;
-  for (const MESH& mesh : Meshes) {
+  for (const TMesh& mesh : Meshes) {
     if (mesh.Corners == corners) {
       count += mesh.Indices.size() / static_cast<std::size_t>(corners);
     }
@@ -33,9 +33,9 @@ std::size_t MODEL::CountCorners(int corners) const {
   return count;
 }
 
-std::size_t MODEL::CountVertices() const {
+std::size_t TModel::CountVertices() const {
   std::size_t count = 0;
-  for (const MESH& mesh : Meshes) {
+  for (const TMesh& mesh : Meshes) {
     count += mesh.Vertices.size();
   }
   return count;
@@ -44,7 +44,7 @@ std::size_t MODEL::CountVertices() const {
 namespace {
 
 // Where a texture was found in a material, and how it is to be applied.
-struct TEXTURE_USE {
+struct TTextureUse {
   std::string Name;
   unsigned int Channel = 0;
   bool Found = false;
@@ -57,8 +57,8 @@ unsigned int _ToWrap(const aiTextureMapMode mode) {
                                                                           : GL_REPEAT;
 }
 
-TEXTURE_USE _FindTexture(const aiMaterial& from, MATERIAL* to) {
-  TEXTURE_USE use;
+TTextureUse _FindTexture(const aiMaterial& from, TMaterial* to) {
+  TTextureUse use;
   for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
     aiString path;
     aiTextureMapMode modes[3] = {aiTextureMapMode_Wrap, aiTextureMapMode_Wrap,
@@ -80,7 +80,7 @@ TEXTURE_USE _FindTexture(const aiMaterial& from, MATERIAL* to) {
 
 // Metal and roughness have no place in this lighting; a highlight that shrinks and brightens with
 // smoothness, in the metal's own colour, comes near.
-bool _TakeMetalAndRoughness(const aiMaterial& from, MATERIAL* to) {
+bool _TakeMetalAndRoughness(const aiMaterial& from, TMaterial* to) {
   float metal = 0;
   float rough = 1;
   if (from.Get(AI_MATKEY_METALLIC_FACTOR, metal) != aiReturn_SUCCESS &&
@@ -97,7 +97,7 @@ bool _TakeMetalAndRoughness(const aiMaterial& from, MATERIAL* to) {
   return true;
 }
 
-void _TakeHighlight(const aiMaterial& from, MATERIAL* to) {
+void _TakeHighlight(const aiMaterial& from, TMaterial* to) {
   aiColor4D color;
   float shininess = 0;
   float strength = 1;
@@ -111,9 +111,9 @@ void _TakeHighlight(const aiMaterial& from, MATERIAL* to) {
 }
 
 // Whether the alpha of textures and vertices has an effect.
-bool _HasAlpha(const MATERIAL& material) { return material.Blended || material.Cutoff > 0; }
+bool _HasAlpha(const TMaterial& material) { return material.Blended || material.Cutoff > 0; }
 
-void _TakeTransparency(const aiMaterial& from, MATERIAL* to) {
+void _TakeTransparency(const aiMaterial& from, TMaterial* to) {
   float opacity = 1;
   aiString mode;
   from.Get(AI_MATKEY_OPACITY, opacity);
@@ -132,7 +132,7 @@ void _TakeTransparency(const aiMaterial& from, MATERIAL* to) {
 }
 
 // Returns the channel of texture coordinates that the material uses.
-unsigned int _TakeMaterial(const aiMaterial& from, TTextureLoader* textures, MATERIAL* to) {
+unsigned int _TakeMaterial(const aiMaterial& from, TTextureLoader* textures, TMaterial* to) {
   aiString name;
   aiColor4D color;
   if (from.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS) {
@@ -154,7 +154,7 @@ unsigned int _TakeMaterial(const aiMaterial& from, TTextureLoader* textures, MAT
     to->TwoSided = twoSided;
     to->CullBack = !twoSided && isBase; // only glTF means it that way
   }
-  const TEXTURE_USE use = _FindTexture(from, to);
+  const TTextureUse use = _FindTexture(from, to);
   if (use.Found) {
     to->Texture = textures->Get(use.Name, !_HasAlpha(*to));
   }
@@ -172,7 +172,7 @@ std::uint8_t _ToByte(float value) {
 
 // Vertices brought to world coordinates; a normal goes by the inverse transpose.
 void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int channel,
-                   const MATERIAL& material, MESH* to) {
+                   const TMaterial& material, TMesh* to) {
   aiMatrix3x3 toNormal(toWorld);
   toNormal.Inverse().Transpose();
   const aiVector3D* texCoords =
@@ -180,7 +180,7 @@ void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int 
   to->HasColors = from.HasVertexColors(0);
   to->Vertices.resize(from.mNumVertices);
   for (unsigned int i = 0; i < from.mNumVertices; ++i) {
-    VERTEX& vertex = to->Vertices[i];
+    TVertex& vertex = to->Vertices[i];
     const aiVector3D position = toWorld * from.mVertices[i];
     aiVector3D normal(0, 0, 0);
     if (from.mNormals != nullptr) {
@@ -201,14 +201,14 @@ void _TakeVertices(const aiMesh& from, const aiMatrix4x4& toWorld, unsigned int 
   }
 }
 
-bool _IsFinite(const VERTEX& vertex) {
+bool _IsFinite(const TVertex& vertex) {
   return std::all_of(std::begin(vertex.Position), std::end(vertex.Position),
                      [](float component) { return std::isfinite(component); });
 }
 
 // A piece with a corner that is nowhere is left out. A mirroring matrix turns the corners round,
 // so they are taken the other way.
-void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
+void _TakeIndices(const aiMesh& from, bool mirrored, TMesh* to) {
   const auto corners = static_cast<unsigned int>(to->Corners);
   // A cloud of points has no faces at all.
   for (unsigned int i = 0; from.mNumFaces == 0 && i < from.mNumVertices; ++i) {
@@ -234,20 +234,20 @@ void _TakeIndices(const aiMesh& from, bool mirrored, MESH* to) {
   }
 }
 
-struct SIDES {
+struct TSides {
   std::size_t Agree = 0;  ///< triangles whose normals point to the side of their winding
   std::size_t Differ = 0; ///< to the other side
   double Volume = 0;      ///< above 0 where the winding of a closed mesh shows outward
 };
 
-SIDES _CompareSides(const MESH& mesh) {
-  SIDES sides;
+TSides _CompareSides(const TMesh& mesh) {
+  TSides sides;
   const float* origin = mesh.Vertices[mesh.Indices[0]].Position;
   for (std::size_t i = 0; i + 2 < mesh.Indices.size(); i += 3) {
     double p[3][3];
     double normal[3] = {};
     for (std::size_t c = 0; c < 3; ++c) {
-      const VERTEX& vertex = mesh.Vertices[mesh.Indices[i + c]];
+      const TVertex& vertex = mesh.Vertices[mesh.Indices[i + c]];
       for (std::size_t k = 0; k < 3; ++k) {
         p[c][k] = double{vertex.Position[k]} - origin[k];
         normal[k] += vertex.Normal[k];
@@ -270,11 +270,11 @@ SIDES _CompareSides(const MESH& mesh) {
 
 // Some files have their normals or their winding the wrong way round all over: where nearly all
 // triangles say so, the one that points into the body is turned.
-void _TurnOutward(MESH* mesh) {
+void _TurnOutward(TMesh* mesh) {
   if (mesh->Indices.empty()) {
     return;
   }
-  const SIDES sides = _CompareSides(*mesh);
+  const TSides sides = _CompareSides(*mesh);
   if (sides.Differ <= 9 * sides.Agree) {
     return;
   }
@@ -284,7 +284,7 @@ void _TurnOutward(MESH* mesh) {
     }
     return;
   }
-  for (VERTEX& vertex : mesh->Vertices) {
+  for (TVertex& vertex : mesh->Vertices) {
     for (float& component : vertex.Normal) {
       component = -component;
     }
@@ -305,8 +305,8 @@ int _Corners(const aiMesh& mesh) {
 }
 
 void _TakeMesh(const aiMesh& from, const aiNode& node, const aiMatrix4x4& toWorld,
-               const std::vector<unsigned int>& channels, MODEL* out) {
-  MESH mesh;
+               const std::vector<unsigned int>& channels, TModel* out) {
+  TMesh mesh;
   mesh.Name = from.mName.length > 0 ? from.mName.C_Str() : node.mName.C_Str();
   mesh.Corners = from.mNumFaces == 0 ? 1 : _Corners(from);
   if (mesh.Corners == 0 || from.mMaterialIndex >= out->Materials.size()) {
@@ -325,7 +325,7 @@ void _TakeMesh(const aiMesh& from, const aiNode& node, const aiMatrix4x4& toWorl
 }
 
 void _TakeNodes(const aiScene& scene, const std::map<std::string, aiMatrix4x4>& matrices,
-                const std::vector<unsigned int>& channels, MODEL* out) {
+                const std::vector<unsigned int>& channels, TModel* out) {
   std::vector<std::pair<const aiNode*, aiMatrix4x4>> open;
   open.emplace_back(scene.mRootNode, aiMatrix4x4());
   while (!open.empty()) {
@@ -379,7 +379,7 @@ const aiScene* _Finish(Assimp::Importer* importer, const aiScene* scene) {
 
 // `name` is that of the file; empty if it came as bytes.
 bool _TakeScene(const Assimp::Importer& importer, const aiScene* scene, const std::string& name,
-                MODEL* out, std::string* error, std::vector<std::string>* warnings) {
+                TModel* out, std::string* error, std::vector<std::string>* warnings) {
   if (scene == nullptr) {
     *error = importer.GetErrorString();
     if (error->empty()) {
@@ -413,7 +413,7 @@ bool _TakeScene(const Assimp::Importer& importer, const aiScene* scene, const st
 
 } // namespace
 
-bool LoadModel(const std::string& name, MODEL* out, std::string* error,
+bool LoadModel(const std::string& name, TModel* out, std::string* error,
                std::vector<std::string>* warnings) {
   if (!_CanBeRead(name, error)) {
     return false;
@@ -423,7 +423,7 @@ bool LoadModel(const std::string& name, MODEL* out, std::string* error,
   return _TakeScene(importer, scene, name, out, error, warnings);
 }
 
-bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* out,
+bool LoadModelBytes(const std::string& bytes, const std::string& format, TModel* out,
                     std::string* error, std::vector<std::string>* warnings) {
   if (bytes.empty()) {
     *error = "is empty";

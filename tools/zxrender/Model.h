@@ -15,14 +15,14 @@ using TPoint = std::array<double, 3>;
 using TColor = std::array<float, 4>;
 
 /// A vertex as it stands in a vertex buffer.
-struct VERTEX {
+struct TVertex {
   float Position[3];
   float Normal[3];
   float TexCoord[2];
   std::uint8_t Color[4];
 };
 
-struct MATERIAL {
+struct TMaterial {
   std::string Name;
   TColor Diffuse = {0.8f, 0.8f, 0.8f, 1};
   TColor Specular = {0, 0, 0, 1};
@@ -38,22 +38,22 @@ struct MATERIAL {
 };
 
 /// An image as the texture of a model: RGBA of 8 bits, its row 0 the bottom row.
-struct TEXTURE {
+struct TTexture {
   std::string Name;
   TDataSurface Image;
 };
 
-struct MESH {
+struct TMesh {
   std::string Name;
   int Corners = 3; ///< of a piece: 1 for points, 2 for lines, 3 for triangles
   int Material = 0;
   bool HasColors = false;
-  std::vector<VERTEX> Vertices;
+  std::vector<TVertex> Vertices;
   std::vector<std::uint32_t> Indices;
 };
 
 /// A camera of the file, in world coordinates; its axes have length 1.
-struct FILE_CAMERA {
+struct TFileCamera {
   std::string Name;
   TPoint Position = {};
   TPoint Right = {};
@@ -66,11 +66,11 @@ struct FILE_CAMERA {
 };
 
 /// Everything stands in world coordinates; the node tree of the file is gone.
-struct MODEL {
-  std::vector<MESH> Meshes;
-  std::vector<MATERIAL> Materials;
-  std::deque<TEXTURE> Textures; // a surface stays where it was made
-  std::vector<FILE_CAMERA> Cameras;
+struct TModel {
+  std::vector<TMesh> Meshes;
+  std::vector<TMaterial> Materials;
+  std::deque<TTexture> Textures; // a surface stays where it was made
+  std::vector<TFileCamera> Cameras;
   bool ZUp = false; ///< the file says that its vertical axis is z
 
   std::size_t CountCorners(int corners) const; ///< pieces with that many corners
@@ -82,13 +82,13 @@ struct MODEL {
 /// False with `*error` as the reason when the file can't be read or holds nothing that can be
 /// drawn. What is missing beside that, a texture for instance, goes to `*warnings`, one line each,
 /// and the model loads without.
-bool LoadModel(const std::string& name, MODEL* out, std::string* error,
+bool LoadModel(const std::string& name, TModel* out, std::string* error,
                std::vector<std::string>* warnings);
 
 /// The same from the bytes of a file. `format` is the ending that the file would have, "obj" for
 /// instance; if it is empty, the kind is guessed. Files that the model refers to are looked for in
 /// the working directory.
-bool LoadModelBytes(const std::string& bytes, const std::string& format, MODEL* out,
+bool LoadModelBytes(const std::string& bytes, const std::string& format, TModel* out,
                     std::string* error, std::vector<std::string>* warnings);
 
 } // namespace zx_scene

@@ -10,30 +10,30 @@
 
 namespace {
 
-enum class PIECE { Text, Name, Number, Model, Frame, Wrong };
+enum class TPiece { Text, Name, Number, Model, Frame, Wrong };
 
 // The piece of a pattern that begins at `*at`, which is moved behind it; `*text` is what it says.
-PIECE _NextPiece(const std::string& pattern, std::size_t* at, std::string* text) {
+TPiece _NextPiece(const std::string& pattern, std::size_t* at, std::string* text) {
   const char first = pattern[*at];
   if (first != '{' && first != '}') {
     const std::size_t end = std::min(pattern.find_first_of("{}", *at), pattern.size());
     *text = pattern.substr(*at, end - *at);
     *at = end;
-    return PIECE::Text;
+    return TPiece::Text;
   }
   if (*at + 1 < pattern.size() && pattern[*at + 1] == first) {
     *text = std::string(1, first);
     *at += 2;
-    return PIECE::Text;
+    return TPiece::Text;
   }
   const std::size_t end = first == '{' ? pattern.find('}', *at) : std::string::npos;
   *text = pattern.substr(*at, end == std::string::npos ? 1 : end + 1 - *at);
   *at += text->size();
-  return *text == "{name}"    ? PIECE::Name
-         : *text == "{n}"     ? PIECE::Number
-         : *text == "{model}" ? PIECE::Model
-         : *text == "{frame}" ? PIECE::Frame
-                              : PIECE::Wrong;
+  return *text == "{name}"    ? TPiece::Name
+         : *text == "{n}"     ? TPiece::Number
+         : *text == "{model}" ? TPiece::Model
+         : *text == "{frame}" ? TPiece::Frame
+                              : TPiece::Wrong;
 }
 
 std::string _UnknownText(const std::string& piece, const std::string& pattern) {
@@ -60,7 +60,7 @@ std::string _FrameName(const std::string& name, const std::string& number) {
 bool CheckPattern(const std::string& pattern, std::string* error) {
   for (std::size_t at = 0; at < pattern.size();) {
     std::string text;
-    if (_NextPiece(pattern, &at, &text) == PIECE::Wrong) {
+    if (_NextPiece(pattern, &at, &text) == TPiece::Wrong) {
       *error = _UnknownText(text, pattern);
       return false;
     }
@@ -68,23 +68,23 @@ bool CheckPattern(const std::string& pattern, std::string* error) {
   return true;
 }
 
-std::string FillPattern(const std::string& pattern, const NAME_VALUES& values) {
+std::string FillPattern(const std::string& pattern, const TNameValues& values) {
   std::string name;
   bool isNumbered = values.Frames == 0;
   for (std::size_t at = 0; at < pattern.size();) {
     std::string text;
     switch (_NextPiece(pattern, &at, &text)) {
-    case PIECE::Name:
+    case TPiece::Name:
       name += values.Name;
       break;
-    case PIECE::Number:
+    case TPiece::Number:
       name += _Padded(values.Number, values.Numbers);
       isNumbered = true;
       break;
-    case PIECE::Model:
+    case TPiece::Model:
       name += _Padded(values.Model, values.Models);
       break;
-    case PIECE::Frame:
+    case TPiece::Frame:
       name += _Padded(values.Frame, values.Frames);
       isNumbered = true;
       break;
@@ -99,7 +99,7 @@ std::string StemOf(const std::string& model) {
   return model == "-" ? "stdin" : std::filesystem::path(model).stem().string();
 }
 
-std::vector<TASK> MakeTasks(std::size_t models, int frames, int part, int parts, int jobs) {
+std::vector<TTask> MakeTasks(std::size_t models, int frames, int part, int parts, int jobs) {
   const auto perModel = static_cast<std::uint64_t>(std::max(frames, 1));
   const std::uint64_t pictures = models * perModel;
   const auto bound = [&](int i) {
@@ -113,7 +113,7 @@ std::vector<TASK> MakeTasks(std::size_t models, int frames, int part, int parts,
   const std::uint64_t jobsOfModel = (static_cast<std::uint64_t>(std::max(jobs, 1)) + models - 1) /
                                     std::max<std::uint64_t>(models, 1);
   const std::uint64_t run = (perModel + jobsOfModel - 1) / std::max<std::uint64_t>(jobsOfModel, 1);
-  std::vector<TASK> tasks;
+  std::vector<TTask> tasks;
   for (std::uint64_t number = first; number < end;) {
     const std::uint64_t model = number / perModel;
     const std::uint64_t frame = number % perModel;

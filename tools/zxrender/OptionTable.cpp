@@ -2,7 +2,7 @@
 
 namespace {
 
-OPTION_GROUP _PictureOptions() {
+TOptionGroup _PictureOptions() {
   return {
       "picture",
       "Picture",
@@ -37,7 +37,7 @@ OPTION_GROUP _PictureOptions() {
         "its first bytes, which works for most but not for binary STL and X3D."}}};
 }
 
-OPTION_GROUP _ViewOptions() {
+TOptionGroup _ViewOptions() {
   return {"view",
           "Camera and light",
           {{'c', "camera", "AZ,EL|file[:NAME]", "30,20 file", true,
@@ -63,7 +63,7 @@ OPTION_GROUP _ViewOptions() {
             "before the ending of NAME unless it contains {n} or {frame}."}}};
 }
 
-OPTION_GROUP _LayerOptions() {
+TOptionGroup _LayerOptions() {
   return {
       "layers",
       "Depth, normals and ids",
@@ -90,7 +90,7 @@ OPTION_GROUP _LayerOptions() {
         "green and blue, bits 3, 4 and 5 the next ones, and so on."}}};
 }
 
-OPTION_GROUP _CheckOptions() {
+TOptionGroup _CheckOptions() {
   return {"check",
           "Reproducibility",
           {{kOptionDigest, "digest", nullptr, "", true, "print a hash of the pixels",
@@ -110,7 +110,7 @@ OPTION_GROUP _CheckOptions() {
             "black; the greatest difference is scaled to 255."}}};
 }
 
-OPTION_GROUP _ManyOptions() {
+TOptionGroup _ManyOptions() {
   return {
       "many",
       "Many models",
@@ -132,7 +132,7 @@ OPTION_GROUP _ManyOptions() {
         "Memory limit of each process, such as 512M or 4G (4G); 0 means none."}}};
 }
 
-OPTION_GROUP _ReportOptions() {
+TOptionGroup _ReportOptions() {
   return {
       "report",
       "Reports",
@@ -150,16 +150,16 @@ OPTION_GROUP _ReportOptions() {
 
 } // namespace
 
-const std::vector<OPTION_GROUP>& OptionGroups() {
-  static const std::vector<OPTION_GROUP> s_Groups = {_PictureOptions(), _ViewOptions(),
+const std::vector<TOptionGroup>& OptionGroups() {
+  static const std::vector<TOptionGroup> s_Groups = {_PictureOptions(), _ViewOptions(),
                                                      _LayerOptions(),   _CheckOptions(),
                                                      _ManyOptions(),    _ReportOptions()};
   return s_Groups;
 }
 
-const OPTION_ROW* FindOption(int code) {
-  for (const OPTION_GROUP& group : OptionGroups()) {
-    for (const OPTION_ROW& row : group.Rows) {
+const TOptionRow* FindOption(int code) {
+  for (const TOptionGroup& group : OptionGroups()) {
+    for (const TOptionRow& row : group.Rows) {
       if (row.Code == code) {
         return &row;
       }

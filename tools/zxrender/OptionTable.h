@@ -3,7 +3,7 @@
 #include <vector>
 
 /// The codes of options without a letter; the others have their letter.
-enum OPTION_CODE : int {
+enum TOptionCode : int {
   kOptionSamples = 256,
   kOptionFov,
   kOptionUp,
@@ -28,7 +28,7 @@ enum OPTION_CODE : int {
 
 /// One option of the command line. The parser, --help, the manual page and the completion are all
 /// generated from these rows.
-struct OPTION_ROW {
+struct TOptionRow {
   int Code;             ///< the letter, or an OPTION_CODE
   const char* Name;     ///< without the hyphens
   const char* Argument; ///< placeholder of the argument; null for none, "[...]" if optional
@@ -39,13 +39,13 @@ struct OPTION_ROW {
 };
 
 /// Options that belong together.
-struct OPTION_GROUP {
+struct TOptionGroup {
   const char* Name;  ///< the word after --help=
   const char* Title; ///< a heading
-  std::vector<OPTION_ROW> Rows;
+  std::vector<TOptionRow> Rows;
 };
 
-const std::vector<OPTION_GROUP>& OptionGroups();
+const std::vector<TOptionGroup>& OptionGroups();
 
 /// The row of a code; null if there is none.
-const OPTION_ROW* FindOption(int code);
+const TOptionRow* FindOption(int code);

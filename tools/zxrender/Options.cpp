@@ -41,7 +41,7 @@ bool _ToAngles(const std::string& text, double* azimuth, double* elevation) {
          std::abs(*elevation) <= 90;
 }
 
-bool _ToCamera(const std::string& text, OPTIONS* out) {
+bool _ToCamera(const std::string& text, TOptions* out) {
   out->FromFileCamera = text == "file" || text.rfind("file:", 0) == 0;
   if (out->FromFileCamera) {
     out->FileCamera = text.size() > 5 ? text.substr(5) : "";
@@ -50,15 +50,17 @@ bool _ToCamera(const std::string& text, OPTIONS* out) {
   return _ToAngles(text, &out->View.Azimuth, &out->View.Elevation);
 }
 
-bool _ToLight(const std::string& text, zx_scene::STYLE* out) {
-  using zx_scene::LIGHT;
-  out->Light = text == "camera" ? LIGHT::WithCamera : text == "none" ? LIGHT::None : LIGHT::Fixed;
-  return out->Light != LIGHT::Fixed || _ToAngles(text, &out->LightAzimuth, &out->LightElevation);
+bool _ToLight(const std::string& text, zx_scene::TStyle* out) {
+  using zx_scene::TLight;
+  out->Light = text == "camera" ? TLight::WithCamera
+               : text == "none" ? TLight::None
+                                : TLight::Fixed;
+  return out->Light != TLight::Fixed || _ToAngles(text, &out->LightAzimuth, &out->LightElevation);
 }
 
-bool _ToUp(const std::string& text, UP_AXIS* out) {
-  *out = text == "y" ? UP_AXIS::Y : text == "z" ? UP_AXIS::Z : UP_AXIS::Auto;
-  return *out != UP_AXIS::Auto || text == "auto";
+bool _ToUp(const std::string& text, TUpAxis* out) {
+  *out = text == "y" ? TUpAxis::Y : text == "z" ? TUpAxis::Z : TUpAxis::Auto;
+  return *out != TUpAxis::Auto || text == "auto";
 }
 
 // Bytes, with K, M, G or T for powers of 1024.
@@ -108,13 +110,13 @@ bool _ToColor(const std::string& text, zx_scene::TColor* out) {
 }
 
 // An ending, with or without its dot: that of a picture, or else of a model.
-bool _ToFormat(std::string text, OPTIONS* out) {
+bool _ToFormat(std::string text, TOptions* out) {
   text.erase(0, text.rfind('.', 0) == 0 ? 1 : 0);
   if (text.empty() || text.find_first_of("./") != std::string::npos) {
     return false;
   }
-  const IMAGE_KIND kind = KindOfName("." + text);
-  if (kind == IMAGE_KIND::Png || kind == IMAGE_KIND::Jpeg) {
+  const TImageKind kind = KindOfName("." + text);
+  if (kind == TImageKind::Png || kind == TImageKind::Jpeg) {
     out->Kind = kind;
   } else {
     out->ModelFormat = text;
@@ -128,7 +130,7 @@ bool _ToText(const std::string& value, std::string* out) {
 }
 
 // Options that say something of the picture.
-bool _TakePicture(int option, const std::string& value, OPTIONS* out) {
+bool _TakePicture(int option, const std::string& value, TOptions* out) {
   switch (option) {
   case 'o':
     return _ToText(value, &out->Output);
@@ -159,7 +161,7 @@ bool _TakePicture(int option, const std::string& value, OPTIONS* out) {
   }
 }
 
-bool _Take(int option, const std::string& value, OPTIONS* out) {
+bool _Take(int option, const std::string& value, TOptions* out) {
   switch (option) {
   case kOptionFormat:
     return _ToFormat(value, out);
@@ -206,15 +208,15 @@ std::string _Culprit(char** argv) {
                                     : std::string(argv[optind - 1]);
 }
 
-struct GETOPT_TABLES {
+struct TGetoptTables {
   std::string Letters = ":";
   std::vector<option> Names;
 };
 
-GETOPT_TABLES _MakeTables() {
-  GETOPT_TABLES tables;
-  for (const OPTION_GROUP& group : OptionGroups()) {
-    for (const OPTION_ROW& row : group.Rows) {
+TGetoptTables _MakeTables() {
+  TGetoptTables tables;
+  for (const TOptionGroup& group : OptionGroups()) {
+    for (const TOptionRow& row : group.Rows) {
       const bool optional = row.Argument != nullptr && row.Argument[0] == '[';
       const int argument = row.Argument == nullptr ? no_argument
                            : optional              ? optional_argument
@@ -233,18 +235,18 @@ GETOPT_TABLES _MakeTables() {
   return tables;
 }
 
-COMMAND _Print(const std::string& text) {
+TCommand _Print(const std::string& text) {
   std::fputs(text.c_str(), stdout);
-  return COMMAND::Done;
+  return TCommand::Done;
 }
 
-COMMAND _PrintHelp(const std::string& group) {
+TCommand _PrintHelp(const std::string& group) {
   const std::string text = HelpText(group);
   return text.empty() ? RefuseCommandLine("'" + group + "' is no group of options") : _Print(text);
 }
 
 // The first thing that does not go together; empty if all does.
-std::string _FindConflict(const OPTIONS& options) {
+std::string _FindConflict(const TOptions& options) {
   const auto count = std::count(options.Models.begin(), options.Models.end(), "-");
   if (options.Models.empty() && options.List.empty()) {
     return "no model file given";
@@ -268,25 +270,25 @@ std::string _WrongEnding(const std::string& name, const char* endings) {
   return "'" + name + "' must end with " + endings;
 }
 
-std::string _FindWrongKind(const OPTIONS& options) {
+std::string _FindWrongKind(const TOptions& options) {
   const bool hasAlpha = options.Style.Background[3] < 1;
   if (!options.Output.empty()) {
-    const IMAGE_KIND kind = OutputKind(options);
-    if (kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Jpeg) {
+    const TImageKind kind = OutputKind(options);
+    if (kind != TImageKind::Png && kind != TImageKind::Jpeg) {
       return _WrongEnding(options.Output, ".png, .jpg or .jpeg, or --format say so");
     }
-    if (kind == IMAGE_KIND::Jpeg && hasAlpha) {
+    if (kind == TImageKind::Jpeg && hasAlpha) {
       return "JPEG has no transparency: choose PNG or another background";
     }
   }
   for (const std::string* name : {&options.Depth, &options.Normals}) {
-    const IMAGE_KIND kind = KindOfName(*name);
-    if (!name->empty() && kind != IMAGE_KIND::Png && kind != IMAGE_KIND::Pfm) {
+    const TImageKind kind = KindOfName(*name);
+    if (!name->empty() && kind != TImageKind::Png && kind != TImageKind::Pfm) {
       return _WrongEnding(*name, ".png or .pfm");
     }
   }
   for (const std::string* name : {&options.Ids, &options.Difference}) {
-    if (!name->empty() && KindOfName(*name) != IMAGE_KIND::Png) {
+    if (!name->empty() && KindOfName(*name) != TImageKind::Png) {
       return _WrongEnding(*name, ".png");
     }
   }
@@ -294,7 +296,7 @@ std::string _FindWrongKind(const OPTIONS& options) {
 }
 
 // Standard output takes one thing.
-std::string _FindOutputConflict(const OPTIONS& options) {
+std::string _FindOutputConflict(const TOptions& options) {
   if (options.Json && options.Stats) {
     return "--json has the statistics in it: leave out --stats";
   }
@@ -308,34 +310,34 @@ std::string _FindOutputConflict(const OPTIONS& options) {
   return isatty(STDOUT_FILENO) != 0 ? "no picture is written to a terminal: give --output" : "";
 }
 
-COMMAND _Complete(OPTIONS* out) {
+TCommand _Complete(TOptions* out) {
   if (out->Output.empty() && out->Check.empty() && !out->Digest) {
     const bool piped = out->List.empty() && out->Models == std::vector<std::string>{"-"};
-    out->Output = piped ? "-" : out->Kind == IMAGE_KIND::Jpeg ? "{name}.jpg" : "{name}.png";
+    out->Output = piped ? "-" : out->Kind == TImageKind::Jpeg ? "{name}.jpg" : "{name}.png";
   }
   for (const auto& find : {_FindConflict, _FindWrongKind, _FindOutputConflict}) {
     if (const std::string reason = find(*out); !reason.empty()) {
       return RefuseCommandLine(reason);
     }
   }
-  return COMMAND::Render;
+  return TCommand::Render;
 }
 
 } // namespace
 
-IMAGE_KIND OutputKind(const OPTIONS& options) {
-  return options.Kind != IMAGE_KIND::Unknown ? options.Kind
-         : options.Output == "-"             ? IMAGE_KIND::Png
+TImageKind OutputKind(const TOptions& options) {
+  return options.Kind != TImageKind::Unknown ? options.Kind
+         : options.Output == "-"             ? TImageKind::Png
                                              : KindOfName(options.Output);
 }
 
-COMMAND RefuseCommandLine(const std::string& reason) {
+TCommand RefuseCommandLine(const std::string& reason) {
   std::fprintf(stderr, "zxrender: %s\nTry 'zxrender --help'.\n", reason.c_str());
-  return COMMAND::Wrong;
+  return TCommand::Wrong;
 }
 
-COMMAND ReadOptions(int argc, char** argv, OPTIONS* out) {
-  const GETOPT_TABLES tables = _MakeTables();
+TCommand ReadOptions(int argc, char** argv, TOptions* out) {
+  const TGetoptTables tables = _MakeTables();
   opterr = 0;
   optind = 0; // from the start, also when it was called before
   for (;;) {

@@ -7,13 +7,13 @@
 #include "Picture.h"
 #include "Scene.h"
 
-enum class UP_AXIS { Auto, Y, Z };
+enum class TUpAxis { Auto, Y, Z };
 
 /// Seconds for a file, and for each further picture of a turntable.
 constexpr double kDefaultTimeout = 120;
 
 /// The command line, parsed.
-struct OPTIONS {
+struct TOptions {
   std::vector<std::string> Models; ///< "-" is standard input
   std::string List;                ///< a file of further models; empty for none
   std::string Output;              ///< a name pattern, like those below; empty for no picture
@@ -22,11 +22,11 @@ struct OPTIONS {
   std::string Ids;
   std::string Check;
   std::string Difference;
-  IMAGE_KIND Kind = IMAGE_KIND::Unknown; ///< of the picture, if --format gives it
+  TImageKind Kind = TImageKind::Unknown; ///< of the picture, if --format gives it
   std::string ModelFormat;               ///< of a model from standard input
-  zx_scene::VIEW View;
-  zx_scene::STYLE Style;
-  UP_AXIS Up = UP_AXIS::Auto;
+  zx_scene::TView View;
+  zx_scene::TStyle Style;
+  TUpAxis Up = TUpAxis::Auto;
   bool FromFileCamera = false;
   std::string FileCamera; ///< its name; empty for the first
   int Frames = 0;         ///< of a turntable; 0 for one picture
@@ -41,17 +41,17 @@ struct OPTIONS {
   bool Stats = false;
 };
 
-enum class COMMAND {
+enum class TCommand {
   Render,
   Done, ///< help or version were asked for and are printed
   Wrong ///< usage error; the reason is printed
 };
 
 /// Reads the command line.
-COMMAND ReadOptions(int argc, char** argv, OPTIONS* out);
+TCommand ReadOptions(int argc, char** argv, TOptions* out);
 
 /// The kind of the picture.
-IMAGE_KIND OutputKind(const OPTIONS& options);
+TImageKind OutputKind(const TOptions& options);
 
 /// Reports a usage error on standard error.
-COMMAND RefuseCommandLine(const std::string& reason);
+TCommand RefuseCommandLine(const std::string& reason);

@@ -62,9 +62,9 @@ bool _SavePfm(const std::string& name, const DATASURFACE& surface) {
 }
 
 // False with `*reason` for why.
-bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+bool _Save(const std::string& name, TImageKind kind, const DATASURFACE& surface,
            std::string* reason) {
-  if (kind == IMAGE_KIND::Pfm) {
+  if (kind == TImageKind::Pfm) {
     errno = 0;
     const bool done = _SavePfm(name, surface);
     *reason = done ? *reason : _Reason();
@@ -76,12 +76,12 @@ bool _Save(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
   return done;
 }
 
-const char* _Ending(IMAGE_KIND kind) {
-  return kind == IMAGE_KIND::Jpeg ? ".jpg" : kind == IMAGE_KIND::Pfm ? ".pfm" : ".png";
+const char* _Ending(TImageKind kind) {
+  return kind == TImageKind::Jpeg ? ".jpg" : kind == TImageKind::Pfm ? ".pfm" : ".png";
 }
 
 // The encoders write files by name, so what goes elsewhere takes the way through one.
-bool _WriteThrough(IMAGE_KIND kind, const DATASURFACE& surface, int target, std::string* reason) {
+bool _WriteThrough(TImageKind kind, const DATASURFACE& surface, int target, std::string* reason) {
   std::error_code code;
   const std::string ending = _Ending(kind);
   std::string name = (fs::temp_directory_path(code) / "zxrender-XXXXXX").string() + ending;
@@ -103,7 +103,7 @@ bool _WriteThrough(IMAGE_KIND kind, const DATASURFACE& surface, int target, std:
 }
 
 // A device, a pipe, or where a link leads.
-bool _WriteInto(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+bool _WriteInto(const std::string& name, TImageKind kind, const DATASURFACE& surface,
                 std::string* reason) {
   const int file = open(name.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
   if (file < 0) {
@@ -119,7 +119,7 @@ bool _WriteInto(const std::string& name, IMAGE_KIND kind, const DATASURFACE& sur
 }
 
 // Under another name first, so that nobody finds half a picture.
-bool _Replace(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+bool _Replace(const std::string& name, TImageKind kind, const DATASURFACE& surface,
               std::string* reason) {
   const std::string part = PartName(name, kind);
   bool done = _Save(part, kind, surface, reason);
@@ -161,22 +161,22 @@ std::string _SizeText(const DATASURFACE& surface) {
 
 } // namespace
 
-IMAGE_KIND KindOfName(const std::string& name) {
+TImageKind KindOfName(const std::string& name) {
   const std::size_t dot = name.rfind('.');
   std::string ending = dot == std::string::npos ? "" : name.substr(dot + 1);
   std::transform(ending.begin(), ending.end(), ending.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-  return ending == "png"                       ? IMAGE_KIND::Png
-         : ending == "jpg" || ending == "jpeg" ? IMAGE_KIND::Jpeg
-         : ending == "pfm"                     ? IMAGE_KIND::Pfm
-                                               : IMAGE_KIND::Unknown;
+  return ending == "png"                       ? TImageKind::Png
+         : ending == "jpg" || ending == "jpeg" ? TImageKind::Jpeg
+         : ending == "pfm"                     ? TImageKind::Pfm
+                                               : TImageKind::Unknown;
 }
 
-std::string PartName(const std::string& name, IMAGE_KIND kind) {
+std::string PartName(const std::string& name, TImageKind kind) {
   return name + ".part" + _Ending(kind);
 }
 
-bool WriteImage(const std::string& name, IMAGE_KIND kind, const DATASURFACE& surface,
+bool WriteImage(const std::string& name, TImageKind kind, const DATASURFACE& surface,
                 int standardOutput, std::string* error) {
   std::error_code code;
   const fs::file_type type = fs::symlink_status(name, code).type();
@@ -218,9 +218,9 @@ std::string DigestOf(const DATASURFACE& surface) {
   return hash.result().toHex().toStdString();
 }
 
-COMPARISON ComparePictures(const DATASURFACE& a, const DATASURFACE& b,
-                           std::vector<std::uint8_t>* difference) {
-  COMPARISON result;
+TComparison ComparePictures(const DATASURFACE& a, const DATASURFACE& b,
+                            std::vector<std::uint8_t>* difference) {
+  TComparison result;
   for (const DATASURFACE* one : {&a, &b}) {
     if (one->Type != DATA_TYPE_UINT8) {
       result.Reason = "has channels of " + std::to_string(8 * GetTypeSize(one->Type)) + " bits";

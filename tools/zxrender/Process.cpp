@@ -56,7 +56,7 @@ void _Limit(std::uint64_t memory) {
 } // namespace
 
 bool StartChild(std::uint64_t memory, const std::function<void(int pipe, int standardOutput)>& work,
-                CHILD* out, std::string* error) {
+                TChild* out, std::string* error) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) {
     *error = std::strerror(errno);
@@ -81,7 +81,7 @@ bool StartChild(std::uint64_t memory, const std::function<void(int pipe, int sta
   return true;
 }
 
-std::string EndOfChild(const CHILD& child) {
+std::string EndOfChild(const TChild& child) {
   int status = 0;
   while (waitpid(child.Process, &status, 0) < 0 && errno == EINTR) {
   }

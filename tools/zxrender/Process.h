@@ -7,7 +7,7 @@
 #include <sys/types.h>
 
 /// A child process that reports through a pipe.
-struct CHILD {
+struct TChild {
   pid_t Process = -1;
   int Pipe = -1; ///< the end to read from; non-blocking
 };
@@ -17,7 +17,7 @@ struct CHILD {
 /// in the child is dropped. The child dies with its parent. False with `*error`
 /// as the reason if there can't be another process.
 bool StartChild(std::uint64_t memory, const std::function<void(int pipe, int standardOutput)>& work,
-                CHILD* out, std::string* error);
+                TChild* out, std::string* error);
 
 /// Waits for a child to end. Returns "" if it exited with status 0, else how it ended.
-std::string EndOfChild(const CHILD& child);
+std::string EndOfChild(const TChild& child);

@@ -19,7 +19,7 @@ namespace {
 using TEdge = std::pair<std::uint32_t, std::uint32_t>;
 
 // Each edge of the triangles once.
-std::vector<std::uint32_t> _Edges(const MESH& mesh) {
+std::vector<std::uint32_t> _Edges(const TMesh& mesh) {
   std::vector<TEdge> edges;
   edges.reserve(mesh.Indices.size());
   for (std::size_t i = 0; i + 2 < mesh.Indices.size(); i += 3) {
@@ -80,7 +80,7 @@ Zx3D::TProgramCPU* _MakeProgram(Zx3D::TVertexShaderCPU* vertex,
 
 } // namespace
 
-bool TScene::Create(const MODEL& model, int width, int height, const STYLE& style,
+bool TScene::Create(const TModel& model, int width, int height, const TStyle& style,
                     std::string* error, bool zUp) {
   m_Model = &model;
   m_Style = style;
@@ -95,7 +95,7 @@ bool TScene::Create(const MODEL& model, int width, int height, const STYLE& styl
   m_Cutout.reset(_MakeProgram(nullptr, new TCutoutShader));
   m_Layers.reset(_MakeProgram(new TLayerVertexShader, new TLayerFragmentShader));
   _MakeTextures();
-  for (const MESH& mesh : model.Meshes) {
+  for (const TMesh& mesh : model.Meshes) {
     _MakePart(mesh);
   }
   m_GL.EnableDepthTest(true);
@@ -125,14 +125,14 @@ void TScene::_MakeTextures() {
   m_GL.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
 }
 
-void TScene::_MakePart(const MESH& mesh) {
+void TScene::_MakePart(const TMesh& mesh) {
   const bool wire = m_Style.Wire && mesh.Corners == 3;
   std::vector<std::uint32_t> edges;
   if (wire) {
     edges = _Edges(mesh);
   }
   const std::vector<std::uint32_t>& indices = wire ? edges : mesh.Indices;
-  PART part;
+  TPart part;
   part.Mesh = &mesh;
   part.Mode = wire || mesh.Corners == 2 ? GL_LINES : mesh.Corners == 1 ? GL_POINTS : GL_TRIANGLES;
   part.Count = static_cast<int>(indices.size());
@@ -146,7 +146,7 @@ void TScene::_MakePart(const MESH& mesh) {
   }
   m_GL.GenBuffers(1, &part.Vertices);
   m_GL.BindBuffer(GL_ARRAY_BUFFER, part.Vertices);
-  m_GL.BufferData(GL_ARRAY_BUFFER, static_cast<long>(mesh.Vertices.size() * sizeof(VERTEX)),
+  m_GL.BufferData(GL_ARRAY_BUFFER, static_cast<long>(mesh.Vertices.size() * sizeof(TVertex)),
                   mesh.Vertices.data(), GL_STATIC_DRAW);
   m_GL.GenBuffers(1, &part.Indices);
   m_GL.BindBuffer(GL_ELEMENT_ARRAY_BUFFER, part.Indices);
@@ -178,7 +178,7 @@ void TScene::_SetLights() {
   m_GL.EnableLight(1, true);
 }
 
-void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
+void TScene::_SetMaterial(const TMaterial& material, bool hasColors) {
   // One call for both faces would change the front alone.
   static constexpr unsigned int kFaces[] = {GL_FRONT, GL_BACK};
   for (const unsigned int face : kFaces) {
@@ -198,8 +198,8 @@ void TScene::_SetMaterial(const MATERIAL& material, bool hasColors) {
 }
 
 // Everything of a part but its colours.
-void TScene::_BindPart(const PART& part) {
-  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
+void TScene::_BindPart(const TPart& part) {
+  const TMaterial& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
   if (part.Mode == GL_TRIANGLES && material.Texture >= 0) {
     m_GL.BindTexture(GL_TEXTURE_2D, m_Textures[static_cast<std::size_t>(material.Texture)]);
     m_GL.TexWrap2D(material.WrapS, material.WrapT);
@@ -209,11 +209,11 @@ void TScene::_BindPart(const PART& part) {
   }
   m_GL.BindBuffer(GL_ARRAY_BUFFER, part.Vertices);
   m_GL.BindBuffer(GL_ELEMENT_ARRAY_BUFFER, part.Indices);
-  const int stride = static_cast<int>(sizeof(VERTEX));
-  m_GL.VertexPointer(3, GL_FLOAT, stride, _Offset(offsetof(VERTEX, Position)));
-  m_GL.NormalPointer(GL_FLOAT, stride, _Offset(offsetof(VERTEX, Normal)));
-  m_GL.TexCoordPointer(2, GL_FLOAT, stride, _Offset(offsetof(VERTEX, TexCoord)));
-  m_GL.ColorPointer(4, GL_UNSIGNED_BYTE, stride, _Offset(offsetof(VERTEX, Color)));
+  const int stride = static_cast<int>(sizeof(TVertex));
+  m_GL.VertexPointer(3, GL_FLOAT, stride, _Offset(offsetof(TVertex, Position)));
+  m_GL.NormalPointer(GL_FLOAT, stride, _Offset(offsetof(TVertex, Normal)));
+  m_GL.TexCoordPointer(2, GL_FLOAT, stride, _Offset(offsetof(TVertex, TexCoord)));
+  m_GL.ColorPointer(4, GL_UNSIGNED_BYTE, stride, _Offset(offsetof(TVertex, Color)));
   m_GL.EnableClientState(GL_VERTEX_ARRAY);
   m_GL.EnableClientState(GL_NORMAL_ARRAY);
   m_GL.EnableClientState(GL_TEXTURE_COORD_ARRAY);
@@ -224,12 +224,12 @@ void TScene::_BindPart(const PART& part) {
   }
 }
 
-void TScene::_DrawPart(const PART& part, const CAMERA& camera) {
-  const MESH& mesh = *part.Mesh;
-  const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(mesh.Material)];
+void TScene::_DrawPart(const TPart& part, const TCamera& camera) {
+  const TMesh& mesh = *part.Mesh;
+  const TMaterial& material = m_Model->Materials[static_cast<std::size_t>(mesh.Material)];
   const bool filled = part.Mode == GL_TRIANGLES;
   _SetMaterial(material, mesh.HasColors);
-  m_GL.EnableLighting(filled && m_Style.Light != LIGHT::None);
+  m_GL.EnableLighting(filled && m_Style.Light != TLight::None);
   m_GL.Color4fv(m_Style.Wire ? _Contrast(m_Style.Background).data() : material.Diffuse.data());
   _BindPart(part);
   if (filled) {
@@ -255,10 +255,10 @@ void TScene::_DrawPart(const PART& part, const CAMERA& camera) {
 
 // Opaque parts first; then the blended ones from the farthest to the nearest, which leave the depth
 // as it is.
-void TScene::_DrawParts(const CAMERA& camera) {
-  std::vector<std::pair<double, const PART*>> blended;
+void TScene::_DrawParts(const TCamera& camera) {
+  std::vector<std::pair<double, const TPart*>> blended;
   m_GL.EnableBlend(false);
-  for (const PART& part : m_Parts) {
+  for (const TPart& part : m_Parts) {
     if (!m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)].Blended) {
       _DrawPart(part, camera);
       continue;
@@ -282,7 +282,7 @@ void TScene::_DrawParts(const CAMERA& camera) {
 }
 
 // The shifts are in samples.
-void TScene::_SetCamera(const CAMERA& camera, double shiftX, double shiftY) {
+void TScene::_SetCamera(const TCamera& camera, double shiftX, double shiftY) {
   m_GL.MatrixMode(GL_PROJECTION);
   m_GL.LoadIdentity();
   if (shiftX != 0 || shiftY != 0) {
@@ -310,13 +310,13 @@ bool TScene::_SetSize(int width, int height, std::string* error) {
   return true;
 }
 
-bool TScene::Draw(const CAMERA& camera, std::string* error) {
+bool TScene::Draw(const TCamera& camera, std::string* error) {
   if (!_SetSize(m_Side * m_Width, m_Side * m_Height, error)) {
     return false;
   }
   m_GL.Clear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   _SetCamera(camera, 0, 0);
-  if (m_Style.Light == LIGHT::Fixed) {
+  if (m_Style.Light == TLight::Fixed) {
     const TPoint from = DirectionOf(m_Style.LightAzimuth, m_Style.LightElevation, m_ZUp);
     const float position[] = {static_cast<float>(from[0]), static_cast<float>(from[1]),
                               static_cast<float>(from[2]), 0};
@@ -330,15 +330,15 @@ bool TScene::Draw(const CAMERA& camera, std::string* error) {
   return true;
 }
 
-void TScene::_DrawLayer(const CAMERA& camera, bool ids) {
+void TScene::_DrawLayer(const TCamera& camera, bool ids) {
   m_GL.Clear(GL_DEPTH_BUFFER_BIT);
   _SetCamera(camera, 0, 0);
   m_GL.EnableLighting(false);
   m_GL.EnableCullFace(false);
   m_GL.Disable(GL_COLOR_MATERIAL);
   m_GL.SetProgram(m_Layers.get());
-  for (const PART& part : m_Parts) {
-    const MATERIAL& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
+  for (const TPart& part : m_Parts) {
+    const TMaterial& material = m_Model->Materials[static_cast<std::size_t>(part.Mesh->Material)];
     const double id = static_cast<double>(part.Mesh - m_Model->Meshes.data()) + 1;
     m_GL.Uniform(kCutoffCell, material.Blended ? 0.5 : double{material.Cutoff});
     m_GL.Uniform(kIdCell, ids ? id : 0.0);
@@ -350,7 +350,7 @@ void TScene::_DrawLayer(const CAMERA& camera, bool ids) {
   m_GL.SetProgram(nullptr);
 }
 
-bool TScene::DrawLayers(const CAMERA& camera, LAYERS* out, std::string* error) {
+bool TScene::DrawLayers(const TCamera& camera, TLayers* out, std::string* error) {
   TDataSurface values;
   if (!_SetSize(m_Width, m_Height, error)) {
     return false;

@@ -13,7 +13,7 @@
 
 namespace zx_scene {
 
-struct VIEW {
+struct TView {
   int Width = 800;
   int Height = 600;
   double Azimuth = 30;     ///< degrees round the vertical axis; 0 looks along -z
@@ -24,7 +24,7 @@ struct VIEW {
 
 /// Where the eye stands: the matrix of the view as OpenGL has it, and the distances between which
 /// the model lies.
-struct CAMERA {
+struct TCamera {
   double View[16];
   double Near;
   double Far;
@@ -36,26 +36,26 @@ struct CAMERA {
 /// The cameras that look from `frames` sides, evenly round the model and each as `view` says for
 /// the first, at one distance: just far enough that all vertices of pieces lie in every picture.
 /// Empty if there is no such vertex.
-std::vector<CAMERA> FrameModel(const MODEL& model, const VIEW& view, int frames);
+std::vector<TCamera> FrameModel(const TModel& model, const TView& view, int frames);
 
 /// A camera of the file, for a picture of `view`'s size: by its name, or the first if that is
 /// empty. False with `*error` as the reason if there is none.
-bool TakeFileCamera(const MODEL& model, const VIEW& view, const std::string& name, CAMERA* out,
+bool TakeFileCamera(const TModel& model, const TView& view, const std::string& name, TCamera* out,
                     std::string* error);
 
-enum class LIGHT {
+enum class TLight {
   WithCamera, ///< the key light stands at the camera's left
   Fixed,      ///< the key light stands still, wherever the camera is
   None        ///< colours as they are in the file
 };
 
-struct STYLE {
+struct TStyle {
   TColor Background = {0.86f, 0.88f, 0.91f, 1};
   bool Wire = false;
   bool Linear = true; ///< filter of textures
   int Samples = 1;    ///< a pixel: 1, 4 or 16
-  LIGHT Light = LIGHT::WithCamera;
-  double LightAzimuth = 0; ///< from where a fixed light comes, in the angles of `VIEW`
+  TLight Light = TLight::WithCamera;
+  double LightAzimuth = 0; ///< from where a fixed light comes, in the angles of `TView`
   double LightElevation = 0;
 };
 
@@ -63,7 +63,7 @@ struct STYLE {
 TPoint DirectionOf(double azimuth, double elevation, bool zUp);
 
 /// What the first surface is that is seen in the middle of each pixel; the bottom row first.
-struct LAYERS {
+struct TLayers {
   int Width = 0;
   int Height = 0;
   std::vector<float> Depth;       ///< before the eye along its direction; infinity for nothing
@@ -87,15 +87,15 @@ public:
 
   /// False with `*error` as the reason when memory is exhausted. `model` must outlive the scene.
   /// `zUp` is the vertical axis by which a fixed light stands.
-  bool Create(const MODEL& model, int width, int height, const STYLE& style, std::string* error,
+  bool Create(const TModel& model, int width, int height, const TStyle& style, std::string* error,
               bool zUp = false);
 
   /// Clears and draws. False with `*error` as the reason when the context reports an error.
-  bool Draw(const CAMERA& camera, std::string* error);
+  bool Draw(const TCamera& camera, std::string* error);
 
   /// Draws the layers instead of the picture, which is lost. What a material lets through by more
   /// than a half is left out. False with `*error` as the reason.
-  bool DrawLayers(const CAMERA& camera, LAYERS* out, std::string* error);
+  bool DrawLayers(const TCamera& camera, TLayers* out, std::string* error);
 
   /// The picture's bytes, RGBA, the bottom row first.
   const std::vector<std::uint8_t>& ReadPicture();
@@ -111,37 +111,37 @@ public:
   std::size_t CountCovered();
 
 private:
-  struct PART {
+  struct TPart {
     unsigned int Vertices = 0; ///< buffer names
     unsigned int Indices = 0;
     unsigned int Mode = 0;
     int Count = 0;
-    const MESH* Mesh = nullptr;
+    const TMesh* Mesh = nullptr;
     double Center[3] = {}; ///< by which blended parts are sorted
   };
 
   void _MakeTextures();
-  void _MakePart(const MESH& mesh);
+  void _MakePart(const TMesh& mesh);
   void _SetLights();
-  void _SetMaterial(const MATERIAL& material, bool hasColors);
+  void _SetMaterial(const TMaterial& material, bool hasColors);
   bool _SetSize(int width, int height, std::string* error);
-  void _SetCamera(const CAMERA& camera, double shiftX, double shiftY);
-  void _BindPart(const PART& part);
-  void _DrawPart(const PART& part, const CAMERA& camera);
-  void _DrawParts(const CAMERA& camera);
-  void _DrawLayer(const CAMERA& camera, bool ids);
+  void _SetCamera(const TCamera& camera, double shiftX, double shiftY);
+  void _BindPart(const TPart& part);
+  void _DrawPart(const TPart& part, const TCamera& camera);
+  void _DrawParts(const TCamera& camera);
+  void _DrawLayer(const TCamera& camera, bool ids);
 
   Zx3D::TRenderCPU m_GL;
   TOwned<Zx3D::TProgramCPU> m_Cutout;
   TOwned<Zx3D::TProgramCPU> m_Layers;
-  const MODEL* m_Model = nullptr;
-  STYLE m_Style;
+  const TModel* m_Model = nullptr;
+  TStyle m_Style;
   bool m_ZUp = false;
   int m_Width = 0;
   int m_Height = 0;
   int m_Side = 1; ///< samples a pixel in a row
   std::vector<unsigned int> m_Textures;
-  std::vector<PART> m_Parts;
+  std::vector<TPart> m_Parts;
   std::vector<std::uint8_t> m_Picture;
 };
 

@@ -5,7 +5,7 @@
 namespace zx_scene {
 
 /// Cells of uniforms that these shaders read.
-enum UNIFORM : int {
+enum TUniform : int {
   kCutoffCell = 0, ///< a double: fragments of less alpha are discarded
   kIdCell = 1,     ///< a double: the number of the mesh, or 0 for depth and normal
 };

@@ -133,7 +133,7 @@ bool _FromTexels(const aiTexture& texture, DATASURFACE* out) {
 
 } // namespace
 
-TTextureLoader::TTextureLoader(const aiScene& scene, std::string modelName, MODEL* out,
+TTextureLoader::TTextureLoader(const aiScene& scene, std::string modelName, TModel* out,
                                std::vector<std::string>* warnings)
     : m_Scene(scene), m_ModelName(std::move(modelName)), m_Model(out), m_Warnings(warnings) {}
 
@@ -168,7 +168,7 @@ int TTextureLoader::Get(const std::string& name, bool opaque) {
   DATASURFACE image = {};
   std::string reason;
   if (_Load(name, &image, &reason)) {
-    TEXTURE& texture = m_Model->Textures.emplace_back();
+    TTexture& texture = m_Model->Textures.emplace_back();
     texture.Name = name;
     if (_ToRGBA(image, opaque, &texture.Image)) {
       index = static_cast<int>(m_Model->Textures.size()) - 1;

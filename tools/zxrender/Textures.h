@@ -13,7 +13,7 @@ namespace zx_scene {
 /// Finds and loads the textures of one model, each once.
 class TTextureLoader {
 public:
-  TTextureLoader(const aiScene& scene, std::string modelName, MODEL* out,
+  TTextureLoader(const aiScene& scene, std::string modelName, TModel* out,
                  std::vector<std::string>* warnings);
 
   /// The index of the texture that the file calls `name`, or -1 with a warning. `opaque` makes all
@@ -25,7 +25,7 @@ private:
 
   const aiScene& m_Scene;
   std::string m_ModelName;
-  MODEL* m_Model;
+  TModel* m_Model;
   std::vector<std::string>* m_Warnings;
   std::map<std::pair<std::string, bool>, int> m_Known;
 };

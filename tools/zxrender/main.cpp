@@ -57,8 +57,8 @@ std::string _DuplicateText(const std::string& name) {
 }
 
 // No two pictures may go into one file. False with `*error` as the reason.
-bool _CheckNames(const CALL& call, const std::vector<TASK>& tasks, std::string* error) {
-  const OPTIONS& options = call.Options;
+bool _CheckNames(const TCall& call, const std::vector<TTask>& tasks, std::string* error) {
+  const TOptions& options = call.Options;
   for (const std::string* pattern : {&options.Output, &options.Depth, &options.Normals,
                                      &options.Ids, &options.Check, &options.Difference}) {
     if (!CheckPattern(*pattern, error)) {
@@ -66,9 +66,9 @@ bool _CheckNames(const CALL& call, const std::vector<TASK>& tasks, std::string* 
     }
   }
   std::set<std::string> known;
-  for (const TASK& task : tasks) {
+  for (const TTask& task : tasks) {
     for (int frame = task.FirstFrame; frame < task.EndFrame; ++frame) {
-      const PICTURE_NAMES names = NamesOf(call, task, frame);
+      const TPictureNames names = NamesOf(call, task, frame);
       for (const std::string* name :
            {&names.Output, &names.Depth, &names.Normals, &names.Ids, &names.Difference}) {
         if (!name->empty() && !known.insert(*name).second) {
@@ -86,8 +86,8 @@ int _Fail(const std::string& reason) {
   return 1;
 }
 
-int _Run(const OPTIONS& options) {
-  CALL call = {options, "", 0};
+int _Run(const TOptions& options) {
+  TCall call = {options, "", 0};
   std::vector<std::string>& models = call.Options.Models;
   std::string error;
   if (!options.List.empty() && !ReadList(options.List, &models, &error)) {
@@ -114,7 +114,7 @@ int _Run(const OPTIONS& options) {
     RefuseCommandLine(error);
     return 2;
   }
-  const std::vector<TASK> tasks =
+  const std::vector<TTask> tasks =
       MakeTasks(models.size(), frames, options.Part, options.Parts, jobs);
   return tasks.empty() ? 0 : TBatch(call, tasks, jobs).Run();
 }
@@ -123,13 +123,13 @@ int _Run(const OPTIONS& options) {
 
 int main(int argc, char** argv) {
   _OccupyStandardDescriptors();
-  OPTIONS options;
+  TOptions options;
   switch (ReadOptions(argc, argv, &options)) {
-  case COMMAND::Done:
+  case TCommand::Done:
     return 0;
-  case COMMAND::Wrong:
+  case TCommand::Wrong:
     return 2;
-  case COMMAND::Render:
+  case TCommand::Render:
     break;
   }
   int status = 1;

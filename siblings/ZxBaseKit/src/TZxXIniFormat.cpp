@@ -25,7 +25,7 @@ public:
   }
 
 private:
-  struct BRACKET {
+  struct TBracket {
     unsigned long Dots; ///< of the key before it
     bool IsArray;
   };
@@ -167,7 +167,7 @@ private:
   unsigned long m_Header = 0; ///< levels of the current section
   unsigned long m_Total = 0;  ///< levels of the open brackets and the keys before them
   unsigned long m_Dots = 0;   ///< dots of the current key
-  std::vector<BRACKET> m_Open;
+  std::vector<TBracket> m_Open;
 };
 
 } // namespace

@@ -9,7 +9,7 @@
 
 namespace {
 
-struct ITEM {
+struct TItem {
   const toml::key* Key;
   const toml::node* Value;
 };
@@ -21,17 +21,17 @@ bool IsBefore(const toml::key* a, const toml::key* b) {
   return a->source().begin < b->source().begin;
 }
 
-struct SECTION {
+struct TSection {
   const toml::table* Table;
-  std::vector<ITEM> Items;
+  std::vector<TItem> Items;
 
-  explicit SECTION(const toml::table& table) : Table(&table) {
+  explicit TSection(const toml::table& table) : Table(&table) {
     Items.reserve(table.size());
     for (const auto& [key, value] : table) {
       Items.push_back({&key, &value});
     }
     std::sort(Items.begin(), Items.end(),
-              [](const ITEM& a, const ITEM& b) { return IsBefore(a.Key, b.Key); });
+              [](const TItem& a, const TItem& b) { return IsBefore(a.Key, b.Key); });
   }
 };
 
@@ -43,10 +43,10 @@ TZxMessage MessageAt(const toml::source_position& at, std::string_view what) {
 
 struct TZxXIniReader::TImpl {
   toml::table Root;
-  std::vector<SECTION> Path;
+  std::vector<TSection> Path;
 
-  const ITEM& AtE(unsigned long item) const {
-    const std::vector<ITEM>& items = Path.back().Items;
+  const TItem& AtE(unsigned long item) const {
+    const std::vector<TItem>& items = Path.back().Items;
     if (item >= items.size()) {
       throw TZxMessage("The section has no item %1%.") << item;
     }
@@ -54,7 +54,7 @@ struct TZxXIniReader::TImpl {
   }
 
   [[noreturn]] void RaiseTypeE(unsigned long item, const char* expected) const {
-    const ITEM& at = AtE(item);
+    const TItem& at = AtE(item);
     const TZxMessage what = TZxMessage("\"%1%\" is no %2%")
                             << std::string(at.Key->str()) << expected;
     throw MessageAt(at.Key->source().begin, what.GetText());
@@ -92,14 +92,14 @@ std::string TZxXIniReader::GetKeyE(unsigned long item) const {
 }
 
 unsigned long TZxXIniReader::FindF(const std::string& key, unsigned long from) const {
-  const SECTION& section = m_Impl->Path.back();
+  const TSection& section = m_Impl->Path.back();
   const auto found = section.Table->find(key);
   if (found == section.Table->cend()) {
     return ~0ul;
   }
   const auto item =
       std::lower_bound(section.Items.begin(), section.Items.end(), &found->first,
-                       [](const ITEM& a, const toml::key* b) { return IsBefore(a.Key, b); });
+                       [](const TItem& a, const toml::key* b) { return IsBefore(a.Key, b); });
   const unsigned long index = static_cast<unsigned long>(item - section.Items.begin());
   return index < from ? ~0ul : index;
 }

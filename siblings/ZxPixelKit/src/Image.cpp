@@ -17,20 +17,20 @@
 
 namespace zx::image {
 
-bool REASON::Refuse(const char* text) { return Refuse(text, nullptr); }
+bool TReason::Refuse(const char* text) { return Refuse(text, nullptr); }
 
-bool REASON::Refuse(const char* text, const char* detail) {
+bool TReason::Refuse(const char* text, const char* detail) {
   const bool more = detail != nullptr && *detail != '\0';
   std::snprintf(Text, sizeof Text, "%s%s%s", text, more ? ": " : "", more ? detail : "");
   return false;
 }
 
-bool RefuseByErrno(REASON* why) {
+bool RefuseByErrno(TReason* why) {
   char text[128];
   return why->Refuse(strerror_r(errno, text, sizeof text));
 }
 
-void Tell(const REASON& why, TZxMessage* reason) {
+void Tell(const TReason& why, TZxMessage* reason) {
   if (reason == nullptr) {
     return;
   }
@@ -42,7 +42,7 @@ void Tell(const REASON& why, TZxMessage* reason) {
 }
 
 bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
-                std::size_t fileSize, REASON* why) {
+                std::size_t fileSize, TReason* why) {
   constexpr auto kMost = static_cast<std::int64_t>(ZxMaxImagePixels);
   if (width < 1 || height < 1) {
     return why->Refuse("has no pixels");
@@ -56,7 +56,7 @@ bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPer
 
 namespace {
 
-using TDecode = bool (*)(BYTES file, PICTURE* out, REASON* why);
+using TDecode = bool (*)(TBytesView file, TPicture* out, TReason* why);
 
 // The first bytes by which a file is told; what nobody knows is not read any further.
 constexpr std::size_t kHeadSize = 1 << 16;
@@ -65,9 +65,9 @@ constexpr std::size_t kHeadSize = 1 << 16;
 constexpr std::size_t kMostFileSize = std::size_t{ZxMaxImagePixels} * 8 + (1 << 26);
 
 // The TGA test comes last, since it has no mark to go by.
-TDecode _FindDecoder(BYTES head) {
+TDecode _FindDecoder(TBytesView head) {
   static constexpr struct {
-    bool (*Is)(BYTES head);
+    bool (*Is)(TBytesView head);
     TDecode Decode;
   } kKinds[] = {
       {IsPng, DecodePng}, {IsJpeg, DecodeJpeg}, {IsBmp, DecodeBmp},
@@ -85,7 +85,7 @@ TDecode _FindDecoder(BYTES head) {
 class TGrowing {
 public:
   // Reads up to `most` bytes in all by `read(data, size)`, until that gives 0.
-  template <class TRead> bool Read(std::size_t most, TRead& read, REASON* why) {
+  template <class TRead> bool Read(std::size_t most, TRead& read, TReason* why) {
     while (m_Size < most) {
       if (m_Size == m_Capacity && !_Grow()) {
         return why->Refuse(kOutOfMemory);
@@ -103,7 +103,7 @@ public:
     return true;
   }
 
-  BYTES Get() const { return {m_Block.get(), m_Size}; }
+  TBytesView Get() const { return {m_Block.get(), m_Size}; }
 
 private:
   bool _Grow() {
@@ -125,10 +125,10 @@ private:
 
 // Turns the picture as it is to be seen, bottom row first, into a block with slack behind its
 // pixels.
-bool _ToSurface(const PICTURE& picture, DATASURFACE* out, REASON* why) {
+bool _ToSurface(const TPicture& picture, DATASURFACE* out, TReason* why) {
   static constexpr DATA_FORMAT kFormats[] = {DATA_FORMAT_LUMINANCE, DATA_FORMAT_LUMINANCE_ALPHA,
                                              DATA_FORMAT_RGB, DATA_FORMAT_RGBA};
-  const WALK walk = WalkOf(picture.Width, picture.Height, picture.Orientation);
+  const TWalk walk = WalkOf(picture.Width, picture.Height, picture.Orientation);
   DATASURFACE made;
   if (picture.Channels < 1 || picture.Channels > 4 ||
       !ds::Set(&made, walk.Width, walk.Height, kFormats[picture.Channels - 1], picture.Type,
@@ -159,7 +159,7 @@ bool _ToSurface(const PICTURE& picture, DATASURFACE* out, REASON* why) {
   return true;
 }
 
-template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, REASON* why) {
+template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, TReason* why) {
   TGrowing bytes;
   if (!bytes.Read(kHeadSize, read, why)) {
     return false;
@@ -171,7 +171,7 @@ template <class TRead> bool _LoadBytes(TRead read, DATASURFACE* out, REASON* why
   if (!bytes.Read(kMostFileSize, read, why)) {
     return false;
   }
-  PICTURE picture;
+  TPicture picture;
   return decode(bytes.Get(), &picture, why) && _ToSurface(picture, out, why);
 }
 
@@ -179,7 +179,7 @@ struct TCloseFile {
   void operator()(std::FILE* file) const noexcept { std::fclose(file); }
 };
 
-bool _LoadFrom(const std::string& name, DATASURFACE* out, REASON* why) {
+bool _LoadFrom(const std::string& name, DATASURFACE* out, TReason* why) {
   const std::unique_ptr<std::FILE, TCloseFile> file(std::fopen(name.c_str(), "rbe"));
   if (!file) {
     return RefuseByErrno(why);
@@ -194,7 +194,7 @@ bool _LoadFrom(const std::string& name, DATASURFACE* out, REASON* why) {
     return got;
   };
   // What could be read of a file that can't be read to its end is not the file.
-  REASON ofBytes;
+  TReason ofBytes;
   DATASURFACE made = {};
   const bool done = _LoadBytes(read, &made, &ofBytes);
   if (failed) {
@@ -209,7 +209,7 @@ bool _LoadFrom(const std::string& name, DATASURFACE* out, REASON* why) {
   return true;
 }
 
-bool _LoadFrom(TZxStream* stream, DATASURFACE* out, REASON* why) {
+bool _LoadFrom(TZxStream* stream, DATASURFACE* out, TReason* why) {
   if (stream == nullptr || !static_cast<bool>(*stream)) {
     return why->Refuse("no stream to read from");
   }
@@ -220,7 +220,7 @@ bool _LoadFrom(TZxStream* stream, DATASURFACE* out, REASON* why) {
 }
 
 template <class TSource> bool _Load(const TSource& source, DATASURFACE* out, TZxMessage* reason) {
-  REASON why;
+  TReason why;
   if (_LoadFrom(source, out, &why)) {
     return true;
   }

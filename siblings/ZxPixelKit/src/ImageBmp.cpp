@@ -19,7 +19,7 @@ constexpr std::uint32_t kPacked8 = 1;
 constexpr std::uint32_t kPacked4 = 2;
 constexpr std::uint32_t kMasked = 3;
 
-struct BMP_HEADER {
+struct TBmpHeader {
   std::uint32_t PixelsAt;
   std::uint32_t HeaderSize;
   std::int32_t Width;
@@ -35,7 +35,7 @@ struct BMP_HEADER {
 };
 
 // Fields of the six known headers, whose common parts lie at the same places.
-bool _ReadBmpHeader(BYTES file, BMP_HEADER* h) {
+bool _ReadBmpHeader(TBytesView file, TBmpHeader* h) {
   if (file.Size < kBmpFileHeader + 12) {
     return false;
   }
@@ -86,7 +86,7 @@ bool _ReadBmpHeader(BYTES file, BMP_HEADER* h) {
   return true;
 }
 
-bool _CheckBmp(BYTES file, const BMP_HEADER& h, REASON* why) {
+bool _CheckBmp(TBytesView file, const TBmpHeader& h, TReason* why) {
   const std::uint32_t bits = h.BitsPerPixel;
   const bool known = bits == 1 || bits == 4 || bits == 8 || bits == 16 || bits == 24 || bits == 32;
   const bool fits = h.Compression == kPlain ||
@@ -116,12 +116,12 @@ bool _CheckBmp(BYTES file, const BMP_HEADER& h, REASON* why) {
 //     0 n ...      n pixels one by one, up to an even byte
 class TUnpacking {
 public:
-  TUnpacking(BYTES packed, const BMP_HEADER& h, std::uint8_t* rows, std::size_t rowBytes)
+  TUnpacking(TBytesView packed, const TBmpHeader& h, std::uint8_t* rows, std::size_t rowBytes)
       : m_Packed(packed), m_Rows(rows), m_RowBytes(rowBytes),
         m_Width(static_cast<std::size_t>(h.Width)), m_Height(static_cast<std::size_t>(h.Height)),
         m_IsHalf(h.Compression == kPacked4) {}
 
-  bool Run(REASON* why) {
+  bool Run(TReason* why) {
     for (;;) {
       if (_Left() < 2) {
         // The mark of the end may be missing behind the last pixel.
@@ -142,7 +142,7 @@ public:
 private:
   std::size_t _Left() const { return m_Packed.Size - m_At; }
 
-  bool _Escape(std::size_t code, REASON* why) {
+  bool _Escape(std::size_t code, TReason* why) {
     if (code == 0) {
       m_X = 0;
       ++m_Y;
@@ -163,7 +163,7 @@ private:
   }
 
   // `count` pixels from `colors` on; `repeated`: all from its first byte.
-  bool _Put(const std::uint8_t* colors, std::size_t count, bool repeated, REASON* why) {
+  bool _Put(const std::uint8_t* colors, std::size_t count, bool repeated, TReason* why) {
     if (m_Y >= m_Height || m_X > m_Width || count > m_Width - m_X) {
       return why->Refuse("damaged", "a run beyond its row");
     }
@@ -176,7 +176,7 @@ private:
     return true;
   }
 
-  BYTES m_Packed;
+  TBytesView m_Packed;
   std::uint8_t* m_Rows;
   std::size_t m_RowBytes;
   std::size_t m_Width;
@@ -191,7 +191,7 @@ private:
 constexpr std::uint64_t kMostPackedPixelsPerByte = 128;
 constexpr std::int64_t kFreePixels = std::int64_t{1} << 20;
 
-bool _Unpack(BYTES file, const BMP_HEADER& h, TBlock* rows, std::size_t* size, REASON* why) {
+bool _Unpack(TBytesView file, const TBmpHeader& h, TBlock* rows, std::size_t* size, TReason* why) {
   const bool small = std::int64_t{h.Width} * h.Height <= kFreePixels;
   if (!FitsBudget(h.Width, h.Height, small ? ~std::uint64_t{0} : kMostPackedPixelsPerByte,
                   file.Size, why)) {
@@ -208,13 +208,13 @@ bool _Unpack(BYTES file, const BMP_HEADER& h, TBlock* rows, std::size_t* size, R
 
 } // namespace
 
-bool IsBmp(BYTES head) { return head.Size >= 2 && head.Data[0] == 'B' && head.Data[1] == 'M'; }
+bool IsBmp(TBytesView head) { return head.Size >= 2 && head.Data[0] == 'B' && head.Data[1] == 'M'; }
 
 // Every header is rewritten as the one kind that the decoder reads without trouble, with a palette
 // of full length: colours that the file does not have are black. It does not read packed pixels, so
 // it gets those spread out.
-bool DecodeBmp(BYTES file, PICTURE* out, REASON* why) {
-  BMP_HEADER h;
+bool DecodeBmp(TBytesView file, TPicture* out, TReason* why) {
+  TBmpHeader h;
   if (!_ReadBmpHeader(file, &h)) {
     return why->Refuse(kBadHeader);
   }
@@ -246,7 +246,7 @@ bool DecodeBmp(BYTES file, PICTURE* out, REASON* why) {
     Put32(head + 54 + 4 * i, h.Masks[i]);
   }
   TBlock rows;
-  BYTES body = From(file, h.PixelsAt);
+  TBytesView body = From(file, h.PixelsAt);
   if (h.IsPacked()) {
     if (!_Unpack(file, h, &rows, &body.Size, why)) {
       return false;

@@ -13,7 +13,7 @@ class TZxMessage;
 namespace zx::image {
 
 /// The whole of a file, in memory of somebody else's.
-struct BYTES {
+struct TBytesView {
   const std::uint8_t* Data;
   std::size_t Size;
 };
@@ -24,7 +24,7 @@ struct TFree {
 
 /// Why a file was refused, as a phrase that stands behind its name. Of fixed storage, so that a
 /// longjmp may leave it behind and exhausted memory can be told.
-struct REASON {
+struct TReason {
   char Text[256] = "";
 
   /// Notes the phrase. Always false, so that a refusal is one statement.
@@ -35,10 +35,10 @@ struct REASON {
 };
 
 /// Notes what the C library says of the last error. Always false.
-bool RefuseByErrno(REASON* why);
+bool RefuseByErrno(TReason* why);
 
 /// Hands a reason on to a caller who may not want it.
-void Tell(const REASON& why, TZxMessage* reason);
+void Tell(const TReason& why, TZxMessage* reason);
 
 /// Phrases that several kinds share.
 inline constexpr char kOutOfMemory[] = "out of memory";
@@ -50,7 +50,7 @@ using TBlock = std::unique_ptr<std::uint8_t[], TFree>;
 
 /// A decoded picture as it is stored: tight rows, in the plain orientation the top row first,
 /// components in the processor's byte order.
-struct PICTURE {
+struct TPicture {
   int Width = 0;
   int Height = 0;
   int Channels = 0;
@@ -63,7 +63,7 @@ struct PICTURE {
 /// pixels, and no more than `fileSize` bytes can code when a byte stands for `pixelsPerByte` pixels
 /// at the most. Beyond a small size, a length in a file thus never sizes a block by itself.
 bool FitsBudget(std::int64_t width, std::int64_t height, std::uint64_t pixelsPerByte,
-                std::size_t fileSize, REASON* why);
+                std::size_t fileSize, TReason* why);
 
 /// An unsigned number of 2 or 4 bytes, lowest byte first.
 inline std::uint32_t Get16(const std::uint8_t* p) {
@@ -73,23 +73,23 @@ inline std::uint32_t Get32(const std::uint8_t* p) { return Get16(p) | Get16(p + 
 
 /// Each `Is` looks at the first bytes only; each `Decode` leaves `*out` as it was when it is false,
 /// and has noted in `*why` what was wrong.
-bool IsPng(BYTES head);
-bool DecodePng(BYTES file, PICTURE* out, REASON* why);
+bool IsPng(TBytesView head);
+bool DecodePng(TBytesView file, TPicture* out, TReason* why);
 
-bool IsJpeg(BYTES head);
-bool DecodeJpeg(BYTES file, PICTURE* out, REASON* why);
+bool IsJpeg(TBytesView head);
+bool DecodeJpeg(TBytesView file, TPicture* out, TReason* why);
 
-bool IsBmp(BYTES head);
-bool DecodeBmp(BYTES file, PICTURE* out, REASON* why);
+bool IsBmp(TBytesView head);
+bool DecodeBmp(TBytesView file, TPicture* out, TReason* why);
 
-bool IsPnm(BYTES head);
-bool DecodePnm(BYTES file, PICTURE* out, REASON* why);
+bool IsPnm(TBytesView head);
+bool DecodePnm(TBytesView file, TPicture* out, TReason* why);
 
-bool IsHdr(BYTES head);
-bool DecodeHdr(BYTES file, PICTURE* out, REASON* why);
+bool IsHdr(TBytesView head);
+bool DecodeHdr(TBytesView file, TPicture* out, TReason* why);
 
 /// TGA has no mark: this holds each field of the header against the values that it can have.
-bool IsTga(BYTES head);
-bool DecodeTga(BYTES file, PICTURE* out, REASON* why);
+bool IsTga(TBytesView head);
+bool DecodeTga(TBytesView file, TPicture* out, TReason* why);
 
 } // namespace zx::image

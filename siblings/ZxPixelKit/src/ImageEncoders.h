@@ -16,14 +16,14 @@ void CopyRowFromTop(const DATASURFACE& surface, int y, std::size_t pixelBytes, s
 /// Each `Encode` writes a surface that has pixels and a type and channel count as its kind takes
 /// them, and notes in `*why` what was wrong when it is false.
 bool EncodePng(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-               REASON* why);
+               TReason* why);
 bool EncodeJpeg(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-                REASON* why);
+                TReason* why);
 bool EncodeBmp(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-               REASON* why);
+               TReason* why);
 bool EncodeTga(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-               REASON* why);
+               TReason* why);
 bool EncodeHdr(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-               REASON* why);
+               TReason* why);
 
 } // namespace zx::image

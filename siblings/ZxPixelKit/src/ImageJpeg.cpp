@@ -15,18 +15,18 @@ namespace zx::image {
 namespace {
 
 // Plain data only: a longjmp crosses no object with a destructor.
-struct JPEG_READ {
+struct TJpegRead {
   jpeg_decompress_struct Info;
   jpeg_error_mgr Errors;
   jpeg_progress_mgr Progress;
   std::jmp_buf Jump;
-  BYTES File;
+  TBytesView File;
   std::uint8_t* Pixels;
   int Channels;
   int Orientation;
   bool EndMissing;        // no end mark stands behind the data
   unsigned int Delivered; // a bit for each component of which a scan came
-  REASON* Why;
+  TReason* Why;
 };
 
 // A Huffman-coded block of 8 by 8 pixels takes a bit at the least. Arithmetic coding goes below
@@ -40,12 +40,12 @@ constexpr int kMostScans = 500;
 constexpr unsigned int kExifMarker = JPEG_APP0 + 1;
 constexpr char kExifMark[6] = {'E', 'x', 'i', 'f', '\0', '\0'};
 
-JPEG_READ* _Job(j_common_ptr info) { return static_cast<JPEG_READ*>(info->client_data); }
+TJpegRead* _Job(j_common_ptr info) { return static_cast<TJpegRead*>(info->client_data); }
 
-[[noreturn]] void _Leave(JPEG_READ* job) { std::longjmp(job->Jump, 1); }
+[[noreturn]] void _Leave(TJpegRead* job) { std::longjmp(job->Jump, 1); }
 
 void _OnError(j_common_ptr info) {
-  JPEG_READ* job = _Job(info);
+  TJpegRead* job = _Job(info);
   if (info->err->msg_code == JERR_OUT_OF_MEMORY) {
     job->Why->Refuse(kOutOfMemory);
   } else if (job->EndMissing || info->err->msg_code == JWRN_HIT_MARKER) {
@@ -64,7 +64,7 @@ void _OnMessage(j_common_ptr info, int level) {
   if (level >= 0) {
     return;
   }
-  JPEG_READ* job = _Job(info);
+  TJpegRead* job = _Job(info);
   switch (info->err->msg_code) {
   case JWRN_JPEG_EOF:
     job->EndMissing = true;
@@ -85,7 +85,7 @@ void _OnMessage(j_common_ptr info, int level) {
 
 // Called before each row of blocks is read.
 void _OnProgress(j_common_ptr info) {
-  JPEG_READ* job = _Job(info);
+  TJpegRead* job = _Job(info);
   if (job->Info.input_scan_number > kMostScans) {
     job->Why->Refuse("damaged JPEG", "too many scans");
     _Leave(job);
@@ -95,7 +95,7 @@ void _OnProgress(j_common_ptr info) {
   }
 }
 
-bool _CheckHeader(JPEG_READ* job) {
+bool _CheckHeader(TJpegRead* job) {
   const std::int64_t width = job->Info.image_width;
   const std::int64_t height = job->Info.image_height;
   const bool small = width * height <= kFreePixels;
@@ -118,7 +118,7 @@ int _Orientation(const jpeg_decompress_struct& info) {
 // Of a picture in several scans: whether all came that make it up. Without the end mark a
 // progressive one may have been cut between two scans; then every coefficient must have all its
 // bits.
-bool _IsComplete(const JPEG_READ& job) {
+bool _IsComplete(const TJpegRead& job) {
   const jpeg_decompress_struct& info = job.Info;
   if (job.Delivered != (1u << info.num_components) - 1) {
     return false;
@@ -136,7 +136,7 @@ bool _IsComplete(const JPEG_READ& job) {
   return true;
 }
 
-bool _ReadPicture(JPEG_READ* job) {
+bool _ReadPicture(TJpegRead* job) {
   jpeg_decompress_struct* info = &job->Info;
   jpeg_mem_src(info, job->File.Data, job->File.Size);
   jpeg_save_markers(info, kExifMarker, 0xFFFF);
@@ -177,7 +177,7 @@ bool _ReadPicture(JPEG_READ* job) {
   return true;
 }
 
-bool _Guarded(JPEG_READ* job) {
+bool _Guarded(TJpegRead* job) {
   if (setjmp(job->Jump) != 0) {
     return false;
   }
@@ -198,14 +198,14 @@ void _CmykToRgb(const std::uint8_t* from, std::size_t pixels, std::uint8_t* to) 
 
 } // namespace
 
-bool IsJpeg(BYTES head) {
+bool IsJpeg(TBytesView head) {
   return head.Size >= 3 && head.Data[0] == 0xFF && head.Data[1] == 0xD8 && head.Data[2] == 0xFF;
 }
 
-bool DecodeJpeg(BYTES file, PICTURE* out, REASON* why) {
+bool DecodeJpeg(TBytesView file, TPicture* out, TReason* why) {
   // The decoder's records take some 2 KiB, and its errors jump: on the heap nothing of them is in a
   // register when they do.
-  const std::unique_ptr<JPEG_READ> job(new (std::nothrow) JPEG_READ{});
+  const std::unique_ptr<TJpegRead> job(new (std::nothrow) TJpegRead{});
   if (!job) {
     return why->Refuse(kOutOfMemory);
   }

@@ -7,7 +7,7 @@ namespace {
 // Numbers of EXIF data, in the byte order that they tell, and none beyond their end.
 class TTiff {
 public:
-  explicit TTiff(BYTES bytes)
+  explicit TTiff(TBytesView bytes)
       : m_Bytes(bytes), m_IsLittle(bytes.Size >= 2 && bytes.Data[0] == 'I' && bytes.Data[1] == 'I'),
         m_IsBig(bytes.Size >= 2 && bytes.Data[0] == 'M' && bytes.Data[1] == 'M') {}
 
@@ -28,7 +28,7 @@ public:
   }
 
 private:
-  BYTES m_Bytes;
+  TBytesView m_Bytes;
   bool m_IsLittle;
   bool m_IsBig;
 };
@@ -41,7 +41,7 @@ constexpr std::size_t kEntrySize = 12;
 } // namespace
 
 // One 16-bit number out of the first directory: count, then entries of tag, type, count and value.
-int ExifOrientation(BYTES tiff) {
+int ExifOrientation(TBytesView tiff) {
   const TTiff numbers(tiff);
   if (!numbers.IsSound() || numbers.Number16(2) != kTiffMagic) {
     return 1;
@@ -59,7 +59,7 @@ int ExifOrientation(BYTES tiff) {
   return 1;
 }
 
-WALK WalkOf(int width, int height, int orientation) {
+TWalk WalkOf(int width, int height, int orientation) {
   const std::ptrdiff_t w = width;
   const std::ptrdiff_t h = height;
   switch (orientation) {

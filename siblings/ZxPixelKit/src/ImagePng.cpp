@@ -15,10 +15,10 @@ namespace {
 
 // What outlives a longjmp: only plain data, owned by `DecodePng`, which never is on the jumped
 // road.
-struct PNG_READ {
+struct TPngRead {
   png_structp Png;
   png_infop Info;
-  BYTES File;
+  TBytesView File;
   std::size_t Position;
   std::uint8_t* Pixels;
   png_uint_32 Width;
@@ -26,7 +26,7 @@ struct PNG_READ {
   int Channels;
   int BitDepth;
   int Orientation;
-  REASON* Why;
+  TReason* Why;
 };
 
 // Deflate codes at most 1032 bytes in one, and a byte holds at most eight pixels.
@@ -40,14 +40,14 @@ constexpr std::size_t kSignature = 8;
 constexpr std::size_t kAroundChunk = 12; // length and kind before it, the sum behind
 
 void _OnError(png_structp png, png_const_charp text) {
-  static_cast<PNG_READ*>(png_get_error_ptr(png))->Why->Refuse("damaged PNG", text);
+  static_cast<TPngRead*>(png_get_error_ptr(png))->Why->Refuse("damaged PNG", text);
   png_longjmp(png, 1);
 }
 
 void _OnWarning(png_structp, png_const_charp) {}
 
 void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
-  PNG_READ* job = static_cast<PNG_READ*>(png_get_io_ptr(png));
+  TPngRead* job = static_cast<TPngRead*>(png_get_io_ptr(png));
   if (size > job->File.Size - job->Position) {
     job->Why->Refuse(kTruncated);
     png_longjmp(png, 1);
@@ -58,7 +58,7 @@ void _ReadBytes(png_structp png, png_bytep data, std::size_t size) {
 
 // Whether the file has all bytes of each of its chunks, up to the last. The decoder allocates a
 // chunk by its length before it reads it.
-bool _HasItsChunks(BYTES file) {
+bool _HasItsChunks(TBytesView file) {
   std::size_t at = kSignature;
   for (bool isLast = false; !isLast;) {
     if (file.Size - at < kAroundChunk) {
@@ -75,7 +75,7 @@ bool _HasItsChunks(BYTES file) {
 }
 
 // Whether the header is plausible, before any pixel is looked at.
-bool _CheckHeader(const PNG_READ* job) {
+bool _CheckHeader(const TPngRead* job) {
   if (!FitsBudget(job->Width, job->Height, kMostPixelsPerByte, job->File.Size, job->Why)) {
     return false;
   }
@@ -106,7 +106,7 @@ int _SetTransforms(png_structp png, png_infop info) {
   return passes;
 }
 
-bool _ReadPicture(PNG_READ* job) {
+bool _ReadPicture(TPngRead* job) {
   png_structp png = job->Png;
   png_set_read_fn(png, job, _ReadBytes);
   png_set_user_limits(png, PNG_UINT_31_MAX, PNG_UINT_31_MAX);
@@ -146,7 +146,7 @@ bool _ReadPicture(PNG_READ* job) {
   return true;
 }
 
-bool _Guarded(PNG_READ* job) {
+bool _Guarded(TPngRead* job) {
   if (setjmp(png_jmpbuf(job->Png)) != 0) {
     return false;
   }
@@ -155,13 +155,13 @@ bool _Guarded(PNG_READ* job) {
 
 } // namespace
 
-bool IsPng(BYTES head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
+bool IsPng(TBytesView head) { return head.Size >= 8 && png_sig_cmp(head.Data, 0, 8) == 0; }
 
-bool DecodePng(BYTES file, PICTURE* out, REASON* why) {
+bool DecodePng(TBytesView file, TPicture* out, TReason* why) {
   if (!_HasItsChunks(file)) {
     return why->Refuse(kTruncated);
   }
-  PNG_READ job = {};
+  TPngRead job = {};
   job.File = file;
   job.Why = why;
   why->Refuse(kOutOfMemory); // until there is something else to tell

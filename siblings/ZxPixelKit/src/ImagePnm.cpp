@@ -16,7 +16,7 @@ constexpr std::uint32_t kMostPnmNumber = 999999999;
 bool _IsSpace(std::uint8_t c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
 // Steps over white space and comments.
-void _SkipPnmSpace(BYTES file, std::size_t* at) {
+void _SkipPnmSpace(TBytesView file, std::size_t* at) {
   std::size_t i = *at;
   while (i < file.Size && (_IsSpace(file.Data[i]) || file.Data[i] == '#')) {
     if (file.Data[i] == '#') {
@@ -31,7 +31,7 @@ void _SkipPnmSpace(BYTES file, std::size_t* at) {
 }
 
 // Reads a number behind white space and comments; `*at` then stands behind its last digit.
-bool _ReadPnmNumber(BYTES file, std::size_t* at, std::uint32_t* out) {
+bool _ReadPnmNumber(TBytesView file, std::size_t* at, std::uint32_t* out) {
   _SkipPnmSpace(file, at);
   std::size_t i = *at;
   const std::size_t first = i;
@@ -60,7 +60,7 @@ template <class T> void _Scale(T* samples, std::size_t count, std::uint32_t most
   }
 }
 
-struct PNM_HEADER {
+struct TPnmHeader {
   char Kind; // '1' to '6': bits, grey and colour as text, then the same in binary
   std::uint32_t Width;
   std::uint32_t Height;
@@ -76,7 +76,7 @@ struct PNM_HEADER {
   }
 };
 
-bool _ReadPnmHeader(BYTES file, PNM_HEADER* h) {
+bool _ReadPnmHeader(TBytesView file, TPnmHeader* h) {
   std::size_t at = 2;
   h->Kind = static_cast<char>(file.Data[1]);
   h->Most = 1;
@@ -90,7 +90,7 @@ bool _ReadPnmHeader(BYTES file, PNM_HEADER* h) {
 }
 
 // The least that the samples take in the file.
-std::uint64_t _PnmBytes(const PNM_HEADER& h) {
+std::uint64_t _PnmBytes(const TPnmHeader& h) {
   const std::uint64_t samples = h.Samples();
   switch (h.Kind) {
   case '1':
@@ -106,7 +106,7 @@ std::uint64_t _PnmBytes(const PNM_HEADER& h) {
 }
 
 // A bit of the text kind, behind white space and comments.
-bool _ReadPnmBit(BYTES file, std::size_t* at, std::uint32_t* out) {
+bool _ReadPnmBit(TBytesView file, std::size_t* at, std::uint32_t* out) {
   _SkipPnmSpace(file, at);
   if (*at >= file.Size || (file.Data[*at] != '0' && file.Data[*at] != '1')) {
     return false;
@@ -115,7 +115,8 @@ bool _ReadPnmBit(BYTES file, std::size_t* at, std::uint32_t* out) {
   return true;
 }
 
-template <class T> bool _ReadPnmText(BYTES file, const PNM_HEADER& h, T* samples, REASON* why) {
+template <class T>
+bool _ReadPnmText(TBytesView file, const TPnmHeader& h, T* samples, TReason* why) {
   const std::size_t count = h.Samples();
   std::size_t at = h.PixelsAt;
   for (std::size_t i = 0; i < count; ++i) {
@@ -129,7 +130,7 @@ template <class T> bool _ReadPnmText(BYTES file, const PNM_HEADER& h, T* samples
 }
 
 // Eight pixels a byte, the highest bit first; each row begins with a byte of its own. 1 is black.
-void _UnpackPnmBits(BYTES file, const PNM_HEADER& h, std::uint8_t* samples) {
+void _UnpackPnmBits(TBytesView file, const TPnmHeader& h, std::uint8_t* samples) {
   const std::size_t rowBytes = (std::size_t{h.Width} + 7) / 8;
   for (std::size_t y = 0; y < h.Height; ++y) {
     const std::uint8_t* row = file.Data + h.PixelsAt + y * rowBytes;
@@ -140,7 +141,7 @@ void _UnpackPnmBits(BYTES file, const PNM_HEADER& h, std::uint8_t* samples) {
 }
 
 // The kinds that stb_image has no reader for. Samples come out in 0 to `Most`.
-bool _ReadPnmSamples(BYTES file, const PNM_HEADER& h, PICTURE* out, REASON* why) {
+bool _ReadPnmSamples(TBytesView file, const TPnmHeader& h, TPicture* out, TReason* why) {
   const std::size_t count = h.Samples();
   TBlock pixels(static_cast<std::uint8_t*>(std::malloc(count * (h.IsWide() ? 2 : 1))));
   if (!pixels) {
@@ -161,7 +162,7 @@ bool _ReadPnmSamples(BYTES file, const PNM_HEADER& h, PICTURE* out, REASON* why)
   return true;
 }
 
-bool _ReadPnmBinary(BYTES file, const PNM_HEADER& h, PICTURE* out, REASON* why) {
+bool _ReadPnmBinary(TBytesView file, const TPnmHeader& h, TPicture* out, TReason* why) {
   char head[64];
   const int headSize =
       std::snprintf(head, sizeof head, "P%c\n%u %u\n%u\n", h.Kind, h.Width, h.Height, h.Most);
@@ -184,13 +185,13 @@ bool _ReadPnmBinary(BYTES file, const PNM_HEADER& h, PICTURE* out, REASON* why) 
 
 } // namespace
 
-bool IsPnm(BYTES head) {
+bool IsPnm(TBytesView head) {
   return head.Size >= 3 && head.Data[0] == 'P' && head.Data[1] >= '1' && head.Data[1] <= '6' &&
          (_IsSpace(head.Data[2]) || head.Data[2] == '#');
 }
 
-bool DecodePnm(BYTES file, PICTURE* out, REASON* why) {
-  PNM_HEADER h;
+bool DecodePnm(TBytesView file, TPicture* out, TReason* why) {
+  TPnmHeader h;
   if (!_ReadPnmHeader(file, &h)) {
     return why->Refuse(kBadHeader);
   }
@@ -200,7 +201,7 @@ bool DecodePnm(BYTES file, PICTURE* out, REASON* why) {
   if (_PnmBytes(h) > file.Size - h.PixelsAt) {
     return why->Refuse(kTruncated);
   }
-  PICTURE made;
+  TPicture made;
   if (!(h.IsText() || h.IsBits() ? _ReadPnmSamples(file, h, &made, why)
                                  : _ReadPnmBinary(file, h, &made, why))) {
     return false;

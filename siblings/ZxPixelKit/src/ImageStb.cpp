@@ -35,8 +35,8 @@ namespace {
 // The decoder takes the end of a file for zeros and goes on. So what it reads behind the end is
 // noted, and it gets line feeds there: they end its loops over header lines and, unlike zeros, its
 // loops over packets.
-struct SOURCE {
-  BYTES Parts[2];
+struct TSource {
+  TBytesView Parts[2];
   int Part;
   std::size_t Position;
   char* Window;
@@ -45,10 +45,10 @@ struct SOURCE {
 
 constexpr char kFiller = '\n';
 
-std::size_t _Take(SOURCE* source, char* to, std::size_t size) {
+std::size_t _Take(TSource* source, char* to, std::size_t size) {
   std::size_t done = 0;
   while (done < size && source->Part < 2) {
-    const BYTES& part = source->Parts[source->Part];
+    const TBytesView& part = source->Parts[source->Part];
     const std::size_t count = std::min(size - done, part.Size - source->Position);
     if (count == 0) {
       ++source->Part;
@@ -67,7 +67,7 @@ std::size_t _Take(SOURCE* source, char* to, std::size_t size) {
 // The decoder's window may be filled in part; all else asks for what it needs. The first call fills
 // the window.
 int _OnRead(void* user, char* data, int size) {
-  SOURCE* source = static_cast<SOURCE*>(user);
+  TSource* source = static_cast<TSource*>(user);
   if (source->Window == nullptr) {
     source->Window = data;
   }
@@ -82,7 +82,7 @@ int _OnRead(void* user, char* data, int size) {
 }
 
 void _OnSkip(void* user, int size) {
-  SOURCE* source = static_cast<SOURCE*>(user);
+  TSource* source = static_cast<TSource*>(user);
   const auto wanted = static_cast<std::size_t>(std::max(size, 0));
   if (_Take(source, nullptr, wanted) != wanted) {
     source->PastEnd = true;
@@ -90,7 +90,7 @@ void _OnSkip(void* user, int size) {
 }
 
 int _OnEof(void* user) {
-  const SOURCE* source = static_cast<const SOURCE*>(user);
+  const TSource* source = static_cast<const TSource*>(user);
   for (int part = source->Part; part < 2; ++part) {
     if (source->Parts[part].Size > (part == source->Part ? source->Position : 0)) {
       return 0;
@@ -103,16 +103,16 @@ constexpr stbi_io_callbacks kCallbacks = {_OnRead, _OnSkip, _OnEof};
 
 } // namespace
 
-bool DecodeByStb(BYTES head, BYTES body, DATA_TYPE type, std::uint64_t pixelsPerByte, PICTURE* out,
-                 REASON* why) {
+bool DecodeByStb(TBytesView head, TBytesView body, DATA_TYPE type, std::uint64_t pixelsPerByte,
+                 TPicture* out, TReason* why) {
   if (body.Size > INT_MAX - head.Size) {
     return why->Refuse("has more than 2 GiB");
   }
-  const SOURCE start = {{head, body}, 0, 0, nullptr, false};
+  const TSource start = {{head, body}, 0, 0, nullptr, false};
   int width = 0;
   int height = 0;
   int channels = 0;
-  SOURCE source = start;
+  TSource source = start;
   if (stbi_info_from_callbacks(&kCallbacks, &source, &width, &height, &channels) == 0) {
     return why->Refuse(kBadHeader, stbi_failure_reason());
   }
@@ -154,7 +154,7 @@ namespace {
 
 // A line from `at` on, without its end; `*next` is where the one behind it begins. False when no
 // line feed ends it.
-bool _HdrLine(BYTES file, std::size_t at, std::size_t* size, std::size_t* next) {
+bool _HdrLine(TBytesView file, std::size_t at, std::size_t* size, std::size_t* next) {
   const void* end = std::memchr(file.Data + at, '\n', file.Size - at);
   if (end == nullptr) {
     return false;
@@ -169,7 +169,7 @@ bool _HdrLine(BYTES file, std::size_t at, std::size_t* size, std::size_t* next) 
 
 } // namespace
 
-bool IsHdr(BYTES head) {
+bool IsHdr(TBytesView head) {
   static constexpr const char* kMarks[] = {"#?RADIANCE", "#?RGBE"};
   std::size_t size = 0;
   std::size_t next = 0;
@@ -183,7 +183,7 @@ bool IsHdr(BYTES head) {
 
 // The header's lines go on without the carriage returns of other systems: variables up to an empty
 // line, then the line with the sizes.
-bool DecodeHdr(BYTES file, PICTURE* out, REASON* why) {
+bool DecodeHdr(TBytesView file, TPicture* out, TReason* why) {
   std::size_t pixelsAt = 0;
   std::size_t size = 0;
   for (bool isLast = false; !isLast;) {

@@ -6,7 +6,7 @@
 namespace zx::image {
 
 /// The rest of a file from some position on.
-inline BYTES From(BYTES file, std::size_t position) {
+inline TBytesView From(TBytesView file, std::size_t position) {
   return {file.Data + position, file.Size - position};
 }
 
@@ -23,7 +23,7 @@ inline void Put32(std::uint8_t* to, std::uint32_t value) {
 /// Decodes, by stb_image, a file that consists of `head`, a header that was checked and made plain,
 /// and of `body`, the file's own bytes from some position on, into components of `type`: 8 or 16
 /// bits, or float. `pixelsPerByte` is the most pixels that a byte of the body can stand for.
-bool DecodeByStb(BYTES head, BYTES body, DATA_TYPE type, std::uint64_t pixelsPerByte, PICTURE* out,
-                 REASON* why);
+bool DecodeByStb(TBytesView head, TBytesView body, DATA_TYPE type, std::uint64_t pixelsPerByte,
+                 TPicture* out, TReason* why);
 
 } // namespace zx::image

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::size_t kTgaHeader = 18;
 
-struct TGA_HEADER {
+struct TTgaHeader {
   std::size_t IdSize;
   bool HasPalette;
   bool Indexed;
@@ -24,7 +24,7 @@ struct TGA_HEADER {
   std::uint8_t Descriptor;
 };
 
-bool _ReadTgaHeader(BYTES file, TGA_HEADER* h) {
+bool _ReadTgaHeader(TBytesView file, TTgaHeader* h) {
   if (file.Size < kTgaHeader) {
     return false;
   }
@@ -45,7 +45,7 @@ bool _ReadTgaHeader(BYTES file, TGA_HEADER* h) {
   return p[1] <= 1 && p[2] < 16 && kind >= 1 && kind <= 3 && (h->HasPalette || !h->Indexed);
 }
 
-bool _CheckTga(const TGA_HEADER& h) {
+bool _CheckTga(const TTgaHeader& h) {
   const auto isColor = [](std::uint32_t bits) {
     return bits == 15 || bits == 16 || bits == 24 || bits == 32;
   };
@@ -65,15 +65,15 @@ bool _CheckTga(const TGA_HEADER& h) {
 
 } // namespace
 
-bool IsTga(BYTES head) {
-  TGA_HEADER h;
+bool IsTga(TBytesView head) {
+  TTgaHeader h;
   return _ReadTgaHeader(head, &h) && _CheckTga(h);
 }
 
 // The decoder gets the header without an identification, and a palette that starts at entry 0; the
 // entries below its first are black. A palette that the pixels do not need is left out.
-bool DecodeTga(BYTES file, PICTURE* out, REASON* why) {
-  TGA_HEADER h;
+bool DecodeTga(TBytesView file, TPicture* out, TReason* why) {
+  TTgaHeader h;
   if (!_ReadTgaHeader(file, &h) || !_CheckTga(h)) {
     return why->Refuse(kBadHeader);
   }

@@ -28,17 +28,17 @@ bool _IsByte(DATA_TYPE type) { return type == DATA_TYPE_UINT8; }
 bool _IsByteOrWord(DATA_TYPE type) { return type == DATA_TYPE_UINT8 || type == DATA_TYPE_UINT16; }
 bool _IsFloat(DATA_TYPE type) { return type == DATA_TYPE_FLOAT; }
 
-struct KIND {
+struct TKind {
   const char* Ending;
   bool (*Takes)(DATA_TYPE type);
   int MostColumnsOrRows;
   bool (*Encode)(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-                 REASON* why);
+                 TReason* why);
 };
 
 constexpr int kUnlimited = 0x7FFFFFFF;
 
-constexpr KIND kKinds[] = {
+constexpr TKind kKinds[] = {
     {"png", _IsByteOrWord, kUnlimited, EncodePng}, //
     {"bmp", _IsByte, kUnlimited, EncodeBmp},       //
     {"tga", _IsByte, 65535, EncodeTga},            //
@@ -50,14 +50,14 @@ constexpr KIND kKinds[] = {
 // Of ASCII letters, whatever the locale.
 char _Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
-const KIND* _FindKind(const std::string& name) {
+const TKind* _FindKind(const std::string& name) {
   const std::size_t slash = name.rfind('/');
   const std::size_t point = name.rfind('.');
   if (point == std::string::npos || (slash != std::string::npos && point < slash)) {
     return nullptr;
   }
   const char* ending = name.c_str() + point + 1;
-  const auto* found = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const KIND& kind) {
+  const auto* found = std::find_if(std::begin(kKinds), std::end(kKinds), [&](const TKind& kind) {
     const std::size_t size = std::strlen(kind.Ending);
     return name.size() - point - 1 == size &&
            std::equal(ending, ending + size, kind.Ending,
@@ -66,7 +66,7 @@ const KIND* _FindKind(const std::string& name) {
   return found == std::end(kKinds) ? nullptr : found;
 }
 
-bool _Check(const DATASURFACE& surface, const KIND& kind, REASON* why) {
+bool _Check(const DATASURFACE& surface, const TKind& kind, TReason* why) {
   if (surface.Data == nullptr || surface.Width < 1 || surface.Height < 1) {
     return why->Refuse("there are no pixels to save");
   }
@@ -79,8 +79,8 @@ bool _Check(const DATASURFACE& surface, const KIND& kind, REASON* why) {
 }
 
 bool _Save(const std::string& name, const TSaveImageHint& hint, const DATASURFACE& surface,
-           REASON* why) {
-  const KIND* kind = _FindKind(name);
+           TReason* why) {
+  const TKind* kind = _FindKind(name);
   if (kind == nullptr) {
     return why->Refuse("the ending tells no kind that is written (png, bmp, tga, jpg, jpeg, hdr)");
   }
@@ -114,7 +114,7 @@ bool SaveImage(const std::string& name, TSaveImageHint* hint, const DATASURFACE&
 
 bool SaveImage(const std::string& name, TSaveImageHint* hint, const DATASURFACE& surface,
                TZxMessage* reason) {
-  zx::image::REASON why;
+  zx::image::TReason why;
   if (zx::image::_Save(name, hint != nullptr ? *hint : TSaveImageHint(), surface, &why)) {
     return true;
   }

@@ -13,7 +13,7 @@ namespace {
 constexpr int kUsualQuality = 95;
 
 // Plain data only: a longjmp crosses no object with a destructor.
-struct JPEG_WRITE {
+struct TJpegWrite {
   jpeg_compress_struct Info;
   jpeg_error_mgr Errors;
   std::jmp_buf Jump;
@@ -21,11 +21,11 @@ struct JPEG_WRITE {
   const DATASURFACE* Surface;
   std::uint8_t* Row; // one tight row
   int Quality;
-  REASON* Why;
+  TReason* Why;
 };
 
 void _OnError(j_common_ptr info) {
-  JPEG_WRITE* job = static_cast<JPEG_WRITE*>(info->client_data);
+  TJpegWrite* job = static_cast<TJpegWrite*>(info->client_data);
   if (info->err->msg_code == JERR_FILE_WRITE) {
     RefuseByErrno(job->Why);
   } else if (info->err->msg_code == JERR_OUT_OF_MEMORY) {
@@ -47,7 +47,7 @@ void _DropAlpha(std::uint8_t* row, int width) {
   }
 }
 
-void _WritePicture(JPEG_WRITE* job) {
+void _WritePicture(TJpegWrite* job) {
   const DATASURFACE& surface = *job->Surface;
   jpeg_compress_struct* info = &job->Info;
   jpeg_stdio_dest(info, job->File);
@@ -74,7 +74,7 @@ void _WritePicture(JPEG_WRITE* job) {
   jpeg_finish_compress(info);
 }
 
-bool _Guarded(JPEG_WRITE* job) {
+bool _Guarded(TJpegWrite* job) {
   if (setjmp(job->Jump) != 0) {
     return false;
   }
@@ -86,8 +86,8 @@ bool _Guarded(JPEG_WRITE* job) {
 } // namespace
 
 bool EncodeJpeg(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-                REASON* why) {
-  const std::unique_ptr<JPEG_WRITE> job(new (std::nothrow) JPEG_WRITE{});
+                TReason* why) {
+  const std::unique_ptr<TJpegWrite> job(new (std::nothrow) TJpegWrite{});
   const TBlock row(static_cast<std::uint8_t*>(
       std::malloc(static_cast<std::size_t>(surface.Width) * surface.Channels)));
   if (!job || !row) {

@@ -11,7 +11,7 @@ namespace zx::image {
 namespace {
 
 // Plain data only: a longjmp crosses no object with a destructor.
-struct PNG_WRITE {
+struct TPngWrite {
   png_structp Png;
   png_infop Info;
   std::FILE* File;
@@ -19,11 +19,11 @@ struct PNG_WRITE {
   std::uint8_t* Row; // one tight row
   std::size_t PixelBytes;
   int Compression;
-  REASON* Why;
+  TReason* Why;
 };
 
 void _OnError(png_structp png, png_const_charp text) {
-  static_cast<PNG_WRITE*>(png_get_error_ptr(png))->Why->Refuse("can't be written as PNG", text);
+  static_cast<TPngWrite*>(png_get_error_ptr(png))->Why->Refuse("can't be written as PNG", text);
   png_longjmp(png, 1);
 }
 
@@ -31,14 +31,14 @@ void _OnWarning(png_structp, png_const_charp) {}
 
 void _WriteBytes(png_structp png, png_bytep data, std::size_t size) {
   if (std::fwrite(data, 1, size, static_cast<std::FILE*>(png_get_io_ptr(png))) != size) {
-    RefuseByErrno(static_cast<PNG_WRITE*>(png_get_error_ptr(png))->Why);
+    RefuseByErrno(static_cast<TPngWrite*>(png_get_error_ptr(png))->Why);
     png_longjmp(png, 1);
   }
 }
 
 void _Flush(png_structp) {}
 
-void _WritePicture(PNG_WRITE* job) {
+void _WritePicture(TPngWrite* job) {
   static constexpr int kColorTypes[] = {PNG_COLOR_TYPE_GRAY, PNG_COLOR_TYPE_GRAY_ALPHA,
                                         PNG_COLOR_TYPE_RGB, PNG_COLOR_TYPE_RGB_ALPHA};
   const DATASURFACE& surface = *job->Surface;
@@ -63,7 +63,7 @@ void _WritePicture(PNG_WRITE* job) {
   png_write_end(job->Png, job->Info);
 }
 
-bool _Guarded(PNG_WRITE* job) {
+bool _Guarded(TPngWrite* job) {
   if (setjmp(png_jmpbuf(job->Png)) != 0) {
     return false;
   }
@@ -71,7 +71,7 @@ bool _Guarded(PNG_WRITE* job) {
   return true;
 }
 
-bool _Write(PNG_WRITE* job) {
+bool _Write(TPngWrite* job) {
   job->Png = png_create_write_struct(PNG_LIBPNG_VER_STRING, job, _OnError, _OnWarning);
   if (job->Png == nullptr) {
     return false;
@@ -85,8 +85,8 @@ bool _Write(PNG_WRITE* job) {
 } // namespace
 
 bool EncodePng(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint& hint,
-               REASON* why) {
-  PNG_WRITE job = {};
+               TReason* why) {
+  TPngWrite job = {};
   job.File = file;
   job.Surface = &surface;
   job.PixelBytes = surface.Channels * GetTypeSize(surface.Type);

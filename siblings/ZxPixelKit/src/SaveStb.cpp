@@ -38,14 +38,14 @@ namespace zx::image {
 
 namespace {
 
-struct SINK {
+struct TSink {
   std::FILE* File;
-  REASON* Why;
+  TReason* Why;
   bool Failed;
 };
 
 void _OnWrite(void* user, void* data, int size) {
-  SINK* sink = static_cast<SINK*>(user);
+  TSink* sink = static_cast<TSink*>(user);
   const auto bytes = static_cast<std::size_t>(size);
   if (!sink->Failed && std::fwrite(data, 1, bytes, sink->File) != bytes) {
     sink->Failed = true;
@@ -54,7 +54,7 @@ void _OnWrite(void* user, void* data, int size) {
 }
 
 // The whole picture, tight and top row first; the encoder counts in ints.
-TBlock _Tight(const DATASURFACE& surface, std::size_t pixelBytes, REASON* why) {
+TBlock _Tight(const DATASURFACE& surface, std::size_t pixelBytes, TReason* why) {
   constexpr std::size_t kMost = INT_MAX - (1 << 20);
   const std::size_t rowBytes = static_cast<std::size_t>(surface.Width) * pixelBytes;
   const auto height = static_cast<std::size_t>(surface.Height);
@@ -69,8 +69,8 @@ TBlock _Tight(const DATASURFACE& surface, std::size_t pixelBytes, REASON* why) {
   return block;
 }
 
-template <class TWrite> bool _Write(std::FILE* file, REASON* why, const TWrite& write) {
-  SINK sink = {file, why, false};
+template <class TWrite> bool _Write(std::FILE* file, TReason* why, const TWrite& write) {
+  TSink sink = {file, why, false};
   try {
     return write(&sink) != 0 ? !sink.Failed : why->Refuse("can't be written");
   } catch (const std::bad_alloc&) {
@@ -80,7 +80,7 @@ template <class TWrite> bool _Write(std::FILE* file, REASON* why, const TWrite& 
 
 } // namespace
 
-bool EncodeBmp(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, REASON* why) {
+bool EncodeBmp(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, TReason* why) {
   // Luminance and alpha go out as four channels; luminance alone the encoder spreads by itself.
   const bool spread = surface.Channels == 2;
   const std::size_t channels = spread ? 4 : surface.Channels;
@@ -100,13 +100,13 @@ bool EncodeBmp(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint
       row[4 * x + 3] = alpha;
     }
   }
-  return _Write(file, why, [&](SINK* sink) {
+  return _Write(file, why, [&](TSink* sink) {
     return stbi_write_bmp_to_func(_OnWrite, sink, surface.Width, surface.Height,
                                   static_cast<int>(channels), pixels.get());
   });
 }
 
-bool EncodeTga(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, REASON* why) {
+bool EncodeTga(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, TReason* why) {
   const std::size_t rowBytes = static_cast<std::size_t>(surface.Width) * surface.Channels;
   const TBlock pixels = _Tight(surface, surface.Channels, why);
   if (!pixels) {
@@ -116,14 +116,14 @@ bool EncodeTga(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint
     CopyRowFromTop(surface, y, surface.Channels,
                    pixels.get() + static_cast<std::size_t>(y) * rowBytes);
   }
-  return _Write(file, why, [&](SINK* sink) {
+  return _Write(file, why, [&](TSink* sink) {
     return stbi_write_tga_to_func(_OnWrite, sink, surface.Width, surface.Height, surface.Channels,
                                   pixels.get());
   });
 }
 
 // Three components a pixel within what a common exponent of 8 bits can tell.
-bool EncodeHdr(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, REASON* why) {
+bool EncodeHdr(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint&, TReason* why) {
   constexpr float kMost = 255.0f / 256.0f * 0x1p127f;
   const auto width = static_cast<std::size_t>(surface.Width);
   const TBlock pixels = _Tight(surface, 3 * sizeof(float), why);
@@ -146,7 +146,7 @@ bool EncodeHdr(std::FILE* file, const DATASURFACE& surface, const TSaveImageHint
       }
     }
   }
-  return _Write(file, why, [&](SINK* sink) {
+  return _Write(file, why, [&](TSink* sink) {
     return stbi_write_hdr_to_func(_OnWrite, sink, surface.Width, surface.Height, 3,
                                   reinterpret_cast<const float*>(pixels.get()));
   });

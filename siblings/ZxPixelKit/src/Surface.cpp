@@ -42,19 +42,19 @@ std::uint8_t* PixelAt(const DATASURFACE& surface, int x, int y) {
 }
 
 // What is copied from one surface to another: pixels from (0, 0) on.
-struct RECT {
+struct TRect {
   int Width;
   int Height;
   std::uint64_t PixelBytes;
 };
 
 // Whether rows of pixels can be moved as a whole.
-bool AreTight(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+bool AreTight(const DATASURFACE& from, const DATASURFACE& to, const TRect& part) {
   return from.PixelStride == to.PixelStride &&
          static_cast<std::uint64_t>(from.PixelStride) == part.PixelBytes;
 }
 
-bool Overlap(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+bool Overlap(const DATASURFACE& from, const DATASURFACE& to, const TRect& part) {
   const auto first = [](const DATASURFACE& surface) {
     return reinterpret_cast<std::uintptr_t>(surface.Data);
   };
@@ -65,7 +65,7 @@ bool Overlap(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
   return first(from) < last(to) && first(to) < last(from);
 }
 
-void CopyForwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+void CopyForwards(const DATASURFACE& from, const DATASURFACE& to, const TRect& part) {
   const bool tight = AreTight(from, to, part);
   for (int y = 0; y < part.Height; ++y) {
     if (tight) {
@@ -80,7 +80,7 @@ void CopyForwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& pa
 }
 
 // From the last pixel to the first.
-void CopyBackwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+void CopyBackwards(const DATASURFACE& from, const DATASURFACE& to, const TRect& part) {
   const bool tight = AreTight(from, to, part);
   for (int y = part.Height - 1; y >= 0; --y) {
     if (tight) {
@@ -95,7 +95,7 @@ void CopyBackwards(const DATASURFACE& from, const DATASURFACE& to, const RECT& p
 }
 
 // Where surfaces of different strides overlap, no order is right for all their pixels.
-bool CopyByWayOfABlock(const DATASURFACE& from, const DATASURFACE& to, const RECT& part) {
+bool CopyByWayOfABlock(const DATASURFACE& from, const DATASURFACE& to, const TRect& part) {
   DATASURFACE between;
   if (!ds::Set(&between, part.Width, part.Height, from.Format, from.Type, from.Channels, nullptr)) {
     return false;
@@ -332,7 +332,7 @@ bool Copy(const DATASURFACE& from, const DATASURFACE& to) {
       pixelBytes == 0) {
     return false;
   }
-  const RECT part = {std::min(from.Width, to.Width), std::min(from.Height, to.Height), pixelBytes};
+  const TRect part = {std::min(from.Width, to.Width), std::min(from.Height, to.Height), pixelBytes};
   if (!Overlap(from, to, part)) {
     CopyForwards(from, to, part);
     return true;

@@ -41,13 +41,13 @@ bool LoadsSoundly(const TBytes& bytes) {
 }
 
 TEST(DamagedImage, WholeFilesLoad) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     EXPECT_TRUE(LoadsSoundly(file.Bytes)) << file.Name;
   }
 }
 
 TEST(DamagedImage, EveryTruncationThatLosesAPixelIsRefused) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     for (std::size_t size = 0; size + file.Spare < file.Bytes.size(); ++size) {
       const TBytes part(file.Bytes.begin(), file.Bytes.begin() + static_cast<long>(size));
       EXPECT_FALSE(LoadsSoundly(part))
@@ -57,7 +57,7 @@ TEST(DamagedImage, EveryTruncationThatLosesAPixelIsRefused) {
 }
 
 TEST(DamagedImage, BytesThatHoldNoPixelMayBeMissing) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     const TLoaded whole(file.Bytes);
     for (std::size_t missing = 1; missing <= file.Spare; ++missing) {
       const TLoaded image(
@@ -69,7 +69,7 @@ TEST(DamagedImage, BytesThatHoldNoPixelMayBeMissing) {
 }
 
 TEST(DamagedImage, BytesBehindTheEndDoNotMatter) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     const TLoaded whole(file.Bytes);
     const TLoaded longer(file.Bytes + TBytes(300, 0xFF));
     ASSERT_TRUE(whole.Done && longer.Done) << file.Name;
@@ -79,7 +79,7 @@ TEST(DamagedImage, BytesBehindTheEndDoNotMatter) {
 
 TEST(DamagedImage, RandomBytesChanged) {
   std::mt19937 random(20260101);
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     int images = 0;
     for (int round = 0; round < 3000; ++round) {
       TBytes bytes = file.Bytes;
@@ -101,7 +101,7 @@ TEST(DamagedImage, RandomBytesChanged) {
 
 TEST(DamagedImage, TheSameBytesGiveTheSamePixels) {
   std::mt19937 random(7);
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     for (int round = 0; round < 200; ++round) {
       TBytes bytes = file.Bytes;
       bytes[random() % bytes.size()] = static_cast<std::uint8_t>(random());
@@ -134,7 +134,7 @@ void PutBig32(std::uint8_t* to, std::uint32_t value) {
 }
 
 TBytes PngThatPromises(std::uint32_t width, std::uint32_t height) {
-  PNG_SPEC spec;
+  TPngSpec spec;
   spec.Width = 1;
   spec.Height = 1;
   spec.ColorType = PNG_COLOR_TYPE_RGB;
@@ -171,7 +171,7 @@ TBytes JpegThatPromises(int width, int height) {
 
 TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
   const std::string hdr = "#?RGBE\nFORMAT=32-bit_rle_rgbe\n\n";
-  const NAMED_FILE absurd[] = {
+  const TNamedFile absurd[] = {
       {"png of all", PngThatPromises(0x7FFFFFFF, 0x7FFFFFFF)},
       {"png above the budget", PngThatPromises(1 << 14, (1 << 14) + 1)},
       {"png within the budget", PngThatPromises(1 << 14, 1 << 14)},
@@ -201,7 +201,7 @@ TEST(DamagedImage, AbsurdHeadersAreRefusedBeforeAnythingIsAllocated) {
       {"hdr of a sign", Text(hdr + "-Y -3 +X -3\n1234")},
       {"hdr of nothing", Text(hdr + "-Y 0 +X 0\n1234")},
   };
-  for (const NAMED_FILE& file : absurd) {
+  for (const TNamedFile& file : absurd) {
     const TLargestAllocation watch;
     EXPECT_FALSE(LoadsSoundly(file.Bytes)) << file.Name;
     // The file is read in a block of 64 KiB; a decoder's own tables stay below 1 MiB.

@@ -60,7 +60,7 @@ protected:
 };
 
 TEST_F(TFailingMemory, LoadImageOfEveryKind) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     const TLoaded expected(file.Bytes);
     ASSERT_TRUE(expected.Done) << file.Name;
     const int failures = FailEach(

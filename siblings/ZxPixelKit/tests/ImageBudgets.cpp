@@ -63,7 +63,7 @@ TEST(ImageBudget, OfAPngCountsItsComponents) {
                {PNG_COLOR_TYPE_RGB_ALPHA, 4, 8},
                {PNG_COLOR_TYPE_RGB_ALPHA, 4, 16}};
   for (const auto& kind : kinds) {
-    PNG_SPEC spec;
+    TPngSpec spec;
     spec.Width = 2048;
     spec.Height = 2048;
     spec.ColorType = kind.ColorType;
@@ -94,7 +94,7 @@ TEST(ImageBudget, OfAPngCountsItsComponents) {
 }
 
 TEST(ImageBudget, APngMayBeWiderThanAMillion) {
-  PNG_SPEC spec;
+  TPngSpec spec;
   spec.Width = 1000001;
   spec.Height = 2;
   spec.ColorType = PNG_COLOR_TYPE_GRAY;
@@ -148,7 +148,7 @@ TEST(ImageBudget, NumbersOfAPnmDoNotWrap) {
 
 // A bit for each block is the least that Huffman coding can do: 512 pixels a byte.
 TEST(ImageBudget, AFlatJpegOfTheFewestBitsLoads) {
-  JPEG_SPEC spec;
+  TJpegSpec spec;
   spec.Width = 8192;
   spec.Height = 4096;
   spec.Channels = 1;
@@ -164,7 +164,7 @@ TEST(ImageBudget, AFlatJpegOfTheFewestBitsLoads) {
 
 // Arithmetic coding goes far below a bit a block, and has 2^20 pixels to do so.
 TEST(ImageBudget, AFlatArithmeticJpegHasTheFreeSize) {
-  JPEG_SPEC spec;
+  TJpegSpec spec;
   spec.Width = 1024;
   spec.Height = 1024;
   spec.Channels = 1;

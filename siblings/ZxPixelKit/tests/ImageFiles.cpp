@@ -24,7 +24,7 @@ void NoFlush(png_structp) {}
 
 } // namespace
 
-TBytes MakePng(const PNG_SPEC& spec) {
+TBytes MakePng(const TPngSpec& spec) {
   TBytes made;
   png_structp png = png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, nullptr, nullptr);
   png_infop info = png_create_info_struct(png);
@@ -83,7 +83,7 @@ TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const T
   return made;
 }
 
-TBytes MakeJpeg(const JPEG_SPEC& spec) {
+TBytes MakeJpeg(const TJpegSpec& spec) {
   jpeg_compress_struct info = {};
   jpeg_error_mgr errors = {};
   info.err = jpeg_std_error(&errors);
@@ -207,19 +207,19 @@ TBytes operator+(TBytes left, const TBytes& right) {
 
 TBytes Text(const std::string& text) { return TBytes(text.begin(), text.end()); }
 
-std::vector<NAMED_FILE> SmallFiles() {
+std::vector<TNamedFile> SmallFiles() {
   TBytes ramp;
   for (int i = 0; i < 5 * 4 * 3; ++i) {
     ramp.push_back(static_cast<std::uint8_t>(i * 4));
   }
-  PNG_SPEC rgb;
+  TPngSpec rgb;
   rgb.Width = 5;
   rgb.Height = 4;
   rgb.ColorType = PNG_COLOR_TYPE_RGB;
   rgb.Rows = ramp;
-  PNG_SPEC laced = rgb;
+  TPngSpec laced = rgb;
   laced.Interlaced = true;
-  PNG_SPEC indexed;
+  TPngSpec indexed;
   indexed.Width = 4;
   indexed.Height = 2;
   indexed.ColorType = PNG_COLOR_TYPE_PALETTE;
@@ -232,13 +232,13 @@ std::vector<NAMED_FILE> SmallFiles() {
   for (std::size_t i = 0; i < large.size(); ++i) {
     large[i] = static_cast<std::uint8_t>(i * 7);
   }
-  JPEG_SPEC separate;
+  TJpegSpec separate;
   separate.Width = 20;
   separate.Height = 12;
   separate.Pixels = large;
-  JPEG_SPEC restarts = separate;
-  JPEG_SPEC arithmetic = separate;
-  JPEG_SPEC turned = separate;
+  TJpegSpec restarts = separate;
+  TJpegSpec arithmetic = separate;
+  TJpegSpec turned = separate;
   separate.Separate = true;
   restarts.RestartRows = 1;
   arithmetic.Arithmetic = true;

@@ -14,7 +14,7 @@ using TBytes = std::vector<std::uint8_t>;
 /// A PNG of `colorType` (PNG_COLOR_TYPE_*): `rows` as the format has them, top row first, 16-bit
 /// samples high byte first, samples below 8 bits packed. `palette` is RGB triples; `transparency`
 /// the contents of tRNS, for a palette only.
-struct PNG_SPEC {
+struct TPngSpec {
   int Width = 0;
   int Height = 0;
   int ColorType = 0;
@@ -26,14 +26,14 @@ struct PNG_SPEC {
   int TransparentGrey = -1;
   TBytes Exif;
 };
-TBytes MakePng(const PNG_SPEC& spec);
+TBytes MakePng(const TPngSpec& spec);
 
 /// A JPEG from tight pixels of a TJPF_* format, top row first, at the best quality.
 TBytes MakeJpeg(int width, int height, int pixelFormat, int subsampling, const TBytes& pixels,
                 int flags = 0);
 
 /// A JPEG with what the plain encoder's interface does not offer.
-struct JPEG_SPEC {
+struct TJpegSpec {
   int Width = 0;
   int Height = 0;
   int Channels = 3;
@@ -46,7 +46,7 @@ struct JPEG_SPEC {
   int RestartRows = 0;      ///< a restart mark after that many rows of blocks
   std::vector<TBytes> App1; ///< contents of segments, EXIF data among them
 };
-TBytes MakeJpeg(const JPEG_SPEC& spec);
+TBytes MakeJpeg(const TJpegSpec& spec);
 
 /// EXIF data that hold one entry, the orientation, in the byte order "II" or "MM".
 TBytes ExifOf(const char* order, int orientation);
@@ -65,13 +65,13 @@ TBytes operator+(TBytes left, const TBytes& right);
 TBytes Text(const std::string& text);
 
 /// Small valid files of every kind, named.
-struct NAMED_FILE {
+struct TNamedFile {
   const char* Name;
   TBytes Bytes;
   /// Bytes at the end without which no pixel is lost.
   std::size_t Spare = 0;
 };
-std::vector<NAMED_FILE> SmallFiles();
+std::vector<TNamedFile> SmallFiles();
 
 /// The name of a file of this process, which is removed in the end.
 class TTemporary {

@@ -15,8 +15,8 @@
 
 namespace {
 
-PNG_SPEC Spec(int width, int height, int colorType, int bitDepth, TBytes rows) {
-  PNG_SPEC spec;
+TPngSpec Spec(int width, int height, int colorType, int bitDepth, TBytes rows) {
+  TPngSpec spec;
   spec.Width = width;
   spec.Height = height;
   spec.ColorType = colorType;
@@ -77,7 +77,7 @@ TEST(Png, FewBitsSpreadOverTheFullRange) {
 }
 
 TEST(Png, PaletteExpands) {
-  PNG_SPEC spec = Spec(3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1});
+  TPngSpec spec = Spec(3, 1, PNG_COLOR_TYPE_PALETTE, 8, {2, 0, 1});
   spec.Palette = {1, 2, 3, 4, 5, 6, 7, 8, 9};
   const TLoaded plain(MakePng(spec));
   ASSERT_TRUE(plain.Done);
@@ -92,7 +92,7 @@ TEST(Png, PaletteExpands) {
 }
 
 TEST(Png, TransparentGreyBecomesAlpha) {
-  PNG_SPEC spec = Spec(2, 1, PNG_COLOR_TYPE_GRAY, 8, {7, 8});
+  TPngSpec spec = Spec(2, 1, PNG_COLOR_TYPE_GRAY, 8, {7, 8});
   spec.TransparentGrey = 7;
   const TLoaded image(MakePng(spec));
   ASSERT_TRUE(image.Done);
@@ -105,7 +105,7 @@ TEST(Png, InterlacedIsTheSamePicture) {
   for (int i = 0; i < 11 * 9; ++i) {
     rows.push_back(static_cast<std::uint8_t>(i));
   }
-  PNG_SPEC spec = Spec(11, 9, PNG_COLOR_TYPE_GRAY, 8, rows);
+  TPngSpec spec = Spec(11, 9, PNG_COLOR_TYPE_GRAY, 8, rows);
   spec.Interlaced = true;
   const TLoaded image(MakePng(spec));
   ASSERT_TRUE(image.Done);

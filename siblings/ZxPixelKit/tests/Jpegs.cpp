@@ -20,8 +20,8 @@ TBytes Noise(std::size_t size) {
   return made;
 }
 
-JPEG_SPEC ColorSpec() {
-  JPEG_SPEC spec;
+TJpegSpec ColorSpec() {
+  TJpegSpec spec;
   spec.Width = 37;
   spec.Height = 29;
   spec.Pixels = Noise(37 * 29 * 3);
@@ -58,7 +58,7 @@ void ExpectSamePicture(const TBytes& odd, const TBytes& plain) {
 }
 
 TEST(OddJpeg, WithoutAnEndMarkBehindCompleteData) {
-  JPEG_SPEC spec = ColorSpec();
+  TJpegSpec spec = ColorSpec();
   for (const bool progressive : {false, true}) {
     for (const bool separate : {false, true}) {
       spec.Progressive = progressive;
@@ -73,7 +73,7 @@ TEST(OddJpeg, WithoutAnEndMarkBehindCompleteData) {
 }
 
 TEST(OddJpeg, WithStrayBytesBeforeTheEndMark) {
-  JPEG_SPEC spec = ColorSpec();
+  TJpegSpec spec = ColorSpec();
   for (const bool progressive : {false, true}) {
     spec.Progressive = progressive;
     const TBytes whole = MakeJpeg(spec);
@@ -106,7 +106,7 @@ TEST(OddJpeg, WithAnOddSpectralEnd) {
 }
 
 TEST(OddJpeg, WithAnUnknownColourCode) {
-  JPEG_SPEC spec = ColorSpec();
+  TJpegSpec spec = ColorSpec();
   spec.Adobe = true;
   const TBytes whole = MakeJpeg(spec);
   const std::size_t code = MarkerAt(whole, 0xEE) + 2 + 2 + 5 + 6;
@@ -117,14 +117,14 @@ TEST(OddJpeg, WithAnUnknownColourCode) {
 }
 
 TEST(OddJpeg, CutInsideItsDataIsRefusedWithAndWithoutAnEndMark) {
-  JPEG_SPEC plain = ColorSpec();
-  JPEG_SPEC progressive = plain;
-  JPEG_SPEC separate = plain;
-  JPEG_SPEC restarts = plain;
+  TJpegSpec plain = ColorSpec();
+  TJpegSpec progressive = plain;
+  TJpegSpec separate = plain;
+  TJpegSpec restarts = plain;
   progressive.Progressive = true;
   separate.Separate = true;
   restarts.RestartRows = 1;
-  for (const JPEG_SPEC& spec : {plain, progressive, separate, restarts}) {
+  for (const TJpegSpec& spec : {plain, progressive, separate, restarts}) {
     const TBytes whole = MakeJpeg(spec);
     const std::size_t data = MarkerAt(whole, 0xDA) + 4;
     for (std::size_t size = data; size < whole.size() - 2; ++size) {
@@ -140,14 +140,14 @@ TEST(OddJpeg, CutInsideItsDataIsRefusedWithAndWithoutAnEndMark) {
 // Blocks of 8 by 8 with one value each, which come back exactly: two columns, three rows.
 constexpr std::uint8_t A = 10, B = 60, C = 110, D = 160, E = 210, F = 250;
 
-struct TURNED {
+struct TTurned {
   int Orientation;
   int Columns;
   TBytes Blocks; // as the picture is to be seen, top row first
 };
 
 // What a viewer shows of a picture stored as A B, C D, E F.
-const TURNED kTurned[] = {
+const TTurned kTurned[] = {
     {1, 2, {A, B, C, D, E, F}}, {2, 2, {B, A, D, C, F, E}}, {3, 2, {F, E, D, C, B, A}},
     {4, 2, {E, F, C, D, A, B}}, {5, 3, {A, C, E, B, D, F}}, {6, 3, {E, C, A, F, D, B}},
     {7, 3, {F, D, B, E, C, A}}, {8, 3, {B, D, F, A, C, E}},
@@ -155,8 +155,8 @@ const TURNED kTurned[] = {
 
 TBytes ExifSegment(const TBytes& exif) { return Text(std::string("Exif\0\0", 6)) + exif; }
 
-JPEG_SPEC BlockSpec() {
-  JPEG_SPEC spec;
+TJpegSpec BlockSpec() {
+  TJpegSpec spec;
   spec.Width = 16;
   spec.Height = 24;
   spec.Channels = 1;
@@ -168,7 +168,7 @@ JPEG_SPEC BlockSpec() {
   return spec;
 }
 
-void ExpectBlocks(const TLoaded& image, const TURNED& turned, int size) {
+void ExpectBlocks(const TLoaded& image, const TTurned& turned, int size) {
   ASSERT_TRUE(image.Done);
   const DATASURFACE& s = image.Surface;
   const int rows = 6 / turned.Columns;
@@ -187,10 +187,10 @@ void ExpectBlocks(const TLoaded& image, const TURNED& turned, int size) {
 }
 
 TEST(Orientation, OfAJpegIsApplied) {
-  for (const TURNED& turned : kTurned) {
+  for (const TTurned& turned : kTurned) {
     for (const char* order : {"II", "MM"}) {
       SCOPED_TRACE(turned.Orientation);
-      JPEG_SPEC spec = BlockSpec();
+      TJpegSpec spec = BlockSpec();
       spec.App1 = {ExifSegment(ExifOf(order, turned.Orientation))};
       ExpectBlocks(TLoaded(MakeJpeg(spec)), turned, 8);
       // A segment of another kind in front of it, and a second one of the same behind.
@@ -202,9 +202,9 @@ TEST(Orientation, OfAJpegIsApplied) {
 }
 
 TEST(Orientation, OfAPngIsApplied) {
-  for (const TURNED& turned : kTurned) {
+  for (const TTurned& turned : kTurned) {
     SCOPED_TRACE(turned.Orientation);
-    PNG_SPEC spec;
+    TPngSpec spec;
     spec.Width = 2;
     spec.Height = 3;
     spec.ColorType = PNG_COLOR_TYPE_RGB;
@@ -237,7 +237,7 @@ TEST(Orientation, DamagedDataTellNone) {
   change(entry + 3, 9); // the type
   change(entry + 7, 2); // the count
   for (const TBytes& exif : damaged) {
-    JPEG_SPEC spec = BlockSpec();
+    TJpegSpec spec = BlockSpec();
     spec.App1 = {ExifSegment(exif)};
     ExpectBlocks(TLoaded(MakeJpeg(spec)), kTurned[0], 8);
   }

@@ -54,7 +54,7 @@ TEST(Reason, OfBytesThatAreNoImage) {
 }
 
 TEST(Reason, EveryRefusalHasOne) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     EXPECT_EQ(ReasonOf(file.Bytes), "loads") << file.Name;
     for (std::size_t size = 0; size + file.Spare < file.Bytes.size(); ++size) {
       const std::string reason =
@@ -67,7 +67,7 @@ TEST(Reason, EveryRefusalHasOne) {
 }
 
 TEST(Reason, TellsTruncationFromDamageAndFromSize) {
-  for (const NAMED_FILE& file : SmallFiles()) {
+  for (const TNamedFile& file : SmallFiles()) {
     const TBytes part(file.Bytes.begin(), file.Bytes.end() - static_cast<long>(file.Spare) - 1);
     EXPECT_EQ(ReasonOf(part), "ends inside its picture") << file.Name;
   }
@@ -77,7 +77,7 @@ TEST(Reason, TellsTruncationFromDamageAndFromSize) {
   EXPECT_EQ(ReasonOf(Text("P6 0 9 255\n1234")), "has no pixels");
   EXPECT_EQ(ReasonOf(Text("P6 9 9 0\n1234")), "has a header that makes no sense");
   EXPECT_EQ(ReasonOf(Text("P2 2 1 9\n1 x ")), "holds text that is no number");
-  NAMED_FILE png = SmallFiles().front();
+  TNamedFile png = SmallFiles().front();
   png.Bytes[png.Bytes.size() - 20] ^= 1; // in the pixels
   EXPECT_THAT(ReasonOf(png.Bytes), StartsWith("damaged PNG: "));
   TBytes jpeg = MakeJpeg(8, 8, TJPF_GRAY, TJSAMP_GRAY, TBytes(64, 9));

@@ -20,7 +20,7 @@
 
 namespace {
 
-struct KIND {
+struct TKind {
   DATA_TYPE Type;
   int Channels;
 };
@@ -88,7 +88,7 @@ TEST(SaveImage, PartOfASurface) {
 }
 
 // What a file of the kind gives back for pixels of some channels.
-struct ROUND {
+struct TRound {
   const char* Ending;
   int Channels;
   DATA_FORMAT Format;
@@ -106,7 +106,7 @@ TEST(SaveImage, TheEndingTellsTheKind) {
   const TBytes two = {1, 20, 2, 30, 3, 40, 4, 50, 5, 60, 6, 70};
   const TBytes three = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18};
   const TBytes four = three + TBytes{19, 20, 21, 22, 23, 24};
-  const ROUND rounds[] = {
+  const TRound rounds[] = {
       {".png", 1, L, 1, one, one},
       {".PNG", 4, RGBA, 4, four, four},
       {".tga", 1, L, 1, one, one},
@@ -119,7 +119,7 @@ TEST(SaveImage, TheEndingTellsTheKind) {
       {".bmp", 3, RGB, 3, three, three},
       {".BMP", 4, RGBA, 4, four, four},
   };
-  for (const ROUND& round : rounds) {
+  for (const TRound& round : rounds) {
     SCOPED_TRACE(std::string(round.Ending) + " of " + std::to_string(round.Channels));
     const TTemporary file((std::string("_kind") + round.Ending).c_str());
     DATASURFACE surface, back = {};

@@ -24,16 +24,16 @@ TEST(TypeSize, CodesWithFlagsHaveNone) {
   EXPECT_EQ(GetTypeSize(DATA_TYPE(16)), 0u);
 }
 
-struct GL_TYPE {
+struct TGLType {
   unsigned int GL;
   unsigned int Type;
   unsigned long Size;
 };
 
 TEST(Mapping, TypesOfOpenGL) {
-  const GL_TYPE types[] = {{0x1400, 2, 1}, {0x1401, 3, 1}, {0x1402, 4, 2},  {0x1403, 5, 2},
+  const TGLType types[] = {{0x1400, 2, 1}, {0x1401, 3, 1}, {0x1402, 4, 2},  {0x1403, 5, 2},
                            {0x1404, 6, 4}, {0x1405, 7, 4}, {0x1406, 10, 4}, {0x140A, 11, 8}};
-  for (const GL_TYPE& type : types) {
+  for (const TGLType& type : types) {
     EXPECT_EQ(DataTypeFromGL(type.GL), type.Type) << std::hex << type.GL;
     EXPECT_EQ(GetTypeSize(type.GL), type.Size) << std::hex << type.GL;
   }
@@ -43,18 +43,18 @@ TEST(Mapping, TypesOfOpenGL) {
   }
 }
 
-struct GL_FORMAT {
+struct TGLFormat {
   unsigned int GL;
   DATA_FORMAT Format;
   int Components;
 };
 
 TEST(Mapping, FormatsOfOpenGL) {
-  const GL_FORMAT formats[] = {
+  const TGLFormat formats[] = {
       {0x1909, DATA_FORMAT_LUMINANCE, 1}, {0x190A, DATA_FORMAT_LUMINANCE_ALPHA, 2},
       {0x1903, DATA_FORMAT_RED, 1},       {0x8227, DATA_FORMAT_RG, 2},
       {0x1907, DATA_FORMAT_RGB, 3},       {0x1908, DATA_FORMAT_RGBA, 4}};
-  for (const GL_FORMAT& format : formats) {
+  for (const TGLFormat& format : formats) {
     EXPECT_EQ(DataFormatFromGL(format.GL), format.Format) << std::hex << format.GL;
     EXPECT_EQ(GetFormatComponents(format.GL), format.Components) << std::hex << format.GL;
   }
@@ -101,7 +101,7 @@ TEST(Set, TightRecordOverCallersPixels) {
   EXPECT_EQ(surface.DataSize, 72u);
 }
 
-struct BAD_SET {
+struct TBadSet {
   int Width;
   int Height;
   DATA_TYPE Type;
@@ -109,7 +109,7 @@ struct BAD_SET {
 };
 
 TEST(Set, RefusesWhatHasNoSize) {
-  const BAD_SET bads[] = {
+  const TBadSet bads[] = {
       {0, 1, DATA_TYPE_UINT8, 1},
       {1, 0, DATA_TYPE_UINT8, 1},
       {-1, 1, DATA_TYPE_UINT8, 1},
@@ -123,7 +123,7 @@ TEST(Set, RefusesWhatHasNoSize) {
       {INT_MAX / 8 + 1, 1, DATA_TYPE_DOUBLE, 1},
   };
   std::uint8_t pixel = 0;
-  for (const BAD_SET& bad : bads) {
+  for (const TBadSet& bad : bads) {
     DATASURFACE surface;
     std::memset(&surface, 0xAA, sizeof surface);
     EXPECT_FALSE(ds::Set(&surface, bad.Width, bad.Height, DATA_FORMAT_RGBA, bad.Type,
@@ -202,7 +202,7 @@ TEST(Fill, RefusesWhatFitsNoPixel) {
   }
 }
 
-struct CUT {
+struct TCut {
   int X, Y, Width, Height;
   int FirstPixel, CutWidth, CutHeight; // what remains; a width of 0: nothing
 };
@@ -211,7 +211,7 @@ TEST(GetSubSurface, CutsTheRectangle) {
   std::uint8_t pixels[4 * 3 * 2] = {};
   DATASURFACE surface;
   ASSERT_TRUE(ds::Set(&surface, 4, 3, DATA_FORMAT_RG, DATA_TYPE_UINT8, 2, pixels));
-  const CUT cuts[] = {
+  const TCut cuts[] = {
       {0, 0, 4, 3, 0, 4, 3},
       {1, 1, 2, 1, 5, 2, 1},
       {-1, -1, 3, 3, 0, 2, 2},
@@ -226,7 +226,7 @@ TEST(GetSubSurface, CutsTheRectangle) {
       {1, 1, 1, -5, 0, 0, 0},
       {INT_MAX, INT_MAX, INT_MAX, INT_MAX, 0, 0, 0},
   };
-  for (const CUT& cut : cuts) {
+  for (const TCut& cut : cuts) {
     DATASURFACE part;
     std::memset(&part, 0xAA, sizeof part);
     const bool done = ds::GetSubSurface(surface, cut.X, cut.Y, cut.Width, cut.Height, &part);

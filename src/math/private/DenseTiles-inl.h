@@ -25,19 +25,19 @@ namespace hn = hwy::HWY_NAMESPACE;
 using DOUBLES = hn::ScalableTag<double>;
 
 /// Rows of a tile: as many as the registers hold beside the operands.
-constexpr size_t TileRows = ZX_HAS_MASK_REGISTERS ? 8 : 4;
+constexpr size_t kTileRows = ZX_HAS_MASK_REGISTERS ? 8 : 4;
 
 /// The widest tile of any instruction set.
-constexpr size_t MaxTileColumns = 2 * HWY_MAX_BYTES / sizeof(double);
+constexpr size_t kMaxTileColumns = 2 * HWY_MAX_BYTES / sizeof(double);
 
-struct ADD {
+struct TAdd {
   template <class V> HWY_INLINE V operator()(V sum, V a, V b) const {
     return hn::Add(sum, hn::Mul(a, b));
   }
 };
 
 /// Takes a multiple of the pivot's row away from a row.
-struct SUBTRACT {
+struct TSubtract {
   template <class V> HWY_INLINE V operator()(V row, V factor, V pivot) const {
     return hn::Sub(row, hn::Mul(pivot, factor));
   }
@@ -45,7 +45,7 @@ struct SUBTRACT {
 };
 
 /// Takes the pivot's row away from a multiple of a row.
-struct RESCALE {
+struct TRescale {
   template <class V> HWY_INLINE V operator()(V row, V factor, V pivot) const {
     return hn::Sub(hn::Mul(row, factor), pivot);
   }
@@ -53,14 +53,14 @@ struct RESCALE {
 };
 
 /// Rows of a matrix, one as far behind the other.
-template <class T> struct STRIDED_ROWS {
+template <class T> struct TStridedRows {
   T* first;
   size_t stride;
   HWY_INLINE T* operator()(size_t i) const { return first + i * stride; }
 };
 
 /// Rows by pointers to them, from a column on.
-struct LISTED_ROWS {
+struct TListedRows {
   double* const* rows;
   size_t column;
   HWY_INLINE double* operator()(size_t i) const { return rows[i] + column; }
@@ -68,7 +68,7 @@ struct LISTED_ROWS {
 
 /// Where the vectors of the right operand lie: its rows `stride` apart, the second vector of a row
 /// `second` doubles behind the first. Vectors that overlap hold the same values where they do.
-struct VECTOR_ROWS {
+struct TVectorRows {
   size_t stride;
   size_t second;
 };
@@ -79,7 +79,7 @@ struct VECTOR_ROWS {
 /// instead of at its old value.
 template <size_t Rows, size_t Vectors, class D, class Tile, class Factors, class Op>
 HWY_INLINE void UpdateTile(D d, Tile tile, size_t second, Factors m, size_t stepStride,
-                           const double* HWY_RESTRICT right, VECTOR_ROWS rightRows, size_t count,
+                           const double* HWY_RESTRICT right, TVectorRows rightRows, size_t count,
                            bool fresh, Op op) {
   hn::Vec<D> sums[Rows][Vectors];
   HWY_UNROLL(8)
@@ -152,15 +152,15 @@ HWY_INLINE void SwapRows(double* HWY_RESTRICT a, double* HWY_RESTRICT b, size_t 
   }
 }
 
-/// `UpdateTile` for 1 to `TileRows` rows.
+/// `UpdateTile` for 1 to `kTileRows` rows.
 template <size_t Vectors, class D, class Tile, class Factors, class Op>
 HWY_INLINE void UpdateTileRows(D d, size_t rows, Tile tile, size_t second, Factors m,
-                               size_t stepStride, const double* right, VECTOR_ROWS rightRows,
+                               size_t stepStride, const double* right, TVectorRows rightRows,
                                size_t count, bool fresh, Op op) {
   switch (rows) {
 #define ZX_TILE_ROWS(r)                                                                            \
   case r:                                                                                          \
-    if constexpr (r <= TileRows) {                                                                 \
+    if constexpr (r <= kTileRows) {                                                                \
       UpdateTile<r, Vectors>(d, tile, second, m, stepStride, right, rightRows, count, fresh, op);  \
     }                                                                                              \
     return
@@ -209,7 +209,7 @@ HWY_INLINE void LoadTransposed(D d, const double* HWY_RESTRICT from, [[maybe_unu
     }
     if constexpr (lanes == 8) {
       HWY_UNROLL(4)
-      for (const size_t i : {0, 1, 4, 5}) {
+      for (const size_t i : {0u, 1u, 4u, 5u}) {
         const V a = rows[i];
         const V b = rows[i + 2];
         rows[i] = hn::OddEvenBlocks(hn::SwapAdjacentBlocks(b), a);
@@ -246,7 +246,7 @@ HWY_INLINE void ApplyToRow(double* HWY_RESTRICT row, double factor,
 
 /// row[j] -= pivot[j] * m
 HWY_INLINE void SubtractRow(double* row, const double* pivot, double m, size_t count) {
-  ApplyToRow(row, m, pivot, count, SUBTRACT());
+  ApplyToRow(row, m, pivot, count, TSubtract());
 }
 
 /// row[j] *= f

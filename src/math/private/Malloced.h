@@ -5,12 +5,12 @@
 
 namespace zx_math {
 
-struct FREE {
+struct TFree {
   void operator()(void* p) const { std::free(p); }
 };
 
 /// An array from `malloc`, given back by `free`.
-template <class T> using MALLOCED = std::unique_ptr<T[], FREE>;
+template <class T> using MALLOCED = std::unique_ptr<T[], TFree>;
 
 /// rows * columns + extra values, not initialised; null where there is no memory or the count
 /// doesn't fit.

@@ -21,50 +21,51 @@ namespace zx_math {
 namespace HWY_NAMESPACE {
 
 /// Columns whose steps are made one after the other, within these columns alone: the widest vector.
-constexpr size_t NarrowSteps = 8;
+constexpr size_t kNarrowSteps = 8;
 /// Steps that the columns to the right see together.
-constexpr size_t WideSteps = 32;
+constexpr size_t kWideSteps = 32;
 /// Rows that see one packed strip after the other.
-constexpr size_t EliminatedRows = 128;
+constexpr size_t kEliminatedRows = 128;
 
 /// Below, whole rows are as fast.
-constexpr size_t PanelUnknowns = 48;
+constexpr size_t kPanelUnknowns = 48;
 /// Rows of narrow columns that find room on the stack, 32 KiB.
-constexpr size_t CopiedRows = 512;
+constexpr size_t kCopiedRows = 512;
 /// Columns in which the pivot rows see each other's steps, so that all of them stay in the first
 /// cache.
-constexpr size_t PivotColumns = 64;
+constexpr size_t kPivotColumns = 64;
 
 /// Until the steps of a panel are over, the factor of a row's step stands in the element that the
 /// step clears. An exact zero there means that the row omits the step, so that a factor which is 0
 /// itself, of an element that isn't, stands as a signalling NaN of its sign: no operation results
 /// in one.
-constexpr std::uint64_t ZeroFactor = 0x7FF4000000000000u;
+constexpr std::uint64_t kZeroFactor = 0x7FF4000000000000u;
 
 HWY_INLINE std::uint64_t Magnitude(double factor) {
   return std::bit_cast<std::uint64_t>(factor) & (~std::uint64_t{0} >> 1);
 }
 HWY_INLINE double FromFactor(double factor) {
-  return factor == 0.0 ? std::copysign(std::bit_cast<double>(ZeroFactor), factor) : factor;
+  return factor == 0.0 ? std::copysign(std::bit_cast<double>(kZeroFactor), factor) : factor;
 }
 HWY_INLINE double ToFactor(double stored) {
-  return Magnitude(stored) == ZeroFactor ? std::copysign(0.0, stored) : stored;
+  return Magnitude(stored) == kZeroFactor ? std::copysign(0.0, stored) : stored;
 }
 
 /// The elimination of `a`, n by n, and of the right side `b`. `perm` names the rows, those that
 /// have been pivots first. `Way` finds the pivots and says what a step does:
-///   bool FindPivot(at, k, n, &p)   the position of the pivot among `at(k)` to `at(n - 1)`, the
-///                                  elements of column k; false if there is none
-///   bool ScalesPivots              whether the pivot's row is multiplied with its reciprocal first
-///   double Factor(element, pivot)  the factor that a row of the step takes
-///   op(row, factor, pivot)         what becomes of an element of that row
+///
+/// - `bool FindPivot(at, k, n, &p)`: the position of the pivot among `at(k)` to `at(n - 1)`, the
+///   elements of column k; false if there is none;
+/// - `bool kScalesPivots`: whether the pivot's row is multiplied with its reciprocal first;
+/// - `double Factor(element, pivot)`: the factor that a row of the step takes;
+/// - `op(row, factor, pivot)`: what becomes of an element of that row.
 template <class Way> class TElimination {
 public:
   TElimination(double* a, size_t n, double* b, unsigned long* perm, Way way)
       : m_A(a), m_N(n), m_B(b), m_Perm(perm), m_Way(way) {}
 
   /// The number of steps that were made: n, or the first without a pivot.
-  size_t Run() { return m_N < PanelUnknowns || _IsSparse() ? _RunByRows() : _RunByPanels(); }
+  size_t Run() { return m_N < kPanelUnknowns || _IsSparse() ? _RunByRows() : _RunByPanels(); }
 
   /// Makes step k, whose pivot is in place.
   void StepByRows(size_t k) {
@@ -92,7 +93,7 @@ private:
   /// Multiplies the row of pivot k and its right side with the pivot's reciprocal, which is the
   /// result. `pivot` is followed by the elements of the row, `count` with it.
   HWY_INLINE double _ScalePivot(size_t k, double* pivot, size_t count) {
-    if (!Way::ScalesPivots) {
+    if (!Way::kScalesPivots) {
       return 1.0;
     }
     const double scale = 1.0 / *pivot;
@@ -128,10 +129,10 @@ private:
   }
 
   size_t _RunByPanels() {
-    for (size_t k0 = 0; k0 < m_N; k0 += WideSteps) {
-      const size_t wideEnd = std::min(k0 + WideSteps, m_N);
-      for (size_t k1 = k0; k1 < wideEnd; k1 += NarrowSteps) {
-        const size_t narrowEnd = std::min(k1 + NarrowSteps, wideEnd);
+    for (size_t k0 = 0; k0 < m_N; k0 += kWideSteps) {
+      const size_t wideEnd = std::min(k0 + kWideSteps, m_N);
+      for (size_t k1 = k0; k1 < wideEnd; k1 += kNarrowSteps) {
+        const size_t narrowEnd = std::min(k1 + kNarrowSteps, wideEnd);
         const size_t made = _Narrow(k1, narrowEnd, &m_Scales[k1 - k0]);
         if (made < narrowEnd) {
           return made;
@@ -146,28 +147,28 @@ private:
 
   /// Makes the steps from k0 to `end` within their columns, on a copy of these where there is room.
   size_t _Narrow(size_t k0, size_t end, double* scales) {
-    const size_t window = std::min(k0, m_N - NarrowSteps);
-    if (m_N - k0 > CopiedRows) {
+    const size_t window = std::min(k0, m_N - kNarrowSteps);
+    if (m_N - k0 > kCopiedRows) {
       return _NarrowSteps(
           k0, end, window, [&](size_t i) { return _Row(i) + window; },
           [&](size_t k, size_t p) { std::swap(m_Perm[k], m_Perm[p]); }, scales);
     }
-    HWY_ALIGN double copy[CopiedRows * NarrowSteps];
-    const auto row = [&](size_t i) { return copy + (i - k0) * NarrowSteps; };
+    HWY_ALIGN double copy[kCopiedRows * kNarrowSteps];
+    const auto row = [&](size_t i) { return copy + (i - k0) * kNarrowSteps; };
     for (size_t i = k0; i < m_N; ++i) {
-      CopyRow(_Row(i) + window, NarrowSteps, row(i));
+      CopyRow(_Row(i) + window, kNarrowSteps, row(i));
     }
     const size_t made = _NarrowSteps(
         k0, end, window, row,
         [&](size_t k, size_t p) {
           if (k != p) {
             std::swap(m_Perm[k], m_Perm[p]);
-            SwapRows(row(k), row(p), NarrowSteps);
+            SwapRows(row(k), row(p), kNarrowSteps);
           }
         },
         scales);
     for (size_t i = k0; i < m_N; ++i) {
-      CopyRow(row(i), NarrowSteps, _Row(i) + window);
+      CopyRow(row(i), kNarrowSteps, _Row(i) + window);
     }
     return made;
   }
@@ -185,7 +186,7 @@ private:
       exchange(k, p);
       double* pivotRow = row(k);
       const double pivot = pivotRow[c];
-      scales[k - k0] = _ScalePivot(k, pivotRow + c, NarrowSteps - c);
+      scales[k - k0] = _ScalePivot(k, pivotRow + c, kNarrowSteps - c);
       _NarrowStep(k, c, row, pivotRow, pivot);
     }
     return end;
@@ -196,8 +197,8 @@ private:
     const DOUBLES d;
     const size_t lanes = hn::Lanes(d);
     // Elements up to column c stay; ones take part for them, which raise no exception.
-    HWY_ALIGN double columns[NarrowSteps];
-    for (size_t j = 0; j < NarrowSteps; ++j) {
+    HWY_ALIGN double columns[kNarrowSteps];
+    for (size_t j = 0; j < kNarrowSteps; ++j) {
       columns[j] = static_cast<double>(j);
     }
     const hn::Vec<DOUBLES> last = hn::Set(d, static_cast<double>(c));
@@ -209,7 +210,7 @@ private:
       }
       const double factor = m_Way.Factor(row[c], pivot);
       const hn::Vec<DOUBLES> factors = hn::Set(d, factor);
-      for (size_t j = c / lanes * lanes; j < NarrowSteps; j += lanes) {
+      for (size_t j = c / lanes * lanes; j < kNarrowSteps; j += lanes) {
         const auto behind = hn::Gt(hn::Load(d, columns + j), last);
         const hn::Vec<DOUBLES> old = hn::LoadU(d, row + j);
         const hn::Vec<DOUBLES> pivots = hn::LoadU(d, pivotRow + j);
@@ -227,11 +228,11 @@ private:
     if (x == end) {
       return;
     }
-    for (size_t left = x; left < end; left += PivotColumns) {
-      const size_t width = std::min(PivotColumns, end - left);
+    for (size_t left = x; left < end; left += kPivotColumns) {
+      const size_t width = std::min(kPivotColumns, end - left);
       for (size_t t = k0; t < x; ++t) {
         double* pivot = _Row(t) + left;
-        if (Way::ScalesPivots) {
+        if (Way::kScalesPivots) {
           ScaleRow(pivot, scales[t - k0], width);
         }
         for (size_t i = t + 1; i < x; ++i) {
@@ -239,8 +240,8 @@ private:
         }
       }
     }
-    for (size_t top = x; top < m_N; top += EliminatedRows) {
-      _CarryOverRows(k0, x, end, top, std::min(top + EliminatedRows, m_N));
+    for (size_t top = x; top < m_N; top += kEliminatedRows) {
+      _CarryOverRows(k0, x, end, top, std::min(top + kEliminatedRows, m_N));
     }
   }
 
@@ -254,7 +255,7 @@ private:
   void _CarryOverRows(size_t k0, size_t x, size_t end, size_t top, size_t bottom) {
     const DOUBLES d;
     const size_t lanes = hn::Lanes(d);
-    double* dense[EliminatedRows];
+    double* dense[kEliminatedRows];
     size_t denseCount = 0;
     for (size_t i = top; i < bottom; ++i) {
       double* row = _Row(i);
@@ -262,7 +263,7 @@ private:
       size_t zeroFactors = 0;
       for (size_t t = k0; t < x; ++t) {
         omitted += Magnitude(row[t]) == 0 ? 1 : 0;
-        zeroFactors += Magnitude(row[t]) == ZeroFactor ? 1 : 0;
+        zeroFactors += Magnitude(row[t]) == kZeroFactor ? 1 : 0;
       }
       if (omitted + zeroFactors == 0 && end - x >= lanes) {
         dense[denseCount++] = row;
@@ -289,17 +290,17 @@ private:
                                   double* const* rows, size_t count) {
     const DOUBLES d;
     const size_t lanes = hn::Lanes(d);
-    HWY_ALIGN double pivots[WideSteps * MaxTileColumns];
+    HWY_ALIGN double pivots[kWideSteps * kMaxTileColumns];
     for (size_t t = k0; t < x; ++t) {
       for (size_t v = 0; v < Vectors; ++v) {
         hn::Store(hn::LoadU(d, _Row(t) + left + v * second), d,
                   pivots + ((t - k0) * Vectors + v) * lanes);
       }
     }
-    for (size_t i = 0; i < count; i += TileRows) {
-      UpdateTileRows<Vectors>(d, std::min(TileRows, count - i), LISTED_ROWS{rows + i, left}, second,
-                              LISTED_ROWS{rows + i, k0}, 1, pivots, {Vectors * lanes, lanes},
-                              x - k0, false, m_Way.op);
+    for (size_t i = 0; i < count; i += kTileRows) {
+      UpdateTileRows<Vectors>(d, std::min(kTileRows, count - i), TListedRows{rows + i, left},
+                              second, TListedRows{rows + i, k0}, 1, pivots,
+                              {Vectors * lanes, lanes}, x - k0, false, m_Way.op);
     }
   }
 
@@ -320,7 +321,7 @@ private:
   unsigned long* m_Perm;
   Way m_Way;
   /// What the pivot row of each step of the panel is multiplied with.
-  double m_Scales[WideSteps];
+  double m_Scales[kWideSteps];
 };
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)

@@ -9,14 +9,14 @@
 namespace zx_math {
 
 /// An element of the matrix that isn't 0.
-struct SPLINE_ELEMENT {
+struct TSplineElement {
   std::uint32_t column;
   double value;
 };
 
 /// Calls `add` with the elements of each row of a spline's matrix, in the order of the rows.
 template <class Add> void ForEachSplineRow(unsigned long segments, bool closed, Add add) {
-  using ELEMENTS = std::initializer_list<SPLINE_ELEMENT>;
+  using ELEMENTS = std::initializer_list<TSplineElement>;
   const auto last = static_cast<std::uint32_t>(segments - 1);
   for (std::uint32_t i = 0; i <= last; ++i) {
     const std::uint32_t a = 4 * i;
@@ -37,7 +37,7 @@ template <class Add> void ForEachSplineRow(unsigned long segments, bool closed, 
 
 /// One operation on whole rows of the inverse: `target` -= `source` * `factor`, or, where the two
 /// are the same row, `target` *= `factor`.
-struct ROW_STEP {
+struct TRowStep {
   std::uint32_t target;
   std::uint32_t source;
   double factor;
@@ -51,14 +51,14 @@ struct ROW_STEP {
 /// the elimination is made once on the few elements that the rows have, and its steps are then
 /// replayed on the columns that count. Leaving out subtractions of zero products and products with
 /// zeros in sums that begin at 0.0 changes no bit of a sum, since all elements are finite.
-struct SPLINE_ELIMINATION {
-  std::vector<ROW_STEP> steps;
+struct TSplineElimination {
+  std::vector<TRowStep> steps;
   /// The row, by its number in the matrix as it was set up, that ends as row i of the inverse.
   std::vector<std::uint32_t> order;
 };
 
 /// False if a pivot isn't above `tol`, or if a factor isn't finite.
-bool EliminateSpline(unsigned long segments, bool closed, double tol, SPLINE_ELIMINATION* result);
+bool EliminateSpline(unsigned long segments, bool closed, double tol, TSplineElimination* result);
 
 /// `CalcCubeSpline1D` for `coordinates` (1 to 3) values that stand side by side at each point, with
 /// one elimination for all of them. The polynomials of one coordinate follow those of the one

@@ -96,8 +96,8 @@ inline void CopyText(unsigned char* value, const unsigned char* from, std::uint6
 }
 
 /// A copy of up to 32 bytes that may vanish with what a variant is about to let go of.
-struct KEPTBYTES {
-  KEPTBYTES(const void* from, std::uint64_t bytes) {
+struct TKeptBytes {
+  TKeptBytes(const void* from, std::uint64_t bytes) {
     if (bytes != 0) {
       std::memcpy(Bytes, from, bytes);
     }

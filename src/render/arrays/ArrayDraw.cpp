@@ -57,13 +57,6 @@ bool IsIndexType(unsigned int type) {
   return type == GL_UNSIGNED_BYTE || type == GL_UNSIGNED_SHORT || type == GL_UNSIGNED_INT;
 }
 
-template <class TIndex> unsigned long ReadIndex(const unsigned char* base, long i) {
-  TIndex index;
-  std::memcpy(&index, base + static_cast<std::ptrdiff_t>(i) * static_cast<long>(sizeof index),
-              sizeof index);
-  return index;
-}
-
 } // namespace
 
 // Whether skipping the virtual calls is unobservable: the context's own class, and the standard
@@ -75,68 +68,46 @@ bool TRenderEngine::MayReplayDirectly() const {
          gl.m_VertexHandler != &TRenderCPU::UnknownVertex;
 }
 
-template <class TElementOf>
-void TRenderEngine::ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
-                                   TElementOf elementOf) {
+// Fills a record with an element's vertex, shaded once within the draw that the tags name.
+// Returns whether the element became the current one.
+bool TRenderEngine::LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsigned long element,
+                               VAR_DATA* record) {
   TVertexCache& cache = *VertexCache;
-  const std::uint64_t number = NextDraw();
-  const std::size_t written =
-      static_cast<std::size_t>(WrittenSlots(gl)) * sizeof(vec_t_<double, 4>);
+  const std::size_t place = element % TVertexCache::kSize;
+  const std::uint64_t tag = tags | static_cast<std::uint32_t>(element);
+  const bool fetched = cache.Tags[place] != tag;
+  if (fetched) {
+    draw.Fetch(&gl, element);
+    ShadeVertex(&gl, &cache.Vertices[place], draw.Lighting);
+    cache.Tags[place] = tag;
+  }
+  CopySlots(record, cache.Vertices[place], WrittenSlots(gl));
+  return fetched;
+}
+
+void TRenderEngine::ReplayDirectly(const TArrayDraw& draw, const TElements& elements, int count,
+                                   int done) {
+  const std::uint64_t tags = NextDraw();
   bool fetched = true;
   for (int i = done; i < count; ++i) {
-    const unsigned long element = elementOf(i);
     VAR_DATA& vertex = gl.m_VarCur[gl.m_Pending];
-    const std::size_t place = element % TVertexCache::kSize;
-    const std::uint64_t tag = number | static_cast<std::uint32_t>(element);
-    fetched = !indexed || cache.Tags[place] != tag;
-    if (!fetched) {
-      std::memcpy(vertex.Slots, cache.Vertices[place].Slots, written);
+    if (elements.IsIndexed()) {
+      fetched = LoadShared(draw, tags, elements.At(i), &vertex);
     } else {
-      draw.Fetch(&gl, element);
+      draw.Fetch(&gl, elements.At(i));
       ShadeVertex(&gl, &vertex, draw.Lighting);
-      if (indexed) {
-        std::memcpy(cache.Vertices[place].Slots, vertex.Slots, written);
-        cache.Tags[place] = tag;
-      }
     }
     ++gl.m_VertexIndex;
     ++gl.m_Pending;
     (this->*Assemble)();
   }
   if (!fetched) {
-    draw.Fetch(&gl, elementOf(count - 1)); // the current values are those of the last element
+    draw.Fetch(&gl, elements.At(count - 1)); // the current values are those of the last element
   }
 }
 
-// Replays all triangles of an indexed draw but the last, which takes the reference path so that
-// current values and scratch records end up as it leaves them. Returns the number of vertices
-// consumed.
-template <class TElementOf>
-int TRenderEngine::ReplayTriangles(const TArrayDraw& arrays, int count, TElementOf elementOf) {
-  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
-  const bool late = gl.m_Lighting && (culling.Front || culling.Back);
-  const TIndexedDraw draw = {arrays, NextDraw(), late ? arrays.Positions(gl) : nullptr,
-                             WrittenSlots(gl), culling};
-  constexpr int kMost = 96;
-  std::uint32_t elements[kMost];
-  const int whole = 3 * (count / 3 - 1);
-  int done = 0;
-  while (done < whole) {
-    const int next = std::min(whole - done, kMost);
-    for (int i = 0; i < next; ++i) {
-      elements[i] = static_cast<std::uint32_t>(elementOf(done + i));
-    }
-    ReplayIndexed(draw, elements, next / 3);
-    done += next;
-  }
-  gl.m_VertexIndex += done;
-  return done;
-}
-
-// Replays elements through the virtual operations; `elementOf` tells the element of the i-th
-// vertex.
-template <class TElementOf>
-void TRenderEngine::Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf) {
+// Replays elements through the virtual operations.
+void TRenderEngine::Replay(unsigned int mode, int count, const TElements& elements) {
   TAttrValue values[kMaxAttrValues];
   const unsigned long valueCount = gl._PrepareAttrValues(values, kMaxAttrValues);
   if (valueCount == 0) {
@@ -160,13 +131,13 @@ void TRenderEngine::Replay(unsigned int mode, int count, bool indexed, TElementO
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};
-    const int done = !indexed               ? ReplayBatches(draw, elementOf(0), count)
-                     : mode == GL_TRIANGLES ? ReplayTriangles(draw, count, elementOf)
-                                            : 0;
-    ReplayDirectly(draw, count, done, indexed, elementOf);
+    const bool cached = gl.m_Lighting && mode == GL_TRIANGLES && elements.IsIndexed();
+    const int done =
+        cached ? ReplayTriangles(draw, elements, count) : ReplayBatches(draw, elements, count);
+    ReplayDirectly(draw, elements, count, done);
   } else {
     for (int i = 0; i < count; ++i) {
-      const unsigned long element = elementOf(i);
+      const unsigned long element = elements.At(i);
       for (unsigned long k = 0; k < valueCount; ++k) {
         values[k].Pointer->GetValue(values[k].Pointer, element, values[k].Value);
       }
@@ -180,9 +151,7 @@ void TRenderCPU::DrawArrays(unsigned int mode, int first, int count) {
   if (count < 1) {
     return;
   }
-  m_Engine->Replay(mode, count, false, [first](int i) {
-    return static_cast<unsigned long>(static_cast<long>(first) + i);
-  });
+  m_Engine->Replay(mode, count, {nullptr, 0, first});
 }
 
 void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
@@ -206,19 +175,7 @@ void TRenderCPU::DrawElements(unsigned int mode, int count, unsigned int type,
     }
     base = buffer->Data.data() + offset;
   }
-  switch (type) {
-  case GL_UNSIGNED_BYTE:
-    m_Engine->Replay(mode, count, true, [base](int i) { return ReadIndex<std::uint8_t>(base, i); });
-    break;
-  case GL_UNSIGNED_SHORT:
-    m_Engine->Replay(mode, count, true,
-                     [base](int i) { return ReadIndex<std::uint16_t>(base, i); });
-    break;
-  default:
-    m_Engine->Replay(mode, count, true,
-                     [base](int i) { return ReadIndex<std::uint32_t>(base, i); });
-    break;
-  }
+  m_Engine->Replay(mode, count, {base, size, 0});
 }
 
 // --- Outlines

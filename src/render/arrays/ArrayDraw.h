@@ -34,7 +34,50 @@ struct TArrayDraw {
   }
 };
 
-/// What all triangles of an indexed draw share.
+/// The elements of a draw call in their order: read from indices, or counted up from the first.
+struct TElements {
+  const unsigned char* Indices = nullptr;
+  std::size_t IndexSize = 0; ///< 1, 2 or 4 bytes; 0: there are no indices
+  long First = 0;
+
+  bool IsIndexed() const { return IndexSize != 0; }
+
+  /// Calls take(element) for each of `count` vertices, in order; the i-th is number vertexAt(i).
+  template <class TVertexAt, class TTake>
+  void ForEach(int count, const TVertexAt& vertexAt, const TTake& take) const {
+    const auto all = [&](const auto& elementAt) {
+      for (int i = 0; i < count; ++i) {
+        take(elementAt(vertexAt(i)));
+      }
+    };
+    switch (IndexSize) {
+    case 1:
+      return all([this](int i) -> unsigned long { return Indices[i]; });
+    case 2:
+      return all([this](int i) { return IndexAt<std::uint16_t>(i); });
+    case 4:
+      return all([this](int i) { return IndexAt<std::uint32_t>(i); });
+    default:
+      return all([this](int i) { return static_cast<unsigned long>(First + i); });
+    }
+  }
+
+  unsigned long At(int vertex) const {
+    unsigned long element = 0;
+    ForEach(
+        1, [vertex](int) { return vertex; }, [&element](unsigned long e) { element = e; });
+    return element;
+  }
+
+private:
+  template <class TIndex> unsigned long IndexAt(long i) const {
+    TIndex index;
+    std::memcpy(&index, Indices + i * static_cast<long>(sizeof index), sizeof index);
+    return index;
+  }
+};
+
+/// What all triangles of an indexed draw with lights share.
 struct TIndexedDraw {
   const TArrayDraw& Arrays;
   std::uint64_t Tag;

@@ -1,7 +1,10 @@
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 
+#include <algorithm>
+
 #include <ZxCore3D/render/arrays/VertexCache.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
 #include <ZxCore3D/render/stages/Facing.h>
 
@@ -117,6 +120,30 @@ void TRenderEngine::ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t*
     LoadVertex(draw, c, elements[2], &gl.m_VarCur[2]);
     gl.ClipAndRasterizeTriangle(gl.m_VarCur, inside ? kClipPlanes : 0);
   }
+}
+
+// Replays all triangles of an indexed draw with lights but the last, which takes the reference path
+// so that current values and scratch records end up as it leaves them. Returns the number of
+// vertices consumed.
+int TRenderEngine::ReplayTriangles(const TArrayDraw& arrays, const TElements& elements, int count) {
+  const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
+  const TIndexedDraw draw = {arrays, NextDraw(),
+                             culling.Front || culling.Back ? arrays.Positions(gl) : nullptr,
+                             WrittenSlots(gl), culling};
+  std::uint32_t list[TVertexBatch::kMost];
+  const int whole = 3 * (count / 3 - 1);
+  int done = 0;
+  while (done < whole) {
+    const int next = std::min(whole - done, TVertexBatch::kMost);
+    std::uint32_t* out = list;
+    elements.ForEach(
+        next, [done](int i) { return done + i; },
+        [&out](unsigned long element) { *out++ = static_cast<std::uint32_t>(element); });
+    ReplayIndexed(draw, list, next / 3);
+    done += next;
+  }
+  gl.m_VertexIndex += done;
+  return done;
 }
 
 } // namespace Zx3D

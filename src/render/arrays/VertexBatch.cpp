@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include <ZxCore3D/render/GLEnums.h>
+#include <ZxCore3D/render/ShaderCPU.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
@@ -25,30 +26,54 @@ using TVec4 = vec_t_<double, 4>;
 
 // --- Fetching many
 
-using TFetchRun = void (*)(const unsigned char* from, std::ptrdiff_t stride, int count, TVec4* out);
+// Vertices of one array: `Count` of them, from `First` on or those of a list.
+struct TFetchList {
+  const TPointer* Pointer;
+  const unsigned long* Elements; ///< null: they follow each other
+  unsigned long First;
+  int Count;
+};
 
-template <class TFrom, int Size>
-void FetchRun(const unsigned char* from, std::ptrdiff_t stride, int count, TVec4* out) {
-  for (int i = 0; i < count; ++i, from += stride) {
-    out[i] = FetchAt<TFrom, Size>(from);
+// Calls take(i, vector) for each vertex of a list.
+template <class TFrom, int Size, class TTake>
+inline void FetchEach(const TFetchList& list, const TTake& take) {
+  if (list.Elements != nullptr) {
+    for (int i = 0; i < list.Count; ++i) {
+      take(i, FetchAt<TFrom, Size>(ElementAt(*list.Pointer, list.Elements[i])));
+    }
+    return;
+  }
+  const unsigned char* from = ElementAt(*list.Pointer, list.First);
+  const std::ptrdiff_t stride = list.Pointer->EffectiveStride;
+  for (int i = 0; i < list.Count; ++i, from += stride) {
+    take(i, FetchAt<TFrom, Size>(from));
   }
 }
 
-using TFetchPositions = void (*)(const unsigned char* from, std::ptrdiff_t stride, int corners,
-                                 int shapes, TVertexBatch* out);
+using TFetchVectors = void (*)(const TFetchList& list, TVec4* out);
+
+template <class TFrom, int Size> void FetchVectors(const TFetchList& list, TVec4* out) {
+  FetchEach<TFrom, Size>(list, [out](int i, const TVec4& v) { out[i] = v; });
+}
+
+using TFetchPositions = void (*)(const TFetchList& list, int corners, TVertexBatch* out);
 
 // The w of a position takes no part in its transformation.
 template <class TFrom, int Size>
-void FetchPositions(const unsigned char* from, std::ptrdiff_t stride, int corners, int shapes,
-                    TVertexBatch* out) {
-  for (int s = 0; s < shapes; ++s) {
-    for (int at = s, c = 0; c < corners; ++c, at += out->Pitch, from += stride) {
-      const TVec4 v = FetchAt<TFrom, Size>(from);
-      out->X[at] = v.x;
-      out->Y[at] = v.y;
-      out->Z[at] = v.z;
+void FetchPositions(const TFetchList& list, int corners, TVertexBatch* out) {
+  const int next = corners * out->Pitch - 1; // from the last corner of a shape to the next shape
+  int at = 0;
+  int corner = 0;
+  FetchEach<TFrom, Size>(list, [&](int, const TVec4& v) {
+    out->X[at] = v.x;
+    out->Y[at] = v.y;
+    out->Z[at] = v.z;
+    at += out->Pitch;
+    if (++corner == corners) {
+      corner = 0;
+      at -= next;
     }
-  }
+  });
 }
 
 #define ZX_BY_SIZE(fetch, from) fetch<from, 1>, fetch<from, 2>, fetch<from, 3>, fetch<from, 4>
@@ -57,7 +82,7 @@ void FetchPositions(const unsigned char* from, std::ptrdiff_t stride, int corner
       ZX_BY_SIZE(fetch, TFromFloat), ZX_BY_SIZE(fetch, TFromDouble)
 
 // In the order of `s_AttrGetVals`.
-constexpr TFetchRun kFetchRuns[16] = {ZX_BY_FAMILY(FetchRun)};
+constexpr TFetchVectors kFetchVectors[16] = {ZX_BY_FAMILY(FetchVectors)};
 constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
 
 #undef ZX_BY_FAMILY
@@ -75,6 +100,43 @@ bool IsSpareSlotZero(const TRenderCPU& gl) {
   });
 }
 
+// How a mode makes shapes of vertices: the first ends at vertex Lead + Step - 1, and each further
+// one `Step` vertices later.
+struct TShapes {
+  unsigned int Mode;
+  int Corners; ///< of a shape
+  int Step;
+  int Lead;
+  int Pitch = TVertexBatch::kMost / Corners; ///< shapes of a batch, an even number
+  /// The vertex of a batch at an entry of `TVertexBatch`, the corners in the order of drawing. A
+  /// batch begins with its first shape's first vertex; that of a fan with the middle.
+  std::uint8_t Vertex[TVertexBatch::kMost] = {};
+
+  constexpr TShapes(unsigned int mode, int corners, int step, int lead)
+      : Mode(mode), Corners(corners), Step(step), Lead(lead) {
+    for (int c = 0; c < corners; ++c) {
+      for (int s = 0; s < Pitch; ++s) {
+        int vertex = s * step + c;
+        if (mode == GL_TRIANGLE_STRIP && c != 2) {
+          vertex = s + (c ^ (s & 1)); // the first two change places in every other one
+        } else if (mode == GL_TRIANGLE_FAN && c == 0) {
+          vertex = 0;
+        }
+        Vertex[c * Pitch + s] = static_cast<std::uint8_t>(vertex);
+      }
+    }
+  }
+
+  bool AreSeparate() const { return Lead == 0; }
+};
+
+// By mode.
+constexpr TShapes kShapes[] = {
+    {GL_POINTS, 1, 1, 0},       {GL_LINES, 2, 2, 0},     {GL_LINE_LOOP, 2, 1, 1},
+    {GL_LINE_STRIP, 2, 1, 1},   {GL_TRIANGLES, 3, 3, 0}, {GL_TRIANGLE_STRIP, 3, 1, 2},
+    {GL_TRIANGLE_FAN, 3, 1, 2}, {GL_QUADS, 4, 4, 0},
+};
+
 } // namespace
 
 // --- The arrays of a draw call
@@ -85,27 +147,40 @@ struct TBatchDraw {
     std::size_t Kind = 0;
   };
 
-  const TLightingTerms* Lighting = nullptr;
+  const TArrayDraw& Arrays;
+  const TElements& Elements;
+  const TShapes& Shapes;
+  bool Listed;            ///< whether elements do not simply follow each other
+  std::uint64_t Tags = 0; ///< of the vertex cache, where shapes may have vertices in common
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
   TVertexBatch Batch = {};
-  unsigned long First = 0;             ///< element of the batch's first vertex
-  int Count = 0;                       ///< vertices of the batch
-  bool Fetched = false;                ///< whether `Vectors` are those of the batch
-  TSpanJob Job;                        ///< of lines
-  TCondition Unmet = TCondition::None; ///< that leaves lines to the reference walk
+  TVertexBatch Line;                       ///< the vertices themselves, where shapes share them
+  unsigned long First = 0;                 ///< element of the batch's first vertex
+  int Count = 0;                           ///< vertices of the batch
+  bool Fetched = false;                    ///< whether `Vectors` are those of the batch
+  TSpanJob Job;                            ///< of lines
+  TCondition Unmet = TCondition::None;     ///< that leaves lines to the reference walk
+  unsigned long List[TVertexBatch::kMost]; ///< of the batch's elements, if `Listed`
   TVec4 Vectors[3][TVertexBatch::kMost];
 
+  TBatchDraw(const TArrayDraw& arrays, const TElements& elements, const TShapes& shapes)
+      : Arrays(arrays), Elements(elements), Shapes(shapes),
+        Listed(elements.IsIndexed() || shapes.Mode == GL_TRIANGLE_FAN) {
+    Batch.Pitch = Line.Pitch = shapes.Pitch;
+  }
+
+  bool IsShared() const { return Elements.IsIndexed() || !Shapes.AreSeparate(); }
+
   // False for a fetching function that a caller installed, or if positions come from no array.
-  bool Take(TRenderCPU* gl, const TArrayDraw& arrays) {
+  bool Take(TRenderCPU* gl) {
     const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
     Current[1] = &gl->m_CurColor;
     Current[2] = &gl->m_CurTexCoord;
-    Lighting = arrays.Lighting;
-    for (unsigned long k = 0; k < arrays.ValueCount; ++k) {
-      const TRenderCPU::TAttrValue& value = arrays.Values[k];
+    for (unsigned long k = 0; k < Arrays.ValueCount; ++k) {
+      const TRenderCPU::TAttrValue& value = Arrays.Values[k];
       const auto found = std::find(known.begin(), known.end(), value.Pointer->GetValue);
       if (found == known.end()) {
         return false;
@@ -123,12 +198,51 @@ struct TBatchDraw {
     return Position.Pointer != nullptr;
   }
 
-  void FetchBatch(unsigned long first, int corners, int shapes) {
-    First = first;
-    Count = corners * shapes;
+  TFetchList ListFor(const TSource& source) const {
+    return {source.Pointer, Listed ? List : nullptr, First, Count};
+  }
+
+  unsigned long ElementOf(int vertex) const {
+    return Listed ? List[vertex] : First + static_cast<unsigned long>(vertex);
+  }
+
+  // Fetches the vertices of `shapes` shapes, from number `first` on, and transforms their
+  // positions.
+  void FetchBatch(const TSpanKernels& kernels, const double* matrix, int first, int shapes) {
+    const int begin = first * Shapes.Step;
+    Count = shapes * Shapes.Step + Shapes.Lead;
     Fetched = false;
-    kFetchPositions[Position.Kind](ElementAt(*Position.Pointer, first),
-                                   Position.Pointer->EffectiveStride, corners, shapes, &Batch);
+    if (Listed) {
+      unsigned long* out = List;
+      Elements.ForEach(
+          Count, [begin](int i) { return begin + i; },
+          [&out](unsigned long element) { *out++ = element; });
+      if (Shapes.Mode == GL_TRIANGLE_FAN) {
+        List[0] = Elements.At(0);
+      }
+    } else {
+      First = Elements.At(begin);
+    }
+    const auto fetch = kFetchPositions[Position.Kind];
+    if (Shapes.AreSeparate()) {
+      fetch(ListFor(Position), Shapes.Corners, &Batch);
+      kernels.TransformBatch(matrix, Shapes.Corners * Batch.Pitch, &Batch);
+      return;
+    }
+    fetch(ListFor(Position), 1, &Line);
+    for (int i = Count; i % 8 != 0; ++i) { // the rest of a vector
+      Line.X[i] = Line.Y[i] = Line.Z[i] = 0.0;
+    }
+    kernels.TransformBatch(matrix, Count, &Line);
+    for (int c = 0; c < Shapes.Corners; ++c) {
+      for (int i = c * Batch.Pitch; i < c * Batch.Pitch + shapes; ++i) {
+        const int vertex = Shapes.Vertex[i];
+        Batch.X[i] = Line.X[vertex];
+        Batch.Y[i] = Line.Y[vertex];
+        Batch.Z[i] = Line.Z[vertex];
+        Batch.W[i] = Line.W[vertex];
+      }
+    }
   }
 
   // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
@@ -143,43 +257,46 @@ struct TBatchDraw {
     }
     Fetched = true;
     for (int i = 0; i < 3; ++i) {
-      if (const TPointer* const p = Values[i].Pointer) {
-        kFetchRuns[Values[i].Kind](ElementAt(*p, First), p->EffectiveStride, Count, Vectors[i]);
+      if (Values[i].Pointer != nullptr) {
+        kFetchVectors[Values[i].Kind](ListFor(Values[i]), Vectors[i]);
       }
     }
   }
 };
 
-// Fills a record with a vertex of the batch, as the shader does.
-void TRenderEngine::ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside) {
-  VAR_DATA& record = gl.m_VarCur[corner];
-  if (gl.m_Lighting || !inside) {
-    for (int i = 0; i < 3; ++i) {
-      *draw->Current[i] = draw->ValueOf(i, vertex);
-    }
-    const TPointer* const position = draw->Position.Pointer;
-    position->GetValue(position, draw->First + static_cast<unsigned long>(vertex), &gl.m_CurVertex);
-    ShadeVertex(&gl, &record, draw->Lighting);
-    return;
-  }
+// Fills the records of a shape with its vertices, as the shader does.
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int shape, bool inside) {
+  const int corners = draw->Shapes.Corners;
   const TVertexBatch& batch = draw->Batch;
-  const int at = corner * batch.Pitch + shape;
-  record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-  record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
-  if (gl.m_TexUnits[0].TexEnabled) {
-    record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
+  const bool byBatch = inside && !gl.m_Lighting;
+  if (byBatch) {
+    draw->FetchValues();
+  }
+  for (int c = 0; c < corners; ++c) {
+    VAR_DATA& record = gl.m_VarCur[c];
+    const int at = c * batch.Pitch + shape;
+    const int vertex = draw->Shapes.Vertex[at];
+    if (byBatch) {
+      record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
+      record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+      if (gl.m_TexUnits[0].TexEnabled) {
+        record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
+      }
+    } else if (gl.m_Lighting && draw->IsShared()) {
+      LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
+    } else {
+      draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
+      ShadeVertex(&gl, &record, draw->Arrays.Lighting);
+    }
   }
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
-void TRenderEngine::DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside) {
-  draw->FetchValues();
-  for (int c = 0; c < corners; ++c) {
-    ShadeBatched(draw, shape * corners + c, c, shape, inside);
-  }
+void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
+  ShadeBatched(draw, shape, inside);
   const int plane = inside ? kClipPlanes : 0;
-  switch (corners) {
+  switch (draw->Shapes.Corners) {
   case 2:
     if (inside) {
       DrawLine(gl.m_VarCur, &draw->Job, draw->Unmet);
@@ -197,11 +314,14 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int corners, int shape, bool i
   }
 }
 
-// The shapes of one batch.
-void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
+// The shapes of one batch; returns how many were drawn. Where vertices are drawn from the copies
+// that earlier shapes left, a shape that puts something into the slot that no shader fills is the
+// last one.
+int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
+  const int corners = draw->Shapes.Corners;
+  const bool separate = draw->Shapes.AreSeparate();
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
-  kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
   const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
   TShapeClasses b;
@@ -244,32 +364,34 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
-    DrawBatched(draw, corners, shape, (inside & bit) != 0);
+    DrawBatched(draw, shape, (inside & bit) != 0);
     rest &= rest - 1;
+    if (!separate && !IsSpareSlotZero(gl)) {
+      return shape + 1;
+    }
     drawBeyond(all & ~(2 * bit - 1));
   }
   recordCulled(all);
+  return shapes;
 }
 
 // --- Points
 
-// Colours of a batch of points before clamping: those of the fragment shader without a texture.
+// Colours of a batch of points: those of the fragment shader, clamped where it has to be called.
 const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
-  draw->FetchValues();
   TVec4* const colors = draw->Vectors[1];
-  if (!gl.m_Lighting) {
+  if (!gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled) {
+    draw->FetchValues();
     if (draw->Values[1].Pointer == nullptr) {
       std::fill_n(colors, count, gl.m_CurColor);
     }
     return colors;
   }
-  const TColorSlots slots = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
+  FS_DATA fragment = gl.m_Fragment;
   for (int i = 0; i < count; ++i) {
-    ShadeBatched(draw, i, 0, i, true);
-    const VAR_DATA& v = gl.m_VarCur[0];
-    const TVec4& a = v.Slots[slots.Primary];
-    const TVec4& b = v.Slots[slots.Secondary];
-    colors[i] = {a.x + b.x, a.y + b.y, a.z + b.z, a.w};
+    ShadeBatched(draw, i, true);
+    gl.m_FragmentShader->Execute(gl.m_VarCur, &fragment);
+    colors[i] = fragment.Color;
   }
   return colors;
 }
@@ -298,7 +420,7 @@ struct TBatchedPoint {
     return true;
   }
   void WriteColor() {
-    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * static_cast<std::size_t>(Index);
     if (Copied) {
       std::memcpy(Color, bytes, kPixelBytes);
     } else {
@@ -359,7 +481,6 @@ void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& point
 void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count) {
   const TSpanKernels& kernels = *GetSpanKernels();
   TPointBatch points;
-  kernels.TransformBatch(gl.m_ModelViewProjection.m, count, &draw->Batch);
   kernels.ProjectPoints(draw->Batch, count, gl.m_Width, gl.m_Height, &points);
   const TVec4* const colors = PointColors(draw, count);
   kernels.PackColors(&colors->x, count, &points);
@@ -368,59 +489,96 @@ void TRenderEngine::ReplayPoints(TBatchDraw* draw, const TDrawState& state, int 
 
 // --- Replay
 
-// Replays the elements of separate shapes from `first` on by batches; returns how many, all but the
-// last shape at most. That one, and an incomplete shape, take the reference path, so that current
+// Whether the fragment shader's colours of points can be computed before any of them is drawn: a
+// caller's sampling function is only called for fragments that pass their tests.
+bool TRenderEngine::MayBatchPoints(TDrawState* state) const {
+  const TTexUnit& unit = gl.m_TexUnits[0];
+  return !gl.m_CalcDepth && (!unit.TexEnabled || IsKnownSampler(unit.Sampler)) &&
+         SetUpTargets(state) == TCondition::None;
+}
+
+// Puts the scratch records into the state in which the reference path has them after the first
+// `vertices` of a mode whose shapes share vertices. All slots that no shader fills are 0 in the
+// copies of vertices; in the records of the shape itself they are as it left them.
+void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
+  const auto shade = [&](int vertex) {
+    VAR_DATA record = {};
+    draw->Arrays.Fetch(&gl, draw->Elements.At(vertex));
+    ShadeVertex(&gl, &record, draw->Arrays.Lighting);
+    return record;
+  };
+  const int last = vertices - 1;
+  switch (gl.m_PrimitiveMode) {
+  case GL_LINE_LOOP:
+    gl.CopyVar(gl.m_VarSaved[0], shade(0));
+    [[fallthrough]];
+  case GL_LINE_STRIP:
+    gl.CopyVar(gl.m_VarSaved[1], shade(last));
+    gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[1]);
+    gl.m_Pending = 1;
+    break;
+  case GL_TRIANGLE_STRIP:
+    for (int vertex = last - 2; vertex <= last; ++vertex) {
+      gl.CopyVar(gl.m_VarSaved[vertex % 3], shade(vertex));
+    }
+    gl.m_StripIndex = last % 3;
+    gl.m_Pending = 2;
+    break;
+  case GL_TRIANGLE_FAN:
+    gl.CopyVar(gl.m_VarSaved[0], shade(0));
+    for (int vertex = last - 1; vertex <= last; ++vertex) {
+      gl.CopyVar(gl.m_VarSaved[1 + (vertex & 1)], shade(vertex));
+    }
+    gl.m_Pending = 2;
+    break;
+  default:
+    gl.m_Pending = 0;
+    break;
+  }
+}
+
+// Replays the shapes of a draw call by batches; returns how many vertices, those of the last shape
+// left out at least. That one, and an incomplete shape, take the reference path, so that current
 // values and scratch records end up as it leaves them.
 //
 // A shape that draws nothing leaves no record here. The reference path fills one, which the next
 // vertex overwrites; the slot that no shader fills changes only by what is rasterised or cut.
-int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count) {
-  int corners = 0;
+int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count) {
+  const TShapes& kind = kShapes[gl.m_PrimitiveMode];
   TDrawState pointState;
-  switch (gl.m_PrimitiveMode) {
-  case GL_POINTS:
-    corners = !gl.m_TexUnits[0].TexEnabled && !gl.m_CalcDepth &&
-                      SetUpTargets(&pointState) == TCondition::None
-                  ? 1
-                  : 0;
-    break;
-  case GL_LINES:
-    corners = 2;
-    break;
-  case GL_TRIANGLES:
-    corners = 3;
-    break;
-  case GL_QUADS:
-    corners = 4;
-    break;
-  default:
-    break;
+  // Lit vertices of strips and fans are shaded once by the reference path, and cost more than what
+  // batches save.
+  const bool shadedOnce = gl.m_Lighting && kind.Corners == 3 && !kind.AreSeparate();
+  if (shadedOnce || (kind.Corners == 1 && !MayBatchPoints(&pointState))) {
+    return 0;
   }
-  const int shapes = corners != 0 ? count / corners - 1 : 0;
+  const int shapes = (count - kind.Lead) / kind.Step - 1;
   if (shapes < kMinBatch) {
     return 0;
   }
-  TBatchDraw draw;
-  if (!draw.Take(&gl, arrays)) {
+  TBatchDraw draw(arrays, elements, kind);
+  if (!draw.Take(&gl)) {
     return 0;
   }
-  if (corners == 2) {
+  draw.Tags = NextDraw();
+  if (kind.Corners == 2) {
     draw.Unmet = SetUpDraw(&draw.Job.Draw);
   }
-  draw.Batch.Pitch = TVertexBatch::kMost / corners;
-  for (int done = 0; done < shapes;) {
-    const int next = std::min(shapes - done, draw.Batch.Pitch);
-    draw.FetchBatch(first + static_cast<unsigned long>(done * corners), corners, next);
-    if (corners == 1) {
+  int done = 0;
+  for (int drawn = 0, next = 0; done < shapes && drawn == next; done += drawn) {
+    next = std::min(shapes - done, draw.Batch.Pitch);
+    draw.FetchBatch(*GetSpanKernels(), gl.m_ModelViewProjection.m, done, next);
+    drawn = next;
+    if (kind.Corners == 1) {
       ReplayPoints(&draw, pointState, next);
     } else {
-      ReplayShapes(&draw, corners, next);
+      drawn = ReplayShapes(&draw, next);
     }
-    done += next;
   }
-  gl.m_Pending = 0;
-  gl.m_VertexIndex += shapes * corners;
-  return shapes * corners;
+  const int vertices = done * kind.Step + kind.Lead;
+  ResumeAfter(&draw, vertices);
+  gl.m_VertexIndex += vertices;
+  return vertices;
 }
 
 } // namespace Zx3D

@@ -18,6 +18,7 @@ struct TLineWalk;
 struct TPointBatch;
 struct TArrayDraw;
 struct TBatchDraw;
+struct TElements;
 struct TIndexedDraw;
 struct TVertexCache;
 enum class TCondition : std::uint8_t;
@@ -131,28 +132,28 @@ struct TRenderEngine {
 
   // --- arrays: vertices of arrays, replayed
 
-  template <class TElementOf>
-  void Replay(unsigned int mode, int count, bool indexed, TElementOf elementOf);
-  template <class TElementOf>
-  void ReplayDirectly(const TArrayDraw& draw, int count, int done, bool indexed,
-                      TElementOf elementOf);
+  void Replay(unsigned int mode, int count, const TElements& elements);
+  void ReplayDirectly(const TArrayDraw& draw, const TElements& elements, int count, int done);
   bool MayReplayDirectly() const;
   std::uint64_t NextDraw();
+  bool LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsigned long element,
+                  VAR_DATA* record);
+  int ReplayTriangles(const TArrayDraw& draw, const TElements& elements, int count);
   void ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
   void ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
   void LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
                   VAR_DATA* record);
   std::size_t CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
-  template <class TElementOf>
-  int ReplayTriangles(const TArrayDraw& draw, int count, TElementOf elementOf);
-  int ReplayBatches(const TArrayDraw& arrays, unsigned long first, int count);
-  void ReplayShapes(TBatchDraw* draw, int corners, int shapes);
+  int ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count);
+  bool MayBatchPoints(TDrawState* state) const;
+  int ReplayShapes(TBatchDraw* draw, int shapes);
+  void ResumeAfter(TBatchDraw* draw, int vertices);
   void ReplayPoints(TBatchDraw* draw, const TDrawState& state, int count);
   void DrawPoints(const TDrawState& state, const TPointBatch& points,
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
-  void DrawBatched(TBatchDraw* draw, int corners, int shape, bool inside);
-  void ShadeBatched(TBatchDraw* draw, int vertex, int corner, int shape, bool inside);
+  void DrawBatched(TBatchDraw* draw, int shape, bool inside);
+  void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
 
   TVertexCache* VertexCache = nullptr;
 

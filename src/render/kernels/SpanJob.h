@@ -199,10 +199,16 @@ struct TLineWalk {
   int First;
   int Last;
 
-  /// Steps along the minor axis at pixel i.
+  /// Steps along the minor axis at pixel i, 0 to Major - 1: floor(n / d), n = 2 Minor i + Major,
+  /// d = 2 Major. As n is an integer, that is floor((n + 1/2) / d) too, a quotient that lies
+  /// 1 / (2 d) > 2^-24 or more from the nearest integer. It is below 2^22, so that rounding the
+  /// inverse of d and the product moves it by less than 2^-29: the floor stays.
   long long MinorStepsAt(long long i) const {
-    return Minor == 0 ? 0 : (2 * Minor * i + Major) / (2 * Major);
+    return static_cast<long long>((static_cast<double>(2 * Minor * i) + StepsBegin()) *
+                                  StepsScale());
   }
+  double StepsBegin() const { return static_cast<double>(Major) + 0.5; }
+  double StepsScale() const { return 1.0 / static_cast<double>(2 * Major); }
   /// The first pixel at minor step k, k at least 1. `Minor` must not be 0.
   long long FirstAtMinorStep(long long k) const {
     return (2 * Major * k - Major + 2 * Minor - 1) / (2 * Minor);
@@ -214,6 +220,9 @@ struct TLineWalk {
     *y = Axis == 0 ? across : along;
   }
 };
+
+/// Whether a sampler fetches by a function of its own, not by one that a caller installed.
+bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
 
 /// The routines of one instruction set.
 struct TSpanKernels {

@@ -87,6 +87,24 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   return result;
 }
 
+// The pixels of a walk in one target: their distances, in bytes, along both axes.
+template <class T> struct TScatteredPixels {
+  unsigned char* First;
+  std::ptrdiff_t Along;
+  std::ptrdiff_t Aside;
+
+  TScatteredPixels(const TTargetRows& rows, const TLineWalk& walk)
+      : First(reinterpret_cast<unsigned char*>(rows.At<T>(walk.From[0], walk.From[1]))) {
+    const std::ptrdiff_t step[2] = {walk.Step[0] * static_cast<std::ptrdiff_t>(sizeof(T)),
+                                    walk.Step[1] * rows.Stride};
+    Along = step[walk.Axis];
+    Aside = step[1 - walk.Axis];
+  }
+  T* At(int along, int aside) const {
+    return reinterpret_cast<T*>(First + along * Along + aside * Aside);
+  }
+};
+
 // Draws scattered pixels, no two at one place, through staging copies; the results are numbers of
 // pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
@@ -94,33 +112,38 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
                                                const TRow& row, const TLineWalk& walk) {
   const DD d;
   const DI di;
-  const VD major = hn::Set(d, static_cast<double>(walk.Major));
-  const VD twiceMajor = hn::Set(d, static_cast<double>(2 * walk.Major));
   const VD twiceMinor = hn::Set(d, static_cast<double>(2 * walk.Minor));
-  const int other = 1 - walk.Axis;
+  const VD begin = hn::Set(d, walk.StepsBegin());
+  const VD scale = hn::Set(d, walk.StepsScale());
+  const TScatteredPixels<std::uint32_t> color(job.Draw.Color, walk);
+  const TScatteredPixels<float> depth(job.Draw.Depth, walk);
+  const TScatteredPixels<unsigned char> stencil(job.Draw.Stencil, walk);
+  const bool usesT =
+      kTexels != TTexelSource::None || !job.Primitive.HasConstColor() || job.Draw.UsesDepth();
+  TStagedRun run;
+  HWY_ALIGN std::int32_t aside[kRun];
   TRowResult result = {-1, -1};
-  for (int first = walk.First; first <= walk.Last; first += kLanes) {
-    const int count = walk.Last - first + 1 < kLanes ? walk.Last - first + 1 : kLanes;
-    // The quotient's floor is exact: dividend and divisor are integers below 2^53, and a quotient
-    // below an integer stays below it by 1 / (2 * Major), far more than rounding moves it.
-    const VD i = hn::Iota(d, static_cast<double>(first));
-    const VD steps = hn::Floor(hn::Div(hn::Add(hn::Mul(twiceMinor, i), major), twiceMajor));
-    const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
-                             hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
-    const VD across = hn::Add(hn::Set(d, static_cast<double>(walk.From[other])),
-                              hn::Mul(hn::Set(d, static_cast<double>(walk.Step[other])), steps));
-    HWY_ALIGN std::int32_t at[2][kLanes];
-    HWY_ALIGN double t[kLanes];
-    hn::Store(hn::DemoteTo(di, along), di, at[walk.Axis]);
-    hn::Store(hn::DemoteTo(di, across), di, at[other]);
-    hn::Store(LineParameter(row, walk.Axis, along), d, t);
-
-    TGroupTargets pixels[kLanes];
-    for (int k = 0; k < count; ++k) {
-      pixels[k] = TargetsAt(job, at[0][k], at[1][k]);
+  for (int first = walk.First; first <= walk.Last; first += kRun) {
+    const int count = walk.Last - first + 1 < kRun ? walk.Last - first + 1 : kRun;
+    for (int k = 0; k < count; k += kLanes) {
+      const VD i = hn::Iota(d, static_cast<double>(first + k));
+      const VD steps =
+          hn::Floor(hn::Mul(hn::Add(hn::Mul(twiceMinor, i), begin), scale)); // as MinorStepsAt
+      hn::Store(hn::DemoteTo(di, steps), di, aside + k);
+      VD t = hn::Zero(d);
+      if (usesT) {
+        const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
+                                 hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
+        t = LineParameter(row, walk.Axis, along);
+      }
+      hn::Store(t, d, run.T + k);
     }
-    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, t, count, pixels), first,
-                &result);
+    const auto targetsAt = [&](int k) HWY_ATTR {
+      return TGroupTargets{color.At(first + k, aside[k]), depth.At(first + k, aside[k]),
+                           stencil.At(first + k, aside[k])};
+    };
+    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run),
+                first, &result);
   }
   return result;
 }

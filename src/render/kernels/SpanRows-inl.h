@@ -54,8 +54,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
     if (job.Primitive.AddOffset) {
       depth = hn::Add(depth, hn::Set(df, job.Draw.Offset));
     }
-    const VF stored = LoadLive(df, alive, to.Depth);
     if (job.Draw.DepthTest) {
+      const VF stored = LoadLive(df, alive, to.Depth);
       const auto passes = DepthMask(df, job.Draw.DepthFunc, depth, stored);
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
       shaded = BitsOfMask(DI(), pass);
@@ -110,57 +110,81 @@ HWY_INLINE void RecordGroup(TGroupResult group, int x, TRowResult* row) {
   }
 }
 
-// A group of which only the first pixels exist, in copies of whole vectors: nothing outside a row,
-// or beside a line, is touched.
-struct TGroupStaging {
-  HWY_ALIGN std::uint32_t Color[kLanes];
-  HWY_ALIGN float Depth[kLanes];
-  HWY_ALIGN unsigned char Stencil[kLanes];
+// A run of pixels that lie anywhere, or of which only the first exist, in copies of whole vectors:
+// nothing outside a row, or beside a line, is touched.
+struct TStagedRun {
+  HWY_ALIGN double T[kRun];
+  HWY_ALIGN std::uint32_t Color[kRun];
+  HWY_ALIGN float Depth[kRun];
+  HWY_ALIGN unsigned char Stencil[kRun];
 };
 
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TGroupResult DrawStaged(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, const double* t, int count,
-                                              TGroupStaging* copies) {
-  const VD at = hn::Load(DD(), t);
-  const TGroupTargets to = {copies->Color, copies->Depth, copies->Stencil};
-  return job.Draw.StencilTest
-             ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, at, count, to)
-             : DrawGroup<kTexels, kPerspective, false>(job, slots, row, at, count, to);
+                                              const TRow& row, int count, TStagedRun* run) {
+  TGroupResult result = {0, 0};
+  for (int i = 0; i < count; i += kLanes) {
+    const int next = count - i < kLanes ? count - i : kLanes;
+    const VD t = hn::Load(DD(), run->T + i);
+    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
+    const TGroupResult group =
+        job.Draw.StencilTest
+            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
+            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
+    result.Tested |= group.Tested << i;
+    result.Shaded |= group.Shaded << i;
+  }
+  return result;
 }
 
-// A group of pixels that lie anywhere, no two at one place.
-template <TTexelSource kTexels, bool kPerspective>
+// Writes the elements of a set of pixels, most often all of the first `count`.
+template <class TWrite>
+HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) {
+  if (HWY_LIKELY(pixels == FirstBits(count))) {
+    for (int k = 0; k < count; ++k) {
+      write(k);
+    }
+    return;
+  }
+  for (; pixels != 0; pixels &= pixels - 1) {
+    write(FirstBit(pixels));
+  }
+}
+
+// A run of pixels, no two at one place; `targetsAt` tells where they are. Only what takes part is
+// read, and all of it before the first test: scattered loads are long waited for, and those behind
+// a branch that is foretold wrong are begun again.
+template <TTexelSource kTexels, bool kPerspective, class TTargetsAt>
 HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, const double* t, int count,
-                                                  const TGroupTargets* pixels) {
-  TGroupStaging copies = {};
-  for (int k = 0; k < count; ++k) {
-    copies.Color[k] = *pixels[k].Color;
-    if (job.Draw.UsesDepth()) {
-      copies.Depth[k] = *pixels[k].Depth;
-    }
-    if (job.Draw.StencilTest) {
-      copies.Stencil[k] = *pixels[k].Stencil;
+                                                  const TRow& row, int count,
+                                                  const TTargetsAt& targetsAt, TStagedRun* run) {
+  if (job.Draw.DepthTest) {
+    for (int k = 0; k < count; ++k) {
+      run->Depth[k] = *targetsAt(k).Depth;
     }
   }
-  const TGroupResult group = DrawStaged<kTexels, kPerspective>(job, slots, row, t, count, &copies);
-  const std::uint64_t stepped =
-      job.Draw.StencilTest ? SteppedPixels(job, FirstBits(count), group.Tested, group.Shaded) : 0;
-  for (int k = 0; k < count; ++k) {
-    if ((group.Shaded >> k & 1u) != 0) {
-      if (job.Draw.ColorMask != 0) {
-        *pixels[k].Color = copies.Color[k];
-      }
-      if (job.Draw.DepthWrite) {
-        *pixels[k].Depth = copies.Depth[k];
-      }
-    }
-    if ((stepped >> k & 1u) != 0) {
-      *pixels[k].Stencil = copies.Stencil[k];
+  if (job.Draw.ReadsColor()) {
+    for (int k = 0; k < count; ++k) {
+      run->Color[k] = *targetsAt(k).Color;
     }
   }
-  return group;
+  if (job.Draw.StencilTest) {
+    for (int k = 0; k < count; ++k) {
+      run->Stencil[k] = *targetsAt(k).Stencil;
+    }
+  }
+  const TGroupResult drawn = DrawStaged<kTexels, kPerspective>(job, slots, row, count, run);
+  if (job.Draw.ColorMask != 0) {
+    ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Color = run->Color[k]; });
+  }
+  if (job.Draw.DepthWrite) {
+    ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Depth = run->Depth[k]; });
+  }
+  if (job.Draw.StencilTest) {
+    ForPixels(SteppedPixels(job, FirstBits(count), drawn.Tested, drawn.Shaded), count,
+              [&](int k) HWY_ATTR { *targetsAt(k).Stencil = run->Stencil[k]; });
+  }
+  return drawn;
 }
 
 // The last pixels of a row, fewer than a vector holds: nothing but those is read, and of those
@@ -172,13 +196,12 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
   if constexpr (kMaskedAccess) {
     return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to);
   } else {
-    HWY_ALIGN double values[kLanes];
-    hn::Store(t, DD(), values);
-    TGroupTargets pixels[kLanes] = {};
-    for (int k = 0; k < count; ++k) {
-      pixels[k] = {to.Color + k, to.Depth + k, kStencil ? to.Stencil + k : nullptr};
-    }
-    return DrawStagedPixels<kTexels, kPerspective>(job, slots, row, values, count, pixels);
+    TStagedRun run;
+    hn::Store(t, DD(), run.T);
+    const auto targetsAt = [&to](int k) HWY_ATTR {
+      return TGroupTargets{to.Color + k, to.Depth + k, to.Stencil + k};
+    };
+    return DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run);
   }
 }
 

@@ -210,12 +210,6 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
 
 using TSampler = TRenderCPU::TTexSampler;
 
-bool IsKnownSampler(const TSampler& sampler) {
-  TSampler chosen = sampler;
-  chosen.UpdateGetValueFunc();
-  return sampler.m_GetValue == chosen.m_GetValue;
-}
-
 bool IsFourBytes(const DATASURFACE& surface) {
   return surface.Type == DATA_TYPE_UINT8 && surface.Channels == 4 && surface.PixelStride == 4;
 }
@@ -279,6 +273,12 @@ bool AreInReach(const TVertices& v) {
 }
 
 } // namespace
+
+bool IsKnownSampler(const TSampler& sampler) {
+  TSampler chosen = sampler;
+  chosen.UpdateGetValueFunc();
+  return sampler.m_GetValue == chosen.m_GetValue;
+}
 
 // --- Set-up
 

@@ -12,7 +12,7 @@ constexpr unsigned long kFail = ~0UL;
 /// Measures in some forms only; in the others no text is that long.
 constexpr unsigned long kNoLength = ~0UL - 1;
 
-template <class TChar> struct TEXTRANGE {
+template <class TChar> struct TTextRange {
   const TChar* Begin;
   unsigned long Length;
 };
@@ -24,14 +24,14 @@ template <class TChar> unsigned long Measured(const TChar* text, unsigned long l
 }
 
 /// `~0` and `~0 - 1` both measure.
-template <class TChar> TEXTRANGE<TChar> MeasuredEither(const TChar* text, unsigned long length) {
+template <class TChar> TTextRange<TChar> MeasuredEither(const TChar* text, unsigned long length) {
   return {text, Measured(text, length == kNoLength ? ~0UL : length)};
 }
 
 /// Copies and terminates; `kFail`, with nothing written, when the text does not fit. The text may
 /// lie in the output.
 template <class TChar>
-unsigned long CopyText(TEXTRANGE<TChar> text, TChar* out, unsigned long size) {
+unsigned long CopyText(TTextRange<TChar> text, TChar* out, unsigned long size) {
   if (text.Length >= size) {
     return kFail;
   }

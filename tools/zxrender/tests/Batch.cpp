@@ -53,8 +53,8 @@ TEST(Batch, OneBadFileDoesNotStopTheOthers) {
   const std::string bad = directory.Write("bad.dae", "<COLLADA");
   const std::string b = WriteModel(directory, "b.obj", 2);
   const std::string missing = directory / "missing.obj";
-  const RESULT result = Render("-s 20x20 -o '" + (directory / "{name}_{n}.png") + "' " + a + " " +
-                               bad + " " + missing + " " + b);
+  const TResult result = Render("-s 20x20 -o '" + (directory / "{name}_{n}.png") + "' " + a + " " +
+                                bad + " " + missing + " " + b);
   EXPECT_EQ(result.Code, 1);
   EXPECT_EQ(std::count(result.Text.begin(), result.Text.end(), '\n'), 2);
   EXPECT_TRUE(Contains(result, "zxrender: " + bad + ": "));
@@ -121,7 +121,7 @@ TEST(Batch, JsonHasALineForEachPictureInOrder) {
   const std::string a = WriteModel(directory, "a.obj", 1);
   const std::string bad = directory.Write("bad.dae", "<COLLADA");
   const std::string b = WriteModel(directory, "b.obj", 2);
-  const RESULT result =
+  const TResult result =
       Render("--json --samples 4 -t 2 -j 4 -s 20x10 -o '" + (directory / "{name}.png") + "' " + a +
              " " + bad + " " + b + " 2>/dev/null");
   EXPECT_EQ(result.Code, 1);
@@ -149,7 +149,7 @@ TEST(Batch, JsonHasALineForEachPictureInOrder) {
       EXPECT_TRUE(lines[i]["seconds"].toObject()[QLatin1String(step)].isDouble());
     }
     // The digest is that of the file.
-    const RESULT hashed = Render("--digest " + Text(lines[i], "picture"));
+    const TResult hashed = Render("--digest " + Text(lines[i], "picture"));
     EXPECT_EQ(hashed.Text, Text(lines[i], "digest") + "  " + Text(lines[i], "picture") + "\n");
   }
 }
@@ -157,7 +157,7 @@ TEST(Batch, JsonHasALineForEachPictureInOrder) {
 TEST(Batch, IdsAreListedWithTheirMeshes) {
   const TDirectory directory;
   const std::string model = directory.Write("two.gltf", GltfOf({{1, 0, 0, 0}, {0.5, 0, 0, 1}}));
-  const RESULT result =
+  const TResult result =
       Render("--json -c 0,0 -s 50x50 --ids " + (directory / "i.png") + " --depth " +
              (directory / "d.png") + " -o " + (directory / "p.png") + " " + model);
   ASSERT_EQ(result.Code, 0) << result.Text;
@@ -192,7 +192,7 @@ TEST(Batch, TimeoutGivesUpAFileAndDrawsTheNext) {
   const TDirectory directory;
   const std::string square = WriteModel(directory, "a.obj", 1);
   const auto begin = std::chrono::steady_clock::now();
-  const RESULT result =
+  const TResult result =
       RunShell("mkfifo " + (directory / "endless.obj") +
                "; " ZX_RENDER_PROGRAM " --json --timeout 0.5 -j 1 -s 9x9 -o '" +
                (directory / "{name}.png") + "' " + (directory / "endless.obj") + " " + square);
@@ -209,7 +209,7 @@ TEST(Batch, TimeoutGivesUpAFileAndDrawsTheNext) {
 TEST(Batch, ACrashIsToldAndTheNextFileDrawn) {
   const TDirectory directory;
   const std::string square = WriteModel(directory, "a.obj", 1);
-  const RESULT result = RunShell(
+  const TResult result = RunShell(
       "mkfifo " + (directory / "stuck.obj") + "; " ZX_RENDER_PROGRAM " --json -j 1 -s 9x9 -o '" +
       (directory / "{name}.png") + "' " + (directory / "stuck.obj") + " " + square +
       " & parent=$!; child=; while [ -z \"$child\" ]; do "
@@ -229,7 +229,7 @@ TEST(Batch, MemoryOfAProcessIsLimited) {
   const std::string square = WriteModel(directory, "a.obj", 1);
   // 8000 by 8000 pixels take 9 bytes each.
   const std::string rest = " -s 8000x8000 -o " + (directory / "a.png") + " " + square;
-  const RESULT result = Render("--json --memory 400M" + rest);
+  const TResult result = Render("--json --memory 400M" + rest);
   EXPECT_EQ(result.Code, 1);
   const std::vector<QJsonObject> lines = Objects(result.Text);
   ASSERT_EQ(lines.size(), 1u);
@@ -244,13 +244,13 @@ TEST(Pipes, ModelAndPictureGoThrough) {
   const std::string square = WriteModel(directory, "a.obj", 3);
   const std::string file = directory / "file.png";
   ASSERT_EQ(Render("-s 30x20 -o " + file + " " + square).Code, 0);
-  const RESULT piped =
+  const TResult piped =
       RunShell("cat " + square + " | " ZX_RENDER_PROGRAM " -s 30x20 --format obj - -o - | cat");
   EXPECT_EQ(piped.Text, ReadFile(file));
   // A model from standard input goes to standard output by itself.
   EXPECT_EQ(RunShell(ZX_RENDER_PROGRAM " -s 30x20 --format .obj - <" + square + " | cat").Text,
             piped.Text);
-  const RESULT jpeg = RunShell(ZX_RENDER_PROGRAM " --format jpg " + square + " -s 9x9 -o - | cat");
+  const TResult jpeg = RunShell(ZX_RENDER_PROGRAM " --format jpg " + square + " -s 9x9 -o - | cat");
   EXPECT_EQ(jpeg.Text.substr(0, 3), "\xFF\xD8\xFF");
   // Binary glTF is known by its first bytes.
   EXPECT_EQ(RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "g.png") +
@@ -258,7 +258,8 @@ TEST(Pipes, ModelAndPictureGoThrough) {
                      "BoxTextured.glb")
                 .Code,
             0);
-  const RESULT empty = RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "e.png") + " </dev/null");
+  const TResult empty =
+      RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "e.png") + " </dev/null");
   EXPECT_EQ(empty.Code, 1);
   EXPECT_EQ(empty.Text, "zxrender: -: is empty\n");
 }
@@ -269,10 +270,10 @@ TEST(Pipes, ClosedDescriptorsAreToldAndHarmNothing) {
   const std::string rest = " -s 9x9 -o " + (directory / "a.png") + " " + square;
   EXPECT_EQ(RunShell(std::string(ZX_RENDER_PROGRAM) + rest + " <&- >&-").Code, 0);
   EXPECT_TRUE(std::filesystem::exists(directory / "a.png"));
-  const RESULT json = RunShell(ZX_RENDER_PROGRAM " --json" + rest + " >&-");
+  const TResult json = RunShell(ZX_RENDER_PROGRAM " --json" + rest + " >&-");
   EXPECT_EQ(json.Code, 1);
   EXPECT_EQ(json.Text, "zxrender: standard output can't be written to\n");
-  const RESULT input = RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "b.png") + " <&-");
+  const TResult input = RunShell(ZX_RENDER_PROGRAM " - -o " + (directory / "b.png") + " <&-");
   EXPECT_EQ(input.Code, 1);
   EXPECT_EQ(input.Text, "zxrender: standard input: Bad file descriptor\n");
   EXPECT_EQ(RunShell(std::string(ZX_RENDER_PROGRAM) + rest + " 2>&-").Code, 0);
@@ -281,8 +282,8 @@ TEST(Pipes, ClosedDescriptorsAreToldAndHarmNothing) {
 TEST(Pipes, AReaderThatGoesIsAnError) {
   const TDirectory directory;
   const std::string square = WriteModel(directory, "a.obj", 3);
-  const RESULT result = RunShell("{ " ZX_RENDER_PROGRAM " " + square +
-                                 " -s 400x400 -o -; echo status $? >&2; } | sleep 0");
+  const TResult result = RunShell("{ " ZX_RENDER_PROGRAM " " + square +
+                                  " -s 400x400 -o -; echo status $? >&2; } | sleep 0");
   EXPECT_TRUE(Contains(result, "standard output: can't be written: Broken pipe")) << result.Text;
   EXPECT_TRUE(Contains(result, "status 1"));
 }
@@ -292,13 +293,13 @@ TEST(Check, SameAndDifferent) {
   const std::string square = WriteModel(directory, "a.obj", 1);
   const std::string before = directory / "before.png";
   ASSERT_EQ(Render("-s 40x40 -c 0,0 -o " + before + " " + square).Code, 0);
-  const RESULT same = Render("-s 40x40 -c 0,0 --check " + before + " " + square);
+  const TResult same = Render("-s 40x40 -c 0,0 --check " + before + " " + square);
   EXPECT_EQ(same.Code, 0);
   EXPECT_EQ(same.Text, before + ": same\n");
   // Nothing but the comparison was asked for.
   EXPECT_FALSE(std::filesystem::exists("a.png"));
-  const RESULT other = Render("-s 40x40 -c 0,0 -b '#dbe0eb' --json --check " + before +
-                              " --difference " + (directory / "d.png") + " " + square);
+  const TResult other = Render("-s 40x40 -c 0,0 -b '#dbe0eb' --json --check " + before +
+                               " --difference " + (directory / "d.png") + " " + square);
   EXPECT_EQ(other.Code, 3);
   const QJsonObject line = Objects(other.Text).at(0);
   EXPECT_EQ(Text(line, "status"), "different");
@@ -315,13 +316,13 @@ TEST(Check, SameAndDifferent) {
   EXPECT_EQ(Render("-s 40x40 -c 0,0 -b '#dbe0eb' --check " + before + " " + square).Text,
             before + ": " + std::to_string(check["differing"].toInt()) +
                 " of 1600 pixels differ, by 3 of 255 at most\n");
-  const RESULT size = Render("-s 40x41 -c 0,0 --check " + before + " " + square);
+  const TResult size = Render("-s 40x41 -c 0,0 --check " + before + " " + square);
   EXPECT_EQ(size.Code, 3);
   EXPECT_EQ(size.Text, before + ": is of 40x40 pixels, not of 40x41\n");
-  const RESULT none = Render("--check " + (directory / "none.png") + " " + square);
+  const TResult none = Render("--check " + (directory / "none.png") + " " + square);
   EXPECT_EQ(none.Code, 1);
   EXPECT_EQ(none.Text, "zxrender: " + (directory / "none.png") + ": No such file or directory\n");
-  const RESULT text = Render("--check " + directory.Write("text.png", "text") + " " + square);
+  const TResult text = Render("--check " + directory.Write("text.png", "text") + " " + square);
   EXPECT_EQ(text.Code, 1);
   EXPECT_EQ(text.Text, "zxrender: " + (directory / "text.png") + ": of no known image kind\n");
 }
@@ -332,12 +333,12 @@ TEST(Check, ManyPicturesByAPattern) {
   const std::string b = WriteModel(directory, "b.obj", 2);
   const std::string models = " -t 2 -s 20x20 " + a + " " + b;
   ASSERT_EQ(Render("-o '" + (directory / "{name}.png") + "'" + models).Code, 0);
-  const RESULT same = Render("--check '" + (directory / "{name}.png") + "'" + models);
+  const TResult same = Render("--check '" + (directory / "{name}.png") + "'" + models);
   EXPECT_EQ(same.Code, 0);
   EXPECT_EQ(std::count(same.Text.begin(), same.Text.end(), '\n'), 4);
   std::filesystem::copy_file(directory / "a_000.png", directory / "b_001.png",
                              std::filesystem::copy_options::overwrite_existing);
-  const RESULT changed = Render("--check '" + (directory / "{name}.png") + "'" + models);
+  const TResult changed = Render("--check '" + (directory / "{name}.png") + "'" + models);
   EXPECT_EQ(changed.Code, 3);
   EXPECT_TRUE(Contains(changed, "b_000.png: same\n"));
   EXPECT_TRUE(Contains(changed, "pixels differ"));
@@ -352,7 +353,7 @@ TEST(Check, PicturesAreTakenAsTheyAre) {
   ASSERT_EQ(Render("-s 20x20 -b black -o " + q + " " + a).Code, 0);
   EXPECT_EQ(Render("--check " + p + " " + p).Code, 0);
   EXPECT_EQ(Render("--check " + p + " " + q).Code, 3);
-  const RESULT drawn = Render("-s 20x20 --digest " + a);
+  const TResult drawn = Render("-s 20x20 --digest " + a);
   EXPECT_EQ(drawn.Text.substr(0, 64), Render("--digest " + p).Text.substr(0, 64));
   EXPECT_EQ(drawn.Text.substr(64), "  a.png\n");
   EXPECT_NE(Render("--digest " + q).Text.substr(0, 64), drawn.Text.substr(0, 64));

@@ -29,21 +29,21 @@ std::string Material(const std::string& mode, const std::string& more = "") {
 constexpr char kTexture[] = R"(,"textures":[{"source":0}],"images":[{"uri":"t.png"}])";
 
 // The picture of a file from the front, 100 by 100 pixels, on a transparent ground.
-struct PICTURE {
-  explicit PICTURE(const std::string& name) {
-    MODEL model;
+struct TPicture {
+  explicit TPicture(const std::string& name) {
+    TModel model;
     std::vector<std::string> warnings;
     std::string error;
     EXPECT_TRUE(LoadModel(name, &model, &error, &warnings)) << error;
     EXPECT_TRUE(warnings.empty());
-    VIEW view;
+    TView view;
     view.Width = view.Height = 100;
     view.Azimuth = view.Elevation = 0;
-    STYLE style;
+    TStyle style;
     style.Linear = false;
-    style.Light = LIGHT::None;
+    style.Light = TLight::None;
     style.Background = {0, 0, 0, 0};
-    const CAMERA camera = FrameModel(model, view, 1)[0];
+    const TCamera camera = FrameModel(model, view, 1)[0];
     TScene scene;
     EXPECT_TRUE(scene.Create(model, 100, 100, style, &error)) << error;
     EXPECT_TRUE(scene.Draw(camera, &error)) << error;
@@ -60,7 +60,7 @@ struct PICTURE {
   }
 
   std::vector<std::uint8_t> Bytes;
-  LAYERS Layers;
+  TLayers Layers;
 };
 
 const std::array<int, 4> kWhite = {255, 255, 255, 255};
@@ -69,7 +69,7 @@ const std::array<int, 4> kNothing = {0, 0, 0, 0};
 TEST(Cutout, WhatIsBelowTheCutoffIsNotThere) {
   const TDirectory directory;
   WriteTexture(directory, 100);
-  const PICTURE picture(
+  const TPicture picture(
       directory.Write("m.gltf", GltfOf({{1, 0, 0, 0, Material("MASK")}}, kTexture)));
   EXPECT_EQ(picture.At(30, 50), kWhite);
   EXPECT_EQ(picture.At(70, 50), kNothing);
@@ -81,11 +81,11 @@ TEST(Cutout, WhatIsBelowTheCutoffIsNotThere) {
 TEST(Cutout, TheFileSaysWhereItLies) {
   const TDirectory directory;
   WriteTexture(directory, 100);
-  const PICTURE low(directory.Write(
+  const TPicture low(directory.Write(
       "l.gltf", GltfOf({{1, 0, 0, 0, Material("MASK", R"(,"alphaCutoff":0.39)")}}, kTexture)));
   EXPECT_EQ(low.At(30, 50), kWhite);
   EXPECT_EQ(low.At(70, 50), kWhite);
-  const PICTURE high(directory.Write(
+  const TPicture high(directory.Write(
       "h.gltf", GltfOf({{1, 0, 0, 0, Material("MASK", R"(,"alphaCutoff":0.4)")}}, kTexture)));
   EXPECT_EQ(high.At(70, 50), kNothing);
 }
@@ -93,7 +93,7 @@ TEST(Cutout, TheFileSaysWhereItLies) {
 TEST(Cutout, AlphaAtTheCutoffStays) {
   const TDirectory directory;
   WriteTexture(directory, 255);
-  const PICTURE picture(directory.Write(
+  const TPicture picture(directory.Write(
       "m.gltf", GltfOf({{1, 0, 0, 0, Material("MASK", R"(,"alphaCutoff":1.0)")}}, kTexture)));
   EXPECT_EQ(picture.At(70, 50), kWhite);
 }
@@ -103,7 +103,7 @@ TEST(Cutout, AHoleHidesNothing) {
   WriteTexture(directory, 0);
   // The farther square is drawn after the one with the hole, and is green.
   const std::string green = R"({"pbrMetallicRoughness":{"baseColorFactor":[0,1,0,1]}})";
-  const PICTURE picture(directory.Write(
+  const TPicture picture(directory.Write(
       "m.gltf", GltfOf({{1, 0, 0, 1, Material("MASK")}, {1, 0, 0, 0, green}}, kTexture)));
   EXPECT_EQ(picture.At(30, 50), kWhite);
   EXPECT_EQ(picture.At(70, 50), (std::array<int, 4>{0, 255, 0, 255}));
@@ -113,10 +113,10 @@ TEST(Cutout, AHoleHidesNothing) {
 TEST(Cutout, OpaqueIgnoresAlphaAndBlendMixesIt) {
   const TDirectory directory;
   WriteTexture(directory, 51);
-  const PICTURE opaque(
+  const TPicture opaque(
       directory.Write("o.gltf", GltfOf({{1, 0, 0, 0, Material("OPAQUE")}}, kTexture)));
   EXPECT_EQ(opaque.At(70, 50), kWhite);
-  const PICTURE blend(
+  const TPicture blend(
       directory.Write("b.gltf", GltfOf({{1, 0, 0, 0, Material("BLEND")}}, kTexture)));
   // A fifth of white over black, and 51 of alpha times itself over 255 over nothing.
   EXPECT_EQ(blend.At(70, 50), (std::array<int, 4>{51, 51, 51, 10}));

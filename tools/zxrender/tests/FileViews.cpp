@@ -24,23 +24,23 @@ std::string Perspective(double yfov) {
 const char kSided[] = R"({"doubleSided":true})";
 
 // The square of GltfOf, seen by the first camera of its file; its columns and rows.
-struct SEEN {
-  SEEN(const std::string& name, int width, const std::string& camera = "") {
-    MODEL model;
+struct TSeen {
+  TSeen(const std::string& name, int width, const std::string& camera = "") {
+    TModel model;
     std::vector<std::string> warnings;
     std::string error;
     EXPECT_TRUE(LoadModel(name, &model, &error, &warnings)) << error;
-    VIEW view;
+    TView view;
     view.Width = width;
     view.Height = 100;
-    CAMERA eye;
+    TCamera eye;
     Found = TakeFileCamera(model, view, camera, &eye, &Error);
     if (!Found) {
       return;
     }
     TScene scene;
-    LAYERS layers;
-    EXPECT_TRUE(scene.Create(model, width, 100, STYLE(), &error)) << error;
+    TLayers layers;
+    EXPECT_TRUE(scene.Create(model, width, 100, TStyle(), &error)) << error;
     EXPECT_TRUE(scene.DrawLayers(eye, &layers, &error)) << error;
     for (int i = 0; i < width * 100; ++i) {
       if (layers.Ids[static_cast<std::size_t>(i)] != 0) {
@@ -65,7 +65,7 @@ struct SEEN {
 TEST(FileCamera, StandsWhereItsNodeIs) {
   const TDirectory directory;
   // Half a unit to the right: the square goes from 1.5 to the left to 0.5 to the right.
-  const SEEN seen(
+  const TSeen seen(
       directory.Write("c.gltf",
                       GltfOf({{1, 0, 0, 0, kSided}},
                              ",\"cameras\":[" + Perspective(2 * std::atan(kTangent)) + "]",
@@ -83,7 +83,7 @@ TEST(FileCamera, StandsWhereItsNodeIs) {
 TEST(FileCamera, TurnsWithTheNodesAboveIt) {
   const TDirectory directory;
   // A half turn about y brings (0.5, 0, 5) to (-0.5, 0, -5), from where +x lies on the left.
-  const SEEN seen(
+  const TSeen seen(
       directory.Write(
           "c.gltf",
           GltfOf({{1, 0, 0, 0, kSided}},
@@ -99,11 +99,12 @@ TEST(FileCamera, TurnsWithTheNodesAboveIt) {
 
 TEST(FileCamera, KeepsItsHeightInAWidePicture) {
   const TDirectory directory;
-  const SEEN seen(directory.Write("c.gltf", GltfOf({{1, 0, 0, 0, kSided}},
-                                                   ",\"cameras\":[" +
-                                                       Perspective(2 * std::atan(kTangent)) + "]",
-                                                   R"(,{"camera":0,"translation":[0,0,5]})", ",1")),
-                  200);
+  const TSeen seen(
+      directory.Write("c.gltf",
+                      GltfOf({{1, 0, 0, 0, kSided}},
+                             ",\"cameras\":[" + Perspective(2 * std::atan(kTangent)) + "]",
+                             R"(,{"camera":0,"translation":[0,0,5]})", ",1")),
+      200);
   EXPECT_EQ(seen.Left, 80);
   EXPECT_EQ(seen.Right, 119);
   EXPECT_EQ(seen.Bottom, 30);
@@ -115,7 +116,7 @@ TEST(FileCamera, OrthographicHasNoPerspective) {
   // Half the height is 50 / 20.25 wherever the square lies.
   const std::string half = std::to_string(50 / 20.25);
   for (const char* z : {"2", "50"}) {
-    const SEEN seen(
+    const TSeen seen(
         directory.Write(
             "c.gltf", GltfOf({{1, 0, 0, 0, kSided}},
                              R"(,"cameras":[{"type":"orthographic","orthographic":{"xmag":)" +
@@ -138,20 +139,20 @@ TEST(FileCamera, IsFoundByItsNodesName) {
                                        R"(,{"name":"near","camera":0,"translation":[0,0,5]})"
                                        R"(,{"name":"far","camera":1,"translation":[0,0,20]})",
                                        ",1,2"));
-  EXPECT_NEAR(SEEN(file, 100).Depth, 5, 1e-5);
-  EXPECT_NEAR(SEEN(file, 100, "near").Depth, 5, 1e-5);
-  EXPECT_NEAR(SEEN(file, 100, "far").Depth, 20, 1e-4);
-  const SEEN none(file, 100, "other");
+  EXPECT_NEAR(TSeen(file, 100).Depth, 5, 1e-5);
+  EXPECT_NEAR(TSeen(file, 100, "near").Depth, 5, 1e-5);
+  EXPECT_NEAR(TSeen(file, 100, "far").Depth, 20, 1e-4);
+  const TSeen none(file, 100, "other");
   EXPECT_FALSE(none.Found);
   EXPECT_EQ(none.Error, "the file holds no camera 'other', but 'near' 'far'");
-  const SEEN empty(directory.Write("n.gltf", GltfOf({{}})), 100);
+  const TSeen empty(directory.Write("n.gltf", GltfOf({{}})), 100);
   EXPECT_FALSE(empty.Found);
   EXPECT_EQ(empty.Error, "the file holds no camera");
 }
 
 TEST(FileCamera, ThatSeesNothingMakesAnEmptyPicture) {
   const TDirectory directory;
-  const SEEN behind(
+  const TSeen behind(
       directory.Write("c.gltf",
                       GltfOf({{1, 0, 0, 0, kSided}}, ",\"cameras\":[" + Perspective(1) + "]",
                              R"(,{"camera":0,"translation":[0,0,-5]})", ",1")),
@@ -166,10 +167,10 @@ std::string ReadFile(const std::string& name) {
 }
 
 // How far a model reaches along its vertical axis, up and down, and along the two others.
-std::array<float, 6> Extent(const MODEL& model) {
+std::array<float, 6> Extent(const TModel& model) {
   std::array<float, 6> extent = {};
-  for (const MESH& mesh : model.Meshes) {
-    for (const VERTEX& vertex : mesh.Vertices) {
+  for (const TMesh& mesh : model.Meshes) {
+    for (const TVertex& vertex : mesh.Vertices) {
       const float* p = vertex.Position;
       const float turned[3] = {p[0], model.ZUp ? p[2] : p[1], model.ZUp ? -p[1] : p[2]};
       for (std::size_t c = 0; c < 3; ++c) {
@@ -189,8 +190,8 @@ TEST(UpAxis, IsThatOfTheMetadata) {
   const std::string line = R"(P: "UpAxis", "int", "Integer", "",)";
   const std::size_t at = text.find(line + "1");
   ASSERT_NE(at, std::string::npos);
-  MODEL y;
-  MODEL z;
+  TModel y;
+  TModel z;
   std::string error;
   std::vector<std::string> warnings;
   ASSERT_TRUE(LoadModel(directory.Write("y.fbx", text), &y, &error, &warnings)) << error;

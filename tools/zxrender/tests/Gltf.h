@@ -10,7 +10,7 @@
 /// Parts of glTF 2 files that are made for tests.
 
 /// A square that faces +z, from (-1, -1) to (1, 1) times `half` about (x, y), at `z`.
-struct SQUARE {
+struct TSquare {
   float Half = 1;
   float X = 0;
   float Y = 0;
@@ -21,7 +21,7 @@ struct SQUARE {
 /// A glTF 2 file of squares with texture coordinates from (0, 0) at the top left to (1, 1). `more`
 /// goes into the scene's file as it is: ",\"cameras\":[...]" for instance; `nodes` are further
 /// nodes, which follow those of the squares, and `roots` their numbers in the scene.
-inline std::string GltfOf(const std::vector<SQUARE>& squares, const std::string& more = "",
+inline std::string GltfOf(const std::vector<TSquare>& squares, const std::string& more = "",
                           const std::string& nodes = "", const std::string& roots = "") {
   QStringList meshes, materials, accessors, views, nodeList, rootList;
   QByteArray buffer;
@@ -33,7 +33,7 @@ inline std::string GltfOf(const std::vector<SQUARE>& squares, const std::string&
   const unsigned short indices[] = {0, 1, 2, 0, 2, 3};
   add(indices, sizeof indices);
   accessors << R"({"bufferView":0,"componentType":5123,"count":6,"type":"SCALAR"})";
-  for (const SQUARE& s : squares) {
+  for (const TSquare& s : squares) {
     const float l = s.X - s.Half, r = s.X + s.Half, b = s.Y - s.Half, t = s.Y + s.Half;
     const float positions[] = {l, b, s.Z, r, b, s.Z, r, t, s.Z, l, t, s.Z};
     const float texCoords[] = {0, 1, 1, 1, 1, 0, 0, 0};

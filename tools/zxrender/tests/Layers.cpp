@@ -14,13 +14,13 @@ namespace {
 
 using namespace zx_scene;
 
-struct DRAWN {
+struct TDrawn {
   // The layers of a model from a side, 120 by 90 pixels.
-  DRAWN(const std::string& name, double azimuth, double elevation, STYLE style = STYLE()) {
+  TDrawn(const std::string& name, double azimuth, double elevation, TStyle style = TStyle()) {
     std::vector<std::string> warnings;
     std::string error;
     EXPECT_TRUE(LoadModel(name, &Model, &error, &warnings)) << error;
-    VIEW view;
+    TView view;
     view.Width = 120;
     view.Height = 90;
     view.Azimuth = azimuth;
@@ -40,14 +40,14 @@ struct DRAWN {
     return count;
   }
 
-  MODEL Model;
-  CAMERA Camera;
-  LAYERS Layers;
+  TModel Model;
+  TCamera Camera;
+  TLayers Layers;
   std::size_t Covered;
 };
 
 // What `camera` makes of a vector; of a point if w is 1.
-std::array<double, 3> ToEye(const CAMERA& camera, const std::array<double, 3>& v, double w) {
+std::array<double, 3> ToEye(const TCamera& camera, const std::array<double, 3>& v, double w) {
   std::array<double, 3> eye;
   for (std::size_t r = 0; r < 3; ++r) {
     eye[r] = camera.View[r] * v[0] + camera.View[4 + r] * v[1] + camera.View[8 + r] * v[2] +
@@ -58,7 +58,7 @@ std::array<double, 3> ToEye(const CAMERA& camera, const std::array<double, 3>& v
 
 // The square lies in the plane z = 0: where a ray through the middle of a pixel meets it, and the
 // normal there, follow from the camera alone.
-void CheckSquare(const DRAWN& drawn, double side) {
+void CheckSquare(const TDrawn& drawn, double side) {
   const std::array<double, 3> point = ToEye(drawn.Camera, {0, 0, 0}, 1);
   const std::array<double, 3> normal = ToEye(drawn.Camera, {0, 0, side}, 0);
   ASSERT_GT(drawn.CountSeen(), 1000u);
@@ -85,23 +85,23 @@ void CheckSquare(const DRAWN& drawn, double side) {
 
 TEST(Layers, DepthAndNormalOfASquareFromTheFront) {
   const TDirectory directory;
-  const DRAWN drawn(directory.Write("square.obj", SquareObj()), 30, 20);
+  const TDrawn drawn(directory.Write("square.obj", SquareObj()), 30, 20);
   CheckSquare(drawn, 1);
   EXPECT_EQ(drawn.CountSeen(), drawn.Covered);
 }
 
 TEST(Layers, TheBackHasTheNormalThatIsSeen) {
   const TDirectory directory;
-  const DRAWN drawn(directory.Write("square.obj", SquareObj()), 170, -35);
+  const TDrawn drawn(directory.Write("square.obj", SquareObj()), 170, -35);
   CheckSquare(drawn, -1);
 }
 
 TEST(Layers, PixelsAreThoseOfThePicture) {
   const TDirectory directory;
-  const DRAWN one(directory.Write("square.obj", SquareObj()), 30, 20);
-  STYLE style;
+  const TDrawn one(directory.Write("square.obj", SquareObj()), 30, 20);
+  TStyle style;
   style.Samples = 16;
-  const DRAWN many(directory / "square.obj", 30, 20, style);
+  const TDrawn many(directory / "square.obj", 30, 20, style);
   EXPECT_EQ(one.Layers.Depth, many.Layers.Depth);
   EXPECT_EQ(one.Layers.Normals, many.Layers.Normals);
   EXPECT_EQ(one.Layers.Ids, many.Layers.Ids);
@@ -109,7 +109,7 @@ TEST(Layers, PixelsAreThoseOfThePicture) {
 
 TEST(Layers, NearerMeshHidesTheOther) {
   const TDirectory directory;
-  const DRAWN drawn(directory.Write("two.gltf", GltfOf({{1, 0, 0, 0}, {0.5, 0, 0, 1}})), 0, 0);
+  const TDrawn drawn(directory.Write("two.gltf", GltfOf({{1, 0, 0, 0}, {0.5, 0, 0, 1}})), 0, 0);
   const std::size_t middle = 45 * 120 + 60;
   EXPECT_EQ(drawn.Layers.Ids[middle], 2u);
   std::size_t seen[3] = {};
@@ -131,29 +131,29 @@ TEST(Layers, WhatLetsThroughByMoreThanAHalfIsLeftOut) {
            "]}}";
   };
   const std::size_t middle = 45 * 120 + 60;
-  const DRAWN thin(
+  const TDrawn thin(
       directory.Write("thin.gltf", GltfOf({{1, 0, 0, 0}, {0.5, 0, 0, 1, glass("0.4")}})), 0, 0);
   EXPECT_EQ(thin.Layers.Ids[middle], 1u);
-  const DRAWN thick(
+  const TDrawn thick(
       directory.Write("thick.gltf", GltfOf({{1, 0, 0, 0}, {0.5, 0, 0, 1, glass("0.6")}})), 0, 0);
   EXPECT_EQ(thick.Layers.Ids[middle], 2u);
 }
 
 TEST(Layers, PointsAndLinesHaveDepthAndId) {
   const TDirectory directory;
-  const DRAWN drawn(directory.Write("cloud.ply",
-                                    "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
-                                    "property float y\nproperty float z\nend_header\n"
-                                    "0 0 0\n1 1 0\n"),
-                    0, 0);
+  const TDrawn drawn(directory.Write("cloud.ply",
+                                     "ply\nformat ascii 1.0\nelement vertex 2\nproperty float x\n"
+                                     "property float y\nproperty float z\nend_header\n"
+                                     "0 0 0\n1 1 0\n"),
+                     0, 0);
   EXPECT_EQ(drawn.CountSeen(), 2u);
   for (std::size_t i = 0; i < drawn.Layers.Ids.size(); ++i) {
     EXPECT_EQ(drawn.Layers.Ids[i], std::isfinite(drawn.Layers.Depth[i]) ? 1u : 0u);
   }
 }
 
-LAYERS Made() {
-  LAYERS layers;
+TLayers Made() {
+  TLayers layers;
   layers.Width = 5;
   layers.Height = 1;
   layers.Depth = {0.0149f, 0.004f, 700, std::numeric_limits<float>::infinity(), 1};
@@ -162,14 +162,14 @@ LAYERS Made() {
   return layers;
 }
 
-template <class T> std::vector<T> ValuesOf(const LAYER_IMAGE& image) {
+template <class T> std::vector<T> ValuesOf(const TLayerImage& image) {
   std::vector<T> values(image.Pixels.size() / sizeof(T));
   std::memcpy(values.data(), image.Pixels.data(), image.Pixels.size());
   return values;
 }
 
 TEST(LayerImages, DepthCountsStepsFromOne) {
-  const LAYER_IMAGE image = DepthAsSteps(Made(), 0.01);
+  const TLayerImage image = DepthAsSteps(Made(), 0.01);
   // Rounded; never 0, which is nothing; 70000 is too many.
   EXPECT_EQ(ValuesOf<std::uint16_t>(image), (std::vector<std::uint16_t>{1, 1, 65535, 0, 100}));
   EXPECT_EQ(image.Surface.Channels, 1);
@@ -177,13 +177,13 @@ TEST(LayerImages, DepthCountsStepsFromOne) {
 }
 
 TEST(LayerImages, NormalsSpreadOverSixteenBits) {
-  const LAYER_IMAGE image = NormalsAsColors(Made());
+  const TLayerImage image = NormalsAsColors(Made());
   // 0 is 32767.5, which rounds up; 0.6 is 52428; -0.8 is 6553.5 less what float lacks of 0.8.
   EXPECT_EQ(ValuesOf<std::uint16_t>(image),
             (std::vector<std::uint16_t>{32768, 32768, 65535, 65535, 32768, 0, 52428, 6553, 32768, 0,
                                         0, 0, 32768, 32768, 32768}));
   EXPECT_EQ(ValuesOf<float>(NormalsAsFloats(Made())), Made().Normals);
-  LAYERS odd = Made();
+  TLayers odd = Made();
   odd.Normals[0] = std::numeric_limits<float>::quiet_NaN();
   odd.Normals[1] = 1.0000001f;
   const std::vector<std::uint16_t> values = ValuesOf<std::uint16_t>(NormalsAsColors(odd));
@@ -202,7 +202,7 @@ TEST(LayerImages, IdsHaveThePaletteOfSegmentationMaps) {
 
 TEST(LayerImages, TheStepIsAPowerOfTenThatFits) {
   const auto stepFor = [](double far) {
-    CAMERA camera = {};
+    TCamera camera = {};
     camera.Far = far;
     return DepthStepFor({camera});
   };
@@ -212,9 +212,9 @@ TEST(LayerImages, TheStepIsAPowerOfTenThatFits) {
   EXPECT_EQ(stepFor(6553.4), 0.1);
   EXPECT_EQ(stepFor(8), 0.001);
   EXPECT_EQ(stepFor(3e38), 1e34);
-  CAMERA nearer = {};
+  TCamera nearer = {};
   nearer.Far = 1;
-  CAMERA farther = {};
+  TCamera farther = {};
   farther.Far = 1000;
   EXPECT_EQ(DepthStepFor({nearer, farther, nearer}), 0.1);
 }

@@ -8,8 +8,8 @@ namespace {
 using namespace zx_scene;
 
 // The red byte in the middle of a picture of the square, whose material is grey of 0.6.
-int Middle(const MODEL& model, double azimuth, const STYLE& style, bool zUp = false) {
-  VIEW view;
+int Middle(const TModel& model, double azimuth, const TStyle& style, bool zUp = false) {
+  TView view;
   view.Width = view.Height = 20;
   view.Azimuth = azimuth;
   view.Elevation = 0;
@@ -21,9 +21,9 @@ int Middle(const MODEL& model, double azimuth, const STYLE& style, bool zUp = fa
   return scene.ReadPicture()[4 * (10 * 20 + 10)];
 }
 
-STYLE FixedLight(double azimuth, double elevation) {
-  STYLE style;
-  style.Light = LIGHT::Fixed;
+TStyle FixedLight(double azimuth, double elevation) {
+  TStyle style;
+  style.Light = TLight::Fixed;
   style.LightAzimuth = azimuth;
   style.LightElevation = elevation;
   return style;
@@ -41,12 +41,12 @@ protected:
   }
 
   TDirectory m_Directory;
-  MODEL m_Model;
+  TModel m_Model;
 };
 
 TEST_F(Lights, NoneShowsTheColourItself) {
-  STYLE style;
-  style.Light = LIGHT::None;
+  TStyle style;
+  style.Light = TLight::None;
   EXPECT_EQ(Middle(m_Model, 0, style), 153); // 0.6 * 255
   EXPECT_EQ(Middle(m_Model, 50, style), 153);
 }
@@ -65,9 +65,9 @@ TEST_F(Lights, FixedOneFallsByItsAngleToTheFace) {
 }
 
 TEST_F(Lights, FixedOneStaysWhenTheCameraMoves) {
-  const STYLE left = FixedLight(-80, 0);
-  const STYLE right = FixedLight(80, 0);
-  STYLE with;
+  const TStyle left = FixedLight(-80, 0);
+  const TStyle right = FixedLight(80, 0);
+  TStyle with;
   // What the fill light adds from a side is the same for both.
   EXPECT_EQ(Middle(m_Model, 40, left), Middle(m_Model, 40, right));
   EXPECT_NE(Middle(m_Model, 0, with), Middle(m_Model, 60, with));

@@ -12,9 +12,9 @@ namespace {
 
 using namespace zx_scene;
 
-struct LOADED {
-  explicit LOADED(const std::string& name) { Done = LoadModel(name, &Model, &Error, &Warnings); }
-  MODEL Model;
+struct TLoaded {
+  explicit TLoaded(const std::string& name) { Done = LoadModel(name, &Model, &Error, &Warnings); }
+  TModel Model;
   std::string Error;
   std::vector<std::string> Warnings;
   bool Done;
@@ -22,13 +22,13 @@ struct LOADED {
 
 TEST(Model, SquareAsArrays) {
   const TDirectory directory;
-  const LOADED square(directory.Write("square.obj", SquareObj()));
+  const TLoaded square(directory.Write("square.obj", SquareObj()));
   ASSERT_TRUE(square.Done) << square.Error;
   EXPECT_TRUE(square.Warnings.empty());
   EXPECT_EQ(square.Model.CountCorners(3), 2u);
   EXPECT_EQ(square.Model.CountVertices(), 4u);
   ASSERT_EQ(square.Model.Meshes.size(), 1u);
-  for (const VERTEX& vertex : square.Model.Meshes[0].Vertices) {
+  for (const TVertex& vertex : square.Model.Meshes[0].Vertices) {
     EXPECT_EQ(vertex.Normal[2], 1.0f);
     // Texture coordinates go with the position, v upward.
     EXPECT_EQ(vertex.TexCoord[0], (vertex.Position[0] + 1) / 2);
@@ -38,7 +38,7 @@ TEST(Model, SquareAsArrays) {
 
 TEST(Model, CloudOfPoints) {
   const TDirectory directory;
-  const LOADED cloud(directory.Write(
+  const TLoaded cloud(directory.Write(
       "cloud.ply", "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
                    "property float y\nproperty float z\nend_header\n0 0 0\n1 0 0\n0 1 0\n"));
   ASSERT_TRUE(cloud.Done) << cloud.Error;
@@ -48,13 +48,13 @@ TEST(Model, CloudOfPoints) {
 
 TEST(Model, MissingFileAndBrokenFileSayWhy) {
   const TDirectory directory;
-  const LOADED missing(directory / "missing.obj");
+  const TLoaded missing(directory / "missing.obj");
   EXPECT_FALSE(missing.Done);
   EXPECT_EQ(missing.Error, "No such file or directory");
-  const LOADED folder(directory / "");
+  const TLoaded folder(directory / "");
   EXPECT_FALSE(folder.Done);
   EXPECT_EQ(folder.Error, "is a directory");
-  const LOADED broken(directory.Write("broken.dae", "<COLLADA"));
+  const TLoaded broken(directory.Write("broken.dae", "<COLLADA"));
   EXPECT_FALSE(broken.Done);
   EXPECT_FALSE(broken.Error.empty());
 }
@@ -62,7 +62,7 @@ TEST(Model, MissingFileAndBrokenFileSayWhy) {
 TEST(Model, MissingTextureOnlyWarns) {
   const TDirectory directory;
   directory.Write("m.mtl", "newmtl m\nmap_Kd nowhere.png\n");
-  const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+  const TLoaded model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
   ASSERT_TRUE(model.Done) << model.Error;
   ASSERT_EQ(model.Warnings.size(), 1u);
   EXPECT_EQ(model.Warnings[0], "texture 'nowhere.png': not found; drawn without it");
@@ -80,7 +80,7 @@ TEST(Model, DamagedTextureOnlyWarnsAndSaysWhy) {
   for (const auto& texture : kTextures) {
     directory.Write(texture.Name, texture.Bytes);
     directory.Write("m.mtl", std::string("newmtl m\nmap_Kd ") + texture.Name + "\n");
-    const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+    const TLoaded model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
     ASSERT_TRUE(model.Done) << model.Error;
     EXPECT_EQ(model.Warnings,
               std::vector<std::string>{std::string("texture '") + texture.Name +
@@ -93,7 +93,7 @@ TEST(Model, DamagedTextureInTheFileSaysWhyToo) {
   const TDirectory directory;
   // "no picture at all", in base 64, as an image of a glTF file.
   const std::string material = R"({"pbrMetallicRoughness":{"baseColorTexture":{"index":0}}})";
-  const LOADED model(directory.Write(
+  const TLoaded model(directory.Write(
       "m.gltf", GltfOf({{1, 0, 0, 0, material}},
                        R"(,"textures":[{"source":0}],"images":[{"mimeType":"image/png","uri":)"
                        R"("data:image/png;base64,bm8gcGljdHVyZSBhdCBhbGw="}])")));
@@ -108,7 +108,7 @@ TEST(Model, TextureIsFoundBesideTheModelWhateverItsPath) {
   const TDirectory directory;
   directory.Write("Skin.PPM", "P6 1 2 255\nabcdef");
   directory.Write("m.mtl", "newmtl m\nmap_Kd C:\\work\\skin.ppm\n");
-  const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+  const TLoaded model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
   ASSERT_TRUE(model.Done) << model.Error;
   EXPECT_TRUE(model.Warnings.empty());
   ASSERT_EQ(model.Model.Textures.size(), 1u);
@@ -124,7 +124,7 @@ TEST(Model, OldGltfNodesTurnBeforeTheyMove) {
   const TDirectory directory;
   // Positions (0,0,0), (1,0,0), (0,1,0) as floats.
   const std::string buffer = "AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA";
-  const LOADED model(
+  const TLoaded model(
       directory.Write("turned.gltf",
                       R"({"asset":{"version":"1.0"},"scene":"s","scenes":{"s":{"nodes":["n"]}},
           "nodes":{"n":{"meshes":["m"],"rotation":[0,0,0.70710678,0.70710678],
@@ -137,7 +137,7 @@ TEST(Model, OldGltfNodesTurnBeforeTheyMove) {
                           buffer + R"("}}})"));
   ASSERT_TRUE(model.Done) << model.Error;
   ASSERT_EQ(model.Model.Meshes.size(), 1u);
-  const MESH& mesh = model.Model.Meshes[0];
+  const TMesh& mesh = model.Model.Meshes[0];
   ASSERT_EQ(mesh.Indices.size(), 3u);
   const float expected[3][2] = {{5, 0}, {5, 2}, {4, 0}};
   for (std::size_t i = 0; i < 3; ++i) {
@@ -148,18 +148,18 @@ TEST(Model, OldGltfNodesTurnBeforeTheyMove) {
 
 TEST(Camera, WholeModelLiesInThePictureAndTouchesItsEdges) {
   const TDirectory directory;
-  const LOADED square(directory.Write("square.obj", SquareObj()));
+  const TLoaded square(directory.Write("square.obj", SquareObj()));
   ASSERT_TRUE(square.Done);
-  VIEW view;
+  TView view;
   for (const double azimuth : {0.0, 40.0, 200.0}) {
     for (const int width : {200, 600, 1500}) {
       view.Azimuth = azimuth;
       view.Width = width;
-      const std::vector<CAMERA> cameras = FrameModel(square.Model, view, 1);
+      const std::vector<TCamera> cameras = FrameModel(square.Model, view, 1);
       ASSERT_EQ(cameras.size(), 1u);
-      const CAMERA& camera = cameras[0];
+      const TCamera& camera = cameras[0];
       double farthest = 0;
-      for (const VERTEX& vertex : square.Model.Meshes[0].Vertices) {
+      for (const TVertex& vertex : square.Model.Meshes[0].Vertices) {
         double eye[3];
         for (int r = 0; r < 3; ++r) {
           eye[r] = camera.View[12 + r];
@@ -180,11 +180,11 @@ TEST(Camera, WholeModelLiesInThePictureAndTouchesItsEdges) {
 
 TEST(Camera, TurntableKeepsItsDistance) {
   const TDirectory directory;
-  const LOADED square(directory.Write("square.obj", SquareObj()));
+  const TLoaded square(directory.Write("square.obj", SquareObj()));
   ASSERT_TRUE(square.Done);
-  const std::vector<CAMERA> cameras = FrameModel(square.Model, VIEW(), 4);
+  const std::vector<TCamera> cameras = FrameModel(square.Model, TView(), 4);
   ASSERT_EQ(cameras.size(), 4u);
-  for (const CAMERA& camera : cameras) {
+  for (const TCamera& camera : cameras) {
     EXPECT_NEAR(camera.View[14], cameras[0].View[14], 1e-12);
   }
   // A quarter of a turn each: the first column of the third is the negative of the first's.
@@ -207,12 +207,12 @@ TEST(Scene, TextureStandsUprightOnTheSquare) {
   image += std::string("\xFF\0\0\0\xFF\0", 6) + std::string("\0\0\xFF\0\0\0", 6);
   directory.Write("q.ppm", image);
   directory.Write("m.mtl", "newmtl m\nmap_Kd q.ppm\n");
-  const LOADED model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
+  const TLoaded model(directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n")));
   ASSERT_TRUE(model.Done) << model.Error;
-  VIEW view;
+  TView view;
   view.Width = view.Height = 100;
   view.Azimuth = view.Elevation = 0;
-  STYLE style;
+  TStyle style;
   style.Linear = false;
   TScene scene;
   std::string error;
@@ -237,12 +237,12 @@ TEST(Scene, TextureStandsUprightOnTheSquare) {
 
 TEST(Scene, WireLeavesTheInsideFree) {
   const TDirectory directory;
-  const LOADED model(directory.Write("square.obj", SquareObj()));
+  const TLoaded model(directory.Write("square.obj", SquareObj()));
   ASSERT_TRUE(model.Done);
-  VIEW view;
+  TView view;
   view.Width = view.Height = 100;
   view.Azimuth = view.Elevation = 0;
-  STYLE style;
+  TStyle style;
   style.Wire = true;
   TScene scene;
   std::string error;

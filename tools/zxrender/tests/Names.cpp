@@ -6,8 +6,8 @@
 
 namespace {
 
-NAME_VALUES Values(std::size_t number, std::size_t numbers, std::size_t frame, std::size_t frames) {
-  NAME_VALUES values;
+TNameValues Values(std::size_t number, std::size_t numbers, std::size_t frame, std::size_t frames) {
+  TNameValues values;
   values.Name = "duck";
   values.Number = number;
   values.Numbers = numbers;
@@ -19,14 +19,14 @@ NAME_VALUES Values(std::size_t number, std::size_t numbers, std::size_t frame, s
 }
 
 TEST(Names, BracesStandForValues) {
-  const NAME_VALUES values = Values(17, 100, 0, 0);
+  const TNameValues values = Values(17, 100, 0, 0);
   EXPECT_EQ(FillPattern("{name}_{n}.png", values), "duck_017.png");
   EXPECT_EQ(FillPattern("out/{model}-{frame}.png", values), "out/001-000.png");
   EXPECT_EQ(FillPattern("{{n}}{{{n}}}.png", values), "{n}{017}.png");
   EXPECT_EQ(FillPattern("plain.png", values), "plain.png");
   EXPECT_EQ(FillPattern("{n}", Values(7, 10001, 0, 0)), "00007");
   // What a brace stands for is not read again.
-  NAME_VALUES odd = values;
+  TNameValues odd = values;
   odd.Name = "{n}";
   EXPECT_EQ(FillPattern("{name}.png", odd), "{n}.png");
 }
@@ -61,7 +61,7 @@ TEST(Names, Stems) {
 // The numbers of all pictures of a part.
 std::vector<std::size_t> Numbers(std::size_t models, int frames, int part, int parts, int jobs) {
   std::vector<std::size_t> numbers;
-  for (const TASK& task : MakeTasks(models, frames, part, parts, jobs)) {
+  for (const TTask& task : MakeTasks(models, frames, part, parts, jobs)) {
     EXPECT_LT(task.FirstFrame, task.EndFrame);
     const std::size_t perModel = static_cast<std::size_t>(std::max(frames, 1));
     for (int frame = task.FirstFrame; frame < task.EndFrame; ++frame) {

@@ -44,13 +44,13 @@ DATASURFACE Surface(const std::vector<T>& pixels, int width, int height, int cha
 }
 
 TEST(Kind, IsTheEndingInAnyCase) {
-  EXPECT_EQ(KindOfName("a.png"), IMAGE_KIND::Png);
-  EXPECT_EQ(KindOfName("a.b.PNG"), IMAGE_KIND::Png);
-  EXPECT_EQ(KindOfName("a.jpg"), IMAGE_KIND::Jpeg);
-  EXPECT_EQ(KindOfName("a.JPeG"), IMAGE_KIND::Jpeg);
-  EXPECT_EQ(KindOfName("a.pfm"), IMAGE_KIND::Pfm);
+  EXPECT_EQ(KindOfName("a.png"), TImageKind::Png);
+  EXPECT_EQ(KindOfName("a.b.PNG"), TImageKind::Png);
+  EXPECT_EQ(KindOfName("a.jpg"), TImageKind::Jpeg);
+  EXPECT_EQ(KindOfName("a.JPeG"), TImageKind::Jpeg);
+  EXPECT_EQ(KindOfName("a.pfm"), TImageKind::Pfm);
   for (const char* name : {"", "png", "a.gif", "a.png.txt", "a."}) {
-    EXPECT_EQ(KindOfName(name), IMAGE_KIND::Unknown) << name;
+    EXPECT_EQ(KindOfName(name), TImageKind::Unknown) << name;
   }
 }
 
@@ -91,8 +91,8 @@ TEST(Compare, CountsPixelsAndTheGreatestDifference) {
   b[3] = 25;
   b[4] = 18;
   b[11] = 39;
-  const COMPARISON result = ComparePictures(Surface(a, 2, 2, 3, DATA_TYPE_UINT8),
-                                            Surface(b, 2, 2, 3, DATA_TYPE_UINT8), &apart);
+  const TComparison result = ComparePictures(Surface(a, 2, 2, 3, DATA_TYPE_UINT8),
+                                             Surface(b, 2, 2, 3, DATA_TYPE_UINT8), &apart);
   EXPECT_FALSE(result.Same);
   EXPECT_EQ(result.Differing, 2u);
   EXPECT_EQ(result.Greatest, 5);
@@ -107,8 +107,8 @@ TEST(Compare, AlphaCountsAndAMissingOneIsOpaque) {
   EXPECT_TRUE(ComparePictures(Surface(rgb, 1, 1, 3, DATA_TYPE_UINT8),
                               Surface(opaque, 1, 1, 4, DATA_TYPE_UINT8), nullptr)
                   .Same);
-  const COMPARISON result = ComparePictures(Surface(rgb, 1, 1, 3, DATA_TYPE_UINT8),
-                                            Surface(thin, 1, 1, 4, DATA_TYPE_UINT8), nullptr);
+  const TComparison result = ComparePictures(Surface(rgb, 1, 1, 3, DATA_TYPE_UINT8),
+                                             Surface(thin, 1, 1, 4, DATA_TYPE_UINT8), nullptr);
   EXPECT_EQ(result.Differing, 1u);
   EXPECT_EQ(result.Greatest, 5);
 }
@@ -116,12 +116,12 @@ TEST(Compare, AlphaCountsAndAMissingOneIsOpaque) {
 TEST(Compare, OtherSizesAndDepthsDiffer) {
   const std::vector<std::uint8_t> a(12);
   const std::vector<std::uint16_t> wide(6);
-  const COMPARISON size = ComparePictures(Surface(a, 2, 2, 3, DATA_TYPE_UINT8),
-                                          Surface(a, 4, 1, 3, DATA_TYPE_UINT8), nullptr);
+  const TComparison size = ComparePictures(Surface(a, 2, 2, 3, DATA_TYPE_UINT8),
+                                           Surface(a, 4, 1, 3, DATA_TYPE_UINT8), nullptr);
   EXPECT_FALSE(size.Same);
   EXPECT_EQ(size.Reason, "is of 4x1 pixels, not of 2x2");
-  const COMPARISON depth = ComparePictures(Surface(a, 2, 1, 3, DATA_TYPE_UINT8),
-                                           Surface(wide, 2, 1, 3, DATA_TYPE_UINT16), nullptr);
+  const TComparison depth = ComparePictures(Surface(a, 2, 1, 3, DATA_TYPE_UINT8),
+                                            Surface(wide, 2, 1, 3, DATA_TYPE_UINT16), nullptr);
   EXPECT_FALSE(depth.Same);
   EXPECT_EQ(depth.Reason, "has channels of 16 bits");
 }
@@ -130,14 +130,14 @@ TEST(Write, PfmHoldsFloatsFromTheBottomRow) {
   const TDirectory directory;
   const std::vector<float> depth = {1.5f, -2, 3, 4e20f};
   std::string error;
-  ASSERT_TRUE(WriteImage(directory / "d.pfm", IMAGE_KIND::Pfm,
+  ASSERT_TRUE(WriteImage(directory / "d.pfm", TImageKind::Pfm,
                          Surface(depth, 2, 2, 1, DATA_TYPE_FLOAT), 1, &error));
   const std::string text = ReadFile(directory / "d.pfm");
   ASSERT_EQ(text.substr(0, 12), "Pf\n2 2\n-1.0\n");
   ASSERT_EQ(text.size(), 12u + 16u);
   EXPECT_EQ(std::memcmp(text.data() + 12, depth.data(), 16), 0);
   const std::vector<float> normal = {0, 0, 1};
-  ASSERT_TRUE(WriteImage(directory / "n.pfm", IMAGE_KIND::Pfm,
+  ASSERT_TRUE(WriteImage(directory / "n.pfm", TImageKind::Pfm,
                          Surface(normal, 1, 1, 3, DATA_TYPE_FLOAT), 1, &error));
   EXPECT_EQ(ReadFile(directory / "n.pfm").substr(0, 12), "PF\n1 1\n-1.0\n");
 }
@@ -154,7 +154,7 @@ TEST(Write, JpegHasTheColoursThatItWasGiven) {
   surface.Format = DATA_FORMAT_RGB;
   surface.Channels = 3;
   std::string error;
-  ASSERT_TRUE(WriteImage(directory / "a.jpg", IMAGE_KIND::Jpeg, surface, 1, &error)) << error;
+  ASSERT_TRUE(WriteImage(directory / "a.jpg", TImageKind::Jpeg, surface, 1, &error)) << error;
   DATASURFACE record = {};
   ASSERT_TRUE(LoadImage(directory / "a.jpg", nullptr, &record));
   TDataSurface loaded;
@@ -173,24 +173,24 @@ TEST(Write, AFileThatCantBeWrittenStaysAsItWas) {
   const std::vector<std::uint8_t> pixel = {1, 2, 3};
   const DATASURFACE surface = Surface(pixel, 1, 1, 3, DATA_TYPE_UINT8);
   std::string error;
-  EXPECT_FALSE(WriteImage("/nonexistent/a.png", IMAGE_KIND::Png, surface, 1, &error));
+  EXPECT_FALSE(WriteImage("/nonexistent/a.png", TImageKind::Png, surface, 1, &error));
   EXPECT_EQ(error, "can't be written: No such file or directory");
   const std::string name = directory.Write("a.png", "before");
   DATASURFACE none = surface;
   none.Channels = 7;
-  EXPECT_FALSE(WriteImage(name, IMAGE_KIND::Png, none, 1, &error));
+  EXPECT_FALSE(WriteImage(name, TImageKind::Png, none, 1, &error));
   EXPECT_EQ(ReadFile(name), "before");
-  EXPECT_FALSE(std::filesystem::exists(PartName(name, IMAGE_KIND::Png)));
-  EXPECT_TRUE(WriteImage(name, IMAGE_KIND::Png, surface, 1, &error));
+  EXPECT_FALSE(std::filesystem::exists(PartName(name, TImageKind::Png)));
+  EXPECT_TRUE(WriteImage(name, TImageKind::Png, surface, 1, &error));
   EXPECT_EQ(ReadFile(name).substr(1, 3), "PNG");
   // A link stays a link.
   std::filesystem::create_symlink(name, directory / "link.png");
   directory.Write("a.png", "before");
-  EXPECT_TRUE(WriteImage(directory / "link.png", IMAGE_KIND::Png, surface, 1, &error));
+  EXPECT_TRUE(WriteImage(directory / "link.png", TImageKind::Png, surface, 1, &error));
   EXPECT_TRUE(std::filesystem::is_symlink(directory / "link.png"));
   EXPECT_EQ(ReadFile(name).substr(1, 3), "PNG");
   // A device takes the bytes and stays what it is.
-  EXPECT_TRUE(WriteImage("/dev/null", IMAGE_KIND::Png, surface, 1, &error));
+  EXPECT_TRUE(WriteImage("/dev/null", TImageKind::Png, surface, 1, &error));
   struct stat about = {};
   ASSERT_EQ(stat("/dev/null", &about), 0);
   EXPECT_TRUE(S_ISCHR(about.st_mode));
@@ -203,12 +203,12 @@ TEST(Write, MinusIsTheGivenDescriptor) {
   std::string error;
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);
-  ASSERT_TRUE(WriteImage("-", IMAGE_KIND::Png, surface, ends[1], &error)) << error;
+  ASSERT_TRUE(WriteImage("-", TImageKind::Png, surface, ends[1], &error)) << error;
   close(ends[1]);
   char bytes[4096];
   const ssize_t count = read(ends[0], bytes, sizeof bytes);
   close(ends[0]);
-  ASSERT_TRUE(WriteImage(directory / "a.png", IMAGE_KIND::Png, surface, 1, &error));
+  ASSERT_TRUE(WriteImage(directory / "a.png", TImageKind::Png, surface, 1, &error));
   EXPECT_EQ(std::string(bytes, static_cast<std::size_t>(count)), ReadFile(directory / "a.png"));
 }
 

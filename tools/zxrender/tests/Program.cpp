@@ -10,12 +10,12 @@
 namespace {
 
 TEST(Program, HelpFitsAScreenAndHasGroups) {
-  const RESULT help = Render("--help");
+  const TResult help = Render("--help");
   EXPECT_EQ(help.Code, 0);
   EXPECT_LE(std::count(help.Text.begin(), help.Text.end(), '\n'), 24);
   EXPECT_EQ(Render("-h").Text, help.Text);
-  const RESULT all = Render("--help=all");
-  for (const RESULT& shown : {help, all}) {
+  const TResult all = Render("--help=all");
+  for (const TResult& shown : {help, all}) {
     for (std::size_t at = 0; at < shown.Text.size();) {
       const std::size_t end = shown.Text.find('\n', at);
       EXPECT_LE(end - at, 80u) << shown.Text.substr(at, end - at);
@@ -33,7 +33,7 @@ TEST(Program, HelpFitsAScreenAndHasGroups) {
   EXPECT_TRUE(Contains(help, "Exit status"));
   for (const char* group : {"picture", "view", "layers", "check", "many", "report"}) {
     EXPECT_TRUE(Contains(help, group)) << group;
-    const RESULT shown = Render(std::string("--help=") + group);
+    const TResult shown = Render(std::string("--help=") + group);
     EXPECT_EQ(shown.Code, 0);
     EXPECT_NE(all.Text.find(shown.Text), std::string::npos) << group;
   }
@@ -100,7 +100,7 @@ TEST(Program, WrongCommandLines) {
                                 "-t 1.5 a.obj",
                                 "-f cubic a.obj",
                                 "--wire=1 a.obj"}) {
-    const RESULT result = Render(arguments);
+    const TResult result = Render(arguments);
     EXPECT_EQ(result.Code, 2) << arguments;
     EXPECT_TRUE(Contains(result, "zxrender: ")) << arguments;
     EXPECT_TRUE(Contains(result, "Try 'zxrender --help'.")) << arguments;
@@ -110,17 +110,17 @@ TEST(Program, WrongCommandLines) {
 
 TEST(Program, FailuresNameTheFileAndTheReason) {
   const TDirectory directory;
-  const RESULT missing = Render(directory / "missing.dae");
+  const TResult missing = Render(directory / "missing.dae");
   EXPECT_EQ(missing.Code, 1);
   EXPECT_EQ(missing.Text,
             "zxrender: " + (directory / "missing.dae") + ": No such file or directory\n");
   const std::string broken = directory.Write("broken.dae", "<COLLADA");
-  const RESULT damaged = Render(broken);
+  const TResult damaged = Render(broken);
   EXPECT_EQ(damaged.Code, 1);
   EXPECT_EQ(damaged.Text.rfind("zxrender: " + broken + ": ", 0), 0u);
   EXPECT_GT(damaged.Text.size(), broken.size() + 15);
   const std::string square = directory.Write("square.obj", SquareObj());
-  const RESULT unwritten = Render(square + " -o /nonexistent/x.png");
+  const TResult unwritten = Render(square + " -o /nonexistent/x.png");
   EXPECT_EQ(unwritten.Code, 1);
   EXPECT_EQ(unwritten.Text,
             "zxrender: /nonexistent/x.png: can't be written: No such file or directory\n");
@@ -130,7 +130,7 @@ TEST(Program, MissingTextureWarnsAndDraws) {
   const TDirectory directory;
   directory.Write("m.mtl", "newmtl m\nmap_Kd nowhere.png\n");
   const std::string model = directory.Write("m.obj", SquareObj("mtllib m.mtl\nusemtl m\n"));
-  const RESULT result = Render(model + " -s 20x20 -o " + (directory / "m.png"));
+  const TResult result = Render(model + " -s 20x20 -o " + (directory / "m.png"));
   EXPECT_EQ(result.Code, 0);
   EXPECT_EQ(result.Text, "zxrender: " + model +
                              ": warning: texture 'nowhere.png': not found; drawn without it\n");
@@ -162,7 +162,7 @@ TEST(Program, PictureOfTheSizeAndBackground) {
 TEST(Program, TurntableNumbersItsPicturesAndIsQuiet) {
   const TDirectory directory;
   const std::string square = directory.Write("square.obj", SquareObj());
-  const RESULT result = Render(square + " -t 4 -s 20x20 -o " + (directory / "turn.png"));
+  const TResult result = Render(square + " -t 4 -s 20x20 -o " + (directory / "turn.png"));
   EXPECT_EQ(result.Code, 0);
   EXPECT_EQ(result.Text, "");
   for (const char* name : {"turn_000.png", "turn_001.png", "turn_002.png", "turn_003.png"}) {
@@ -175,7 +175,7 @@ TEST(Program, TurntableNumbersItsPicturesAndIsQuiet) {
 TEST(Program, Stats) {
   const TDirectory directory;
   const std::string square = directory.Write("square.obj", SquareObj());
-  const RESULT result = Render("--stats -s 20x20 -o " + (directory / "s.png") + " " + square);
+  const TResult result = Render("--stats -s 20x20 -o " + (directory / "s.png") + " " + square);
   EXPECT_EQ(result.Code, 0);
   EXPECT_TRUE(Contains(result, "triangles  2\n"));
   EXPECT_TRUE(Contains(result, "vertices   4\n"));

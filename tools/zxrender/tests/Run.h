@@ -6,13 +6,13 @@
 #include <sys/wait.h>
 
 /// What a command line of the shell printed and how it ended.
-struct RESULT {
+struct TResult {
   int Code = -1;
   std::string Text; ///< both outputs
 };
 
-inline RESULT RunShell(const std::string& command) {
-  RESULT result;
+inline TResult RunShell(const std::string& command) {
+  TResult result;
   // In a shell of its own, so that all parts of a pipe are meant.
   std::FILE* pipe = popen(("{ " + command + "\n} 2>&1").c_str(), "r");
   if (pipe == nullptr) {
@@ -28,10 +28,10 @@ inline RESULT RunShell(const std::string& command) {
 }
 
 /// The program under test with these arguments.
-inline RESULT Render(const std::string& arguments) {
+inline TResult Render(const std::string& arguments) {
   return RunShell(ZX_RENDER_PROGRAM " " + arguments);
 }
 
-inline bool Contains(const RESULT& result, const std::string& text) {
+inline bool Contains(const TResult& result, const std::string& text) {
   return result.Text.find(text) != std::string::npos;
 }

@@ -23,8 +23,9 @@ protected:
   }
 
   // A picture of the square of `width` by 3/4 of it.
-  std::vector<std::uint8_t> Picture(int width, const STYLE& style, std::size_t* covered = nullptr) {
-    VIEW view;
+  std::vector<std::uint8_t> Picture(int width, const TStyle& style,
+                                    std::size_t* covered = nullptr) {
+    TView view;
     view.Width = width;
     view.Height = width * 3 / 4;
     std::string error;
@@ -38,13 +39,13 @@ protected:
   }
 
   TDirectory m_Directory;
-  MODEL m_Model;
+  TModel m_Model;
 };
 
 TEST_F(SampledScenes, AreTheLargePictureAveraged) {
   for (const TColor background : {TColor{1, 0.5f, 0, 1}, TColor{0, 0, 0, 0}}) {
     for (const int side : {2, 4}) {
-      STYLE style;
+      TStyle style;
       style.Background = background;
       const std::vector<std::uint8_t> large = Picture(80 * side, style);
       DATASURFACE surface = {};
@@ -61,7 +62,7 @@ TEST_F(SampledScenes, AreTheLargePictureAveraged) {
 TEST_F(SampledScenes, CountPixelsAndNotSamples) {
   std::size_t one = 0;
   std::size_t many = 0;
-  STYLE style;
+  TStyle style;
   Picture(80, style, &one);
   style.Samples = 16;
   Picture(80, style, &many);
@@ -72,8 +73,8 @@ TEST_F(SampledScenes, CountPixelsAndNotSamples) {
 }
 
 TEST_F(SampledScenes, EdgesHaveShadesBetween) {
-  STYLE style;
-  style.Light = LIGHT::None;
+  TStyle style;
+  style.Light = TLight::None;
   style.Background = {0, 0, 0, 1};
   const auto shades = [&] {
     std::vector<std::uint8_t> reds;
@@ -93,7 +94,7 @@ TEST_F(SampledScenes, EdgesHaveShadesBetween) {
 
 // A line of one pixel is as dark with many samples as with one.
 TEST_F(SampledScenes, LinesKeepTheirWidth) {
-  STYLE style;
+  TStyle style;
   style.Wire = true;
   style.Background = {1, 1, 1, 1};
   const auto darkness = [&](const std::vector<std::uint8_t>& picture) {
