@@ -39,8 +39,9 @@ struct TShape {
   double S[2] = {0.2, 0.8};
   double T = 0.5;
   bool IsLine = false;
-  double LineTop = kRow; ///< of the line's end
-  bool IsDirect = false; ///< handed to the rasteriser as it is, past the clipper
+  double LineTop = kRow;                 ///< of the line's end
+  bool IsDirect = false;                 ///< handed to the rasteriser as it is, past the clipper
+  const unsigned char* Pixels = nullptr; ///< drawn instead of a shape
 
   void SetColors(std::initializer_list<double> left, std::initializer_list<double> right) {
     std::copy(left.begin(), left.end(), Colors[0]);
@@ -57,6 +58,10 @@ struct TShape {
   }
 
   void Draw(TRenderCPU& gl) const {
+    if (Pixels != nullptr) {
+      gl.DrawPixels(kWidth / 2, 1, GL_RGBA, GL_UNSIGNED_BYTE, Pixels);
+      return;
+    }
     if (W[0] != 1 || W[1] != 1) { // takes w from z, and leaves 0 for z
       constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
       gl.MatrixMode(GL_PROJECTION);
@@ -181,6 +186,12 @@ void Hidden(TRenderCPU& gl, TShape& shape) {
 }
 
 void Line(TRenderCPU&, TShape& shape) { shape.IsLine = true; }
+
+void BlendedPixels(TRenderCPU& gl, TShape& shape) {
+  static constexpr unsigned char kPixels[4 * kWidth] = {1, 2, 3, 4};
+  Blend(gl, shape);
+  shape.Pixels = kPixels;
+}
 
 void LowerLevel(TRenderCPU&, TShape&) {
   ASSERT_TRUE(LimitSpanLevel("SSSE3") || LimitSpanLevel("NEON"));
@@ -488,6 +499,13 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
     shape.Right = 50;
     shape.LineTop = kRow + 50;
   });
+
+  add(C::PixelRowInstructionSet, TKernel::PixelRows, BlendedPixels,
+      [](TRenderCPU&, TShape&) { ASSERT_TRUE(LimitSpanLevel("reference")); });
+  add(C::PixelRowKnownBlend, TKernel::PixelRows, BlendedPixels,
+      [](TRenderCPU& gl, TShape&) { gl.m_BlendFunc = BadBlend; });
+  add(C::PixelRowApart, TKernel::PixelRows, BlendedPixels,
+      [](TRenderCPU& gl, TShape& shape) { shape.Pixels = gl.GetColorSurface()->Data + 4; });
 }
 
 // Rows that a caller's shader could compute at once.

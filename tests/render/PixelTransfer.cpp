@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "StateChecks.h"
+#include <ZxCore3D/render/kernels/SpanJob.h>
 
 using namespace Zx3D;
 using namespace zx_test;
@@ -560,4 +561,137 @@ TEST(PixelTransfer, ABoundSurfaceThatDoesNotFitIsNotLeft) {
   s->ReadPixels(0, 0, 16, 16, GL_RGBA, GL_UNSIGNED_BYTE, target.data());
   EXPECT_EQ(bytes[0], target[0]);
   s->BindColorSurface(nullptr);
+}
+
+// --- Rows of blended or masked pixels, at each instruction set
+
+namespace {
+
+class PixelRows : public testing::Test {
+protected:
+  ~PixelRows() override { LimitSpanLevel(nullptr); }
+
+  static void SetOutput(TRenderCPU& r, bool blend, unsigned int mask) {
+    r.ColorMask(mask & 1, mask & 2, mask & 4, mask & 8);
+    r.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+    r.EnableBlend(blend);
+  }
+};
+
+} // namespace
+
+TEST_F(PixelRows, EveryMaskAndWidth) {
+  const TBytes before = Noise(45 * 3 * 4, 21), source = Noise(45 * 2 * 4 + 3, 22);
+  for (const char* const level : kSpanPaths) {
+    if (!LimitSpanLevel(level)) {
+      continue;
+    }
+    for (int at = 0; at < 2 * 16 * 42; ++at) {
+      const bool blend = at % 2 != 0;
+      const auto mask = static_cast<unsigned int>(at / 2 % 16);
+      const int width = at / 32 + 1;
+      TScene s(45, 3);
+      Paint(s, before);
+      SetOutput(*s, blend, mask);
+      s->WindowPos2i(2, 1);
+      const TBytes pixels(source.begin() + at % 4, source.begin() + at % 4 + width * 2 * 4);
+      s->DrawPixels(width, 2, GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
+      ASSERT_EQ(DrawnBytes(*s, before, width, 2, pixels), BytesOf(s->m_ColorSurface))
+          << level << ", mask " << mask << ", width " << width << ", blend " << blend;
+    }
+  }
+}
+
+TEST_F(PixelRows, EverySourceTargetAndAlpha) {
+  std::vector<const TSpanKernels*> kernels;
+  for (const char* const level : kSpanLevels) {
+    if (LimitSpanLevel(level)) {
+      kernels.push_back(GetSpanKernels());
+    }
+  }
+  TSpanJob job;
+  job.Draw.ColorMask = 15;
+  job.Draw.Blend = TBlend::SourceAlpha;
+  TBytes source(256 * 4), before(256 * 4), expected(256 * 4), target;
+  for (int alpha = 0; alpha < 256; ++alpha) {
+    for (int value = 0; value < 256; ++value) {
+      for (int pixel = 0; pixel < 256; ++pixel) {
+        const int to[4] = {pixel, 255 - pixel, pixel ^ 0x55, pixel};
+        const int from[4] = {value, 255 - value, value ^ 0xAA, alpha};
+        for (std::size_t c = 0; c < 4; ++c) {
+          const std::size_t at = static_cast<std::size_t>(pixel) * 4 + c;
+          source[at] = static_cast<std::uint8_t>(from[c]);
+          before[at] = static_cast<std::uint8_t>(to[c]);
+          expected[at] = static_cast<std::uint8_t>((to[c] * (255 - alpha) + from[c] * alpha) / 255);
+        }
+      }
+      for (const TSpanKernels* const k : kernels) {
+        target = before;
+        k->DrawPixelRow(job, source.data(), target.data(), 256);
+        ASSERT_TRUE(expected == target) << k->Level << ", " << value << ", alpha " << alpha;
+      }
+    }
+  }
+}
+
+// In blocks of their own size, at all places within a word, so that the sanitizers see every byte
+// that is read or written beside them.
+TEST_F(PixelRows, RowsMayStandAtAnyAddress) {
+  for (const char* const level : kSpanLevels) {
+    if (!LimitSpanLevel(level)) {
+      continue;
+    }
+    TSpanJob job;
+    job.Draw.ColorMask = 7;
+    job.Draw.Blend = TBlend::SourceAlpha;
+    for (std::size_t at = 0; at < 16 * 40; ++at) {
+      const std::size_t fromStart = at % 4, toStart = at / 4 % 4, count = at / 16 + 1;
+      const TBytes source = Noise(fromStart + 4 * count, 31);
+      TBytes target = Noise(toStart + 4 * count, 32), expected = target;
+      for (std::size_t i = 0; i < 4 * count; ++i) {
+        const int alpha = source[fromStart + (i | 3)];
+        std::uint8_t& to = expected[toStart + i];
+        if (i % 4 != 3) {
+          to =
+              static_cast<std::uint8_t>((to * (255 - alpha) + source[fromStart + i] * alpha) / 255);
+        }
+      }
+      GetSpanKernels()->DrawPixelRow(job, source.data() + fromStart, target.data() + toStart,
+                                     static_cast<std::ptrdiff_t>(count));
+      ASSERT_EQ(expected, target) << level << ", " << fromStart << " to " << toStart;
+    }
+  }
+}
+
+// A pixel that was drawn may be the source of one that follows.
+TEST_F(PixelRows, OverlappingRowsAreDrawnPixelByPixel) {
+  constexpr int kWidth = 37;
+  constexpr long kFirst = 4 * 100;
+  for (const char* const level : kSpanPaths) {
+    if (!LimitSpanLevel(level)) {
+      continue;
+    }
+    for (const unsigned int mask : {15u, 5u}) {
+      for (long offset = -4 * kWidth - 4; offset <= 4 * kWidth + 4; ++offset) {
+        TScene s(100, 3);
+        TBytes expected = Noise(100 * 3 * 4, 41);
+        Paint(s, expected);
+        SetOutput(*s, true, mask);
+        s->WindowPos2i(0, 1);
+        s->DrawPixels(kWidth, 1, GL_RGBA, GL_UNSIGNED_BYTE,
+                      s->m_ColorSurface->Data + kFirst + offset);
+        for (long i = 0; i < kWidth; ++i) {
+          std::uint8_t* const to = &expected[static_cast<std::size_t>(kFirst + 4 * i)];
+          const std::uint8_t* const from = to + offset;
+          const int alpha = from[3];
+          for (int c = 0; c < 4; ++c) {
+            if ((mask >> c & 1) != 0) {
+              to[c] = static_cast<std::uint8_t>((to[c] * (255 - alpha) + from[c] * alpha) / 255);
+            }
+          }
+        }
+        ASSERT_EQ(expected, BytesOf(s->m_ColorSurface)) << level << ", " << offset;
+      }
+    }
+  }
 }

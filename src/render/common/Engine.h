@@ -183,9 +183,10 @@ struct TRenderEngine {
 
   // --- kernels/SpanSetup.cpp: choosing a kernel and running it
 
-  /// Each returns the condition that leaves what is drawn to the reference walker.
+  /// Set-up; a condition that is returned leaves what is drawn to the reference walker.
   TCondition SetUpDraw(TDrawState* draw) const;
   TCondition SetUpTargets(TDrawState* draw) const;
+  void SetUpOutput(TDrawState* draw) const;
   TCondition SetUpDepthStencil(TDrawState* draw) const;
   TCondition SetUpPrimitive(TPrimitive* primitive) const;
   void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);

@@ -98,9 +98,9 @@
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
   X(InRange,         WithinLimits,    IsWithin(u, primitive.InRangeWidth, \
-                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, borders and odd sizes") \
+                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, edges and borders") \
   X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
-                                      AreNeighbours(x, primitive.MaskX),                      "two texels are fetched in one load")
+                                      AreNeighbours(x, primitive),                            "two texels are fetched in one load")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -114,6 +114,11 @@
   X(ShadedRows,      KnownBlend,      KnowsBlend(gl),                                         "as KnownWrite") \
   X(ShadedRows,      KnownDepth,      !gl.m_DepthTest || IsIn(kDepthCompares, gl.m_DepthCompare), "as KnownWrite") \
   X(ShadedRows,      KnownStencil,    !gl.m_StencilTest || KnowsStencil(gl),                  "as KnownWrite")
+
+#define ZX_PIXEL_ROW_CONDITIONS(X) \
+  X(PixelRow,        InstructionSet,  GetSpanKernels() != nullptr,                            "as for shaders") \
+  X(PixelRow,        KnownBlend,      draw.Blend != TBlend::Unknown,                          "a caller's function blends pixel by pixel") \
+  X(PixelRow,        Apart,           apart,                                                  "pixels four bytes apart are read ahead of those that are written")
 
 // What a rounding test, or another test of values, decides group by group.
 #define ZX_DEPTH_RANGE_CONDITION(X) \
@@ -129,7 +134,8 @@
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
-  ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
+  ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) \
+  ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
 
 /// As the body of a function that returns the first condition of a list that does not hold.
@@ -173,7 +179,7 @@ inline constexpr double kMinDepthBound = 1e-20;
 inline constexpr double kMaxDepthBound = 1e20;
 inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
 inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
-inline constexpr double kInRangeRepeat = 1048576.0; ///< repeats that a mask alone wraps
+inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates that a mask or a remainder wraps
 inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
 inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;
 

@@ -23,14 +23,16 @@ enum class TKernel : std::uint8_t {
   LineRuns,
   ScatteredPixels, ///< of lines that have no long runs
   ShadedRows,      ///< by a caller's shader, a row at once
+  PixelRows,       ///< of bytes that a caller handed over, blended or masked
 };
 
 inline constexpr const char* kKernelNames[] = {
-    "Reference",   "ShortRows", "FloatShortRows", "Fill",     "Rejection",       "FloatRuns",
-    "TextureRuns", "ExactRuns", "PartialGroup",   "LineRuns", "ScatteredPixels", "ShadedRows",
+    "Reference",       "ShortRows",   "FloatShortRows", "Fill",         "Rejection",
+    "FloatRuns",       "TextureRuns", "ExactRuns",      "PartialGroup", "LineRuns",
+    "ScatteredPixels", "ShadedRows",  "PixelRows",
 };
 
-inline constexpr int kKernels = static_cast<int>(TKernel::ShadedRows) + 1;
+inline constexpr int kKernels = static_cast<int>(TKernel::PixelRows) + 1;
 static_assert(sizeof kKernelNames / sizeof *kKernelNames == kKernels);
 
 struct TConditionName {

@@ -126,11 +126,14 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  double InRangeWidth =
-      0.0; ///< texel coordinates from 0 to below this are wrapped by `MaskX` alone
+  double InRangeWidth = 0.0; ///< texel coordinates from 0 to below this are in range
   double InRangeHeight = 0.0;
-  std::uint32_t MaskX = 0;
+  std::uint32_t MaskX = 0; ///< wraps an index that is in range
   std::uint32_t MaskY = 0;
+  bool RepeatsX = false; ///< by the remainder instead: the width is no power of two
+  bool RepeatsY = false;
+  double PerTexelX = 0.0; ///< 1 over the width
+  double PerTexelY = 0.0;
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
@@ -252,6 +255,8 @@ struct TSpanKernels {
   void (*PackColors)(const double* colors, int count, TPointBatch* out);
   void (*ShadeSpan)(const TShadedSpan& span);
   void (*ShadeRow)(const TShadedSpan& span, TRowFragmentShaderCPU* shader, TShadedRow* arrays);
+  void (*DrawPixelRow)(const TSpanJob& job, const unsigned char* from, unsigned char* to,
+                       std::ptrdiff_t count);
 };
 
 /// The kernels of the processor at hand, within what `LimitSpanLevel` allows; null for the

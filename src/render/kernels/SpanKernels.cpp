@@ -25,6 +25,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 
 #else
 #include <ZxCore3D/render/common/QuietFloats.h>
+#include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/ShadedRow-inl.h>
 #include <ZxCore3D/render/kernels/SpanLine-inl.h>
 #include <ZxCore3D/render/kernels/SpanTriangle-inl.h>
@@ -68,7 +69,8 @@ inline constexpr TSpanKernels kKernels = {kLevel,
                                           TQuiet<ProjectPoints>::Call,
                                           TQuiet<PackColors>::Call,
                                           ShadeSpan,
-                                          ShadeRow};
+                                          ShadeRow,
+                                          DrawPixelRow};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

@@ -93,6 +93,29 @@ inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t
   }
 }
 
+// Asks for the first and the last pixel of rows in all targets. Short rows with a test are bound by
+// memory otherwise: which branch to take depends on what was there, so that the processor does not
+// look ahead to the next row. Long rows are seen by its own prefetcher.
+HWY_INLINE HWY_ATTR void PrefetchShortRows(const TSpanJob& job, const TRows& rows,
+                                           std::uint64_t covered) {
+  for (; covered != 0; covered &= covered - 1) {
+    const int lane = FirstBit(covered);
+    if (rows.Last[lane] - rows.First[lane] >= kRun) {
+      continue;
+    }
+    for (const int x : {rows.First[lane], rows.Last[lane]}) {
+      const TGroupTargets at = TargetsAt(job, x, rows.Y[lane]);
+      __builtin_prefetch(at.Color);
+      if (job.Draw.UsesDepth()) {
+        __builtin_prefetch(at.Depth);
+      }
+      if (job.Draw.StencilTest) {
+        __builtin_prefetch(at.Stencil);
+      }
+    }
+  }
+}
+
 HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   const TRowPlan plan = PlanRows(*job);
   const int count = plan.Count[0] + plan.Count[1];
@@ -123,6 +146,9 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
       }
       shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
     } else {
+      if (job->Draw.DepthTest || job->Draw.StencilTest) {
+        PrefetchShortRows(*job, rows, live.Covered);
+      }
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
   }

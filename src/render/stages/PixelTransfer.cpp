@@ -9,7 +9,9 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
@@ -130,12 +132,18 @@ bool IsRGBAub(const TDataSurface* surface) {
          surface->Format == DATA_FORMAT_RGBA && surface->PixelStride >= 4;
 }
 
+// Whether both rows are one block, and the two blocks do not overlap.
+bool AreBlocksApart(const unsigned char* from, std::ptrdiff_t fromStep, const unsigned char* to,
+                    std::ptrdiff_t toStep, std::ptrdiff_t count) {
+  const auto apart = static_cast<std::size_t>(
+      std::abs(reinterpret_cast<std::intptr_t>(to) - reinterpret_cast<std::intptr_t>(from)));
+  return fromStep == 4 && toStep == 4 && apart >= static_cast<std::size_t>(count) * 4;
+}
+
 // Pixel by pixel, in order: source and destination may be one surface.
 void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned char* to,
                 std::ptrdiff_t toStep, std::ptrdiff_t count) {
-  const auto apart = static_cast<std::size_t>(
-      std::abs(reinterpret_cast<std::intptr_t>(to) - reinterpret_cast<std::intptr_t>(from)));
-  if (fromStep == 4 && toStep == 4 && apart >= static_cast<std::size_t>(count) * 4) {
+  if (AreBlocksApart(from, fromStep, to, toStep, count)) {
     std::memcpy(to, from, static_cast<std::size_t>(count) * 4);
     return;
   }
@@ -150,11 +158,23 @@ void CopyPixels(const unsigned char* from, std::ptrdiff_t fromStep, unsigned cha
 
 // --- Draw
 
+static TCondition UnmetByPixelRow(const TDrawState& draw, bool apart) {
+  ZX_RETURN_FIRST_UNMET(ZX_PIXEL_ROW_CONDITIONS);
+}
+
 // One row with the colour mask and the blending in force.
-static void DrawPixelRow(const TRenderCPU& gl, const unsigned char* from, std::ptrdiff_t fromStep,
-                         unsigned char* to, std::ptrdiff_t toStep, std::ptrdiff_t count) {
+static void DrawPixelRow(const TRenderCPU& gl, const TSpanJob& job, const unsigned char* from,
+                         std::ptrdiff_t fromStep, unsigned char* to, std::ptrdiff_t toStep,
+                         std::ptrdiff_t count) {
   if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
     CopyPixels(from, fromStep, to, toStep, count);
+    return;
+  }
+  job.StartRow();
+  const bool apart = AreBlocksApart(from, fromStep, to, toStep, count);
+  if (job.Meets(UnmetByPixelRow(job.Draw, apart))) {
+    job.Count(TKernel::PixelRows, static_cast<int>(count));
+    GetSpanKernels()->DrawPixelRow(job, from, to, count);
     return;
   }
   for (; count > 0; --count) {
@@ -169,7 +189,8 @@ void TRenderCPU::_DrawPixels_RGBAub_RGBAub(int width, int height, const void* pi
   const std::int64_t y = m_WindowPos.y;
   TSteps steps;
   if (pixels == nullptr || m_ColorSurface == nullptr || m_ColorSurface->Data == nullptr ||
-      m_ColorSurface->PixelStride < 4 || IsWhollyOutside(x, y, width, height, m_Width, m_Height) ||
+      m_ColorSurface->PixelStride < 4 || m_ColorMask == 0 ||
+      IsWhollyOutside(x, y, width, height, m_Width, m_Height) ||
       !StepsOf(m_PixelUnpack, width, &steps)) {
     return;
   }
@@ -184,12 +205,15 @@ void TRenderCPU::_DrawPixels_RGBAub_RGBAub(int width, int height, const void* pi
   const auto* from = static_cast<const unsigned char*>(pixels) + steps.Start;
   from += (x < 0 ? -x * steps.Pixel : 0) + (y < 0 ? -y * steps.Row : 0);
   std::ptrdiff_t offset = (x > 0 ? x * pixelStride : 0) + (y > 0 ? y * rowStride : 0);
+  TSpanJob job;
+  job.StartPrimitive();
+  m_Engine->SetUpOutput(&job.Draw);
   for (std::int64_t row = 0; row < rows; ++row) {
     std::ptrdiff_t first = 0;
     std::ptrdiff_t last = 0;
     CutToBlock(offset, pixelStride, size, columns, &first, &last);
     if (first <= last) {
-      DrawPixelRow(*this, from + first * steps.Pixel, steps.Pixel,
+      DrawPixelRow(*this, job, from + first * steps.Pixel, steps.Pixel,
                    m_ColorSurface->Data + offset + first * pixelStride, pixelStride,
                    last - first + 1);
     }
