@@ -98,9 +98,9 @@
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
   X(InRange,         WithinLimits,    IsWithin(u, primitive.InRangeWidth, \
-                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, edges and borders") \
+                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, borders and odd sizes") \
   X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
-                                      AreNeighbours(x, primitive),                            "two texels are fetched in one load")
+                                      AreNeighbours(x, primitive.MaskX),                      "two texels are fetched in one load")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -179,7 +179,7 @@ inline constexpr double kMinDepthBound = 1e-20;
 inline constexpr double kMaxDepthBound = 1e20;
 inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
 inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
-inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates that a mask or a remainder wraps
+inline constexpr double kInRangeRepeat = 1048576.0; ///< repeats that a mask alone wraps
 inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
 inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;
 

@@ -99,9 +99,9 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
-        return NearestTexels(job.Primitive, s, u);
+        return NearestTexels(job.Primitive.Sampler, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
-        return LinearTexels(job.Primitive, s, u);
+        return LinearTexels(job.Primitive.Sampler, s, u);
       } else {
         return SampledTexels(job.Primitive.Sampler, s, u);
       }

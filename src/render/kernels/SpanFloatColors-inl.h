@@ -262,10 +262,10 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
   }
   if constexpr (kTexels == TTexelSource::Nearest) {
     return job.Meets(FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
-           FetchWrappedNearest(job.Primitive, across, along, &ready->Nearest);
+           FetchWrappedNearest(*job.Primitive.Sampler, across, along, &ready->Nearest);
   } else {
     return job.Meets(FetchInRangePairs(job, across, along, &ready->Pairs)) ||
-           FetchWrappedPairs(job.Primitive, across, along, &ready->Pairs);
+           FetchWrappedPairs(*job.Primitive.Sampler, across, along, &ready->Pairs);
   }
 }
 

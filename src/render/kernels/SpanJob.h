@@ -126,14 +126,11 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  double InRangeWidth = 0.0; ///< texel coordinates from 0 to below this are in range
+  double InRangeWidth =
+      0.0; ///< texel coordinates from 0 to below this are wrapped by `MaskX` alone
   double InRangeHeight = 0.0;
-  std::uint32_t MaskX = 0; ///< wraps an index that is in range
+  std::uint32_t MaskX = 0;
   std::uint32_t MaskY = 0;
-  bool RepeatsX = false; ///< by the remainder instead: the width is no power of two
-  bool RepeatsY = false;
-  double PerTexelX = 0.0; ///< 1 over the width
-  double PerTexelY = 0.0;
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN

@@ -220,14 +220,17 @@ bool HasSmallOffsets(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
-// The range of texel coordinates that a mask or a remainder wraps. A linear filter reads one texel
-// further, which they bring back.
-void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range, std::uint32_t* mask,
-                     bool* repeats) {
-  const bool powerOfTwo = (size & (size - 1)) == 0;
-  *range = wrap == GL_REPEAT ? kInRangeRepeat : size - (linear ? 1 : 0);
-  *mask = wrap == GL_REPEAT && powerOfTwo ? static_cast<std::uint32_t>(size - 1) : 0xFFFFFFFFu;
-  *repeats = wrap == GL_REPEAT && !powerOfTwo;
+// The range of texel coordinates that a mask alone wraps. A linear filter reads one texel further,
+// which the mask brings back.
+void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
+                     std::uint32_t* mask) {
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    *range = kInRangeRepeat;
+    *mask = static_cast<std::uint32_t>(size - 1);
+  } else {
+    *range = size - (linear ? 1 : 0);
+    *mask = 0xFFFFFFFFu;
+  }
 }
 
 // Finds whether kernels read the texels themselves.
@@ -239,11 +242,9 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
   SetInRangeLimit(sampler.m_WrapS, surface->Width, linear, &primitive->InRangeWidth,
-                  &primitive->MaskX, &primitive->RepeatsX);
+                  &primitive->MaskX);
   SetInRangeLimit(sampler.m_WrapT, surface->Height, linear, &primitive->InRangeHeight,
-                  &primitive->MaskY, &primitive->RepeatsY);
-  primitive->PerTexelX = 1.0 / surface->Width;
-  primitive->PerTexelY = 1.0 / surface->Height;
+                  &primitive->MaskY);
   return TCondition::None;
 }
 
