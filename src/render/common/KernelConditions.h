@@ -73,12 +73,9 @@
   X(ShortRows,       Untextured,      primitive.Texels == TTexelSource::None,                 "texels are fetched for whole runs") \
   X(ShortRows,       NoStencil,       !draw.StencilTest,                                      "kernels are built for the most common state alone") \
   X(ShortRows,       Overwrites,      !draw.ReadsColor(),                                     "as NoStencil") \
-  X(ShortRows,       NoSecondary,     slots.Secondary < 0,                                    "as NoStencil") \
   X(ShortRows,       NoOffset,        !primitive.AddOffset,                                   "as NoStencil") \
   X(ShortRows,       TestsAndWrites,  draw.DepthTest == draw.DepthWrite,                      "as NoStencil") \
-  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil") \
-  X(ShortRows,       Channels,        primitive.ConstMask == 0 || \
-                                      primitive.ConstMask == kAlphaOnly,                      "as NoStencil")
+  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil")
 
 #define ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   X(FloatShortRows,  ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
@@ -141,7 +138,7 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 
-inline constexpr int kShortPixels = 8;            ///< of a short row: more gain by set-up for long ones
+inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
 inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found

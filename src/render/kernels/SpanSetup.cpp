@@ -364,8 +364,9 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
   const unsigned int unitChannels = UnitBits(v, color);
   const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
-  if (steady && !textured && primitive.SecondarySlot < 0) {
-    SetUpConstantChannels(unitChannels, &primitive);
+  if (steady && !textured) { // a secondary colour is not added to alpha
+    SetUpConstantChannels(primitive.SecondarySlot < 0 ? unitChannels : unitChannels & kAlphaOnly,
+                          &primitive);
   }
   if (Meets(counters, SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
