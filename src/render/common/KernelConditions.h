@@ -94,10 +94,9 @@
 
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
-  X(InRange,         WithinLimits,    IsWithin(u, primitive.InRangeWidth, \
-                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, borders and odd sizes") \
+  X(InRange,         WithinLimits,    IsWithin(u, limitU, v, limitV),                         "the general wrap handles signs and borders") \
   X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
-                                      AreNeighbours(x, primitive.MaskX),                      "two texels are fetched in one load")
+                                      AreNeighbours(x, primitive.RangeX),                     "two texels are fetched in one load")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -140,12 +139,15 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
+inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
+inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
 inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
-/// Fallbacks after which a row gives up float colours: a row between two bytes would pay twice.
-inline constexpr int FallbackBudget(int pixels) { return 3 + pixels / 64; }
+/// Channels of groups that fall back before a row gives up float colours: a row between two bytes
+/// would pay twice.
+inline constexpr int FallbackBudget(int pixels) { return 4 * (3 + pixels / 64); }
 
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping

@@ -64,7 +64,8 @@ struct TRowFloats {
   float WBegin;
   float WDelta;
   float Margin;
-  int FallbackBudget; ///< fallbacks left before the row takes the exact path
+  alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
+  int FallbackBudget; ///< channels that may still fall back before the row takes the exact path
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
