@@ -36,7 +36,8 @@ struct TRowSlots {
 
 inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
   TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
-  const std::pair<int, int*> wanted[] = {{job.Primitive.ColorSlot, &slots.Color},
+  const bool readsColor = job.Primitive.RecordColor || !job.Primitive.HasConstColor();
+  const std::pair<int, int*> wanted[] = {{readsColor ? job.Primitive.ColorSlot : -1, &slots.Color},
                                          {job.Primitive.SecondarySlot, &slots.Secondary},
                                          {job.Primitive.TexSlot, &slots.Tex}};
   static_assert(1 + std::size(wanted) <= kMaxSlots);
