@@ -6,7 +6,7 @@
 #   make check          check the source text: format, words, headers, linters, both compilers' warnings
 #   make abi            hold the binary interface against that of the last release
 #   make test-arm64     the same for arm64 under qemu, and that both compute the same bits
-#   make bench          time the library; make bench-rivals compares it with OSMesa
+#   make bench          time the library; make bench-rivals compares it with OSMesa, by RIVALS_OPTIONS
 #   make fuzz           fuzz each target for FUZZ_SECONDS
 #   make install        install into PREFIX (/usr/local), under DESTDIR if given
 #   make docs           one site of all pages and docstrings in DOCS_OUT (build/site)
@@ -23,6 +23,7 @@ PREFIX ?= /usr/local
 DESTDIR ?=
 DEMO_OUT ?= demo-out
 FUZZ_SECONDS ?= 60
+RIVALS_OPTIONS ?=
 WARNINGS_AS_ERRORS ?= OFF
 
 .DEFAULT_GOAL := demo
@@ -72,11 +73,11 @@ bench:
 	scripts/run-bench.sh build/bench/bin
 
 bench-rivals:
-	@scripts/announce.sh "build bench rivals" "build the comparison with OSMesa in build/bench and run it"
+	@scripts/announce.sh "build bench rivals" "build the comparison with OSMesa in build/bench and run it, which takes five minutes"
 	scripts/install-packages.sh build bench rivals
 	cmake -S . -B build/bench -G Ninja -DCMAKE_BUILD_TYPE=Release -DZX_BUILD_TESTS=OFF -DZX_BUILD_TOOLS=OFF -DZX_BUILD_BENCH=ON -DZX_BUILD_RIVALS=ON
-	cmake --build build/bench -j $(JOBS)
-	build/bench/bin/bench_rivals
+	cmake --build build/bench -j $(JOBS) --target bench_rivals
+	build/bench/bin/bench_rivals $(RIVALS_OPTIONS)
 
 fuzz:
 	@scripts/announce.sh "build fuzz" "build the fuzz targets with clang in build/fuzz" \

@@ -2,36 +2,26 @@
 // rival.
 
 #include <algorithm>
+#include <cstring>
 
 #include <benchmark/benchmark.h>
 
-#include <ZxCore3D/ZxCore3D.h>
-
-namespace Zx3D {
-
-static void Switch(TRenderCPU& gl, unsigned int cap, bool on) {
-  on ? gl.Enable(cap) : gl.Disable(cap);
-}
-
-static void WriteDepth(TRenderCPU& gl, bool on) { gl.DepthMask(on ? 1 : 0); }
-
-} // namespace Zx3D
-
-#include "rivals/Workloads.h"
+#include "rivals/ZxCore3DSide.h"
 
 namespace {
 
-using TWorkloads = rivals::TWorkloads<Zx3D::TRenderCPU>;
+using TScene = rivals::TScene<Zx3D::TRenderCPU>;
 
-void RunEntry(benchmark::State& state, std::size_t index) {
+void RunVariant(benchmark::State& state, std::size_t index) {
   Zx3D::TRenderCPU gl;
   gl.Create(rivals::kSize, rivals::kSize, nullptr);
-  TWorkloads workloads(gl);
-  const TWorkloads::TEntry& entry = workloads.Entries()[index];
-  workloads.Start();
-  entry.SetUp();
+  TScene scene(gl);
+  rivals::ListAll(scene);
+  const rivals::TVariant& variant = scene.Variants[index];
+  scene.Start();
+  variant.SetUp();
   for (auto _ : state) {
-    entry.Frame();
+    variant.Frame();
     benchmark::DoNotOptimize(gl.GetColorSurface()->Data[0]);
   }
 }
@@ -51,28 +41,14 @@ void CopyFrame(benchmark::State& state) {
 void DrawMeshes(benchmark::State& state, bool lit, int way) {
   Zx3D::TRenderCPU gl;
   gl.Create(rivals::kSize, rivals::kSize, nullptr);
-  rivals::TMesh mesh = lit ? rivals::MakeSphere(158) : rivals::MakeShapes(1000000, 3, 2.0f);
-  if (!lit) {
-    for (std::uint32_t i = 0; i < 3000000; ++i) {
-      mesh.Indices.push_back(i);
-    }
-  } else {
+  rivals::TMesh mesh = lit ? rivals::MakeSphere(158) : rivals::MakeShapes({1000000, 3, 2.0f});
+  if (lit) {
     gl.EnableLighting(true);
     gl.EnableLight(0, true);
+  } else {
+    rivals::Number(&mesh);
   }
-  // Arrays without indices need the vertices laid out one after the other.
-  rivals::TMesh flat;
-  for (const std::uint32_t index : mesh.Indices) {
-    for (int k = 0; k < 3; ++k) {
-      flat.Positions.push_back(mesh.Positions[3 * index + k]);
-      if (lit) {
-        flat.Normals.push_back(mesh.Normals[3 * index + k]);
-      }
-    }
-    for (int k = 0; k < 4 && !lit; ++k) {
-      flat.Colors.push_back(mesh.Colors[4 * index + k]);
-    }
-  }
+  const rivals::TMesh flat = rivals::Flattened(mesh);
   const rivals::TMesh& used = way == 2 ? mesh : flat;
   gl.EnableClientState(GL_VERTEX_ARRAY);
   gl.EnableClientState(lit ? GL_NORMAL_ARRAY : GL_COLOR_ARRAY);
@@ -103,10 +79,13 @@ void DrawMeshes(benchmark::State& state, bool lit, int way) {
 
 int main(int argc, char** argv) {
   Zx3D::TRenderCPU gl;
-  const TWorkloads names(gl);
-  for (std::size_t i = 0; i < names.Entries().size(); ++i) {
-    benchmark::RegisterBenchmark(names.Entries()[i].Name, RunEntry, i)
-        ->Unit(benchmark::kMicrosecond);
+  TScene scene(gl);
+  rivals::ListAll(scene);
+  for (std::size_t i = 0; i < scene.Variants.size(); ++i) {
+    const rivals::TVariant& variant = scene.Variants[i];
+    benchmark::RegisterBenchmark((variant.Family + "/" + variant.Name).c_str(), RunVariant, i)
+        ->Unit(benchmark::kMicrosecond)
+        ->MinTime(0.1);
   }
   benchmark::RegisterBenchmark("copy_frame_memcpy", CopyFrame)->Unit(benchmark::kMicrosecond);
   static constexpr const char* kWays[] = {"immediate", "arrays", "elements"};

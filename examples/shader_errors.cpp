@@ -24,24 +24,24 @@ using TVector = vec_t_<double, 4>;
 constexpr int kSize = 160;
 
 enum TMistake {
-  s_Right,
-  s_NoCount,      ///< `m_VarCount` is never set
-  s_OldCount,     ///< the same, after the standard stages have drawn
-  s_NoProjection, ///< the position is in eye space
-  s_NoW,          ///< only x, y and z of the position are written
-  s_Culled,       ///< the floor faces away
-  s_NoTrue,       ///< the fragment shader ends with false
-  s_NoAlpha,      ///< the colour's alpha is left at 0, and blending is on
-  s_Late,         ///< the shader is put into the program after `SetProgram`
-  s_IntUniform,   ///< `Uniform(cell, 1)` is read as a double
-  s_NoNormal,     ///< no normal is ever set
-  s_Wrapped,      ///< a colour above 1
-  s_DeadSlot,     ///< slot 1 is read, and `m_VarCount` is 1
-  s_OneBranch,    ///< the colour is written for light squares only
-  s_Divided,      ///< the position is divided by w already
-  s_Fastest,      ///< the perspective hint is `GL_FASTEST`
-  s_Probe,        ///< no mistake: the probe shader
-  s_MistakeCount
+  kRight,
+  kNoCount,      ///< `m_VarCount` is never set
+  kOldCount,     ///< the same, after the standard stages have drawn
+  kNoProjection, ///< the position is in eye space
+  kNoW,          ///< only x, y and z of the position are written
+  kCulled,       ///< the floor faces away
+  kNoTrue,       ///< the fragment shader ends with false
+  kNoAlpha,      ///< the colour's alpha is left at 0, and blending is on
+  kLate,         ///< the shader is put into the program after `SetProgram`
+  kIntUniform,   ///< `Uniform(cell, 1)` is read as a double
+  kNoNormal,     ///< no normal is ever set
+  kWrapped,      ///< a colour above 1
+  kDeadSlot,     ///< slot 1 is read, and `m_VarCount` is 1
+  kOneBranch,    ///< the colour is written for light squares only
+  kDivided,      ///< the position is divided by w already
+  kFastest,      ///< the perspective hint is `GL_FASTEST`
+  kProbe,        ///< no mistake: the probe shader
+  kMistakeCount
 };
 
 /// How often the shaders ran, and where the last vertex went.
@@ -57,21 +57,21 @@ public:
   unsigned int GetUniformLocation(const char*) const override { return ~0u; }
   unsigned int GetAttribLocation(const char*) const override { return ~0u; }
   void Begin() override {
-    if (m_Mistake != s_NoCount && m_Mistake != s_OldCount) {
-      m_Render->m_VarCount = m_Mistake == s_DeadSlot ? 1 : 3;
+    if (m_Mistake != kNoCount && m_Mistake != kOldCount) {
+      m_Render->m_VarCount = m_Mistake == kDeadSlot ? 1 : 3;
     }
   }
   void End() override {}
   void Execute(TRenderCPU::VAR_DATA* v) override {
     const MAT4<double>& m =
-        m_Mistake == s_NoProjection ? m_Render->m_ModelView : m_Render->m_ModelViewProjection;
+        m_Mistake == kNoProjection ? m_Render->m_ModelView : m_Render->m_ModelViewProjection;
     const TVector& at = m_Render->m_CurVertex;
     TVector& clip = (*v)[0];
     clip = {};
-    for (int i = 0; i < (m_Mistake == s_NoW ? 3 : 4); ++i) {
+    for (int i = 0; i < (m_Mistake == kNoW ? 3 : 4); ++i) {
       clip[i] = m[i] * at.x + m[4 + i] * at.y + m[8 + i] * at.z + m[12 + i] * at.w;
     }
-    if (m_Mistake == s_Divided) {
+    if (m_Mistake == kDivided) {
       clip = {clip.x / clip.w, clip.y / clip.w, clip.z / clip.w, 1};
     }
     (*v)[1] = m_Render->m_CurTexCoord;
@@ -99,13 +99,13 @@ public:
     ++m_Counts->Fragments;
     const TVector& place = (*v)[1];
     const bool light = std::fmod(std::floor(place.x) + std::floor(place.y), 2) == 0;
-    const double toLight = m_Mistake == s_DeadSlot ? 1 : std::max(0.0, (*v)[2].y);
+    const double toLight = m_Mistake == kDeadSlot ? 1 : std::max(0.0, (*v)[2].y);
     const double brightness = m_Render->m_Uniforms[0].x * toLight * (light ? 1 : 0.4);
-    if (m_Mistake == s_OneBranch && !light) {
+    if (m_Mistake == kOneBranch && !light) {
       return true;
     }
-    f->Color = {brightness, brightness * 0.8, brightness * 0.5, m_Mistake == s_NoAlpha ? 0.0 : 1.0};
-    return m_Mistake != s_NoTrue;
+    f->Color = {brightness, brightness * 0.8, brightness * 0.5, m_Mistake == kNoAlpha ? 0.0 : 1.0};
+    return m_Mistake != kNoTrue;
   }
 
 private:
@@ -146,39 +146,39 @@ void DrawFloor(TRenderCPU& gl, TMistake mistake, TCounts* counts) {
   TFloorVertex vertex(mistake, counts);
   TFloorFragment fragment(mistake, counts);
   TProbe probe(1);
-  if (mistake == s_OldCount) {
+  if (mistake == kOldCount) {
     gl.Begin(GL_TRIANGLES); // three slots, as the floor needs
     gl.End();
   }
   Zx3D::TProgramCPU program;
   program.SetShaderV(&vertex);
-  program.SetShaderF(mistake == s_Probe  ? static_cast<Zx3D::TFragmentShaderCPU*>(&probe)
-                     : mistake == s_Late ? nullptr
-                                         : &fragment);
+  program.SetShaderF(mistake == kProbe  ? static_cast<Zx3D::TFragmentShaderCPU*>(&probe)
+                     : mistake == kLate ? nullptr
+                                        : &fragment);
   gl.SetProgram(&program);
-  if (mistake == s_Late) {
+  if (mistake == kLate) {
     program.SetShaderF(&fragment); // the context has taken what the program held by then
   }
-  if (mistake == s_IntUniform) {
+  if (mistake == kIntUniform) {
     gl.Uniform(0, 1);
   } else {
-    gl.Uniform(0, mistake == s_Wrapped ? 1.2 : 1.0);
+    gl.Uniform(0, mistake == kWrapped ? 1.2 : 1.0);
   }
   gl.MatrixMode(GL_PROJECTION);
   gl.Frustum(-0.5, 0.5, -0.5, 0.5, 1, 20);
   gl.MatrixMode(GL_MODELVIEW);
-  if (mistake == s_NoAlpha) {
+  if (mistake == kNoAlpha) {
     gl.Enable(GL_BLEND);
     gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
   }
-  if (mistake == s_Culled) {
+  if (mistake == kCulled) {
     gl.Enable(GL_CULL_FACE);
     gl.FrontFace(GL_CW);
   }
-  if (mistake == s_Fastest) {
+  if (mistake == kFastest) {
     gl.Hint(GL_PERSPECTIVE_CORRECTION_HINT, GL_FASTEST);
   }
-  if (mistake != s_NoNormal) {
+  if (mistake != kNoNormal) {
     gl.Normal3d(0, 1, 0);
   }
   gl.Begin(GL_QUADS);
@@ -233,34 +233,34 @@ bool LooksAsTold(TMistake mistake, const TSeen& seen, const TSeen& right) {
   const TCounts& counts = seen.Counts;
   const bool same = std::memcmp(seen.Picture, right.Picture, sizeof seen.Picture) == 0;
   switch (mistake) {
-  case s_NoCount:
+  case kNoCount:
     return counts.Vertices == 0 && seen.Pixels == 0;
-  case s_NoProjection:
+  case kNoProjection:
     return counts.Vertices == 4 && counts.Fragments == 0 && counts.Clip.z < -counts.Clip.w;
-  case s_NoW:
+  case kNoW:
     return counts.Vertices == 4 && counts.Fragments == 0 && counts.Clip.w == 0;
-  case s_OldCount: // works by accident
+  case kOldCount: // works by accident
     return same;
-  case s_Culled:
+  case kCulled:
     return counts.Vertices == 4 && counts.Fragments == 0 && seen.Pixels == 0;
-  case s_NoTrue:
-  case s_NoAlpha:
+  case kNoTrue:
+  case kNoAlpha:
     return counts.Fragments == right.Counts.Fragments && seen.Pixels == 0;
-  case s_Late: // white, by the standard fragment shader
+  case kLate: // white, by the standard fragment shader
     return counts.Fragments == 0 && seen.Pixels == right.Pixels && seen.Least == 255;
-  case s_IntUniform:
-  case s_NoNormal:
+  case kIntUniform:
+  case kNoNormal:
     return seen.Pixels == right.Pixels && seen.Greatest == 0;
-  case s_Wrapped: // 1.2 * 255 + 0.5 is 306.5, of which the low byte is 50
+  case kWrapped: // 1.2 * 255 + 0.5 is 306.5, of which the low byte is 50
     return seen.Pixels == right.Pixels && seen.Least == 50 && seen.Greatest == 122;
-  case s_DeadSlot:
+  case kDeadSlot:
     return seen.Pixels == right.Pixels && seen.Shades == 1;
-  case s_OneBranch: // no dark square has its own shade
+  case kOneBranch: // no dark square has its own shade
     return seen.Pixels == right.Pixels && seen.Greatest == 255 && seen.Least != right.Least;
-  case s_Divided:
-  case s_Fastest:
+  case kDivided:
+  case kFastest:
     return seen.Pixels == right.Pixels && seen.Shades == 2 && !same;
-  case s_Probe:
+  case kProbe:
     return seen.Pixels == right.Pixels && seen.Shades > 100;
   default:
     return counts.Vertices == 4 && seen.Pixels == counts.Fragments && seen.Pixels > 1000 &&
@@ -269,16 +269,16 @@ bool LooksAsTold(TMistake mistake, const TSeen& seen, const TSeen& right) {
 }
 
 bool Run(const char* name) {
-  static const char* const names[s_MistakeCount] = {
+  static const char* const names[kMistakeCount] = {
       "right",      "no m_VarCount",  "an old m_VarCount", "no projection", "no w",
       "culled",     "never true",     "alpha 0",           "set too late",  "integer uniform",
       "no normal",  "colour above 1", "dead slot",         "one branch",    "divided by w",
       "GL_FASTEST", "probe, slot 1"};
-  static TSeen seen[s_MistakeCount];
+  static TSeen seen[kMistakeCount];
   bool ok = true;
   std::printf("%-18s %8s %9s %7s %6s  %s\n", "mistake", "vertices", "fragments", "pixels", "shades",
               "red");
-  for (int i = 0; i < s_MistakeCount; ++i) {
+  for (int i = 0; i < kMistakeCount; ++i) {
     const TMistake mistake = static_cast<TMistake>(i);
     ok = Look(mistake, &seen[i]) && ok;
     const TSeen& one = seen[i];
@@ -288,14 +288,14 @@ bool Run(const char* name) {
       std::printf("  %d to %d", one.Least, one.Greatest);
     }
     std::printf("\n");
-    if (one.Error != GL_NO_ERROR || !LooksAsTold(mistake, one, seen[s_Right])) {
+    if (one.Error != GL_NO_ERROR || !LooksAsTold(mistake, one, seen[kRight])) {
       std::fprintf(stderr, "shader_errors: \"%s\" doesn't look as told\n", names[i]);
       ok = false;
     }
   }
 
   TDataSurface picture;
-  const TMistake tiles[6] = {s_Divided, s_DeadSlot, s_Probe, s_Right, s_IntUniform, s_Wrapped};
+  const TMistake tiles[6] = {kDivided, kDeadSlot, kProbe, kRight, kIntUniform, kWrapped};
   ok = picture.Create(3 * kSize, 2 * kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4) && ok;
   for (int i = 0; ok && i < 6 * kSize; ++i) {
     const int tile = i / kSize, row = i % kSize;

@@ -38,6 +38,7 @@
 #include <ZxCore3D/object/TVariant.h>
 #include <ZxCore3D/object/TZxClassFactory.h>
 #include <ZxCore3D/object/TZxNamed.h>
+#include <ZxCore3D/object/VariantStorage.h>
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ProgramCPU.h>

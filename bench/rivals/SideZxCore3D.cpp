@@ -1,24 +1,33 @@
-// The library's side of the comparison.
+// The library's side of the comparison, linked from the renderer's objects: its counters are not
+// exported.
 
-#include <algorithm>
+#include "ZxCore3DSide.h"
 
-#include <ZxCore3D/ZxCore3D.h>
+#include <ZxCore3D/render/common/KernelCounters.h>
 
-namespace Zx3D {
+#include "Side.h"
 
-void Switch(TRenderCPU& gl, unsigned int cap, bool on) { on ? gl.Enable(cap) : gl.Disable(cap); }
+namespace {
 
-// Depth is written with the test off as well: the mask makes both sides do the same work.
-void WriteDepth(TRenderCPU& gl, bool on) { gl.DepthMask(on ? 1 : 0); }
+class THost {
+public:
+  using TGl = Zx3D::TRenderCPU;
 
-} // namespace Zx3D
+  bool Create() { return m_Gl.Create(rivals::kSize, rivals::kSize, nullptr); }
 
-#include "Workloads.h"
-
-int main(int argc, char** argv) {
-  Zx3D::TRenderCPU gl;
-  if (!gl.Create(rivals::kSize, rivals::kSize, nullptr)) {
-    return 1;
+  TGl& Gl() { return m_Gl; }
+  unsigned int Error() { return m_Gl.GetError(); }
+  void StartCounters() { Zx3D::StartKernelCounters(); }
+  void PrintCounters() {
+    Zx3D::StopKernelCounters();
+    Zx3D::PrintKernelCounters(Zx3D::KernelCounters(), stdout);
   }
-  return rivals::RunSide(gl, argc, argv);
-}
+  static void List(rivals::TScene<TGl>& scene) { rivals::ListAll(scene); }
+
+private:
+  TGl m_Gl;
+};
+
+} // namespace
+
+int main(int argc, char** argv) { return rivals::RunSide<THost>(argc, argv); }

@@ -5,28 +5,21 @@
 
 #include <ZxCore3D/math/Solvers.h>
 #include <ZxCore3D/math/private/DenseStorage.h>
+#include <ZxCore3D/math/private/SplineElimination.h>
+
+bool CalcCubeSpline1D(const double* y, unsigned long stride, unsigned long n, bool closed,
+                      POLYNOM3* out) {
+  return zx_math::CalcCubeSplines(y, 1, stride, n, closed, out);
+}
 
 bool CalcCubeSpline2D(const vec_t_<double, 2>* p, unsigned long stride, unsigned long n,
                       bool closed, POLYNOM3* out) {
-  if (n < 2) {
-    return false;
-  }
-  const unsigned long segments = closed ? n : n - 1;
-  const bool x = CalcCubeSpline1D(&p->x, stride, n, closed, out);
-  const bool y = CalcCubeSpline1D(&p->y, stride, n, closed, out + segments);
-  return x && y;
+  return zx_math::CalcCubeSplines(&p->x, 2, stride, n, closed, out);
 }
 
 bool CalcCubeSpline3D(const vec_t_<double, 3>* p, unsigned long stride, unsigned long n,
                       bool closed, POLYNOM3* out) {
-  if (n < 2) {
-    return false;
-  }
-  const unsigned long segments = closed ? n : n - 1;
-  const bool x = CalcCubeSpline1D(&p->x, stride, n, closed, out);
-  const bool y = CalcCubeSpline1D(&p->y, stride, n, closed, out + segments);
-  const bool z = CalcCubeSpline1D(&p->z, stride, n, closed, out + 2 * segments);
-  return x && y && z;
+  return zx_math::CalcCubeSplines(&p->x, 3, stride, n, closed, out);
 }
 
 bool CalcCubeSplineXY(const vec_t_<double, 2>* p, unsigned long n, unsigned long startType,

@@ -6,6 +6,7 @@
 #include <new>
 #include <vector>
 
+#include <ZxCore3D/math/private/InverseEx.h>
 #include <ZxCore3D/math/private/SplineElimination.h>
 
 #include <ZxCore3D/types/InstructionSets-inl.h>
@@ -24,10 +25,15 @@ namespace zx_math {
 /// Columns of the inverse that are made together; a multiple of the widest vector.
 constexpr size_t BlockColumns = 32;
 
-/// A value of the right side and the row that it stands in.
-struct RIGHT {
-  std::uint32_t row;
-  double value;
+/// Coordinates that splines are made for together.
+constexpr size_t MostCoordinates = 3;
+
+/// The right sides of all coordinates, in the rows in which one of them isn't 0.
+struct RIGHT_SIDES {
+  size_t coordinates;
+  std::vector<std::uint32_t> rows;
+  /// For each coordinate the values in these rows.
+  std::vector<double> values[MostCoordinates];
 };
 
 } // namespace zx_math
@@ -38,29 +44,32 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Makes the columns of the inverse that `rights` (up to `BlockColumns`) name and adds their part
-/// to `sums`. `block` holds a row of `BlockColumns` for each row of the matrix, `live` a mark for
-/// each.
-void AddColumns(const SPLINE_ELIMINATION& elimination, const RIGHT* rights, size_t count,
-                double* block, unsigned char* live, double* sums) {
+/// Makes the columns of the inverse that `count` (up to `BlockColumns`) of the right sides from
+/// `first` on meet, and adds their part to `sums`, of which each row has one for each coordinate.
+/// `block` holds as many columns for each row of the matrix, `live` a mark for each.
+void AddColumns(const SPLINE_ELIMINATION& elimination, const RIGHT_SIDES& rights, size_t first,
+                size_t count, double* block, unsigned char* live, double* sums) {
   const size_t n = elimination.order.size();
-  std::fill_n(block, n * BlockColumns, 0.0);
+  const size_t width = hwy::RoundUpTo(count, hn::Lanes(DOUBLES()));
+  std::fill_n(block, n * width, 0.0);
   std::fill_n(live, n, static_cast<unsigned char>(0));
   bool finite = true;
   for (size_t c = 0; c < count; ++c) {
-    block[rights[c].row * BlockColumns + c] = 1.0;
-    live[rights[c].row] = 1;
-    finite = finite && std::isfinite(rights[c].value);
+    block[rights.rows[first + c] * width + c] = 1.0;
+    live[rights.rows[first + c]] = 1;
+    for (size_t k = 0; k < rights.coordinates; ++k) {
+      finite = finite && std::isfinite(rights.values[k][first + c]);
+    }
   }
   for (const ROW_STEP& step : elimination.steps) {
     if (!live[step.source]) {
       continue;
     }
-    double* target = block + step.target * BlockColumns;
+    double* target = block + step.target * width;
     if (step.target == step.source) {
-      ScaleRow(target, step.factor, BlockColumns);
+      ScaleRow(target, step.factor, width);
     } else {
-      SubtractRow(target, block + step.source * BlockColumns, step.factor, BlockColumns);
+      SubtractRow(target, block + step.source * width, step.factor, width);
       live[step.target] = 1;
     }
   }
@@ -70,11 +79,14 @@ void AddColumns(const SPLINE_ELIMINATION& elimination, const RIGHT* rights, size
     if (finite && !live[row]) {
       continue;
     }
-    double sum = sums[i];
-    for (size_t c = 0; c < count; ++c) {
-      sum += block[row * BlockColumns + c] * rights[c].value;
+    for (size_t k = 0; k < rights.coordinates; ++k) {
+      const double* values = rights.values[k].data() + first;
+      double sum = sums[i * rights.coordinates + k];
+      for (size_t c = 0; c < count; ++c) {
+        sum += block[row * width + c] * values[c];
+      }
+      sums[i * rights.coordinates + k] = sum;
     }
-    sums[i] = sum;
   }
 }
 
@@ -91,64 +103,126 @@ HWY_EXPORT(AddColumns);
 
 constexpr double Tolerance = 1e-6;
 
-/// The values of the right side that aren't 0, by rows.
-std::vector<RIGHT> RightSide(const double* y, unsigned long stride, unsigned long n, bool closed) {
-  const auto value = [&](unsigned long i) {
-    double v;
-    std::memcpy(&v, reinterpret_cast<const char*>(y) + i * stride, sizeof v);
-    return v;
+/// The points of splines: `coordinates` values side by side, points `stride` bytes apart.
+struct SPLINE_POINTS {
+  const double* y;
+  unsigned long coordinates;
+  unsigned long stride;
+  unsigned long n;
+  bool closed;
+};
+
+RIGHT_SIDES RightSides(const SPLINE_POINTS& points) {
+  RIGHT_SIDES rights = {points.coordinates, {}, {}};
+  const auto append = [&](unsigned long row, unsigned long point) {
+    double values[MostCoordinates] = {};
+    std::memcpy(values, reinterpret_cast<const char*>(points.y) + point * points.stride,
+                points.coordinates * sizeof(double));
+    if (std::all_of(values, values + points.coordinates, [](double v) { return v == 0.0; })) {
+      return;
+    }
+    rights.rows.push_back(static_cast<std::uint32_t>(row));
+    for (unsigned long k = 0; k < points.coordinates; ++k) {
+      rights.values[k].push_back(values[k]);
+    }
   };
-  std::vector<RIGHT> rights;
-  const unsigned long segments = closed ? n : n - 1;
+  const unsigned long segments = points.closed ? points.n : points.n - 1;
+  rights.rows.reserve(2 * segments);
+  for (unsigned long k = 0; k < points.coordinates; ++k) {
+    rights.values[k].reserve(2 * segments);
+  }
   for (unsigned long i = 0; i < segments; ++i) {
-    const double from = value(i);
-    const double to = value(i + 1 == n ? 0 : i + 1);
-    if (from != 0.0) {
-      rights.push_back({static_cast<std::uint32_t>(4 * i), from});
-    }
-    if (to != 0.0) {
-      rights.push_back({static_cast<std::uint32_t>(4 * i + 1), to});
-    }
+    append(4 * i, i);
+    append(4 * i + 1, i + 1 == points.n ? 0 : i + 1);
   }
   return rights;
 }
 
-bool Spline1D(const double* y, unsigned long stride, unsigned long n, bool closed, POLYNOM3* out) {
-  const unsigned long segments = closed ? n : n - 1;
-  SPLINE_ELIMINATION elimination;
-  if (!EliminateSpline(segments, closed, Tolerance, &elimination)) {
+/// Up to so many unknowns the dense inverse takes less time than the list of its steps.
+constexpr unsigned long DenseUnknowns = 16;
+
+bool DenseSums(const SPLINE_POINTS& points, unsigned long unknowns, const RIGHT_SIDES& rights,
+               double* sums) {
+  double a[DenseUnknowns * DenseUnknowns] = {};
+  double inv[DenseUnknowns * DenseUnknowns];
+  double* row = a;
+  ForEachSplineRow(unknowns / 4, points.closed,
+                   [&](std::initializer_list<SPLINE_ELEMENT> elements) {
+                     for (const SPLINE_ELEMENT& element : elements) {
+                       row[element.column] = element.value;
+                     }
+                     row += unknowns;
+                   });
+  if (!InverseEx<double>(a, unknowns, inv, Tolerance, true, nullptr)) {
     return false;
   }
-  const unsigned long unknowns = 4 * segments;
-  const std::vector<RIGHT> rights = RightSide(y, stride, n, closed);
-  std::vector<double> block(unknowns * BlockColumns);
-  std::vector<unsigned char> live(unknowns);
-  std::vector<double> sums(unknowns, 0.0);
-  for (size_t first = 0; first < rights.size(); first += BlockColumns) {
-    HWY_DYNAMIC_DISPATCH(AddColumns)
-    (elimination, rights.data() + first, std::min(BlockColumns, rights.size() - first),
-     block.data(), live.data(), sums.data());
+  for (unsigned long i = 0; i < unknowns; ++i) {
+    for (unsigned long k = 0; k < rights.coordinates; ++k) {
+      double sum = 0.0;
+      for (size_t c = 0; c < rights.rows.size(); ++c) {
+        sum += inv[i * unknowns + rights.rows[c]] * rights.values[k][c];
+      }
+      sums[i * rights.coordinates + k] = sum;
+    }
   }
-  for (unsigned long i = 0; i < segments; ++i) {
-    const double* s = sums.data() + 4 * i;
-    out[i] = {s[0], s[1], s[2], s[3]};
+  return true;
+}
+
+bool SparseSums(const SPLINE_POINTS& points, unsigned long unknowns, const RIGHT_SIDES& rights,
+                double* sums) {
+  SPLINE_ELIMINATION elimination;
+  if (!EliminateSpline(unknowns / 4, points.closed, Tolerance, &elimination)) {
+    return false;
+  }
+  const size_t count = rights.rows.size();
+  std::vector<double> block(unknowns * std::min(BlockColumns, hwy::RoundUpTo(count, 8)));
+  std::vector<unsigned char> live(unknowns);
+  for (size_t first = 0; first < count; first += BlockColumns) {
+    HWY_DYNAMIC_DISPATCH(AddColumns)
+    (elimination, rights, first, std::min(BlockColumns, count - first), block.data(), live.data(),
+     sums);
+  }
+  return true;
+}
+
+bool Splines(const SPLINE_POINTS& points, POLYNOM3* out) {
+  const unsigned long segments = points.closed ? points.n : points.n - 1;
+  const unsigned long unknowns = 4 * segments;
+  const RIGHT_SIDES rights = RightSides(points);
+  std::vector<double> sums(unknowns * points.coordinates, 0.0);
+  const auto makeSums = unknowns <= DenseUnknowns ? DenseSums : SparseSums;
+  if (!makeSums(points, unknowns, rights, sums.data())) {
+    return false;
+  }
+  for (unsigned long k = 0; k < points.coordinates; ++k) {
+    for (unsigned long i = 0; i < segments; ++i) {
+      const double* s = sums.data() + 4 * i * points.coordinates + k;
+      const unsigned long next = points.coordinates;
+      *out++ = {s[0], s[next], s[2 * next], s[3 * next]};
+    }
   }
   return true;
 }
 
 } // namespace
-} // namespace zx_math
 
-bool CalcCubeSpline1D(const double* y, unsigned long stride, unsigned long n, bool closed,
-                      POLYNOM3* out) {
+bool CalcCubeSplines(const double* y, unsigned long coordinates, unsigned long stride,
+                     unsigned long n, bool closed, POLYNOM3* out) {
   // Rows are counted in 32 bits.
   if (n < 2 || n >= 1UL << 29) {
     return false;
   }
-  try {
-    return zx_math::Spline1D(y, stride == 0 ? sizeof(double) : stride, n, closed, out);
-  } catch (const std::bad_alloc&) {
-    return false;
+  SPLINE_POINTS points = {y, coordinates, stride == 0 ? sizeof(double) : stride, n, closed};
+  bool all = true;
+  for (; points.coordinates != 0; ++points.y, --points.coordinates, out += closed ? n : n - 1) {
+    try {
+      return Splines(points, out) && all;
+    } catch (const std::bad_alloc&) {
+      all = false;
+    }
   }
+  return false;
 }
+
+} // namespace zx_math
 #endif // HWY_ONCE

@@ -22,6 +22,8 @@ namespace zx_math {
 
 /// Pivot steps that are made together before the columns to the right see them.
 constexpr size_t PanelPivots = 32;
+/// Pivot rows that see each other's steps one by one, before the rest of the panel's see them.
+constexpr size_t NarrowPivots = 8;
 
 /// The work arrays of an inversion: rows of whole tiles for any instruction set. Columns from n on
 /// are padding, and what stands there is never read back.
@@ -113,8 +115,10 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
   for (size_t i = 0; i < rows;) {
     const size_t group = std::min(TileRows, rows - i);
     if (std::find(skips + i, skips + i + group, 1) == skips + i + group) {
-      UpdateTileRows<2>(group, tile + i * stride, stride, multipliers + i * PanelPivots,
-                        PanelPivots, 1, pivots, count, false, SUBTRACT());
+      UpdateTileRows<2>(DOUBLES(), group, STRIDED_ROWS<double>{tile + i * stride, stride},
+                        width / 2,
+                        STRIDED_ROWS<const double>{multipliers + i * PanelPivots, PanelPivots}, 1,
+                        pivots, {width, width / 2}, count, false, SUBTRACT());
       i += group;
       continue;
     }
@@ -129,80 +133,124 @@ HWY_INLINE void SubtractPivots(double* tile, size_t stride, size_t rows, const d
   }
 }
 
-/// Makes the pivot steps from `k0` on within the columns of the panel, which are taken out of `w`,
-/// and writes down the multipliers. `swaps[t]` is the row that step k0 + t took. Elements on and
+/// The steps of a panel, or of a part of it: `multipliers` and `skips` of the rows from the first
+/// pivot's on, `scales` of the pivots.
+struct PIVOT_STEPS {
+  const double* multipliers;
+  const unsigned char* skips;
+  const double* scales;
+  size_t count;
+};
+
+/// Carries steps over their packed pivot rows, a few at a time over themselves and then over the
+/// rest. Without `scales` the rows are scaled already.
+void EliminatePivots(double* pivots, const PIVOT_STEPS& steps) {
+  const size_t width = 2 * hn::Lanes(DOUBLES());
+  for (size_t first = 0; first < steps.count; first += NarrowPivots) {
+    const size_t end = std::min(first + NarrowPivots, steps.count);
+    for (size_t t = first; t < end; ++t) {
+      if (steps.scales) {
+        ScaleRow(pivots + t * width, steps.scales[t], width);
+      }
+      for (size_t i = t + 1; i < end; ++i) {
+        const double m = steps.multipliers[i * PanelPivots + t];
+        if (m != 0.0) {
+          SubtractRow(pivots + i * width, pivots + t * width, m, width);
+        }
+      }
+    }
+    SubtractPivots(pivots + end * width, width, steps.count - end,
+                   steps.multipliers + end * PanelPivots + first, steps.skips + end,
+                   pivots + first * width, end - first);
+  }
+}
+
+/// Carries steps over a strip of columns, two vectors wide, of `rows` rows from the first pivot's
+/// on.
+void EliminateStrip(double* strip, size_t stride, size_t rows, const PIVOT_STEPS& steps) {
+  const size_t width = 2 * hn::Lanes(DOUBLES());
+  HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
+  for (size_t t = 0; t < steps.count; ++t) {
+    CopyRow(strip + t * stride, width, pivots + t * width);
+  }
+  EliminatePivots(pivots, steps);
+  for (size_t t = 0; t < steps.count; ++t) {
+    CopyRow(pivots + t * width, width, strip + t * stride);
+  }
+  SubtractPivots(strip + steps.count * stride, stride, rows - steps.count,
+                 steps.multipliers + steps.count * PanelPivots, steps.skips + steps.count, pivots,
+                 steps.count);
+}
+
+/// Makes step t of the panel that begins at row k0 in its columns up to `end`. Elements on and
 /// below the diagonal are never read again once their step is over, so that whole vectors may go
-/// over them.
-bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps) {
+/// over them. False if the pivot won't do.
+bool FactorStep(INVERSION& job, size_t k0, size_t t, size_t end, size_t* swaps) {
   const size_t lanes = hn::Lanes(DOUBLES());
+  const size_t rows = job.n - k0;
+  double* pivot = job.panel + t * PanelPivots;
+  size_t p = t;
+  double largest = std::fabs(pivot[t]);
+  for (size_t i = t + 1; i < rows; ++i) {
+    const double v = std::fabs(job.panel[i * PanelPivots + t]);
+    if (v > largest) {
+      largest = v;
+      p = i;
+    }
+  }
+  job.steps = k0 + t;
+  if (job.tol >= largest) {
+    return false;
+  }
+  swaps[t] = p;
+  if (p != t) {
+    SwapRows(pivot, job.panel + p * PanelPivots, PanelPivots);
+    SwapRows(job.multipliers + t * PanelPivots, job.multipliers + p * PanelPivots, PanelPivots);
+    std::swap(job.skips[t], job.skips[p]);
+  }
+  const double f = 1.0 / pivot[t];
+  job.scales[k0 + t] = f;
+  const size_t start = (t + 1) / lanes * lanes;
+  ScaleRow(pivot + start, f, end - start);
+  for (size_t i = t + 1; i < rows; ++i) {
+    double* row = job.panel + i * PanelPivots;
+    const double m = row[t];
+    job.multipliers[i * PanelPivots + t] = m;
+    if (m == 0.0) {
+      job.skips[i] = 1;
+      continue;
+    }
+    SubtractRow(row + start, pivot + start, m, end - start);
+  }
+  return true;
+}
+
+/// Makes the pivot steps from `k0` on within the columns of the panel, which are taken out of `w`,
+/// and writes down the multipliers. `swaps[t]` is the row that step k0 + t took.
+bool FactorPanel(INVERSION& job, size_t k0, size_t count, size_t* swaps) {
+  const size_t width = 2 * hn::Lanes(DOUBLES());
   const size_t rows = job.n - k0;
   for (size_t i = 0; i < rows; ++i) {
     CopyRow(job.w + (k0 + i) * job.stride + k0, PanelPivots, job.panel + i * PanelPivots);
     job.skips[i] = 0;
   }
-  for (size_t t = 0; t < count; ++t) {
-    double* pivot = job.panel + t * PanelPivots;
-    size_t p = t;
-    double largest = std::fabs(pivot[t]);
-    for (size_t i = t + 1; i < rows; ++i) {
-      const double v = std::fabs(job.panel[i * PanelPivots + t]);
-      if (v > largest) {
-        largest = v;
-        p = i;
+  for (size_t t0 = 0; t0 < count; t0 += width) {
+    const size_t end = std::min(t0 + width, count);
+    for (size_t t = t0; t < end; ++t) {
+      if (!FactorStep(job, k0, t, t0 + width, swaps)) {
+        return false;
       }
     }
-    job.steps = k0 + t;
-    if (job.tol >= largest) {
-      return false;
-    }
-    swaps[t] = p;
-    if (p != t) {
-      SwapRows(pivot, job.panel + p * PanelPivots, PanelPivots);
-      SwapRows(job.multipliers + t * PanelPivots, job.multipliers + p * PanelPivots, t);
-      std::swap(job.skips[t], job.skips[p]);
-    }
-    const double f = 1.0 / pivot[t];
-    job.scales[k0 + t] = f;
-    const size_t start = (t + 1) / lanes * lanes;
-    ScaleRow(pivot + start, f, PanelPivots - start);
-    for (size_t i = t + 1; i < rows; ++i) {
-      double* row = job.panel + i * PanelPivots;
-      const double m = row[t];
-      job.multipliers[i * PanelPivots + t] = m;
-      if (m == 0.0) {
-        job.skips[i] = 1;
-        continue;
-      }
-      SubtractRow(row + start, pivot + start, m, PanelPivots - start);
+    const PIVOT_STEPS steps = {job.multipliers + t0 * PanelPivots + t0, job.skips + t0,
+                               job.scales + k0 + t0, end - t0};
+    for (size_t x = t0 + width; x < PanelPivots && end < rows; x += width) {
+      EliminateStrip(job.panel + t0 * PanelPivots + x, PanelPivots, rows - t0, steps);
     }
   }
   for (size_t i = 0; i < count; ++i) {
     CopyRow(job.panel + i * PanelPivots, PanelPivots, job.w + (k0 + i) * job.stride + k0);
   }
   return true;
-}
-
-/// Carries the steps of a panel over a strip of columns, two vectors wide, from row k0 on.
-void EliminateStrip(const INVERSION& job, double* strip, size_t k0, size_t count) {
-  const size_t width = 2 * hn::Lanes(DOUBLES());
-  HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
-  for (size_t t = 0; t < count; ++t) {
-    CopyRow(strip + (k0 + t) * job.stride, width, pivots + t * width);
-  }
-  for (size_t t = 0; t < count; ++t) {
-    ScaleRow(pivots + t * width, job.scales[k0 + t], width);
-    for (size_t i = t + 1; i < count; ++i) {
-      const double m = job.multipliers[i * PanelPivots + t];
-      if (m != 0.0) {
-        SubtractRow(pivots + i * width, pivots + t * width, m, width);
-      }
-    }
-  }
-  for (size_t t = 0; t < count; ++t) {
-    CopyRow(pivots + t * width, width, strip + (k0 + t) * job.stride);
-  }
-  SubtractPivots(strip + (k0 + count) * job.stride, job.stride, job.n - k0 - count,
-                 job.multipliers + count * PanelPivots, job.skips + count, pivots, count);
 }
 
 /// The columns from `c0` on of the second phase: row c0 + count - 1 first, since the steps go down.
@@ -216,20 +264,21 @@ void SubstituteBlock(const INVERSION& job, size_t c0, size_t count) {
     }
     job.skips[i] = std::find(row, row + count, 0.0) != row + count;
   }
+  double reversed[PanelPivots * PanelPivots];
+  unsigned char reversedSkips[PanelPivots];
+  for (size_t u = 0; u < count; ++u) {
+    CopyRow(job.multipliers + (last - u) * PanelPivots, PanelPivots, reversed + u * PanelPivots);
+    reversedSkips[u] = std::find(reversed + u * PanelPivots, reversed + u * PanelPivots + u, 0.0) !=
+                       reversed + u * PanelPivots + u;
+  }
+  const PIVOT_STEPS steps = {reversed, reversedSkips, nullptr, count};
   HWY_ALIGN double pivots[PanelPivots * MaxTileColumns];
   for (size_t x = 0; x < job.n; x += width) {
     double* strip = job.inv + x;
     for (size_t t = 0; t < count; ++t) {
       CopyRow(strip + (last - t) * job.stride, width, pivots + t * width);
     }
-    for (size_t t = 0; t < count; ++t) {
-      for (size_t u = t + 1; u < count; ++u) {
-        const double m = job.multipliers[(last - u) * PanelPivots + t];
-        if (m != 0.0) {
-          SubtractRow(pivots + u * width, pivots + t * width, m, width);
-        }
-      }
-    }
+    EliminatePivots(pivots, steps);
     for (size_t t = 0; t < count; ++t) {
       CopyRow(pivots + t * width, width, strip + (last - t) * job.stride);
     }
@@ -273,9 +322,10 @@ bool InvertByPanels(INVERSION& job) {
       return false;
     }
     const size_t right = std::min(k0 + PanelPivots, job.n);
+    const PIVOT_STEPS steps = {job.multipliers, job.skips, job.scales + k0, count};
     SwapPanelRows(job.w + right, job.stride, k0, count, swaps, job.n - right);
     for (size_t x = right; x < job.n; x += width) {
-      EliminateStrip(job, job.w + x, k0, count);
+      EliminateStrip(job.w + k0 * job.stride + x, job.stride, job.n - k0, steps);
     }
     triangle = triangle && FiniteFactors(job, k0, count);
     SwapPanelRows(job.inv, job.stride, k0, count, swaps, triangle ? k0 : job.n);
@@ -283,7 +333,7 @@ bool InvertByPanels(INVERSION& job) {
       std::swap(job.order[k0 + t], job.order[k0 + swaps[t]]);
     }
     for (size_t x = 0; x < (triangle ? right : job.n); x += width) {
-      EliminateStrip(job, job.inv + x, k0, count);
+      EliminateStrip(job.inv + k0 * job.stride + x, job.stride, job.n - k0, steps);
     }
     for (size_t i = k0; i < right && triangle; ++i) {
       double* row = job.inv + i * job.stride;

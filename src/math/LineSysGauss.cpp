@@ -11,46 +11,41 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/LineSysGauss.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/private/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/PanelElimination-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// row[j] = row[j] * g - pivot[j]
-HWY_INLINE void RescaleAndSubtract(double* HWY_RESTRICT row, double g,
-                                   const double* HWY_RESTRICT pivot, size_t count) {
-  const DOUBLES d;
-  const size_t lanes = hn::Lanes(d);
-  const hn::Vec<DOUBLES> factor = hn::Set(d, g);
-  size_t j = 0;
-  for (; j + lanes <= count; j += lanes) {
-    hn::StoreU(hn::Sub(hn::Mul(hn::LoadU(d, row + j), factor), hn::LoadU(d, pivot + j)), d,
-               row + j);
+struct BY_RECIPROCALS {
+  RESCALE op;
+  static constexpr bool ScalesPivots = true;
+
+  /// The first of the largest magnitudes; false when none is above 0. A NaN never is.
+  template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
+    double largest = 0.0;
+    for (size_t i = k; i < n; ++i) {
+      const double v = std::fabs(at(i));
+      if (v > largest) {
+        largest = v;
+        *p = i;
+      }
+    }
+    return largest != 0.0;
   }
-  for (; j < count; ++j) {
-    row[j] = row[j] * g - pivot[j];
-  }
+
+  double Factor(double element, double) const { return 1.0 / element; }
+};
+
+/// False when a step has no pivot.
+bool EliminateByReciprocals(double* a, unsigned long n, double* b, unsigned long* perm) {
+  return TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).Run() == n;
 }
 
 /// Normalises the pivot row of step k and eliminates below it.
-void EliminateRescaled(double* a, unsigned long n, double* b, unsigned long k,
-                       const unsigned long* perm) {
-  double* pivotRow = a + perm[k] * n;
-  const double f = 1.0 / pivotRow[k];
-  pivotRow[k] = 1.0;
-  ScaleRow(pivotRow + k + 1, f, n - k - 1);
-  b[perm[k]] *= f;
-  for (unsigned long i = k + 1; i < n; ++i) {
-    double* row = a + perm[i] * n;
-    if (row[k] == 0.0) {
-      continue;
-    }
-    const double g = 1.0 / row[k];
-    row[k] = 0.0;
-    RescaleAndSubtract(row + k + 1, g, pivotRow + k + 1, n - k - 1);
-    b[perm[i]] = g * b[perm[i]] - b[perm[k]];
-  }
+void StepByReciprocals(double* a, unsigned long n, double* b, unsigned long k,
+                       unsigned long* perm) {
+  TElimination<BY_RECIPROCALS>(a, n, b, perm, {}).StepByRows(k);
 }
 
 /// The largest magnitude of a row above `floor`, or `floor`. A NaN is never larger.
@@ -105,18 +100,30 @@ HWY_AFTER_NAMESPACE();
 namespace zx_math {
 namespace {
 
-HWY_EXPORT(EliminateRescaled);
+HWY_EXPORT(EliminateByReciprocals);
+HWY_EXPORT(StepByReciprocals);
 HWY_EXPORT(FindPivot);
 
+/// Columns that a row sees together in the substitution: a cache line.
+constexpr unsigned long ColumnsTogether = 8;
+
 void SubstituteByColumns(const double* a, unsigned long n, double* b, const unsigned long* perm) {
-  for (unsigned long c = n - 1; c >= 1; --c) {
-    const double t = b[perm[c]];
-    for (unsigned long i = 0; i < c; ++i) {
-      const double m = a[perm[i] * n + c];
-      if (m != 0.0) {
-        b[perm[i]] -= m * t;
+  const auto subtract = [&](unsigned long i, unsigned long from, unsigned long end) {
+    const double* row = a + perm[i] * n;
+    double rest = b[perm[i]];
+    for (unsigned long c = end; c-- > from;) {
+      if (row[c] != 0.0) {
+        rest -= row[c] * b[perm[c]];
       }
     }
+    b[perm[i]] = rest;
+  };
+  for (unsigned long end = n; end > 0;) {
+    const unsigned long begin = end - std::min(end, ColumnsTogether);
+    for (unsigned long i = end; i-- > 0;) {
+      subtract(i, std::max(begin, i + 1), end);
+    }
+    end = begin;
   }
 }
 
@@ -132,21 +139,8 @@ bool LineSysGauss1(double* a, unsigned long n, double* b, double* x) {
   }
   const std::unique_ptr<unsigned long[]> perm(new unsigned long[n]);
   std::iota(perm.get(), perm.get() + n, 0UL);
-  for (unsigned long k = 0; k < n; ++k) {
-    double largest = 0.0;
-    unsigned long p = k;
-    for (unsigned long i = k; i < n; ++i) {
-      const double v = std::fabs(a[perm[i] * n + k]);
-      if (v > largest) {
-        largest = v;
-        p = i;
-      }
-    }
-    if (largest == 0.0) {
-      return false;
-    }
-    std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm.get());
+  if (!HWY_DYNAMIC_DISPATCH(EliminateByReciprocals)(a, n, b, perm.get())) {
+    return false;
   }
   zx_math::SubstituteByColumns(a, n, b, perm.get());
   for (unsigned long i = 0; i < n; ++i) {
@@ -178,7 +172,7 @@ bool LineSysGauss2(double* a, unsigned long n, double* b, double* x) {
       }
       std::swap(cperm[k], cperm[c]);
     }
-    HWY_DYNAMIC_DISPATCH(EliminateRescaled)(a, n, b, k, perm);
+    HWY_DYNAMIC_DISPATCH(StepByReciprocals)(a, n, b, k, perm);
   }
   zx_math::SubstituteByColumns(a, n, b, perm);
   for (unsigned long i = 0; i < n; ++i) {

@@ -17,110 +17,254 @@ HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Steps of the sum that one packed panel holds: 16 KiB with the widest vectors, so that the rows
+/// Calls `call` with the widest vectors that have at most `count` (at least 1) lanes.
+template <class Call> HWY_INLINE void WithLanesUpTo(size_t count, Call call) {
+  if (count >= hn::MaxLanes(DOUBLES())) {
+    call(DOUBLES());
+  } else if (count >= 4) {
+    call(hn::CappedTag<double, 4>());
+  } else if (count >= 2) {
+    call(hn::CappedTag<double, 2>());
+  } else {
+    call(hn::CappedTag<double, 1>());
+  }
+}
+
+/// Steps of the sum that one packed strip holds: 16 KiB with the widest vectors, so that the rows
 /// on the left find room beside it in the first cache.
 constexpr size_t PanelSteps = 128;
+/// Rows of the left matrix that all strips see one after the other: with `PanelSteps` of their
+/// steps they stay in the second cache.
+constexpr size_t BlockRows = 256;
+/// Up to so many elements the right matrix is read where it stands.
+constexpr size_t UnpackedElements = 1024;
 
-/// res(y, x) is the sum over k of l[y * rowStride + k * stepStride] * r(k, x). With `upper` only
-/// elements on and above the diagonal are certain to be written.
-template <size_t Vectors>
-HWY_INLINE void ProductStrip(const double* l, size_t rowStride, size_t stepStride, const double* r,
-                             double* res, size_t rows, size_t inner, size_t columns, size_t x,
-                             size_t width) {
-  const DOUBLES d;
-  const size_t stripColumns = Vectors * hn::Lanes(d);
+/// The operands of res(y, x), the sum over k of l[y * rowStride + k * stepStride] * r(k, x).
+struct PRODUCT {
+  const double* l;
+  size_t rowStride;
+  size_t stepStride;
+  const double* r;
+  double* res;
+  size_t rows;
+  size_t inner;
+  size_t columns;
+  /// Only elements on and above the diagonal are certain to be written.
+  bool upper;
+};
+
+/// The rows from `top` to `bottom` of a strip of columns from `x` on, and of the sums the steps
+/// from `k` on. `second` is the distance of the two vectors that the strip consists of.
+template <size_t Vectors, class D>
+HWY_INLINE void ProductStrip(D d, const PRODUCT& p, size_t top, size_t bottom, size_t k,
+                             size_t steps, size_t x, size_t second) {
+  const size_t lanes = hn::Lanes(d);
   HWY_ALIGN double panel[PanelSteps * MaxTileColumns];
-  HWY_ALIGN double edge[TileRows * MaxTileColumns];
-  for (size_t k = 0; k < inner; k += PanelSteps) {
-    const size_t steps = std::min(PanelSteps, inner - k);
+  const double* right = p.r + k * p.columns + x;
+  VECTOR_ROWS rightRows = {p.columns, second};
+  if (p.inner * p.columns > UnpackedElements) {
     for (size_t t = 0; t < steps; ++t) {
-      const double* from = r + (k + t) * columns + x;
-      double* to = panel + t * stripColumns;
-      CopyRowRepeating(from, width, to, stripColumns);
-    }
-    for (size_t y = 0; y < rows; y += TileRows) {
-      const size_t count = std::min(TileRows, rows - y);
-      const double* m = l + y * rowStride + k * stepStride;
-      double* tile = res + y * columns + x;
-      if (width == stripColumns) {
-        UpdateTileRows<Vectors>(count, tile, columns, m, rowStride, stepStride, panel, steps,
-                                k == 0, ADD());
-        continue;
-      }
-      for (size_t i = 0; i < count && k != 0; ++i) {
-        CopyRowRepeating(tile + i * columns, width, edge + i * stripColumns, stripColumns);
-      }
-      UpdateTileRows<Vectors>(count, edge, stripColumns, m, rowStride, stepStride, panel, steps,
-                              k == 0, ADD());
-      for (size_t i = 0; i < count; ++i) {
-        CopyRow(edge + i * stripColumns, width, tile + i * columns);
+      for (size_t v = 0; v < Vectors; ++v) {
+        hn::Store(hn::LoadU(d, right + t * p.columns + v * second), d,
+                  panel + (t * Vectors + v) * lanes);
       }
     }
+    right = panel;
+    rightRows = {Vectors * lanes, lanes};
+  }
+  for (size_t y = top; y < bottom; y += TileRows) {
+    const STRIDED_ROWS<double> tile = {p.res + y * p.columns + x, p.columns};
+    const STRIDED_ROWS<const double> left = {p.l + y * p.rowStride + k * p.stepStride, p.rowStride};
+    UpdateTileRows<Vectors>(d, std::min(TileRows, bottom - y), tile, second, left, p.stepStride,
+                            right, rightRows, steps, k == 0, ADD());
+  }
+}
+
+/// A product whose result has at least as many columns as a vector of `d` has lanes.
+template <class D> HWY_INLINE void ProductByVectors(D d, const PRODUCT& p) {
+  const size_t lanes = hn::Lanes(d);
+  for (size_t top = 0; top < p.rows; top += BlockRows) {
+    const size_t blockBottom = std::min(p.rows, top + BlockRows);
+    for (size_t k = 0; k < p.inner; k += PanelSteps) {
+      const size_t steps = std::min(PanelSteps, p.inner - k);
+      for (size_t x = 0; x < p.columns;) {
+        const size_t width = StripWidth(p.columns - x, lanes);
+        const size_t bottom = p.upper ? std::min(blockBottom, x + width) : blockBottom;
+        if (width == lanes) {
+          ProductStrip<1>(d, p, top, bottom, k, steps, x, lanes);
+        } else {
+          ProductStrip<2>(d, p, top, bottom, k, steps, x, width - lanes);
+        }
+        x += width;
+      }
+    }
+  }
+}
+
+/// The product of two n by n matrices with all sizes known to the compiler, as one tile. False,
+/// with nothing done, for any n but a few small ones.
+HWY_INLINE bool SquareProduct(size_t n, const double* l, size_t rowStride, size_t stepStride,
+                              const double* r, double* res) {
+  const STRIDED_ROWS<const double> left = {l, rowStride};
+  switch (n) {
+#define ZX_SQUARE_PRODUCT(size)                                                                    \
+  case size: {                                                                                     \
+    using D = hn::CappedTag<double, (size < 4 ? 2 : 4)>;                                           \
+    constexpr size_t lanes = hn::MaxLanes(D());                                                    \
+    constexpr size_t vectors = (size + lanes - 1) / lanes;                                         \
+    if constexpr (vectors <= 2) {                                                                  \
+      constexpr size_t second = size - lanes;                                                      \
+      UpdateTile<size, vectors>(D(), STRIDED_ROWS<double>{res, size}, second, left, stepStride, r, \
+                                {size, second}, size, true, ADD());                                \
+      return true;                                                                                 \
+    }                                                                                              \
+    return false;                                                                                  \
+  }
+    ZX_SQUARE_PRODUCT(2)
+    ZX_SQUARE_PRODUCT(3)
+    ZX_SQUARE_PRODUCT(4)
+    ZX_SQUARE_PRODUCT(5)
+    ZX_SQUARE_PRODUCT(6)
+#undef ZX_SQUARE_PRODUCT
+  default:
+    return false;
   }
 }
 
 void Product(const double* l, size_t rowStride, size_t stepStride, const double* r, double* res,
              size_t rows, size_t inner, size_t columns, bool upper) {
-  const size_t lanes = hn::Lanes(DOUBLES());
-  // The last strip may go over columns that are done, which gives them the same values again; a sum
-  // that is made in several parts would get the last of them twice.
-  const bool again = inner <= PanelSteps;
-  for (size_t x = 0; x < columns;) {
-    const size_t left = columns - x;
-    const bool single = left <= lanes || (left < 2 * lanes && columns < 2 * lanes);
-    const size_t whole = single ? lanes : 2 * lanes;
-    const size_t width = std::min(left, whole);
-    const size_t begin = again && columns >= whole ? x + width - whole : x;
-    const size_t stripRows = upper ? std::min(rows, x + width) : rows;
-    if (single) {
-      ProductStrip<1>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
-                      x + width - begin);
-    } else {
-      ProductStrip<2>(l, rowStride, stepStride, r, res, stripRows, inner, columns, begin,
-                      x + width - begin);
-    }
-    x += width;
+  if (rows == inner && rows == columns && SquareProduct(rows, l, rowStride, stepStride, r, res)) {
+    return;
   }
+  const PRODUCT p = {l, rowStride, stepStride, r, res, rows, inner, columns, upper};
+  WithLanesUpTo(columns, [&](auto d) { ProductByVectors(d, p); });
 }
 
-/// res[x] += row[x] * v[r] for the rows in order, `Vectors` vectors at a time.
-template <size_t Vectors>
-HWY_INLINE void AddRowsStrip(const double* a, const double* v, double* res, size_t rows,
+/// Vectors of sums that the registers hold: the longer the part of a row that is read at once, the
+/// better the processor reads ahead.
+constexpr size_t WideSums = ZX_HAS_MASK_REGISTERS ? 16 : 8;
+
+/// res[x] = the sum of row[x] * v[r] over the rows in order, `Vectors` vectors at a time.
+template <size_t Vectors, class D>
+HWY_INLINE void AddRowsStrip(D d, const double* a, const double* v, double* res, size_t rows,
                              size_t columns) {
-  const DOUBLES d;
   const size_t lanes = hn::Lanes(d);
-  hn::Vec<DOUBLES> sums[Vectors];
-  HWY_UNROLL(4)
+  hn::Vec<D> sums[Vectors];
+  HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
-    sums[i] = hn::LoadU(d, res + i * lanes);
+    sums[i] = hn::Zero(d);
   }
   for (size_t r = 0; r < rows; ++r) {
-    const hn::Vec<DOUBLES> factor = hn::Set(d, v[r]);
-    HWY_UNROLL(4)
+    const hn::Vec<D> factor = hn::Set(d, v[r]);
+    HWY_UNROLL(16)
     for (size_t i = 0; i < Vectors; ++i) {
       sums[i] = hn::Add(sums[i], hn::Mul(hn::LoadU(d, a + r * columns + i * lanes), factor));
     }
   }
-  HWY_UNROLL(4)
+  HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
     hn::StoreU(sums[i], d, res + i * lanes);
   }
 }
 
 void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
-  const size_t lanes = hn::Lanes(DOUBLES());
+  WithLanesUpTo(columns, [&](auto d) {
+    const size_t lanes = hn::Lanes(d);
+    size_t x = 0;
+    for (; x + WideSums * lanes <= columns; x += WideSums * lanes) {
+      AddRowsStrip<WideSums>(d, a + x, v, res + x, rows, columns);
+    }
+    for (; x + 4 * lanes <= columns; x += 4 * lanes) {
+      AddRowsStrip<4>(d, a + x, v, res + x, rows, columns);
+    }
+    for (; x < columns; x += lanes) {
+      // The last columns may be done once more, with the same sums.
+      x = std::min(x, columns - lanes);
+      AddRowsStrip<1>(d, a + x, v, res + x, rows, columns);
+    }
+  });
+}
+
+/// res[y + i] = the dot products of `Groups` times as many rows from y on as a vector of `d` has
+/// lanes with `v`: each lane is a row's sum. There must be at least as many columns as lanes.
+template <size_t Groups, class D>
+HWY_INLINE void MultiplyRowGroups(D d, const double* HWY_RESTRICT rows,
+                                  const double* HWY_RESTRICT v, double* HWY_RESTRICT res,
+                                  size_t columns) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  hn::Vec<D> sums[Groups];
+  for (size_t g = 0; g < Groups; ++g) {
+    sums[g] = hn::Zero(d);
+  }
   size_t x = 0;
-  for (; x + 4 * lanes <= columns; x += 4 * lanes) {
-    AddRowsStrip<4>(a + x, v, res + x, rows, columns);
-  }
   for (; x + lanes <= columns; x += lanes) {
-    AddRowsStrip<1>(a + x, v, res + x, rows, columns);
-  }
-  for (size_t r = 0; r < rows; ++r) {
-    for (size_t j = x; j < columns; ++j) {
-      res[j] += a[r * columns + j] * v[r];
+    HWY_UNROLL(4)
+    for (size_t g = 0; g < Groups; ++g) {
+      hn::Vec<D> block[lanes];
+      LoadTransposed(d, rows + g * lanes * columns + x, columns, block);
+      HWY_UNROLL(8)
+      for (size_t c = 0; c < lanes; ++c) {
+        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[x + c])));
+      }
     }
   }
+  for (size_t g = 0; g < Groups; ++g) {
+    if (x < columns) {
+      hn::Vec<D> block[lanes];
+      LoadTransposed(d, rows + g * lanes * columns + columns - lanes, columns, block);
+      for (size_t c = lanes - (columns - x); c < lanes; ++c) {
+        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[columns - lanes + c])));
+      }
+    }
+    hn::StoreU(sums[g], d, res + g * lanes);
+  }
+}
+
+/// There must be at least as many rows and columns as a vector has lanes.
+void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
+  // Sums wait for themselves, so that several vectors of them go side by side.
+  const DOUBLES d;
+  constexpr size_t lanes = hn::MaxLanes(DOUBLES());
+  constexpr size_t groups = lanes == 8 ? 2 : 4;
+  size_t y = 0;
+  for (; y + groups * lanes <= rows; y += groups * lanes) {
+    MultiplyRowGroups<groups>(d, m + y * columns, v, res + y, columns);
+  }
+  for (; y < rows; y += lanes) {
+    // The last rows may be done once more, with the same sums.
+    y = std::min(y, rows - lanes);
+    MultiplyRowGroups<1>(d, m + y * columns, v, res + y, columns);
+  }
+}
+
+/// res(x, y) = m(y, x) in blocks of as many rows and columns as a vector of `d` has lanes; there
+/// are at least as many of both.
+template <class D>
+HWY_INLINE void TransposeBy(D d, const double* HWY_RESTRICT m, double* HWY_RESTRICT res,
+                            size_t rows, size_t columns, size_t stride) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  // A few rows of the result at a time: a line of it that leaves the cache half written is fetched
+  // again.
+  constexpr size_t together = 16;
+  for (size_t first = 0; first < columns; first += together) {
+    for (size_t top = 0; top < rows; top += lanes) {
+      const size_t y = std::min(top, rows - lanes);
+      for (size_t left = first; left < std::min(first + together, columns); left += lanes) {
+        const size_t x = std::min(left, columns - lanes);
+        hn::Vec<D> block[lanes];
+        LoadTransposed(d, m + y * columns + x, columns, block);
+        HWY_UNROLL(8)
+        for (size_t c = 0; c < lanes; ++c) {
+          hn::StoreU(block[c], d, res + (x + c) * stride + y);
+        }
+      }
+    }
+  }
+}
+
+void Transpose(const double* m, double* res, size_t rows, size_t columns, size_t stride) {
+  WithLanesUpTo(std::min(rows, columns),
+                [&](auto d) { TransposeBy(d, m, res, rows, columns, stride); });
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -134,34 +278,39 @@ namespace {
 
 HWY_EXPORT(Product);
 HWY_EXPORT(AddRows);
+HWY_EXPORT(MultiplyRows);
+HWY_EXPORT(Transpose);
 
-/// Up to so many columns and so many products plain loops win against packing.
-constexpr unsigned long SmallColumns = 7;
-constexpr unsigned long SmallProducts = 256;
+/// Below so many rows or columns plain loops win against turning blocks.
+constexpr unsigned long SmallMap = 24;
 
-template <unsigned long Columns>
-void SmallProduct(const double* l, const double* r, double* res, unsigned long rows,
-                  unsigned long inner) {
-  for (unsigned long y = 0; y < rows; ++y) {
-    double sums[Columns] = {};
-    for (unsigned long k = 0; k < inner; ++k) {
-      for (unsigned long x = 0; x < Columns; ++x) {
-        sums[x] += l[y * inner + k] * r[k * Columns + x];
+/// res[y] = the dot product of row y and v.
+void MapVector(const double* m, const double* v, double* res, unsigned long rows,
+               unsigned long columns) {
+  if (rows >= SmallMap && columns >= SmallMap) {
+    HWY_DYNAMIC_DISPATCH(MultiplyRows)(m, v, res, rows, columns);
+    return;
+  }
+  // Each sum waits for itself, so that several rows go side by side.
+  constexpr unsigned long side = 8;
+  unsigned long y = 0;
+  for (; y + side <= rows; y += side, m += side * columns) {
+    double sums[side] = {};
+    for (unsigned long x = 0; x < columns; ++x) {
+      for (unsigned long i = 0; i < side; ++i) {
+        sums[i] += m[i * columns + x] * v[x];
       }
     }
-    for (unsigned long x = 0; x < Columns; ++x) {
-      res[y * Columns + x] = sums[x];
+    std::copy_n(sums, side, res + y);
+  }
+  for (; y < rows; ++y, m += columns) {
+    double sum = 0.0;
+    for (unsigned long x = 0; x < columns; ++x) {
+      sum += m[x] * v[x];
     }
+    res[y] = sum;
   }
 }
-
-using SMALL_PRODUCT = void (*)(const double*, const double*, double*, unsigned long, unsigned long);
-
-constexpr SMALL_PRODUCT SmallProducts1To7[SmallColumns] = {
-    SmallProduct<1>, SmallProduct<2>, SmallProduct<3>, SmallProduct<4>,
-    SmallProduct<5>, SmallProduct<6>, SmallProduct<7>};
-
-constexpr unsigned long TransposeTile = 8;
 
 } // namespace
 } // namespace zx_math
@@ -185,11 +334,15 @@ void mul(const TMatrixD& l, const TMatrixD& r, TMatrixD& res) {
     fill(res, 0.0);
     return;
   }
-  if (columns == 0) {
+  if (columns == 0 || l.SizeY == 0) {
     return;
   }
-  if (columns <= zx_math::SmallColumns && l.SizeY * inner * columns <= zx_math::SmallProducts) {
-    zx_math::SmallProducts1To7[columns - 1](l.Data, r.Data, res.Data, l.SizeY, inner);
+  if (columns == 1) {
+    zx_math::MapVector(l.Data, r.Data, res.Data, l.SizeY, inner);
+    return;
+  }
+  if (l.SizeY == 1) {
+    HWY_DYNAMIC_DISPATCH(AddRows)(r.Data, l.Data, res.Data, inner, columns);
     return;
   }
   HWY_DYNAMIC_DISPATCH(Product)
@@ -200,40 +353,14 @@ void mul(const TMatrixD& m, const TVectorD& v, TVectorD* res) {
   if (v.Size < m.SizeX || res->Size < m.SizeY) {
     return;
   }
-  // Each sum waits for itself, so that several rows go side by side.
-  constexpr unsigned long side = 8;
-  const double* row = m.Data;
-  unsigned long y = 0;
-  for (; y + side <= m.SizeY; y += side, row += side * m.SizeX) {
-    double sums[side] = {};
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      for (unsigned long i = 0; i < side; ++i) {
-        sums[i] += row[i * m.SizeX + x] * v.Data[x];
-      }
-    }
-    std::copy_n(sums, side, res->Data + y);
-  }
-  for (; y < m.SizeY; ++y, row += m.SizeX) {
-    double sum = 0.0;
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      sum += row[x] * v.Data[x];
-    }
-    res->Data[y] = sum;
-  }
+  zx_math::MapVector(m.Data, v.Data, res->Data, m.SizeY, m.SizeX);
 }
 
 void transpose(const TMatrixD& m, TMatrixD& res) {
   if (m.SizeX == 0 || m.SizeY == 0 || (m.SizeX - 1) * res.SizeX + m.SizeY > res.SizeX * res.SizeY) {
     return;
   }
-  for (unsigned long top = 0; top < m.SizeY; top += zx_math::TransposeTile) {
-    const unsigned long bottom = std::min(top + zx_math::TransposeTile, m.SizeY);
-    for (unsigned long x = 0; x < m.SizeX; ++x) {
-      for (unsigned long y = top; y < bottom; ++y) {
-        res.Data[x * res.SizeX + y] = m.Data[y * m.SizeX + x];
-      }
-    }
-  }
+  HWY_DYNAMIC_DISPATCH(Transpose)(m.Data, res.Data, m.SizeY, m.SizeX, res.SizeX);
 }
 
 void mul_mtm(const TMatrixD& a, TMatrixD* res) {

@@ -12,26 +12,37 @@
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"
 #include <hwy/foreach_target.h>
 
-#include <ZxCore3D/math/private/DenseTiles-inl.h>
+#include <ZxCore3D/math/private/PanelElimination-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace zx_math {
 namespace HWY_NAMESPACE {
 
-/// Eliminates below the pivot row of step k.
-void EliminateBelow(double* a, unsigned long n, double* b, unsigned long k,
-                    const unsigned long* perm) {
-  const double* pivotRow = a + perm[k] * n;
-  for (unsigned long i = k + 1; i < n; ++i) {
-    double* row = a + perm[i] * n;
-    if (row[k] == 0.0) {
-      continue;
+struct BY_QUOTIENTS {
+  double tol;
+  SUBTRACT op;
+  static constexpr bool ScalesPivots = false;
+
+  /// The first of the largest magnitudes; false when `tol` is greater than its position.
+  template <class At> HWY_INLINE bool FindPivot(At at, size_t k, size_t n, size_t* p) const {
+    double largest = std::fabs(at(k));
+    for (size_t i = k + 1; i < n; ++i) {
+      const double v = std::fabs(at(i));
+      if (v > largest) {
+        largest = v;
+        *p = i;
+      }
     }
-    const double m = row[k] / pivotRow[k];
-    row[k] = 0.0;
-    SubtractRow(row + k + 1, pivotRow + k + 1, m, n - k - 1);
-    b[perm[i]] -= m * b[perm[k]];
+    return !(tol > static_cast<double>(*p));
   }
+
+  double Factor(double element, double pivot) const { return element / pivot; }
+};
+
+/// The number of steps that were made.
+unsigned long EliminateByQuotients(double* a, unsigned long n, double* b, unsigned long* perm,
+                                   double tol) {
+  return TElimination<BY_QUOTIENTS>(a, n, b, perm, {tol, {}}).Run();
 }
 
 // NOLINTNEXTLINE(google-readability-namespace-comments)
@@ -43,7 +54,7 @@ HWY_AFTER_NAMESPACE();
 namespace zx_math {
 namespace {
 
-HWY_EXPORT(EliminateBelow);
+HWY_EXPORT(EliminateByQuotients);
 
 constexpr unsigned long LocalUnknowns = 128;
 
@@ -66,24 +77,12 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
     }
   }
   std::iota(perm, perm + n, 0UL);
-  for (unsigned long k = 0; k < n; ++k) {
-    unsigned long p = k;
-    double largest = std::fabs(a[perm[k] * n + k]);
-    for (unsigned long i = k + 1; i < n; ++i) {
-      const double v = std::fabs(a[perm[i] * n + k]);
-      if (v > largest) {
-        largest = v;
-        p = i;
-      }
-    }
-    if (tol > static_cast<double>(p)) {
-      if (rank) {
-        *rank = k;
-      }
-      return false;
-    }
-    std::swap(perm[k], perm[p]);
-    HWY_DYNAMIC_DISPATCH(EliminateBelow)(a, n, b, k, perm);
+  const unsigned long steps = HWY_DYNAMIC_DISPATCH(EliminateByQuotients)(a, n, b, perm, tol);
+  if (rank) {
+    *rank = steps;
+  }
+  if (steps < n) {
+    return false;
   }
   for (unsigned long i = n; i-- > 0;) {
     const double* row = a + perm[i] * n;
@@ -92,9 +91,6 @@ bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double
       sum -= row[j] * x[j];
     }
     x[i] = sum / row[i];
-  }
-  if (rank) {
-    *rank = n;
   }
   return true;
 }

@@ -2,48 +2,30 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory_resource>
 
 namespace zx_math {
 
 namespace {
 
-struct ELEMENT {
-  std::uint32_t column;
-  double value;
-};
+/// The many short lists take their memory from one resource, which asks for it in a few blocks.
+template <class T> using LIST = std::pmr::vector<T>;
 
 /// The elements of a row that aren't 0, by ascending columns.
-using ROW = std::vector<ELEMENT>;
+using ROW = LIST<SPLINE_ELEMENT>;
 
 class TSparseMatrix {
 public:
-  TSparseMatrix(unsigned long segments, bool closed) : m_Holders(4 * segments) {
-    const auto last = static_cast<std::uint32_t>(segments - 1);
+  TSparseMatrix(unsigned long segments, bool closed) : m_Holders(4 * segments, &m_Memory) {
     m_Rows.reserve(4 * segments);
-    for (std::uint32_t i = 0; i <= last; ++i) {
-      const std::uint32_t a = 4 * i;
-      _Add({{a, 1.0}});
-      _Add({{a, 1.0}, {a + 1, 1.0}, {a + 2, 1.0}, {a + 3, 1.0}});
-      if (i == last && !closed) {
-        continue;
-      }
-      const std::uint32_t next = i == last ? 0 : a + 4;
-      _Add({{a + 1, 1.0}, {a + 2, 2.0}, {a + 3, 3.0}, {next + 1, -1.0}});
-      _Add({{a + 2, 2.0}, {a + 3, 6.0}, {next + 2, -2.0}});
-    }
-    if (!closed) {
-      _Add({{2, 2.0}});
-      _Add({{4 * last + 2, 2.0}, {4 * last + 3, 6.0}});
-    }
+    ForEachSplineRow(segments, closed, [this](auto row) { _Add(row); });
   }
 
   ROW& operator[](std::uint32_t row) { return m_Rows[row]; }
   std::uint32_t Size() const { return static_cast<std::uint32_t>(m_Rows.size()); }
 
   /// The rows that have, or had, an element in `column`.
-  const std::vector<std::uint32_t>& Holders(std::uint32_t column) const {
-    return m_Holders[column];
-  }
+  const LIST<std::uint32_t>& Holders(std::uint32_t column) const { return m_Holders[column]; }
 
   double Value(std::uint32_t row, std::uint32_t column) const {
     const ROW& elements = m_Rows[row];
@@ -80,21 +62,22 @@ public:
 private:
   static ROW::const_iterator _Find(const ROW& row, std::uint32_t column) {
     return std::find_if(row.begin(), row.end(),
-                        [column](const ELEMENT& e) { return e.column >= column; });
+                        [column](const SPLINE_ELEMENT& e) { return e.column >= column; });
   }
 
-  void _Add(ROW row) {
-    std::sort(row.begin(), row.end(),
-              [](const ELEMENT& a, const ELEMENT& b) { return a.column < b.column; });
-    for (const ELEMENT& element : row) {
+  void _Add(std::initializer_list<SPLINE_ELEMENT> elements) {
+    for (const SPLINE_ELEMENT& element : elements) {
       m_Holders[element.column].push_back(Size());
     }
-    m_Rows.push_back(std::move(row));
+    ROW& row = m_Rows.emplace_back(elements);
+    std::sort(row.begin(), row.end(),
+              [](const SPLINE_ELEMENT& a, const SPLINE_ELEMENT& b) { return a.column < b.column; });
   }
 
-  std::vector<ROW> m_Rows;
-  std::vector<std::vector<std::uint32_t>> m_Holders;
-  ROW m_Merged;
+  std::pmr::monotonic_buffer_resource m_Memory;
+  LIST<ROW> m_Rows{&m_Memory};
+  LIST<LIST<std::uint32_t>> m_Holders;
+  ROW m_Merged{&m_Memory};
 };
 
 /// The steps that clear what stands right of the diagonal, from the last column down.
@@ -103,9 +86,10 @@ void AppendSubstitution(TSparseMatrix& matrix, SPLINE_ELIMINATION* result) {
     std::uint32_t row;
     double value;
   };
-  std::vector<std::vector<UPPER>> columns(matrix.Size());
+  std::pmr::monotonic_buffer_resource memory;
+  LIST<LIST<UPPER>> columns(matrix.Size(), &memory);
   for (std::uint32_t i = 0; i < matrix.Size(); ++i) {
-    for (const ELEMENT& element : matrix[result->order[i]]) {
+    for (const SPLINE_ELEMENT& element : matrix[result->order[i]]) {
       if (element.column > i) {
         columns[element.column].push_back({result->order[i], element.value});
       }
@@ -148,11 +132,11 @@ bool EliminateSpline(unsigned long segments, bool closed, double tol, SPLINE_ELI
     place[result->order[p]] = p;
     const std::uint32_t pivot = result->order[k];
     const double f = 1.0 / matrix.Value(pivot, k);
-    for (ELEMENT& element : matrix[pivot]) {
+    for (SPLINE_ELEMENT& element : matrix[pivot]) {
       element.value = element.column == k ? 1.0 : element.value * f;
     }
     result->steps.push_back({pivot, pivot, f});
-    for (const std::uint32_t row : std::vector<std::uint32_t>(matrix.Holders(k))) {
+    for (const std::uint32_t row : matrix.Holders(k)) {
       const double m = matrix.Value(row, k);
       if (place[row] > k && m != 0.0) {
         matrix.Subtract(row, pivot, k, m);

@@ -4,6 +4,7 @@
 
 #include <ZxCore3D/object/QUERYHDR.h>
 #include <ZxCore3D/object/TVariant.h>
+#include <ZxCore3D/object/VariantStorage.h>
 #include <ZxCore3D/types/Export.h>
 
 namespace Zx3D {
@@ -93,15 +94,5 @@ private:
   unsigned long m_ScratchCapacity;
   [[maybe_unused]] bool m_Reserved;
 };
-
-/// Reads a variant: its tag, then its data.
-ZX_CORE3D_API bool LoadVariant(TObjectReader* reader, TVariant& value);
-
-/// Reads the data form of tag `type` into `value`. A failing load of an array leaves an array of
-/// zeros, or nothing where that array would take more memory than the bytes that can still come.
-ZX_CORE3D_API bool LoadVariantData(TObjectReader* reader, DATA_TYPE type, TVariant& value);
-
-/// Reads an attribute. A stored name of more than 31 bytes is false, with its length consumed.
-ZX_CORE3D_API bool LoadAttribute(TObjectReader* reader, std::string& name, TVariant& value);
 
 } // namespace Zx3D

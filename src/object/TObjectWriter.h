@@ -4,6 +4,7 @@
 
 #include <ZxCore3D/object/STORE_BLOCK.h>
 #include <ZxCore3D/object/TVariant.h>
+#include <ZxCore3D/object/VariantStorage.h>
 #include <ZxCore3D/types/Export.h>
 
 namespace Zx3D {
@@ -59,20 +60,5 @@ private:
   bool m_Owned;
   [[maybe_unused]] bool m_Reserved;
 };
-
-/// Writes a variant: its tag, then its data. False for tags without a stored form (references,
-/// vectors of anything but int32, arrays of vectors).
-ZX_CORE3D_API bool SaveVariant(TObjectWriter* writer, const TVariant& value);
-
-/// Writes the data form of tag `type`, to which a scalar `value` is converted. Raises `TZxMessage`
-/// "TVariant::Get failed" for a scalar `type` where `value` is no scalar.
-ZX_CORE3D_API bool SaveVariantData(TObjectWriter* writer, DATA_TYPE type, const TVariant& value);
-
-/// Writes an attribute: the name (`~0` measures) as a narrow string, then the variant. A reader
-/// takes names of up to 31 bytes.
-ZX_CORE3D_API bool SaveAttribute(TObjectWriter* writer, const char* name, unsigned long length,
-                                 const TVariant& value);
-ZX_CORE3D_API bool SaveAttribute(TObjectWriter* writer, const std::string& name,
-                                 const TVariant& value);
 
 } // namespace Zx3D

@@ -1,10 +1,11 @@
-#include <ZxCore3D/object/private/ObjectAccess.h>
+#include <ZxCore3D/object/VariantStorage.h>
 
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <new>
 
+#include <ZxCore3D/object/private/ObjectAccess.h>
 #include <ZxCore3D/object/private/StreamAccess.h>
 #include <ZxCore3D/object/private/TVariantWords.h>
 
@@ -341,40 +342,39 @@ bool LoadVariantData(TObjectReader* reader, DATA_TYPE type, TVariant& value) {
   }
 }
 
-template <class T> static bool SetFrom(const unsigned char* bytes, TVariant& value) {
-  T number;
-  std::memcpy(&number, bytes, sizeof number);
-  return value.Set(number);
+// The scalar of `width` (0 to 8) bytes that begins the `remaining` bytes at `from`.
+static void SetScalar(std::uint32_t tag, const unsigned char* from, unsigned long width,
+                      unsigned long remaining, TVariant& value) {
+  value.Reset();
+  if (width == 0) {
+    return;
+  }
+  std::uint64_t word = remaining >= 8
+                           ? variant::LoadWord(from) & (~std::uint64_t(0) >> (64 - 8 * width))
+                           : variant::LoadRest(from, width);
+  if (tag == DATA_TYPE_BOOL) {
+    word = word != 0 ? 1 : 0;
+  }
+  variant::MergeWord(value.Value, word, width);
+  value.Count = 1;
+  value.Type = static_cast<DATA_TYPE>(tag);
 }
 
-static bool SetScalar(std::uint32_t tag, const unsigned char* bytes, TVariant& value) {
-  switch (tag) {
-  case DATA_TYPE_NONE:
-    value.Reset();
-    return true;
-  case DATA_TYPE_BOOL:
-    return value.Set(*bytes != 0);
-  case DATA_TYPE_INT8:
-    return SetFrom<signed char>(bytes, value);
-  case DATA_TYPE_UINT8:
-    return SetFrom<unsigned char>(bytes, value);
-  case DATA_TYPE_INT16:
-    return SetFrom<short>(bytes, value);
-  case DATA_TYPE_UINT16:
-    return SetFrom<unsigned short>(bytes, value);
-  case DATA_TYPE_INT32:
-    return SetFrom<int>(bytes, value);
-  case DATA_TYPE_UINT32:
-    return SetFrom<unsigned int>(bytes, value);
-  case DATA_TYPE_INT64:
-    return SetFrom<long>(bytes, value);
-  case DATA_TYPE_UINT64:
-    return SetFrom<unsigned long>(bytes, value);
-  case DATA_TYPE_FLOAT:
-    return SetFrom<float>(bytes, value);
-  default:
-    return SetFrom<double>(bytes, value);
+// `strnlen` for short texts that seldom hold a zero, eight bytes at a time.
+static unsigned long GetTextLength(const unsigned char* text, unsigned long size) {
+  const auto hasZero = [](std::uint64_t word) {
+    return ((word - 0x0101010101010101U) & ~word & 0x8080808080808080U) != 0;
+  };
+  bool found = false;
+  if (size >= 8) {
+    found = hasZero(variant::LoadWord(text + size - 8));
+    for (unsigned long i = 0; i + 8 < size; i += 8) {
+      found |= hasZero(variant::LoadWord(text + i));
+    }
+  } else if (size != 0) {
+    found = hasZero(variant::LoadRest(text, size) | ~std::uint64_t(0) << (8 * size));
   }
+  return found ? strnlen(reinterpret_cast<const char*>(text), size) : size;
 }
 
 // How a read straight from memory ended.
@@ -395,7 +395,8 @@ static TAtOnce LoadAtOnce(TMemoryStream& memory, TVariant& value) {
       return TAtOnce::LongWay;
     }
     TMemoryAccess::Passed(memory, 4 + width);
-    return SetScalar(tag, from + 4, value) ? TAtOnce::Done : TAtOnce::Failed;
+    SetScalar(tag, from + 4, width, remaining - 4, value);
+    return TAtOnce::Done;
   }
   if (tag != DATA_TYPE_STRING || remaining < 8) {
     return TAtOnce::LongWay;
@@ -406,23 +407,26 @@ static TAtOnce LoadAtOnce(TMemoryStream& memory, TVariant& value) {
   }
   TMemoryAccess::Passed(memory, 4 + GetTextSize(length));
   const auto* text = reinterpret_cast<const char*>(from + 8);
-  return value.Set(text, strnlen(text, length)) ? TAtOnce::Done : TAtOnce::Failed;
+  return value.Set(text, GetTextLength(from + 8, length)) ? TAtOnce::Done : TAtOnce::Failed;
 }
 
-bool LoadVariant(TObjectReader* reader, TVariant& value) {
-  TStream* stream = TReaderAccess::GetStream(reader);
-  if (stream == nullptr) {
-    return false;
-  }
-  if (TMemoryStream* memory = TMemoryAccess::Of(stream)) {
+// `memory` is the reader's stream if that is memory and nothing else.
+static bool LoadFrom(TObjectReader* reader, TStream& stream, TMemoryStream* memory,
+                     TVariant& value) {
+  if (memory != nullptr) {
     const TAtOnce result = LoadAtOnce(*memory, value);
     if (result != TAtOnce::LongWay) {
       return result == TAtOnce::Done;
     }
   }
   std::uint32_t tag = 0;
-  return stream->ReadAll(&tag, sizeof tag) &&
+  return stream.ReadAll(&tag, sizeof tag) &&
          LoadVariantData(reader, static_cast<DATA_TYPE>(tag), value);
+}
+
+bool LoadVariant(TObjectReader* reader, TVariant& value) {
+  TStream* stream = TReaderAccess::GetStream(reader);
+  return stream != nullptr && LoadFrom(reader, *stream, TMemoryAccess::Of(stream), value);
 }
 
 // Reads an attribute's name if it lies whole behind the position.
@@ -437,8 +441,10 @@ static bool LoadNameAtOnce(TMemoryStream& memory, std::string& name) {
     return false;
   }
   TMemoryAccess::Passed(memory, GetTextSize(length));
-  const auto* text = reinterpret_cast<const char*>(from + 4);
-  name.assign(text, strnlen(text, length));
+  // Names tend to be as long as the one before, which then has nothing to be resized.
+  const unsigned long kept = GetTextLength(from + 4, length);
+  name.resize(kept);
+  CopyShort(reinterpret_cast<unsigned char*>(name.data()), from + 4, kept);
   return true;
 }
 
@@ -447,8 +453,8 @@ bool LoadAttribute(TObjectReader* reader, std::string& name, TVariant& value) {
   if (stream == nullptr) {
     return false;
   }
+  TMemoryStream* memory = TMemoryAccess::Of(stream);
   try {
-    TMemoryStream* memory = TMemoryAccess::Of(stream);
     if (memory == nullptr || !LoadNameAtOnce(*memory, name)) {
       char text[32];
       if (!reader->ReadString(text, sizeof text)) {
@@ -459,7 +465,7 @@ bool LoadAttribute(TObjectReader* reader, std::string& name, TVariant& value) {
   } catch (const std::bad_alloc&) {
     return false;
   }
-  return LoadVariant(reader, value);
+  return LoadFrom(reader, *stream, memory, value);
 }
 
 } // namespace Zx3D

@@ -10,13 +10,24 @@ namespace {
 
 using Values = std::vector<double>;
 
-constexpr unsigned long Sizes[] = {1,  2,  3,  4,  5,  6,  7,  8,  9,  12, 15, 16,
-                                   17, 23, 31, 32, 33, 47, 48, 49, 63, 65, 70, 97};
+/// The sizes at which the ways change, and one less and one more.
+std::vector<unsigned long> SizesAround(std::initializer_list<unsigned long> thresholds) {
+  std::vector<unsigned long> sizes;
+  for (const unsigned long threshold : thresholds) {
+    sizes.insert(sizes.end(), {threshold - 1, threshold, threshold + 1});
+  }
+  return sizes;
+}
 
 template <class Check> void ForEachSizeAndFill(unsigned seed, Check check) {
+  std::vector<unsigned long> sizes = SizesAround({48, 64, 128});
+  sizes.push_back(97);
+  for (unsigned long n = 1; n <= 40; ++n) {
+    sizes.push_back(n);
+  }
   AtEveryInstructionSet([&] {
     std::mt19937_64 random(seed);
-    for (const unsigned long n : Sizes) {
+    for (const unsigned long n : sizes) {
       for (const Fill kind : AllFills) {
         SCOPED_TRACE(testing::Message() << "n " << n << " " << Name(kind));
         check(n, kind, random);
@@ -26,6 +37,24 @@ template <class Check> void ForEachSizeAndFill(unsigned seed, Check check) {
       }
     }
   });
+}
+
+/// Where plain loops take long: around 256 at every instruction set, above as the library chooses.
+template <class Check> void ForLargeSizes(unsigned seed, Check check) {
+  AtEveryInstructionSet([&] {
+    std::mt19937_64 random(seed);
+    for (const unsigned long n : SizesAround({256})) {
+      for (const Fill kind : {Fill::Zeros, Fill::Special}) {
+        SCOPED_TRACE(testing::Message() << "n " << n << " " << Name(kind));
+        ASSERT_NO_FATAL_FAILURE(check(n, kind, random));
+      }
+    }
+  });
+  std::mt19937_64 random(seed);
+  for (const unsigned long n : SizesAround({512, 1024})) {
+    SCOPED_TRACE(testing::Message() << "n " << n);
+    ASSERT_NO_FATAL_FAILURE(check(n, n % 2 ? Fill::Zeros : Fill::Plain, random));
+  }
 }
 
 TEST(DenseBits, Product) {
@@ -64,6 +93,81 @@ TEST(DenseBits, ProductLongerThanAPanel) {
   });
 }
 
+void CheckProduct(unsigned long rows, unsigned long inner, unsigned long columns, Fill kind,
+                  std::mt19937_64& random) {
+  Values l = RandomValues(rows * inner, kind, random);
+  Values r = RandomValues(inner * columns, kind, random);
+  Values expected(rows * columns), res(rows * columns, 77.0);
+  reference::Mul(l.data(), r.data(), expected.data(), rows, inner, columns);
+  TMatrixD mres(columns, rows, res.data());
+  mul(TMatrixD(inner, rows, l.data()), TMatrixD(columns, inner, r.data()), mres);
+  ASSERT_TRUE(SameBits(res, expected)) << rows << " " << inner << " " << columns << Name(kind);
+}
+
+TEST(DenseBits, ProductOfEverySmallSize) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(11);
+    for (unsigned long n = 1; n <= 40; ++n) {
+      for (const Fill kind : AllFills) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, n, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(1, n, 41 - n, kind, random)) << "one row";
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 41 - n, 1, kind, random)) << "one column";
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 1, n, kind, random)) << "one step";
+      }
+    }
+  });
+}
+
+TEST(DenseBits, ProductAroundTheThresholds) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(12);
+    for (const unsigned long n : SizesAround({64, 128, 256, 512, 1024})) {
+      for (const Fill kind : {Fill::Plain, Fill::Special}) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, 9, 21, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(9, n, 18, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(3, 7, n, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, 1, kind, random));
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(1, 5, n, kind, random));
+      }
+      if (n < 130) {
+        ASSERT_NO_FATAL_FAILURE(CheckProduct(n, n, n, Fill::Special, random));
+      }
+    }
+    ASSERT_NO_FATAL_FAILURE(CheckProduct(257, 257, 257, Fill::Plain, random));
+  });
+}
+
+TEST(DenseBits, MatrixByVector) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(13);
+    const auto check = [&](unsigned long rows, unsigned long columns, Fill kind) {
+      Values m = RandomValues(rows * columns, kind, random);
+      Values v = RandomValues(columns, kind, random);
+      Values expected(rows), res(rows + 1, 77.0);
+      reference::Mul(m.data(), v.data(), expected.data(), rows, columns, 1);
+      TVectorD right, product;
+      right.Create(columns, v.data());
+      product.Create(rows + 1, res.data());
+      mul(TMatrixD(columns, rows, m.data()), right, &product);
+      ASSERT_EQ(res.back(), 77.0) << "is not the result's";
+      ASSERT_TRUE(SameBits(res.data(), expected.data(), rows)) << rows << " " << columns;
+    };
+    for (unsigned long n = 1; n <= 40; ++n) {
+      for (const unsigned long other :
+           {0ul, 1ul, 2ul, 3ul, 4ul, 5ul, 7ul, 8ul, 9ul, 24ul, 31ul, n}) {
+        for (const Fill kind : AllFills) {
+          ASSERT_NO_FATAL_FAILURE(check(n, other, kind));
+          ASSERT_NO_FATAL_FAILURE(check(other, n, kind));
+        }
+      }
+    }
+    for (const unsigned long n : SizesAround({64, 128, 256, 512, 1024})) {
+      ASSERT_NO_FATAL_FAILURE(check(n, 29, Fill::Special));
+      ASSERT_NO_FATAL_FAILURE(check(27, n, Fill::Special));
+    }
+  });
+}
+
 TEST(DenseBits, InverseEx) {
   ForEachSizeAndFill(3, [](unsigned long n, Fill kind, std::mt19937_64& random) {
     const Values a = RandomValues(n * n, kind, random);
@@ -83,6 +187,15 @@ TEST(DenseBits, InverseEx) {
         }
       }
     }
+  });
+}
+
+TEST(DenseBits, InverseExOfLargeSizes) {
+  ForLargeSizes(14, [](unsigned long n, Fill kind, std::mt19937_64& random) {
+    Values a = RandomValues(n * n, kind, random), work = a, inv(n * n), expected(n * n);
+    ASSERT_TRUE(reference::InverseEx(work.data(), n, expected.data(), 0.0, true, nullptr));
+    ASSERT_TRUE(InverseEx<double>(a.data(), n, inv.data(), 0.0, true, nullptr));
+    ASSERT_TRUE(SameBits(inv, expected));
   });
 }
 
@@ -133,23 +246,122 @@ TEST(DenseBits, SolveGauss) {
   });
 }
 
-template <class Mine, class Theirs> void CheckLineSys(unsigned seed, Mine mine, Theirs theirs) {
-  ForEachSizeAndFill(seed, [&](unsigned long n, Fill kind, std::mt19937_64& random) {
+TEST(DenseBits, SolveGaussOfLargeSizes) {
+  ForLargeSizes(15, [](unsigned long n, Fill kind, std::mt19937_64& random) {
     const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
     Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
-    const bool result = theirs(theirA.data(), n, theirB.data(), expected.data());
-    ASSERT_EQ(mine(mineA.data(), n, mineB.data(), x.data()), result);
+    ASSERT_TRUE(reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0.0, expected.data(),
+                                             nullptr));
+    ASSERT_TRUE(SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr));
     ASSERT_TRUE(SameBits(x, expected));
-    if (result) {
-      ASSERT_TRUE(SameBits(mineA, theirA));
-      ASSERT_TRUE(SameBits(mineB, theirB));
+    ASSERT_TRUE(SameBits(mineA, theirA));
+    ASSERT_TRUE(SameBits(mineB, theirB));
+  });
+}
+
+/// Factors that are 0, infinite or NaN though no step is omitted, rows that omit all steps of a
+/// panel, and pivots that fail within one.
+TEST(DenseBits, EliminationOfExtremeFactors) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(16);
+    for (const unsigned long n : {48ul, 71ul, 130ul}) {
+      for (const double extreme : {5e-324, 1e-310, 1e300, -0.0, 0.0}) {
+        Values a = RandomValues(n * n, Fill::Plain, random);
+        const Values b = RandomValues(n, Fill::Zeros, random);
+        for (unsigned long i = 0; i < n; ++i) {
+          for (unsigned long j = 0; j < n; ++j) {
+            if ((i + 2 * j) % 7 < 3) {
+              a[i * n + j] = i % 3 == 0 ? extreme : -extreme;
+            } else if (i % 5 == 1) {
+              a[i * n + j] *= 1e300;
+            } else if (i % 11 == 2 && j < n / 2) {
+              a[i * n + j] = 0.0;
+            }
+          }
+        }
+        Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+        reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0, expected.data(), nullptr);
+        SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr);
+        ASSERT_TRUE(SameBits(x, expected, true)) << n << " " << extreme;
+        ASSERT_TRUE(SameBits(mineA, theirA, true)) << n << " " << extreme;
+        ASSERT_TRUE(SameBits(mineB, theirB, true)) << n << " " << extreme;
+        mineA = theirA = a;
+        mineB = theirB = b;
+        const bool result = reference::LineSysGauss1(theirA.data(), n, theirB.data(), &expected[0]);
+        ASSERT_EQ(LineSysGauss1(mineA.data(), n, mineB.data(), x.data()), result);
+        ASSERT_TRUE(SameBits(x, expected, true)) << n << " " << extreme;
+        if (result) {
+          ASSERT_TRUE(SameBits(mineA, theirA, true)) << n << " " << extreme;
+        }
+        Values singular = a;
+        for (unsigned long i = 0; i < n; ++i) {
+          singular[i * n + n - 3] = 0.0;
+        }
+        mineB = b;
+        ASSERT_FALSE(LineSysGauss1(singular.data(), n, mineB.data(), x.data()));
+      }
     }
   });
 }
 
-TEST(DenseBits, LineSysGauss1) { CheckLineSys(6, LineSysGauss1, reference::LineSysGauss1); }
+/// Bands, whose rows omit most steps, with shares of zeros on both sides of where panels are given
+/// up.
+TEST(DenseBits, EliminationOfBands) {
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(18);
+    for (const unsigned long n : {48ul, 77ul, 200ul}) {
+      for (const unsigned long band : {1ul, 3ul, n / 9, n / 7, n / 3}) {
+        Values a = RandomValues(n * n, Fill::Plain, random);
+        const Values b = RandomValues(n, Fill::Plain, random);
+        for (unsigned long i = 0; i < n; ++i) {
+          for (unsigned long j = 0; j < n; ++j) {
+            if (i > j + band || j > i + band) {
+              a[i * n + j] = (i + j) % 2 ? -0.0 : 0.0;
+            }
+          }
+        }
+        Values mineA = a, mineB = b, theirA = a, theirB = b, x(n), expected(n);
+        reference::SolveGaussInplace(theirA.data(), n, theirB.data(), 0, expected.data(), nullptr);
+        SolveGaussInplace(mineA.data(), n, mineB.data(), 0.0, x.data(), nullptr);
+        ASSERT_TRUE(SameBits(x, expected)) << n << " " << band;
+        ASSERT_TRUE(SameBits(mineA, theirA)) << n << " " << band;
+        mineA = theirA = a;
+        mineB = theirB = b;
+        ASSERT_TRUE(reference::LineSysGauss1(theirA.data(), n, theirB.data(), expected.data()));
+        ASSERT_TRUE(LineSysGauss1(mineA.data(), n, mineB.data(), x.data()));
+        ASSERT_TRUE(SameBits(x, expected)) << n << " " << band;
+        ASSERT_TRUE(SameBits(mineA, theirA)) << n << " " << band;
+      }
+    }
+  });
+}
 
-TEST(DenseBits, LineSysGauss2) { CheckLineSys(7, LineSysGauss2, reference::LineSysGauss2); }
+using LINE_SYS = bool (*)(double*, unsigned long, double*, double*);
+
+template <LINE_SYS Mine, LINE_SYS Theirs>
+void CheckLineSys(unsigned long n, Fill kind, std::mt19937_64& random) {
+  const Values a = RandomValues(n * n, kind, random), b = RandomValues(n, kind, random);
+  Values mineA = a, mineB = b, theirA = a, theirB = b, x(n, 3.0), expected(n, 3.0);
+  const bool result = Theirs(theirA.data(), n, theirB.data(), expected.data());
+  ASSERT_EQ(Mine(mineA.data(), n, mineB.data(), x.data()), result);
+  ASSERT_TRUE(SameBits(x, expected));
+  if (result) {
+    ASSERT_TRUE(SameBits(mineA, theirA));
+    ASSERT_TRUE(SameBits(mineB, theirB));
+  }
+}
+
+TEST(DenseBits, LineSysGauss1) {
+  ForEachSizeAndFill(6, CheckLineSys<LineSysGauss1, reference::LineSysGauss1>);
+}
+
+TEST(DenseBits, LineSysGauss1OfLargeSizes) {
+  ForLargeSizes(17, CheckLineSys<LineSysGauss1, reference::LineSysGauss1>);
+}
+
+TEST(DenseBits, LineSysGauss2) {
+  ForEachSizeAndFill(7, CheckLineSys<LineSysGauss2, reference::LineSysGauss2>);
+}
 
 TEST(DenseBits, NormalMatrixAndLeastSquares) {
   ForEachSizeAndFill(8, [](unsigned long n, Fill kind, std::mt19937_64& random) {
@@ -176,17 +388,25 @@ TEST(DenseBits, NormalMatrixAndLeastSquares) {
 }
 
 TEST(DenseBits, Transpose) {
-  std::mt19937_64 random(9);
-  for (const unsigned long sizeX : Sizes) {
-    for (const unsigned long sizeY : {1ul, 7ul, 8ul, 9ul, 30ul}) {
-      Values m = RandomValues(sizeX * sizeY, Fill::Special, random);
-      Values res(sizeX * sizeY, 4.0), expected(sizeX * sizeY, 4.0);
-      TMatrixD mres(sizeY, sizeX, res.data());
-      transpose(TMatrixD(sizeX, sizeY, m.data()), mres);
-      reference::Transpose(m.data(), expected.data(), sizeX, sizeY, sizeY);
-      ASSERT_TRUE(SameBits(res, expected));
+  AtEveryInstructionSet([] {
+    std::mt19937_64 random(9);
+    std::vector<unsigned long> sizes = SizesAround({64, 128, 256, 512, 1024});
+    for (unsigned long n = 1; n <= 40; ++n) {
+      sizes.push_back(n);
     }
-  }
+    for (const unsigned long sizeX : sizes) {
+      for (const unsigned long sizeY : {1ul, 2ul, 3ul, 4ul, 5ul, 7ul, 8ul, 9ul, 30ul}) {
+        for (const unsigned long stride : {sizeY, sizeY + 3}) {
+          Values m = RandomValues(sizeX * sizeY, Fill::Special, random);
+          Values res(sizeX * stride, 4.0), expected = res;
+          TMatrixD mres(stride, sizeX, res.data());
+          transpose(TMatrixD(sizeX, sizeY, m.data()), mres);
+          reference::Transpose(m.data(), expected.data(), sizeX, sizeY, stride);
+          ASSERT_TRUE(SameBits(res, expected)) << sizeX << " " << sizeY << " " << stride;
+        }
+      }
+    }
+  });
 }
 
 /// NaNs that carry something: which of two NaNs goes on is open, that it is a NaN is not.

@@ -256,6 +256,39 @@ TEST_F(NumericMemory, ACoordinateWithoutMemoryLeavesTheOthers) {
   EXPECT_EQ(flat[2].a, 10.0);
 }
 
+TEST_F(NumericMemory, WhicheverAllocationFailsOneCoordinateDoes) {
+  for (const unsigned long n : {3ul, 12ul}) {
+    std::vector<vec_t_<double, 3>> p(n);
+    for (unsigned long i = 0; i < n; ++i) {
+      const auto t = static_cast<double>(i);
+      p[i] = {t * t, 5.0 - t, 100.0 + t * t * t};
+    }
+    std::vector<POLYNOM3> expected(3 * n);
+    ASSERT_TRUE(CalcCubeSpline3D(p.data(), 24, n, true, expected.data()));
+    for (unsigned long at = 1;; ++at) {
+      std::vector<POLYNOM3> out(3 * n, POLYNOM3{5, 5, 5, 5});
+      bool done = true;
+      bool failed = false;
+      {
+        const TMallocWatch watch(at);
+        done = CalcCubeSpline3D(p.data(), 24, n, true, out.data());
+        failed = watch.Failed();
+        EXPECT_EQ(watch.LiveBlocks(), 0);
+      }
+      ASSERT_EQ(done, !failed) << at;
+      if (!failed) {
+        EXPECT_GT(at, 1u);
+        EXPECT_TRUE(SameBits(&out[0].a, &expected[0].a, 12 * n));
+        break;
+      }
+      for (unsigned long i = 0; i < n; ++i) {
+        EXPECT_EQ(out[i].a, 5.0) << "x has failed with the allocation of number " << at;
+      }
+      EXPECT_TRUE(SameBits(&out[n].a, &expected[n].a, 8 * n)) << at;
+    }
+  }
+}
+
 TEST_F(NumericMemory, SplinesOfPointsThrowWithoutMemoryAndGiveTheirArrayBack) {
   const vec_t_<double, 2> p[5] = {{0, 1}, {1, 3}, {2, 2}, {3, 5}, {4, 4}};
   POLYNOM3 out[4];

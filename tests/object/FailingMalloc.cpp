@@ -48,6 +48,7 @@ extern "C" {
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* block, std::size_t size);
+void* __libc_memalign(std::size_t alignment, std::size_t size);
 void __libc_free(void* block);
 
 } // extern "C"
@@ -110,6 +111,11 @@ void* realloc(void* block, std::size_t size) {
     Count(moved);
   }
   return moved;
+}
+
+// What operator new with an alignment calls.
+void* aligned_alloc(std::size_t alignment, std::size_t size) {
+  return Admit(size) ? Count(__libc_memalign(alignment, size)) : nullptr;
 }
 
 void free(void* block) {

@@ -328,3 +328,59 @@ TEST(TObjectReader, AttributeNamesAreCutAtAZeroByteAndSetBeforeTheValue) {
     EXPECT_EQ(stream.GetPos(), 12);
   });
 }
+
+TEST(TObjectReader, NamesAndTextsEndAtTheirFirstZeroByteWhereverItIs) {
+  std::string kept;
+  for (std::uint32_t length = 0; length <= 31; ++length) {
+    for (std::uint32_t zero = 0; zero <= length; ++zero) {
+      // 0x80 and 0x01 beside a zero are where tests for a zero in a word may err.
+      std::string text;
+      for (std::uint32_t i = 0; i < length; ++i) {
+        text += i == zero || (i == zero + 2 && i % 2 == 0) ? '\0' : i % 2 == 0 ? '\x80' : '\x01';
+      }
+      Bytes bytes;
+      const auto put = [&bytes](const void* data, std::size_t size) {
+        const auto* from = static_cast<const unsigned char*>(data);
+        bytes.insert(bytes.end(), from, from + size);
+        bytes.resize((bytes.size() + 3) / 4 * 4);
+      };
+      const std::uint32_t tag = DATA_TYPE_STRING;
+      put(&length, 4);
+      put(text.data(), length);
+      put(&tag, 4);
+      put(&length, 4);
+      put(text.data(), length);
+      OnBoth(bytes, [&](TObjectReader& reader, TStream& stream) {
+        TVariant value;
+        EXPECT_TRUE(LoadAttribute(&reader, kept, value));
+        EXPECT_EQ(kept, text.substr(0, zero)) << length << " " << zero;
+        EXPECT_EQ(value.GetStringLength(), zero);
+        EXPECT_EQ(std::string(value.GetStringPtr()), text.substr(0, zero));
+        EXPECT_TRUE(stream.IsEOS());
+      });
+    }
+  }
+}
+
+TEST(TObjectReader, ScalarsReadTheirBytesAloneHoweverManyFollow) {
+  const std::uint32_t widths[12] = {0, 1, 1, 1, 2, 2, 4, 4, 8, 8, 4, 8};
+  for (std::uint32_t tag = 1; tag < 12; ++tag) {
+    for (std::size_t follow = 0; follow <= 9; ++follow) {
+      Bytes bytes(4 + widths[tag], 0xA5);
+      std::memcpy(bytes.data(), &tag, 4);
+      bytes.resize(bytes.size() + follow, 0xFF);
+      OnBoth(bytes, [&](TObjectReader& reader, TStream& stream) {
+        TVariant value;
+        std::memset(value.Value, 0x11, sizeof value.Value);
+        EXPECT_TRUE(LoadVariant(&reader, value));
+        EXPECT_EQ(value.Type, tag);
+        EXPECT_EQ(value.Count, 1u);
+        EXPECT_EQ(stream.GetPos(), 4 + static_cast<long>(widths[tag]));
+        for (std::uint32_t i = 0; i < widths[tag]; ++i) {
+          EXPECT_EQ(value.Value[i], tag == DATA_TYPE_BOOL ? 1 : 0xA5) << tag << " " << follow;
+        }
+        EXPECT_EQ(value.Value[widths[tag]], 0x11) << tag << " " << follow;
+      });
+    }
+  }
+}

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
@@ -61,6 +62,18 @@ constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
 
 #undef ZX_BY_FAMILY
 #undef ZX_BY_SIZE
+
+// The slot that no shader fills while there is no texture: whether all records have +0 there, so
+// that scaling and mixing leave it as it is.
+bool IsSpareSlotZero(const TRenderCPU& gl) {
+  if (gl.m_TexUnits[0].TexEnabled) {
+    return true; // all slots are filled
+  }
+  static constexpr TVec4 kZero = {0, 0, 0, 0};
+  return std::all_of(std::begin(gl.m_VarCur), std::end(gl.m_VarCur), [&gl](const auto& record) {
+    return std::memcmp(&record.Slots[gl.m_VarCount - 1], &kZero, sizeof kZero) == 0;
+  });
+}
 
 } // namespace
 
@@ -191,7 +204,8 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   kernels.TransformBatch(gl.m_ModelViewProjection.m, corners * batch.Pitch, &draw->Batch);
   const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
   TShapeClasses a;
-  TShapeClasses b = {0, ~std::uint64_t{0}, 0, 0};
+  TShapeClasses b;
+  b.Outside = ~std::uint64_t{0};
   if (corners == 2) {
     kernels.ClassifyLines(batch, shapes, &a);
   } else {
@@ -202,7 +216,10 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
   }
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
-  std::uint64_t rest = all & ~((a.Outside | a.Culled) & (b.Outside | b.Culled));
+  const std::uint64_t uncut = (a.Outside | a.Culled) & (b.Outside | b.Culled);
+  std::uint64_t beyond =
+      (a.Outside | a.Beyond | a.Culled) & (b.Outside | b.Beyond | b.Culled) & ~uncut & all;
+  std::uint64_t rest = all & ~(uncut | beyond);
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
   // The only trace of culled shapes is the facing of the last of them in the fragment record.
@@ -215,11 +232,21 @@ void TRenderEngine::ReplayShapes(TBatchDraw* draw, int corners, int shapes) {
       gl.m_Fragment.FrontFacing = (((b.Culled & last) != 0 ? b.Front : a.Front) & last) != 0;
     }
   };
-  for (; rest != 0; rest &= rest - 1) {
+  // Cutting a shape mixes the slot that no shader fills, which only shows where it is not zero.
+  const auto drawBeyond = [&](std::uint64_t from) {
+    if ((beyond & from) != 0 && !IsSpareSlotZero(gl)) {
+      rest |= beyond & from;
+      beyond = 0;
+    }
+  };
+  drawBeyond(all);
+  while (rest != 0) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
     DrawBatched(draw, corners, shape, (inside & bit) != 0);
+    rest &= rest - 1;
+    drawBeyond(all & ~(2 * bit - 1));
   }
   recordCulled(all);
 }
@@ -271,7 +298,7 @@ struct TBatchedPoint {
     return true;
   }
   void WriteColor() {
-    const unsigned char* const bytes = Points.Bytes + kPixelBytes * Index;
+    const unsigned char* const bytes = Points.Bytes + kPixelBytes * static_cast<std::size_t>(Index);
     if (Copied) {
       std::memcpy(Color, bytes, kPixelBytes);
     } else {

@@ -28,10 +28,11 @@ struct TPointBatch {
 
 /// How the clip planes and the face mode classify the shapes of a batch: bit s is shape s.
 struct TShapeClasses {
-  std::uint64_t Inside;  ///< within all planes
-  std::uint64_t Outside; ///< draws nothing: see `ClassifyTriangles`
-  std::uint64_t Culled;  ///< inside, and taken out by its face
-  std::uint64_t Front;   ///< of those that are inside, if there is culling
+  std::uint64_t Inside = 0;  ///< within all planes
+  std::uint64_t Outside = 0; ///< dropped by the first plane that doesn't pass it whole
+  std::uint64_t Beyond = 0;  ///< cut by a plane or two, then all pieces dropped by another
+  std::uint64_t Culled = 0;  ///< inside, and taken out by its face
+  std::uint64_t Front = 0;   ///< of those that are inside, if there is culling
 };
 
 /// Which faces are taken out, and which way round the front is.

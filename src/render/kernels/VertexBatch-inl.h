@@ -1,7 +1,8 @@
 // Vertices of an array draw, many at a time: clip positions, planes and faces. Included once for
 // each instruction set.
 //
-// Tested by: tests/render/VertexBatches.cpp (VertexBatches.*)
+// Tested by: tests/render/VertexBatches.cpp (VertexBatches.*), tests/render/ClipOutside.cpp
+// (ClipOutside.*)
 
 #if defined(ZX_RENDER_VERTEXBATCH_INL_H_) == defined(HWY_TARGET_TOGGLE)
 #ifdef ZX_RENDER_VERTEXBATCH_INL_H_
@@ -9,6 +10,8 @@
 #else
 #define ZX_RENDER_VERTEXBATCH_INL_H_
 #endif
+
+#include <algorithm>
 
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
@@ -40,30 +43,29 @@ inline HWY_ATTR void TransformBatch(const double* matrix, int count, TVertexBatc
 
 // The clip planes in the clipper's order, for a shape of kCorners corners.
 template <int kCorners> struct TPlaneWalk {
-  MD Decided; ///< a plane before this one cuts the shape or takes it out
+  MD Whole; ///< no plane so far cuts the shape or takes it out
   MD Outside;
 
-  HWY_INLINE HWY_ATTR void Meet(const MD (&out)[kCorners]) {
-    MD any = out[0];
-    MD all = out[0];
+  HWY_INLINE HWY_ATTR void Meet(const MD (&in)[kCorners]) {
+    MD any = in[0];
+    MD all = in[0];
     for (int c = 1; c < kCorners; ++c) {
-      any = hn::Or(any, out[c]);
-      all = hn::And(all, out[c]);
+      any = hn::Or(any, in[c]);
+      all = hn::And(all, in[c]);
     }
-    Outside = hn::Or(Outside, hn::AndNot(Decided, all));
-    Decided = hn::Or(Decided, any);
+    Outside = hn::Or(Outside, hn::AndNot(any, Whole));
+    Whole = hn::And(Whole, all);
   }
 };
 
 // A shape is outside, here, if the first plane that does not have all of it inside has all of it
 // outside: the planes before that pass it unchanged, and there the clipper drops it. One that an
-// earlier plane cuts is left to the clipper even if all of it lies behind a later plane: rounding
-// could move a new corner across that plane.
+// earlier plane cuts may lie beyond a later plane all the same: see `LiesBeyond`.
 template <int kCorners>
 HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
                                                     const int (&at)[kCorners]) {
   const DD d;
-  TPlaneWalk<kCorners> walk = {NoLanes(DD()), NoLanes(DD())};
+  TPlaneWalk<kCorners> walk = {hn::Not(NoLanes(DD())), NoLanes(DD())};
   VD w[kCorners];
   for (int c = 0; c < kCorners; ++c) {
     w[c] = hn::Load(d, batch.W + at[c]);
@@ -73,13 +75,136 @@ HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
     MD above[kCorners];
     for (int c = 0; c < kCorners; ++c) {
       const VD u = hn::Load(d, axis + at[c]);
-      below[c] = hn::Not(hn::Ge(u, hn::Neg(w[c]))); // a NaN is outside
-      above[c] = hn::Not(hn::Le(u, w[c]));
+      below[c] = hn::Ge(u, hn::Neg(w[c])); // a NaN is outside
+      above[c] = hn::Le(u, w[c]);
     }
     walk.Meet(below);
     walk.Meet(above);
+    if (hn::AllFalse(d, walk.Whole)) {
+      break;
+    }
   }
   return walk;
+}
+
+// Whether two planes cut off the same corner from the others, or leave the same one alone; the
+// signs of the distances tell the sides.
+template <int kCorners>
+HWY_INLINE HWY_ATTR MD SameAlone(const VD (&a)[kCorners], const VD (&b)[kCorners]) {
+  const hn::RebindToSigned<DD> di;
+  VD differs = hn::Zero(DD());
+  for (int c = 1; c < kCorners; ++c) {
+    differs = hn::Or(differs, hn::Xor(hn::Xor(a[0], a[c]), hn::Xor(b[0], b[c])));
+  }
+  return hn::RebindMask(DD(), hn::Not(hn::Lt(hn::BitCast(di, differs), hn::Zero(di))));
+}
+
+// Which shapes lie beyond a plane by a margin, so that the clipper drops all their pieces there at
+// the latest, although one or two planes before cut them.
+//
+// Let d = u + w or w - u be the inside distance of a corner to a plane, S the sum of the magnitudes
+// of all components of the shape's corners, e = 2^-53, m = S/2^20. Required, up to the first plane
+// P at which d < -m for all corners:
+//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes;
+//   2. two planes at most have corners on both sides, and with triangles it is not the same corner
+//      that both cut off from the two others;
+//   3. 2^-900 <= S <= 2^900, so that nothing overflows and what underflows is far below e S.
+// d has one rounding, hence its true sign, which is the clipper's.
+//
+// A cut between o outside and i inside mixes o + (i - o) t, t = N/D. N is |d(o)| but for e S, and
+// the three sums of D err by less than 10 e S from |d(o)| + |d(i)|. So t <= 1 if |d(i)| > 12 e S:
+// N <= D then, and so is the rounded quotient. If o alone is clear, D > 0 and t < 1 + 2^-28, for
+// |d(o)| > m/2. In both cases t >= 0, and the new corner lies on the segment, or past its end by
+// 2^-28 of its length, with another 6 e S of rounding in each component. As d is linear, it leaves
+// the range of the d of o and i by less than S/2^26.
+//
+// One end of each segment that is cut is clear. At the first cut both are corners of the shape. At
+// the second, one end at least is such a corner, except for the segment between the two new ones.
+// These lie on the edges that meet in the corner cut off; by 2. another corner, at the end of one
+// of these edges, is cut off now or alone left, so that one of the two edges lies on one side,
+// clear, and so does its new corner.
+//
+// With two cuts a new corner is thus within S/2^25 of the range of d of the shape's corners. Any
+// plane in between that has these inside has it inside, and P has it outside: m is 32 times that.
+template <int kCorners>
+HWY_INLINE HWY_ATTR MD LiesBeyond(const TVertexBatch& batch, const int (&at)[kCorners]) {
+  const DD d;
+  VD w[kCorners];
+  VD sum = hn::Zero(d);
+  for (int c = 0; c < kCorners; ++c) {
+    w[c] = hn::Load(d, batch.W + at[c]);
+    const VD xy =
+        hn::Add(hn::Abs(hn::Load(d, batch.X + at[c])), hn::Abs(hn::Load(d, batch.Y + at[c])));
+    const VD zw = hn::Add(hn::Abs(hn::Load(d, batch.Z + at[c])), hn::Abs(w[c]));
+    sum = hn::Add(sum, hn::Add(xy, zw));
+  }
+  const VD zero = hn::Zero(d);
+  const VD margin = hn::Mul(sum, hn::Set(d, 0x1p-20));
+  MD open = hn::And(hn::Ge(sum, hn::Set(d, 0x1p-900)), hn::Le(sum, hn::Set(d, 0x1p900)));
+  MD beyond = NoLanes(DD());
+  MD once = NoLanes(DD());
+  MD twice = NoLanes(DD());
+  VD first[kCorners]; // at the first cut, the sign tells on which side a corner is
+  std::fill_n(first, kCorners, zero);
+  const auto meet = [&](const VD(&distance)[kCorners]) HWY_ATTR {
+    VD least = distance[0];
+    VD most = distance[0];
+    VD nearest = hn::Abs(distance[0]);
+    for (int c = 1; c < kCorners; ++c) {
+      least = hn::Min(least, distance[c]);
+      most = hn::Max(most, distance[c]);
+      nearest = hn::Min(nearest, hn::Abs(distance[c]));
+    }
+    const MD clear = hn::And(open, hn::Gt(nearest, margin));
+    const MD out = hn::Lt(most, zero);
+    beyond = hn::Or(beyond, hn::And(clear, out));
+    open = hn::AndNot(out, clear);
+    const MD cut = hn::AndNot(hn::Gt(least, zero), open);
+    const MD again = hn::And(cut, once);
+    if (!hn::AllFalse(d, again)) {
+      open = hn::AndNot(hn::And(again, twice), open);
+      if (kCorners == 3) {
+        open = hn::AndNot(hn::And(again, SameAlone(distance, first)), open);
+      }
+      twice = hn::Or(twice, again);
+    }
+    const MD begins = hn::AndNot(once, cut);
+    for (int c = 0; c < kCorners; ++c) {
+      first[c] = hn::IfThenElse(begins, distance[c], first[c]);
+    }
+    once = hn::Or(once, cut);
+  };
+  for (const double* const axis : {batch.X, batch.Y, batch.Z}) {
+    VD below[kCorners];
+    VD above[kCorners];
+    for (int c = 0; c < kCorners; ++c) {
+      const VD u = hn::Load(d, axis + at[c]);
+      below[c] = hn::Add(w[c], u);
+      above[c] = hn::Sub(w[c], u);
+    }
+    meet(below);
+    meet(above);
+    if (hn::AllFalse(d, open)) {
+      break;
+    }
+  }
+  return beyond;
+}
+
+// Adds the shapes of one vector, from s on, to the classes; returns those inside, bit 0 being s.
+template <int kCorners>
+HWY_INLINE HWY_ATTR std::uint64_t AddClasses(const TVertexBatch& batch, const int (&at)[kCorners],
+                                             int s, TShapeClasses* out) {
+  const TPlaneWalk<kCorners> walk = WalkPlanes(batch, at);
+  const std::uint64_t group = FirstBits(kLanes);
+  const std::uint64_t outside = BitsOfMask(DD(), walk.Outside);
+  const std::uint64_t inside = BitsOfMask(DD(), walk.Whole);
+  out->Outside |= outside << s;
+  out->Inside |= inside << s;
+  if ((outside | inside) != group) {
+    out->Beyond |= (BitsOfMask(DD(), LiesBeyond(batch, at)) & ~(outside | inside)) << s;
+  }
+  return inside;
 }
 
 // Whether triangles face the front: the area's sign by the steps of rasterisation in their order.
@@ -101,16 +226,13 @@ HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3],
 // Classifies the first `count` triangles, whose corners are three columns of the batch.
 inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&corners)[3],
                                        int count, const TCulling& culling, TShapeClasses* out) {
-  *out = {0, 0, 0, 0};
+  *out = {};
   for (int s = 0; s < count; s += kLanes) {
     const int at[3] = {corners[0] * batch.Pitch + s, corners[1] * batch.Pitch + s,
                        corners[2] * batch.Pitch + s};
-    const TPlaneWalk<3> walk = WalkPlanes(batch, at);
-    const std::uint64_t group = FirstBits(kLanes);
-    const std::uint64_t inside = BitsOfMask(DD(), walk.Decided) ^ group;
-    out->Outside |= BitsOfMask(DD(), walk.Outside) << s;
-    out->Inside |= inside << s;
+    const std::uint64_t inside = AddClasses(batch, at, s, out);
     if ((culling.Front || culling.Back) && inside != 0) {
+      const std::uint64_t group = FirstBits(kLanes);
       const std::uint64_t front = BitsOfMask(DD(), FacesFront(batch, at, culling.FrontCCW));
       const std::uint64_t culled = (culling.Front ? front : 0) | (culling.Back ? front ^ group : 0);
       out->Front |= front << s;
@@ -120,13 +242,10 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
 }
 
 inline HWY_ATTR void ClassifyLines(const TVertexBatch& batch, int count, TShapeClasses* out) {
-  *out = {0, 0, 0, 0};
+  *out = {};
   for (int s = 0; s < count; s += kLanes) {
     const int at[2] = {s, batch.Pitch + s};
-    const TPlaneWalk<2> walk = WalkPlanes(batch, at);
-    const std::uint64_t group = FirstBits(kLanes);
-    out->Outside |= BitsOfMask(DD(), walk.Outside) << s;
-    out->Inside |= (BitsOfMask(DD(), walk.Decided) ^ group) << s;
+    AddClasses(batch, at, s, out);
   }
 }
 

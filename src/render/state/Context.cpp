@@ -34,7 +34,7 @@ static TRenderCPU::TLight DefaultLight(bool first) {
   return light;
 }
 
-static constexpr TRenderCPU::TMaterial s_DefaultMaterial = {
+static constexpr TRenderCPU::TMaterial kDefaultMaterial = {
     {0.2, 0.2, 0.2, 1}, {0.8, 0.8, 0.8, 1}, {0, 0, 0, 1}, {0, 0, 0, 1}, 0};
 
 TRenderCPU::TRenderCPU()
@@ -46,7 +46,7 @@ TRenderCPU::TRenderCPU()
       m_ShadeModel(GL_SMOOTH), m_Fragment{{0, 0, 0, 0}, 0, 0, true, 0.0f}, m_ModelView(g_M4Ed),
       m_Projection(g_M4Ed), m_ModelViewProjection(g_M4Ed), m_Fog{GL_EXP, 1, 0, 1, {0, 0, 0, 0}},
       m_ColorMaterialFace(GL_FRONT_AND_BACK), m_ColorMaterialMode(GL_AMBIENT_AND_DIFFUSE),
-      m_MaterialFront(s_DefaultMaterial), m_MaterialBack(s_DefaultMaterial), m_DepthCompare(Less1f),
+      m_MaterialFront(kDefaultMaterial), m_MaterialBack(kDefaultMaterial), m_DepthCompare(Less1f),
       m_DepthFunc(GL_LESS), m_Engine(nullptr) {
   for (unsigned int i = 0; i < kLights; ++i) {
     m_Lights[i] = DefaultLight(i == 0);

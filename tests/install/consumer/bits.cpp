@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int s_Rounds = 20000;
+constexpr int kRounds = 20000;
 int s_Differences = 0;
 
 template <class T> bool SameBits(const T* a, const T* b, int count) {
@@ -51,7 +51,7 @@ template <class T> void Fill(T* values, int count) {
 }
 
 template <class T, std::size_t N> void Vectors() {
-  for (int round = 0; round < s_Rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     vec_t_<T, N> a, b;
     Fill(&a[0], N), Fill(&b[0], N);
     const T sum = DotOf(&a[0], &b[0], N);
@@ -70,7 +70,7 @@ template <class T> vec_t_<T, 3> CrossOf(const vec_t_<T, 3>& a, const vec_t_<T, 3
 }
 
 template <class T> void CrossAndPlane() {
-  for (int round = 0; round < s_Rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     vec_t_<T, 3> p, q, r;
     Fill(&p.x, 3), Fill(&q.x, 3), Fill(&r.x, 3);
     const vec_t_<T, 3> product = cross(p, q);
@@ -87,7 +87,7 @@ template <class T> void CrossAndPlane() {
 /// The planes that the library itself makes from corners.
 void Frusta() {
   constexpr int triples[6][3] = {{0, 4, 5}, {1, 2, 5}, {0, 1, 4}, {2, 3, 6}, {0, 3, 1}, {4, 5, 7}};
-  for (int round = 0; round < s_Rounds / 10; ++round) {
+  for (int round = 0; round < kRounds / 10; ++round) {
     vec_t_<double, 3> corners[8];
     for (vec_t_<double, 3>& corner : corners) {
       Fill(&corner.x, 3);
@@ -110,7 +110,7 @@ void Matrices() {
     return;
   }
   gl.MatrixMode(GL_MODELVIEW);
-  for (int round = 0; round < s_Rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     MAT4<double> before, factor, product;
     Fill(before.m, 16), Fill(factor.m, 16);
     gl.LoadMatrixd(before.m);
@@ -135,7 +135,7 @@ void Matrices() {
 
 /// Whether these flags do make one rounding of two: without it nothing above could fail.
 bool FlagsContract() {
-  for (int round = 0; round < s_Rounds; ++round) {
+  for (int round = 0; round < kRounds; ++round) {
     double v[4];
     Fill(v, 4);
     const double own = OwnSum(v);
