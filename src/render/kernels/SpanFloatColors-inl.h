@@ -138,8 +138,9 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
     floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
-    if (((job.Primitive.ConstMask | job.Primitive.TintMask) >> i & 1u) != 0) {
-      floats->Begin[i] = job.Primitive.Tint[i];
+    const bool tinted = (job.Primitive.TintMask >> i & 1u) != 0;
+    if (tinted || (job.Primitive.ConstMask >> i & 1u) != 0) {
+      floats->Begin[i] = tinted ? job.Primitive.Tint[i] : 0.0f;
       floats->Delta[i] = 0.0f;
     }
   }

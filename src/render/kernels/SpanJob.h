@@ -109,15 +109,16 @@ struct TDrawState {
 /// Texel coordinates of one axis that need neither signs nor borders: those from 0 to below a
 /// limit.
 struct TTexelRange {
-  double Limit = 0.0;         ///< where `Mask` alone wraps
-  double PeriodLimit = 0.0;   ///< where `Period` wraps as well
-  double Period = 0.0;        ///< of repeats that are no power of two; else 0
-  double InversePeriod = 0.0; ///< 1 / Period, rounded
-  std::uint32_t Mask = 0;
-  std::uint32_t Last = 0; ///< the texel whose neighbour is not the next
+  double Limit;         ///< where `Mask` alone wraps
+  double PeriodLimit;   ///< where `Period` wraps as well
+  double Period;        ///< of repeats that are no power of two; else 0
+  double InversePeriod; ///< 1 / Period, rounded
+  std::uint32_t Mask;
+  std::uint32_t Last; ///< the texel whose neighbour is not the next
 };
 
 /// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
+/// What is read under a condition alone has no value before that holds.
 struct TPrimitive {
   const vec_t_<double, 4>* Vertex[3] = {}; ///< of a line the last two are the same
   TPrimitiveKind Kind = TPrimitiveKind::Triangle;
@@ -135,7 +136,7 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  TTexelRange RangeX;
+  TTexelRange RangeX; ///< with byte texels
   TTexelRange RangeY;
 
   // --- Colour
@@ -145,7 +146,7 @@ struct TPrimitive {
   std::uint32_t ConstColor = 0;
   double ChannelBound = 0.0;  ///< of SpanFloatColors-inl.h; 0: not in single precision
   std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the nearest texel, rounded
-  float Tint[4] = {};
+  float Tint[4];              ///< of those channels
 
   bool HasConstColor() const { return ConstMask == kAllChannels; }
 };
