@@ -32,7 +32,7 @@ template <TShortColors kColors> HWY_INLINE std::uint32_t ConstMaskOf(const TSpan
   return kColors == TShortColors::Any ? job.Primitive.ConstMask & kAlphaOnly : kAlphaOnly;
 }
 
-inline HWY_ATTR TCondition UnmetByShortRows(const TSpanJob& job, const TRowSlots& slots) {
+inline HWY_ATTR TCondition UnmetByShortRows(const TSpanJob& job) {
   const TDrawState& draw = job.Draw;
   const TPrimitive& primitive = job.Primitive;
   ZX_RETURN_FIRST_UNMET(ZX_SHORT_ROW_CONDITIONS);
@@ -285,7 +285,7 @@ struct TShortRowKernel {
 };
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
-  if (!job.Meets(UnmetByShortRows(job, slots))) {
+  if (!job.Meets(UnmetByShortRows(job))) {
     return {};
   }
   const bool useFloats = job.Meets(UnmetByFloatShortRows(job));
