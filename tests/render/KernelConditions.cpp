@@ -454,23 +454,12 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::ShortRowsUntextured, kShort, Short, Texture);
   add(C::ShortRowsNoStencil, kShort, Short, StencilTest);
   add(C::ShortRowsOverwrites, kShort, Short, Blend);
-  add(
-      C::ShortRowsNoSecondary, kShort,
-      [](TRenderCPU& gl, TShape& shape) {
-        Short(gl, shape);
-        shape.S[0] = shape.S[1] = shape.T = 0;
-        gl.Enable(GL_LIGHTING);
-        UseVertexShader<TSecondaryShader>(gl, 2);
-      },
-      [](TRenderCPU&, TShape& shape) { shape.S[1] = 0.1; });
   add(C::ShortRowsNoOffset, kShort, Short,
       [](TRenderCPU& gl, TShape&) { gl.EnablePolygonOffsetFill(true); });
   add(C::ShortRowsTestsAndWrites, kShort, shortWithDepth,
       [](TRenderCPU& gl, TShape&) { gl.DepthMask(0); });
   add(C::ShortRowsNearer, kShort, shortWithDepth,
       [](TRenderCPU& gl, TShape&) { gl.DepthFunc(GL_GREATER); });
-  add(C::ShortRowsChannels, kShort, Short,
-      [](TRenderCPU&, TShape& shape) { shape.Colors[1][0] = shape.Colors[0][0]; });
   add(C::FloatShortRowsChannelBound, TKernel::FloatShortRows, ShortWithPerspective,
       [](TRenderCPU&, TShape& shape) { shape.Colors[1][0] = 2; });
   add(C::FloatShortRowsPerspective, TKernel::FloatShortRows, ShortWithPerspective,

@@ -6,6 +6,7 @@
 #include <functional>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -181,14 +182,66 @@ TEST_F(SpanBytes, TexelsOnTheEdgeOfAByte) {
   }
 }
 
+// Colours that are the same at all corners, over texels of every byte: where a product of the two
+// lies between two bytes, or so near to it that only the rounding of each pixel decides.
+TEST_F(SpanBytes, ConstantColoursOverEveryByte) {
+  std::vector<unsigned char> texels(256 * 4);
+  for (std::size_t i = 0; i < texels.size(); ++i) {
+    texels[i] = static_cast<unsigned char>(i / 4 * (2 * (i % 4) + 1)); // each channel in its order
+  }
+  std::vector<double> channels = {0.0, 1e-310, 1e-9, 0.5, 0.9, 0.9f, 128.0 / 255.0, 1.0};
+  for (const auto& [k, b] : {std::pair{4, 5}, {31, 35}, {0, 1}, {0, 255}, {127, 255}, {253, 254}}) {
+    const double between = (k + 0.5) / b;
+    channels.insert(channels.end(),
+                    {between, std::nextafter(between, 0.0), std::nextafter(between, 1.0)});
+    for (const double part : {1e-14, 1e-12, 1e-10, 9e-10, 1.1e-9, 1e-7}) {
+      channels.insert(channels.end(), {between * (1 - part), between * (1 + part)});
+    }
+  }
+  for (std::size_t i = 0; i < channels.size(); ++i) {
+    for (const double far : {1.0, 1.0000001, 3.0, 60.0, 65536.0}) {
+      for (const bool all : {false, true}) {
+        const double c = channels[i];
+        const double other = channels[(i + 5) % channels.size()];
+        const TCorner corners[4] = {{-1, -1, 1, all ? c : 0.3, other, c, c, 0, 0},
+                                    {1, -1, far, all ? c : 0.7, other, c, c, 3, 0},
+                                    {1, 1, far, all ? c : 0.1, other, c, c, 3, 1.5},
+                                    {-1, 1, 1, all ? c : 0.9, other, c, c, 0, 1.5}};
+        Expect("channel " + std::to_string(i) + " w " + std::to_string(far), [&](TRenderCPU& gl) {
+          SetTexture(gl, 16, 16, GL_NEAREST);
+          gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 16, 16, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                        texels.data());
+          DrawQuad(gl, corners);
+        });
+      }
+    }
+  }
+}
+
 TEST_F(SpanBytes, CoordinatesOfAllKinds) {
   constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP, GL_CLAMP_TO_BORDER, GL_CLAMP_TO_EDGE};
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   constexpr double kInf = std::numeric_limits<double>::infinity();
-  constexpr double kRanges[][2] = {{0, 1},    {0.25, 0.75},    {-1, 1},      {-3, -1},    {-2, -2},
-                                   {1, 1},    {0, 1048576},    {1e5, 1e6},   {-1e6, 1e6}, {0, 1e9},
-                                   {0, 1e20}, {-1e300, 1e300}, {-5e-324, 0}, {-1e-20, 0}, {0, kInf},
-                                   {kNaN, 1}, {65535, 65537}};
+  constexpr double kRanges[][2] = {{0, 1},
+                                   {0.25, 0.75},
+                                   {-1, 1},
+                                   {-3, -1},
+                                   {-2, -2},
+                                   {1, 1},
+                                   {0, 1048576},
+                                   {1e5, 1e6},
+                                   {-1e6, 1e6},
+                                   {0, 1e9},
+                                   {0, 1e20},
+                                   {-1e300, 1e300},
+                                   {-5e-324, 0},
+                                   {-1e-20, 0},
+                                   {0, kInf},
+                                   {kNaN, 1},
+                                   {65535, 65537},
+                                   // the last repeats below 2^20 texels of 3 and of 33
+                                   {349524, 349526},
+                                   {31774, 31776}};
   for (const unsigned int filter : {unsigned{GL_NEAREST}, unsigned{GL_LINEAR}}) {
     for (const int size : {1, 2, 3, 16, 33}) {
       for (const unsigned int wrap : kWraps) {

@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "LevelTest.h"
+#include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace {
@@ -37,8 +38,9 @@ protected:
 
 struct TLook {
   bool Perspective;
-  int Alpha;          ///< 0: 1 throughout, 1: another number throughout, 2: running
-  int Colour;         ///< 0: within 0 to 1, 1: beyond, 2: some no numbers
+  int Alpha; ///< 0: 1 throughout, 1: another number throughout, 2: running
+  /// 0: within 0 to 1, 1: beyond, 2: some no numbers, 3: one for each triangle, 4: one red for each
+  int Colour;
   unsigned int Depth; ///< 0: off
   bool Write;
 };
@@ -61,7 +63,8 @@ public:
                               zx_test::Clip(y + next(0, side), kHeight) * w, z};
         Positions.insert(Positions.end(), at, at + 3);
         for (int c = 0; c < 4; ++c) {
-          Colors.push_back(Channel(look, c, next));
+          const bool same = k != 0 && (look.Colour == 3 || (look.Colour == 4 && c == 0));
+          Colors.push_back(same ? Colors[Colors.size() - 4] : Channel(look, c, next));
         }
       }
     }
@@ -71,6 +74,7 @@ public:
     gl.Begin(GL_TRIANGLES);
     for (std::size_t i = 0; i < Positions.size() / 3; ++i) {
       gl.Color4dv(&Colors[4 * i]);
+      gl.TexCoord3d(Colors[4 * i + 1], Colors[4 * i + 2] - 0.5, Colors[4 * i]);
       gl.Vertex3dv(&Positions[3 * i]);
     }
     gl.End();
@@ -89,7 +93,8 @@ private:
     if (channel == 3 && look.Alpha < 2) {
       return look.Alpha == 0 ? 1.0 : 0.3;
     }
-    const double value = look.Colour == 0 ? next(0, 1) : next(-1, 2);
+    const bool inside = look.Colour != 1 && look.Colour != 2;
+    const double value = inside ? next(0, 1) : next(-1, 2);
     return look.Colour == 2 && value > 1.9 ? std::numeric_limits<double>::quiet_NaN() : value;
   }
 
@@ -97,27 +102,61 @@ private:
   std::vector<double> Colors;
 };
 
+// Passes a colour and, as the secondary colour, the texture coordinate.
+class TSecondaryShader : public zx_test::TPassVertexShader {
+public:
+  TSecondaryShader() : TPassVertexShader(3) {}
+  void Begin() override {
+    TPassVertexShader::Begin();
+    m_Render->m_VarTexCoord = -1;
+    m_Render->m_VarSecondary = 2;
+  }
+};
+
+void SetLook(TRenderCPU& gl, const TLook& look) {
+  if (look.Perspective) { // w is z, and depth runs from z - 1
+    constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 1, 0, 0, -1, 0};
+    gl.MatrixMode(GL_PROJECTION);
+    gl.LoadMatrixd(kDepthIsW);
+  }
+  gl.EnableDepthTest(look.Depth != 0);
+  if (look.Depth != 0) {
+    gl.DepthFunc(look.Depth);
+  }
+  gl.DepthMask(look.Write ? 1 : 0);
+}
+
+constexpr unsigned int kDepths[] = {0, GL_LESS, GL_LEQUAL, GL_GREATER, GL_NOTEQUAL};
+
+// A secondary colour of each sign, which is added to all channels but alpha.
+TEST_F(SpanRows, SecondaryColours) {
+  for (const double side : {1.5, 9.0, 30.0, 140.0}) {
+    for (int i = 0; i < 2 * 3 * 5 * 3; ++i) {
+      const TLook look = {i % 2 != 0, i / 2 % 3, i / 6 % 5, kDepths[i / 30 % 3], i / 30 != 0};
+      const TShapes shapes(40, side, look);
+      Expect("side " + std::to_string(side) + ", look " + std::to_string(i), [&](TRenderCPU& gl) {
+        SetLook(gl, look);
+        gl.Enable(GL_LIGHTING);
+        const zx_test::THeld<TSecondaryShader> shader;
+        const zx_test::THeld<Zx3D::TProgramCPU> program;
+        program->SetShaderV(shader.Get());
+        gl.SetProgram(program.Get());
+        shapes.ByVertex(gl);
+      });
+    }
+  }
+}
+
 TEST_F(SpanRows, TrianglesOfEverySizeAndLook) {
-  constexpr unsigned int kDepths[] = {0, GL_LESS, GL_LEQUAL, GL_GREATER, GL_NOTEQUAL};
   for (const double side : {1.5, 5.0, 9.0, 17.0, 30.0, 140.0}) {
-    for (int i = 0; i < 2 * 3 * 3 * 5 * 2; ++i) {
-      const TLook look = {i % 2 != 0, i / 2 % 3, i / 6 % 3, kDepths[i / 18 % 5], i / 90 != 0};
+    for (int i = 0; i < 2 * 3 * 5 * 5 * 2; ++i) {
+      const TLook look = {i % 2 != 0, i / 2 % 3, i / 6 % 5, kDepths[i / 30 % 5], i / 150 != 0};
       const TShapes shapes(40, side, look);
       for (const bool arrays : {false, true}) {
         Expect("side " + std::to_string(side) + ", look " + std::to_string(i) +
                    (arrays ? ", arrays" : ""),
                [&](TRenderCPU& gl) {
-                 if (look.Perspective) { // w is z, and depth runs from z - 1
-                   constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0,  0,
-                                                     0, 0, 1, 1, 0, 0, -1, 0};
-                   gl.MatrixMode(GL_PROJECTION);
-                   gl.LoadMatrixd(kDepthIsW);
-                 }
-                 gl.EnableDepthTest(look.Depth != 0);
-                 if (look.Depth != 0) {
-                   gl.DepthFunc(look.Depth);
-                 }
-                 gl.DepthMask(look.Write ? 1 : 0);
+                 SetLook(gl, look);
                  arrays ? shapes.ByArrays(gl) : shapes.ByVertex(gl);
                });
       }

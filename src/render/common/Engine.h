@@ -51,6 +51,12 @@ struct TDeferredFragment {
   TRenderCPU::VAR_DATA Vertex[3] = {};
 };
 
+/// The factor of a nearest texel by channel, as found for the channel's last constant value.
+struct TKnownTints {
+  double Channel[4] = {-1, -1, -1, -1};
+  float Tint[4] = {-1, -1, -1, -1};
+};
+
 /// What stands behind a context's pointer: what the rooms of the renderer call of each other, and
 /// what they keep beside the state that hosts see. A context's own members are read as `gl.m_...`.
 struct TRenderEngine {
@@ -188,11 +194,12 @@ struct TRenderEngine {
   TCondition SetUpTargets(TDrawState* draw) const;
   void SetUpOutput(TDrawState* draw) const;
   TCondition SetUpDepthStencil(TDrawState* draw) const;
-  TCondition SetUpPrimitive(TPrimitive* primitive) const;
+  TCondition SetUpPrimitive(TPrimitive* primitive);
   void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
   void ResolveFragment();
 
+  TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;
   TSpanJob* DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
 

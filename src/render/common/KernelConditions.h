@@ -73,12 +73,9 @@
   X(ShortRows,       Untextured,      primitive.Texels == TTexelSource::None,                 "texels are fetched for whole runs") \
   X(ShortRows,       NoStencil,       !draw.StencilTest,                                      "kernels are built for the most common state alone") \
   X(ShortRows,       Overwrites,      !draw.ReadsColor(),                                     "as NoStencil") \
-  X(ShortRows,       NoSecondary,     slots.Secondary < 0,                                    "as NoStencil") \
   X(ShortRows,       NoOffset,        !primitive.AddOffset,                                   "as NoStencil") \
   X(ShortRows,       TestsAndWrites,  draw.DepthTest == draw.DepthWrite,                      "as NoStencil") \
-  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil") \
-  X(ShortRows,       Channels,        primitive.ConstMask == 0 || \
-                                      primitive.ConstMask == kAlphaOnly,                      "as NoStencil")
+  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil")
 
 #define ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
   X(FloatShortRows,  ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
@@ -97,10 +94,9 @@
 
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
-  X(InRange,         WithinLimits,    IsWithin(u, primitive.InRangeWidth, \
-                                               v, primitive.InRangeHeight),                   "the general wrap handles signs, borders and odd sizes") \
+  X(InRange,         WithinLimits,    IsWithin(u, limitU, v, limitV),                         "the general wrap handles signs and borders") \
   X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
-                                      AreNeighbours(x, primitive.MaskX),                      "two texels are fetched in one load")
+                                      AreNeighbours(x, primitive.RangeX),                     "two texels are fetched in one load")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -156,14 +152,17 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 
-inline constexpr int kShortPixels = 8;            ///< of a short row: more gain by set-up for long ones
+inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
+inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
+inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
 inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
-/// Fallbacks after which a row gives up float colours: a row between two bytes would pay twice.
-inline constexpr int FallbackBudget(int pixels) { return 3 + pixels / 64; }
+/// Channels of groups that fall back before a row gives up float colours: a row between two bytes
+/// would pay twice.
+inline constexpr int FallbackBudget(int pixels) { return 4 * (3 + pixels / 64); }
 
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping

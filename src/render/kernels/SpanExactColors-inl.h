@@ -10,6 +10,8 @@
 #define ZX_RENDER_SPANEXACTCOLORS_INL_H_
 #endif
 
+#include <bit>
+
 #include <ZxCore3D/render/kernels/SpanFloatColors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -25,6 +27,12 @@ HWY_INLINE HWY_ATTR VU ChannelByte(VD value, bool clamp) {
   }
   const VD scaled = hn::Add(hn::Mul(value, hn::Set(d, 255.0)), hn::Set(d, 0.5));
   return hn::BitCast(DU(), hn::DemoteTo(DI(), scaled));
+}
+
+// The bytes of a set of channels, all ones.
+inline std::uint32_t BytesOf(std::uint32_t channels) {
+  return (channels & 1 ? 0x000000FFu : 0) | (channels & 2 ? 0x0000FF00u : 0) |
+         (channels & 4 ? 0x00FF0000u : 0) | (channels & 8 ? 0xFF000000u : 0);
 }
 
 // Source over destination: each channel (dst * (255 - a) + src * a) / 255, truncated, in two pairs
@@ -55,10 +63,7 @@ HWY_INLINE HWY_ATTR hn::Vec<D> OutputColors(D d, const TDrawState& draw, hn::Vec
     packed = Blended(d, packed, before);
   }
   if (draw.ColorMask != kAllChannels) {
-    const std::uint32_t bytes =
-        (draw.ColorMask & 1 ? 0x000000FFu : 0) | (draw.ColorMask & 2 ? 0x0000FF00u : 0) |
-        (draw.ColorMask & 4 ? 0x00FF0000u : 0) | (draw.ColorMask & 8 ? 0xFF000000u : 0);
-    const auto kept = hn::Set(d, bytes);
+    const auto kept = hn::Set(d, BytesOf(draw.ColorMask));
     packed = hn::Or(hn::And(packed, kept), hn::AndNot(kept, before));
   }
   return packed;
@@ -76,7 +81,7 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int
     }
     return ChannelByte(value, job.Primitive.Clamp);
   };
-  return PackChannels(DU(), constMask, job.Primitive.ConstColor, byteOf);
+  return PackChannels(DU(), constMask, hn::Set(DU(), job.Primitive.ConstColor), byteOf);
 }
 
 // The fragment shader's colours as packed bytes, operation by operation in double. With P the
@@ -86,10 +91,11 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int
 //     GL_MODULATE        P T + S
 //     GL_REPLACE         T
 //
-// each limited to 0 to 1; S is not added to alpha.
+// each limited to 0 to 1; S is not added to alpha. With a texture only `channels` are computed, the
+// others are those of `packed`.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                   VD t) {
+                                   VD t, std::uint32_t channels, VU packed) {
   if constexpr (kTexels == TTexelSource::None) {
     return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
                                          job.Primitive.ConstMask, t);
@@ -99,15 +105,18 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
     TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
-        return NearestTexels(job.Primitive.Sampler, s, u);
+        return NearestTexels(job, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
-        return LinearTexels(job.Primitive.Sampler, s, u);
+        return LinearTexels(job, channels, s, u);
       } else {
         return SampledTexels(job.Primitive.Sampler, s, u);
       }
     }();
     VD* const channel = texels.Channel;
     for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
+      if ((channels >> i & 1u) == 0) {
+        continue;
+      }
       channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
       if (slots.Secondary >= 0 && i < 3) {
         channel[i] =
@@ -116,18 +125,20 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
     }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
     const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
-    return PackChannels(DU(), 0, 0, [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
+    const std::uint32_t others = kAllChannels & ~channels;
+    return PackChannels(DU(), others, hn::And(packed, hn::Set(DU(), BytesOf(others))),
+                        [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
   }
 }
 
-// The exact colours of a group whose rounding test failed, out of line.
+// The exact channels of a group whose rounding tests failed, the others from `packed`; out of line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlots& slots,
-                                             const TRow& row, VD t) {
-  // A row whose values all lie between two bytes would pay for both paths: its budget shrinks.
-  --row.Floats->FallbackBudget;
+                                             const TRow& row, VD t, std::uint32_t channels,
+                                             VU packed) {
+  row.Floats->FallbackBudget -= std::popcount(channels);
   job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t, channels, packed);
 }
 
 // The fragment shader's colours as packed bytes.
@@ -142,24 +153,25 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
   }
   if constexpr (kTexels != TTexelSource::Sampler) {
     if (row.HasFloats()) {
-      bool sure = false;
+      std::uint32_t unsure = kAllChannels;
       if constexpr (kTexels == TTexelSource::None) {
         MI all = AllLanes(DI());
         packed = UntexturedBytes<kPerspective>(DF(), job, slots, *row.Floats, hn::DemoteTo(DF(), t),
                                                &all);
-        sure = hn::AllTrue(DI(), all);
+        unsure = hn::AllTrue(DI(), all) ? 0 : kAllChannels;
       } else {
         TFetchedTexels ready;
-        sure = FetchTexelsAt<kTexels, kPerspective>(job, slots, row, t, &ready) &&
-               TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats, ready, &packed);
+        if (FetchTexelsAt<kTexels, kPerspective>(job, slots, row, t, &ready)) {
+          unsure = TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats, ready, &packed);
+        }
       }
-      if (HWY_LIKELY(sure)) {
+      if (HWY_LIKELY(unsure == 0)) {
         return packed;
       }
-      return ExactFallbackColors<kTexels, kPerspective>(job, slots, row, t);
+      return ExactFallbackColors<kTexels, kPerspective>(job, slots, row, t, unsure, packed);
     }
   }
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t);
+  return ExactColors<kTexels, kPerspective>(job, slots, row, t, kAllChannels, packed);
 }
 
 // The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.

@@ -47,11 +47,10 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PerspectiveAt(D d, hn::TFromD<D> begin, hn::TFrom
   }
 }
 
-// Packed pixels: `color`, with the bytes that `byteOf` gives for the channels outside `mask`.
+// Packed pixels: `packed`, with the bytes that `byteOf` gives for the channels outside `mask`.
 template <class D, class TByteOf>
-HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D d, std::uint32_t mask, std::uint32_t color,
+HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> packed,
                                             const TByteOf& byteOf) {
-  hn::Vec<D> packed = hn::Set(d, color);
   const auto put = [&](int i, auto shift) HWY_ATTR {
     if (HWY_LIKELY((mask >> i & 1u) == 0)) {
       packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
@@ -139,8 +138,9 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
     floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
-      floats->Begin[i] = 0.0f;
+    const bool tinted = (job.Primitive.TintMask >> i & 1u) != 0;
+    if (tinted || (job.Primitive.ConstMask >> i & 1u) != 0) {
+      floats->Begin[i] = tinted ? job.Primitive.Tint[i] : 0.0f;
       floats->Delta[i] = 0.0f;
     }
   }
@@ -169,6 +169,9 @@ inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& 
   floats->FallbackBudget = FallbackBudget(PixelsOf(row));
   const TMarginTerms margin = MarginTermsOf(job);
   floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
+  for (int i = 0; i < 4; ++i) {
+    floats->ChannelMargins[i] = (primitive.TintMask >> i & 1u) != 0 ? 0.0f : floats->Margin;
+  }
   return TCondition::None;
 }
 
@@ -215,11 +218,10 @@ HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, con
           Interpolated<kPerspective>(b, m, t.High, q.High)};
 }
 
-// The bytes of channels in 0 to 255; false if one of them fails the rounding test.
-HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float margin,
-                                             VU* packed) {
+// The bytes of channels in 0 to 255. Returns the set of channels that fail the rounding test.
+HWY_INLINE HWY_ATTR std::uint32_t BytesByRoundingTest(TChannels value, bool clamp, VFF by,
+                                                      VU* packed) {
   const DFF d;
-  const VFF by = hn::Set(d, margin);
   MFI sure = AllLanes(DFI());
   const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
   const VFU high = ByteByRoundingTest(d, value.High, clamp, by, &sure);
@@ -227,7 +229,12 @@ HWY_INLINE HWY_ATTR bool BytesByRoundingTest(TChannels value, bool clamp, float 
   const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
                                  hn::TruncateTo(half, low));
   *packed = hn::BitCast(DU(), bytes);
-  return hn::AllTrue(DFI(), sure);
+  if (HWY_LIKELY(hn::AllTrue(DFI(), sure))) {
+    return 0;
+  }
+  std::uint64_t unsure = ~BitsOfMask(DFI(), sure) & FirstBits(kFloatLanes);
+  unsure |= unsure >> 8;
+  return static_cast<std::uint32_t>((unsure | unsure >> 4) & kAllChannels);
 }
 
 // --- Texels
@@ -261,19 +268,19 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
     }
   }
   if constexpr (kTexels == TTexelSource::Nearest) {
-    return job.Meets(FetchInRangeNearest(job, across, along, &ready->Nearest)) ||
-           FetchWrappedNearest(*job.Primitive.Sampler, across, along, &ready->Nearest);
+    return job.Meets(FetchInRangeNearest<false>(job, across, along, &ready->Nearest)) ||
+           FetchWrappedNearest(job, across, along, &ready->Nearest);
   } else {
-    return job.Meets(FetchInRangePairs(job, across, along, &ready->Pairs)) ||
-           FetchWrappedPairs(*job.Primitive.Sampler, across, along, &ready->Pairs);
+    return job.Meets(FetchInRangePairs<false>(job, across, along, &ready->Pairs)) ||
+           FetchWrappedPairs(job, across, along, &ready->Pairs);
   }
 }
 
 // Mixes four texels of each pixel, by the steps of the sampler.
 HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
   const DU du;
-  const TChannels fu = Spread(texels.FractionU);
-  const TChannels fv = Spread(texels.FractionV);
+  const TChannels fu = Spread(hn::DemoteTo(DF(), texels.FractionU));
+  const TChannels fv = Spread(hn::DemoteTo(DF(), texels.FractionV));
   const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
   const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
   const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
@@ -284,23 +291,29 @@ HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
                 fv.High)};
 }
 
-// Packed colours of textured pixels; false where a rounding test fails.
+// Packed colours of textured pixels. Returns the set of channels that fail the rounding test.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                       const TRowFloats& floats, const TFetchedTexels& ready,
-                                       VU* packed) {
+HWY_INLINE HWY_ATTR std::uint32_t TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                                const TRowFloats& floats,
+                                                const TFetchedTexels& ready, VU* packed) {
   if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
     // place, even after multiplication by an interpolated 1 that is off by as much.
     *packed = ready.Nearest;
-    return true;
+    return 0;
   }
+  const VFF margins = hn::LoadDup128(DFF(), floats.ChannelMargins);
   TChannels value =
       kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
   if (job.Primitive.UsesVertexColor) {
     const TChannels t = Spread(ready.T);
     const TChannels q = kPerspective ? Spread(ready.Q) : t;
-    const TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
+    TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
+    if (kPerspective && job.Primitive.TintMask != 0) {
+      const VFF begin = hn::LoadDup128(DFF(), floats.Begin);
+      const auto same = hn::Eq(margins, hn::Zero(DFF()));
+      tint = {hn::IfThenElse(same, begin, tint.Low), hn::IfThenElse(same, begin, tint.High)};
+    }
     value = {hn::Mul(value.Low, tint.Low), hn::Mul(value.High, tint.High)};
     if (slots.Secondary >= 0) {
       const TChannels sum =
@@ -308,7 +321,7 @@ HWY_INLINE HWY_ATTR bool TexturedBytes(const TSpanJob& job, const TRowSlots& slo
       value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
     }
   }
-  return BytesByRoundingTest(value, job.Primitive.Clamp, floats.Margin, packed);
+  return BytesByRoundingTest(value, job.Primitive.Clamp, margins, packed);
 }
 
 // --- Without a texture, channel by channel
@@ -325,7 +338,7 @@ PackFloatBytes(D d, const TPrimitive& primitive, std::uint32_t constMask, float 
     const auto byte = ByteByRoundingTest(d, valueOf(i), primitive.Clamp, by, sure);
     return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
   };
-  return PackChannels(du, constMask, primitive.ConstColor, byteOf);
+  return PackChannels(du, constMask, hn::Set(du, primitive.ConstColor), byteOf);
 }
 
 // The same of pixels of a row at t.

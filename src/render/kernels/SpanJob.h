@@ -108,7 +108,19 @@ struct TDrawState {
   bool UsesDepth() const { return DepthTest || DepthWrite; }
 };
 
+/// Texel coordinates of one axis that need neither signs nor borders: those from 0 to below a
+/// limit.
+struct TTexelRange {
+  double Limit;         ///< where `Mask` alone wraps
+  double PeriodLimit;   ///< where `Period` wraps as well
+  double Period;        ///< of repeats that are no power of two; else 0
+  double InversePeriod; ///< 1 / Period, rounded
+  std::uint32_t Mask;
+  std::uint32_t Last; ///< the texel whose neighbour is not the next
+};
+
 /// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
+/// What is read under a condition alone has no value before that holds.
 struct TPrimitive {
   const vec_t_<double, 4>* Vertex[3] = {}; ///< of a line the last two are the same
   TPrimitiveKind Kind = TPrimitiveKind::Triangle;
@@ -126,18 +138,17 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  double InRangeWidth =
-      0.0; ///< texel coordinates from 0 to below this are wrapped by `MaskX` alone
-  double InRangeHeight = 0.0;
-  std::uint32_t MaskX = 0;
-  std::uint32_t MaskY = 0;
+  TTexelRange RangeX; ///< with byte texels
+  TTexelRange RangeY;
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
   bool UsesVertexColor = true; ///< bytes depend on the interpolated colours, not on texels alone
   std::uint32_t ConstMask = 0; ///< the channels that have the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor = 0;
-  double ChannelBound = 0.0; ///< of SpanFloatColors-inl.h; 0: not in single precision
+  double ChannelBound = 0.0;  ///< of SpanFloatColors-inl.h; 0: not in single precision
+  std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the nearest texel, rounded
+  float Tint[4];              ///< of those channels
 
   bool HasConstColor() const { return ConstMask == kAllChannels; }
 };

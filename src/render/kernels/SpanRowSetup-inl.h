@@ -36,7 +36,8 @@ struct TRowSlots {
 
 inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
   TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
-  const std::pair<int, int*> wanted[] = {{job.Primitive.ColorSlot, &slots.Color},
+  const bool readsColor = job.Primitive.RecordColor || !job.Primitive.HasConstColor();
+  const std::pair<int, int*> wanted[] = {{readsColor ? job.Primitive.ColorSlot : -1, &slots.Color},
                                          {job.Primitive.SecondarySlot, &slots.Secondary},
                                          {job.Primitive.TexSlot, &slots.Tex}};
   static_assert(1 + std::size(wanted) <= kMaxSlots);
@@ -64,7 +65,8 @@ struct TRowFloats {
   float WBegin;
   float WDelta;
   float Margin;
-  int FallbackBudget; ///< fallbacks left before the row takes the exact path
+  alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
+  int FallbackBudget; ///< channels that may still fall back before the row takes the exact path
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.

@@ -33,7 +33,7 @@ HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots
   for (int k = 0; k < kFloatLanes; k += kLanes) {
     if ((unsure >> k & FirstBits(kLanes)) != 0) {
       const VU exact = ExactFallbackColors<TTexelSource::None, kPerspective>(
-          job, slots, row, ColumnParameter(row, x + k));
+          job, slots, row, ColumnParameter(row, x + k), kAllChannels, hn::Zero(DU()));
       hn::Store(exact, DU(), colors + k);
     }
   }
@@ -95,10 +95,13 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
       continue;
     }
     VU colors = hn::Zero(DU());
-    if (HWY_UNLIKELY((unsure >> i & FirstBits(kLanes)) != 0 ||
-                     (!TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats,
-                                                            ready[i / kLanes], &colors)))) {
-      colors = ExactFallbackColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i));
+    const std::uint32_t channels = (unsure >> i & FirstBits(kLanes)) != 0
+                                       ? kAllChannels
+                                       : TexturedBytes<kTexels, kPerspective>(
+                                             job, slots, *row.Floats, ready[i / kLanes], &colors);
+    if (HWY_UNLIKELY(channels != 0)) {
+      colors = ExactFallbackColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, t + i),
+                                                          channels, colors);
     }
     hn::Store(colors, DU(), packed + i);
   }

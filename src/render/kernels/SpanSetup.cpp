@@ -206,6 +206,44 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
   }
 }
 
+// A factor f with which f b, in floats, rounds to the byte of a texel's byte b under the channel c,
+// for all b; negative if there is none.
+//
+// That byte is k(b) = floor(b c + 0.5), unless b c lies so near to k + 0.5 that the exact path's
+// rounding decides. What that path loses is at most 60 * 2^-53 * kMaxSteadyRatio of b c, below
+// kTintMargin: where c keeps this distance from all (k +- 0.5) / b, the bytes are those. Two of
+// these quotients are the same or 1 / (2 * 255^2) apart, hence from the middle of the interval
+// around c to its ends there is more than floats lose in two roundings.
+float TintOf(double c) {
+  double low = -1.0;
+  double high = 2.0;
+  for (int b = 1; b < 256; ++b) {
+    const double k = static_cast<int>(b * c + 0.5);
+    low = std::max(low, (k - 0.5) / b);
+    high = std::min(high, (k + 0.5) / b);
+  }
+  const bool isApart = low < c - kTintMargin * c && c + kTintMargin * c < high;
+  return isApart ? static_cast<float>(0.5 * (low + high)) : -1.0f;
+}
+
+// Channels of a nearest texel that are one factor times the texel, as those of a texture that is
+// faded as a whole. `known` is what was found for the last triangles.
+void SetUpTints(unsigned int unit, TKnownTints* known, TPrimitive* primitive) {
+  const TVec4& first = primitive->Vertex[0][primitive->ColorSlot];
+  unsigned int same = unit & SameBits(primitive->Vertex, primitive->ColorSlot);
+  for (; same != 0; same &= same - 1) {
+    const auto i = static_cast<std::size_t>(std::countr_zero(same));
+    if (known->Channel[i] != first[i]) {
+      known->Channel[i] = first[i];
+      known->Tint[i] = TintOf(first[i]);
+    }
+    if (known->Tint[i] >= 0.0f) {
+      primitive->TintMask |= 1u << i;
+      primitive->Tint[i] = known->Tint[i];
+    }
+  }
+}
+
 // --- Texture
 
 using TSampler = TRenderCPU::TTexSampler;
@@ -220,17 +258,18 @@ bool HasSmallOffsets(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
-// The range of texel coordinates that a mask alone wraps. A linear filter reads one texel further,
-// which the mask brings back.
-void SetInRangeLimit(std::uint32_t wrap, int size, bool linear, double* range,
-                     std::uint32_t* mask) {
-  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
-    *range = kInRangeRepeat;
-    *mask = static_cast<std::uint32_t>(size - 1);
-  } else {
-    *range = size - (linear ? 1 : 0);
-    *mask = 0xFFFFFFFFu;
+// The texel coordinates of an axis that are wrapped in few operations. A linear filter reads one
+// texel further, which a repeat brings back.
+TTexelRange TexelRangeOf(std::uint32_t wrap, int size, bool linear) {
+  const auto last = static_cast<std::uint32_t>(size - 1);
+  const double limit = size - (linear ? 1 : 0);
+  if (wrap != GL_REPEAT) {
+    return {limit, limit, 0.0, 0.0, ~0u, ~0u};
   }
+  if ((size & (size - 1)) == 0) {
+    return {kInRangeRepeat, kInRangeRepeat, 0.0, 0.0, last, last};
+  }
+  return {limit, kInRangeRepeat, static_cast<double>(size), 1.0 / size, ~0u, last};
 }
 
 // Finds whether kernels read the texels themselves.
@@ -241,10 +280,8 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
-  SetInRangeLimit(sampler.m_WrapS, surface->Width, linear, &primitive->InRangeWidth,
-                  &primitive->MaskX);
-  SetInRangeLimit(sampler.m_WrapT, surface->Height, linear, &primitive->InRangeHeight,
-                  &primitive->MaskY);
+  primitive->RangeX = TexelRangeOf(sampler.m_WrapS, surface->Width, linear);
+  primitive->RangeY = TexelRangeOf(sampler.m_WrapT, surface->Height, linear);
   return TCondition::None;
 }
 
@@ -331,7 +368,7 @@ TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
 
 // Set-up of one primitive, whose vertices have window coordinates and slots as they are before
 // perspective scales them.
-TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
+TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   TPrimitive& primitive = *out;
   const TVertices& v = primitive.Vertex;
   const auto [color, secondary] = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
@@ -369,11 +406,17 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) const {
   const unsigned int unitChannels = UnitBits(v, color);
   const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
-  if (steady && !textured && primitive.SecondarySlot < 0) {
-    SetUpConstantChannels(unitChannels, &primitive);
+  // A secondary colour is not added to alpha.
+  const unsigned int lone = primitive.SecondarySlot < 0 ? unitChannels : unitChannels & kAlphaOnly;
+  if (steady && !textured) {
+    SetUpConstantChannels(lone, &primitive);
   }
   if (Meets(counters, SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
+    if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
+        WidthOf(v) >= kMinTintWidth) {
+      SetUpTints(lone, &KnownTints, &primitive);
+    }
   }
   return TCondition::None;
 }

@@ -19,8 +19,20 @@ namespace Zx3D {
 namespace HWY_NAMESPACE {
 
 enum class TShortDepth { None, Less, LessOrEqual };
+// The channels that vary: any, all but alpha, without a secondary colour, or none.
+enum class TShortColors { Any, ConstAlpha, Const };
 
-inline HWY_ATTR TCondition UnmetByShortRows(const TSpanJob& job, const TRowSlots& slots) {
+template <TShortColors kColors> HWY_INLINE int SecondaryOf(const TRowSlots& slots) {
+  return kColors == TShortColors::Any ? slots.Secondary : -1;
+}
+
+// The constant channels that are not computed. Single ones other than alpha are: they come to the
+// byte that `ConstColor` has.
+template <TShortColors kColors> HWY_INLINE std::uint32_t ConstMaskOf(const TSpanJob& job) {
+  return kColors == TShortColors::Any ? job.Primitive.ConstMask & kAlphaOnly : kAlphaOnly;
+}
+
+inline HWY_ATTR TCondition UnmetByShortRows(const TSpanJob& job) {
   const TDrawState& draw = job.Draw;
   const TPrimitive& primitive = job.Primitive;
   ZX_RETURN_FIRST_UNMET(ZX_SHORT_ROW_CONDITIONS);
@@ -51,10 +63,21 @@ HWY_INLINE HWY_ATTR void StoreShortColors(const TSpanJob& job, const TRow& row, 
                    job.Draw.Color.At<std::uint32_t>(x, row.Y));
 }
 
+template <bool kPerspective, TShortColors kColors>
+HWY_INLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRow& row, VD t) {
+  if constexpr (kColors == TShortColors::Const) {
+    return hn::Set(DU(), job.Primitive.ConstColor);
+  } else {
+    return ExactUntextured<kPerspective>(job, row, slots.Color, SecondaryOf<kColors>(slots),
+                                         ConstMaskOf<kColors>(job), t);
+  }
+}
+
 // Draws a group of a row, up to a vector of pixels. Returns those that were shaded, as bits.
-template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
-HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, int place, const TRow& row,
-                                                 int x) {
+template <bool kPerspective, TShortColors kColors, TShortDepth kDepth>
+HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, const TRowSlots& slots,
+                                                 const TRow& row, int x) {
   const DI di;
   const DF df;
   const VD t = ColumnParameter(row, x);
@@ -65,9 +88,8 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, int place,
   }
   const std::uint64_t bits = BitsOfMask(di, pass);
   if (bits != 0) {
-    StoreShortColors(
-        job, row, x,
-        ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0, t), pass);
+    StoreShortColors(job, row, x, ExactShortColors<kPerspective, kColors>(job, slots, row, t),
+                     pass);
   }
   return bits;
 }
@@ -75,13 +97,14 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawShortGroup(const TSpanJob& job, int place,
 // --- Without a division of doubles a pixel, with the proofs of SpanDepthStencil-inl.h and
 // SpanFloatColors-inl.h
 
-// Inputs of each row: red, green, blue, alpha and 1/w in float, the margins of bytes and depths,
-// and the reciprocal of the row's width.
+// Inputs of each row: red, green, blue, alpha, the secondary colour and 1/w in float, the margins
+// of bytes and depths, and the reciprocal of the row's width.
 struct TFloatRows {
-  static constexpr int kW = 4;
+  static constexpr int kSecondary = 4;
+  static constexpr int kW = 7;
 
-  HWY_ALIGN float Begin[5][kLanes];
-  HWY_ALIGN float Delta[5][kLanes];
+  HWY_ALIGN float Begin[8][kLanes];
+  HWY_ALIGN float Delta[8][kLanes];
   HWY_ALIGN float Margin[kLanes];
   HWY_ALIGN double Inverse[kLanes];
   HWY_ALIGN double DepthMargin[kLanes];
@@ -92,7 +115,7 @@ HWY_INLINE HWY_ATTR VD Unsure(hn::Mask<DD> unsure, VD margin) {
   return hn::IfThenElse(unsure, hn::Set(DD(), 1e30), margin);
 }
 
-template <bool kPerspective, bool kConstAlpha>
+template <bool kPerspective, TShortColors kColors>
 HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slots,
                                       const TRows& rows, TFloatRows* floats) {
   const DD d;
@@ -103,8 +126,11 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
     hn::Store(hn::DemoteTo(df, hn::Mul(hn::Load(d, rows.Begin[place]), by)), df, floats->Begin[i]);
     hn::Store(hn::DemoteTo(df, hn::Mul(hn::Load(d, rows.Delta[place]), by)), df, floats->Delta[i]);
   };
-  for (int i = 0; i < (kConstAlpha ? 3 : 4); ++i) {
+  for (int i = 0; i < ((ConstMaskOf<kColors>(job) & kAlphaOnly) != 0 ? 3 : 4); ++i) {
     setFloats(slots.Color + i, 255.0, i);
+  }
+  for (int i = 0; i < 3 && SecondaryOf<kColors>(slots) >= 0; ++i) {
+    setFloats(slots.Secondary + i, 255.0, TFloatRows::kSecondary + i);
   }
   VD ratio = one;
   if constexpr (kPerspective) {
@@ -126,32 +152,39 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
 }
 
 // Packed colours in float; `sure` loses the pixels whose rounding test fails.
-template <bool kPerspective, bool kConstAlpha>
-HWY_INLINE HWY_ATTR VU FloatShort(const TSpanJob& job, const TFloatRows& rows, int lane, VF t,
-                                  MI* sure) {
+template <bool kPerspective, TShortColors kColors>
+HWY_INLINE HWY_ATTR VU FloatShort(const TSpanJob& job, const TRowSlots& slots,
+                                  const TFloatRows& rows, int lane, VF t, MI* sure) {
   constexpr int kW = TFloatRows::kW;
   const DF df;
   const VF q = PerspectiveAt<kPerspective>(df, rows.Begin[kW][lane], rows.Delta[kW][lane], t);
-  const auto valueOf = [&](int i) HWY_ATTR {
+  const auto interpolated = [&](int i) HWY_ATTR {
     return Interpolated<kPerspective>(hn::Set(df, rows.Begin[i][lane]),
                                       hn::Set(df, rows.Delta[i][lane]), t, q);
   };
-  return PackFloatBytes(df, job.Primitive, kConstAlpha ? kAlphaOnly : 0, rows.Margin[lane], valueOf,
+  const auto valueOf = [&](int i) HWY_ATTR {
+    const VF value = interpolated(i);
+    return SecondaryOf<kColors>(slots) >= 0 && i < 3
+               ? hn::Add(value, interpolated(TFloatRows::kSecondary + i))
+               : value;
+  };
+  return PackFloatBytes(df, job.Primitive, ConstMaskOf<kColors>(job), rows.Margin[lane], valueOf,
                         sure);
 }
 
-template <bool kPerspective, bool kConstAlpha>
-HWY_NOINLINE HWY_ATTR VU ExactShortColors(const TSpanJob& job, int place, const TRow& row, int x) {
+template <bool kPerspective, TShortColors kColors>
+HWY_NOINLINE HWY_ATTR VU ExactShortFallback(const TSpanJob& job, const TRowSlots& slots,
+                                            const TRow& row, int x) {
   job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactUntextured<kPerspective>(job, row, place, -1, kConstAlpha ? kAlphaOnly : 0,
-                                       ColumnParameter(row, x));
+  return ExactShortColors<kPerspective, kColors>(job, slots, row, ColumnParameter(row, x));
 }
 
 // Draws a group of a row in float where the rounding tests allow. Returns the pixels that were
 // shaded, as bits.
-template <bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
-HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, int place, const TRow& row,
-                                                 const TFloatRows& floats, int lane, int x) {
+template <bool kPerspective, TShortColors kColors, TShortDepth kDepth>
+HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, const TRowSlots& slots,
+                                                 const TRow& row, const TFloatRows& floats,
+                                                 int lane, int x) {
   const DD d;
   const DI di;
   const DF df;
@@ -172,9 +205,9 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, int place,
   if (bits != 0) {
     MI sure = pass;
     VU packed =
-        FloatShort<kPerspective, kConstAlpha>(job, floats, lane, hn::DemoteTo(df, t), &sure);
+        FloatShort<kPerspective, kColors>(job, slots, floats, lane, hn::DemoteTo(df, t), &sure);
     if (HWY_UNLIKELY(BitsOfMask(di, sure) != bits)) {
-      packed = ExactShortColors<kPerspective, kConstAlpha>(job, place, row, x);
+      packed = ExactShortFallback<kPerspective, kColors>(job, slots, row, x);
     }
     StoreShortColors(job, row, x, packed, pass);
   }
@@ -184,14 +217,13 @@ HWY_INLINE HWY_ATTR std::uint64_t DrawFloatGroup(const TSpanJob& job, int place,
 // --- Rows
 
 // Draws rows that were set up together, all of them short.
-template <bool kFloat, bool kPerspective, bool kConstAlpha, TShortDepth kDepth>
+template <bool kFloat, bool kPerspective, TShortColors kColors, TShortDepth kDepth>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, std::uint64_t covered, int start,
                                          TLastPixels* last) {
-  const int place = slots.Color;
   TFloatRows floats;
   if constexpr (kFloat) {
-    SetFloatRows<kPerspective, kConstAlpha>(job, slots, rows, &floats);
+    SetFloatRows<kPerspective, kColors>(job, slots, rows, &floats);
   }
   int shadedLane = -1;
   int shadedX = 0;
@@ -200,12 +232,12 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
     const int lane = FirstBit(rest);
     const TRow row = rows.At(lane);
     int x = row.First;
-    do { // one group is all where a vector holds a short row
+    do {
       std::uint64_t bits = 0;
       if constexpr (kFloat) {
-        bits = DrawFloatGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, floats, lane, x);
+        bits = DrawFloatGroup<kPerspective, kColors, kDepth>(job, slots, row, floats, lane, x);
       } else {
-        bits = DrawShortGroup<kPerspective, kConstAlpha, kDepth>(job, place, row, x);
+        bits = DrawShortGroup<kPerspective, kColors, kDepth>(job, slots, row, x);
       }
       if (bits != 0) {
         shadedLane = lane;
@@ -213,7 +245,7 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
         shadedBits = bits;
       }
       x += kLanes;
-    } while ((kFloat || kLanes < kShortPixels) && x <= row.Last);
+    } while (x <= row.Last);
   }
   const int lane = LastBit(covered);
   last->DepthTested = {start, lane, rows.Last[lane]};
@@ -225,19 +257,25 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
 using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                 std::uint64_t covered, int start, TLastPixels* last);
 
-template <bool kFloat, bool kPerspective, bool kConstAlpha>
+template <bool kFloat, bool kPerspective, TShortColors kColors>
 inline constexpr TDrawShortRows kShortRowKernelsByDepth[3] = {
-    DrawShortRows<kFloat, kPerspective, kConstAlpha, TShortDepth::None>,
-    DrawShortRows<kFloat, kPerspective, kConstAlpha, TShortDepth::Less>,
-    DrawShortRows<kFloat, kPerspective, kConstAlpha, TShortDepth::LessOrEqual>,
+    DrawShortRows<kFloat, kPerspective, kColors, TShortDepth::None>,
+    DrawShortRows<kFloat, kPerspective, kColors, TShortDepth::Less>,
+    DrawShortRows<kFloat, kPerspective, kColors, TShortDepth::LessOrEqual>,
 };
 
-// By float colours, perspective and constant alpha; then by the depth test.
-inline constexpr const TDrawShortRows* kShortRowKernels[2][2][2] = {
-    {{kShortRowKernelsByDepth<false, false, false>, kShortRowKernelsByDepth<false, false, true>},
-     {kShortRowKernelsByDepth<false, true, false>, kShortRowKernelsByDepth<false, true, true>}},
-    {{kShortRowKernelsByDepth<true, false, false>, kShortRowKernelsByDepth<true, false, true>},
-     {kShortRowKernelsByDepth<true, true, false>, kShortRowKernelsByDepth<true, true, true>}},
+// By the channels that vary; then by the depth test.
+template <bool kFloat, bool kPerspective>
+inline constexpr const TDrawShortRows* kShortRowKernelsByColors[3] = {
+    kShortRowKernelsByDepth<kFloat, kPerspective, TShortColors::Any>,
+    kShortRowKernelsByDepth<kFloat, kPerspective, TShortColors::ConstAlpha>,
+    kShortRowKernelsByDepth<false, false, TShortColors::Const>,
+};
+
+// By float colours and perspective.
+inline constexpr const TDrawShortRows* const* kShortRowKernels[2][2] = {
+    {kShortRowKernelsByColors<false, false>, kShortRowKernelsByColors<false, true>},
+    {kShortRowKernelsByColors<true, false>, kShortRowKernelsByColors<true, true>},
 };
 
 struct TShortRowKernel {
@@ -247,13 +285,14 @@ struct TShortRowKernel {
 };
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
-  if (!job.Meets(UnmetByShortRows(job, slots))) {
+  if (!job.Meets(UnmetByShortRows(job))) {
     return {};
   }
   const bool useFloats = job.Meets(UnmetByFloatShortRows(job));
+  const bool constAlpha = (job.Primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;
+  const int colors = job.Primitive.HasConstColor() ? 2 : constAlpha ? 1 : 0;
   const int depth = !job.Draw.DepthTest ? 0 : job.Draw.DepthFunc == TCompare::Less ? 1 : 2;
-  return {kShortRowKernels[useFloats ? 1 : 0][job.Primitive.Perspective ? 1 : 0]
-                          [job.Primitive.ConstMask != 0 ? 1 : 0][depth],
+  return {kShortRowKernels[useFloats ? 1 : 0][job.Primitive.Perspective ? 1 : 0][colors][depth],
           useFloats ? kShortFloatPixels : kShortPixels,
           useFloats ? TKernel::FloatShortRows : TKernel::ShortRows};
 }

@@ -10,6 +10,8 @@
 #define ZX_RENDER_SPANTEXELS_INL_H_
 #endif
 
+#include <type_traits>
+
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
@@ -147,17 +149,6 @@ HWY_INLINE HWY_ATTR bool FetchNearest(const TRenderCPU::TTexSampler& sampler, VD
   return true;
 }
 
-HWY_INLINE HWY_ATTR TTexels NearestTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
-  VU packed = hn::Zero(DU());
-  MI outside = NoLanes(DI());
-  if (!FetchNearest(*sampler, s, t, &packed, &outside)) {
-    return SampledTexels(sampler, s, t);
-  }
-  TTexels texels = UnpackTexels(packed);
-  PutBorder(*sampler, outside, &texels);
-  return texels;
-}
-
 // --- Linear
 
 // The indices of each pixel's four texels, and the fractions that mix them.
@@ -205,7 +196,163 @@ HWY_INLINE HWY_ATTR VD MixVectors(VD c00, VD c10, VD c01, VD c11, VD fu, VD fv) 
   return hn::Add(hn::Mul(hn::Sub(b, a), fv), a);
 }
 
-HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
+// --- Packed, for float colours
+
+using DU2 = hn::Repartition<std::uint32_t, DD>;
+
+// The four texels of each pixel, those to the left and those to the right, the lower ones in the
+// low halves; and how they are mixed.
+struct TTexelPairs {
+  hn::Vec<DU2> Left, Right;
+  VD FractionU, FractionV;
+
+  HWY_INLINE HWY_ATTR TTexelPairs() {}
+};
+
+// Indices of whole numbers within a range, as bits. (i + 1/2) / n is at least 1 / 2n from an
+// integer, which is more than rounding moves it by as long as i and n are below 2^21: its floor is
+// how often n goes into i.
+template <bool kPeriods> HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, const TTexelRange& range) {
+  const DD d;
+  const DU64 du;
+  if (kPeriods && range.Period != 0.0) {
+    const VD place = hn::Mul(hn::Add(whole, hn::Set(d, 0.5)), hn::Set(d, range.InversePeriod));
+    whole = hn::Sub(whole, hn::Mul(hn::Floor(place), hn::Set(d, range.Period)));
+  }
+  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kWholeDoubles))),
+                 hn::Set(du, std::uint64_t{range.Mask}));
+}
+
+HWY_INLINE HWY_ATTR bool IsWithin(VD u, double limitU, VD v, double limitV) {
+  const DD d;
+  const VD zero = hn::Zero(d);
+  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, limitU))),
+                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, limitV)))));
+}
+
+// Whether the texel after x is the next in memory.
+HWY_INLINE HWY_ATTR bool AreNeighbours(VU64 x, const TTexelRange& range) {
+  const DU64 du;
+  return hn::AllFalse(du, hn::Eq(x, hn::Set(du, std::uint64_t{range.Last})));
+}
+
+HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
+  const DU2 du;
+  return hn::MulEven(hn::BitCast(du, j),
+                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
+}
+
+inline bool HasPeriods(const TSpanJob& job) {
+  return job.Primitive.RangeX.Period != 0.0 || job.Primitive.RangeY.Period != 0.0;
+}
+
+// Whether a load from as many addresses as a vector has lanes is one instruction.
+inline constexpr bool kGathers = ZX_HAS_GATHERS;
+
+// Texels within the ranges of a primitive.
+template <bool kPeriods>
+HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  constexpr TTexelSource kTexels = TTexelSource::Nearest;
+  const DD d;
+  const TPrimitive& primitive = job.Primitive;
+  const double limitU = kPeriods ? primitive.RangeX.PeriodLimit : primitive.RangeX.Limit;
+  const double limitV = kPeriods ? primitive.RangeY.PeriodLimit : primitive.RangeY.Limit;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
+  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
+  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
+  const VU64 x = WholeIndex<kPeriods>(hn::Floor(u), primitive.RangeX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const VU64 y = WholeIndex<kPeriods>(hn::Floor(v), primitive.RangeY);
+  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y));
+  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+  return TCondition::None;
+}
+
+// The same for four texels where the two of each row are neighbours, fetched in one load.
+template <bool kPeriods>
+HWY_INLINE HWY_ATTR TCondition FetchInRangePairs(const TSpanJob& job, VD s, VD t,
+                                                 TTexelPairs* pairs) {
+  constexpr TTexelSource kTexels = TTexelSource::Linear;
+  const DD d;
+  const DU64 du64;
+  const DU2 du;
+  const VD half = hn::Set(d, 0.5);
+  const TPrimitive& primitive = job.Primitive;
+  const double limitU = kPeriods ? primitive.RangeX.PeriodLimit : primitive.RangeX.Limit;
+  const double limitV = kPeriods ? primitive.RangeY.PeriodLimit : primitive.RangeY.Limit;
+  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
+  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
+  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
+  const VD left = hn::Floor(u);
+  const VD bottom = hn::Floor(v);
+  const VU64 x = WholeIndex<kPeriods>(left, primitive.RangeX);
+  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+  const VU64 across = hn::ShiftLeft<2>(x);
+  const auto fetch = [&](VD row) HWY_ATTR {
+    const VU64 offset =
+        hn::Add(across, RowOffset(surface, WholeIndex<kPeriods>(row, primitive.RangeY)));
+    return hn::BitCast(du,
+                       hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+  };
+  const auto low = fetch(bottom);
+  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
+  pairs->Left = hn::ConcatEven(du, high, low);
+  pairs->Right = hn::ConcatOdd(du, high, low);
+  pairs->FractionU = hn::Sub(u, left);
+  pairs->FractionV = hn::Sub(v, bottom);
+  return TCondition::None;
+}
+
+// Texels by the general wrap. False where an index does not fit or a border shows.
+HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
+  if (HasPeriods(job) && FetchInRangeNearest<true>(job, s, t, texels) == TCondition::None) {
+    return true;
+  }
+  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
+  MI outside = NoLanes(DI());
+  return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
+}
+
+HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
+  if (HasPeriods(job) && FetchInRangePairs<true>(job, s, t, pairs) == TCondition::None) {
+    return true;
+  }
+  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
+  TLinearPlaces at;
+  if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
+    return false;
+  }
+  const DU2 du;
+  const DATASURFACE& surface = *sampler.m_Surface;
+  pairs->Left =
+      hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
+  pairs->Right =
+      hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
+  pairs->FractionU = at.FractionU;
+  pairs->FractionV = at.FractionV;
+  return true;
+}
+
+// --- In double, for exact colours
+
+HWY_INLINE HWY_ATTR TTexels NearestTexels(const TSpanJob& job, VD s, VD t) {
+  TRenderCPU::TTexSampler* const sampler = job.Primitive.Sampler;
+  VU packed = hn::Zero(DU());
+  MI outside = NoLanes(DI());
+  if (FetchInRangeNearest<false>(job, s, t, &packed) != TCondition::None &&
+      !FetchNearest(*sampler, s, t, &packed, &outside)) {
+    return SampledTexels(sampler, s, t);
+  }
+  TTexels texels = UnpackTexels(packed);
+  PutBorder(*sampler, outside, &texels);
+  return texels;
+}
+
+HWY_NOINLINE HWY_ATTR TTexels WrappedLinearTexels(TRenderCPU::TTexSampler* sampler, VD s, VD t) {
   TLinearPlaces at;
   if (!FindLinear(*sampler, s, t, &at)) {
     return SampledTexels(sampler, s, t);
@@ -228,122 +375,27 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(TRenderCPU::TTexSampler* sampler, VD s,
   return c00;
 }
 
-// --- Packed, for float colours
-
-using DU2 = hn::Repartition<std::uint32_t, DD>;
-
-// The four texels of each pixel, those to the left and those to the right, the lower ones in the
-// low halves; and how they are mixed.
-struct TTexelPairs {
-  hn::Vec<DU2> Left, Right;
-  VF FractionU, FractionV;
-
-  HWY_INLINE HWY_ATTR TTexelPairs() {}
-};
-
-// Texels by the general wrap. False where an index does not fit or a border shows.
-HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
-                                               VU* texels) {
-  MI outside = NoLanes(DI());
-  return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
-}
-
-HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
-                                             TTexelPairs* pairs) {
-  TLinearPlaces at;
-  if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
-    return false;
+// The texels' channels in a set; others are 0.
+HWY_INLINE HWY_ATTR TTexels LinearTexels(const TSpanJob& job, std::uint32_t channels, VD s, VD t) {
+  const DU du;
+  TTexelPairs pairs;
+  if (FetchInRangePairs<false>(job, s, t, &pairs) != TCondition::None) {
+    return WrappedLinearTexels(job.Primitive.Sampler, s, t);
   }
-  const DU2 du;
-  const DATASURFACE& surface = *sampler.m_Surface;
-  pairs->Left =
-      hn::Combine(du, FetchTexels(surface, at.X0, at.Y1), FetchTexels(surface, at.X0, at.Y0));
-  pairs->Right =
-      hn::Combine(du, FetchTexels(surface, at.X1, at.Y1), FetchTexels(surface, at.X1, at.Y0));
-  pairs->FractionU = hn::DemoteTo(DF(), at.FractionU);
-  pairs->FractionV = hn::DemoteTo(DF(), at.FractionV);
-  return true;
-}
-
-// Whole numbers below 2^52, as bits, of which a mask keeps the lowest.
-HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, std::uint32_t mask) {
-  const DD d;
-  const DU64 du;
-  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kWholeDoubles))),
-                 hn::Set(du, std::uint64_t{mask}));
-}
-
-HWY_INLINE HWY_ATTR bool IsWithin(VD u, double limitU, VD v, double limitV) {
-  const DD d;
-  const VD zero = hn::Zero(d);
-  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, limitU))),
-                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, limitV)))));
-}
-
-// Whether the texel after x is the next in memory.
-HWY_INLINE HWY_ATTR bool AreNeighbours(VU64 x, std::uint32_t mask) {
-  const DU64 du;
-  return hn::AllFalse(du, hn::Eq(x, hn::Set(du, std::uint64_t{mask})));
-}
-
-HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
-  const DU2 du;
-  return hn::MulEven(hn::BitCast(du, j),
-                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
-}
-
-// Whether a load from as many addresses as a vector has lanes is one instruction.
-inline constexpr bool kGathers = ZX_HAS_GATHERS;
-
-// Texels in the range that a mask alone wraps.
-HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
-  constexpr TTexelSource kTexels = TTexelSource::Nearest;
-  const DD d;
-  const TPrimitive& primitive = job.Primitive;
-  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
-  const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
-  const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
-  const VU64 x = WholeIndex(hn::Floor(u), primitive.MaskX);
-  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
-  const DATASURFACE& surface = *sampler.m_Surface;
-  const VU64 y = WholeIndex(hn::Floor(v), primitive.MaskY);
-  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y));
-  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
-                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
-  return TCondition::None;
-}
-
-// The same for four texels where the two of each row are neighbours, fetched in one load.
-HWY_INLINE HWY_ATTR TCondition FetchInRangePairs(const TSpanJob& job, VD s, VD t,
-                                                 TTexelPairs* pairs) {
-  constexpr TTexelSource kTexels = TTexelSource::Linear;
-  const DD d;
-  const DU64 du64;
-  const DU2 du;
-  const VD half = hn::Set(d, 0.5);
-  const TPrimitive& primitive = job.Primitive;
-  const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
-  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
-  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
-  const VD left = hn::Floor(u);
-  const VD bottom = hn::Floor(v);
-  const VU64 x = WholeIndex(left, primitive.MaskX);
-  ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
-  const DATASURFACE& surface = *sampler.m_Surface;
-  const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
-  const VU64 across = hn::ShiftLeft<2>(x);
-  const auto fetch = [&](VD row) HWY_ATTR {
-    const VU64 offset = hn::Add(across, RowOffset(surface, WholeIndex(row, primitive.MaskY)));
-    return hn::BitCast(du,
-                       hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+  const VU c00 = hn::LowerHalf(du, pairs.Left);
+  const VU c10 = hn::LowerHalf(du, pairs.Right);
+  const VU c01 = hn::UpperHalf(du, pairs.Left);
+  const VU c11 = hn::UpperHalf(du, pairs.Right);
+  const auto mixed = [&](auto shift) HWY_ATTR {
+    constexpr int kShift = decltype(shift)::value;
+    return (channels >> kShift / 8 & 1u) == 0
+               ? hn::Zero(DD())
+               : MixVectors(ByteChannel<kShift>(c00), ByteChannel<kShift>(c10),
+                            ByteChannel<kShift>(c01), ByteChannel<kShift>(c11), pairs.FractionU,
+                            pairs.FractionV);
   };
-  const auto low = fetch(bottom);
-  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
-  pairs->Left = hn::ConcatEven(du, high, low);
-  pairs->Right = hn::ConcatOdd(du, high, low);
-  pairs->FractionU = hn::DemoteTo(DF(), hn::Sub(u, left));
-  pairs->FractionV = hn::DemoteTo(DF(), hn::Sub(v, bottom));
-  return TCondition::None;
+  return {{mixed(std::integral_constant<int, 0>()), mixed(std::integral_constant<int, 8>()),
+           mixed(std::integral_constant<int, 16>()), mixed(std::integral_constant<int, 24>())}};
 }
 
 } // namespace HWY_NAMESPACE

@@ -2,6 +2,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <new>
+
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
@@ -99,7 +101,7 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p2);
   m_Engine->UpdateDerivedState();
   if (TSpanJob* const job = m_Engine->DrawJob) {
-    job->Primitive = TPrimitive();
+    new (&job->Primitive) TPrimitive; // in place: copied, it would wait for its own stores
     m_Engine->DrawTriangle(v, job, TCondition::None);
     return;
   }

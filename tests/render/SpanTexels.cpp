@@ -1,0 +1,122 @@
+// Texels that the span kernels fetch: at every instruction set those that the sampler reads, at and
+// around all places where the wrap modes part.
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "LevelTest.h"
+#include "StateChecks.h"
+
+using namespace Zx3D;
+
+namespace {
+
+constexpr int kWidth = 40; // rows that float colours are worth while for
+constexpr int kHeight = 48;
+
+class SpanTexels : public zx_test::TLevelTest {
+protected:
+  SpanTexels() : TLevelTest(kWidth, kHeight) {}
+
+  static void Texture(TRenderCPU& gl, int width, int height, unsigned int filter,
+                      unsigned int wrapS, unsigned int wrapT) {
+    zx_test::TRandom random(7);
+    std::vector<unsigned char> texels(static_cast<std::size_t>(width * height * 4));
+    for (unsigned char& byte : texels) {
+      byte = static_cast<unsigned char>(random.Below(256));
+    }
+    unsigned int id = 0;
+    gl.GenTextures(1, &id);
+    gl.BindTexture(GL_TEXTURE_2D, id);
+    gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                  texels.data());
+    gl.TexFilter2D(filter, filter);
+    gl.TexWrap2D(wrapS, wrapT);
+    gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
+    gl.Enable(GL_TEXTURE_2D);
+  }
+
+  // Covers one row of pixels; with `toS` of `s` every pixel has that very coordinate.
+  static void Row(TRenderCPU& gl, int y, double s, double toS, double t) {
+    const double bottom = zx_test::Clip(y - 0.4, kHeight);
+    const double top = zx_test::Clip(y + 0.4, kHeight);
+    gl.Begin(GL_QUADS);
+    gl.TexCoord2d(s, t);
+    gl.Vertex2d(-1.1, bottom);
+    gl.TexCoord2d(toS, t);
+    gl.Vertex2d(1.1, bottom);
+    gl.Vertex2d(1.1, top);
+    gl.TexCoord2d(s, t);
+    gl.Vertex2d(-1.1, top);
+    gl.End();
+  }
+
+  // A coordinate that lies on an edge of a texel, in the middle of one, or next to it: about
+  // multiples of the size and about the greatest index.
+  static double Coordinate(zx_test::TRandom* random, int size) {
+    const double tiles[] = {
+        0, 1, 2, 3, 7, 1000, 65536.0 / size, 1048576.0 / size, 2147483000.0 / size};
+    double texel = std::floor(tiles[random->Below(9)]) * size + random->Below(5) - 2;
+    texel += random->Below(2) * 0.5;
+    texel = random->Below(2) != 0 ? texel : -texel;
+    double coordinate = texel / size;
+    for (int i = random->Below(4); i > 0; --i) {
+      coordinate = std::nextafter(coordinate, random->Below(2) != 0 ? 1e300 : -1e300);
+    }
+    return coordinate;
+  }
+};
+
+TEST_F(SpanTexels, AboutTheEdgesOfTilesOfEverySize) {
+  zx_test::TRandom random(5);
+  constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP, GL_REPEAT};
+  const int sizes[] = {1,   2,   3,   4,   5,   6,   7,   8,   9,   11,   13,   16,
+                       17,  21,  31,  32,  33,  49,  63,  64,  65,  93,   100,  127,
+                       128, 129, 190, 250, 255, 257, 511, 641, 999, 1000, 2047, 4095};
+  for (const int width : sizes) {
+    const int height = sizes[random.Below(20)];
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (int round = 0; round < 4; ++round) {
+        const unsigned int wrapS = kWraps[random.Below(4)];
+        const unsigned int wrapT = kWraps[random.Below(4)];
+        const std::string what = std::to_string(width) + " by " + std::to_string(height) + ", " +
+                                 std::to_string(wrapS) + " and " + std::to_string(wrapT) +
+                                 ", filter " + std::to_string(filter);
+        const zx_test::TRandom rows = random;
+        Expect(what, [&](TRenderCPU& gl) {
+          random = rows;
+          Texture(gl, width, height, filter, wrapS, wrapT);
+          for (int y = 0; y < kHeight; ++y) {
+            const double s = Coordinate(&random, width);
+            const double t = Coordinate(&random, height);
+            Row(gl, y, s, y % 3 == 0 ? s + random.Below(7) - 3.0 : s, t);
+          }
+        });
+      }
+    }
+  }
+}
+
+// Tiles from the negative side to far on the positive one, at all angles.
+TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
+  for (const int size : {3, 16, 21, 250}) {
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (int degrees = 0; degrees < 180; degrees += 15) {
+        Expect(std::to_string(size) + " at " + std::to_string(degrees), [&](TRenderCPU& gl) {
+          Texture(gl, size, size + 2, filter, GL_REPEAT, GL_REPEAT);
+          const double angle = degrees * 3.14159265358979 / 180;
+          gl.Begin(GL_QUADS);
+          for (const double corner : {45.0, 135.0, 225.0, 315.0}) {
+            const double at = corner * 3.14159265358979 / 180;
+            gl.TexCoord2d(4 * std::cos(at + angle), 4 * std::sin(at + angle));
+            gl.Vertex2d(1.5 * std::cos(at), 1.5 * std::sin(at));
+          }
+          gl.End();
+        });
+      }
+    }
+  }
+}
+
+} // namespace
