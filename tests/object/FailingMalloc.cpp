@@ -113,9 +113,18 @@ void* realloc(void* block, std::size_t size) {
   return moved;
 }
 
-// What operator new with an alignment calls.
+// What operator new with an alignment calls, one or the other by the version of the library.
 void* aligned_alloc(std::size_t alignment, std::size_t size) {
   return Admit(size) ? Count(__libc_memalign(alignment, size)) : nullptr;
+}
+
+int posix_memalign(void** block, std::size_t alignment, std::size_t size) {
+  void* const made = aligned_alloc(alignment, size);
+  if (made == nullptr) {
+    return ENOMEM;
+  }
+  *block = made;
+  return 0;
 }
 
 void free(void* block) {

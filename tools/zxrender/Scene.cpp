@@ -267,8 +267,7 @@ void TScene::_DrawParts(const TCamera& camera) {
                      camera.View[10] * part.Center[2];
     blended.emplace_back(z, &part);
   }
-  std::stable_sort(blended.begin(), blended.end(),
-                   [](const auto& a, const auto& b) { return a.first < b.first; });
+  std::sort(blended.begin(), blended.end()); // equally far ones in the order of the model
   m_GL.EnableBlend(true);
   m_GL.DepthMask(0);
   // What is blended over an opaque picture leaves it opaque.
