@@ -64,7 +64,7 @@ THold<T> MakeItem(const char* className, unsigned long id, const std::string& na
   return item;
 }
 
-void WriteScene(TObjectWriter* writer, const zx_scene::MODEL& model) {
+void WriteScene(TObjectWriter* writer, const zx_scene::TModel& model) {
   Check(writer->WriteString(kMark, ~0ul));
   WriteNumber(writer, DATA_TYPE_UINT32, kVersion);
   STORE_BLOCK scene;
@@ -78,14 +78,14 @@ void WriteScene(TObjectWriter* writer, const zx_scene::MODEL& model) {
     WriteItem(writer, item.get());
   }
   for (unsigned long i = 0; i < materials; ++i) {
-    const zx_scene::MATERIAL& material = model.Materials[i];
+    const zx_scene::TMaterial& material = model.Materials[i];
     const auto item = MakeItem<TMaterialItem>("Material", 1 + textures + i, material.Name);
     item->TakeFrom(material,
                    material.Texture < 0 ? 0 : 1 + static_cast<unsigned long>(material.Texture));
     WriteItem(writer, item.get());
   }
   for (unsigned long i = 0; i < model.Meshes.size(); ++i) {
-    const zx_scene::MESH& mesh = model.Meshes[i];
+    const zx_scene::TMesh& mesh = model.Meshes[i];
     const auto item = MakeItem<TMeshItem>("Mesh", 1 + textures + materials + i, "");
     item->TakeFrom(mesh, 1 + textures + static_cast<unsigned long>(mesh.Material));
     WriteItem(writer, item.get());
@@ -151,7 +151,7 @@ THold<TSceneItem> ReadItem(TFileStream* stream, TObjectReader* reader, long end)
   return item;
 }
 
-void ReadScene(TFileStream* stream, zx_scene::MODEL* model) {
+void ReadScene(TFileStream* stream, zx_scene::TModel* model) {
   TItems items;
   TObjectReader reader(stream, false);
   reader.SetQueryFunc(&FindItem, &items);
@@ -176,7 +176,7 @@ void ReadScene(TFileStream* stream, zx_scene::MODEL* model) {
 
 } // namespace
 
-bool SaveScene(const std::string& name, const zx_scene::MODEL& model, std::string* error) {
+bool SaveScene(const std::string& name, const zx_scene::TModel& model, std::string* error) {
   TFileStream stream;
   if (!stream.Create(name)) {
     *error = "can't be made";
@@ -195,7 +195,7 @@ bool SaveScene(const std::string& name, const zx_scene::MODEL& model, std::strin
   return false;
 }
 
-bool LoadScene(const std::string& name, zx_scene::MODEL* model, std::string* error) {
+bool LoadScene(const std::string& name, zx_scene::TModel* model, std::string* error) {
   TFileStream stream;
   if (!stream.Open(name)) {
     *error = "can't be opened";

@@ -85,7 +85,7 @@ void TSceneItem::_SetArray(const char* name, DATA_TYPE type, unsigned long count
 
 const Zx3D::TCreator* TTextureItem::GetCreator() const { return TextureCreator(); }
 
-void TTextureItem::TakeFrom(const zx_scene::TEXTURE& texture) {
+void TTextureItem::TakeFrom(const zx_scene::TTexture& texture) {
   const TDataSurface& image = texture.Image;
   const unsigned long bytes =
       static_cast<unsigned long>(image.Width) * static_cast<unsigned long>(image.Height) * 4;
@@ -94,7 +94,7 @@ void TTextureItem::TakeFrom(const zx_scene::TEXTURE& texture) {
   _SetArray("Pixels", DATA_TYPE_UINT8, bytes, image.Data, image.DataSize);
 }
 
-void TTextureItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader*) {
+void TTextureItem::AddTo(zx_scene::TModel* model, Zx3D::TObjectReader*) {
   unsigned long count = 0;
   const void* const pixels = _GetArray("Pixels", DATA_TYPE_UINT8, &count);
   const int width = _Get("Width").Get<int>();
@@ -105,7 +105,7 @@ void TTextureItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader*) {
       count / 4 % static_cast<unsigned long>(width) != 0) {
     Fail("\"%1%\" don't fit the size", "Pixels");
   }
-  zx_scene::TEXTURE& texture = model->Textures.emplace_back();
+  zx_scene::TTexture& texture = model->Textures.emplace_back();
   texture.Name = GetName();
   if (!texture.Image.Create(width, height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4)) {
     Fail("\"%1%\": memory is exhausted", "Pixels");
@@ -118,7 +118,7 @@ void TTextureItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader*) {
 
 const Zx3D::TCreator* TMaterialItem::GetCreator() const { return MaterialCreator(); }
 
-void TMaterialItem::TakeFrom(const zx_scene::MATERIAL& material, unsigned long texture) {
+void TMaterialItem::TakeFrom(const zx_scene::TMaterial& material, unsigned long texture) {
   _SetFloats("Diffuse", material.Diffuse.data(), 4);
   _SetFloats("Specular", material.Specular.data(), 4);
   _SetFloats("Emission", material.Emission.data(), 4);
@@ -132,8 +132,8 @@ void TMaterialItem::TakeFrom(const zx_scene::MATERIAL& material, unsigned long t
   _Set("Cutoff", material.Cutoff);
 }
 
-void TMaterialItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
-  zx_scene::MATERIAL material;
+void TMaterialItem::AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) {
+  zx_scene::TMaterial material;
   material.Name = GetName();
   _GetFloats("Diffuse", material.Diffuse.data(), 4);
   _GetFloats("Specular", material.Specular.data(), 4);
@@ -163,10 +163,10 @@ void TMaterialItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
 
 const Zx3D::TCreator* TMeshItem::GetCreator() const { return MeshCreator(); }
 
-void TMeshItem::TakeFrom(const zx_scene::MESH& mesh, unsigned long material) {
+void TMeshItem::TakeFrom(const zx_scene::TMesh& mesh, unsigned long material) {
   std::vector<float> positions, normals, coords;
   std::vector<std::uint8_t> colors;
-  for (const zx_scene::VERTEX& vertex : mesh.Vertices) {
+  for (const zx_scene::TVertex& vertex : mesh.Vertices) {
     positions.insert(positions.end(), vertex.Position, vertex.Position + 3);
     normals.insert(normals.end(), vertex.Normal, vertex.Normal + 3);
     coords.insert(coords.end(), vertex.TexCoord, vertex.TexCoord + 2);
@@ -183,8 +183,8 @@ void TMeshItem::TakeFrom(const zx_scene::MESH& mesh, unsigned long material) {
   _Set("Material", material);
 }
 
-void TMeshItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
-  zx_scene::MESH mesh;
+void TMeshItem::AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) {
+  zx_scene::TMesh mesh;
   mesh.Corners = _Get("Corners").Get<int>();
   mesh.HasColors = _Get("HasColors").Get<bool>();
   if (mesh.Corners < 1 || mesh.Corners > 3) {
@@ -215,7 +215,7 @@ void TMeshItem::AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) {
   }
   mesh.Vertices.resize(count);
   for (unsigned long i = 0; i < count; ++i) {
-    zx_scene::VERTEX& vertex = mesh.Vertices[i];
+    zx_scene::TVertex& vertex = mesh.Vertices[i];
     std::memcpy(vertex.Position, positions + 3 * i, sizeof vertex.Position);
     std::memcpy(vertex.Normal, &normals[3 * i], sizeof vertex.Normal);
     std::memcpy(vertex.TexCoord, &coords[2 * i], sizeof vertex.TexCoord);

@@ -22,7 +22,7 @@ public:
 
   /// Follows the ids in the attributes through `reader`, and adds what the item stands for to
   /// `model`. Throws a `TZxMessage` where the attributes make no sense.
-  virtual void AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) = 0;
+  virtual void AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) = 0;
 
 protected:
   /// \name Attributes that have to be there; a `TZxMessage` is thrown if they aren't.
@@ -47,11 +47,11 @@ class TTextureItem : public TSceneItem {
 public:
   int Index = -1; ///< in the model, once added
 
-  void TakeFrom(const zx_scene::TEXTURE& texture);
+  void TakeFrom(const zx_scene::TTexture& texture);
   const Zx3D::TCreator* GetCreator() const override;
   const char* GetClassName() const override { return GetCreator()->GetClassName(); }
   unsigned long GetKind() const override { return Zx3D::ITEM_TEXTURE; }
-  void AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) override;
+  void AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) override;
 };
 
 /// Colours, and by "Texture" the id of an image, 0 for none.
@@ -59,22 +59,22 @@ class TMaterialItem : public TSceneItem {
 public:
   int Index = -1;
 
-  void TakeFrom(const zx_scene::MATERIAL& material, unsigned long texture);
+  void TakeFrom(const zx_scene::TMaterial& material, unsigned long texture);
   const Zx3D::TCreator* GetCreator() const override;
   const char* GetClassName() const override { return GetCreator()->GetClassName(); }
   unsigned long GetKind() const override { return Zx3D::ITEM_MATERIAL; }
-  void AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) override;
+  void AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) override;
 };
 
 /// Vertices as arrays, one for each of their parts, indices into them, and by "Material" the id of
 /// a material.
 class TMeshItem : public TSceneItem {
 public:
-  void TakeFrom(const zx_scene::MESH& mesh, unsigned long material);
+  void TakeFrom(const zx_scene::TMesh& mesh, unsigned long material);
   const Zx3D::TCreator* GetCreator() const override;
   const char* GetClassName() const override { return GetCreator()->GetClassName(); }
   unsigned long GetKind() const override { return Zx3D::ITEM_GEOMETRY; }
-  void AddTo(zx_scene::MODEL* model, Zx3D::TObjectReader* reader) override;
+  void AddTo(zx_scene::TModel* model, Zx3D::TObjectReader* reader) override;
 };
 
 /// Enters the three classes in the registry, and takes them out.

@@ -16,7 +16,7 @@
 
 namespace {
 
-bool Import(const std::string& name, zx_scene::MODEL* model, std::string* error) {
+bool Import(const std::string& name, zx_scene::TModel* model, std::string* error) {
   std::vector<std::string> warnings;
   const bool loaded = zx_scene::LoadModel(name, model, error, &warnings);
   for (const std::string& warning : warnings) {
@@ -25,15 +25,15 @@ bool Import(const std::string& name, zx_scene::MODEL* model, std::string* error)
   return loaded;
 }
 
-bool Draw(const zx_scene::MODEL& model, const std::string& picture, std::string* error) {
-  const zx_scene::VIEW view;
-  const std::vector<zx_scene::CAMERA> cameras = zx_scene::FrameModel(model, view, 1);
+bool Draw(const zx_scene::TModel& model, const std::string& picture, std::string* error) {
+  const zx_scene::TView view;
+  const std::vector<zx_scene::TCamera> cameras = zx_scene::FrameModel(model, view, 1);
   if (cameras.empty()) {
     *error = "holds nothing that can be drawn";
     return false;
   }
   zx_scene::TScene scene;
-  if (!scene.Create(model, view.Width, view.Height, zx_scene::STYLE(), error) ||
+  if (!scene.Create(model, view.Width, view.Height, zx_scene::TStyle(), error) ||
       !scene.Draw(cameras[0], error)) {
     return false;
   }
@@ -47,7 +47,7 @@ bool Draw(const zx_scene::MODEL& model, const std::string& picture, std::string*
 
 bool Run(const std::string& what, const std::string& from, const std::string& to,
          std::string* error) {
-  zx_scene::MODEL model;
+  zx_scene::TModel model;
   if (what == "save") {
     return Import(from, &model, error) && scene_file::SaveScene(to, model, error);
   }
