@@ -11,7 +11,7 @@ namespace Zx3D {
 /// aligned to 64 bytes and `kMost` entries long, so that loops may read and write whole vectors
 /// past `Count`; what lies there means nothing.
 struct FS_ROW {
-  static constexpr int kMost = 64;
+  static constexpr int kMost = 64; ///< fragments that one call gets at the most
 
   int Count;        ///< 1 to `kMost`: a longer row comes in several parts
   int Y;            ///< the row

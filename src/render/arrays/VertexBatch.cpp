@@ -96,6 +96,7 @@ bool IsSpareSlotZero(const TRenderCPU& gl) {
   }
   static constexpr TVec4 kZero = {0, 0, 0, 0};
   return std::all_of(std::begin(gl.m_VarCur), std::end(gl.m_VarCur), [&gl](const auto& record) {
+    // NOLINTNEXTLINE(bugprone-suspicious-memory-comparison): -0 is to differ
     return std::memcmp(&record.Slots[gl.m_VarCount - 1], &kZero, sizeof kZero) == 0;
   });
 }
