@@ -671,7 +671,9 @@ class TRenderCPU:
 
     Vertices and fragments are computed in double precision; the depth buffer holds floats, the colour surface bytes. Nothing is deferred: when a call returns, its pixels stand in the surface. Row 0 of a surface is the bottom row of the picture.
 
-    The object is large, since all scratch of the drawing path is a member: drawing allocates nothing. Data members are public for the shaders that callers write; change them through the operations."""
+    The object is large, since all scratch of the drawing path is a member: drawing allocates nothing. Data members are public for the shaders that callers write; change them through the operations. Their order and sizes are part of what a host is compiled against.
+
+    In this order: the records that the pipeline passes on, life and surfaces, the drawing interface as TZxGL.h describes it, operations of this class alone by group, the steps of the pipeline, and the state as data members."""
     def ActiveTexture(self, texture: int) -> None:
         """The unit of what follows, from `GL_TEXTURE0` on; unchecked. What works on a unit that does not exist does nothing."""
     def AlphaFunc(self, func: int, ref: float) -> None:
