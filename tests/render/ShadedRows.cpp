@@ -402,7 +402,6 @@ TEST_F(WhichRows, AreNotThoseOfTargetsInOneMemory) {
   });
   EXPECT_EQ(0, counted.RowFragments);
   EXPECT_EQ(1000, counted.Fragments);
-  static_cast<DATASURFACE&>(depth) = DATASURFACE();
 }
 
 // --- The interface
