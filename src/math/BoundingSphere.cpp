@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include <ZxCore3D/types/ExpandAxis.h>
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 using TPoint = vec_t_<double, 3>;
 

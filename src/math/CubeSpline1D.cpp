@@ -9,7 +9,7 @@
 #include <ZxCore3D/math/private/InverseEx.h>
 #include <ZxCore3D/math/private/SplineElimination.h>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/CubeSpline1D.cpp"

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include <ZxCore3D/math/private/BoundingSphere.h>
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 using TPoint = vec_t_<double, 3>;
 

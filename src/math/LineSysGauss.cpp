@@ -5,7 +5,7 @@
 #include <memory>
 #include <numeric>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/LineSysGauss.cpp"

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <memory>
 
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include <ZxCore3D/math/private/Malloced.h>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/math/SolveGauss.cpp"

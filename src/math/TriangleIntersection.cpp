@@ -3,7 +3,7 @@
 #include <cmath>
 #include <utility>
 
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 namespace {
 

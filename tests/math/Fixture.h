@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #include <hwy/highway.h>
 

@@ -14,7 +14,7 @@
 #include <gtest/gtest.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #include "RandomScene.h"
 #include <ZxCore3D/render/kernels/SpanJob.h>

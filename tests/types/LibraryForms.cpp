@@ -9,7 +9,7 @@
 
 #include <ZxCore3D/types/MAT4.h>
 #include <ZxCore3D/types/UPLAIN.h>
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 namespace {
 

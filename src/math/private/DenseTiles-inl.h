@@ -12,7 +12,7 @@
 #define ZX_MATH_DENSE_TILES_INL_H
 #endif
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #include <hwy/highway.h>
 

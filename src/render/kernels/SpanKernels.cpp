@@ -7,7 +7,7 @@
 #include <atomic>
 #include <cstring>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ZxCore3D/render/kernels/SpanKernels.cpp"

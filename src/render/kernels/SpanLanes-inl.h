@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include <ZxCore3D/types/InstructionSets-inl.h>
+#include <ZxCore3D/types/private/InstructionSets.h>
 
 #include <hwy/highway.h>
 

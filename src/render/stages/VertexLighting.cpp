@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/types/vec_t_-inl.h>
+#include <ZxCore3D/types/private/VectorForms.h>
 
 namespace Zx3D {
 

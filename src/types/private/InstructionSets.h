@@ -1,8 +1,8 @@
 // The instruction sets that routines are compiled for, by name, and what the routines ask of them.
 // To be included before anything of Highway's in every source that includes Highway.
 
-#ifndef ZX_TYPES_INSTRUCTIONSETS_INL_H_
-#define ZX_TYPES_INSTRUCTIONSETS_INL_H_
+#ifndef ZX_TYPES_PRIVATE_INSTRUCTIONSETS_H_
+#define ZX_TYPES_PRIVATE_INSTRUCTIONSETS_H_
 
 #if defined(HWY_DISABLED_TARGETS) || defined(HIGHWAY_HWY_DETECT_TARGETS_H_)
 #error "Highway was included before the list of the instruction sets that it may use"
