@@ -237,48 +237,40 @@ TEST_F(RenderMemory, SharingWithoutMemoryLeavesBothAsTheyWere) {
 
 // --- Buffers and vertex arrays
 
-TEST_F(RenderMemory, NamesOfBuffersComeTogetherOrNotAtAll) {
-  for (const int there : {0, 1, 17}) {
-    const unsigned long count = FailEachThrow(
-        [there](TRenderCPU& gl) {
-          std::vector<unsigned int> ids(static_cast<std::size_t>(there) + 1);
-          gl.GenBuffers(there + 1, ids.data());
-          gl.DeleteBuffers(1, ids.data()); // a free name among those that are taken
-        },
-        [](TRenderCPU& gl) {
-          unsigned int ids[5] = {};
-          gl.GenBuffers(5, ids);
-        },
-        [there](TRenderCPU& gl, bool failed) {
-          unsigned int next = 0;
-          gl.GenBuffers(1, &next);
-          EXPECT_EQ(failed ? 1u : static_cast<unsigned int>(there + 6), next);
-          ExpectDraws(gl);
-        });
-    EXPECT_GE(count, 5u);
+class RenderNamesMemory : public RenderMemory {
+protected:
+  using TNames = void (TRenderCPU::*)(int, unsigned int*);
+
+  // Five names are asked for beside a free one and `there` others.
+  static void ExpectNamesTogether(TNames gen, TNames remove) {
+    for (const int there : {0, 1, 17}) {
+      const unsigned long count = FailEachThrow(
+          [&](TRenderCPU& gl) {
+            std::vector<unsigned int> ids(static_cast<std::size_t>(there) + 1);
+            (gl.*gen)(there + 1, ids.data());
+            (gl.*remove)(1, ids.data()); // a free name among those that are taken
+          },
+          [&](TRenderCPU& gl) {
+            unsigned int ids[5] = {};
+            (gl.*gen)(5, ids);
+          },
+          [&](TRenderCPU& gl, bool failed) {
+            unsigned int next = 0;
+            (gl.*gen)(1, &next);
+            EXPECT_EQ(failed ? 1u : static_cast<unsigned int>(there + 6), next);
+            ExpectDraws(gl);
+          });
+      EXPECT_GE(count, 5u);
+    }
   }
+};
+
+TEST_F(RenderNamesMemory, NamesOfBuffersComeTogetherOrNotAtAll) {
+  ExpectNamesTogether(&TRenderCPU::GenBuffers, &TRenderCPU::DeleteBuffers);
 }
 
-TEST_F(RenderMemory, NamesOfVertexArraysComeTogetherOrNotAtAll) {
-  for (const int there : {0, 1, 17}) {
-    const unsigned long count = FailEachThrow(
-        [there](TRenderCPU& gl) {
-          std::vector<unsigned int> ids(static_cast<std::size_t>(there) + 1);
-          gl.GenVertexArrays(there + 1, ids.data());
-          gl.DeleteVertexArrays(1, ids.data());
-        },
-        [](TRenderCPU& gl) {
-          unsigned int ids[5] = {};
-          gl.GenVertexArrays(5, ids);
-        },
-        [there](TRenderCPU& gl, bool failed) {
-          unsigned int next = 0;
-          gl.GenVertexArrays(1, &next);
-          EXPECT_EQ(failed ? 1u : static_cast<unsigned int>(there + 6), next);
-          ExpectDraws(gl);
-        });
-    EXPECT_GE(count, 5u);
-  }
+TEST_F(RenderNamesMemory, NamesOfVertexArraysComeTogetherOrNotAtAll) {
+  ExpectNamesTogether(&TRenderCPU::GenVertexArrays, &TRenderCPU::DeleteVertexArrays);
 }
 
 TEST_F(RenderMemory, ABufferWithoutMemoryKeepsItsContents) {

@@ -16,6 +16,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include "EightContexts.h"
+#include "MakeTexture.h"
 
 namespace {
 
@@ -61,15 +62,6 @@ void CountReferences(zx::TRef* shared) {
   }
 }
 
-unsigned int MakeTexture(TRenderCPU& gl, unsigned char grey) {
-  unsigned int id = 0;
-  gl.GenTextures(1, &id);
-  gl.BindTexture(GL_TEXTURE_2D, id);
-  const std::vector<unsigned char> texels(4 * 8 * 8, grey);
-  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 8, 8, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
-  return id;
-}
-
 void Draw(TRenderCPU& gl, unsigned char grey) {
   gl.Enable(GL_TEXTURE_2D);
   gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
@@ -106,8 +98,8 @@ void Run(TRenderCPU* giver, zx::TRef* shared, int number) {
       if (!gl->Create(kSize, kSize, giver)) {
         ++s_Wrong;
       }
-      other = MakeTexture(*gl, 1);
-      own = MakeTexture(*gl, grey);
+      other = MakeTexture(*gl, 1, 8);
+      own = MakeTexture(*gl, grey, 8);
     }
     Draw(*gl, grey);
     {

@@ -17,21 +17,13 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include "EightContexts.h"
+#include "MakeTexture.h"
 
 namespace {
 
 using Zx3D::TRenderCPU;
 
 constexpr int kSize = 96;
-
-unsigned int MakeTexture(TRenderCPU& gl, unsigned char grey) {
-  unsigned int id = 0;
-  gl.GenTextures(1, &id);
-  gl.BindTexture(GL_TEXTURE_2D, id);
-  const std::vector<unsigned char> texels(4 * 16 * 16, grey);
-  gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 16, 16, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels.data());
-  return id;
-}
 
 // The lower half of the picture for thread 0, the upper one for thread 1.
 void Quad(TRenderCPU& gl, int half) {
@@ -71,7 +63,7 @@ void Draw(TRenderCPU* gl, int half, unsigned int texture) {
     gl->Disable(GL_TEXTURE_2D);
     Shapes(*gl, half);
     if (half == 0) { // the loader
-      unsigned int id = MakeTexture(*gl, static_cast<unsigned char>(round));
+      unsigned int id = MakeTexture(*gl, static_cast<unsigned char>(round), 16);
       gl->DeleteTextures(1, &id);
       gl->BindTexture(GL_TEXTURE_2D, texture);
     }
@@ -97,8 +89,8 @@ int main(int argc, char** argv) {
   if (!a->Create(kSize, kSize, nullptr) || !b->Create(kSize, kSize, a)) {
     return 1;
   }
-  const unsigned int first = MakeTexture(*a, 100);
-  const unsigned int second = MakeTexture(*a, 200);
+  const unsigned int first = MakeTexture(*a, 100, 16);
+  const unsigned int second = MakeTexture(*a, 200, 16);
   b->BindTexture(GL_TEXTURE_2D, second);
   a->BindColorSurface(&picture);
   b->BindColorSurface(&picture);
