@@ -84,6 +84,7 @@ struct TRenderEngine {
   bool UpdateDerivedState();
   /// The part of it that a shader may have changed since its primitive began: the targets.
   bool UpdateTargets();
+  void MeasureTargets();
   bool UpdateTextures();
   /// Whether texels of unit 0 share memory with a target.
   bool TextureIsTarget() const;
@@ -136,6 +137,7 @@ struct TRenderEngine {
 
   // --- stages: from primitives to fragments
 
+  void CutTriangle(VAR_DATA* v, int plane);
   void SetDelta(EDGE* e);
   void ScaleSlots(VAR_DATA* v, double r);
   bool IsCulled(bool front) const;
@@ -197,7 +199,12 @@ struct TRenderEngine {
   TCondition SetUpPrimitive(TPrimitive* primitive);
   void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void ResolveFragment();
+  void ResolveFragment() {
+    if (DeferredFragment.Set) {
+      ComputeDeferredFragment();
+    }
+  }
+  void ComputeDeferredFragment();
 
   TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;

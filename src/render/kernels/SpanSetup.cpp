@@ -15,6 +15,7 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/common/SlotTable.h>
 
 namespace Zx3D {
@@ -59,11 +60,6 @@ bool KnowsStencil(const TDrawState& draw) {
 }
 
 // --- What a triangle's values prove
-
-// Two doubles in a vector register that every processor of this library has, and what a comparison
-// of them gives: all ones or all zeros.
-using TPair = double __attribute__((vector_size(16)));
-using TPairMask = std::int64_t __attribute__((vector_size(16)));
 
 // What holds for the components of a slot.
 struct TComponents {
@@ -479,11 +475,8 @@ void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
 }
 
 // Computes the slots of the last fragment by the operations of the reference walker.
-void TRenderEngine::ResolveFragment() {
+void TRenderEngine::ComputeDeferredFragment() {
   TDeferredFragment& pending = DeferredFragment;
-  if (!pending.Set) {
-    return;
-  }
   pending.Set = false;
   const int count = gl.m_VarCount;
   const std::uint32_t hint = gl.m_PerspectiveHint;

@@ -10,12 +10,13 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentShading.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
 
 namespace Zx3D {
 
 // The colour's address is looked up after the shader, which may have bound another surface.
-static void WriteRecordColor(TRenderEngine& engine, int x, int y) {
+static inline void WriteRecordColor(TRenderEngine& engine, int x, int y) {
   const TRenderCPU& gl = engine.gl;
   if (gl.m_FragmentShader != gl.m_StdFragmentShader) {
     engine.UpdateTargets();
@@ -46,6 +47,9 @@ struct TPointFragment {
     }
     gl.m_Fragment.X = X;
     gl.m_Fragment.Y = Y;
+    if (gl.m_FragmentShader == gl.m_StdFragmentShader) {
+      return ShadeFragment(gl.m_FragmentShader, Vertex, &gl.m_Fragment);
+    }
     return gl.m_FragmentShader->Execute(Vertex, &gl.m_Fragment);
   }
   void WriteColor() { WriteRecordColor(Engine, X, Y); }
