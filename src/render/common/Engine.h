@@ -201,10 +201,10 @@ struct TRenderEngine {
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
   void ResolveFragment() {
     if (DeferredFragment.Set) {
-      ComputeDeferredFragment();
+      ComputeDeferredFragment(DeferredFragment.Vertex);
     }
   }
-  void ComputeDeferredFragment();
+  void ComputeDeferredFragment(const VAR_DATA* v);
 
   TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;
