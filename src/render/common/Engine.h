@@ -138,8 +138,6 @@ struct TRenderEngine {
   // --- stages: from primitives to fragments
 
   void CutTriangle(VAR_DATA* v, int plane);
-  void SetDelta(EDGE* e);
-  void ScaleSlots(VAR_DATA* v, double r);
   bool IsCulled(bool front) const;
   void SetEdges(VAR_DATA* v, EDGE* edges, int* major);
   void DrawEdges(VAR_DATA* v);
