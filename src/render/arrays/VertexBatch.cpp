@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <new>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
@@ -12,6 +13,7 @@
 #include <ZxCore3D/render/arrays/VertexFetch.h>
 #include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
@@ -315,6 +317,22 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
   }
 }
 
+// Draws a triangle whose corners have window coordinates already. Without a texture nothing but the
+// draw itself runs until its end, so that no state needs to be looked after.
+void TRenderEngine::DrawProjected(TBatchDraw* draw, int shape, bool front) {
+  const TVertexBatch& batch = draw->Batch;
+  draw->FetchValues();
+  for (int c = 0; c < 3; ++c) {
+    const int at = c * batch.Pitch + shape;
+    VAR_DATA& record = gl.m_VarCur[c];
+    StoreVector(&record.Slots[0], batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]);
+    record.Slots[gl.m_VarColor] = draw->ValueOf(1, draw->Shapes.Vertex[at]);
+  }
+  gl.m_Fragment.FrontFacing = front;
+  new (&DrawJob->Primitive) TPrimitive; // as in RasterizeTriangle
+  DrawTriangle(gl.m_VarCur, DrawJob, TCondition::None);
+}
+
 // The shapes of one batch; returns how many were drawn. Where vertices are drawn from the copies
 // that earlier shapes left, a shape that puts something into the slot that no shader fills is the
 // last one.
@@ -343,6 +361,12 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   std::uint64_t rest = all & ~(uncut | beyond);
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
+  const bool projected = corners == 3 && (rest & inside) != 0 && DrawJob != nullptr &&
+                         !gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled;
+  if (projected) {
+    kernels.ProjectTriangles(gl.m_Width, gl.m_Height, gl.m_FrontFaceCCW, shapes, &draw->Batch, &a);
+  }
+
   // The only trace of culled shapes is the facing of the last of them in the fragment record.
   std::uint64_t done = 0;
   const auto recordCulled = [&](std::uint64_t before) {
@@ -365,7 +389,11 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
-    DrawBatched(draw, shape, (inside & bit) != 0);
+    if (projected && (inside & bit) != 0) {
+      DrawProjected(draw, shape, (a.Front & bit) != 0);
+    } else {
+      DrawBatched(draw, shape, (inside & bit) != 0);
+    }
     rest &= rest - 1;
     if (!separate && !IsSpareSlotZero(gl)) {
       return shape + 1;

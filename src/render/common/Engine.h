@@ -183,6 +183,7 @@ struct TRenderEngine {
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
+  void DrawProjected(TBatchDraw* draw, int shape, bool front);
   void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
 
   TVertexCache* VertexCache = nullptr;
