@@ -72,7 +72,7 @@ HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE
       hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
   };
-  switch (gl->m_VarCount) { // a loop would take as long again
+  switch (gl->m_VarCount) { // straight code for each count: no end of a loop to predict
   case 8:
     slot(7);
     [[fallthrough]];
