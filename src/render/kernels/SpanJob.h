@@ -257,6 +257,8 @@ struct TSpanKernels {
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
   void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                             const TCulling& culling, TShapeClasses* out);
+  void (*ProjectTriangles)(int width, int height, bool frontCCW, int count, TVertexBatch* batch,
+                           TShapeClasses* out);
   void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
