@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "LevelTest.h"
+#include "StateChecks.h"
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 
@@ -158,6 +159,97 @@ TEST_F(SpanRows, TrianglesOfEverySizeAndLook) {
                [&](TRenderCPU& gl) {
                  SetLook(gl, look);
                  arrays ? shapes.ByArrays(gl) : shapes.ByVertex(gl);
+               });
+      }
+    }
+  }
+}
+
+void SetTexture(TRenderCPU& gl, unsigned int filter, unsigned int wrap, int channels) {
+  zx_test::TRandom random(11);
+  std::vector<unsigned char> texels(static_cast<std::size_t>(20 * 12 * channels));
+  for (unsigned char& byte : texels) {
+    byte = static_cast<unsigned char>(random.Below(256));
+  }
+  unsigned int id = 0;
+  gl.GenTextures(1, &id);
+  gl.BindTexture(GL_TEXTURE_2D, id);
+  const unsigned int format = channels == 4 ? GL_RGBA : GL_RGB;
+  gl.TexImage2D(GL_TEXTURE_2D, 0, format, 20, 12, 0, format, GL_UNSIGNED_BYTE, texels.data());
+  gl.TexFilter2D(filter, filter);
+  gl.TexWrap2D(wrap, wrap);
+  gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  gl.Enable(GL_TEXTURE_2D);
+}
+
+// Short rows of every state, which share groups of pixels, over targets that hold all kinds of
+// values; textures of four channels and of three, which kernels do not read themselves.
+TEST_F(SpanRows, SmallTrianglesOfEveryState) {
+  constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP};
+  zx_test::TRandom random(13);
+  for (const double side : {1.5, 5.0, 9.0, 17.0, 30.0, 50.0}) {
+    for (int i = 0; i < 200; ++i) {
+      const TLook look = {random.Below(2) != 0, random.Below(3), random.Below(5),
+                          kDepths[random.Below(5)], random.Below(2) != 0};
+      const int texture = random.Below(4); // none, nearest, linear, not for kernels
+      const unsigned int wrap = kWraps[random.Below(3)];
+      const bool blend = random.Below(2) != 0;
+      const bool mask = random.Below(3) == 0;
+      const bool stencil = random.Below(3) == 0;
+      const bool offset = random.Below(3) == 0;
+      const TShapes shapes(30, side, look);
+      Expect("side " + std::to_string(side) + ", state " + std::to_string(i), [&](TRenderCPU& gl) {
+        for (int y = 0; y < kHeight; ++y) {
+          for (int x = 0; x < kWidth; ++x) {
+            *TScene::At(*gl.m_StencilSurface, x, y) = static_cast<std::uint8_t>(x * 7 + y * 31);
+          }
+        }
+        SetLook(gl, look);
+        if (texture != 0) {
+          SetTexture(gl, texture == 1 ? GL_NEAREST : GL_LINEAR, wrap, texture == 3 ? 3 : 4);
+        }
+        if (blend) {
+          gl.Enable(GL_BLEND);
+          gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        }
+        if (mask) {
+          gl.ColorMask(1, 0, 1, 0);
+        }
+        if (stencil) {
+          gl.Enable(GL_STENCIL_TEST);
+          gl.StencilFunc(GL_GREATER, 0x80, 0xFF);
+          gl.StencilOp(GL_INVERT, GL_DECR, GL_INCR);
+        }
+        gl.EnablePolygonOffsetFill(offset);
+        gl.PolygonOffset(0.01, 0);
+        shapes.ByVertex(gl);
+      });
+    }
+  }
+}
+
+// Channels that lie between two bytes at every pixel, if nothing were rounded on the way, beside
+// others that do not.
+TEST_F(SpanRows, ConstantChannelsBetweenTwoBytes) {
+  for (int i = 0; i < 64; ++i) {
+    const double tie = (4 * i + 1.5) / 255;
+    for (const int channel : {0, 1, 2, 3, 4}) { // 4: red and alpha
+      for (const double far : {1.0, 2.0, 3.7}) {
+        Expect("tie " + std::to_string(i) + ", channel " + std::to_string(channel),
+               [&](TRenderCPU& gl) {
+                 constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+                 gl.MatrixMode(GL_PROJECTION);
+                 gl.LoadMatrixd(kWIsZ);
+                 gl.Begin(GL_QUADS);
+                 for (int k = 0; k < 4; ++k) {
+                   double color[4] = {0.1 + 0.2 * k, 0.9 - 0.2 * k, 0.3, 0.5 + 0.1 * k};
+                   color[channel % 4] = tie;
+                   color[channel == 4 ? 3 : channel] = tie;
+                   const double w = k < 2 ? 1.0 : far;
+                   gl.Color4dv(color);
+                   gl.Vertex3d(w * (k == 1 || k == 2 ? 1.1 : -1.1), w * (k < 2 ? -0.5 : 0.8), w);
+                 }
+                 gl.End();
                });
       }
     }

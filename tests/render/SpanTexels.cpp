@@ -98,6 +98,47 @@ TEST_F(SpanTexels, AboutTheEdgesOfTilesOfEverySize) {
   }
 }
 
+// Coordinates that begin and end where they stop being simple, with 1/w as unlike as it may be.
+TEST_F(SpanTexels, TheEndsOfWhatIsPlain) {
+  constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  for (const int size : {1, 2, 3, 16, 61, 250}) {
+    const double texel = 1.0 / size;
+    const double begins[] = {-texel,      -0.25 * texel,     -0.2500001 * texel, 0,
+                             0.5 * texel, 0.5000001 * texel, 1 - 65536};
+    const double ends[] = {1 - 0.5 * texel, 1 - 0.5000001 * texel, 1,
+                           1.0000001,       1048576 * texel,       1048575 * texel};
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (const unsigned int wrap : {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP}) {
+        for (const double far : {1.0, 40.0, 65000.0}) {
+          Expect(std::to_string(size) + ", filter " + std::to_string(filter) + ", wrap " +
+                     std::to_string(wrap) + ", w to " + std::to_string(far),
+                 [&](TRenderCPU& gl) {
+                   Texture(gl, size, 2 * size, filter, wrap, wrap);
+                   gl.MatrixMode(GL_PROJECTION);
+                   gl.LoadMatrixd(kWIsZ);
+                   int y = 0;
+                   for (const double begin : begins) {
+                     for (const double end : ends) {
+                       const double bottom = zx_test::Clip(y - 0.4, kHeight);
+                       const double top = zx_test::Clip(y + 0.4, kHeight);
+                       gl.Begin(GL_QUADS);
+                       for (int k = 0; k < 4; ++k) {
+                         const bool right = k == 1 || k == 2;
+                         const double w = right ? far : 1.0;
+                         gl.TexCoord2d(right ? end : begin, k < 2 ? begin : end);
+                         gl.Vertex3d(w * (right ? 1.1 : -1.1), w * (k < 2 ? bottom : top), w);
+                       }
+                       gl.End();
+                       ++y;
+                     }
+                   }
+                 });
+        }
+      }
+    }
+  }
+}
+
 // Tiles from the negative side to far on the positive one, at all angles.
 TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
   for (const int size : {3, 16, 21, 250}) {

@@ -267,10 +267,11 @@ HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& 
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
 
-// A run of pixels; without masked access their count is a multiple of the lanes.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                 int x, int count, const TGroupTargets& to, TRowResult* result) {
+// Tests a run of pixels and writes their depths and stencils; without masked access their count is
+// a multiple of the lanes.
+template <bool kStencil>
+HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, const float* depths, int count,
+                                         const TGroupTargets& to) {
   const std::uint64_t live = FirstBits(count);
   std::uint64_t tested = live;
   TStencilRun stencil;
@@ -278,6 +279,19 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
     std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
     tested &= StencilBits(job, stencil);
   }
+  std::uint64_t shaded = tested;
+  if (job.Draw.UsesDepth()) {
+    shaded = DrawDepths(job, count, depths, tested, to.Depth);
+  }
+  if (kStencil) {
+    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
+  }
+  return {tested, shaded};
+}
+
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                 int x, int count, const TGroupTargets& to, TRowResult* result) {
   const bool floatT = job.Meets(UnmetByFloatRun<kTexels>(job, row));
   job.Count(floatT                                      ? TKernel::FloatRuns
             : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
@@ -286,17 +300,11 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   TRunPixels run;
   run.X = x;
   run.Count = count;
-  SetRunValues(job, row, x, count, !floatT, &run.Values);
-  std::uint64_t shaded = tested;
-  if (job.Draw.UsesDepth()) {
-    shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
-  }
-  if (kStencil) {
-    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
-  }
-  RecordGroup({tested, shaded}, x, result);
-  if (shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, shaded, to.Color);
+  SetRunValues(job, row, x, count, floatT, &run.Values);
+  const TGroupResult drawn = TestRun<kStencil>(job, run.Values.Depth, count, to);
+  RecordGroup(drawn, x, result);
+  if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
+    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, drawn.Shaded, to.Color);
   }
 }
 
