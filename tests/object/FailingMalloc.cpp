@@ -88,6 +88,9 @@ void Uncount(void* block) {
 
 } // namespace
 
+// The other libraries are to call these, whatever visibility the program is compiled with.
+#pragma GCC visibility push(default)
+
 extern "C" {
 
 void* malloc(std::size_t size) { return Admit(size) ? Count(__libc_malloc(size)) : nullptr; }
@@ -133,5 +136,7 @@ void free(void* block) {
 }
 
 } // extern "C"
+
+#pragma GCC visibility pop
 
 #endif

@@ -52,7 +52,41 @@ int SceneCount() {
   return asked != nullptr ? std::atoi(asked) : 300;
 }
 
+// What this processor has, asked of the compiler's own support and not of Highway.
+bool ProcessorHas(const std::string& level) {
+#if defined(__x86_64__)
+  const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
+                    __builtin_cpu_supports("bmi2");
+  return level == "SSE2"    ? HWY_SSE2 != 0
+         : level == "SSSE3" ? __builtin_cpu_supports("ssse3") != 0
+         : level == "AVX2"  ? avx2
+         : level == "AVX3"
+             ? avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+                   __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
+                   __builtin_cpu_supports("avx512cd")
+             : false;
+#elif defined(__aarch64__)
+  // Older versions of Highway ask for a processor with AES, which none of the kernels uses.
+  return level == "NEON" && (HWY_NEON_WITHOUT_AES != 0 || (getauxval(AT_HWCAP) & HWCAP_AES) != 0);
+#else
+  return false;
+#endif
+}
+
+std::string BestOfProcessor() {
+  std::string best = "reference";
+  for (const char* const level : kSpanLevels) { // the better ones stand behind
+    if (ProcessorHas(level)) {
+      best = level;
+    }
+  }
+  return best;
+}
+
 TEST_F(SpanLevels, RandomScenesAreTheSameAtEveryLevel) {
+  if (BestOfProcessor() == "reference") {
+    GTEST_SKIP() << "no vector registers on this processor that this version of Highway uses";
+  }
   int compared = 0;
   for (int seed = 1; seed <= SceneCount(); ++seed) {
     const TRandomScene scene(static_cast<std::uint32_t>(seed));
@@ -115,37 +149,6 @@ TEST_F(SpanLevels, TheHookNamesAndRefuses) {
   EXPECT_FALSE(Zx3D::LimitSpanLevel("8086"));
   EXPECT_TRUE(Zx3D::LimitSpanLevel(nullptr));
   EXPECT_STRNE(Zx3D::GetSpanLevel(), "8086");
-}
-
-// What this processor has, asked of the compiler's own support and not of Highway.
-bool ProcessorHas(const std::string& level) {
-#if defined(__x86_64__)
-  const bool avx2 = __builtin_cpu_supports("avx2") && __builtin_cpu_supports("fma") &&
-                    __builtin_cpu_supports("bmi2");
-  return level == "SSE2"    ? HWY_SSE2 != 0
-         : level == "SSSE3" ? __builtin_cpu_supports("ssse3") != 0
-         : level == "AVX2"  ? avx2
-         : level == "AVX3"
-             ? avx2 && __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-                   __builtin_cpu_supports("avx512dq") && __builtin_cpu_supports("avx512vl") &&
-                   __builtin_cpu_supports("avx512cd")
-             : false;
-#elif defined(__aarch64__)
-  // Older versions of Highway ask for a processor with AES, which none of the kernels uses.
-  return level == "NEON" && (HWY_NEON_WITHOUT_AES != 0 || (getauxval(AT_HWCAP) & HWCAP_AES) != 0);
-#else
-  return false;
-#endif
-}
-
-std::string BestOfProcessor() {
-  std::string best = "reference";
-  for (const char* const level : kSpanLevels) { // the better ones stand behind
-    if (ProcessorHas(level)) {
-      best = level;
-    }
-  }
-  return best;
 }
 
 TEST_F(SpanLevels, TheBestOfTheProcessorIsChosen) {
