@@ -494,9 +494,8 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::FillOneDepth, TKernel::Fill, fillWithDepth,
       [](TRenderCPU&, TShape& shape) { shape.Z[1] = 0.75; });
 
-  add(C::RejectionNearer, TKernel::Rejection, Hidden,
+  add(C::RejectionOneWay, TKernel::Rejection, Hidden,
       [](TRenderCPU& gl, TShape&) { gl.DepthFunc(GL_EQUAL); });
-  add(C::RejectionNoStencil, TKernel::Rejection, Hidden, StencilTest);
 
   add(C::LineRunAlongRows, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
     shape.Right = shape.Left;

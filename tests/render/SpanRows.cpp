@@ -256,16 +256,20 @@ TEST_F(SpanRows, ConstantChannelsBetweenTwoBytes) {
   }
 }
 
-void DrawSlope(TRenderCPU& gl, double left, double right) {
-  gl.EnableDepthTest(true);
-  gl.DepthFunc(GL_LEQUAL);
-  gl.DepthMask(1);
+void DrawQuad(TRenderCPU& gl, double left, double right) {
   gl.Begin(GL_QUADS);
   gl.Vertex3d(-1, -1, 2 * left - 1);
   gl.Vertex3d(1, -1, 2 * right - 1);
   gl.Vertex3d(1, 1, 2 * right - 1);
   gl.Vertex3d(-1, 1, 2 * left - 1);
   gl.End();
+}
+
+void DrawSlope(TRenderCPU& gl, double left, double right) {
+  gl.EnableDepthTest(true);
+  gl.DepthFunc(GL_LEQUAL);
+  gl.DepthMask(1);
+  DrawQuad(gl, left, right);
 }
 
 // Depths that would lie just between two floats at every pixel, if nothing were rounded on the way:
@@ -350,6 +354,43 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
   EXPECT_EQ(rows > 0, exact > 0);
   if (Zx3D::LimitSpanLevel("AVX2")) {
     EXPECT_GT(rows, 0u);
+  }
+}
+
+// Runs behind or before what is there: wholly, from some pixel on, by the last pixel alone; with
+// stencils that step where depth fails.
+TEST_F(SpanRows, RunsThatFailAsAWhole) {
+  constexpr unsigned int kFuncs[] = {GL_LESS, GL_LEQUAL, GL_GREATER, GL_GEQUAL};
+  const double ends[][2] = {{0.2, 0.3},  {0.8, 0.7},     {0.5, 0.5},        {0.2, 0.8},
+                            {0.8, 0.45}, {0.5, 0.50001}, {0.4999999, 0.51}, {0.9, 0.49999}};
+  for (const unsigned int func : kFuncs) {
+    for (const auto& [left, right] : ends) {
+      for (const int stencil : {0, 1, 2}) {
+        for (const float offset : {0.0f, 1e-3f}) {
+          Expect("function " + std::to_string(func) + ", from " + std::to_string(left) + " to " +
+                     std::to_string(right) + ", stencil " + std::to_string(stencil),
+                 [&](TRenderCPU& gl) {
+                   DrawSlope(gl, 0.5, 0.5);
+                   for (int y = 0; y < kHeight; ++y) {
+                     for (int x = 0; x < kWidth; ++x) {
+                       *TScene::At(*gl.m_StencilSurface, x, y) =
+                           static_cast<std::uint8_t>(stencil == 2 ? x / 70 : x * 7 + y * 31);
+                     }
+                   }
+                   if (stencil != 0) {
+                     gl.Enable(GL_STENCIL_TEST);
+                     gl.StencilFunc(stencil == 1 ? GL_LESS : GL_EQUAL, 1, 0xFF);
+                     gl.StencilOp(GL_DECR, stencil == 1 ? GL_INVERT : GL_KEEP, GL_INCR);
+                   }
+                   gl.EnablePolygonOffsetFill(offset != 0);
+                   gl.PolygonOffset(offset, 0);
+                   gl.Color4d(0.2, 0.4, 0.6, 1);
+                   gl.DepthFunc(func);
+                   DrawQuad(gl, left, right);
+                 });
+        }
+      }
+    }
   }
 }
 

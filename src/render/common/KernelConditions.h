@@ -95,8 +95,7 @@
   X(Fill,            OneDepth,        !draw.DepthWrite || row.Delta[2] == 0.0,                "one value is stored throughout")
 
 #define ZX_REJECTION_CONDITIONS(X) \
-  X(Rejection,       Nearer,          draw.DepthTest && IsLessOrLessEqual(draw.DepthFunc),    "what the nearer end fails against, all pixels fail against") \
-  X(Rejection,       NoStencil,       !draw.StencilTest,                                      "a failing pixel steps its stencil")
+  X(Rejection,       OneWay,          draw.DepthTest && IsOneWay(draw.DepthFunc),             "what an end fails against, all pixels fail against")
 
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \

@@ -36,6 +36,10 @@ constexpr bool IsLessOrLessEqual(TCompare func) {
   return func == TCompare::Less || func == TCompare::LessEqual;
 }
 
+constexpr bool IsOneWay(TCompare func) {
+  return IsLessOrLessEqual(func) || func == TCompare::Greater || func == TCompare::GreaterEqual;
+}
+
 enum class TStencilStep : std::uint8_t {
   Keep,
   Zero,

@@ -176,10 +176,12 @@ HWY_NOINLINE HWY_ATTR void DrawJoinedRows(const TSpanJob& job, const TRowSlots& 
     covered = JoinRows(job, rows, covered, &run);
     joined &= ~covered;
     SetJoinedValues(job, rows, &run, depths);
-    const TGroupTargets staged = {run.Color, run.Depth, run.Stencil};
+    const auto drawDepths = [&](std::uint64_t pixels) HWY_ATTR {
+      return job.Draw.UsesDepth() ? DrawDepths(job, run.Count, depths, pixels, run.Depth) : pixels;
+    };
     const TGroupResult drawn = job.Draw.StencilTest
-                                   ? TestRun<true>(job, depths, run.Count, staged)
-                                   : TestRun<false>(job, depths, run.Count, staged);
+                                   ? TestRun<true>(job, run.Count, run.Stencil, drawDepths)
+                                   : TestRun<false>(job, run.Count, run.Stencil, drawDepths);
     if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
       DrawJoinedColors<kTexels, kPerspective>(job, slots, rows, &run);
     }
