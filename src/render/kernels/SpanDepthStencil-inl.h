@@ -218,6 +218,19 @@ struct TStencilRun {
   HWY_ALIGN std::uint8_t Values[kRun];
 };
 
+// Loads the first `count` pixels of a run, `kMost` in most cases; the others are 0.
+template <int kMost>
+HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencilRun* run) {
+#if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
+  const DB db;
+  const auto live = hn::FirstN(db, static_cast<std::size_t>(count));
+  hn::Store(hn::MaskedLoad(live, db, from), db, run->Values);
+#else
+  std::memset(run->Values, 0, sizeof run->Values);
+  CopyFirst<kMost>(from, count, run->Values);
+#endif
+}
+
 // The pixels of a run whose stencil bytes meet a condition, as bits.
 template <class TMeets>
 HWY_INLINE HWY_ATTR std::uint64_t BytesThat(const TStencilRun& run, const TMeets& meets) {

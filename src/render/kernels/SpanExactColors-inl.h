@@ -162,9 +162,9 @@ HWY_INLINE HWY_ATTR VU ExactFetched(const TSpanJob& job, const TRowSlots& slots,
   if constexpr (kTexels == TTexelSource::Nearest) {
     return colorsOf(UnpackTexels(ready.Nearest));
   } else {
-    return HasExactPlaces(job.Primitive)
-               ? colorsOf(MixedChannels(ready.Pairs, channels))
-               : ExactColors<kTexels, kPerspective>(job, slots, row, t, channels, packed);
+    TTexelPairs pairs = ready.Pairs;
+    SetExactPairs(job.Primitive, &pairs);
+    return colorsOf(MixedChannels(pairs, channels));
   }
 }
 

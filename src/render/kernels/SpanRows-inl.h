@@ -42,8 +42,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kStencil) {
-    std::memset(stencil.Values, 0, sizeof stencil.Values); // all of them are tested
-    CopyFirst<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, stencil.Values);
+    LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
     tested &= StencilBits(job, stencil);
   }
   std::uint64_t shaded = tested;
@@ -288,7 +287,7 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
     return {live, drawDepths(live)};
   }
   TStencilRun stencil;
-  std::memcpy(stencil.Values, stencils, static_cast<std::size_t>(count));
+  LoadStencils<kRun>(stencils, count, &stencil);
   const std::uint64_t tested = live & StencilBits(job, stencil);
   const std::uint64_t shaded = tested != 0 ? drawDepths(tested) : 0;
   StepStencils(job, live, tested, shaded, &stencil, stencils);

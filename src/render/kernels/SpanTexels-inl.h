@@ -301,14 +301,17 @@ HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD
   return TCondition::None;
 }
 
+// A mask of pixels for the texels of either row.
+HWY_INLINE HWY_ATTR hn::Mask<DU2> OfBothRows(hn::Mask<DU64> pixels) {
+  const VU chosen = hn::TruncateTo(DU(), hn::VecFromMask(DU64(), pixels));
+  return hn::MaskFromVec(hn::Combine(DU2(), chosen, chosen));
+}
+
 // Puts the first texel of a row to the right of the last one.
 HWY_NOINLINE HWY_ATTR hn::Vec<DU2> WrappedRight(const DATASURFACE& surface, hn::Mask<DU64> atLast,
                                                 VU64 low, VU64 high, hn::Vec<DU2> right) {
-  const DU du;
-  const DU2 du2;
-  const VU chosen = hn::TruncateTo(du, hn::VecFromMask(DU64(), atLast));
-  const auto first = hn::Combine(du2, GatherTexels(surface, high), GatherTexels(surface, low));
-  return hn::IfThenElse(hn::MaskFromVec(hn::Combine(du2, chosen, chosen)), first, right);
+  const auto first = hn::Combine(DU2(), GatherTexels(surface, high), GatherTexels(surface, low));
+  return hn::IfThenElse(OfBothRows(atLast), first, right);
 }
 
 // The same for four texels, the two of each row in one load.
@@ -414,11 +417,25 @@ HWY_NOINLINE HWY_ATTR TTexels WrappedLinearTexels(TRenderCPU::TTexSampler* sampl
   return c00;
 }
 
-// Whether the places of a linear filter that `FetchInRangePairs` finds are the sampler's own, and
-// not only their mean.
-inline bool HasExactPlaces(const TPrimitive& primitive) {
-  return primitive.Reach >= TTexelReach::Periodic ||
-         (primitive.AxisX.Wrap != TTexelWrap::Edge && primitive.AxisY.Wrap != TTexelWrap::Edge);
+// Texels as the sampler takes them, where `FetchInRangePairs` left those whose mean is the same: at
+// the far edges of a texture that is clamped to them, the texel at the edge twice.
+HWY_INLINE HWY_ATTR void SetExactPairs(const TPrimitive& primitive, TTexelPairs* pairs) {
+  const DU2 du;
+  const DU64 du64;
+  const auto isOne = [&](VD fraction) HWY_ATTR {
+    return OfBothRows(hn::RebindMask(du64, hn::Eq(fraction, hn::Set(DD(), 1.0))));
+  };
+  if (primitive.AxisX.Wrap == TTexelWrap::Edge) {
+    pairs->Left = hn::IfThenElse(isOne(pairs->FractionU), pairs->Right, pairs->Left);
+  }
+  if (primitive.AxisY.Wrap == TTexelWrap::Edge) {
+    const auto above = isOne(pairs->FractionV);
+    const auto upper = [&](hn::Vec<DU2> both) HWY_ATTR {
+      return hn::IfThenElse(above, hn::ConcatUpperUpper(du, both, both), both);
+    };
+    pairs->Left = upper(pairs->Left);
+    pairs->Right = upper(pairs->Right);
+  }
 }
 
 // The channels in a set of four texels mixed; others are 0.
@@ -442,10 +459,10 @@ HWY_INLINE HWY_ATTR TTexels MixedChannels(const TTexelPairs& pairs, std::uint32_
 
 HWY_INLINE HWY_ATTR TTexels LinearTexels(const TSpanJob& job, std::uint32_t channels, VD s, VD t) {
   TTexelPairs pairs;
-  if (!HasExactPlaces(job.Primitive) ||
-      FetchInRangePairs<TTexelReach::Near>(job, s, t, &pairs) != TCondition::None) {
+  if (FetchInRangePairs<TTexelReach::Near>(job, s, t, &pairs) != TCondition::None) {
     return WrappedLinearTexels(job.Primitive.Sampler, s, t);
   }
+  SetExactPairs(job.Primitive, &pairs);
   return MixedChannels(pairs, channels);
 }
 
