@@ -165,9 +165,9 @@ struct TPrimitive {
   bool UsesVertexColor = true; ///< bytes depend on the interpolated colours, not on texels alone
   std::uint32_t ConstMask = 0; ///< the channels that have the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor = 0;
-  std::uint32_t TieMask = 0;  ///< without a texture, those that lie between two bytes throughout
   double ChannelBound = 0.0;  ///< of SpanFloatColors-inl.h; 0: not in single precision
   std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the nearest texel, rounded
+  std::uint32_t TieMask = 0;  ///< without a texture, those that lie between two bytes throughout
   float Tint[4];              ///< of those channels
 
   bool HasConstColor() const { return ConstMask == kAllChannels; }
