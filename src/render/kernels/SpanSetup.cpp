@@ -192,6 +192,7 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
     double value = c;
     if (primitive->Perspective) {
       if (!oneW && !IsConstantByte(c)) {
+        primitive->TieMask |= 1u << i;
         continue;
       }
       if (oneW) {
@@ -255,18 +256,45 @@ bool HasSmallOffsets(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
-// The texel coordinates of an axis that are wrapped in few operations. A linear filter reads one
-// texel further, which a repeat brings back.
-TTexelRange TexelRangeOf(std::uint32_t wrap, int size, bool linear) {
+TTexelAxis TexelAxisOf(std::uint32_t wrap, int size, bool linear) {
   const auto last = static_cast<std::uint32_t>(size - 1);
-  const double limit = size - (linear ? 1 : 0);
-  if (wrap != GL_REPEAT) {
-    return {limit, limit, 0.0, 0.0, ~0u, ~0u};
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    return {TTexelWrap::Repeat, last, last, 0.0, 0.0, 0.0, 0.0};
   }
-  if ((size & (size - 1)) == 0) {
-    return {kInRangeRepeat, kInRangeRepeat, 0.0, 0.0, last, last};
+  if (wrap == GL_REPEAT) {
+    return {TTexelWrap::Repeat, ~0u, last, static_cast<double>(size), 1.0 / size, 0.0, 0.0};
   }
-  return {limit, kInRangeRepeat, static_cast<double>(size), 1.0 / size, ~0u, last};
+  // A linear filter reads one texel further.
+  const double most = size - (linear ? 1 : 0);
+  const bool toEdge = wrap == GL_CLAMP_TO_EDGE && most > 0.0;
+  return {toEdge ? TTexelWrap::Edge : TTexelWrap::Inside, ~0u, ~0u, 0.0, 0.0, most, most - 1.0};
+}
+
+// Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
+// what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
+// ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more.
+TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, int size, bool linear,
+                         const TTexelAxis& axis) {
+  const double a = v[0][slot][component];
+  const double b = v[1][slot][component];
+  const double c = v[2][slot][component];
+  const double shift = linear ? 0.5 : 0.0;
+  const double least = std::min({a, b, c}) * size - shift;
+  const double most = std::max({a, b, c}) * size - shift;
+  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most));
+  // NaNs are found by the sum.
+  if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
+        most < kInRangeRepeat)) {
+    return TTexelReach::Anywhere;
+  }
+  if (margin <= least && most + margin < size - (linear ? 1 : 0)) {
+    return TTexelReach::Plain;
+  }
+  // One texel below zero is the last one, unless it is the first as well.
+  if (axis.Wrap != TTexelWrap::Repeat || axis.Last == 0 || least < -0.75) {
+    return TTexelReach::Near;
+  }
+  return axis.Period == 0.0 ? TTexelReach::Plain : TTexelReach::Periodic;
 }
 
 // Finds whether kernels read the texels themselves.
@@ -277,8 +305,16 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
-  primitive->RangeX = TexelRangeOf(sampler.m_WrapS, surface->Width, linear);
-  primitive->RangeY = TexelRangeOf(sampler.m_WrapT, surface->Height, linear);
+  primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width, linear);
+  primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height, linear);
+  primitive->Reach = TTexelReach::Anywhere;
+  const TVertices& v = primitive->Vertex;
+  if (!primitive->Perspective || HasSteadyW(v)) {
+    const int slot = primitive->TexSlot;
+    primitive->Reach =
+        std::min(TexelReachOf(v, slot, 0, surface->Width, linear, primitive->AxisX),
+                 TexelReachOf(v, slot, 1, surface->Height, linear, primitive->AxisY));
+  }
   return TCondition::None;
 }
 
