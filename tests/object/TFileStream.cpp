@@ -362,7 +362,7 @@ TEST_F(TFileStreamTest, SaveToFileWritesAllWhateverThePosition) {
 
 TEST_F(TFileStreamTest, SaveToAFullDeviceIsFalse) {
   TMemoryStream stream;
-  ASSERT_TRUE(stream.SetSize(1000));
+  ASSERT_TRUE(stream.WriteAll(std::string(1000, 'x').data(), 1000));
   EXPECT_FALSE(stream.SaveToFile("/dev/full"));
 }
 
