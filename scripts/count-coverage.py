@@ -3,8 +3,8 @@
 
 A line or branch of the source counts once, however often it is compiled: as a template, in an inline function, or for
 each instruction set. What any of these copies ran is run. Left out are the branches that only an exception takes, with
-the calls that they belong to; the compiler's own of `catch` (is it another type?) and `delete` (is it null?); and
-lines that hold nothing but a brace, where destructors run.
+the calls that they belong to; those that the compiler adds where no condition is written (what is destroyed after an
+exception, whether a static was made, whether what is deleted is null); and lines that hold nothing but a brace.
 
 What is not run and has a reason stands in docs/coverage.md, as the line's own text:
 
@@ -46,7 +46,10 @@ ROOMS = [
     ("src/math", 97, r"src/math/"),
     ("src/types and src/module", 97, r"src/(types|module)/"),
 ]
-COMPILERS = re.compile(r"^(\} catch \(.*\) \{|delete \w+;)$")
+# What a condition of its own begins with, or a further one.
+CONDITION = re.compile(r"\b(?:if constexpr|if|while|for) \(|&& |&&$|\|\| |\|\|$| \? |^\? ")
+# What is compiled once for each instruction set, by routines that are mostly inlined.
+KERNEL = re.compile(r"/kernels/|-inl\.h$|src/math/(CubeSpline1D|InverseEx|LineSysGauss|Product|SolveGauss)\.cpp$")
 SOURCE = re.compile(r"^(src|siblings/[^/]+/(src|include))/")
 ENTRY = re.compile(r"^- (`+) ?(.+?) ?\1: .+")
 
@@ -56,17 +59,37 @@ class TFile:
         self.name = name
         self.text = (ROOT / name).read_text().splitlines()
         self.lines = defaultdict(int)  # number -> runs
-        self.branches = {}  # (number, branches of that copy) -> [runs of each]
+        self.copies = defaultdict(list)  # number -> the runs of each branch, for each copy of the line
 
     def add(self, number, count, branches):
         text = self.line(number)
         if not re.search(r"\w", text):
             return
         self.lines[number] += count
-        if branches and not COMPILERS.match(text):
-            sums = self.branches.setdefault((number, len(branches)), [0] * len(branches))
-            for i, runs in enumerate(branches):
-                sums[i] += runs
+        if branches:
+            self.copies[number].append(branches)
+
+    def branches(self):
+        """For each line with conditions, the runs of its branches, summed over its copies. Where functions are compiled
+        into others, the copies of a line come as one list, of a multiple of what the line has. Where the compiler has
+        decided conditions of some copies, that is no multiple: in what is compiled for several instruction sets, such
+        a line then counts as one condition, and elsewhere as it stands."""
+        isKernel = KERNEL.search(self.name)
+        for number, copies in sorted(self.copies.items()):
+            text = self.line(number)
+            written = 2 * len(CONDITION.findall(text))
+            size = min(len(copy) for copy in copies)
+            if written == 0 and (isKernel or not text.startswith("switch (")):
+                continue
+            if written and all(len(copy) % written == 0 for copy in copies):
+                size = written
+            elif isKernel:
+                size = 2
+            sums = [0] * size
+            for copy in copies:
+                for i, runs in enumerate(copy if len(copy) % size == 0 else []):
+                    sums[i % size] += runs
+            yield number, sums
 
     def line(self, number):
         return self.text[number - 1].strip()
@@ -155,7 +178,7 @@ def main():
                 else:
                     listed.append((file.name, number, "not run", text))
                     failures.append(f"{file.name}:{number} is not run and has no reason")
-        for (number, _), runs in sorted(file.branches.items()):
+        for number, runs in file.branches():
             taken = sum(1 for one in runs if one != 0)
             text = file.line(number)
             room[2] += len(runs)

@@ -63,4 +63,13 @@ TEST(Bmp, OldestHeaderHasNeither16Nor32Bits) {
   }
 }
 
+TEST(Tga, IndicesWithoutAPaletteAreRefused) {
+  TBytes file = TgaHeader(1, 1, 1, 8, 0);
+  file[1] = 1;
+  file[7] = 24;
+  EXPECT_FALSE(TLoaded(file + TBytes{0}).Done);
+  file[5] = 1; // entries
+  EXPECT_TRUE(TLoaded(file + TBytes{1, 2, 3} + TBytes{0}).Done);
+}
+
 } // namespace

@@ -509,4 +509,18 @@ TEST(SaveImage, WhyItFailedIsNotWhatClosingSays) {
   EXPECT_TRUE(std::filesystem::is_symlink(file.Name)) << "a device is not removed";
 }
 
+TEST(SaveImage, ANameWithoutAFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const TTemporary folder("_folder");
+  std::filesystem::create_directory(folder.Name);
+  std::filesystem::current_path(folder.Name);
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  EXPECT_TRUE(SaveImage("x.png", nullptr, surface));
+  EXPECT_FALSE(SaveImage("png", nullptr, surface));
+  EXPECT_TRUE(std::filesystem::exists("x.png"));
+  std::filesystem::current_path(before);
+  std::filesystem::remove_all(folder.Name);
+}
+
 } // namespace

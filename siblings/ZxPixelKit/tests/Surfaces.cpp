@@ -343,6 +343,8 @@ TEST(Copy, RefusesAnotherKindOfPixel) {
   EXPECT_FALSE(ds::Copy(source, target));
   EXPECT_FALSE(ds::Copy(source, DATASURFACE{}));
   EXPECT_FALSE(ds::Copy(DATASURFACE{}, source));
+  source.Type = target.Type = DATA_TYPE_REF; // which has no size
+  EXPECT_FALSE(ds::Copy(source, target));
   EXPECT_EQ(to[0], 0);
 }
 
