@@ -13,16 +13,21 @@ cd "$(dirname "$0")/.."
 jobs=${JOBS:-$(nproc)}
 build=build/coverage
 
-# One of the programs that test a room. What counts static initialisers would find those that do the counting here.
-if [ "${1-}" = --run ]; then
-  if ! "$build/bin/$2" --gtest_brief=1 --gtest_filter=-StaticInitialisers.* >"$build/$2.log" 2>&1; then
-    cat "$build/$2.log" >&2
-    echo "coverage.sh: $2 failed" >&2
+# One of the programs that test a room. What counts static initialisers would find those that do the counting here; and
+# the bits of NaNs are the same on all paths only in optimised code, which has its operands in one order.
+left_out=StaticInitialisers.*:SpanBytes.ColoursOutsideTheirRange
+if [ "${1-}" = --run ]; then # program, which of its parts from 0 on, how many there are
+  log=$build/$2-$3.log
+  if ! GTEST_SHARD_INDEX=$3 GTEST_TOTAL_SHARDS=$4 "$build/bin/$2" --gtest_brief=1 --gtest_filter="-$left_out" \
+    >"$log" 2>&1; then
+    cat "$log" >&2
+    echo "coverage.sh: $2 failed, part $3" >&2
     exit 1
   fi
-  echo "coverage.sh: $2 passed"
+  echo "coverage.sh: $2 passed, part $3 of 0 to $(($4 - 1))"
   exit
 fi
+failed=""
 
 if [ "${1-}" != --count ]; then
   cmake -S . -B $build -G Ninja -DCMAKE_BUILD_TYPE=Debug -DZX_COVERAGE=ON -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=OFF
@@ -31,8 +36,12 @@ if [ "${1-}" != --count ]; then
   # shellcheck disable=SC2086
   cmake --build $build -j "$jobs" --target $programs
   find $build -name '*.gcda' -delete
-  # shellcheck disable=SC2086
-  printf '%s\n' $programs | xargs -P "$jobs" -n 1 scripts/coverage.sh --run
+  # The longest first, in parts.
+  {
+    for part in 0 1 2 3 4 5; do echo "test_render $part 6"; done
+    for part in 0 1 2; do echo "test_math $part 3"; done
+    for program in $programs; do echo "$program 0 1"; done | grep -v -e test_render -e test_math
+  } | xargs -P "$jobs" -L 1 scripts/coverage.sh --run || failed=yes
 fi
 
 # The pages are gcovr's; it counts copies of a line apart, so the figures are those of the other.
@@ -41,4 +50,5 @@ gcovr --root . --object-directory $build -j "$jobs" --filter 'src/' --filter 'si
   --exclude-throw-branches --exclude-unreachable-branches --merge-mode-functions=separate \
   --gcov-ignore-parse-errors --html-details $build/html/index.html >$build/gcovr.log 2>&1 ||
   echo "coverage.sh: no pages; see $build/gcovr.log" >&2
-scripts/count-coverage.py $build -j "$jobs"
+scripts/count-coverage.py $build -j "$jobs" || failed=yes
+[ -z "$failed" ]
