@@ -46,8 +46,11 @@ fi
 
 # The pages are gcovr's; it counts copies of a line apart, so the figures are those of the other.
 mkdir -p $build/html
+merge="" # newer ones refuse functions that are compiled several times, unless told
+gcovr --help | grep -q merge-mode-functions && merge=--merge-mode-functions=separate
+# shellcheck disable=SC2086
 gcovr --root . --object-directory $build -j "$jobs" --filter 'src/' --filter 'siblings/[^/]*/(src|include)/' \
-  --exclude-throw-branches --exclude-unreachable-branches --merge-mode-functions=separate \
+  --exclude-throw-branches --exclude-unreachable-branches $merge \
   --gcov-ignore-parse-errors --html-details $build/html/index.html >$build/gcovr.log 2>&1 ||
   echo "coverage.sh: no pages; see $build/gcovr.log" >&2
 scripts/count-coverage.py $build -j "$jobs" || failed=yes
