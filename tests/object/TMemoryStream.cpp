@@ -509,3 +509,14 @@ TEST(TMemoryStream, ExhaustedMemoryKeepsBlockAndContents) {
   EXPECT_EQ(stream.GetPos(), 3);
   EXPECT_EQ(stream.GetCapacity(), 1028u);
 }
+
+TEST(TMemoryStream, NothingIsReadIntoNoPlace) {
+  TMemoryStream stream;
+  ASSERT_TRUE(stream.WriteAll("abc", 3));
+  ASSERT_TRUE(stream.SetPos(1));
+  EXPECT_EQ(stream._Read(nullptr, 0), 0u);
+  unsigned long length = 7;
+  EXPECT_FALSE(stream.ReadLine(nullptr, 10, &length));
+  EXPECT_EQ(length, 7u);
+  EXPECT_EQ(stream.GetPos(), 1);
+}

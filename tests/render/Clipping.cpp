@@ -158,7 +158,7 @@ TEST_F(Clipping, APlaneOfSixRasterisesAndAboveNothingHappens) {
   TRenderCPU::VAR_DATA triangle[3] = {Record({-1, -1, 0, 1}, 0), Record({1, -1, 0, 1}, 8),
                                       Record({-1, 1, 0, 1}, 16)};
   const TRenderCPU::VAR_DATA triangleBefore[3] = {triangle[0], triangle[1], triangle[2]};
-  for (const int plane : {7, 8, 1000}) {
+  for (const int plane : {-1000, -1, 7, 8, 1000}) {
     m_Scene->ClipAndRasterizeLine(line, plane);
     m_Scene->ClipAndRasterizeTriangle(triangle, plane);
   }
