@@ -129,7 +129,9 @@ def contact_sheet(pictures, columns=10, edge=96):
 
 def tasks_of(options):
     if options.list:
-        models = [line for line in Path(options.list).read_text().splitlines() if line.strip()]
+        lines = Path(options.list).read_bytes().split(b"\n")  # as zxrender --list reads them
+        models = [os.fsdecode(line.removesuffix(b"\r")) for line in lines]
+        models = [model for model in models if model and not model.startswith("#")]
         return {f"{n:04d}_{Path(model).stem}": (Path(model).absolute(), 30.0)
                 for n, model in enumerate(models)}
     model = Path(options.model).absolute()

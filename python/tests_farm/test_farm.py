@@ -65,7 +65,9 @@ def test_what_is_written(undisturbed, tmp_path):
 
 def test_one_bad_model_does_not_stop_the_others(tmp_path):
     (tmp_path / "bad.obj").write_text("no model")
-    (tmp_path / "list").write_text(f"{MODEL}\n{tmp_path / 'bad.obj'}\n{MODEL}\n")
+    # The form of zxrender's lists: comments, empty lines, line ends of either kind.
+    (tmp_path / "list").write_bytes(
+        f"# models\n\n{MODEL}\r\n{tmp_path / 'bad.obj'}\n{MODEL}".encode())
     done = subprocess.run([sys.executable, EXAMPLES / "farm.py", "--list", tmp_path / "list",
                            "--out", tmp_path / "out", "--workers", "2", "--program", PROGRAM,
                            "--size", "64x64"], capture_output=True, text=True, timeout=300)
