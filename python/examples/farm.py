@@ -121,9 +121,11 @@ def contact_sheet(pictures, columns=10, edge=96):
         stream.SetPos(0)
         picture = zx.LoadImage(stream).Data[:, :, :3]
         step = -(-max(picture.shape[:2]) // edge)
-        small = picture[::step, ::step]
+        height, width = picture.shape[0] // step, picture.shape[1] // step
+        blocks = picture[:height * step, :width * step].reshape(height, step, width, step, 3)
+        small = numpy.rint(blocks.mean(axis=(1, 3)))
         bottom, left = (rows - 1 - n // columns) * edge, n % columns * edge
-        sheet[bottom:bottom + small.shape[0], left:left + small.shape[1]] = small
+        sheet[bottom:bottom + height, left:left + width] = small
     return sheet
 
 

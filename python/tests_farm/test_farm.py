@@ -9,6 +9,7 @@ import subprocess
 import sys
 from pathlib import Path
 
+import numpy
 import pytest
 
 EXAMPLES = Path(__file__).resolve().parent.parent / "examples"
@@ -61,6 +62,15 @@ def test_what_is_written(undisturbed, tmp_path):
     first = zx.LoadImage(tmp_path / "frame_00.png").Data
     assert (sheet[2 * 96:2 * 96 + 72, :96] == first[:, :, :3]).all(), "at the top left"
     assert (sheet[:96, 4 * 96:] == 255).all(), "nothing behind the last of 24"
+
+
+def test_the_sheet_shows_averages(tmp_path):
+    stripes = numpy.zeros((4, 192, 3), numpy.uint8)  # columns of 200 and 0, twice as wide as a field
+    stripes[:, ::2] = 200
+    assert zx.SaveImage(tmp_path / "stripes.png", stripes)
+    sheet = farm.contact_sheet([(tmp_path / "stripes.png").read_bytes()], columns=1, edge=96)
+    assert sheet.shape == (96, 96, 3)
+    assert (sheet[:2] == 100).all() and (sheet[2:] == 255).all()
 
 
 def test_one_bad_model_does_not_stop_the_others(tmp_path):
