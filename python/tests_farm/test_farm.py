@@ -73,6 +73,40 @@ def test_the_sheet_shows_averages(tmp_path):
     assert (sheet[:2] == 100).all() and (sheet[2:] == 255).all()
 
 
+def test_the_cluster_at_hand_takes_tasks(undisturbed, tmp_path):
+    with farm.Cluster(1) as cluster:
+        address = cluster.Client.scheduler.address
+        done = subprocess.run([sys.executable, EXAMPLES / "farm.py", MODEL, "--frames", "3",
+                               "--out", tmp_path / "out", "--scheduler", address,
+                               "--program", PROGRAM, "--size", "96x72"],
+                              capture_output=True, text=True, timeout=300)
+        assert done.returncode == 0, done.stderr
+        assert "3 pictures" in done.stdout and "0 failures" in done.stdout
+        assert len(cluster.Client.scheduler_info()["workers"]) == 1, "it is left as it was"
+    # Frame 1 of 3 is frame 8 of 24: 120 degrees.
+    stem = Path(MODEL).stem
+    assert (tmp_path / "out" / f"{stem}_0001.png").read_bytes() == undisturbed["frame_08"][0]
+
+
+def test_the_table_of_time():
+    done = subprocess.run([sys.executable, EXAMPLES / "farm.py", MODEL, "--frames", "2",
+                           "--scaling", "2,1", "--program", PROGRAM, "--size", "32x32"],
+                          capture_output=True, text=True, timeout=300)
+    assert done.returncode == 0, done.stderr
+    head, line, *rows = done.stdout.splitlines()
+    assert head == "| workers | seconds | pictures a second | speed-up |" and len(rows) == 2
+    cells = [row.strip("| ").split(" | ") for row in rows]
+    assert [row[0] for row in cells] == ["2", "1"] and cells[0][3] == "1.00"
+
+
+def test_the_bar_is_for_terminals(capsys, monkeypatch):
+    farm.bar(3, 4)
+    assert capsys.readouterr() == ("", "")
+    monkeypatch.setattr(sys.stderr, "isatty", lambda: True)
+    farm.bar(3, 4)
+    assert capsys.readouterr().err == f"\r[{'#' * 30}{'.' * 10}] 3/4"
+
+
 def test_one_bad_model_does_not_stop_the_others(tmp_path):
     (tmp_path / "bad.obj").write_text("no model")
     # The form of zxrender's lists: comments, empty lines, line ends of either kind.
