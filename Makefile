@@ -2,7 +2,7 @@
 # do, and which packages it would install first, it prints before anything else.
 #
 #   make, make demo     draw real models into demo-out/ and an index.html that shows them
-#   make test           build and test, plain and under the sanitizers
+#   make test           build and test, the Python module too, plain and under the sanitizers
 #   make check          check the source text: format, words, headers, linters, both compilers' warnings
 #   make abi            hold the binary interface against that of the last release
 #   make test-arm64     the same for arm64 under qemu, and that both compute the same bits
@@ -41,10 +41,10 @@ demo:
 	scripts/run-demo.sh build/release/bin $(DEMO_OUT)
 
 test:
-	@scripts/announce.sh "build test demo" "build and test in build/release" \
+	@scripts/announce.sh "build test demo python farm" "build and test in build/release, with the Python module and a farm" \
 	  "build and test once more under the sanitizers, in build/asan"
-	scripts/install-packages.sh build test demo
-	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON -DZX_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
+	scripts/install-packages.sh build test demo python farm
+	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON -DZX_BUILD_PYTHON=ON -DZX_WARNINGS_AS_ERRORS=$(WARNINGS_AS_ERRORS)
 	cmake --build --preset release -j $(JOBS)
 	ctest --preset release -j $(JOBS)
 	cmake --preset asan -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
@@ -116,8 +116,8 @@ docs:
 
 .PHONY: python package test-package farm
 
-# Builds the Python module, installs it into a virtual environment and tests it there. Freed memory is
-# overwritten, so that a view of it is found out.
+# Builds the Python module as pip does, installs it into a virtual environment and tests it there; `make test`
+# runs the same tests on the module in build/release. Freed memory is overwritten, so that a view of it is found out.
 python:
 	scripts/install-packages.sh build python
 	/usr/bin/python3 -m venv --clear --system-site-packages build/venv

@@ -121,15 +121,19 @@ def contact_sheet(pictures, columns=10, edge=96):
         stream.SetPos(0)
         picture = zx.LoadImage(stream).Data[:, :, :3]
         step = -(-max(picture.shape[:2]) // edge)
-        small = picture[::step, ::step]
+        height, width = picture.shape[0] // step, picture.shape[1] // step
+        blocks = picture[:height * step, :width * step].reshape(height, step, width, step, 3)
+        small = numpy.rint(blocks.mean(axis=(1, 3)))
         bottom, left = (rows - 1 - n // columns) * edge, n % columns * edge
-        sheet[bottom:bottom + small.shape[0], left:left + small.shape[1]] = small
+        sheet[bottom:bottom + height, left:left + width] = small
     return sheet
 
 
 def tasks_of(options):
     if options.list:
-        models = [line for line in Path(options.list).read_text().splitlines() if line.strip()]
+        lines = Path(options.list).read_bytes().split(b"\n")  # as zxrender --list reads them
+        models = [os.fsdecode(line.removesuffix(b"\r")) for line in lines]
+        models = [model for model in models if model and not model.startswith("#")]
         return {f"{n:04d}_{Path(model).stem}": (Path(model).absolute(), 30.0)
                 for n, model in enumerate(models)}
     model = Path(options.model).absolute()

@@ -47,7 +47,7 @@ def read(header, docs):
         elif not text.startswith("//"):
             if block:
                 running = plain(block)
-            name = declared(text)
+            name = declared(text.partition("//")[0])  # a remark behind a member may name a call
             if name and running:
                 inside = scopes[-1][0] if scopes else ""
                 docs.setdefault(f"{inside}::{name}" if inside else name, running)

@@ -3,7 +3,7 @@
 /// What --help and the manual page say besides the options.
 
 inline constexpr char kHelpHead[] =
-    R"(Usage: zxrender [OPTION]... TModel...
+    R"(Usage: zxrender [OPTION]... MODEL...
 Renders 3D models (COLLADA, glTF, OBJ, PLY, STL and all else that Assimp reads).
 
 )";
@@ -17,7 +17,7 @@ Exit status: 0 success, 1 a file failed, 2 usage error, 3 --check found changes
 inline constexpr char kManualHead[] = R"(= NAME
 zxrender - render 3D models to reproducible pictures
 = SYNOPSIS
-zxrender [OPTION]... TModel...
+zxrender [OPTION]... MODEL...
 = DESCRIPTION
 Renders 3D model files (COLLADA, glTF, OBJ, PLY, STL, 3DS, FBX and all else that Assimp reads) to PNG or JPEG in software. The pixels are the same on every run and on every machine.
 

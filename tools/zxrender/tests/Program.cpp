@@ -31,6 +31,9 @@ TEST(Program, HelpFitsAScreenAndHasGroups) {
     EXPECT_TRUE(Contains(all, option)) << option;
   }
   EXPECT_TRUE(Contains(help, "Exit status"));
+  for (const TResult& shown : {help, Render("--print-manual")}) {
+    EXPECT_TRUE(Contains(shown, "[OPTION]... MODEL...\n"));
+  }
   for (const char* group : {"picture", "view", "layers", "check", "many", "report"}) {
     EXPECT_TRUE(Contains(help, group)) << group;
     const TResult shown = Render(std::string("--help=") + group);
