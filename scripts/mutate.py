@@ -5,12 +5,16 @@ Each mutant is built in a tree of its own (build/mutants/tree, a git worktree of
 so that the files at hand are never touched. First the tests run that the file names ("Tested by:") or that mirror
 it (tests/object/TStream.cpp for src/object/TStream.cpp), then, if those pass, all of the room's. A mutant that does
 not compile counts as none. Results are appended to a list, and a mutant that the list has is not tried again.
+
+In the run of all of a room's tests, those stay out that take longer than --slow seconds by themselves: what survives
+is to be tried again with --survivors, where every test runs and the row in the list is renewed.
 """
 
 import argparse
 import os
 import random
 import re
+import shutil
 import subprocess
 import sys
 import time
@@ -19,6 +23,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 LIST = ROOT / "tests" / "mutation" / "mutants.tsv"
 KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
+
+HEAD = ["file", "code", "line", "mutation", "verdict", "by"]
 
 # What a token becomes. Spaces keep templates, arrows and shifts out of it.
 TOKENS = [
@@ -93,9 +99,11 @@ def filter_of(path):
 
 
 class Tree:
-    def __init__(self, jobs):
+    def __init__(self, jobs, slow, levels):
         self.jobs = jobs
+        self.slow = slow
         self.limits = {}  # seconds that a program's tests may take, from what they take as they are
+        self.left_out = {}  # a program's tests that take longer than is wanted, as a filter
         self.path = ROOT / "build" / "mutants" / "tree"
         self.build = ROOT / "build" / "mutants" / "build"
         if not (self.path / "CMakeLists.txt").exists():
@@ -104,8 +112,14 @@ class Tree:
             self.git(ROOT, "worktree", "add", "--detach", str(self.path))
         head = subprocess.run(["git", "-C", ROOT, "rev-parse", "HEAD"], check=True, capture_output=True, text=True)
         self.git(self.path, "checkout", "--quiet", "--force", "--detach", head.stdout.strip())
+        linker = "-fuse-ld=lld" if shutil.which("ld.lld") else ""
+        if levels == "two":
+            names = self.path / "src" / "types" / "private" / "InstructionSets.h"
+            names.write_text(re.sub(r"(#define ZX_TARGETS_(?:SSSE3|AVX3)) .*", r"\1 0", names.read_text()))
         self.run(["cmake", "-S", self.path, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-                  "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1", "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
+                  "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1",
+                  f"-DCMAKE_EXE_LINKER_FLAGS={linker}", f"-DCMAKE_SHARED_LINKER_FLAGS={linker}",
+                  "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
 
     @staticmethod
     def git(folder, *arguments):
@@ -121,9 +135,9 @@ class Tree:
 
     def passes(self, program, tests):
         """None if they pass, otherwise the name of the first test that does not, or how the program ended."""
-        command = [self.build / "bin" / program, "--gtest_brief=1"] + ([f"--gtest_filter={tests}"] if tests else [])
+        command = [self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast"]
         try:
-            done = self.run(command, self.limits.get(program, 3600))
+            done = self.run(command + ([f"--gtest_filter={tests}"] if tests else []), self.limits.get(program, 3600))
         except subprocess.TimeoutExpired:
             return "a test that hangs"
         if done.returncode == 0:
@@ -136,9 +150,14 @@ class Tree:
         if not self.make(program):
             return False
         begun = time.monotonic()
-        if self.passes(program, ""):
+        done = self.run([self.build / "bin" / program], 3600)
+        if done.returncode != 0:
             return False
         self.limits[program] = 30 + 5 * (time.monotonic() - begun)
+        if self.slow:
+            took = re.findall(r"\[       OK \] (\S+)(?:,.*)? \((\d+) ms\)", done.stdout)
+            slow = [name for name, ms in took if int(ms) > 1000 * self.slow]
+            self.left_out[program] = "*-" + ":".join(slow) if slow else ""
         return True
 
     def verdict(self, path, line, new):
@@ -153,7 +172,7 @@ class Tree:
             if not self.make(program):
                 return "no mutant", "does not compile"
             own = filter_of(path)
-            by = (self.passes(program, own) if own else None) or self.passes(program, "")
+            by = (self.passes(program, own) if own else None) or self.passes(program, self.left_out.get(program, ""))
             return ("killed", by) if by else ("survived", "")
         finally:
             file.write_text(before)
@@ -161,40 +180,69 @@ class Tree:
 
 def listed():
     if not LIST.exists():
-        return {}
+        return []
     rows = [line.split("\t") for line in LIST.read_text().splitlines()[1:]]
-    return {(row[0], row[1], row[3]): row for row in rows if len(row) >= 5}
+    return [row for row in rows if len(row) >= 5]
+
+
+def write(rows):
+    LIST.parent.mkdir(parents=True, exist_ok=True)
+    LIST.write_text("".join("\t".join(row) + "\n" for row in [HEAD, *rows]))
+
+
+def new_mutants(given):
+    """Mutants by chance that the list does not have: (file, code, line, mutation, new line)."""
+    known = {(row[0], row[1], row[3]) for row in listed()}
+    pool = []
+    for path in given.files:
+        lines = (ROOT / path).read_text().splitlines()
+        pool += [(path, lines[line - 1].strip(), line, what, new) for line, what, new in mutants(path)]
+    pool = [m for m in pool if (m[0], m[1], m[3]) not in known]
+    random.Random(given.seed).shuffle(pool)
+    return pool[:given.count]
+
+
+def survivors(given):
+    """The list's survivors, where their code still stands."""
+    found = []
+    for path, code, line, what, verdict, *_ in listed():
+        if verdict != "survived" or (given.files and path not in given.files):
+            continue
+        lines = (ROOT / path).read_text().splitlines()
+        same = [m for m in mutants(path) if m[1] == what and lines[m[0] - 1].strip() == code]
+        same.sort(key=lambda m: abs(m[0] - int(line)))
+        if not same:
+            print(f"mutate.py: {path} has no line {code!r} any more", file=sys.stderr)
+            continue
+        found.append((path, code, same[0][0], what, same[0][2]))
+    return found
 
 
 def main():
     options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("files", nargs="+", help="sources of src and siblings")
+    options.add_argument("files", nargs="*", help="sources of src and siblings")
     options.add_argument("--count", type=int, default=20, help="how many mutants in all, chosen by chance (20)")
     options.add_argument("--seed", type=int, default=1, help="what chance begins with (1)")
+    options.add_argument("--slow", type=float, default=5, help="tests that take more seconds stay out of a room's run (5)")
+    options.add_argument("--levels", choices=("all", "two"), default="all",
+                         help="compile for all instruction sets, or for AVX2 and what every processor has")
+    options.add_argument("--survivors", action="store_true", help="try the list's survivors again, with every test")
     options.add_argument("--list", action="store_true", help="only print what could be done")
     options.add_argument("-j", "--jobs", type=int, default=os.cpu_count())
     given = options.parse_args()
 
-    pool = [(path, *mutant) for path in given.files for mutant in mutants(path)]
-    known = listed()
-    texts = {path: (ROOT / path).read_text().splitlines() for path in given.files}
-    pool = [m for m in pool if (m[0], texts[m[0]][m[1] - 1].strip(), m[2]) not in known]
-    random.Random(given.seed).shuffle(pool)
-    pool = pool[:given.count]
+    pool = survivors(given) if given.survivors else new_mutants(given)
     if given.list:
-        for path, line, what, new in pool:
+        for path, _, line, what, _ in pool:
             print(f"{path}:{line}: {what}")
         return 0
-    tree = Tree(given.jobs)
-    for program in sorted({program_of(path) for path in given.files}):
+    tree = Tree(given.jobs, 0 if given.survivors else given.slow, given.levels)
+    for program in sorted({program_of(m[0]) for m in pool}):
         if not tree.stands(program):
             print(f"mutate.py: {program} does not pass as it is", file=sys.stderr)
             return 2
-    LIST.parent.mkdir(parents=True, exist_ok=True)
-    if not LIST.exists():
-        LIST.write_text("file\tcode\tline\tmutation\tverdict\tby\n")
     tried = killed = 0
-    for index, (path, line, what, new) in enumerate(pool, 1):
+    for index, (path, code, line, what, new) in enumerate(pool, 1):
         begun = time.monotonic()
         verdict, by = tree.verdict(path, line, new)
         print(f"{index}/{len(pool)} {path}:{line}: {what}: {verdict} {by} ({time.monotonic() - begun:.0f} s)", flush=True)
@@ -202,8 +250,11 @@ def main():
             continue
         tried += 1
         killed += verdict == "killed"
-        with LIST.open("a") as out:
-            out.write("\t".join([path, texts[path][line - 1].strip(), str(line), what, verdict, by]) + "\n")
+        rows = listed()
+        row = [path, code, str(line), what, verdict, by]
+        at = next((i for i, r in enumerate(rows) if given.survivors and (r[0], r[1], r[3]) == (path, code, what)), len(rows))
+        rows[at:at + 1] = [row]
+        write(rows)
     print(f"{tried} mutants, {killed} killed, {tried - killed} survived")
     return 0
 
