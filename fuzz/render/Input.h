@@ -5,16 +5,9 @@
 #include <cstring>
 #include <limits>
 
-#include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/ProgramCPU.h>
-#include <ZxCore3D/render/ShaderCPU.h>
-#include <ZxCore3D/render/TRenderCPU.h>
-
-// Where the arguments of fuzzed drawing calls come from: numbers, memory to read, shaders.
+// Where the arguments of fuzzed drawing calls come from: numbers, and memory to read.
 
 namespace fuzz_render {
-
-using Zx3D::TRenderCPU;
 
 /// Takes numbers of all kinds from the front of the input; zeros when it is used up.
 class TInput {
@@ -91,7 +84,33 @@ public:
     return kind < 250 ? kEnums[kind % count] : Raw<unsigned int>();
   }
 
+  // Several at once: in which order a call's arguments are evaluated is the compiler's choice, and
+  // one input has to be the same calls with each.
+  template <std::size_t N> std::array<int, N> Ints() {
+    return Several<int, N>([this] { return Int(); });
+  }
+  template <std::size_t N> std::array<double, N> Numbers() {
+    return Several<double, N>([this] { return Number(); });
+  }
+  template <std::size_t N> std::array<float, N> Floats() {
+    return Several<float, N>([this] { return Float(); });
+  }
+  template <std::size_t N> std::array<unsigned int, N> Enums() {
+    return Several<unsigned int, N>([this] { return Enum(); });
+  }
+  template <std::size_t N> std::array<bool, N> Bools() {
+    return Several<bool, N>([this] { return Bool(); });
+  }
+
 private:
+  template <class T, std::size_t N, class TOne> static std::array<T, N> Several(TOne one) {
+    std::array<T, N> all{};
+    for (T& value : all) {
+      value = one();
+    }
+    return all;
+  }
+
   const std::uint8_t* m_At;
   const std::uint8_t* m_End;
 };
@@ -108,46 +127,5 @@ alignas(64) inline constexpr std::array<std::uint8_t, kMemorySize> kMemory = [] 
   }
   return bytes;
 }();
-
-/// A pair that keeps no promise but those that the interface cannot check.
-class TWildVertexShader : public Zx3D::TVertexShaderCPU {
-public:
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  unsigned int GetAttribLocation(const char*) const override { return ~0u; }
-  void Begin() override {
-    m_Render->m_VarCount = Count;
-    m_Render->m_VarColor = Slot;
-    m_Render->m_VarSecondary = Slot - 1;
-    m_Render->m_VarBackColor = -Slot;
-    m_Render->m_VarBackSecondary = Slot * 1000;
-    m_Render->m_VarTexCoord = Slot + 1;
-  }
-  void End() override {}
-  void Execute(TRenderCPU::VAR_DATA* v) override {
-    for (std::size_t i = 0; i < 8; ++i) {
-      (*v)[i] = m_Render->m_CurAttrib[i];
-    }
-    (*v)[0] = m_Render->m_CurVertex;
-  }
-  int Count = 3;
-  int Slot = 1;
-};
-
-class TWildFragmentShader : public Zx3D::TFragmentShaderCPU {
-public:
-  explicit TWildFragmentShader(bool calcDepth) : m_CalcDepth(calcDepth) {}
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  void Begin() override {}
-  void End() override {}
-  bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
-    f->Color = (*v)[1];
-    f->Depth = static_cast<float>((*v)[1].x);
-    return !((f->X + f->Y) % 5 == 0);
-  }
-  bool IsCalcDepth() const override { return m_CalcDepth; }
-
-private:
-  bool m_CalcDepth;
-};
 
 } // namespace fuzz_render

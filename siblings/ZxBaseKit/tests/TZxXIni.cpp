@@ -1,6 +1,7 @@
 #include <ZxBaseKit/TZxXIniReader.h>
 #include <ZxBaseKit/TZxXIniWriter.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -424,6 +425,31 @@ TEST(TZxXIniReader, TellsWhereATextIsDamaged) {
   EXPECT_THAT(ErrorOf("\n\na = { x = 1\n"), StartsWith("line 3, column "));
   EXPECT_THAT(ErrorOf("a = 1e999999\n"), StartsWith("line 1, column "));
   EXPECT_THAT(ErrorOf("[a]\nb = \xFF\n"), StartsWith("line 2, column "));
+}
+
+TEST(TZxXIniReader, RaisesWhereNoKeyCanBegin) {
+  for (int c = 0; c < 256; ++c) {
+    const std::string text = std::string("[") + static_cast<char>(c) + "]\n";
+    if (c < 128 && (std::isalnum(c) != 0 || c == '-' || c == '_')) {
+      EXPECT_EQ(ErrorOf(text), "nothing thrown") << c;
+    } else {
+      EXPECT_THAT(ErrorOf(text), StartsWith("line ")) << c;
+    }
+  }
+  EXPECT_THAT(ErrorOf("[a.=]\n"), StartsWith("line 1, column 4: "));
+  EXPECT_THAT(ErrorOf("[[=]]\n"), StartsWith("line 1, column 3: "));
+}
+
+TEST(TZxXIniReader, LettersBeyondAsciiAreNoBlanks) {
+  // U+00A1 to U+0499, and some of the other planes, behind the end of a line that goes on.
+  for (const char* letter :
+       {"\u00A1", "\u00E9", "\u0499", "\u0E01", "\u2070", "\uFF21", "\U00010400"}) {
+    const TZxXIniReader reader(std::string("text = \"\"\"a\\\n  ") + letter + "\"\"\"\n");
+    EXPECT_EQ(reader.ReadE<std::string>(0), std::string("a") + letter);
+    EXPECT_THAT(ErrorOf(std::string(letter) + " = 1\n"), StartsWith("line 1, column "));
+    EXPECT_THAT(ErrorOf(std::string("a ") + letter + "= 1\n"), StartsWith("line 1, column "));
+    EXPECT_THAT(ErrorOf(std::string("a = ") + letter + "\n"), StartsWith("line 1, column "));
+  }
 }
 
 TEST(TZxXIniReader, EveryTruncationIsReadOrRaises) {
