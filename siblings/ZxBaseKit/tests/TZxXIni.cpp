@@ -317,9 +317,9 @@ TEST(TZxXIniWriter, RefusesWhatCanNotBeWrittenAndTellsWhy) {
 
 TEST(TZxXIniWriter, KnowsWhatIsUtf8) {
   const long value = 1;
-  for (const char* bad :
-       {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
-        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xE2\x82", "\xE2\x28\xA1", "\xC3\xC3"}) {
+  for (const char* bad : {"a\xE2\x82", "aa\xE2\x82", "a\x80", "\x80", "\xC0\x80", "\xC1\xBF",
+                          "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+                          "\xF5\x80\x80\x80", "\xE2\x82", "\xE2\x28\xA1", "\xC3\xC3"}) {
     TZxXIniWriter writer;
     EXPECT_FALSE(writer.WriteS<long>(bad, &value));
   }
@@ -425,6 +425,21 @@ TEST(TZxXIniReader, TellsWhereATextIsDamaged) {
   EXPECT_THAT(ErrorOf("\n\na = { x = 1\n"), StartsWith("line 3, column "));
   EXPECT_THAT(ErrorOf("a = 1e999999\n"), StartsWith("line 1, column "));
   EXPECT_THAT(ErrorOf("[a]\nb = \xFF\n"), StartsWith("line 2, column "));
+}
+
+// Quotes in front of the three that end a text belong to it, and escaped ones end nothing.
+TEST(TZxXIniReader, FollowsTextsToTheirEnd) {
+  const std::string deep = Repeat("[", 200);
+  for (const char* text : {R"(''''@'''')", R"('''''@''''')", R"('''@''')", R"(""""@\"""""")",
+                           R"("""@\\""")", R"("@\\")", R"('@\')", R"("")", R"('')"}) {
+    std::string value = text;
+    if (const std::size_t at = value.find('@'); at != std::string::npos) {
+      value.replace(at, 1, deep);
+    }
+    EXPECT_EQ(ErrorOf("a = " + value + "\nb = 1\n"), "nothing thrown") << text;
+    EXPECT_THAT(ErrorOf("a = " + value + "\nb = " + deep), StartsWith("line 2, column 105: nested"))
+        << text;
+  }
 }
 
 TEST(TZxXIniReader, RaisesWhereNoKeyCanBegin) {
