@@ -14,7 +14,9 @@ import argparse
 import os
 import random
 import re
+import resource
 import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -132,8 +134,15 @@ class Tree:
         subprocess.run(["git", "-C", folder, *arguments], check=True, stdout=subprocess.DEVNULL)
 
     @staticmethod
-    def run(command, timeout):
-        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", timeout=timeout)
+    def run(command, timeout, cpu=resource.RLIM_INFINITY):
+        limit = lambda: resource.setrlimit(resource.RLIMIT_CPU, (cpu, resource.RLIM_INFINITY))
+        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                              timeout=timeout, preexec_fn=limit)
+
+    @staticmethod
+    def seconds():
+        used = resource.getrusage(resource.RUSAGE_CHILDREN)
+        return used.ru_utime + used.ru_stime
 
     def make(self, program):
         done = self.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", program], 3600)
@@ -142,12 +151,15 @@ class Tree:
     def passes(self, program, tests):
         """None if they pass, otherwise the name of the first test that does not, or how the program ended."""
         command = [self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast"]
+        wall, cpu = self.limits[program]
         try:
-            done = self.run(command + ([f"--gtest_filter={tests}"] if tests else []), self.limits.get(program, 3600))
+            done = self.run(command + ([f"--gtest_filter={tests}"] if tests else []), wall, cpu)
         except subprocess.TimeoutExpired:
             return "a test that hangs"
         if done.returncode == 0:
             return None
+        if done.returncode == -signal.SIGXCPU:
+            return "a test that hangs"
         failed = re.search(r"\[  FAILED  \] (\S+)", done.stdout)
         return failed.group(1).rstrip(",") if failed else f"the end of the program by {done.returncode}"
 
@@ -155,11 +167,12 @@ class Tree:
         """Whether a program builds and passes as it is; from then on a run that takes far longer hangs."""
         if not self.make(program):
             return False
-        begun = time.monotonic()
+        begun = time.monotonic(), self.seconds()
         done = self.run([self.build / "bin" / program], 3600)
         if done.returncode != 0:
             return False
-        self.limits[program] = 30 + 5 * (time.monotonic() - begun)
+        # Of time that passes, which other processes take, too, and of time on a processor.
+        self.limits[program] = 30 + 5 * (time.monotonic() - begun[0]), 2 + int(3 * (self.seconds() - begun[1]))
         if self.slow:
             took = re.findall(r"\[       OK \] (\S+)(?:,.*)? \((\d+) ms\)", done.stdout)
             slow = [name for name, ms in took if int(ms) > 1000 * self.slow]
