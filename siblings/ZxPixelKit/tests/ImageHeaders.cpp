@@ -92,6 +92,17 @@ TEST(TgaHeader, OfPlainBytesNeedsAllOfThem) {
   EXPECT_LT(watch.Get(), 2 * tga.size());
 }
 
+// Two bytes a sample from a greatest value of 256 on: 128 of 256 is half of 65535, rounded up.
+TEST(PnmHeader, SamplesAreWideAbove255) {
+  EXPECT_EQ(ReasonOf(Text("P5 1 1 255\n") + TBytes{1}), "loads");
+  EXPECT_EQ(ReasonOf(Text("P5 1 1 256\n") + TBytes{1}), kTruncated);
+  const TLoaded image(Text("P5 2 1 256\n") + TBytes{0, 128, 1, 0});
+  ASSERT_TRUE(image.Done);
+  ExpectRecord(image.Surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1);
+  EXPECT_EQ(Wide(image.Surface, 0), 32768);
+  EXPECT_EQ(Wide(image.Surface, 1), 65535);
+}
+
 TEST(PngHeader, TheMarkAloneIsACutPng) {
   EXPECT_EQ(ReasonOf({0x89, 'P', 'N', 'G', 13, 10, 26, 10}), kTruncated);
   EXPECT_EQ(ReasonOf({0x89, 'P', 'N', 'G', 13, 10, 26}), kUnknown);
