@@ -14,6 +14,7 @@
 #   make package        make Debian packages; make test-package tries them in bare roots
 #   make farm           draw on a Dask scheduler and workers, one of which is killed on the way
 #   make coverage       which lines and branches the tests run, as pages in build/coverage/html
+#   make valgrind       run the demo's programs and the object model's tests under valgrind
 #   make mutants        change lines by chance and see whether the tests notice; MUTANTS says how many
 #   make test-compilers build with every clang that this Debian has, and with Qt 6
 #   make reproducible   build twice in two folders and compare every installed file
@@ -145,6 +146,15 @@ coverage:
 	  "write build/coverage/html/index.html"
 	scripts/install-packages.sh build test demo coverage
 	JOBS=$(JOBS) scripts/coverage.sh
+
+.PHONY: valgrind
+valgrind:
+	@scripts/announce.sh "build test demo valgrind" "build in build/release" \
+	  "run the examples, two models and the object model's tests under valgrind's memcheck"
+	scripts/install-packages.sh build test demo valgrind
+	cmake --preset release -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON
+	cmake --build --preset release -j $(JOBS)
+	scripts/valgrind.sh build/release/bin
 
 MUTANTS ?= 50
 MUTANTS_SEED ?= 1

@@ -31,6 +31,14 @@ if(ZX_SANITIZE)
   add_link_options(-fsanitize=address,undefined)
 endif()
 
+# For scripts/coverage.sh: counts each line and branch that runs, but for those of the tests and of other libraries.
+option(ZX_COVERAGE "Count what runs, for gcov" OFF)
+if(ZX_COVERAGE)
+  add_compile_options(-O0 -g1 --coverage -fprofile-update=atomic
+    "-fprofile-exclude-files=^(/usr|${PROJECT_SOURCE_DIR}/(tests|siblings/[^/]*/tests))/")
+  add_link_options(--coverage)
+endif()
+
 if(ZX_BUILD_FUZZ)
   if(NOT CMAKE_CXX_COMPILER_ID MATCHES "Clang")
     message(FATAL_ERROR "ZX_BUILD_FUZZ needs clang: -DCMAKE_CXX_COMPILER=clang++")

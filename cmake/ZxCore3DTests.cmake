@@ -17,6 +17,9 @@ endif()
 # code keeps all checks.
 function(zx_test_options name)
   target_compile_options(${name} PRIVATE -Wall -Wextra "$<$<CONFIG:Release>:-O1>")
+  if(ZX_COVERAGE) # of the library; it would be the tests that take the time
+    target_compile_options(${name} PRIVATE -O1)
+  endif()
   if(ZX_SANITIZE)
     target_compile_options(${name} PRIVATE
       -fno-sanitize=null,alignment,object-size,pointer-overflow,vptr)

@@ -4,7 +4,7 @@
 # stands for the first of its alternatives (one|other) that is installed or that apt knows. A name that ends in
 # "?" is left out, and said to be, where the suite does not have it.
 #
-#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 clangs arm64 python package farm coverage abi
+#   scripts/install-packages.sh build test check demo bench rivals fuzz docs qt6 clangs arm64 python package farm coverage valgrind abi
 #   scripts/install-packages.sh --list build demo     only says which are missing
 
 # Ends with 3, having installed nothing, if other packages would have to go for these: arm64's stand beside
@@ -51,9 +51,10 @@ for group in "$@"; do
       packages="$packages build-essential debhelper dh-python dpkg-dev lintian pybind11-dev python3-dev"
       ;;
     coverage) packages="$packages gcovr" ;;
+    valgrind) packages="$packages valgrind libc6-dbg" ;;
     farm) packages="$packages python3-distributed python3-numpy python3-pytest" ;;
     *)
-      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, clangs, arm64, python, package, farm, coverage, abi)" >&2
+      echo "install-packages.sh: no group '$group' (build, test, check, demo, bench, rivals, fuzz, docs, qt6, clangs, arm64, python, package, farm, coverage, valgrind, abi)" >&2
       exit 2
       ;;
   esac

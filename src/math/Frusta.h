@@ -48,6 +48,7 @@ ZX_CORE3D_API void Transform(const VBOX<double>& b, const TZx3DTransform& t, VBO
 /// around the centre of the samples' box, not the smallest one, and holds the samples only: the
 /// image of the sphere can bulge out between them.
 ///
-/// Throws `std::bad_alloc` when there is no room for the samples. `out` may be `s`.
+/// Throws `std::bad_alloc` when there is no room for the samples, of 24 bytes each. `out` may be
+/// `s`.
 ZX_CORE3D_API void Transform(const VSPHERE<double>& s, unsigned long steps, const TZx3DTransform& t,
                              VSPHERE<double>* out);

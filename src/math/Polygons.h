@@ -13,5 +13,6 @@
 /// exact comparison with the ends of the edge: where the edge is slanted, rounding misses about one
 /// such vertex in ten. Distances are absolute: a polygon a few 1e-8 across always answers true.
 ///
-/// Allocates nothing for up to 8 vertices and one block above; may throw `std::bad_alloc` then.
+/// Allocates nothing for up to 8 vertices and one block of 24 bytes a vertex above; may throw
+/// `std::bad_alloc` then.
 ZX_CORE3D_API bool IsSelfIntersected(const vec_t_<double, 2>* p, unsigned long n);

@@ -29,19 +29,20 @@
 ZX_CORE3D_API bool SolveGaussInplace(double* a, unsigned long n, double* b, double tol, double* x,
                                      unsigned long* rank);
 
-/// `SolveGaussInplace` on a copy: `a` and `b` survive. False, with nothing written, when there is
-/// no memory for the copy.
+/// `SolveGaussInplace` on a copy of 8 (n^2 + n) bytes: `a` and `b` survive. False, with nothing
+/// written, when there is no memory for the copy.
 ZX_CORE3D_API bool SolveGauss(const double* a, unsigned long n, const double* b, double tol,
                               double* x, unsigned long* rank);
 
 /// Solves `a x = b` by partial pivoting. `a` (n by n) and `b` (n) are destroyed, `x` receives `n`
 /// values. False when a pivot column is exactly zero (or nothing but NaNs); there is no tolerance,
 /// so that a nearly singular matrix passes. `n` 0 does nothing and is false. May throw
-/// `std::bad_alloc` for its index vector.
+/// `std::bad_alloc` for its index vector of 8 n bytes.
 ZX_CORE3D_API bool LineSysGauss1(double* a, unsigned long n, double* b, double* x);
 
 /// `LineSysGauss1` with full pivoting: the largest magnitude of the whole remaining matrix, the
-/// first in row order among equals. `x` is in the caller's order of unknowns.
+/// first in row order among equals. `x` is in the caller's order of unknowns. The index vector has
+/// 16 n bytes.
 ZX_CORE3D_API bool LineSysGauss2(double* a, unsigned long n, double* b, double* x);
 
 /// The inverse of `m`, n by n with n being `m.SizeX`, by Gauss-Jordan elimination with partial
@@ -70,7 +71,8 @@ ZX_CORE3D_API void mul_mtv(const TMatrixD& a, const TVectorD& v, TVectorD* res);
 /// and one column for each unknown; `b` has a value for each equation; `x` must already have
 /// `a.SizeX` elements. False, with `x` untouched, when the normal matrix can't be inverted, for
 /// want of memory too (see `inverse`). Throws `std::bad_alloc` when there is none for its own
-/// arrays.
+/// arrays: the normal matrix and its inverse, 16 n^2 bytes for n unknowns, beside the work space of
+/// `inverse`.
 ///
 /// It goes by the normal equations, which squares the condition number of `a`: about 8 digits of
 /// the input are all that can be told apart. The normal matrix is inverted with the absolute

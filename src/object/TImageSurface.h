@@ -30,9 +30,10 @@ public:
 
   /// Makes an image of `w` by `h` pixels with the given strides in bytes. The data size becomes
   /// `rowStride` times `h`, by the rule of `SetDataSize`. That many bytes are copied from `data`;
-  /// they may lie inside the present block. If `data` is null, the block keeps its content, which
-  /// is undefined where it is new. Sizes and strides are stored in 32 bits. False, with all as it
-  /// was, when memory is exhausted or the data size overflows.
+  /// they may lie inside the present block, and are copied twice then if its size changes. If
+  /// `data` is null, the block keeps its content, which is undefined where it is new. Sizes and
+  /// strides are stored in 32 bits. False, with all as it was, when memory is exhausted or the data
+  /// size overflows.
   virtual bool SetImage2D(unsigned long w, unsigned long h, unsigned long pixelStride,
                           unsigned long rowStride, DATA_FORMAT f, DATA_TYPE t, int channels,
                           void* data);

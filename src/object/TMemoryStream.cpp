@@ -88,10 +88,8 @@ bool TMemoryStream::LoadFromFile(const std::string& name) {
   m_Position = 0;
   m_Size = size;
   if (!file.ReadAll(m_Data, size)) {
-    const auto arrived = static_cast<unsigned long>(file.GetPos());
-    if (arrived < size) {
-      std::memset(m_Data + arrived, 0, size - arrived);
-    }
+    const auto arrived = std::min(static_cast<unsigned long>(file.GetPos()), size);
+    std::memset(m_Data + arrived, 0, size - arrived);
     return false;
   }
   return true;

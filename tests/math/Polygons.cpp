@@ -38,6 +38,11 @@ TEST(Polygons, SquareIsNotBowTieIs) {
 }
 
 TEST(Polygons, ShortEdgesCountAsCrossed) {
+  for (std::size_t i = 0; i < 5; ++i) { // the first edge, the last, and those between
+    TPolygon twice = Convex(5);
+    twice.insert(twice.begin() + static_cast<long>(i), twice[i]);
+    EXPECT_TRUE(IsCrossed(twice)) << i;
+  }
   EXPECT_TRUE(IsCrossed({{0, 0}, {1, 0}, {1, 0}}));
   EXPECT_TRUE(IsCrossed({{0, 0}, {1, 0}, {1, 0.99e-8}, {0, 1}}));
   EXPECT_FALSE(IsCrossed({{0, 0}, {1, 0}, {1, 1.01e-8}, {0, 1}}));

@@ -20,6 +20,7 @@ TEST(ScalarFunctions, FloorPow2) {
 }
 
 TEST(ScalarFunctions, CeilPow2) {
+  EXPECT_EQ(CeilPow2(0), 1u);
   EXPECT_EQ(CeilPow2(1), 1u);
   EXPECT_EQ(CeilPow2(5), 8u);
   EXPECT_EQ(CeilPow2(8), 8u);

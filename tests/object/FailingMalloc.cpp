@@ -1,6 +1,7 @@
 #include "object/FailingMalloc.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <malloc.h>
 
 namespace {
@@ -38,6 +39,17 @@ long TMallocWatch::LiveBytes() const { return s_Watch.Bytes; }
 long TMallocWatch::PeakBytes() const { return s_Watch.Peak; }
 std::size_t TMallocWatch::Largest() const { return s_Watch.Largest; }
 bool TMallocWatch::Failed() const { return s_Watch.Failed; }
+
+// Asked of the functions themselves, since a tool may have put its own in their place. Through a
+// pointer that the compiler can't see through, or it would leave the two calls out.
+static bool IsCounted() {
+  void* (*volatile const allocate)(std::size_t) = std::malloc;
+  const TMallocWatch watch;
+  std::free(allocate(1));
+  return watch.Allocations() != 0;
+}
+
+const bool kAvailable = IsCounted();
 
 } // namespace zx_test
 

@@ -4,15 +4,11 @@
 
 // The test program's own malloc family, which operator new uses too: it counts what this thread
 // allocates while a guard lives, and can let one allocation fail. Not available under the address
-// sanitizer, which needs the names for itself; kAvailable tells.
+// sanitizer and under valgrind, which have malloc to themselves; kAvailable tells.
 
 namespace zx_test {
 
-#ifdef __SANITIZE_ADDRESS__
-constexpr bool kAvailable = false;
-#else
-constexpr bool kAvailable = true;
-#endif
+extern const bool kAvailable;
 
 /// Counts from its construction to its destruction. One at a time in a thread.
 class TMallocWatch {

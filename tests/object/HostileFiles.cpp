@@ -437,6 +437,10 @@ TEST_F(HostileFiles, SignalsWhileAnImageGoesIntoAPipe) {
     std::vector<char> got;
     std::thread reader([&] {
       const int file = open(pipe.c_str(), O_RDONLY);
+      // The writer waits before the full pipe until a signal has come.
+      for (int i = 0; i < 20000 && s_Signals == 0; ++i) {
+        usleep(500);
+      }
       char part[4096];
       for (ssize_t count = 1; count > 0;) {
         usleep(1500);

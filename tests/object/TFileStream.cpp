@@ -1,6 +1,7 @@
 #include <ZxCore3D/object/TFileStream.h>
 
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -9,6 +10,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -360,7 +362,7 @@ TEST_F(TFileStreamTest, SaveToFileWritesAllWhateverThePosition) {
 
 TEST_F(TFileStreamTest, SaveToAFullDeviceIsFalse) {
   TMemoryStream stream;
-  ASSERT_TRUE(stream.SetSize(1000));
+  ASSERT_TRUE(stream.WriteAll(std::string(1000, 'x').data(), 1000));
   EXPECT_FALSE(stream.SaveToFile("/dev/full"));
 }
 
@@ -437,4 +439,40 @@ TEST_F(TFileStreamTest, EveryFailingAllocationOfASaveIsFalseOrWritesAll) {
       break;
     }
   }
+}
+
+TEST_F(TFileStreamTest, ADeviceWithoutPositionsStaysWhereItIs) {
+  const std::string pipe = Name("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK); // so that the writer need not wait
+  ASSERT_GE(reader, 0);
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(pipe));
+  EXPECT_TRUE(stream.WriteAll("abc", 3));
+  EXPECT_FALSE(stream.SetPos(0));
+  EXPECT_FALSE(stream.SetPos(3));
+  EXPECT_FALSE(stream.SetSize(1));
+  EXPECT_TRUE(stream.WriteAll("d", 1));
+  EXPECT_TRUE(stream.Close());
+  char got[8] = "";
+  EXPECT_EQ(read(reader, got, sizeof got), 4);
+  EXPECT_STREQ(got, "abcd");
+  close(reader);
+}
+
+// What is still to be written must be written before the position moves.
+TEST_F(TFileStreamTest, APositionIsNotLeftBeforeItsBytesAreWritten) {
+  const std::string name = Name("limited");
+  const auto old = std::signal(SIGXFSZ, SIG_IGN);
+  rlimit limit = {};
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small = {4, limit.rlim_max};
+  TFileStream stream;
+  ASSERT_TRUE(stream.Create(name));
+  EXPECT_TRUE(stream.WriteAll("abcdefgh", 8)); // waits in the buffer
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_FALSE(stream.SetPos(0));
+  EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &limit), 0);
+  std::signal(SIGXFSZ, old);
+  stream.Close();
 }

@@ -405,3 +405,49 @@ TEST(LoadImageObject, EveryFailingAllocationGivesFalseAndLeaksNothing) {
 }
 
 } // namespace
+
+TEST(TImageSurface, SizesThatWrapAreRefused) {
+  std::uint8_t pixels[4] = {1, 2, 3, 4};
+  TImageSurface image;
+  ASSERT_TRUE(image.SetImage2D(2, 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, pixels));
+  const DATASURFACE before = image.m_Surface;
+  EXPECT_FALSE(
+      image.SetImage2D(1, 1UL << 33, 1, 1UL << 31, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, nullptr));
+  EXPECT_FALSE(image.SetImage2D(1UL << 61, 1, DATA_FORMAT_RED, DATA_TYPE_DOUBLE, 1, nullptr));
+  EXPECT_EQ(std::memcmp(&before, &image.m_Surface, sizeof before), 0);
+  EXPECT_EQ(std::memcmp(image.m_Surface.Data, pixels, 4), 0);
+}
+
+TEST(LoadImageObject, WithoutMemoryForTheObjectSaysSo) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const std::string pgm = "P5 2 2 255\nabcd";
+  int told = 0;
+  for (unsigned long at = 1;; ++at) {
+    ASSERT_LT(at, 100u);
+    TTextStream stream(pgm);
+    TImageSurface* image = nullptr;
+    TZxMessage reason("none");
+    bool failed = false;
+    bool loaded = false;
+    {
+      const zx_test::TMallocWatch watch(at);
+      loaded = Zx3D::LoadImage(&stream, nullptr, &image, &reason);
+      failed = watch.Failed();
+    }
+    if (!failed) {
+      ASSERT_TRUE(loaded);
+      EXPECT_STREQ(reason.what(), "none");
+      image->Release();
+      break;
+    }
+    if (loaded) {
+      image->Release();
+      continue;
+    }
+    EXPECT_EQ(image, nullptr);
+    told += std::string(reason.what()) == "out of memory" ? 1 : 0;
+  }
+  EXPECT_GT(told, 1);
+}

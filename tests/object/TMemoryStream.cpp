@@ -522,3 +522,14 @@ TEST(TMemoryStream, AnotherBufferFreesTheOwnedOne) {
   stream.SetBuffer(other, sizeof other, false);
   EXPECT_TRUE(!zx_test::kAvailable || watch.LiveBlocks() == 0);
 }
+
+TEST(TMemoryStream, NothingIsReadIntoNoPlace) {
+  TMemoryStream stream;
+  ASSERT_TRUE(stream.WriteAll("abc", 3));
+  ASSERT_TRUE(stream.SetPos(1));
+  EXPECT_EQ(stream._Read(nullptr, 0), 0u);
+  unsigned long length = 7;
+  EXPECT_FALSE(stream.ReadLine(nullptr, 10, &length));
+  EXPECT_EQ(length, 7u);
+  EXPECT_EQ(stream.GetPos(), 1);
+}

@@ -196,3 +196,28 @@ TEST(TStream, MapSurvivesEveryFailingAllocation) {
     EXPECT_EQ(stream.GetPos(), 3);
   }
 }
+
+TEST(TStream, MapWithoutReadingLeavesThePositionWhenMemoryEnds) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  // Nothing was read, so that nothing is taken back: the stream stands at the offset once it was
+  // sought.
+  for (unsigned long at = 1; at <= 2; ++at) {
+    TPlainStream stream(Hex("00 01 02 03"));
+    stream.SetPos(3);
+    void* data = nullptr;
+    void* handle = nullptr;
+    long left = 0;
+    {
+      zx_test::TMallocWatch watch(at);
+      handle = stream.Map(1, 2, false, true, &data);
+      left = watch.LiveBlocks();
+    }
+    EXPECT_EQ(handle, nullptr);
+    EXPECT_EQ(data, nullptr);
+    EXPECT_EQ(left, 0);
+    EXPECT_EQ(stream.GetPos(), at == 1 ? 3 : 1);
+    EXPECT_EQ(stream.Data, Hex("00 01 02 03"));
+  }
+}

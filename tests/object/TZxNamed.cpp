@@ -93,3 +93,12 @@ TEST(TZxNamed, CopiesAndSwaps) {
   one = static_cast<TZxNamed&>(one);
   EXPECT_TRUE(one.IsName("second"));
 }
+
+TEST(TZxNamed, WithoutAPlaceNothingIsCopied) {
+  TZxNamed named;
+  named.SetName("name", 4);
+  EXPECT_EQ(named.GetName(nullptr, 10), 0u);
+  char place[5] = "kept";
+  EXPECT_EQ(named.GetName(place, 0), 0u);
+  EXPECT_STREQ(place, "kept");
+}

@@ -2,8 +2,12 @@
 // worked out by hand: shapes that lie in a clip plane, points on the border of the surface, lit
 // points, what the last fragments leave, and the count of draws when it starts over.
 
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <iterator>
+#include <limits>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -11,6 +15,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
+#include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/arrays/VertexCache.h>
 
 #include "EngineAccess.h"
@@ -277,6 +282,62 @@ TEST_F(BatchEdges, VerticesOfDrawsBeforeTheirNumbersStartedOver) {
         }
         EXPECT_EQ((TPixel{0, 0, 255, 255}), s.Color(6, 5));
       });
+    }
+  }
+}
+
+// --- Triangles in the window
+
+// By hand: divided by w, turned to the window, and facing by the sign of twice the area.
+TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
+  constexpr int kShapes = 32;
+  constexpr int kWidth = 61;
+  constexpr int kHeight = 47;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const double odd[] = {0.0, -0.0, kInfinity, -kInfinity, std::nan(""), 1e-310, -1e300};
+  std::mt19937 random(17);
+  const auto component = [&] {
+    return random() % 16 == 0 ? odd[random() % std::size(odd)] : random() / 1073741824.0 - 2.0;
+  };
+  for (const bool frontCCW : {true, false}) {
+    Zx3D::TVertexBatch clip = {};
+    clip.Pitch = kShapes;
+    for (double* const part : {clip.X, clip.Y, clip.Z, clip.W}) {
+      for (int i = 0; i < 3 * kShapes; ++i) {
+        part[i] = component();
+      }
+    }
+    for (const char* const level : Zx3D::kSpanLevels) {
+      if (!Zx3D::LimitSpanLevel(level)) {
+        continue;
+      }
+      SCOPED_TRACE(level);
+      Zx3D::TVertexBatch window = clip;
+      Zx3D::TShapeClasses classes;
+      Zx3D::GetSpanKernels()->ProjectTriangles(kWidth, kHeight, frontCCW, kShapes, &window,
+                                               &classes);
+      const auto expectSame = [](double expected, double got) {
+        EXPECT_TRUE(std::isnan(expected) ? std::isnan(got)
+                                         : std::memcmp(&expected, &got, sizeof got) == 0)
+            << expected << ", got " << got;
+      };
+      for (int s = 0; s < kShapes; ++s) {
+        double x[3];
+        double y[3];
+        for (int c = 0; c < 3; ++c) {
+          const int at = c * kShapes + s;
+          const double r = 1.0 / clip.W[at];
+          x[c] = clip.X[at] * r;
+          y[c] = clip.Y[at] * r;
+          expectSame((x[c] * 0.5 + 0.5) * kWidth - 0.5, window.X[at]);
+          expectSame((y[c] * 0.5 + 0.5) * kHeight - 0.5, window.Y[at]);
+          expectSame((clip.Z[at] * r) * 0.5 + 0.5, window.Z[at]);
+          expectSame(r, window.W[at]);
+        }
+        const double area =
+            (x[0] * y[1] - x[1] * y[0]) + (x[1] * y[2] - x[2] * y[1]) + (x[2] * y[0] - x[0] * y[2]);
+        EXPECT_EQ(frontCCW ? area >= 0.0 : area < 0.0, (classes.Front >> s & 1) != 0) << s;
+      }
     }
   }
 }

@@ -8,6 +8,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ZxCore3D/render/stages/ClipPlanes.h>
+
 #include "Scene.h"
 
 namespace {
@@ -156,7 +158,7 @@ TEST_F(Clipping, APlaneOfSixRasterisesAndAboveNothingHappens) {
   TRenderCPU::VAR_DATA triangle[3] = {Record({-1, -1, 0, 1}, 0), Record({1, -1, 0, 1}, 8),
                                       Record({-1, 1, 0, 1}, 16)};
   const TRenderCPU::VAR_DATA triangleBefore[3] = {triangle[0], triangle[1], triangle[2]};
-  for (const int plane : {7, 8, 1000}) {
+  for (const int plane : {-1000, -1, 7, 8, 1000}) {
     m_Scene->ClipAndRasterizeLine(line, plane);
     m_Scene->ClipAndRasterizeTriangle(triangle, plane);
   }
@@ -368,6 +370,39 @@ TEST_F(Clipping, WildRecordsStayInsideTheTargets) {
     for (int i = 0; i < s->RowStride + s->PixelStride; ++i) {
       ASSERT_EQ(0, s->Data[s->DataSize + static_cast<std::uint64_t>(i)]);
     }
+  }
+}
+
+// --- The planes of three corners at once
+
+TEST(OutsidePlanes, OfATriangleAreThoseOfItsCornersJoined) {
+  const double values[] = {
+      0.0,  -0.0,  1.0,  -1.0, std::nextafter(1.0, 2.0), std::nextafter(-1.0, -2.0),
+      kInf, -kInf, kNan, -kNan};
+  const std::size_t count = std::size(values);
+  std::vector<TVec4> corners;
+  for (std::size_t i = 0; i < count * count; ++i) { // every coordinate with every w
+    const double u = values[i / count];
+    corners.push_back({u, values[(i + 3) % count], values[(i / 3) % count], values[i % count]});
+    corners.push_back({values[(i / 7) % count], u, values[(i + 1) % count], values[i % count]});
+    corners.push_back({values[(i + 5) % count], values[(i / 9) % count], u, values[i % count]});
+  }
+  const auto bitsOf = [](const TVec4& at) {
+    unsigned int bits = 0;
+    const double u[3] = {at.x, at.y, at.z};
+    for (int axis = 0; axis < 3; ++axis) { // inside: at least -w, at most w
+      bits |= u[axis] >= -at.w ? 0u : 1u << (2 * axis);
+      bits |= u[axis] <= at.w ? 0u : 2u << (2 * axis);
+    }
+    return bits;
+  };
+  for (std::size_t i = 0; i < corners.size(); ++i) {
+    const TVec4& a = corners[i];
+    const TVec4& b = corners[(i * 7 + 1) % corners.size()];
+    const TVec4& c = corners[(i * 31 + 5) % corners.size()];
+    const Zx3D::TJoinedPlanes planes = Zx3D::OutsidePlanes(a, b, c);
+    EXPECT_EQ(bitsOf(a) | bitsOf(b) | bitsOf(c), planes.Any) << "corners " << i;
+    EXPECT_EQ(bitsOf(a) & bitsOf(b) & bitsOf(c), planes.All) << "corners " << i;
   }
 }
 

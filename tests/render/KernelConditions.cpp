@@ -72,7 +72,8 @@ struct TShape {
       TRenderCPU::VAR_DATA v[3] = {};
       const double at[3][2] = {{Left, kRow - 0.4}, {Right, kRow}, {Left, kRow + 0.4}};
       for (int i = 0; i < 3; ++i) {
-        v[i].Slots[0] = {zx_test::Clip(at[i][0], kWidth), zx_test::Clip(at[i][1], kHeight), 0, 1};
+        v[i].Slots[0] = {zx_test::Clip(at[i][0], kWidth), zx_test::Clip(at[i][1], kHeight),
+                         Z[i % 2], 1};
         std::memcpy(&v[i].Slots[1], Colors[i % 2], sizeof Colors[0]);
       }
       gl.RasterizeTriangle(v);
@@ -405,7 +406,7 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
   add(C::FloatColorsChannelBound, kFloat, Nothing, tooBright);
 
   add(C::FloatRowChannelBound, kFloat, Nothing, tooBright);
-  add(C::FloatRowLong, kFloat, StencilTest, [](TRenderCPU&, TShape& shape) { shape.Right = 10; });
+  add(C::FloatRowLong, kFloat, LowerLevel, [](TRenderCPU&, TShape& shape) { shape.Right = 3; });
   add(C::FloatRowRatioOfW, kFloat, Perspective,
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 200; });
 
@@ -415,26 +416,32 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
 
   add(C::InRangeGathers, kTexture, Texture, LowerLevel, true);
   add(
-      C::InRangeWithinLimits, kTexture, Texture,
-      [](TRenderCPU&, TShape& shape) { shape.S[0] = -0.5; }, true);
+      C::InRangeNear, kTexture, Texture,
+      [](TRenderCPU&, TShape& shape) { shape.S[1] = 1048576.0 / 8; }, true);
   add(
-      C::InRangeNeighbours, kTexture, LinearTexture,
-      [](TRenderCPU&, TShape& shape) { shape.S[1] = 1.5; }, true);
+      C::InRangeEdges, kTexture, LinearTexture,
+      [](TRenderCPU&, TShape& shape) { shape.S[0] = -1.5; }, true);
 
   const TSetUp writesDepth = [](TRenderCPU& gl, TShape&) { gl.DepthMask(1); };
   add(
-      C::ValuesDepthRange, kFloat, writesDepth,
-      [](TRenderCPU&, TShape& shape) { shape.Z[0] = shape.Z[1] = -1; }, true); // depth 0
+      C::ValuesDepthRange, kFloat,
+      [](TRenderCPU& gl, TShape& shape) {
+        gl.DepthMask(1);
+        shape.IsDirect = true;
+      },
+      [](TRenderCPU&, TShape& shape) { shape.Z[1] = 1e21; }, true);
   add(
       C::ValuesDepth, kFloat, writesDepth,
-      [](TRenderCPU&, TShape& shape) { // between two floats
-        shape.Z[0] = shape.Z[1] = 2 * (0.5 + 1000.5 / (1 << 24)) - 1;
+      [](TRenderCPU&, TShape& shape) { // about between two floats
+        shape.Z[0] = 2 * (0.5 + 1000.5 / (1 << 24)) - 1;
+        shape.Z[1] = shape.Z[0] + 1e-15;
       },
       true);
   add(
       C::ValuesBytes, kFloat, Perspective,
       [](TRenderCPU&, TShape& shape) { // between two bytes
-        shape.Colors[0][0] = shape.Colors[1][0] = 100.5 / 255;
+        shape.Colors[0][0] = 100.5 / 255;
+        shape.Colors[1][0] = 100.5 / 255 + 1e-9;
       },
       true);
 }
@@ -465,6 +472,17 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::FloatShortRowsPerspective, TKernel::FloatShortRows, ShortWithPerspective,
       [](TRenderCPU& gl, TShape&) { gl.SetPerspectiveCorrectionHint(GL_FASTEST); });
 
+  const TSetUp shortTexture = [](TRenderCPU& gl, TShape& shape) {
+    Short(gl, shape);
+    Texture(gl, shape);
+  };
+  const TSetUp shortBlended = [](TRenderCPU& gl, TShape& shape) {
+    Short(gl, shape);
+    Blend(gl, shape);
+  };
+  add(C::JoinedRowsMaskedAccess, TKernel::JoinedRows, shortTexture, LowerLevel);
+  add(C::JoinedRowsCostly, TKernel::JoinedRows, shortBlended, StencilTest);
+
   const TSetUp fillWithDepth = [](TRenderCPU& gl, TShape& shape) {
     OneColor(gl, shape);
     gl.DepthMask(1);
@@ -476,9 +494,8 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::FillOneDepth, TKernel::Fill, fillWithDepth,
       [](TRenderCPU&, TShape& shape) { shape.Z[1] = 0.75; });
 
-  add(C::RejectionNearer, TKernel::Rejection, Hidden,
+  add(C::RejectionOneWay, TKernel::Rejection, Hidden,
       [](TRenderCPU& gl, TShape&) { gl.DepthFunc(GL_EQUAL); });
-  add(C::RejectionNoStencil, TKernel::Rejection, Hidden, StencilTest);
 
   add(C::LineRunAlongRows, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
     shape.Right = shape.Left;

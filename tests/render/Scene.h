@@ -1,8 +1,10 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <ostream>
 #include <vector>
@@ -118,31 +120,39 @@ inline std::vector<std::uint8_t> AllBytes(const Zx3D::TRenderCPU& r) {
 }
 
 /// All that a later call, or a caller who looks, can find: the surfaces, the records of drawing,
-/// the current values, a pending error.
+/// the current values, a pending error. NaNs are made equal: their sign and payload are open.
 inline std::vector<std::uint8_t> EverythingLeft(const Zx3D::TRenderCPU& r) {
   std::vector<std::uint8_t> all = AllBytes(r);
   const auto append = [&all](const auto& value) {
     const auto* const from = reinterpret_cast<const std::uint8_t*>(&value);
     all.insert(all.end(), from, from + sizeof value);
   };
-  append(r.m_Fragment.Color);
+  const auto appendDoubles = [&append](const auto& value) {
+    double numbers[sizeof value / sizeof(double)];
+    std::memcpy(numbers, &value, sizeof numbers);
+    for (double& number : numbers) {
+      number = std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number;
+    }
+    append(numbers);
+  };
+  appendDoubles(r.m_Fragment.Color);
   append(r.m_Fragment.X);
   append(r.m_Fragment.Y);
   append(r.m_Fragment.Depth);
   append(r.m_Fragment.FrontFacing);
   if (!r.m_InBeginEnd) { // within, it is worked out when something reads it
-    append(r.m_VarFragment);
+    appendDoubles(r.m_VarFragment);
   }
-  append(r.m_VarCur);
-  append(r.m_VarSaved);
+  appendDoubles(r.m_VarCur);
+  appendDoubles(r.m_VarSaved);
   append(r.m_VertexIndex);
   append(r.m_StripIndex);
   append(r.m_Pending);
-  append(r.m_CurVertex);
-  append(r.m_CurNormal);
-  append(r.m_CurColor);
-  append(r.m_CurTexCoord);
-  append(r.m_CurAttrib);
+  appendDoubles(r.m_CurVertex);
+  appendDoubles(r.m_CurNormal);
+  appendDoubles(r.m_CurColor);
+  appendDoubles(r.m_CurTexCoord);
+  appendDoubles(r.m_CurAttrib);
   append(r.m_Error);
   return all;
 }

@@ -544,3 +544,97 @@ TEST_F(ShadedRows, FragmentsSeeAndChangeWhatTheReferenceWalkerLetsThem) {
     }
   }
 }
+
+// --- Which pixels of a row are covered
+
+namespace {
+
+/// Colours that tell how often each pixel of a row was shaded.
+class TTally : public TFragmentShaderCPU {
+public:
+  std::vector<int> Columns;
+
+  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
+  void Begin() override {}
+  void End() override {}
+  bool IsCalcDepth() const override { return false; }
+  bool Execute(VAR_DATA*, FS_DATA* f) override {
+    Columns.push_back(f->X);
+    return false;
+  }
+};
+
+} // namespace
+
+// A span may come from anywhere: with ends that only quotients tell apart, and with a difference
+// that is not that of its ends.
+TEST_F(ShadedRows, AreCoveredWhereTheParameterIsFromZeroToBelowOne) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kDenormal = std::numeric_limits<double>::denorm_min();
+  const double begins[] = {0.0,
+                           -0.0,
+                           kDenormal,
+                           -kDenormal,
+                           1e-300,
+                           -1e-300,
+                           1e-101,
+                           1e-99,
+                           0.25,
+                           0.5,
+                           0.75,
+                           1.0,
+                           1.5,
+                           3.0,
+                           -0.25,
+                           -0.5,
+                           -1.0,
+                           -7.5,
+                           -1e9,
+                           -1e17,
+                           -1e300,
+                           -kInfinity,
+                           61.5,
+                           std::nextafter(2.0, 0.0),
+                           std::nextafter(2.0, 3.0),
+                           std::nextafter(0.5, 0.0)};
+  const double lengths[] = {kDenormal, 1e-310, 1e-30, 0.5,  1.0,   1.5,   2.0,      7.25,
+                            40.0,      63.0,   1e6,   1e12, 1e200, 1e308, kInfinity};
+  int rows = 0;
+  for (const double begin : begins) {
+    for (const double length : lengths) {
+      for (const double factor : {1.0, 0.125, 3.0}) { // of the difference that the span says
+        std::vector<int> expected;
+        VAR_DATA ends[2] = {};
+        ends[0][0] = {begin, 0, 0.5, 1};
+        ends[1][0] = {begin + length, 0, 0.5, 1};
+        TRenderCPU::EDGE span = {};
+        span.Begin = &ends[0];
+        span.End = &ends[1];
+        span.Delta[0] = {(ends[1][0].x - begin) * factor, 0, 0, 0};
+        for (int x = 0; x < 64; ++x) { // from the truncations of begin + 0.5 and of the end
+          const double t = (x - begin) / span.Delta[0].x;
+          if (x >= std::trunc(begin + 0.5) && x <= std::trunc(ends[1][0].x) && t >= 0.0 &&
+              t < 1.0) {
+            expected.push_back(x);
+          }
+        }
+        rows += expected.empty() ? 0 : 1;
+        for (const char* const level : kSpanPaths) {
+          if (!LimitSpanLevel(level)) {
+            continue;
+          }
+          TScene scene(64, 2);
+          const THeld<TTally> fragment;
+          scene->_SetFragmentShader(fragment.Get());
+          scene->Begin(GL_TRIANGLES);
+          FS_DATA record = {};
+          scene->DrawSpan(&span, 1, &record);
+          EXPECT_EQ(expected, fragment->Columns)
+              << level << ", from " << begin << " to " << ends[1][0].x << ", factor " << factor;
+          scene->End();
+        }
+      }
+    }
+  }
+  EXPECT_LT(400, rows);
+}

@@ -304,6 +304,21 @@ TEST(SharedTextures, ADetachedOneStaysBoundEverywhere) {
   EXPECT_EQ(taken.get(), b->m_TexUnits[0].Sampler.GetSurface());
 }
 
+TEST(SharedTextures, AnEntryThatWasEmptiedByHandIsAFreeName) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  const std::unique_ptr<TDataSurface> taken(a->m_Textures->Surfaces[id]);
+  a->m_Textures->Surfaces[id] = nullptr;
+  EXPECT_EQ(id, MakeTexture(*a, 50));
+  EXPECT_NE(taken.get(), a->m_Textures->Surfaces[id]);
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b)) << "bound before, and still the caller's";
+  EXPECT_EQ((TPixel{50, 20, 30, 255}), Drawn(a));
+  b->BindTexture(GL_TEXTURE_2D, id);
+  EXPECT_EQ((TPixel{50, 20, 30, 255}), Drawn(b));
+}
+
 // --- What a caller put into a sampler
 
 namespace {

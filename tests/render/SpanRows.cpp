@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "LevelTest.h"
+#include "StateChecks.h"
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 
@@ -164,16 +165,111 @@ TEST_F(SpanRows, TrianglesOfEverySizeAndLook) {
   }
 }
 
-void DrawSlope(TRenderCPU& gl, double left, double right) {
-  gl.EnableDepthTest(true);
-  gl.DepthFunc(GL_LEQUAL);
-  gl.DepthMask(1);
+void SetTexture(TRenderCPU& gl, unsigned int filter, unsigned int wrap, int channels) {
+  zx_test::TRandom random(11);
+  std::vector<unsigned char> texels(static_cast<std::size_t>(20 * 12 * channels));
+  for (unsigned char& byte : texels) {
+    byte = static_cast<unsigned char>(random.Below(256));
+  }
+  unsigned int id = 0;
+  gl.GenTextures(1, &id);
+  gl.BindTexture(GL_TEXTURE_2D, id);
+  const unsigned int format = channels == 4 ? GL_RGBA : GL_RGB;
+  gl.TexImage2D(GL_TEXTURE_2D, 0, format, 20, 12, 0, format, GL_UNSIGNED_BYTE, texels.data());
+  gl.TexFilter2D(filter, filter);
+  gl.TexWrap2D(wrap, wrap);
+  gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  gl.Enable(GL_TEXTURE_2D);
+}
+
+// Short rows of every state, which share groups of pixels, over targets that hold all kinds of
+// values; textures of four channels and of three, which kernels do not read themselves.
+TEST_F(SpanRows, SmallTrianglesOfEveryState) {
+  constexpr unsigned int kWraps[] = {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP};
+  zx_test::TRandom random(13);
+  for (const double side : {1.5, 5.0, 9.0, 17.0, 30.0, 50.0}) {
+    for (int i = 0; i < 200; ++i) {
+      const TLook look = {random.Below(2) != 0, random.Below(3), random.Below(5),
+                          kDepths[random.Below(5)], random.Below(2) != 0};
+      const int texture = random.Below(4); // none, nearest, linear, not for kernels
+      const unsigned int wrap = kWraps[random.Below(3)];
+      const bool blend = random.Below(2) != 0;
+      const bool mask = random.Below(3) == 0;
+      const bool stencil = random.Below(3) == 0;
+      const bool offset = random.Below(3) == 0;
+      const TShapes shapes(30, side, look);
+      Expect("side " + std::to_string(side) + ", state " + std::to_string(i), [&](TRenderCPU& gl) {
+        for (int y = 0; y < kHeight; ++y) {
+          for (int x = 0; x < kWidth; ++x) {
+            *TScene::At(*gl.m_StencilSurface, x, y) = static_cast<std::uint8_t>(x * 7 + y * 31);
+          }
+        }
+        SetLook(gl, look);
+        if (texture != 0) {
+          SetTexture(gl, texture == 1 ? GL_NEAREST : GL_LINEAR, wrap, texture == 3 ? 3 : 4);
+        }
+        if (blend) {
+          gl.Enable(GL_BLEND);
+          gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+        }
+        if (mask) {
+          gl.ColorMask(1, 0, 1, 0);
+        }
+        if (stencil) {
+          gl.Enable(GL_STENCIL_TEST);
+          gl.StencilFunc(GL_GREATER, 0x80, 0xFF);
+          gl.StencilOp(GL_INVERT, GL_DECR, GL_INCR);
+        }
+        gl.EnablePolygonOffsetFill(offset);
+        gl.PolygonOffset(0.01, 0);
+        shapes.ByVertex(gl);
+      });
+    }
+  }
+}
+
+// Channels that lie between two bytes at every pixel, if nothing were rounded on the way, beside
+// others that do not.
+TEST_F(SpanRows, ConstantChannelsBetweenTwoBytes) {
+  for (int i = 0; i < 64; ++i) {
+    const double tie = (4 * i + 1.5) / 255;
+    for (const int channel : {0, 1, 2, 3, 4}) { // 4: red and alpha
+      for (const double far : {1.0, 2.0, 3.7}) {
+        Expect("tie " + std::to_string(i) + ", channel " + std::to_string(channel),
+               [&](TRenderCPU& gl) {
+                 constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+                 gl.MatrixMode(GL_PROJECTION);
+                 gl.LoadMatrixd(kWIsZ);
+                 gl.Begin(GL_QUADS);
+                 for (int k = 0; k < 4; ++k) {
+                   double color[4] = {0.1 + 0.2 * k, 0.9 - 0.2 * k, 0.3, 0.5 + 0.1 * k};
+                   color[channel % 4] = tie;
+                   color[channel == 4 ? 3 : channel] = tie;
+                   const double w = k < 2 ? 1.0 : far;
+                   gl.Color4dv(color);
+                   gl.Vertex3d(w * (k == 1 || k == 2 ? 1.1 : -1.1), w * (k < 2 ? -0.5 : 0.8), w);
+                 }
+                 gl.End();
+               });
+      }
+    }
+  }
+}
+
+void DrawQuad(TRenderCPU& gl, double left, double right) {
   gl.Begin(GL_QUADS);
   gl.Vertex3d(-1, -1, 2 * left - 1);
   gl.Vertex3d(1, -1, 2 * right - 1);
   gl.Vertex3d(1, 1, 2 * right - 1);
   gl.Vertex3d(-1, 1, 2 * left - 1);
   gl.End();
+}
+
+void DrawSlope(TRenderCPU& gl, double left, double right) {
+  gl.EnableDepthTest(true);
+  gl.DepthFunc(GL_LEQUAL);
+  gl.DepthMask(1);
+  DrawQuad(gl, left, right);
 }
 
 // Depths that would lie just between two floats at every pixel, if nothing were rounded on the way:
@@ -258,6 +354,43 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
   EXPECT_EQ(rows > 0, exact > 0);
   if (Zx3D::LimitSpanLevel("AVX2")) {
     EXPECT_GT(rows, 0u);
+  }
+}
+
+// Runs behind or before what is there: wholly, from some pixel on, by the last pixel alone; with
+// stencils that step where depth fails.
+TEST_F(SpanRows, RunsThatFailAsAWhole) {
+  constexpr unsigned int kFuncs[] = {GL_LESS, GL_LEQUAL, GL_GREATER, GL_GEQUAL};
+  const double ends[][2] = {{0.2, 0.3},  {0.8, 0.7},     {0.5, 0.5},        {0.2, 0.8},
+                            {0.8, 0.45}, {0.5, 0.50001}, {0.4999999, 0.51}, {0.9, 0.49999}};
+  for (const unsigned int func : kFuncs) {
+    for (const auto& [left, right] : ends) {
+      for (const int stencil : {0, 1, 2}) {
+        for (const float offset : {0.0f, 1e-3f}) {
+          Expect("function " + std::to_string(func) + ", from " + std::to_string(left) + " to " +
+                     std::to_string(right) + ", stencil " + std::to_string(stencil),
+                 [&](TRenderCPU& gl) {
+                   DrawSlope(gl, 0.5, 0.5);
+                   for (int y = 0; y < kHeight; ++y) {
+                     for (int x = 0; x < kWidth; ++x) {
+                       *TScene::At(*gl.m_StencilSurface, x, y) =
+                           static_cast<std::uint8_t>(stencil == 2 ? x / 70 : x * 7 + y * 31);
+                     }
+                   }
+                   if (stencil != 0) {
+                     gl.Enable(GL_STENCIL_TEST);
+                     gl.StencilFunc(stencil == 1 ? GL_LESS : GL_EQUAL, 1, 0xFF);
+                     gl.StencilOp(GL_DECR, stencil == 1 ? GL_INVERT : GL_KEEP, GL_INCR);
+                   }
+                   gl.EnablePolygonOffsetFill(offset != 0);
+                   gl.PolygonOffset(offset, 0);
+                   gl.Color4d(0.2, 0.4, 0.6, 1);
+                   gl.DepthFunc(func);
+                   DrawQuad(gl, left, right);
+                 });
+        }
+      }
+    }
   }
 }
 

@@ -98,6 +98,76 @@ TEST_F(SpanTexels, AboutTheEdgesOfTilesOfEverySize) {
   }
 }
 
+// Coordinates that begin and end where they stop being simple, with 1/w as unlike as it may be.
+TEST_F(SpanTexels, TheEndsOfWhatIsPlain) {
+  constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  for (const int size : {1, 2, 3, 16, 61, 250}) {
+    const double texel = 1.0 / size;
+    const double begins[] = {-texel,      -0.25 * texel,     -0.2500001 * texel, 0,
+                             0.5 * texel, 0.5000001 * texel, 1 - 65536};
+    const double ends[] = {1 - 0.5 * texel, 1 - 0.5000001 * texel, 1,
+                           1.0000001,       1048576 * texel,       1048575 * texel};
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (const unsigned int wrap : {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP}) {
+        for (const double far : {1.0, 40.0, 65000.0}) {
+          Expect(std::to_string(size) + ", filter " + std::to_string(filter) + ", wrap " +
+                     std::to_string(wrap) + ", w to " + std::to_string(far),
+                 [&](TRenderCPU& gl) {
+                   Texture(gl, size, 2 * size, filter, wrap, wrap);
+                   gl.MatrixMode(GL_PROJECTION);
+                   gl.LoadMatrixd(kWIsZ);
+                   int y = 0;
+                   for (const double begin : begins) {
+                     for (const double end : ends) {
+                       const double bottom = zx_test::Clip(y - 0.4, kHeight);
+                       const double top = zx_test::Clip(y + 0.4, kHeight);
+                       gl.Begin(GL_QUADS);
+                       for (int k = 0; k < 4; ++k) {
+                         const bool right = k == 1 || k == 2;
+                         const double w = right ? far : 1.0;
+                         gl.TexCoord2d(right ? end : begin, k < 2 ? begin : end);
+                         gl.Vertex3d(w * (right ? 1.1 : -1.1), w * (k < 2 ? bottom : top), w);
+                       }
+                       gl.End();
+                       ++y;
+                     }
+                   }
+                 });
+        }
+      }
+    }
+  }
+}
+
+// Beyond its edges a clamped texture keeps the bytes there; half of the odd ones lies between two
+// bytes, so that what the exact path makes of them shows.
+TEST_F(SpanTexels, HalvedTexelsBeyondTheEdges) {
+  constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  for (const int size : {2, 3, 16, 61}) {
+    for (const unsigned int wrapS : {GL_REPEAT, GL_CLAMP_TO_EDGE}) {
+      for (const double far : {1.0, 3.0}) {
+        for (int degrees = 0; degrees < 360; degrees += 30) {
+          Expect(std::to_string(size) + " at " + std::to_string(degrees), [&](TRenderCPU& gl) {
+            Texture(gl, size, size + 1, GL_LINEAR, wrapS, GL_CLAMP_TO_EDGE);
+            gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+            gl.MatrixMode(GL_PROJECTION);
+            gl.LoadMatrixd(kWIsZ);
+            gl.Color4d(0.5, 0.5, 0.25, 0.5);
+            gl.Begin(GL_QUADS);
+            for (int k = 0; k < 4; ++k) {
+              const double angle = (degrees + 45 + 90 * k) * 3.14159265358979 / 180;
+              const double w = k < 2 ? 1.0 : far;
+              gl.TexCoord2d(0.5 + 1.5 * std::cos(angle), 0.5 + 1.5 * std::sin(angle));
+              gl.Vertex3d(w * (k == 1 || k == 2 ? 1.1 : -1.1), w * (k < 2 ? -1.1 : 1.1), w);
+            }
+            gl.End();
+          });
+        }
+      }
+    }
+  }
+}
+
 // Tiles from the negative side to far on the positive one, at all angles.
 TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
   for (const int size : {3, 16, 21, 250}) {

@@ -538,4 +538,29 @@ TEST(VarData, IsCopiedByItsLiveSlots) {
   }
 }
 
+// --- Shaders of another context
+
+TEST(StandardShaders, ReadTheContextInWhichTheyWereInstalledLast) {
+  TScene drawn(16, 16);
+  TScene other(16, 16);
+  drawn->m_StdVertexShader->m_Render = other.operator->();
+  drawn->m_StdFragmentShader->m_Render = other.operator->();
+  other->m_CurVertex = {Clip(5, 16), Clip(6, 16), 0, 1};
+  other->m_CurColor = {1, 0.5, 0, 1};
+  drawn->m_VarColor = 2;
+  drawn->m_VarCount = 4; // no shader of this context fills its table
+  drawn->Begin(GL_POINTS);
+  drawn->_Color4d(0, 0, 1, 1);
+  other->m_VarColor = 3; // in the table that the shaders read, which `Begin` has filled
+  drawn->Vertex2d(Clip(1, 16), Clip(1, 16));
+  EXPECT_EQ(1.0, drawn->m_VarCur[0][3].x);
+  EXPECT_EQ(0.5, drawn->m_VarCur[0][3].y);
+  EXPECT_EQ(5, drawn->m_Fragment.X);
+  EXPECT_EQ(6, drawn->m_Fragment.Y);
+  EXPECT_EQ(0.5, drawn->m_Fragment.Color.y);
+  drawn->End();
+  drawn->m_StdVertexShader->m_Render = drawn.operator->();
+  drawn->m_StdFragmentShader->m_Render = drawn.operator->();
+}
+
 } // namespace

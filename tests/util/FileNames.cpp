@@ -228,4 +228,10 @@ TEST(FileNames, BeyondAsciiInEveryLocale) {
   CheckNamesBeyondAscii();
 }
 
+// The second special length of other functions is none here: no name is that long.
+TEST(ExtractFileExt, MeasuresOnOneLengthOnly) {
+  EXPECT_EQ(Extracted<char>(&ExtractFileExt, "a/b.c", kMeasure - 1, 64), "~");
+  EXPECT_EQ(Extracted<wchar_t>(&ExtractFileExt, L"a/b.c", kMeasure - 1, 64), L"~");
+}
+
 } // namespace

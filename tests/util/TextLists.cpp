@@ -220,4 +220,14 @@ TEST(CountedLists, DoNotTouchTheText) {
   EXPECT_TRUE(out[0] == 1 && out[1] == 2);
 }
 
+// One value takes the whole text: no separator is looked for.
+TEST(TerminatedLists, OneValueNeedsNoSeparator) {
+  int number = 0;
+  EXPECT_TRUE(StringToInt("-12", '\0', &number, 1));
+  EXPECT_EQ(number, -12);
+  int two[2] = {7, 7};
+  EXPECT_FALSE(StringToInt("1", '\0', two, 2));
+  EXPECT_EQ(two[1], 7);
+}
+
 } // namespace

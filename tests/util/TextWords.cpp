@@ -124,4 +124,13 @@ TEST(WordsBetweenBlanks, OffsetsLeadFromWordToWord) {
   EXPECT_EQ(words, "alpha;beta;gamma;");
 }
 
+TEST(Words, WhereTheNextOneBeginsNeedNotBeTold) {
+  char out[8] = "";
+  EXPECT_EQ(StringGetWord("ab,c", out, ',', nullptr), 2U);
+  EXPECT_STREQ(out, "ab");
+  EXPECT_EQ(StringGetWordEx(" abc d", out, nullptr), 3U);
+  EXPECT_STREQ(out, "abc");
+  EXPECT_EQ(StringSkipWordEx(" abcd e", nullptr), 4U);
+}
+
 } // namespace

@@ -511,4 +511,40 @@ TEST(TZxXIniReader, CountsLevelsOfSectionKeyAndBracketsTogether) {
             "nothing thrown");
 }
 
+TEST(TZxXIniReader, ADoubleAsTextIsSixteenDigitsOfHex) {
+  const auto read = [](const std::string& text) {
+    return MessageOf([&] {
+      const TZxXIniReader reader("a = '" + text + "'\n");
+      static_cast<void>(reader.ReadE<double>(0));
+    });
+  };
+  EXPECT_EQ(read("0x7ff8000000000abc"), "nothing thrown");
+  for (const char* text :
+       {"0xg000000000000000", "0x000000000000000g", "0x-000000000000001", "1x7ff8000000000abc",
+        "0y7ff8000000000abc", "0x7ff8000000000ab", "0x7ff8000000000abc0"}) {
+    EXPECT_THAT(read(text), StartsWith("line 1, column ")) << text;
+  }
+}
+
+TEST(TZxXIniReader, BracketsAndStringsThatDoNotEndOrBegin) {
+  for (const char* text : {"]", "a = 1]", "a = [1]]", "}", "a = \"\\", "a = \"\\\"", "a = \"\\\n\"",
+                           "a = \"\"\"\\", "[a]]"}) {
+    EXPECT_THAT(ErrorOf(text), StartsWith("line ")) << text;
+  }
+  EXPECT_EQ(ErrorOf("a = \"\"\"\\\n  b\"\"\""), "nothing thrown"); // a line that goes on
+}
+
+TEST(TZxXIniWriter, WithoutAValueNothingIsWrittenOfAnyType) {
+  TZxXIniWriter writer;
+  const auto refused = [&](bool written) {
+    EXPECT_FALSE(written);
+    EXPECT_EQ(MessageOf([&] { writer.RaiseErrorE(); }), "There is no value for the key \"k\".");
+  };
+  refused(writer.WriteS<double>("k", nullptr));
+  refused(writer.WriteS<long>("k", nullptr));
+  refused(writer.WriteS<bool>("k", nullptr));
+  refused(writer.WriteS<std::string>("k", nullptr));
+  EXPECT_EQ(TZxXIniReader(writer.GetText()).GetCount(), 0u);
+}
+
 } // namespace

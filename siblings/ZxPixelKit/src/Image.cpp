@@ -23,7 +23,7 @@ namespace zx::image {
 bool TReason::Refuse(const char* text) { return Refuse(text, nullptr); }
 
 bool TReason::Refuse(const char* text, const char* detail) {
-  const bool more = detail != nullptr && *detail != '\0';
+  const bool more = detail != nullptr;
   std::snprintf(Text, sizeof Text, "%s%s%s", text, more ? ": " : "", more ? detail : "");
   return false;
 }

@@ -103,10 +103,11 @@ bool _CheckHeader(TJpegRead* job) {
                     job->Why);
 }
 
+// Of the markers the decoder keeps those of EXIF data alone.
 int _Orientation(const jpeg_decompress_struct& info) {
   for (const jpeg_marker_struct* marker = info.marker_list; marker != nullptr;
        marker = marker->next) {
-    if (marker->marker == kExifMarker && marker->data_length > sizeof kExifMark &&
+    if (marker->data_length > sizeof kExifMark &&
         std::memcmp(marker->data, kExifMark, sizeof kExifMark) == 0) {
       return ExifOrientation(
           {marker->data + sizeof kExifMark, marker->data_length - sizeof kExifMark});

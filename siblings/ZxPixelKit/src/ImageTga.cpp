@@ -73,10 +73,8 @@ bool IsTga(TBytesView head) {
 // The decoder gets the header without an identification, and a palette that starts at entry 0; the
 // entries below its first are black. A palette that the pixels do not need is left out.
 bool DecodeTga(TBytesView file, TPicture* out, TReason* why) {
-  TTgaHeader h;
-  if (!_ReadTgaHeader(file, &h) || !_CheckTga(h)) {
-    return why->Refuse(kBadHeader);
-  }
+  TTgaHeader h = {};
+  static_cast<void>(_ReadTgaHeader(file, &h)); // `IsTga` has seen that it is sound
   const std::size_t entry = h.HasPalette ? (h.PaletteBits + 7) / 8 : 0;
   const std::size_t paletteAt = kTgaHeader + h.IdSize;
   const std::size_t pixelsAt = paletteAt + h.PaletteSize * entry;

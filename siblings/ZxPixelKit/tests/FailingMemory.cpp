@@ -170,4 +170,78 @@ TEST_F(TFailingMemory, Surfaces) {
   EXPECT_EQ(failures, 1);
 }
 
+TEST_F(TFailingMemory, LoadImageLargerThanTheFirstRead) {
+  const TBytes bytes = Text("P5 700 300 255\n") + TBytes(700 * 300, 7);
+  const int failures = FailEach(
+      "a large file",
+      [&] {
+        TBytesStream stream(bytes);
+        DATASURFACE image = {};
+        const bool done = LoadImage(&stream, nullptr, &image);
+        FreeDataSurfaceData(image);
+        return done;
+      },
+      LookAtNothing);
+  EXPECT_GT(failures, 3); // the head, its growing, what the decoder needs, the picture
+}
+
+// The reason takes memory too: without it, what is told is that there was none.
+TEST_F(TFailingMemory, TheReasonWithoutMemoryForIt) {
+  const TBytes bytes = Text("some text");
+  int without = 0;
+  for (unsigned long at = 1; at < 100; ++at) {
+    TBytesStream stream(bytes);
+    DATASURFACE image = {};
+    TZxMessage reason;
+    bool failed = false;
+    {
+      const TMallocWatch watch(at);
+      EXPECT_FALSE(LoadImage(&stream, nullptr, &image, &reason));
+      failed = watch.Failed();
+    }
+    if (!failed) {
+      EXPECT_STREQ(reason.what(), "of no known image kind");
+      break;
+    }
+    EXPECT_STREQ(reason.what(), "out of memory") << at;
+    ++without;
+  }
+  EXPECT_GT(without, 1); // of the bytes, and of the reason
+}
+
+TEST_F(TFailingMemory, SaveImageToADevice) {
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(13, 7, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3));
+  for (const char* ending : {".png", ".bmp"}) {
+    const TTemporary file(ending);
+    std::filesystem::create_symlink("/dev/null", file.Name);
+    const int failures = FailEach(
+        ending, [&] { return SaveImage(file.Name, nullptr, surface); },
+        [&](bool) { EXPECT_TRUE(std::filesystem::is_symlink(file.Name)) << ending; });
+    EXPECT_GT(failures, 0) << ending;
+  }
+}
+
+TEST_F(TFailingMemory, CopyOfSurfacesThatOverlap) {
+  std::uint8_t block[32];
+  DATASURFACE from, to;
+  const int failures = FailEach(
+      "Copy",
+      [&] {
+        for (std::uint8_t i = 0; i < 32; ++i) {
+          block[i] = i;
+        }
+        EXPECT_TRUE(ds::Set(&from, 4, 4, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, block));
+        EXPECT_TRUE(ds::Set(&to, 4, 4, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, block + 1));
+        to.RowStride = 5;
+        const bool done = ds::Copy(from, to);
+        for (std::uint8_t i = 0; i < 16; ++i) {
+          EXPECT_EQ(block[1 + 5 * (i / 4) + i % 4], done ? i : 1 + 5 * (i / 4) + i % 4);
+        }
+        return done;
+      },
+      LookAtNothing);
+  EXPECT_EQ(failures, 1);
+}
+
 } // namespace

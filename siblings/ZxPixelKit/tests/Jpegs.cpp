@@ -6,6 +6,8 @@
 #include <png.h>
 #include <turbojpeg.h>
 
+#include <ZxBaseKit/TZxMessage.h>
+
 #include "ImageFiles.h"
 
 namespace {
@@ -231,6 +233,8 @@ TEST(Orientation, DamagedDataTellNone) {
     damaged.back()[at] = value;
   };
   change(0, 'X');
+  change(1, 'X');
+  damaged.push_back(ExifOf("IX", 6));
   change(3, 43);        // the magic number
   change(4, 0xFF);      // the directory's place
   change(9, 1);         // entries
@@ -241,6 +245,28 @@ TEST(Orientation, DamagedDataTellNone) {
     spec.App1 = {ExifSegment(exif)};
     ExpectBlocks(TLoaded(MakeJpeg(spec)), kTurned[0], 8);
   }
+}
+
+// A scan takes time whatever it holds: 500 are the most that a file may have.
+TEST(OddJpeg, OfMoreScansThanAreDecoded) {
+  TJpegSpec spec = ColorSpec();
+  spec.Separate = true;
+  const TBytes jpeg = MakeJpeg(spec);
+  const TBytes mark = {0xFF, 0xDA};
+  const auto second = std::find_end(jpeg.begin(), jpeg.end(), mark.begin(), mark.end());
+  const TBytes scan(second, jpeg.end() - 2);
+  TBytes odd(jpeg.begin(), jpeg.end() - 2);
+  for (int scans = 3; scans < 500; ++scans) {
+    odd = odd + scan;
+  }
+  const TBytes end = {0xFF, 0xD9};
+  ExpectSamePicture(odd + end, jpeg);
+  const TBytes more = odd + scan + end;
+  TBytesStream stream(more);
+  DATASURFACE image = {};
+  TZxMessage reason;
+  EXPECT_FALSE(LoadImage(&stream, nullptr, &image, &reason));
+  EXPECT_EQ(reason.GetText(), "damaged JPEG: too many scans");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include <ZxPixelKit/Image.h>
 
+#include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -12,6 +13,7 @@
 
 #include <ZxBaseKit/TZxMessage.h>
 
+#include "FailingCalls.h"
 #include "ImageFiles.h"
 
 namespace {
@@ -143,6 +145,35 @@ TEST(LoadIntoASurfaceThatOwns, FalseLeavesItAsItWas) {
   EXPECT_EQ(surface.Data, block);
   EXPECT_EQ(surface.Width, 3);
   EXPECT_TRUE(surface.IsOwner());
+}
+
+TEST(Reason, OfAFileOfNoKindAndOfADamagedOne) {
+  const TTemporary file("_reason");
+  const auto put = [&](const std::string& text) {
+    std::ofstream(file.Name, std::ios::binary | std::ios::trunc) << text;
+  };
+  put("");
+  EXPECT_EQ(ReasonOfFile(file.Name), "is empty");
+  put("some text");
+  EXPECT_EQ(ReasonOfFile(file.Name), "of no known image kind");
+  put("P5 2 2 255\n123");
+  EXPECT_EQ(ReasonOfFile(file.Name), "ends inside its picture");
+}
+
+TEST(Reason, OpeningGoesOnAfterASignal) {
+  const TTemporary file("_signal.pgm");
+  std::ofstream(file.Name, std::ios::binary) << "P5 1 1 255\na";
+  TDataSurface surface;
+  {
+    const zx_test::TFailingOpen open(3, EINTR);
+    ASSERT_TRUE(LoadImage(file.Name, nullptr, &surface));
+    EXPECT_EQ(open.Left(), 0);
+  }
+  EXPECT_EQ(surface.Data[0], 'a');
+  {
+    const zx_test::TFailingOpen open(1, EMFILE);
+    EXPECT_EQ(ReasonOfFile(file.Name), std::strerror(EMFILE));
+  }
 }
 
 } // namespace

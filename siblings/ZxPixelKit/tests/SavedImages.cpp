@@ -16,6 +16,7 @@
 #include <ZxBaseKit/TZxMessage.h>
 
 #include "CommaLocale.h"
+#include "FailingCalls.h"
 #include "ImageFiles.h"
 
 namespace {
@@ -165,7 +166,8 @@ TEST(SaveImage, FilesBeginWithTheMarkOfTheirKind) {
 TEST(SaveImage, EndingsThatAreNotKnownAreRefusedAndNothingIsTouched) {
   TDataSurface surface;
   ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
-  for (const char* ending : {"", ".", ".gif", ".pn", ".pngx", ".png/x", ".png.", "png", ".tiff"}) {
+  for (const char* ending :
+       {"", ".", ".gif", ".pn", ".pngx", ".png/x", ".png.", "png", ".tiff", ".p-g", ".p{g"}) {
     const TTemporary file((std::string("_ending") + ending).c_str());
     TZxMessage reason;
     EXPECT_FALSE(SaveImage(file.Name, nullptr, surface)) << ending;
@@ -428,6 +430,135 @@ TEST(SaveImage, NoLocaleHasASay) {
   EXPECT_EQ(save(".png", bytes), png);
   EXPECT_TRUE(TLoaded(Text("P2 2 1 1023 1 1000")).Done);
   EXPECT_TRUE(TLoaded(Text("P5 2 1 1023\n") + TBytes{0, 1, 0, 2}).Done);
+}
+
+TEST(SaveImage, RefusesWhatHasNoPixels) {
+  std::uint8_t pixels[16] = {};
+  DATASURFACE sound;
+  ASSERT_TRUE(ds::Set(&sound, 2, 2, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4, pixels));
+  const TTemporary file("_none.png");
+  const auto reasonOf = [&](const DATASURFACE& surface) {
+    TZxMessage reason;
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason));
+    EXPECT_FALSE(std::filesystem::exists(file.Name));
+    return reason.GetText();
+  };
+  constexpr char kNone[] = "there are no pixels to save";
+  DATASURFACE surface = sound;
+  surface.Data = nullptr;
+  EXPECT_EQ(reasonOf(surface), kNone);
+  surface = sound;
+  surface.Width = 0;
+  EXPECT_EQ(reasonOf(surface), kNone);
+  surface = sound;
+  surface.Height = 0;
+  EXPECT_EQ(reasonOf(surface), kNone);
+  constexpr char kOthers[] = "such pixels can't be stored in a file of this kind";
+  surface = sound;
+  surface.Channels = 0;
+  EXPECT_EQ(reasonOf(surface), kOthers);
+  surface = sound;
+  surface.PixelStride = 3; // of four channels
+  EXPECT_EQ(reasonOf(surface), kOthers);
+  EXPECT_TRUE(SaveImage(file.Name, nullptr, sound));
+}
+
+// Rows that lie upon each other: pictures far larger than their pixels.
+TEST(SaveImage, APictureBeyondTwoGiBIsRefusedByItsKind) {
+  std::vector<std::uint8_t> row(30000 * 12);
+  for (const char* ending : {".bmp", ".tga", ".hdr"}) {
+    const bool isFloat = std::string(ending) == ".hdr";
+    const TTemporary file((std::string("_huge") + ending).c_str());
+    DATASURFACE surface;
+    ASSERT_TRUE(ds::Set(&surface, 30000, 30000, DATA_FORMAT_RGB,
+                        isFloat ? DATA_TYPE_FLOAT : DATA_TYPE_UINT8, 3, row.data()));
+    surface.RowStride = 0;
+    TZxMessage reason;
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason)) << ending;
+    EXPECT_EQ(reason.GetText(), "the picture is too large for a file of this kind") << ending;
+    EXPECT_FALSE(std::filesystem::exists(file.Name)) << ending;
+  }
+}
+
+TEST(SaveImage, AnotherCompressionThanZeroToNineIsTheLibrarys) {
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(64, 64, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  for (std::uint64_t i = 0; i < surface.DataSize; ++i) {
+    surface.Data[i] = static_cast<std::uint8_t>(i * i >> 5);
+  }
+  const TTemporary file("_effort.png");
+  const auto bytes = [&](int compression) {
+    TSaveImageHint hint;
+    hint.Compression = compression;
+    EXPECT_TRUE(SaveImage(file.Name, &hint, surface));
+    std::ifstream stream(file.Name, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(stream), {});
+  };
+  const std::string usual = bytes(-1);
+  EXPECT_EQ(bytes(10), usual);
+  EXPECT_EQ(bytes(-2), usual);
+  EXPECT_NE(bytes(0), usual);
+}
+
+TEST(SaveImage, OpeningGoesOnAfterASignal) {
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  const TTemporary file("_signal.png");
+  const zx_test::TFailingOpen open(3, EINTR);
+  EXPECT_TRUE(SaveImage(file.Name, nullptr, surface));
+  EXPECT_EQ(open.Left(), 0);
+}
+
+// Some file systems say only then that the bytes did not get through. After a signal the file is
+// closed all the same.
+TEST(SaveImage, WhatClosingSaysCounts) {
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  const TTemporary file("_close.png");
+  TZxMessage reason("none");
+  {
+    const zx_test::TFailingClose close(EINTR);
+    EXPECT_TRUE(SaveImage(file.Name, nullptr, surface, &reason));
+    EXPECT_EQ(close.Failed(), 1);
+  }
+  EXPECT_TRUE(std::filesystem::exists(file.Name));
+  EXPECT_STREQ(reason.what(), "none");
+  {
+    const zx_test::TFailingClose close(EIO);
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason));
+    EXPECT_EQ(close.Failed(), 1);
+  }
+  EXPECT_EQ(reason.GetText(), std::strerror(EIO));
+  EXPECT_FALSE(std::filesystem::exists(file.Name));
+}
+
+// A picture that was not written is told by its own reason, whatever closing says.
+TEST(SaveImage, WhyItFailedIsNotWhatClosingSays) {
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(200, 200, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  const TTemporary file("_full.bmp");
+  std::filesystem::create_symlink("/dev/full", file.Name);
+  TZxMessage reason;
+  {
+    const zx_test::TFailingClose close(EIO);
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason));
+  }
+  EXPECT_EQ(reason.GetText(), std::strerror(ENOSPC));
+  EXPECT_TRUE(std::filesystem::is_symlink(file.Name)) << "a device is not removed";
+}
+
+TEST(SaveImage, ANameWithoutAFolder) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const TTemporary folder("_folder");
+  std::filesystem::create_directory(folder.Name);
+  std::filesystem::current_path(folder.Name);
+  TDataSurface surface;
+  ASSERT_TRUE(surface.Create(1, 1, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+  EXPECT_TRUE(SaveImage("x.png", nullptr, surface));
+  EXPECT_FALSE(SaveImage("png", nullptr, surface));
+  EXPECT_TRUE(std::filesystem::exists("x.png"));
+  std::filesystem::current_path(before);
+  std::filesystem::remove_all(folder.Name);
 }
 
 } // namespace

@@ -343,6 +343,8 @@ TEST(Copy, RefusesAnotherKindOfPixel) {
   EXPECT_FALSE(ds::Copy(source, target));
   EXPECT_FALSE(ds::Copy(source, DATASURFACE{}));
   EXPECT_FALSE(ds::Copy(DATASURFACE{}, source));
+  source.Type = target.Type = DATA_TYPE_REF; // which has no size
+  EXPECT_FALSE(ds::Copy(source, target));
   EXPECT_EQ(to[0], 0);
 }
 
@@ -415,6 +417,49 @@ TEST(FreeDataSurfaceData, EmptiesTheRecord) {
   EXPECT_EQ(std::memcmp(&record, &empty, sizeof record), 0);
   FreeDataSurfaceData(record);
   EXPECT_EQ(record.Data, nullptr);
+}
+
+TEST(HasPixels, EachSizeAndStrideCounts) {
+  std::uint8_t bytes[4] = {9, 9, 9, 9};
+  DATASURFACE sound;
+  ASSERT_TRUE(ds::Set(&sound, 2, 2, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1, bytes));
+  const std::uint8_t value = 1;
+  for (std::int32_t DATASURFACE::*const field :
+       {&DATASURFACE::Width, &DATASURFACE::Height, &DATASURFACE::PixelStride,
+        &DATASURFACE::RowStride}) {
+    for (const int none : {0, -1}) {
+      DATASURFACE surface = sound;
+      surface.*field = none;
+      EXPECT_FALSE(ds::Fill(surface, &value, 1));
+      EXPECT_FALSE(ds::Copy(surface, sound));
+      EXPECT_FALSE(ds::Copy(sound, surface));
+    }
+  }
+  EXPECT_EQ(bytes[0], 9);
+}
+
+TEST(Fill, WholePixelsOfRowsThatLieApart) {
+  std::uint8_t bytes[12] = {};
+  DATASURFACE whole, part;
+  ASSERT_TRUE(ds::Set(&whole, 3, 2, DATA_FORMAT_RG, DATA_TYPE_UINT8, 2, bytes));
+  ASSERT_TRUE(ds::GetSubSurface(whole, 0, 0, 2, 2, &part));
+  const std::uint8_t value[2] = {3, 4};
+  ASSERT_TRUE(ds::Fill(part, value, 2));
+  const std::uint8_t expected[12] = {3, 4, 3, 4, 0, 0, 3, 4, 3, 4, 0, 0};
+  EXPECT_EQ(std::memcmp(bytes, expected, 12), 0);
+}
+
+// Pixels closer than their components are long: what lies between would have rows of more than 2
+// GiB.
+TEST(Copy, OverlappingWithoutRoomForACopyInBetween) {
+  double values[8] = {};
+  DATASURFACE from, to;
+  ASSERT_TRUE(ds::Set(&from, 1, 1, DATA_FORMAT_RGBA, DATA_TYPE_DOUBLE, 4, values));
+  to = from;
+  from.Width = to.Width = 1 << 27;
+  from.PixelStride = from.RowStride = to.RowStride = 1;
+  to.PixelStride = 2;
+  EXPECT_FALSE(ds::Copy(from, to));
 }
 
 } // namespace

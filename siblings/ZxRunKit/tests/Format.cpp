@@ -4,12 +4,14 @@
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 
 #include <gtest/gtest.h>
 #include <locale.h>
 
 #include "CommaLocale.h"
+#include "object/FailingMalloc.h"
 
 namespace {
 
@@ -110,6 +112,88 @@ TEST(ZxRunKitModule, CountsItsUsers) {
   EXPECT_EQ(ssprintf("%d", 1), "1");
   Deinit_ZxRunKit();
   Deinit_ZxRunKit();
+}
+
+// The C library refuses a conversion without an end.
+TEST(Ssprintf, IsEmptyForAFormatThatEndsWithinAConversion) {
+  for (const char* format : {"abc%", "abc%5", "abc%l", "%d%", "abc%-"}) {
+    EXPECT_EQ(ssprintf(format, 1), "") << format;
+  }
+}
+
+TEST(Ssprintf, WideCharactersByThemselves) {
+  EXPECT_EQ(ssprintf("%C|%lc|%5C", wchar_t{'a'}, wchar_t{'b'}, wchar_t{'c'}), "a|b|    c");
+}
+
+// Either the whole text or bad_alloc, never a part of it.
+TEST(Ssprintf, RaisesWhereMemoryIsExhausted) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const std::string expected = "1.5" + std::string(99999, '0');
+  int raised = 0;
+  for (unsigned long at = 1;; ++at) {
+    ASSERT_LT(at, 100u);
+    std::string text;
+    bool failed = false;
+    bool thrown = false;
+    {
+      const zx_test::TMallocWatch watch(at);
+      try {
+        text = ssprintf("%.100000f", 1.5);
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      failed = watch.Failed();
+    }
+    EXPECT_EQ(text, thrown ? "" : expected) << at;
+    if (!failed) {
+      EXPECT_FALSE(thrown);
+      break;
+    }
+    raised += thrown ? 1 : 0;
+  }
+  EXPECT_GT(raised, 1); // the C library's own memory, and the text's
+}
+
+// Where no locale can be had that writes numbers as "C" does, the host's stays in force, and is so
+// afterwards.
+TEST(Ssprintf, WideCharactersWhereMemoryIsExhausted) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  unsetenv("LOCPATH");
+  const locale_t before = uselocale(nullptr);
+  bool hosts = false;
+  for (unsigned long at = 1;; ++at) {
+    ASSERT_LT(at, 100u);
+    std::string text;
+    bool failed = false;
+    bool thrown = false;
+    {
+      const zx_test::TMallocWatch watch(at);
+      try {
+        text = ssprintf("%ls %.1f", L"\u0416", 1.5);
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      failed = watch.Failed();
+    }
+    EXPECT_EQ(uselocale(nullptr), before);
+    if (!thrown) {
+      hosts = hosts || text == "\u0416 1,5";
+      EXPECT_TRUE(text == "\u0416 1.5" || text == "\u0416 1,5") << text;
+    }
+    if (!failed) {
+      EXPECT_EQ(text, "\u0416 1.5");
+      break;
+    }
+  }
+  EXPECT_TRUE(hosts);
 }
 
 } // namespace

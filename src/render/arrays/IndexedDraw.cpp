@@ -56,7 +56,7 @@ std::size_t TRenderEngine::CachedVertex(const TIndexedDraw& draw, std::uint32_t 
   if (draw.Positions != nullptr) {
     TVec4 position;
     draw.Positions->GetValue(draw.Positions, element, &position);
-    vertex.Slots[0] = ClipPosition(gl, position);
+    SetClipPosition(gl, position, &vertex.Slots[0]);
     cache.Codes[place] = static_cast<std::uint8_t>(OutsidePlanes(vertex.Slots[0]) | kUnshaded);
   } else {
     draw.Arrays.Fetch(&gl, element);

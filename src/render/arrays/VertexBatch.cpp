@@ -3,15 +3,17 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <new>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
-#include <ZxCore3D/render/arrays/VertexFetch.h>
+#include <ZxCore3D/render/arrays/BatchFetch.h>
 #include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
@@ -23,70 +25,6 @@ namespace {
 
 using TPointer = TRenderCPU::TVertexAttribPointer;
 using TVec4 = vec_t_<double, 4>;
-
-// --- Fetching many
-
-// Vertices of one array: `Count` of them, from `First` on or those of a list.
-struct TFetchList {
-  const TPointer* Pointer;
-  const unsigned long* Elements; ///< null: they follow each other
-  unsigned long First;
-  int Count;
-};
-
-// Calls take(i, vector) for each vertex of a list.
-template <class TFrom, int Size, class TTake>
-inline void FetchEach(const TFetchList& list, const TTake& take) {
-  if (list.Elements != nullptr) {
-    for (int i = 0; i < list.Count; ++i) {
-      take(i, FetchAt<TFrom, Size>(ElementAt(*list.Pointer, list.Elements[i])));
-    }
-    return;
-  }
-  const unsigned char* from = ElementAt(*list.Pointer, list.First);
-  const std::ptrdiff_t stride = list.Pointer->EffectiveStride;
-  for (int i = 0; i < list.Count; ++i, from += stride) {
-    take(i, FetchAt<TFrom, Size>(from));
-  }
-}
-
-using TFetchVectors = void (*)(const TFetchList& list, TVec4* out);
-
-template <class TFrom, int Size> void FetchVectors(const TFetchList& list, TVec4* out) {
-  FetchEach<TFrom, Size>(list, [out](int i, const TVec4& v) { out[i] = v; });
-}
-
-using TFetchPositions = void (*)(const TFetchList& list, int corners, TVertexBatch* out);
-
-// The w of a position takes no part in its transformation.
-template <class TFrom, int Size>
-void FetchPositions(const TFetchList& list, int corners, TVertexBatch* out) {
-  const int next = corners * out->Pitch - 1; // from the last corner of a shape to the next shape
-  int at = 0;
-  int corner = 0;
-  FetchEach<TFrom, Size>(list, [&](int, const TVec4& v) {
-    out->X[at] = v.x;
-    out->Y[at] = v.y;
-    out->Z[at] = v.z;
-    at += out->Pitch;
-    if (++corner == corners) {
-      corner = 0;
-      at -= next;
-    }
-  });
-}
-
-#define ZX_BY_SIZE(fetch, from) fetch<from, 1>, fetch<from, 2>, fetch<from, 3>, fetch<from, 4>
-#define ZX_BY_FAMILY(fetch)                                                                        \
-  ZX_BY_SIZE(fetch, TFromByte), ZX_BY_SIZE(fetch, TFromNormalizedByte),                            \
-      ZX_BY_SIZE(fetch, TFromFloat), ZX_BY_SIZE(fetch, TFromDouble)
-
-// In the order of `s_AttrGetVals`.
-constexpr TFetchVectors kFetchVectors[16] = {ZX_BY_FAMILY(FetchVectors)};
-constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
-
-#undef ZX_BY_FAMILY
-#undef ZX_BY_SIZE
 
 // The slot that no shader fills while there is no texture: whether all records have +0 there, so
 // that scaling and mixing leave it as it is.
@@ -235,14 +173,31 @@ struct TBatchDraw {
       Line.X[i] = Line.Y[i] = Line.Z[i] = 0.0;
     }
     kernels.TransformBatch(matrix, Count, &Line);
-    for (int c = 0; c < Shapes.Corners; ++c) {
-      for (int i = c * Batch.Pitch; i < c * Batch.Pitch + shapes; ++i) {
-        const int vertex = Shapes.Vertex[i];
-        Batch.X[i] = Line.X[vertex];
-        Batch.Y[i] = Line.Y[vertex];
-        Batch.Z[i] = Line.Z[vertex];
-        Batch.W[i] = Line.W[vertex];
+    CopyCorners(Line.X, shapes, Batch.X);
+    CopyCorners(Line.Y, shapes, Batch.Y);
+    CopyCorners(Line.Z, shapes, Batch.Z);
+    CopyCorners(Line.W, shapes, Batch.W);
+  }
+
+  // One component of vertices that shapes share to the corners of the shapes, as `Shapes.Vertex`
+  // places them: most lie side by side. A shape more may be written, if there is room.
+  void CopyCorners(const double* vertices, int shapes, double* out) const {
+    const int pitch = Shapes.Pitch;
+    if (Shapes.Mode == GL_TRIANGLE_STRIP) {
+      for (int s = 0; s < shapes; s += 2) {
+        out[s] = vertices[s];
+        out[s + 1] = vertices[s + 2];
+        out[pitch + s] = out[pitch + s + 1] = vertices[s + 1];
       }
+    } else {
+      const bool fan = Shapes.Mode == GL_TRIANGLE_FAN;
+      for (int s = 0; s < shapes; ++s) {
+        out[s] = vertices[fan ? 0 : s];
+        out[pitch + s] = vertices[s + 1];
+      }
+    }
+    if (Shapes.Corners == 3) {
+      std::copy_n(vertices + 2, shapes, out + 2 * pitch);
     }
   }
 
@@ -315,6 +270,22 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
   }
 }
 
+// Draws a triangle whose corners have window coordinates already. Without a texture nothing but the
+// draw itself runs until its end, so that no state needs to be looked after.
+void TRenderEngine::DrawProjected(TBatchDraw* draw, int shape, bool front) {
+  const TVertexBatch& batch = draw->Batch;
+  draw->FetchValues();
+  for (int c = 0; c < 3; ++c) {
+    const int at = c * batch.Pitch + shape;
+    VAR_DATA& record = gl.m_VarCur[c];
+    StoreVector(&record.Slots[0], batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]);
+    record.Slots[gl.m_VarColor] = draw->ValueOf(1, draw->Shapes.Vertex[at]);
+  }
+  gl.m_Fragment.FrontFacing = front;
+  new (&DrawJob->Primitive) TPrimitive; // as in RasterizeTriangle
+  DrawTriangle(gl.m_VarCur, DrawJob, TCondition::None);
+}
+
 // The shapes of one batch; returns how many were drawn. Where vertices are drawn from the copies
 // that earlier shapes left, a shape that puts something into the slot that no shader fills is the
 // last one.
@@ -343,6 +314,12 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   std::uint64_t rest = all & ~(uncut | beyond);
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
+  const bool projected = corners == 3 && (rest & inside) != 0 && DrawJob != nullptr &&
+                         !gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled;
+  if (projected) {
+    kernels.ProjectTriangles(gl.m_Width, gl.m_Height, gl.m_FrontFaceCCW, shapes, &draw->Batch, &a);
+  }
+
   // The only trace of culled shapes is the facing of the last of them in the fragment record.
   std::uint64_t done = 0;
   const auto recordCulled = [&](std::uint64_t before) {
@@ -365,7 +342,11 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
-    DrawBatched(draw, shape, (inside & bit) != 0);
+    if (projected && (inside & bit) != 0) {
+      DrawProjected(draw, shape, (a.Front & bit) != 0);
+    } else {
+      DrawBatched(draw, shape, (inside & bit) != 0);
+    }
     rest &= rest - 1;
     if (!separate && !IsSpareSlotZero(gl)) {
       return shape + 1;

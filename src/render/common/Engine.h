@@ -84,6 +84,7 @@ struct TRenderEngine {
   bool UpdateDerivedState();
   /// The part of it that a shader may have changed since its primitive began: the targets.
   bool UpdateTargets();
+  void MeasureTargets();
   bool UpdateTextures();
   /// Whether texels of unit 0 share memory with a target.
   bool TextureIsTarget() const;
@@ -136,8 +137,7 @@ struct TRenderEngine {
 
   // --- stages: from primitives to fragments
 
-  void SetDelta(EDGE* e);
-  void ScaleSlots(VAR_DATA* v, double r);
+  void CutTriangle(VAR_DATA* v, int plane);
   bool IsCulled(bool front) const;
   void SetEdges(VAR_DATA* v, EDGE* edges, int* major);
   void DrawEdges(VAR_DATA* v);
@@ -183,6 +183,7 @@ struct TRenderEngine {
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
+  void DrawProjected(TBatchDraw* draw, int shape, bool front);
   void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
 
   TVertexCache* VertexCache = nullptr;
@@ -197,7 +198,12 @@ struct TRenderEngine {
   TCondition SetUpPrimitive(TPrimitive* primitive);
   void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
-  void ResolveFragment();
+  void ResolveFragment() {
+    if (DeferredFragment.Set) {
+      ComputeDeferredFragment(DeferredFragment.Vertex);
+    }
+  }
+  void ComputeDeferredFragment(const VAR_DATA* v);
 
   TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;

@@ -59,7 +59,8 @@
 
 #define ZX_FLOAT_ROW_CONDITIONS(X) \
   X(FloatRow,        ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
-  X(FloatRow,        Long,            PixelsOf(row) >= kMinFloatRowGroups * kLanes,           "set-up of a row costs more than short ones gain") \
+  X(FloatRow,        Long,            PixelsOf(row) >= kLanes * \
+                                      (HasByteTexels(primitive.Texels) ? 1 : kMinFloatRowGroups), "set-up of a row costs more than short ones gain") \
   X(FloatRow,        RatioOfW,        !ratioMatters || \
                                       (ratio = RatioOfW(row)) <= kMaxFloatRatio,              "the margin of the bytes grows with the ratio")
 
@@ -81,6 +82,11 @@
   X(FloatShortRows,  ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
   X(FloatShortRows,  Perspective,     primitive.Perspective,                                  "without a division a pixel doubles are as fast")
 
+#define ZX_JOINED_ROW_CONDITIONS(X) \
+  X(JoinedRows,      MaskedAccess,    kMaskedAccess,                                          "as for short rows") \
+  X(JoinedRows,      Costly,          primitive.Texels != TTexelSource::None || \
+                                      (draw.ReadsColor() && !draw.DepthTest && !draw.StencilTest), "a test waits for memory: row by row the others go on meanwhile")
+
 #define ZX_FILL_CONDITIONS(X) \
   X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \
                                       primitive.HasConstColor(),                              "one value is stored throughout") \
@@ -89,14 +95,12 @@
   X(Fill,            OneDepth,        !draw.DepthWrite || row.Delta[2] == 0.0,                "one value is stored throughout")
 
 #define ZX_REJECTION_CONDITIONS(X) \
-  X(Rejection,       Nearer,          draw.DepthTest && IsLessOrLessEqual(draw.DepthFunc),    "what the nearer end fails against, all pixels fail against") \
-  X(Rejection,       NoStencil,       !draw.StencilTest,                                      "a failing pixel steps its stencil")
+  X(Rejection,       OneWay,          draw.DepthTest && IsOneWay(draw.DepthFunc),             "what an end fails against, all pixels fail against")
 
 #define ZX_IN_RANGE_CONDITIONS(X) \
   X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
-  X(InRange,         WithinLimits,    IsWithin(u, limitU, v, limitV),                         "the general wrap handles signs and borders") \
-  X(InRange,         Neighbours,      kTexels == TTexelSource::Nearest || \
-                                      AreNeighbours(x, primitive.RangeX),                     "two texels are fetched in one load")
+  X(InRange,         Near,            primitive.Reach != TTexelReach::Anywhere,               "far out rounding may move an index") \
+  X(InRange,         Edges,           kReach != TTexelReach::Near || hn::AllFalse(d, odd),    "the general wrap knows borders and the edges of tiles below zero")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -118,7 +122,8 @@
 
 // What a rounding test, or another test of values, decides group by group.
 #define ZX_DEPTH_RANGE_CONDITION(X) \
-  X(Values,          DepthRange,      kMinDepthBound < depthBound && depthBound < kMaxDepthBound, "the margin stays above what a float cannot tell from zero")
+  X(Values,          DepthRange,      sameDepth || \
+                                      (kMinDepthBound < depthBound && depthBound < kMaxDepthBound), "the margin stays above what a float cannot tell from zero")
 #define ZX_DEPTH_ROUNDING_TEST(X) \
   X(Values,          Depth,           depthSure,                                              "a depth may round to another float than in double")
 #define ZX_BYTE_ROUNDING_TEST(X) \
@@ -129,7 +134,7 @@
   ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
-  ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
+  ZX_JOINED_ROW_CONDITIONS(X) ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
   ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) \
   ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
@@ -154,6 +159,7 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
+inline constexpr int kJoinedPixels = 24;          ///< of a short row whose pixels are joined with those of others
 inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
@@ -163,6 +169,8 @@ inline constexpr int kMinBatch = 4;               ///< shapes that a batch is wo
 /// Channels of groups that fall back before a row gives up float colours: a row between two bytes
 /// would pay twice.
 inline constexpr int FallbackBudget(int pixels) { return 4 * (3 + pixels / 64); }
+
+inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back
 
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping
@@ -178,7 +186,8 @@ inline constexpr double kMinDepthBound = 1e-20;
 inline constexpr double kMaxDepthBound = 1e20;
 inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
 inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
-inline constexpr double kInRangeRepeat = 1048576.0; ///< repeats that a mask alone wraps
+inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates that are placed in vectors
+inline constexpr double kTexelMargin = 1e-9;      ///< of texel coordinates, relative: SpanSetup.cpp
 inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
 inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;
 

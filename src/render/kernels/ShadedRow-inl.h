@@ -64,18 +64,38 @@ HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE
   const auto* const begin = reinterpret_cast<const double*>(span.Begin);
   auto* const out = reinterpret_cast<double*>(&gl->m_VarFragment);
   const V4 at = hn::Set(d, t);
-  const std::size_t count = 4 * static_cast<std::size_t>(gl->m_VarCount);
-  if (gl->m_PerspectiveHint == GL_FASTEST) {
-    for (std::size_t i = 0; i < count; i += kLanes4) {
-      hn::StoreU(hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i)), d,
-                 out + i);
+  const bool perspective = gl->m_PerspectiveHint != GL_FASTEST;
+  const V4 q = perspective ? hn::Set(d, 1.0 / (delta[3] * t + begin[3])) : at;
+  const auto slot = [&](std::size_t number) HWY_ATTR __attribute__((always_inline)) {
+    for (std::size_t i = 4 * number; i < 4 * number + 4; i += kLanes4) {
+      const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
+      hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
-    return;
-  }
-  const V4 q = hn::Set(d, 1.0 / (delta[3] * t + begin[3]));
-  for (std::size_t i = 0; i < count; i += kLanes4) {
-    const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
-    hn::StoreU(hn::Mul(v, q), d, out + i);
+  };
+  switch (gl->m_VarCount) { // straight code for each count: no end of a loop to predict
+  case 8:
+    slot(7);
+    [[fallthrough]];
+  case 7:
+    slot(6);
+    [[fallthrough]];
+  case 6:
+    slot(5);
+    [[fallthrough]];
+  case 5:
+    slot(4);
+    [[fallthrough]];
+  case 4:
+    slot(3);
+    [[fallthrough]];
+  case 3:
+    slot(2);
+    [[fallthrough]];
+  case 2:
+    slot(1);
+    [[fallthrough]];
+  default:
+    slot(0);
   }
 }
 
@@ -128,47 +148,59 @@ HWY_INLINE HWY_ATTR void SetParameters(const TRenderCPU::EDGE& span, int x, int 
   }
 }
 
-template <bool kStencil>
-HWY_INLINE HWY_ATTR void ShadePixels(const TShadedSpan& row, int first, int count,
-                                     const double* parameters) {
+// t of as many pixels from column x on as a slot's vector has lanes: wider vectors take longer to
+// divide in than they save, beside code that has none.
+HWY_INLINE HWY_ATTR void SetFewParameters(double begin, double delta, int x, double* t) {
+  const D4 d;
+  const hn::Rebind<std::int32_t, D4> di;
+  const V4 column = hn::PromoteTo(d, hn::Iota(di, x));
+  hn::Store(hn::Div(hn::Sub(column, hn::Set(d, begin)), hn::Set(d, delta)), d, t);
+}
+
+template <bool kStencil> HWY_INLINE HWY_ATTR void ShadePixels(const TShadedSpan& row) {
   TRenderCPU& gl = row.Context;
-  const TRenderCPU::EDGE& span = row.Span;
   TRenderCPU::FS_DATA* const record = row.Record;
-  const std::ptrdiff_t colorStep = row.ColorStep;
-  unsigned char* color = row.Color + first * colorStep;
-  unsigned char* const depths = row.Depth + first * static_cast<std::ptrdiff_t>(sizeof(float));
-  for (std::ptrdiff_t i = 0; i < count; ++i, color += colorStep) {
-    unsigned char* const depth = depths + i * static_cast<std::ptrdiff_t>(sizeof(float));
-    unsigned char* const stencil = kStencil ? row.Stencil + first + i : nullptr;
-    const double t = parameters[i];
-    const TShadedFragment fragment = {gl, span, record, t};
-    if (!PassesBeforeShading(gl, depth, stencil, fragment)) {
-      continue;
+  const double begin = row.Span.Begin->Slots[0].x;
+  const double delta = row.Span.Delta.Slots[0].x;
+  HWY_ALIGN double parameters[kLanes4];
+  unsigned char* color = row.Color;
+  unsigned char* depth = row.Depth;
+  unsigned char* stencil = row.Stencil;
+  const auto shade = [&](int x, double t) HWY_ATTR __attribute__((always_inline)) {
+    const TShadedFragment fragment = {gl, row.Span, record, t};
+    if (!PassesBeforeShading(gl, depth, kStencil ? stencil : nullptr, fragment)) {
+      return;
     }
-    InterpolateSlots(&gl, span, t);
-    record->X = row.First + first + static_cast<int>(i);
+    InterpolateSlots(&gl, row.Span, t);
+    record->X = x;
     if (!gl.m_FragmentShader->Execute(&gl.m_VarFragment, record) ||
-        !PassesAfterShading(gl, depth, stencil, fragment)) {
-      continue;
+        !PassesAfterShading(gl, depth, kStencil ? stencil : nullptr, fragment)) {
+      return;
     }
     if (HWY_UNLIKELY(gl.m_PixelWrite != nullptr)) {
       gl.m_PixelWrite(color, record->Color);
     } else {
       WritePacked(gl, color, PackedBytes(record->Color));
     }
+  };
+  for (std::size_t i = 0; i < static_cast<std::size_t>(row.Count); ++i) {
+    const int x = row.First + static_cast<int>(i);
+    const std::size_t lane = i % kLanes4;
+    if (lane == 0) {
+      SetFewParameters(begin, delta, x, parameters);
+    }
+    shade(x, parameters[lane]);
+    color += row.ColorStep;
+    depth += sizeof(float);
+    stencil += kStencil ? 1 : 0;
   }
 }
 
 inline HWY_ATTR void ShadeSpan(const TShadedSpan& row) {
-  HWY_ALIGN double t[kRun];
-  for (int i = 0; i < row.Count; i += kRun) {
-    const int count = std::min(kRun, row.Count - i);
-    SetParameters(row.Span, row.First + i, count, t);
-    if (row.Stencil != nullptr) {
-      ShadePixels<true>(row, i, count, t);
-    } else {
-      ShadePixels<false>(row, i, count, t);
-    }
+  if (row.Stencil != nullptr) {
+    ShadePixels<true>(row);
+  } else {
+    ShadePixels<false>(row);
   }
 }
 

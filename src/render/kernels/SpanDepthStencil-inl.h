@@ -21,9 +21,8 @@ namespace Zx3D {
 namespace HWY_NAMESPACE {
 
 // The parameter t of a group of pixels, from column x on.
-HWY_INLINE HWY_ATTR VD ColumnParameter(const TRow& row, VD x) {
-  const DD d;
-  return hn::Div(hn::Sub(x, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
+template <class TRowOfGroup> HWY_INLINE HWY_ATTR VD ColumnParameter(const TRowOfGroup& row, VD x) {
+  return hn::Div(hn::Sub(x, ValuesOf(row.Begin, 0)), ValuesOf(row.Delta, 0));
 }
 
 HWY_INLINE HWY_ATTR VD ColumnParameter(const TRow& row, int x) {
@@ -57,7 +56,7 @@ HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, TCompare func, hn::Vec<D> fragmen
   }
 }
 
-// Computed for a run of pixels before any test.
+// Computed for a run of pixels before any test: one of the two t, and depth where that is used.
 struct TRunValues {
   HWY_ALIGN double T[kRun + kFloatLanes];
   HWY_ALIGN float FloatT[kRun + kFloatLanes];
@@ -73,21 +72,30 @@ HWY_NOINLINE HWY_ATTR VF ExactDepths(const TSpanJob& job, const TRow& row, int x
                       hn::Add(hn::Mul(hn::Set(d, row.Delta[2]), t), hn::Set(d, row.Begin[2])));
 }
 
-// t of a run, and its depth.
-inline HWY_ATTR void SetExactValues(const TRow& row, int x, int count, TRunValues* values) {
+// t of a run, in double or in float, and its depth where that is used. Lanes past the last pixel
+// have a t of 1 at most, so that what they fetch from a texture is there.
+template <bool kFloatT>
+inline HWY_ATTR void SetExactValues(const TSpanJob& job, const TRow& row, int x, int count,
+                                    TRunValues* values) {
   const DD d;
   const VD begin = hn::Set(d, row.Begin[2]);
   const VD delta = hn::Set(d, row.Delta[2]);
+  const bool usesDepth = job.Draw.UsesDepth();
   for (int i = 0; i < count; i += kLanes) {
-    const VD t = ColumnParameter(row, x + i);
-    hn::Store(t, d, values->T + i);
-    hn::Store(hn::DemoteTo(DF(), t), DF(), values->FloatT + i);
-    hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, t), begin)), DF(), values->Depth + i);
+    const VD t = hn::Min(ColumnParameter(row, x + i), hn::Set(d, 1.0));
+    if (kFloatT) {
+      hn::Store(hn::DemoteTo(DF(), t), DF(), values->FloatT + i);
+    } else {
+      hn::Store(t, d, values->T + i);
+    }
+    if (usesDepth) {
+      hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, t), begin)), DF(), values->Depth + i);
+    }
   }
 }
 
-// The same without a division a pixel, where t is needed in float alone. Returns the test that
-// failed, if a depth may round to another float than the exact path finds; `values` are void then.
+// The same without a division a pixel, for t in float. Returns the test that failed, if a depth may
+// round to another float than the exact path finds; `values` are void then.
 //
 //   t = (x - begin x) * (1 / delta x),   depth = delta z * t + begin z
 //
@@ -95,23 +103,36 @@ inline HWY_ATTR void SetExactValues(const TRow& row, int x, int count, TRunValue
 // depth by 9 u (|delta z| + |begin z|), with the roundings of product and sum on both paths. If the
 // depths 16 u (|delta z| + |begin z|) below and above round to one float, that is the exact one's,
 // since rounding is monotone. The limits of the sum keep this margin above all that a float cannot
-// tell from zero.
-inline HWY_ATTR TCondition SetFloatValues(const TRow& row, int x, int count, TRunValues* values) {
+// tell from zero. Where delta z is 0, the product is a zero of its sign for every t, none being
+// negative: depth is the exact path's.
+inline HWY_ATTR TCondition SetFloatValues(const TSpanJob& job, const TRow& row, int x, int count,
+                                          TRunValues* values) {
   const DD d;
   const DF df;
+  const VD from = hn::Set(d, row.Begin[0]);
+  const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
+  VD column = hn::Iota(d, static_cast<double>(x));
+  const auto nextT = [&](int i) HWY_ATTR {
+    const VD t = hn::Mul(hn::Sub(column, from), perPixel);
+    column = hn::Add(column, hn::Set(d, kLanes));
+    hn::Store(hn::DemoteTo(df, t), df, values->FloatT + i);
+    return t;
+  };
+  if (!job.Draw.UsesDepth()) {
+    for (int i = 0; i < count; i += kLanes) {
+      nextT(i);
+    }
+    return TCondition::None;
+  }
+  const bool sameDepth = row.Delta[2] == 0.0;
   const double depthBound = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
   ZX_DEPTH_RANGE_CONDITION(ZX_RETURN_UNMET)
   const VD begin = hn::Set(d, row.Begin[2]);
   const VD delta = hn::Set(d, row.Delta[2]);
-  const VD from = hn::Set(d, row.Begin[0]);
-  const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
-  const VD margin = hn::Set(d, depthBound * kDepthMargin);
+  const VD margin = hn::Set(d, sameDepth ? 0.0 : depthBound * kDepthMargin);
   hn::Mask<DF> sure = AllLanes(df);
-  VD column = hn::Iota(d, static_cast<double>(x));
-  for (int i = 0; i < count; i += kLanes, column = hn::Add(column, hn::Set(d, kLanes))) {
-    const VD t = hn::Mul(hn::Sub(column, from), perPixel);
-    hn::Store(hn::DemoteTo(df, t), df, values->FloatT + i);
-    const VD depth = hn::Add(hn::Mul(delta, t), begin);
+  for (int i = 0; i < count; i += kLanes) {
+    const VD depth = hn::Add(hn::Mul(delta, nextT(i)), begin);
     const VF low = hn::DemoteTo(df, hn::Sub(depth, margin));
     sure = hn::And(sure, hn::Eq(low, hn::DemoteTo(df, hn::Add(depth, margin))));
     hn::Store(low, df, values->Depth + i);
@@ -120,10 +141,13 @@ inline HWY_ATTR TCondition SetFloatValues(const TRow& row, int x, int count, TRu
   ZX_RETURN_FIRST_UNMET(ZX_DEPTH_ROUNDING_TEST);
 }
 
+// With `floatT` t in float, else in double.
 HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int x, int count,
-                                      bool exactT, TRunValues* values) {
-  if (exactT || !job.Meets(SetFloatValues(row, x, count, values), count)) {
-    SetExactValues(row, x, count, values);
+                                      bool floatT, TRunValues* values) {
+  if (!floatT) {
+    SetExactValues<false>(job, row, x, count, values);
+  } else if (!job.Meets(SetFloatValues(job, row, x, count, values), count)) {
+    SetExactValues<true>(job, row, x, count, values);
   }
 }
 
@@ -193,6 +217,19 @@ inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const f
 struct TStencilRun {
   HWY_ALIGN std::uint8_t Values[kRun];
 };
+
+// Loads the first `count` pixels of a run, `kMost` in most cases; the others are 0.
+template <int kMost>
+HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencilRun* run) {
+#if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
+  const DB db;
+  const auto live = hn::FirstN(db, static_cast<std::size_t>(count));
+  hn::Store(hn::MaskedLoad(live, db, from), db, run->Values);
+#else
+  std::memset(run->Values, 0, sizeof run->Values);
+  CopyFirst<kMost>(from, count, run->Values);
+#endif
+}
 
 // The pixels of a run whose stencil bytes meet a condition, as bits.
 template <class TMeets>

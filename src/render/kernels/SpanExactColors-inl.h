@@ -70,10 +70,10 @@ HWY_INLINE HWY_ATTR hn::Vec<D> OutputColors(D d, const TDrawState& draw, hn::Vec
 }
 
 // Colours without a texture, operation by operation in double.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int color,
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& row, int color,
                                        int secondary, std::uint32_t constMask, VD t) {
-  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
+  const VD q = PerspectiveAt<kPerspective>(row, t);
   const auto byteOf = [&](int i) HWY_ATTR {
     VD value = Interpolated<kPerspective>(row, color + i, t, q);
     if (secondary >= 0 && i < 3) {
@@ -84,26 +84,48 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRow& row, int
   return PackChannels(DU(), constMask, hn::Set(DU(), job.Primitive.ConstColor), byteOf);
 }
 
-// The fragment shader's colours as packed bytes, operation by operation in double. With P the
-// primary colour, S the secondary one where lighting is on, T the texel, by channel:
+// The bytes of textured channels, from texels, operation by operation in double. With P the primary
+// colour, S the secondary one where lighting is on, T the texel, by channel:
 //
 //     without a texture  P + S
 //     GL_MODULATE        P T + S
 //     GL_REPLACE         T
 //
-// each limited to 0 to 1; S is not added to alpha. With a texture only `channels` are computed, the
-// others are those of `packed`.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                   VD t, std::uint32_t channels, VU packed) {
+// each limited to 0 to 1; S is not added to alpha. Only `channels` are computed, the others are
+// those of `packed`.
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots,
+                                     const TRowOfGroup& row, VD t, VD q, TTexels texels, bool clamp,
+                                     std::uint32_t channels, VU packed) {
+  VD* const channel = texels.Channel;
+  for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
+    if ((channels >> i & 1u) == 0) {
+      continue;
+    }
+    channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
+    if (slots.Secondary >= 0 && i < 3) {
+      channel[i] = hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
+    }
+  }
+  const std::uint32_t others = kAllChannels & ~channels;
+  return PackChannels(DU(), others, hn::And(packed, hn::Set(DU(), BytesOf(others))),
+                      [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
+}
+
+// The fragment shader's colours as packed bytes, operation by operation in double; with a texture
+// only `channels`, the others are those of `packed`.
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots,
+                                   const TRowOfGroup& row, VD t, std::uint32_t channels,
+                                   VU packed) {
   if constexpr (kTexels == TTexelSource::None) {
     return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
                                          job.Primitive.ConstMask, t);
   } else {
-    const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
+    const VD q = PerspectiveAt<kPerspective>(row, t);
     const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
     const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    TTexels texels = [&]() HWY_ATTR {
+    const TTexels texels = [&]() HWY_ATTR {
       if constexpr (kTexels == TTexelSource::Nearest) {
         return NearestTexels(job, s, u);
       } else if constexpr (kTexels == TTexelSource::Linear) {
@@ -112,22 +134,9 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots, 
         return SampledTexels(job.Primitive.Sampler, s, u);
       }
     }();
-    VD* const channel = texels.Channel;
-    for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
-      if ((channels >> i & 1u) == 0) {
-        continue;
-      }
-      channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-      if (slots.Secondary >= 0 && i < 3) {
-        channel[i] =
-            hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-      }
-    }
     // A coordinate that fits no index leaves a fraction of any size, or a NaN.
     const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
-    const std::uint32_t others = kAllChannels & ~channels;
-    return PackChannels(DU(), others, hn::And(packed, hn::Set(DU(), BytesOf(others))),
-                        [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
+    return ExactTextured<kPerspective>(job, slots, row, t, q, texels, clamp, channels, packed);
   }
 }
 
@@ -136,9 +145,36 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlots& slots,
                                              const TRow& row, VD t, std::uint32_t channels,
                                              VU packed) {
-  row.Floats->FallbackBudget -= std::popcount(channels);
+  row.Floats->FallbackBudget -= 4;
   job.Meets(TCondition::ValuesBytes, kLanes);
   return ExactColors<kTexels, kPerspective>(job, slots, row, t, channels, packed);
+}
+
+// The exact channels of a group whose texels are there, the others from `packed`.
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VU ExactFetched(const TSpanJob& job, const TRowSlots& slots,
+                                    const TRowOfGroup& row, VD t, const TFetchedTexels& ready,
+                                    std::uint32_t channels, VU packed) {
+  const auto colorsOf = [&](const TTexels& texels) HWY_ATTR {
+    return ExactTextured<kPerspective>(job, slots, row, t, ready.Q, texels, job.Primitive.Clamp,
+                                       channels, packed);
+  };
+  if constexpr (kTexels == TTexelSource::Nearest) {
+    return colorsOf(UnpackTexels(ready.Nearest));
+  } else {
+    TTexelPairs pairs = ready.Pairs;
+    SetExactPairs(job.Primitive, &pairs);
+    return colorsOf(MixedChannels(pairs, channels));
+  }
+}
+
+// The same after a rounding test. It costs no more than the test, so that a row need not give up.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR VU ExactFetchedFallback(const TSpanJob& job, const TRowSlots& slots,
+                                              const TRow& row, VD t, const TFetchedTexels& ready,
+                                              std::uint32_t channels, VU packed) {
+  job.Meets(TCondition::ValuesBytes, kLanes);
+  return ExactFetched<kTexels, kPerspective>(job, slots, row, t, ready, channels, packed);
 }
 
 // The fragment shader's colours as packed bytes.
@@ -156,13 +192,15 @@ HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots,
       std::uint32_t unsure = kAllChannels;
       if constexpr (kTexels == TTexelSource::None) {
         MI all = AllLanes(DI());
-        packed = UntexturedBytes<kPerspective>(DF(), job, slots, *row.Floats, hn::DemoteTo(DF(), t),
-                                               &all);
+        packed = UntexturedBytes<kPerspective>(
+            DF(), job, slots, *row.Floats, job.Primitive.ConstMask, hn::DemoteTo(DF(), t), &all);
         unsure = hn::AllTrue(DI(), all) ? 0 : kAllChannels;
       } else {
         TFetchedTexels ready;
-        if (FetchTexelsAt<kTexels, kPerspective>(job, slots, row, t, &ready)) {
-          unsure = TexturedBytes<kTexels, kPerspective>(job, slots, *row.Floats, ready, &packed);
+        if (FetchTexelsAt<kTexels, kPerspective, TTexelReach::Near>(job, slots, row, t, &ready)) {
+          unsure =
+              UnsureChannels(BitsOfMask(DFI(), TexturedBytes<kTexels, kPerspective>(
+                                                   job, slots, *row.Floats, t, ready, &packed)));
         }
       }
       if (HWY_LIKELY(unsure == 0)) {

@@ -28,11 +28,9 @@ HWY_INLINE HWY_ATTR V Interpolated(V begin, V delta, V t, V q) {
 }
 
 // A component of a slot at the pixels of a group.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VD Interpolated(const TRow& row, int place, VD t, VD q) {
-  const DD d;
-  return Interpolated<kPerspective>(hn::Set(d, row.Begin[place]), hn::Set(d, row.Delta[place]), t,
-                                    q);
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VD Interpolated(const TRowOfGroup& row, int place, VD t, VD q) {
+  return Interpolated<kPerspective>(ValuesOf(row.Begin, place), ValuesOf(row.Delta, place), t, q);
 }
 
 // q = 1 / (1/w at t); without perspective it is not read.
@@ -42,6 +40,15 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PerspectiveAt(D d, hn::TFromD<D> begin, hn::TFrom
   if constexpr (kPerspective) {
     const auto w = Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), t, t);
     return hn::Div(hn::Set(d, hn::TFromD<D>{1}), w);
+  } else {
+    return t;
+  }
+}
+
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRowOfGroup& row, VD t) {
+  if constexpr (kPerspective) {
+    return hn::Div(hn::Set(DD(), 1.0), Interpolated<false>(row, 3, t, t));
   } else {
     return t;
   }
@@ -84,7 +91,8 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
 //   the two fractions, three products, three sums and a difference, of which no pixel meets more
 //   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
-//   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact path.
+//   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact path, or mix to the
+//   same mean.
 // - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
 //   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
 // - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
@@ -218,9 +226,9 @@ HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, con
           Interpolated<kPerspective>(b, m, t.High, q.High)};
 }
 
-// The bytes of channels in 0 to 255. Returns the set of channels that fail the rounding test.
-HWY_INLINE HWY_ATTR std::uint32_t BytesByRoundingTest(TChannels value, bool clamp, VFF by,
-                                                      VU* packed) {
+// The bytes of channels in 0 to 255. The mask that is returned loses what fails the rounding test:
+// bits of a channel and a pixel, of either vector.
+HWY_INLINE HWY_ATTR MFI BytesByRoundingTest(TChannels value, bool clamp, VFF by, VU* packed) {
   const DFF d;
   MFI sure = AllLanes(DFI());
   const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
@@ -229,10 +237,12 @@ HWY_INLINE HWY_ATTR std::uint32_t BytesByRoundingTest(TChannels value, bool clam
   const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
                                  hn::TruncateTo(half, low));
   *packed = hn::BitCast(DU(), bytes);
-  if (HWY_LIKELY(hn::AllTrue(DFI(), sure))) {
-    return 0;
-  }
-  std::uint64_t unsure = ~BitsOfMask(DFI(), sure) & FirstBits(kFloatLanes);
+  return sure;
+}
+
+// The channels that failed, of the bits of that mask.
+inline std::uint32_t UnsureChannels(std::uint64_t sure) {
+  std::uint64_t unsure = ~sure & FirstBits(kFloatLanes);
   unsure |= unsure >> 8;
   return static_cast<std::uint32_t>((unsure | unsure >> 4) & kAllChannels);
 }
@@ -247,32 +257,28 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
 struct TFetchedTexels {
   VU Nearest;
   TTexelPairs Pairs;
-  VF T;
-  VF Q; ///< 1 over 1/w
+  VD Q; ///< 1 over 1/w
 
   HWY_INLINE HWY_ATTR TFetchedTexels() {}
 };
 
 // Computes coordinates and fetches texels; false where only the exact path will do.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                       VD t, TFetchedTexels* ready) {
-  const DF df;
-  const VD q = PerspectiveAt<kPerspective>(DD(), row.Begin[3], row.Delta[3], t);
+template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach, class TRowOfGroup>
+HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots,
+                                       const TRowOfGroup& row, VD t, TFetchedTexels* ready) {
+  const VD q = PerspectiveAt<kPerspective>(row, t);
   const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
   const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-  if (job.Primitive.UsesVertexColor) {
-    ready->T = hn::DemoteTo(df, t);
-    if (kPerspective) {
-      ready->Q = hn::DemoteTo(df, q);
-    }
+  if (kPerspective) {
+    ready->Q = q;
   }
+  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
   if constexpr (kTexels == TTexelSource::Nearest) {
-    return job.Meets(FetchInRangeNearest<false>(job, across, along, &ready->Nearest)) ||
-           FetchWrappedNearest(job, across, along, &ready->Nearest);
+    return job.Meets(FetchInRangeNearest<kReach>(job, across, along, &ready->Nearest)) ||
+           FetchWrappedNearest(sampler, across, along, &ready->Nearest);
   } else {
-    return job.Meets(FetchInRangePairs<false>(job, across, along, &ready->Pairs)) ||
-           FetchWrappedPairs(job, across, along, &ready->Pairs);
+    return job.Meets(FetchInRangePairs<kReach>(job, across, along, &ready->Pairs)) ||
+           FetchWrappedPairs(sampler, across, along, &ready->Pairs);
   }
 }
 
@@ -291,23 +297,23 @@ HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
                 fv.High)};
 }
 
-// Packed colours of textured pixels. Returns the set of channels that fail the rounding test.
+// Packed colours of textured pixels at t; the mask is that of `BytesByRoundingTest`.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR std::uint32_t TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                                const TRowFloats& floats,
-                                                const TFetchedTexels& ready, VU* packed) {
+HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                      const TRowFloats& floats, VD at, const TFetchedTexels& ready,
+                                      VU* packed) {
   if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
     // place, even after multiplication by an interpolated 1 that is off by as much.
     *packed = ready.Nearest;
-    return 0;
+    return AllLanes(DFI());
   }
   const VFF margins = hn::LoadDup128(DFF(), floats.ChannelMargins);
   TChannels value =
       kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
   if (job.Primitive.UsesVertexColor) {
-    const TChannels t = Spread(ready.T);
-    const TChannels q = kPerspective ? Spread(ready.Q) : t;
+    const TChannels t = Spread(hn::DemoteTo(DF(), at));
+    const TChannels q = kPerspective ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
     TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
     if (kPerspective && job.Primitive.TintMask != 0) {
       const VFF begin = hn::LoadDup128(DFF(), floats.Begin);
@@ -345,7 +351,7 @@ PackFloatBytes(D d, const TPrimitive& primitive, std::uint32_t constMask, float 
 template <bool kPerspective, class D, class TMask>
 HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
 UntexturedBytes(D d, const TSpanJob& job, const TRowSlots& slots, const TRowFloats& floats,
-                hn::Vec<D> t, TMask* sure) {
+                std::uint32_t constMask, hn::Vec<D> t, TMask* sure) {
   const auto q = PerspectiveAt<kPerspective>(d, floats.WBegin, floats.WDelta, t);
   const auto valueOf = [&](int i) HWY_ATTR {
     const auto value =
@@ -356,7 +362,7 @@ UntexturedBytes(D d, const TSpanJob& job, const TRowSlots& slots, const TRowFloa
                          Interpolated<kPerspective>(hn::Set(d, floats.SecondaryBegin[i]),
                                                     hn::Set(d, floats.SecondaryDelta[i]), t, q));
   };
-  return PackFloatBytes(d, job.Primitive, job.Primitive.ConstMask, floats.Margin, valueOf, sure);
+  return PackFloatBytes(d, job.Primitive, constMask, floats.Margin, valueOf, sure);
 }
 
 } // namespace HWY_NAMESPACE

@@ -36,6 +36,10 @@ constexpr bool IsLessOrLessEqual(TCompare func) {
   return func == TCompare::Less || func == TCompare::LessEqual;
 }
 
+constexpr bool IsOneWay(TCompare func) {
+  return IsLessOrLessEqual(func) || func == TCompare::Greater || func == TCompare::GreaterEqual;
+}
+
 enum class TStencilStep : std::uint8_t {
   Keep,
   Zero,
@@ -108,15 +112,29 @@ struct TDrawState {
   bool UsesDepth() const { return DepthTest || DepthWrite; }
 };
 
-/// Texel coordinates of one axis that need neither signs nor borders: those from 0 to below a
-/// limit.
-struct TTexelRange {
-  double Limit;         ///< where `Mask` alone wraps
-  double PeriodLimit;   ///< where `Period` wraps as well
-  double Period;        ///< of repeats that are no power of two; else 0
-  double InversePeriod; ///< 1 / Period, rounded
+/// Where the texel coordinates of a primitive may lie, from those of its vertices.
+enum class TTexelReach : std::uint8_t {
+  Anywhere, ///< as far out, or with 1/w so unlike, that rounding may move an index
+  Near,
+  Periodic, ///< the floor of a coordinate makes the index, by `TTexelAxis::Period` and `Mask`
+  Plain,    ///< by `Mask` alone
+};
+
+enum class TTexelWrap : std::uint8_t {
+  Repeat,
+  Edge,   ///< clamped to the texels at the edge
+  Inside, ///< kernels take what lies inside
+};
+
+/// How texel coordinates along an axis become indices.
+struct TTexelAxis {
+  TTexelWrap Wrap;
   std::uint32_t Mask;
-  std::uint32_t Last; ///< the texel whose neighbour is not the next
+  std::uint32_t Last;    ///< the index after which a repeat begins again
+  double Period;         ///< of repeats that are no power of two; else 0
+  double InversePeriod;  ///< 1 / Period, rounded
+  double MostCoordinate; ///< `Edge`: the greatest that is left; `Inside`: all are below
+  double MostIndex;      ///< of the left one of two texels
 };
 
 /// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
@@ -138,8 +156,9 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  TTexelRange RangeX; ///< with byte texels
-  TTexelRange RangeY;
+  TTexelReach Reach; ///< with byte texels, as the next two
+  TTexelAxis AxisX;
+  TTexelAxis AxisY;
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
@@ -148,6 +167,7 @@ struct TPrimitive {
   std::uint32_t ConstColor = 0;
   double ChannelBound = 0.0;  ///< of SpanFloatColors-inl.h; 0: not in single precision
   std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the nearest texel, rounded
+  std::uint32_t TieMask = 0;  ///< without a texture, those that lie between two bytes throughout
   float Tint[4];              ///< of those channels
 
   bool HasConstColor() const { return ConstMask == kAllChannels; }
@@ -257,6 +277,8 @@ struct TSpanKernels {
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
   void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                             const TCulling& culling, TShapeClasses* out);
+  void (*ProjectTriangles)(int width, int height, bool frontCCW, int count, TVertexBatch* batch,
+                           TShapeClasses* out);
   void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);

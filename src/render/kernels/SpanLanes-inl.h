@@ -176,9 +176,9 @@ template <class D, class T> HWY_INLINE HWY_ATTR void Fill(D d, T value, T* to, s
 // --- Rounding
 
 // From 2^23 on floats are whole numbers: a float from 0 to 2^22 plus this is rounded to one, which
-// stands in its low bits. The like for doubles is 2^52.
+// stands in its low bits. The like for doubles is 2^52, and half as much again for either sign.
 inline constexpr float kWholeFloats = 8388608.0f;
-inline constexpr double kWholeDoubles = 4503599627370496.0;
+inline constexpr double kSignedWholeDoubles = 6755399441055744.0;
 
 // The byte of a channel in 0 to 255, in the low bits of each lane, where value - margin and value +
 // margin round alike; `sure` loses the other lanes. Bits above the byte are not 0. Clamped, a NaN

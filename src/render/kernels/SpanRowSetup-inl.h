@@ -56,6 +56,11 @@ struct TRowComponents {
   double operator[](int place) const { return At[place * kLanes]; }
 };
 
+// One of them for each pixel of a group.
+HWY_INLINE HWY_ATTR VD ValuesOf(const TRowComponents& components, int place) {
+  return hn::Set(DD(), components[place]);
+}
+
 // A row's inputs of float colours: see SpanFloatColors-inl.h.
 struct TRowFloats {
   alignas(16) float Begin[4]; ///< of the colour
@@ -67,6 +72,7 @@ struct TRowFloats {
   float Margin;
   alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
   int FallbackBudget; ///< channels that may still fall back before the row takes the exact path
+  int ExactRuns = 0;  ///< textured runs that take the exact path, all groups of one having failed
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.

@@ -42,8 +42,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kStencil) {
-    std::memset(stencil.Values, 0, sizeof stencil.Values); // all of them are tested
-    CopyFirst<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, stencil.Values);
+    LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
     tested &= StencilBits(job, stencil);
   }
   std::uint64_t shaded = tested;
@@ -237,24 +236,35 @@ inline HWY_ATTR TCondition UnmetByRejection(const TSpanJob& job) {
 }
 
 // Whether no pixel of a run passes. Depth is monotone along a row, as t, the product, the sum, the
-// rounding to float and the offset are: what the nearer end fails against, all fail against.
-inline HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int x,
-                                   const float* stored) {
-  const hn::ScalableTag<float> d;
+// rounding to float and the offset are: what the end that comes nearest to passing fails against,
+// all fail against.
+HWY_INLINE HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int x, int count,
+                                       const float* stored) {
+  const DFF d;
   const float a = DepthAtT(job, row, (x - row.Begin[0]) / row.Delta[0]);
-  const float b = DepthAtT(job, row, (x + kRun - 1 - row.Begin[0]) / row.Delta[0]);
+  const float b = DepthAtT(job, row, (x + count - 1 - row.Begin[0]) / row.Delta[0]);
   if (!(a <= b || b <= a)) {
     return false;
   }
-  const bool less = job.Draw.DepthFunc == TCompare::Less;
-  const auto nearest = hn::Set(d, a < b ? a : b);
-  for (std::size_t i = 0; i < kRun; i += hn::Lanes(d)) {
-    const auto there = hn::LoadU(d, stored + i);
-    if (!hn::AllFalse(d, less ? hn::Lt(nearest, there) : hn::Le(nearest, there))) {
-      return false;
+  const TCompare func = job.Draw.DepthFunc;
+  const auto best = hn::Set(d, (a < b) == IsLessOrLessEqual(func) ? a : b);
+  const auto allFail = [&](auto passes) HWY_ATTR {
+    for (int i = 0; i < count; i += kFloatLanes) {
+      const auto live = hn::FirstN(d, static_cast<std::size_t>(count - i));
+      if (!hn::AllFalse(d, hn::And(live, passes(LoadMasked(d, live, stored + i))))) {
+        return false;
+      }
     }
+    return true;
+  };
+  switch (func) {
+  case TCompare::Less:
+    return allFail([&](VFF there) HWY_ATTR { return hn::Lt(best, there); });
+  case TCompare::LessEqual:
+    return allFail([&](VFF there) HWY_ATTR { return hn::Le(best, there); });
+  default:
+    return allFail([&](VFF there) HWY_ATTR { return DepthMask(d, func, best, there); });
   }
-  return true;
 }
 
 // --- Rows
@@ -267,17 +277,26 @@ HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& 
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
 
-// A run of pixels; without masked access their count is a multiple of the lanes.
+// Tests a run of pixels and writes their stencils; without masked access their count is a multiple
+// of the lanes. `drawDepths` tells which of those that passed the stencil test pass the depth test.
+template <bool kStencil, class TDrawDepths>
+HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigned char* stencils,
+                                         const TDrawDepths& drawDepths) {
+  const std::uint64_t live = FirstBits(count);
+  if constexpr (!kStencil) {
+    return {live, drawDepths(live)};
+  }
+  TStencilRun stencil;
+  LoadStencils<kRun>(stencils, count, &stencil);
+  const std::uint64_t tested = live & StencilBits(job, stencil);
+  const std::uint64_t shaded = tested != 0 ? drawDepths(tested) : 0;
+  StepStencils(job, live, tested, shaded, &stencil, stencils);
+  return {tested, shaded};
+}
+
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                  int x, int count, const TGroupTargets& to, TRowResult* result) {
-  const std::uint64_t live = FirstBits(count);
-  std::uint64_t tested = live;
-  TStencilRun stencil;
-  if (kStencil) {
-    std::memcpy(stencil.Values, to.Stencil, static_cast<std::size_t>(count));
-    tested &= StencilBits(job, stencil);
-  }
   const bool floatT = job.Meets(UnmetByFloatRun<kTexels>(job, row));
   job.Count(floatT                                      ? TKernel::FloatRuns
             : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
@@ -286,17 +305,15 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   TRunPixels run;
   run.X = x;
   run.Count = count;
-  SetRunValues(job, row, x, count, !floatT, &run.Values);
-  std::uint64_t shaded = tested;
-  if (job.Draw.UsesDepth()) {
-    shaded = DrawDepths(job, count, run.Values.Depth, tested, to.Depth);
-  }
-  if (kStencil) {
-    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
-  }
-  RecordGroup({tested, shaded}, x, result);
-  if (shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, shaded, to.Color);
+  const auto drawDepths = [&](std::uint64_t tested) HWY_ATTR {
+    SetRunValues(job, row, x, count, floatT, &run.Values);
+    return job.Draw.UsesDepth() ? DrawDepths(job, count, run.Values.Depth, tested, to.Depth)
+                                : tested;
+  };
+  const TGroupResult drawn = TestRun<kStencil>(job, count, to.Stencil, drawDepths);
+  RecordGroup(drawn, x, result);
+  if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
+    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, drawn.Shaded, to.Color);
   }
 }
 
@@ -330,17 +347,22 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
     return result;
   }
   const bool mayRejectRuns = job.Meets(UnmetByRejection(job));
+  bool rejects =
+      mayRejectRuns; // as long as none passes: a run seldom fails after one that does not
   for (int x = row.First; x <= row.Last; x += kRun) {
     const TGroupTargets to = TargetsAt(job, x, row.Y);
     const int count = row.Last - x + 1 < kRun ? row.Last - x + 1 : kRun;
-    if (mayRejectRuns && count == kRun && WholeRunFails(job, row, x, to.Depth)) {
-      job.Count(TKernel::Rejection, kRun);
-      result.LastDepthTested = x + kRun - 1;
+    if (rejects && (kMaskedAccess || count == kRun) &&
+        WholeRunFails(job, row, x, count, to.Depth)) {
+      job.Count(TKernel::Rejection, count);
+      const auto none = [](std::uint64_t) { return std::uint64_t{0}; };
+      RecordGroup(TestRun<kStencil>(job, count, to.Stencil, none), x, &result);
       continue;
     }
     const int whole = kMaskedAccess ? count : count / kLanes * kLanes;
     if (whole != 0) {
       DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, whole, to, &result);
+      rejects = mayRejectRuns && result.LastShaded < x;
     }
     if (whole < count) {
       DrawLastGroup<kTexels, kPerspective, kStencil>(job, slots, row, x + whole, &result);

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 #include <ZxCore3D/render/FragmentOps.h>
 #include <ZxCore3D/render/GLEnums.h>
@@ -15,6 +16,7 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/FragmentTables.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/common/SlotTable.h>
 
 namespace Zx3D {
@@ -59,11 +61,6 @@ bool KnowsStencil(const TDrawState& draw) {
 }
 
 // --- What a triangle's values prove
-
-// Two doubles in a vector register that every processor of this library has, and what a comparison
-// of them gives: all ones or all zeros.
-using TPair = double __attribute__((vector_size(16)));
-using TPairMask = std::int64_t __attribute__((vector_size(16)));
 
 // What holds for the components of a slot.
 struct TComponents {
@@ -195,6 +192,7 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
     double value = c;
     if (primitive->Perspective) {
       if (!oneW && !IsConstantByte(c)) {
+        primitive->TieMask |= 1u << i;
         continue;
       }
       if (oneW) {
@@ -258,18 +256,45 @@ bool HasSmallOffsets(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
-// The texel coordinates of an axis that are wrapped in few operations. A linear filter reads one
-// texel further, which a repeat brings back.
-TTexelRange TexelRangeOf(std::uint32_t wrap, int size, bool linear) {
+TTexelAxis TexelAxisOf(std::uint32_t wrap, int size, bool linear) {
   const auto last = static_cast<std::uint32_t>(size - 1);
-  const double limit = size - (linear ? 1 : 0);
-  if (wrap != GL_REPEAT) {
-    return {limit, limit, 0.0, 0.0, ~0u, ~0u};
+  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
+    return {TTexelWrap::Repeat, last, last, 0.0, 0.0, 0.0, 0.0};
   }
-  if ((size & (size - 1)) == 0) {
-    return {kInRangeRepeat, kInRangeRepeat, 0.0, 0.0, last, last};
+  if (wrap == GL_REPEAT) {
+    return {TTexelWrap::Repeat, ~0u, last, static_cast<double>(size), 1.0 / size, 0.0, 0.0};
   }
-  return {limit, kInRangeRepeat, static_cast<double>(size), 1.0 / size, ~0u, last};
+  // A linear filter reads one texel further.
+  const double most = size - (linear ? 1 : 0);
+  const bool toEdge = wrap == GL_CLAMP_TO_EDGE && most > 0.0;
+  return {toEdge ? TTexelWrap::Edge : TTexelWrap::Inside, ~0u, ~0u, 0.0, 0.0, most, most - 1.0};
+}
+
+// Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
+// what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
+// ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more.
+TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, int size, bool linear,
+                         const TTexelAxis& axis) {
+  const double a = v[0][slot][component];
+  const double b = v[1][slot][component];
+  const double c = v[2][slot][component];
+  const double shift = linear ? 0.5 : 0.0;
+  const double least = std::min({a, b, c}) * size - shift;
+  const double most = std::max({a, b, c}) * size - shift;
+  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most));
+  // NaNs are found by the sum.
+  if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
+        most < kInRangeRepeat)) {
+    return TTexelReach::Anywhere;
+  }
+  if (margin <= least && most + margin < size - (linear ? 1 : 0)) {
+    return TTexelReach::Plain;
+  }
+  // One texel below zero is the last one, unless it is the first as well.
+  if (axis.Wrap != TTexelWrap::Repeat || axis.Last == 0 || least < -0.75) {
+    return TTexelReach::Near;
+  }
+  return axis.Period == 0.0 ? TTexelReach::Plain : TTexelReach::Periodic;
 }
 
 // Finds whether kernels read the texels themselves.
@@ -280,8 +305,16 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
-  primitive->RangeX = TexelRangeOf(sampler.m_WrapS, surface->Width, linear);
-  primitive->RangeY = TexelRangeOf(sampler.m_WrapT, surface->Height, linear);
+  primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width, linear);
+  primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height, linear);
+  primitive->Reach = TTexelReach::Anywhere;
+  const TVertices& v = primitive->Vertex;
+  if (!primitive->Perspective || HasSteadyW(v)) {
+    const int slot = primitive->TexSlot;
+    primitive->Reach =
+        std::min(TexelReachOf(v, slot, 0, surface->Width, linear, primitive->AxisX),
+                 TexelReachOf(v, slot, 1, surface->Height, linear, primitive->AxisY));
+  }
   return TCondition::None;
 }
 
@@ -452,15 +485,16 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   pending.X = result.LastX;
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
+  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
+    ComputeDeferredFragment(v);
+    return;
+  }
   for (int i = 0; i < 3; ++i) {
     // Four slots are all that most states have.
     std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
     if (gl.m_VarCount > 4) {
       gl.CopyVar(pending.Vertex[i], v[i]);
     }
-  }
-  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
-    ResolveFragment();
   }
 }
 
@@ -478,31 +512,55 @@ void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
   }
 }
 
-// Computes the slots of the last fragment by the operations of the reference walker.
-void TRenderEngine::ResolveFragment() {
+namespace {
+
+// An edge at one row.
+struct TSide {
+  const TRenderCPU::VAR_DATA* Begin; ///< the lower end
+  const TRenderCPU::VAR_DATA* End;
+  double T;
+
+  TSide(const TRenderCPU::VAR_DATA& a, const TRenderCPU::VAR_DATA& b) : T(0.0) {
+    const bool upward = b.Slots[0].y >= a.Slots[0].y;
+    Begin = upward ? &a : &b;
+    End = upward ? &b : &a;
+  }
+  double DeltaY() const { return End->Slots[0].y - Begin->Slots[0].y; }
+  void SetRow(int y) { T = (y - Begin->Slots[0].y) / DeltaY(); }
+  TPair At(int place) const { // two components, counted through all slots
+    const TPair begin = PairAt(&Begin->Slots[0].x + place);
+    return (PairAt(&End->Slots[0].x + place) - begin) * T + begin;
+  }
+};
+
+} // namespace
+
+// Computes the slots of the last fragment of a triangle by the operations of the reference walker.
+void TRenderEngine::ComputeDeferredFragment(const VAR_DATA* v) {
   TDeferredFragment& pending = DeferredFragment;
-  if (!pending.Set) {
-    return;
-  }
   pending.Set = false;
-  const int count = gl.m_VarCount;
-  const std::uint32_t hint = gl.m_PerspectiveHint;
-  gl.m_VarCount = pending.Count;
-  gl.m_PerspectiveHint = pending.Perspective ? GL_NICEST : GL_FASTEST;
-  EDGE edges[3];
-  int major = 0;
-  SetEdges(pending.Vertex, edges, &major);
-  VAR_DATA ends[2];
-  const EDGE* const sides[2] = {&edges[major], &edges[(major + pending.MinorEdge) % 3]};
-  for (int i = 0; i < 2; ++i) {
-    gl.Value(*sides[i], (pending.Y - sides[i]->Begin->Slots[0].y) / sides[i]->Delta.Slots[0].y,
-             &ends[i]);
+  const TSide edges[3] = {{v[0], v[1]}, {v[1], v[2]}, {v[2], v[0]}};
+  int major = edges[1].DeltaY() > edges[0].DeltaY() ? 1 : 0;
+  major = edges[2].DeltaY() > edges[major].DeltaY() ? 2 : major;
+  TSide a = edges[major];
+  TSide b = edges[(major + pending.MinorEdge) % 3];
+  a.SetRow(pending.Y);
+  b.SetRow(pending.Y);
+  if (!(b.At(0)[0] >= a.At(0)[0])) {
+    std::swap(a, b);
   }
-  EDGE span;
-  gl.SetSpan(&span, &ends[0], &ends[1]);
-  InterpolateFragment(span, (pending.X - span.Begin->Slots[0].x) / span.Delta.Slots[0].x);
-  gl.m_VarCount = count;
-  gl.m_PerspectiveHint = hint;
+  const double beginX = a.At(0)[0];
+  const double t = (pending.X - beginX) / (b.At(0)[0] - beginX);
+  const auto valueAt = [&](int place) {
+    const TPair begin = a.At(place);
+    return (b.At(place) - begin) * t + begin;
+  };
+  const double q = pending.Perspective ? 1.0 / valueAt(2)[1] : 1.0;
+  double* const out = &gl.m_VarFragment.Slots[0].x;
+  for (int i = 0; i < 4 * pending.Count; i += 2) {
+    const TPair value = valueAt(i);
+    StorePair(out + i, pending.Perspective ? value * q : value);
+  }
   if (pending.Shade) {
     const bool front = gl.m_Fragment.FrontFacing;
     gl.m_Fragment.FrontFacing = pending.Front;

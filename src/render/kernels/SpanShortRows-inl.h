@@ -12,7 +12,7 @@
 #define ZX_RENDER_SPANSHORTROWS_INL_H_
 #endif
 
-#include <ZxCore3D/render/kernels/SpanRows-inl.h>
+#include <ZxCore3D/render/kernels/SpanJoinedRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -148,7 +148,9 @@ HWY_INLINE HWY_ATTR void SetFloatRows(const TSpanJob& job, const TRowSlots& slot
       hn::Add(hn::Abs(hn::Load(d, rows.Delta[2])), hn::Abs(hn::Load(d, rows.Begin[2])));
   const auto extreme = hn::Not(hn::And(hn::Gt(depthBound, hn::Set(d, kMinDepthBound)),
                                        hn::Lt(depthBound, hn::Set(d, kMaxDepthBound))));
-  hn::Store(Unsure(extreme, hn::Mul(depthBound, hn::Set(d, kDepthMargin))), d, floats->DepthMargin);
+  const VD depthMargin = Unsure(extreme, hn::Mul(depthBound, hn::Set(d, kDepthMargin)));
+  const auto sameDepth = hn::Eq(hn::Load(d, rows.Delta[2]), hn::Zero(d));
+  hn::Store(hn::IfThenZeroElse(sameDepth, depthMargin), d, floats->DepthMargin);
 }
 
 // Packed colours in float; `sure` loses the pixels whose rounding test fails.
@@ -254,9 +256,6 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
   }
 }
 
-using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                                std::uint64_t covered, int start, TLastPixels* last);
-
 template <bool kFloat, bool kPerspective, TShortColors kColors>
 inline constexpr TDrawShortRows kShortRowKernelsByDepth[3] = {
     DrawShortRows<kFloat, kPerspective, kColors, TShortDepth::None>,
@@ -286,7 +285,10 @@ struct TShortRowKernel {
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
   if (!job.Meets(UnmetByShortRows(job))) {
-    return {};
+    if (!job.Meets(UnmetByJoinedRows(job))) {
+      return {};
+    }
+    return {JoinedRowKernel(job.Primitive), kJoinedPixels, TKernel::JoinedRows};
   }
   const bool useFloats = job.Meets(UnmetByFloatShortRows(job));
   const bool constAlpha = (job.Primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;

@@ -209,31 +209,64 @@ struct TTexelPairs {
   HWY_INLINE HWY_ATTR TTexelPairs() {}
 };
 
-// Indices of whole numbers within a range, as bits. (i + 1/2) / n is at least 1 / 2n from an
-// integer, which is more than rounding moves it by as long as i and n are below 2^21: its floor is
-// how often n goes into i.
-template <bool kPeriods> HWY_INLINE HWY_ATTR VU64 WholeIndex(VD whole, const TTexelRange& range) {
+// The indices of texel coordinates along an axis, of the left one of two with a linear filter, and
+// what is left of the coordinates. Lanes that only the general wrap finds are added to `odd`.
+//
+// Indices are the sampler's: truncation, less one below zero; where all coordinates lie in the axis
+// itself, or of a repeat at most one texel below it, that is the floor. A period goes
+// floor((i + 1/2) / n) times into i: the quotient is at least 1 / 2n from an integer, which is more
+// than rounding moves it by as long as i and n are below 2^21. Below zero a multiple of the size
+// repeats to the size itself, which is left to the general wrap with the texels around it.
+//
+// Coordinates beyond the edges that a texture is clamped to are moved to those edges first. With a
+// linear filter they then lie at the far end of the last two texels, or at the near end of the
+// first two, and mix to the same mean as twice the texel at the edge.
+template <TTexelReach kReach, bool kLinear>
+HWY_INLINE HWY_ATTR VU64 PlaceTexels(const TTexelAxis& axis, VD coordinate, VD* rest, MD* odd) {
   const DD d;
   const DU64 du;
-  if (kPeriods && range.Period != 0.0) {
-    const VD place = hn::Mul(hn::Add(whole, hn::Set(d, 0.5)), hn::Set(d, range.InversePeriod));
-    whole = hn::Sub(whole, hn::Mul(hn::Floor(place), hn::Set(d, range.Period)));
-  }
-  return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kWholeDoubles))),
-                 hn::Set(du, std::uint64_t{range.Mask}));
-}
-
-HWY_INLINE HWY_ATTR bool IsWithin(VD u, double limitU, VD v, double limitV) {
-  const DD d;
   const VD zero = hn::Zero(d);
-  return hn::AllTrue(d, hn::And(hn::And(hn::Ge(u, zero), hn::Lt(u, hn::Set(d, limitU))),
-                                hn::And(hn::Ge(v, zero), hn::Lt(v, hn::Set(d, limitV)))));
-}
-
-// Whether the texel after x is the next in memory.
-HWY_INLINE HWY_ATTR bool AreNeighbours(VU64 x, const TTexelRange& range) {
-  const DU64 du;
-  return hn::AllFalse(du, hn::Eq(x, hn::Set(du, std::uint64_t{range.Last})));
+  const auto indexOf = [&](VD whole) HWY_ATTR {
+    return hn::And(hn::BitCast(du, hn::Add(whole, hn::Set(d, kSignedWholeDoubles))),
+                   hn::Set(du, std::uint64_t{axis.Mask}));
+  };
+  const auto withinPeriod = [&](VD whole) HWY_ATTR {
+    const VD times = hn::Mul(hn::Add(whole, hn::Set(d, 0.5)), hn::Set(d, axis.InversePeriod));
+    return hn::Sub(whole, hn::Mul(hn::Floor(times), hn::Set(d, axis.Period)));
+  };
+  VD whole = zero;
+  if (kReach == TTexelReach::Near && axis.Wrap == TTexelWrap::Repeat) {
+    const MD below = hn::Lt(coordinate, zero);
+    whole = hn::Add(hn::Trunc(coordinate), hn::IfThenElseZero(below, hn::Set(d, -1.0)));
+    *rest = hn::Sub(coordinate, whole);
+    if (axis.Period != 0.0) {
+      // Lanes of no pixel may have any coordinate, but are fetched all the same.
+      whole = hn::Min(hn::Max(withinPeriod(whole), zero), hn::Set(d, axis.Last));
+    }
+    const VU64 index = indexOf(whole);
+    const auto atEdge =
+        hn::Or(hn::Eq(index, hn::Zero(du)), hn::Eq(index, hn::Set(du, std::uint64_t{axis.Last})));
+    *odd = hn::Or(*odd, hn::And(below, hn::RebindMask(d, atEdge)));
+    return index;
+  }
+  if (kReach == TTexelReach::Near && axis.Wrap == TTexelWrap::Edge) {
+    coordinate = hn::Min(hn::Max(coordinate, zero), hn::Set(d, axis.MostCoordinate));
+    whole = hn::Min(hn::Floor(coordinate), hn::Set(d, axis.MostIndex));
+  } else {
+    whole = hn::Floor(coordinate);
+    if (kReach == TTexelReach::Near) {
+      const MD inside =
+          hn::And(hn::Ge(coordinate, zero), hn::Lt(coordinate, hn::Set(d, axis.MostCoordinate)));
+      *odd = hn::Or(*odd, hn::Not(inside));
+    }
+  }
+  if (kLinear) {
+    *rest = hn::Sub(coordinate, whole);
+  }
+  if (kReach == TTexelReach::Periodic && axis.Period != 0.0) {
+    whole = withinPeriod(whole);
+  }
+  return indexOf(whole);
 }
 
 HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
@@ -242,86 +275,95 @@ HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 j) {
                      hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
 }
 
-inline bool HasPeriods(const TSpanJob& job) {
-  return job.Primitive.RangeX.Period != 0.0 || job.Primitive.RangeY.Period != 0.0;
-}
-
 // Whether a load from as many addresses as a vector has lanes is one instruction.
 inline constexpr bool kGathers = ZX_HAS_GATHERS;
 
-// Texels within the ranges of a primitive.
-template <bool kPeriods>
+HWY_INLINE HWY_ATTR VU GatherTexels(const DATASURFACE& surface, VU64 offset) {
+  return hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+                          hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+}
+
+// Texels within reach of a primitive, all of whose coordinates lie as `kReach` says.
+template <TTexelReach kReach>
 HWY_INLINE HWY_ATTR TCondition FetchInRangeNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
-  constexpr TTexelSource kTexels = TTexelSource::Nearest;
   const DD d;
   const TPrimitive& primitive = job.Primitive;
-  const double limitU = kPeriods ? primitive.RangeX.PeriodLimit : primitive.RangeX.Limit;
-  const double limitV = kPeriods ? primitive.RangeY.PeriodLimit : primitive.RangeY.Limit;
   const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth));
   const VD v = hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight));
-  const VU64 x = WholeIndex<kPeriods>(hn::Floor(u), primitive.RangeX);
+  MD odd = NoLanes(d);
+  VD rest;
+  const VU64 x = PlaceTexels<kReach, false>(primitive.AxisX, u, &rest, &odd);
+  const VU64 y = PlaceTexels<kReach, false>(primitive.AxisY, v, &rest, &odd);
   ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
-  const VU64 y = WholeIndex<kPeriods>(hn::Floor(v), primitive.RangeY);
-  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y));
-  *texels = hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
-                             hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+  *texels = GatherTexels(surface, hn::Add(hn::ShiftLeft<2>(x), RowOffset(surface, y)));
   return TCondition::None;
 }
 
-// The same for four texels where the two of each row are neighbours, fetched in one load.
-template <bool kPeriods>
+// A mask of pixels for the texels of either row.
+HWY_INLINE HWY_ATTR hn::Mask<DU2> OfBothRows(hn::Mask<DU64> pixels) {
+  const VU chosen = hn::TruncateTo(DU(), hn::VecFromMask(DU64(), pixels));
+  return hn::MaskFromVec(hn::Combine(DU2(), chosen, chosen));
+}
+
+// Puts the first texel of a row to the right of the last one.
+HWY_NOINLINE HWY_ATTR hn::Vec<DU2> WrappedRight(const DATASURFACE& surface, hn::Mask<DU64> atLast,
+                                                VU64 low, VU64 high, hn::Vec<DU2> right) {
+  const auto first = hn::Combine(DU2(), GatherTexels(surface, high), GatherTexels(surface, low));
+  return hn::IfThenElse(OfBothRows(atLast), first, right);
+}
+
+// The same for four texels, the two of each row in one load.
+template <TTexelReach kReach>
 HWY_INLINE HWY_ATTR TCondition FetchInRangePairs(const TSpanJob& job, VD s, VD t,
                                                  TTexelPairs* pairs) {
-  constexpr TTexelSource kTexels = TTexelSource::Linear;
   const DD d;
   const DU64 du64;
   const DU2 du;
   const VD half = hn::Set(d, 0.5);
   const TPrimitive& primitive = job.Primitive;
-  const double limitU = kPeriods ? primitive.RangeX.PeriodLimit : primitive.RangeX.Limit;
-  const double limitV = kPeriods ? primitive.RangeY.PeriodLimit : primitive.RangeY.Limit;
   const TRenderCPU::TTexSampler& sampler = *primitive.Sampler;
   const VD u = hn::Sub(hn::Mul(s, hn::Set(d, sampler.m_SurfaceWidth)), half);
   const VD v = hn::Sub(hn::Mul(t, hn::Set(d, sampler.m_SurfaceHeight)), half);
-  const VD left = hn::Floor(u);
-  const VD bottom = hn::Floor(v);
-  const VU64 x = WholeIndex<kPeriods>(left, primitive.RangeX);
+  MD odd = NoLanes(d);
+  const VU64 x = PlaceTexels<kReach, true>(primitive.AxisX, u, &pairs->FractionU, &odd);
+  const VU64 y = PlaceTexels<kReach, true>(primitive.AxisY, v, &pairs->FractionV, &odd);
   ZX_IN_RANGE_CONDITIONS(ZX_RETURN_UNMET)
   const DATASURFACE& surface = *sampler.m_Surface;
   const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
   const VU64 across = hn::ShiftLeft<2>(x);
-  const auto fetch = [&](VD row) HWY_ATTR {
-    const VU64 offset =
-        hn::Add(across, RowOffset(surface, WholeIndex<kPeriods>(row, primitive.RangeY)));
+  const auto fetch = [&](VU64 row) HWY_ATTR {
+    const VU64 offset = hn::Add(across, row);
     return hn::BitCast(du,
                        hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
   };
-  const auto low = fetch(bottom);
-  const auto high = fetch(hn::Add(bottom, hn::Set(d, 1.0)));
+  const auto isLast = [&](VU64 index, const TTexelAxis& axis) HWY_ATTR {
+    return hn::Eq(index, hn::Set(du64, std::uint64_t{axis.Last}));
+  };
+  const VU64 above = hn::Add(y, hn::Set(du64, std::uint64_t{1}));
+  const VU64 lowRow = RowOffset(surface, y);
+  const VU64 highRow = RowOffset(surface, hn::IfThenZeroElse(isLast(y, primitive.AxisY), above));
+  const auto low = fetch(lowRow);
+  const auto high = fetch(highRow);
   pairs->Left = hn::ConcatEven(du, high, low);
   pairs->Right = hn::ConcatOdd(du, high, low);
-  pairs->FractionU = hn::Sub(u, left);
-  pairs->FractionV = hn::Sub(v, bottom);
+  const auto atLast = isLast(x, primitive.AxisX);
+  if (HWY_UNLIKELY(!hn::AllFalse(du64, atLast))) {
+    pairs->Right = WrappedRight(surface, atLast, lowRow, highRow, pairs->Right);
+  }
   return TCondition::None;
 }
 
 // Texels by the general wrap. False where an index does not fit or a border shows.
-HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TSpanJob& job, VD s, VD t, VU* texels) {
-  if (HasPeriods(job) && FetchInRangeNearest<true>(job, s, t, texels) == TCondition::None) {
-    return true;
-  }
-  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
+HWY_NOINLINE HWY_ATTR bool FetchWrappedNearest(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                               VU* texels) {
   MI outside = NoLanes(DI());
   return FetchNearest(sampler, s, t, texels, &outside) && hn::AllFalse(DI(), outside);
 }
 
-HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TSpanJob& job, VD s, VD t, TTexelPairs* pairs) {
-  if (HasPeriods(job) && FetchInRangePairs<true>(job, s, t, pairs) == TCondition::None) {
-    return true;
-  }
-  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
+HWY_NOINLINE HWY_ATTR bool FetchWrappedPairs(const TRenderCPU::TTexSampler& sampler, VD s, VD t,
+                                             TTexelPairs* pairs) {
   TLinearPlaces at;
   if (!FindLinear(sampler, s, t, &at) || !at.IsInside()) {
     return false;
@@ -343,7 +385,7 @@ HWY_INLINE HWY_ATTR TTexels NearestTexels(const TSpanJob& job, VD s, VD t) {
   TRenderCPU::TTexSampler* const sampler = job.Primitive.Sampler;
   VU packed = hn::Zero(DU());
   MI outside = NoLanes(DI());
-  if (FetchInRangeNearest<false>(job, s, t, &packed) != TCondition::None &&
+  if (FetchInRangeNearest<TTexelReach::Near>(job, s, t, &packed) != TCondition::None &&
       !FetchNearest(*sampler, s, t, &packed, &outside)) {
     return SampledTexels(sampler, s, t);
   }
@@ -375,13 +417,30 @@ HWY_NOINLINE HWY_ATTR TTexels WrappedLinearTexels(TRenderCPU::TTexSampler* sampl
   return c00;
 }
 
-// The texels' channels in a set; others are 0.
-HWY_INLINE HWY_ATTR TTexels LinearTexels(const TSpanJob& job, std::uint32_t channels, VD s, VD t) {
-  const DU du;
-  TTexelPairs pairs;
-  if (FetchInRangePairs<false>(job, s, t, &pairs) != TCondition::None) {
-    return WrappedLinearTexels(job.Primitive.Sampler, s, t);
+// Texels as the sampler takes them, where `FetchInRangePairs` left those whose mean is the same: at
+// the far edges of a texture that is clamped to them, the texel at the edge twice.
+HWY_INLINE HWY_ATTR void SetExactPairs(const TPrimitive& primitive, TTexelPairs* pairs) {
+  const DU2 du;
+  const DU64 du64;
+  const auto isOne = [&](VD fraction) HWY_ATTR {
+    return OfBothRows(hn::RebindMask(du64, hn::Eq(fraction, hn::Set(DD(), 1.0))));
+  };
+  if (primitive.AxisX.Wrap == TTexelWrap::Edge) {
+    pairs->Left = hn::IfThenElse(isOne(pairs->FractionU), pairs->Right, pairs->Left);
   }
+  if (primitive.AxisY.Wrap == TTexelWrap::Edge) {
+    const auto above = isOne(pairs->FractionV);
+    const auto upper = [&](hn::Vec<DU2> both) HWY_ATTR {
+      return hn::IfThenElse(above, hn::ConcatUpperUpper(du, both, both), both);
+    };
+    pairs->Left = upper(pairs->Left);
+    pairs->Right = upper(pairs->Right);
+  }
+}
+
+// The channels in a set of four texels mixed; others are 0.
+HWY_INLINE HWY_ATTR TTexels MixedChannels(const TTexelPairs& pairs, std::uint32_t channels) {
+  const DU du;
   const VU c00 = hn::LowerHalf(du, pairs.Left);
   const VU c10 = hn::LowerHalf(du, pairs.Right);
   const VU c01 = hn::UpperHalf(du, pairs.Left);
@@ -396,6 +455,15 @@ HWY_INLINE HWY_ATTR TTexels LinearTexels(const TSpanJob& job, std::uint32_t chan
   };
   return {{mixed(std::integral_constant<int, 0>()), mixed(std::integral_constant<int, 8>()),
            mixed(std::integral_constant<int, 16>()), mixed(std::integral_constant<int, 24>())}};
+}
+
+HWY_INLINE HWY_ATTR TTexels LinearTexels(const TSpanJob& job, std::uint32_t channels, VD s, VD t) {
+  TTexelPairs pairs;
+  if (FetchInRangePairs<TTexelReach::Near>(job, s, t, &pairs) != TCondition::None) {
+    return WrappedLinearTexels(job.Primitive.Sampler, s, t);
+  }
+  SetExactPairs(job.Primitive, &pairs);
+  return MixedChannels(pairs, channels);
 }
 
 } // namespace HWY_NAMESPACE

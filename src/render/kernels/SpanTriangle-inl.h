@@ -93,6 +93,10 @@ inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t
   }
 }
 
+inline bool ReadsPixels(const TDrawState& draw) {
+  return draw.DepthTest || draw.StencilTest || draw.ReadsColor();
+}
+
 // Asks for the first and the last pixel of rows in all targets. Short rows with a test are bound by
 // memory otherwise: which branch to take depends on what was there, so that the processor does not
 // look ahead to the next row. Long rows are seen by its own prefetcher.
@@ -140,15 +144,16 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     if (live.Covered == 0) {
       continue;
     }
-    if (shortRows.Draw != nullptr && live.Long == 0) {
+    const bool asShort = shortRows.Draw != nullptr && live.Long == 0;
+    if ((!asShort || shortRows.Kernel == TKernel::JoinedRows) && ReadsPixels(job->Draw)) {
+      PrefetchShortRows(*job, rows, live.Covered);
+    }
+    if (asShort) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
         CountShortRows(*job, rows, live.Covered, shortRows.Kernel);
       }
       shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
     } else {
-      if (job->Draw.DepthTest || job->Draw.StencilTest) {
-        PrefetchShortRows(*job, rows, live.Covered);
-      }
       drawRows(*job, slots, rows, live.Covered, start, &last);
     }
   }

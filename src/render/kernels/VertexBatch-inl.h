@@ -207,7 +207,16 @@ HWY_INLINE HWY_ATTR std::uint64_t AddClasses(const TVertexBatch& batch, const in
   return inside;
 }
 
-// Whether triangles face the front: the area's sign by the steps of rasterisation in their order.
+// Whether triangles with these normalised corners face the front: the area's sign by the steps of
+// rasterisation in their order.
+HWY_INLINE HWY_ATTR MD FacesFront(const VD (&x)[3], const VD (&y)[3], bool frontCCW) {
+  const DD d;
+  const auto cross = [&](int i, int k)
+                         HWY_ATTR { return hn::Sub(hn::Mul(x[i], y[k]), hn::Mul(x[k], y[i])); };
+  const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
+  return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
+}
+
 HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3], bool frontCCW) {
   const DD d;
   VD x[3];
@@ -217,10 +226,7 @@ HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3],
     x[c] = hn::Mul(hn::Load(d, batch.X + at[c]), r);
     y[c] = hn::Mul(hn::Load(d, batch.Y + at[c]), r);
   }
-  const auto cross = [&](int i, int k)
-                         HWY_ATTR { return hn::Sub(hn::Mul(x[i], y[k]), hn::Mul(x[k], y[i])); };
-  const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
-  return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
+  return FacesFront(x, y, frontCCW);
 }
 
 // Classifies the first `count` triangles, whose corners are three columns of the batch.
@@ -238,6 +244,35 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
       out->Front |= front << s;
       out->Culled |= (culled & inside) << s;
     }
+  }
+}
+
+// Facing and window coordinates of the first `count` triangles, by the steps of rasterisation in
+// their order. The coordinates take the place of those in clip space; w becomes 1/w.
+inline HWY_ATTR void ProjectTriangles(int width, int height, bool frontCCW, int count,
+                                      TVertexBatch* batch, TShapeClasses* out) {
+  const DD d;
+  const VD half = hn::Set(d, 0.5);
+  const VD wide = hn::Set(d, static_cast<double>(width));
+  const VD high = hn::Set(d, static_cast<double>(height));
+  const auto toWindow = [&](VD u, VD size) HWY_ATTR {
+    return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), size), half);
+  };
+  for (int s = 0; s < count; s += kLanes) {
+    VD x[3];
+    VD y[3];
+    for (int c = 0; c < 3; ++c) {
+      const int at = c * batch->Pitch + s;
+      const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + at));
+      x[c] = hn::Mul(hn::Load(d, batch->X + at), r);
+      y[c] = hn::Mul(hn::Load(d, batch->Y + at), r);
+      const VD z = hn::Mul(hn::Load(d, batch->Z + at), r);
+      hn::Store(toWindow(x[c], wide), d, batch->X + at);
+      hn::Store(toWindow(y[c], high), d, batch->Y + at);
+      hn::Store(hn::Add(hn::Mul(z, half), half), d, batch->Z + at);
+      hn::Store(r, d, batch->W + at);
+    }
+    out->Front |= BitsOfMask(d, FacesFront(x, y, frontCCW)) << s;
   }
 }
 

@@ -8,6 +8,8 @@
 
 #include <ZxCore3D/types/vec_t_.h>
 
+#include <ZxCore3D/render/common/Pairs.h>
+
 namespace Zx3D {
 
 /// The planes that bound clip space: plane p looks at coordinate p / 2, and even planes bound it
@@ -26,11 +28,41 @@ inline std::uint8_t OutsidePlanes(const vec_t_<double, 4>& at) {
   return static_cast<std::uint8_t>(planes(at.x) | planes(at.y) << 2 | planes(at.z) << 4);
 }
 
+/// The planes that any corner of a triangle is outside of, and those that all are: as
+/// `OutsidePlanes`, joined.
+struct TJoinedPlanes {
+  unsigned int Any;
+  unsigned int All;
+};
+
+/// Without branches. A coordinate is within both planes of its axis if u and -u are -w or above.
+inline TJoinedPlanes OutsidePlanes(const vec_t_<double, 4>& a, const vec_t_<double, 4>& b,
+                                   const vec_t_<double, 4>& c) {
+  const auto planesInside = [](const vec_t_<double, 4>& at) {
+    const TPair w = {-at.w, -at.w};
+    return ((TPair{at.x, -at.x} >= w) & TPairMask{1, 2}) |
+           ((TPair{at.y, -at.y} >= w) & TPairMask{4, 8}) |
+           ((TPair{at.z, -at.z} >= w) & TPairMask{16, 32});
+  };
+  const TPairMask inA = planesInside(a);
+  const TPairMask inB = planesInside(b);
+  const TPairMask inC = planesInside(c);
+  const auto outside = [](TPairMask inside) {
+    constexpr unsigned int kAll = (1u << kClipPlanes) - 1;
+    return kAll & ~static_cast<unsigned int>(inside[0] | inside[1]);
+  };
+  return {outside(inA & inB & inC), outside(inA | inB | inC)};
+}
+
 /// Whether the first plane that cuts or rejects the triangle rejects all of it: the clipper drops
-/// it there unchanged. `a`, `b` and `c` are its corners' `OutsidePlanes`.
+/// it there unchanged.
+inline bool IsRejected(TJoinedPlanes outside) {
+  return (outside.All & (outside.Any & (0u - outside.Any))) != 0;
+}
+
+/// The same by its corners' `OutsidePlanes`.
 inline bool IsRejected(unsigned int a, unsigned int b, unsigned int c) {
-  const unsigned int any = a | b | c;
-  return (a & b & c & (any & (0u - any))) != 0;
+  return IsRejected({a | b | c, a & b & c});
 }
 
 } // namespace Zx3D

@@ -2,6 +2,7 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
 
 namespace Zx3D {
@@ -9,18 +10,6 @@ namespace Zx3D {
 namespace {
 
 using VAR_DATA = TRenderCPU::VAR_DATA;
-
-// Whether all three vertices are inside all planes, as most are: without branches.
-bool AreInside(const VAR_DATA* v) {
-  int inside = 1;
-  for (int i = 0; i < 3; ++i) {
-    const vec_t_<double, 4>& at = v[i].Slots[0];
-    const double w = at.w;
-    inside &= int{at.x >= -w} & int{at.x <= w} & int{at.y >= -w} & int{at.y <= w} &
-              int{at.z >= -w} & int{at.z <= w};
-  }
-  return inside != 0;
-}
 
 // Parameter, 0 to 1, at which the segment from `outside` to `inside` meets the plane.
 double Crossing(const VAR_DATA& outside, const VAR_DATA& inside, int plane) {
@@ -64,12 +53,23 @@ void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
 }
 
 void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
-  if (plane < 0 || plane > kClipPlanes) {
-    return;
+  if (plane == 0) { // most are inside or outside: decided without branches
+    const TJoinedPlanes outside = OutsidePlanes(v[0].Slots[0], v[1].Slots[0], v[2].Slots[0]);
+    if (outside.Any == 0) {
+      plane = kClipPlanes;
+    } else if (IsRejected(outside)) {
+      return;
+    }
   }
-  if (plane == 0 && AreInside(v)) {
-    plane = kClipPlanes;
+  if (plane == kClipPlanes) {
+    RasterizeTriangle(v);
+  } else if (plane >= 0 && plane < kClipPlanes) {
+    m_Engine->CutTriangle(v, plane);
   }
+}
+
+// Clips a triangle by the planes from number `plane` on, one a level.
+void TRenderEngine::CutTriangle(VAR_DATA* v, int plane) {
   // Planes that cut nothing are passed without recursion.
   bool inside[3] = {};
   int insideCount = 3;
@@ -84,7 +84,7 @@ void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
     }
   }
   if (plane == kClipPlanes) {
-    RasterizeTriangle(v);
+    gl.RasterizeTriangle(v);
     return;
   }
   if (insideCount == 0) {
@@ -97,9 +97,9 @@ void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
     const int k = (i + 2) % 3;
     const double tj = Crossing(v[j], v[i], plane);
     const double tk = Crossing(v[k], v[i], plane);
-    Mix(v[j], v[i], tj);
-    Mix(v[k], v[i], tk);
-    ClipAndRasterizeTriangle(v, plane + 1);
+    gl.Mix(v[j], v[i], tj);
+    gl.Mix(v[k], v[i], tk);
+    gl.ClipAndRasterizeTriangle(v, plane + 1);
     return;
   }
 
@@ -110,14 +110,14 @@ void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
   const int b = (o + 2) % 3;
   const double ta = Crossing(v[o], v[a], plane);
   const double tb = Crossing(v[o], v[b], plane);
-  VAR_DATA tmp[3] = {};
-  CopyVar(tmp[o], v[o]);
-  CopyVar(tmp[b], v[b]);
-  Mix(v[o], v[a], ta);
-  CopyVar(tmp[a], v[o]);
-  Mix(tmp[o], tmp[b], tb);
-  ClipAndRasterizeTriangle(v, plane + 1);
-  ClipAndRasterizeTriangle(tmp, plane + 1);
+  VAR_DATA tmp[3]; // of which only live slots are filled, and read
+  gl.CopyVar(tmp[o], v[o]);
+  gl.CopyVar(tmp[b], v[b]);
+  gl.Mix(v[o], v[a], ta);
+  gl.CopyVar(tmp[a], v[o]);
+  gl.Mix(tmp[o], tmp[b], tb);
+  gl.ClipAndRasterizeTriangle(v, plane + 1);
+  gl.ClipAndRasterizeTriangle(tmp, plane + 1);
 }
 
 } // namespace Zx3D

@@ -25,13 +25,16 @@ inline void RunStencil(const TRenderCPU& gl, TRenderCPU::TStencilFunction operat
 }
 
 inline bool PassesStencil(const TRenderCPU& gl, unsigned char* stencil) {
-  const unsigned char value = stencil != nullptr ? *stencil : 0;
-  if (gl.m_StencilTest && !gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
-                                               static_cast<unsigned char>(gl.m_StencilValueMask))) {
-    RunStencil(gl, gl.m_StencilFailOp, stencil);
-    return false;
+  if (!gl.m_StencilTest) [[likely]] {
+    return true;
   }
-  return true;
+  const unsigned char value = stencil != nullptr ? *stencil : 0;
+  if (gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
+                          static_cast<unsigned char>(gl.m_StencilValueMask))) {
+    return true;
+  }
+  RunStencil(gl, gl.m_StencilFailOp, stencil);
+  return false;
 }
 
 /// The two most common comparisons need no call.
@@ -76,7 +79,7 @@ inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned c
 /// The same for bytes in a word, the lowest being red. A word goes from register to memory: bytes
 /// stored one by one would have to reach memory before the word could be loaded.
 inline void WritePacked(const TRenderCPU& gl, unsigned char* to, std::uint32_t packed) {
-  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
+  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) [[likely]] {
     std::memcpy(to, &packed, kPixelBytes);
     return;
   }
@@ -104,7 +107,7 @@ inline void WriteColor(const TRenderCPU& gl, unsigned char* to, const vec_t_<dou
 /// The depth of a triangle's pixel at t of its span.
 inline float SpanDepth(const TRenderCPU& gl, const TRenderCPU::EDGE& span, double t) {
   float depth = static_cast<float>(span.Delta.Slots[0].z * t + span.Begin->Slots[0].z);
-  if (gl.m_PolygonOffsetFill) {
+  if (gl.m_PolygonOffsetFill) [[unlikely]] {
     depth += gl.m_PolygonOffsetFactor;
   }
   return depth;
@@ -119,7 +122,7 @@ inline bool PassesBeforeShading(const TRenderCPU& gl, const unsigned char* depth
   if (!PassesStencil(gl, stencil)) {
     return false;
   }
-  if (gl.m_CalcDepth) {
+  if (gl.m_CalcDepth) [[unlikely]] {
     return true;
   }
   fragment.SetDepth();
@@ -130,7 +133,7 @@ inline bool PassesBeforeShading(const TRenderCPU& gl, const unsigned char* depth
 template <class TFragment>
 inline bool PassesAfterShading(const TRenderCPU& gl, unsigned char* depth, unsigned char* stencil,
                                const TFragment& fragment) {
-  if (gl.m_CalcDepth && !PassesDepth(gl, depth, fragment.Depth(), stencil)) {
+  if (gl.m_CalcDepth && !PassesDepth(gl, depth, fragment.Depth(), stencil)) [[unlikely]] {
     return false;
   }
   if (depth != nullptr && gl.m_DepthMask) {

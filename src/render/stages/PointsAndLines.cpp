@@ -3,6 +3,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
+#include <new>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
@@ -10,12 +11,14 @@
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/FragmentShading.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 
 namespace Zx3D {
 
 // The colour's address is looked up after the shader, which may have bound another surface.
-static void WriteRecordColor(TRenderEngine& engine, int x, int y) {
+static inline void WriteRecordColor(TRenderEngine& engine, int x, int y) {
   const TRenderCPU& gl = engine.gl;
   if (gl.m_FragmentShader != gl.m_StdFragmentShader) {
     engine.UpdateTargets();
@@ -46,6 +49,9 @@ struct TPointFragment {
     }
     gl.m_Fragment.X = X;
     gl.m_Fragment.Y = Y;
+    if (gl.m_FragmentShader == gl.m_StdFragmentShader) {
+      return ShadeFragment(gl.m_FragmentShader, Vertex, &gl.m_Fragment);
+    }
     return gl.m_FragmentShader->Execute(Vertex, &gl.m_Fragment);
   }
   void WriteColor() { WriteRecordColor(Engine, X, Y); }
@@ -63,7 +69,7 @@ void TRenderCPU::ClipAndRasterizePoint(VAR_DATA* v) {
   engine.UpdateDerivedState();
   const double r = 1.0 / at.w;
   const double h = r * 0.5;
-  at = {m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r};
+  StoreVector(&at, m_Width * (at.x * h + 0.5), m_Height * (at.y * h + 0.5), h * at.z + 0.5, r);
   // A point has no shift by half a pixel: it falls in the pixel whose square contains it.
   if (!(at.x > -1.0 && at.x < m_Width && at.y > -1.0 && at.y < m_Height)) {
     return;
@@ -162,24 +168,23 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     vec_t_<double, 4>& at = v[i].Slots[0];
     const double r = 1.0 / at.w;
     const double h = r * 0.5;
-    at = {gl.m_Width * (at.x * h + 0.5) - 0.5, gl.m_Height * (at.y * h + 0.5) - 0.5, at.z * h + 0.5,
-          r};
+    StoreVector(&at, gl.m_Width * (at.x * h + 0.5) - 0.5, gl.m_Height * (at.y * h + 0.5) - 0.5,
+                at.z * h + 0.5, r);
   }
   if (unmet == TCondition::None) { // reads the slots before perspective scales them
-    TPrimitive& primitive = job->Primitive;
-    primitive = TPrimitive();
+    TPrimitive& primitive = *new (&job->Primitive) TPrimitive; // as in RasterizeTriangle
     primitive.Kind = TPrimitiveKind::Line;
     primitive.Vertex[0] = v[0].Slots;
     primitive.Vertex[1] = primitive.Vertex[2] = v[1].Slots;
     unmet = SetUpPrimitive(&primitive);
   }
   if (gl.m_PerspectiveHint != GL_FASTEST) {
-    ScaleSlots(&v[0], v[0].Slots[0].w);
-    ScaleSlots(&v[1], v[1].Slots[0].w);
+    ScaleSlots(&v[0], gl.m_VarCount);
+    ScaleSlots(&v[1], gl.m_VarCount);
   }
   gl.m_Span.Begin = &v[0];
   gl.m_Span.End = &v[1];
-  SetDelta(&gl.m_Span);
+  SetDelta(&gl.m_Span, gl.m_VarCount);
 
   int end[2][2]; // [vertex][axis]
   for (int i = 0; i < 2; ++i) {

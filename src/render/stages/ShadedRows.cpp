@@ -4,6 +4,7 @@
 // Tested by: tests/render/ShadedRows.cpp (ShadedRows.*, WhichRows.*)
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 
 #include <ZxCore3D/render/FragmentOps.h>
@@ -50,6 +51,40 @@ bool AnyTextureIsTarget(const TRenderCPU& gl, const TTargets& targets) {
   });
 }
 
+// Leaves those columns of a row that are covered, with t = (x - begin) / delta from 0 to below 1:
+// differences and quotients are rounded in order, so that they are consecutive.
+//
+// With delta above 0, t is below 0 exactly if the difference is, unless the quotient underflows; it
+// is 1 or above exactly if the difference is not below delta, since the smaller of two doubles over
+// the greater never rounds to 1. A difference that is not 0 is 2^-53 or more, or at column 0 the
+// magnitude of begin. A row of a triangle has at most one such column at each side: the first of
+// each is found without a branch, which could not be predicted.
+void TrimToCovered(const TRenderCPU::EDGE& span, int* from, int* to) {
+  const double begin = span.Begin->Slots[0].x;
+  const double delta = span.Delta.Slots[0].x;
+  if (delta > 0.0 && delta < kMaxWindow && (std::fabs(begin) > kMinSteadyW || begin == 0.0)) {
+    *from += *from - begin < 0.0 ? 1 : 0;
+    *to -= *to - begin >= delta ? 1 : 0;
+    while (*from <= *to && *from - begin < 0.0) {
+      ++*from;
+    }
+    while (*from <= *to && *to - begin >= delta) {
+      --*to;
+    }
+    return;
+  }
+  const auto covers = [begin, delta](int x) {
+    const double t = (x - begin) / delta;
+    return t >= 0.0 && t < 1.0;
+  };
+  while (*from <= *to && !covers(*from)) {
+    ++*from;
+  }
+  while (*from <= *to && !covers(*to)) {
+    --*to;
+  }
+}
+
 } // namespace
 
 // The first condition that keeps a row from being shaded at once.
@@ -69,25 +104,15 @@ bool TRenderEngine::ShadeSpan(const EDGE& span, int y, int first, int last, FS_D
       (stencil && !holds(Targets.Stencil))) {
     return false;
   }
-  // Differences and quotients are rounded in order, so that covered pixels are consecutive.
-  const auto covers = [&span](int x) {
-    const double t = (x - span.Begin->Slots[0].x) / span.Delta.Slots[0].x;
-    return t >= 0.0 && t < 1.0;
-  };
   int from = first;
   int to = last;
-  while (from <= to && !covers(from)) {
-    ++from;
-  }
-  while (from <= to && !covers(to)) {
-    --to;
-  }
+  TrimToCovered(span, &from, &to);
   const int left = from - first; // addresses follow from that of the row's first pixel
   const TShadedSpan row = {gl,
                            span,
                            fs,
                            from,
-                           to - from + 1,
+                           std::max(to - from + 1, 0),
                            Targets.Color.At(first, y) + left * Targets.Color.Step,
                            Targets.Color.Step,
                            DepthPixel(first, y) + left * Targets.Depth.Step,

@@ -4,9 +4,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
-#include <ZxCore3D/render/common/Conversions.h>
-#include <ZxCore3D/render/common/Limits.h>
-#include <ZxCore3D/render/common/SlotTable.h>
+#include <ZxCore3D/render/stages/FragmentShading.h>
 
 namespace Zx3D {
 
@@ -20,13 +18,6 @@ void TStdFragmentShaderCPU::End() {}
 
 bool TStdFragmentShaderCPU::IsCalcDepth() const { return false; }
 
-// The slot table may have been filled for another state or by another shader: a slot outside the
-// record reads as zero.
-static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
-  static constexpr vec_t_<double, 4> kZero = {0, 0, 0, 0};
-  return IsBelow(slot, kSlots) ? v.Slots[slot] : kZero;
-}
-
 // With P the primary colour, S the secondary one where lighting is on, T the texel, by channel:
 //
 //     without a texture  P + S
@@ -37,8 +28,8 @@ static const vec_t_<double, 4>& Slot(const TRenderCPU::VAR_DATA& v, int slot) {
 bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) {
   const TRenderCPU& gl = *m_Render;
   const TColorSlots slots = ColorSlotsOf(gl, f->FrontFacing);
-  const vec_t_<double, 4>& primary = Slot(*v, slots.Primary);
-  const vec_t_<double, 4>& secondary = Slot(*v, slots.Secondary);
+  const vec_t_<double, 4>& primary = SlotOf(*v, slots.Primary);
+  const vec_t_<double, 4>& secondary = SlotOf(*v, slots.Secondary);
 
   bool addSecondary = gl.m_Lighting;
   const TRenderCPU::TTexUnit& unit = gl.m_TexUnits[0];
@@ -47,7 +38,7 @@ bool TStdFragmentShaderCPU::Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA
   } else {
     vec_t_<double, 4> texel = {0, 0, 0, 0};
     auto& sampler = const_cast<TRenderCPU::TTexSampler&>(unit.Sampler);
-    sampler.GetValue(Slot(*v, gl.m_VarTexCoord), &texel);
+    sampler.GetValue(SlotOf(*v, gl.m_VarTexCoord), &texel);
     if (unit.TexEnvMode == GL_MODULATE) {
       f->Color = {primary.x * texel.x, primary.y * texel.y, primary.z * texel.z,
                   primary.w * texel.w};

@@ -9,6 +9,8 @@
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/Pairs.h>
+#include <ZxCore3D/render/stages/VertexLighting.h>
 
 namespace Zx3D {
 
@@ -95,7 +97,7 @@ void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
 // Components by value: rebuilding the vertex in memory would stall on store forwarding, behind all
 // stores of pixels.
 static void Submit(TRenderCPU& gl, double x, double y, double z, double w) {
-  gl.m_CurVertex = {x, y, z, w};
+  StoreVector(&gl.m_CurVertex, x, y, z, w);
   (gl.*gl.m_VertexHandler)();
 }
 
@@ -141,11 +143,19 @@ void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[
 
 // --- The modes
 
-// The start of every mode: fills the next record of the primitive.
-void TRenderEngine::ShadeNextVertex() {
-  gl.m_VertexShader->Execute(&gl.m_VarCur[gl.m_Pending]);
+// The start of every mode: fills the next record of the primitive. The shader of the context itself
+// needs no virtual call; its state is that of the context in which it was installed last.
+inline void TRenderEngine::ShadeNextVertex() {
+  VAR_DATA* const record = &gl.m_VarCur[gl.m_Pending];
+  if (gl.m_VertexShader == gl.m_StdVertexShader) {
+    ShadeVertex(gl.m_VertexShader->m_Render, record, nullptr);
+  } else {
+    gl.m_VertexShader->Execute(record);
+  }
+  // Each by itself: a load of both would wait for the store of either to reach memory.
+  const volatile int* const pending = &gl.m_Pending;
   ++gl.m_VertexIndex;
-  ++gl.m_Pending;
+  gl.m_Pending = *pending + 1;
 }
 
 // --- The modes, after the shading of the vertex

@@ -9,31 +9,24 @@
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/Facing.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 
 namespace Zx3D {
 
 // --- Edges and spans
 
-void TRenderEngine::SetDelta(EDGE* e) {
-  for (int i = 0; i < gl.m_VarCount; ++i) {
-    const vec_t_<double, 4>& begin = e->Begin->Slots[i];
-    const vec_t_<double, 4>& end = e->End->Slots[i];
-    e->Delta.Slots[i] = {end.x - begin.x, end.y - begin.y, end.z - begin.z, end.w - begin.w};
-  }
-}
-
 void TRenderCPU::SetEdge(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool upward = b->Slots[0].y >= a->Slots[0].y;
   e->Begin = upward ? a : b;
   e->End = upward ? b : a;
-  m_Engine->SetDelta(e);
+  SetDelta(e, m_VarCount);
 }
 
 void TRenderCPU::SetSpan(EDGE* e, VAR_DATA* a, VAR_DATA* b) {
   const bool rightward = b->Slots[0].x >= a->Slots[0].x;
   e->Begin = rightward ? a : b;
   e->End = rightward ? b : a;
-  m_Engine->SetDelta(e);
+  SetDelta(e, m_VarCount);
 }
 
 void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
@@ -42,14 +35,6 @@ void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
     const vec_t_<double, 4>& begin = e.Begin->Slots[i];
     out->Slots[i] = {delta.x * t + begin.x, delta.y * t + begin.y, delta.z * t + begin.z,
                      delta.w * t + begin.w};
-  }
-}
-
-// Multiplies all slots but the position by r, for perspective-correct interpolation.
-void TRenderEngine::ScaleSlots(VAR_DATA* v, double r) {
-  for (int i = 1; i < gl.m_VarCount; ++i) {
-    vec_t_<double, 4>& slot = v->Slots[i];
-    slot = {slot.x * r, slot.y * r, slot.z * r, slot.w * r};
   }
 }
 
@@ -72,11 +57,10 @@ bool TRenderEngine::IsCulled(bool front) const {
   }
 }
 
-// Divides by w, which becomes 1/w. Stores a whole slot: the next stage loads pairs of doubles, to
-// which narrower stores could not be forwarded.
+// Divides by w, which becomes 1/w.
 static void DivideByW(vec_t_<double, 4>* at) {
   const double r = 1.0 / at->w;
-  *at = {at->x * r, at->y * r, at->z, r};
+  StoreVector(at, at->x * r, at->y * r, at->z, r);
 }
 
 void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
@@ -93,8 +77,8 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   }
 
   const auto toWindow = [this](vec_t_<double, 4>* at) {
-    *at = {(at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
-           (at->z * at->w) * 0.5 + 0.5, at->w};
+    StoreVector(at, (at->x * 0.5 + 0.5) * m_Width - 0.5, (at->y * 0.5 + 0.5) * m_Height - 0.5,
+                (at->z * at->w) * 0.5 + 0.5, at->w);
   };
   toWindow(&p0);
   toWindow(&p1);
@@ -119,9 +103,7 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     unmet = SetUpPrimitive(&job->Primitive);
   }
   for (int i = 0; i < 3 && gl.m_PerspectiveHint != GL_FASTEST; ++i) {
-    if (v[i].Slots[0].w != 1.0) {
-      ScaleSlots(&v[i], v[i].Slots[0].w);
-    }
+    ScaleSlots(&v[i], gl.m_VarCount);
   }
   if (Meets(ActiveKernelCounters(), unmet)) {
     RunTriangleJob(v, job);

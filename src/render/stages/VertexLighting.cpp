@@ -241,19 +241,10 @@ void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out) {
   }
 }
 
-TVec4 ClipPosition(const TRenderCPU& gl, const TVec4& vertex) {
-  const MAT4<double>& p = gl.m_ModelViewProjection;
-  TVec4 clip;
-  for (std::size_t i = 0; i < 4; ++i) {
-    clip[i] = p[i] * vertex.x + p[4 + i] * vertex.y + p[8 + i] * vertex.z + p[12 + i];
-  }
-  return clip;
-}
-
-void ShadeVertex(TRenderCPU* render, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms) {
+void ShadeWithMaterial(TRenderCPU* render, TRenderCPU::VAR_DATA* v,
+                       const TLightingTerms* drawTerms) {
   TRenderCPU& gl = *render;
   const TVec4& at = gl.m_CurVertex;
-  v->Slots[0] = ClipPosition(gl, at);
 
   // Lighting can be switched on after `Begin` filled the slot table without it: what has no slot
   // goes to a spare record that is never read.

@@ -6,6 +6,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/Pairs.h>
 
 namespace Zx3D {
 
@@ -28,11 +29,40 @@ struct TLightingTerms {
 
 void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out);
 
-/// The clip position that the standard vertex shader gives a vertex.
-vec_t_<double, 4> ClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& vertex);
+/// The clip position that the standard vertex shader gives a vertex: with P the product of both
+/// matrices, component i is P[i] x + P[4 + i] y + P[8 + i] z + P[12 + i].
+inline void SetClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& vertex,
+                            vec_t_<double, 4>* out) {
+  const double* const p = gl.m_ModelViewProjection.m;
+  const TPair x = {vertex.x, vertex.x};
+  const TPair y = {vertex.y, vertex.y};
+  const TPair z = {vertex.z, vertex.z};
+  const auto rows = [&](int i) {
+    return PairAt(p + i) * x + PairAt(p + 4 + i) * y + PairAt(p + 8 + i) * z + PairAt(p + 12 + i);
+  };
+  const TPair low = rows(0);
+  const TPair high = rows(2);
+  StorePair(&out->x, low);
+  StorePair(&out->z, high);
+}
 
-/// The standard vertex shader on the current values. `drawTerms` is null where state may have
-/// changed since the vertex before.
-void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms);
+/// What the standard vertex shader does with lights or colour material. `drawTerms` is null where
+/// state may have changed since the vertex before.
+void ShadeWithMaterial(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms);
+
+/// The standard vertex shader on the current values.
+inline void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms) {
+  SetClipPosition(*gl, gl->m_CurVertex, &v->Slots[0]);
+  if (gl->m_Lighting || gl->m_ColorMaterial) {
+    ShadeWithMaterial(gl, v, drawTerms);
+    return;
+  }
+  if (IsBelow(gl->m_VarColor, kSlots)) {
+    v->Slots[gl->m_VarColor] = gl->m_CurColor;
+  }
+  if (gl->m_TexUnits[0].TexEnabled && IsBelow(gl->m_VarTexCoord, kSlots)) {
+    v->Slots[gl->m_VarTexCoord] = gl->m_CurTexCoord;
+  }
+}
 
 } // namespace Zx3D

@@ -65,17 +65,19 @@ TTargetSource SourceOf(const TRenderCPU& gl) {
           gl.m_PixelWrite};
 }
 
-bool IsSame(const TTargetSource& source, const TTargets& targets) {
+// Whether targets are those of the state as it is: in registers alone, since this runs before each
+// primitive.
+inline bool AreCurrent(const TRenderCPU& gl, const TTargets& targets) {
+  const TTargetSource source = SourceOf(gl);
   const TTargetSource& measured = targets.Source;
-  for (std::size_t i = 0; i < std::size(source.Surfaces); ++i) {
+  const auto isSame = [&](std::size_t i) __attribute__((always_inline)) {
     const DATASURFACE* const surface = source.Surfaces[i];
-    if (surface != measured.Surfaces[i] ||
-        (surface != nullptr && !IsSameRecord(*surface, targets.Records[i]))) {
-      return false;
-    }
-  }
-  return source.Width == measured.Width && source.Height == measured.Height &&
-         source.DrawBuffer == measured.DrawBuffer && source.Write == measured.Write;
+    return surface == measured.Surfaces[i] &&
+           (surface == nullptr || IsSameRecord(*surface, targets.Records[i]));
+  };
+  return isSame(0) && isSame(1) && isSame(2) && source.Width == measured.Width &&
+         source.Height == measured.Height && source.DrawBuffer == measured.DrawBuffer &&
+         source.Write == measured.Write;
 }
 
 // A target whose pixels are `stride` bytes apart, as drawing takes them, and `step` within a span.
@@ -120,13 +122,16 @@ TTargets Measure(const TTargetSource& source) {
 
 } // namespace
 
+[[gnu::noinline]] void TRenderEngine::MeasureTargets() {
+  Targets = Measure(SourceOf(gl));
+  DrawJob = nullptr; // it holds addresses of the old ones
+}
+
 bool TRenderEngine::UpdateTargets() {
-  const TTargetSource source = SourceOf(gl);
-  if (IsSame(source, Targets)) {
+  if (AreCurrent(gl, Targets)) {
     return false;
   }
-  Targets = Measure(source);
-  DrawJob = nullptr; // it holds addresses of the old ones
+  MeasureTargets();
   return true;
 }
 
@@ -186,7 +191,10 @@ bool TRenderEngine::UpdateTextures() {
 
 bool TRenderEngine::UpdateDerivedState() {
   const bool targets = UpdateTargets();
-  return UpdateTextures() || targets;
+  const bool textures = gl.m_Textures != nullptr &&
+                        gl.m_Textures->Changes.load(std::memory_order_acquire) != TextureChanges &&
+                        UpdateTextures();
+  return targets || textures;
 }
 
 } // namespace Zx3D

@@ -5,6 +5,7 @@
 #include <ZxCore3D/render/arrays/VertexFetch.h>
 #include <ZxCore3D/render/common/ErrorCodes.h>
 #include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/common/TypeSizes.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
 #include <ZxCore3D/render/state/Names.h>
@@ -19,7 +20,8 @@ using TPointer = TRenderCPU::TVertexAttribPointer;
 using TVec4 = vec_t_<double, 4>;
 
 template <class TFrom, int Size> void Fetch(const TPointer* p, unsigned long index, TVec4* out) {
-  *out = FetchAt<TFrom, Size>(ElementAt(*p, index));
+  const TVec4 v = FetchAt<TFrom, Size>(ElementAt(*p, index));
+  StoreVector(out, v.x, v.y, v.z, v.w);
 }
 
 } // namespace

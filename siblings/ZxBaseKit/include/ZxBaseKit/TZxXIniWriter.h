@@ -39,7 +39,8 @@ public:
   /// such section is open.
   virtual void EndSectionE(unsigned long token);
 
-  /// All that was written so far, as text. Open sections are in it.
+  /// All that was written so far, as text. Open sections are in it. While it is put together the
+  /// text is in memory twice.
   std::string GetText() const;
 
 private:

@@ -33,6 +33,10 @@ constexpr unsigned long ZxMaxImagePixels = 1ul << 28;
 /// False, leaving `*out` as it was and nothing allocated, when the file can't be read, is damaged
 /// or truncated, promises more than `ZxMaxImagePixels`, or promises more pixels than its bytes can
 /// code. `hint` is not read and may be null.
+///
+/// While it works it takes, beside the result: the file's bytes and up to half as many more, the
+/// picture a second time, a byte a pixel for a packed BMP, two bytes a sample for a JPEG in several
+/// scans, and less than 1 MiB for the decoder.
 ZX_PIXELKIT_API bool LoadImage(const std::string& name, TSaveImageHint* hint, DATASURFACE* out);
 
 /// The same from the bytes between a stream's position and its end. The stream is read until it
@@ -69,6 +73,10 @@ ZX_PIXELKIT_API bool LoadImage(TZxStream* stream, TSaveImageHint* hint, TDataSur
 /// False when the name has another ending or none, when the kind can't hold such pixels or so many
 /// of them (each says so before the file is touched), and when the file can't be written: a plain
 /// file that could not be completed is removed. `hint` may be null.
+///
+/// While it works, PNG and JPEG take a row of pixels and less than 1 MiB. The others take the whole
+/// picture a second time: TGA as it is, BMP with a byte a pixel more and never less than four, HDR
+/// with twelve bytes a pixel.
 ZX_PIXELKIT_API bool SaveImage(const std::string& name, TSaveImageHint* hint,
                                const DATASURFACE& surface);
 

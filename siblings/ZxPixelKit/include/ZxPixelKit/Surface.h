@@ -59,7 +59,7 @@ ZX_PIXELKIT_API bool GetSubSurface(const DATASURFACE& surface, int x, int y, int
 /// Copies the pixels that both surfaces have, from (0, 0) on. The two may lie in one block and
 /// overlap in any way: the target then has what the source had before. False, with nothing copied,
 /// when type or channel count differ, when either has no pixels, or when surfaces overlap whose
-/// strides differ and there is no memory for a copy in between.
+/// strides differ and there is no memory for a tight copy in between, of the pixels that both have.
 ZX_PIXELKIT_API bool Copy(const DATASURFACE& from, const DATASURFACE& to);
 
 } // namespace ds
