@@ -1,6 +1,5 @@
-// The number and word forms on one text: nothing outside it is read or written, the decimal forms
-// agree with each other, the floating-point form with the C library, and the words with a plain
-// walk.
+// The number forms on one text: nothing outside it is read or written, the decimal forms agree with
+// each other, and the floating-point form with the C library.
 
 #include <cstddef>
 #include <cstdint>
@@ -10,7 +9,6 @@
 #include <vector>
 
 #include <ZxCore3D/util/TextNumbers.h>
-#include <ZxCore3D/util/TextWords.h>
 
 namespace {
 
@@ -44,23 +42,6 @@ void Numbers(const char* text, std::size_t length) {
   Require(std::memcmp(&d, &expected, sizeof d) == 0);
 }
 
-void Words(const char* text, std::size_t length) {
-  std::vector<char> out(length + 1);
-  for (const char* at = text; *at != '\0';) {
-    const char* next = nullptr;
-    const char* skipped = nullptr;
-    const char* start = nullptr;
-    unsigned long found = 0;
-    const unsigned long count = StringGetWordEx(at, out.data(), &next);
-    Require(count == StringSkipWordEx(at, &skipped) && next == skipped);
-    const unsigned long offset = StringFindWordEx(at, &start, &found);
-    Require(count == found && (offset != 0 || count == 0) && std::strlen(out.data()) == count);
-    Require(count == 0 || std::memcmp(start, out.data(), count) == 0);
-    Require(next > at && next <= text + length);
-    at = next;
-  }
-}
-
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -78,7 +59,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   StringToInt(counted.data(), counted.size(), ints);
   text.resize(std::strlen(text.c_str()));
   Numbers(text.c_str(), text.size());
-  Words(text.c_str(), text.size());
   double doubles[8];
   std::string copy = text;
   Require(StringToFloat(copy.c_str(), copy.size() / 2, doubles) && copy == text);

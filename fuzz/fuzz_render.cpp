@@ -4,15 +4,15 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "RenderCalls.h"
+#include "render/Calls.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   if (size > 4096) {
     return 0; // long inputs find nothing that short ones don't
   }
-  fuzz_render::TCalls calls(data, size);
-  while (!calls.IsDone()) {
-    calls.Step();
+  fuzz_render::TWorld world(data, size, false);
+  while (!world.In.IsEmpty()) {
+    fuzz_render::Step(world);
   }
   return 0;
 }

@@ -5,12 +5,18 @@ Each mutant is built in a tree of its own (build/mutants/tree, a git worktree of
 so that the files at hand are never touched. First the tests run that the file names ("Tested by:") or that mirror
 it (tests/object/TStream.cpp for src/object/TStream.cpp), then, if those pass, all of the room's. A mutant that does
 not compile counts as none. Results are appended to a list, and a mutant that the list has is not tried again.
+
+In the run of all of a room's tests, those stay out that take longer than --slow seconds by themselves: what survives
+is to be tried again with --survivors, where every test runs and the row in the list is renewed.
 """
 
 import argparse
 import os
 import random
 import re
+import resource
+import shutil
+import signal
 import subprocess
 import sys
 import time
@@ -19,6 +25,8 @@ from pathlib import Path
 ROOT = Path(__file__).resolve().parent.parent
 LIST = ROOT / "tests" / "mutation" / "mutants.tsv"
 KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
+
+HEAD = ["file", "code", "line", "mutation", "verdict", "by"]
 
 # What a token becomes. Spaces keep templates, arrows and shifts out of it.
 TOKENS = [
@@ -93,27 +101,50 @@ def filter_of(path):
 
 
 class Tree:
-    def __init__(self, jobs):
+    def __init__(self, jobs, slow, levels):
         self.jobs = jobs
+        self.slow = slow
         self.limits = {}  # seconds that a program's tests may take, from what they take as they are
+        self.few = levels == "few"
+        self.failing = {}  # a program's tests that fail without some instruction set
+        self.left_out = {}  # those, and the tests that take longer than is wanted
         self.path = ROOT / "build" / "mutants" / "tree"
-        self.build = ROOT / "build" / "mutants" / "build"
+        self.build = self.path / "build" / "release"
         if not (self.path / "CMakeLists.txt").exists():
             self.path.parent.mkdir(parents=True, exist_ok=True)
             self.git(ROOT, "worktree", "prune")
             self.git(ROOT, "worktree", "add", "--detach", str(self.path))
         head = subprocess.run(["git", "-C", ROOT, "rev-parse", "HEAD"], check=True, capture_output=True, text=True)
         self.git(self.path, "checkout", "--quiet", "--force", "--detach", head.stdout.strip())
-        self.run(["cmake", "-S", self.path, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=RelWithDebInfo",
-                  "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1", "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
+        linker = "-fuse-ld=lld" if shutil.which("ld.lld") else ""
+        if self.few:
+            self.lighten()
+        # As the release is built and where, so that a compiler cache has all but the mutants.
+        self.run(["cmake", "-S", self.path, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
+                  f"-DCMAKE_EXE_LINKER_FLAGS={linker}", f"-DCMAKE_SHARED_LINKER_FLAGS={linker}",
+                  "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
+
+    def lighten(self):
+        """Without the dearest instruction set, and with hardly optimised kernels, which then compile in a fraction of the time."""
+        names = self.path / "src" / "types" / "private" / "InstructionSets.h"
+        names.write_text(re.sub(r"(#define ZX_TARGETS_AVX3) .*", r"\1 0", names.read_text()))
+        with (self.path / "src" / "CMakeLists.txt").open("a") as out:
+            out.write("set_source_files_properties(render/kernels/SpanKernels.cpp PROPERTIES COMPILE_OPTIONS -O1)\n")
 
     @staticmethod
     def git(folder, *arguments):
         subprocess.run(["git", "-C", folder, *arguments], check=True, stdout=subprocess.DEVNULL)
 
     @staticmethod
-    def run(command, timeout):
-        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", timeout=timeout)
+    def run(command, timeout, cpu=resource.RLIM_INFINITY):
+        limit = lambda: resource.setrlimit(resource.RLIMIT_CPU, (cpu, resource.RLIM_INFINITY))
+        return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
+                              timeout=timeout, preexec_fn=limit)
+
+    @staticmethod
+    def seconds():
+        used = resource.getrusage(resource.RUSAGE_CHILDREN)
+        return used.ru_utime + used.ru_stime
 
     def make(self, program):
         done = self.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", program], 3600)
@@ -121,13 +152,16 @@ class Tree:
 
     def passes(self, program, tests):
         """None if they pass, otherwise the name of the first test that does not, or how the program ended."""
-        command = [self.build / "bin" / program, "--gtest_brief=1"] + ([f"--gtest_filter={tests}"] if tests else [])
+        command = [self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast"]
+        wall, cpu = self.limits[program]
         try:
-            done = self.run(command, self.limits.get(program, 3600))
+            done = self.run(command + [f"--gtest_filter={tests}"], wall, cpu)
         except subprocess.TimeoutExpired:
             return "a test that hangs"
         if done.returncode == 0:
             return None
+        if done.returncode == -signal.SIGXCPU:
+            return "a test that hangs"
         failed = re.search(r"\[  FAILED  \] (\S+)", done.stdout)
         return failed.group(1).rstrip(",") if failed else f"the end of the program by {done.returncode}"
 
@@ -135,10 +169,18 @@ class Tree:
         """Whether a program builds and passes as it is; from then on a run that takes far longer hangs."""
         if not self.make(program):
             return False
-        begun = time.monotonic()
-        if self.passes(program, ""):
+        begun = time.monotonic(), self.seconds()
+        done = self.run([self.build / "bin" / program], 3600)
+        # With fewer instruction sets those fail that look for each of them.
+        failing = re.findall(r"\[  FAILED  \] ([^\s,]+).*ms\)", done.stdout)
+        if done.returncode != 0 and not (self.few and failing):
             return False
-        self.limits[program] = 30 + 5 * (time.monotonic() - begun)
+        # Of time that passes, which other processes take, too, and of time on a processor.
+        self.limits[program] = 30 + 5 * (time.monotonic() - begun[0]), 2 + int(3 * (self.seconds() - begun[1]))
+        took = re.findall(r"\[       OK \] (\S+)(?:,.*)? \((\d+) ms\)", done.stdout)
+        slow = [name for name, ms in took if self.slow and int(ms) > 1000 * self.slow]
+        self.failing[program] = ":".join(failing)
+        self.left_out[program] = ":".join(failing + slow)
         return True
 
     def verdict(self, path, line, new):
@@ -153,7 +195,8 @@ class Tree:
             if not self.make(program):
                 return "no mutant", "does not compile"
             own = filter_of(path)
-            by = (self.passes(program, own) if own else None) or self.passes(program, "")
+            by = (self.passes(program, f"{own}-{self.failing[program]}") if own else None)
+            by = by or self.passes(program, f"*-{self.left_out[program]}")
             return ("killed", by) if by else ("survived", "")
         finally:
             file.write_text(before)
@@ -161,40 +204,69 @@ class Tree:
 
 def listed():
     if not LIST.exists():
-        return {}
+        return []
     rows = [line.split("\t") for line in LIST.read_text().splitlines()[1:]]
-    return {(row[0], row[1], row[3]): row for row in rows if len(row) >= 5}
+    return [row for row in rows if len(row) >= 5]
+
+
+def write(rows):
+    LIST.parent.mkdir(parents=True, exist_ok=True)
+    LIST.write_text("".join("\t".join(row) + "\n" for row in [HEAD, *rows]))
+
+
+def new_mutants(given):
+    """Mutants by chance that the list does not have: (file, code, line, mutation, new line)."""
+    known = {(row[0], row[1], row[3]) for row in listed()}
+    pool = []
+    for path in given.files:
+        lines = (ROOT / path).read_text().splitlines()
+        pool += [(path, lines[line - 1].strip(), line, what, new) for line, what, new in mutants(path)]
+    pool = [m for m in pool if (m[0], m[1], m[3]) not in known]
+    random.Random(given.seed).shuffle(pool)
+    return pool[:given.count]
+
+
+def survivors(given):
+    """The list's survivors, where their code still stands."""
+    found = []
+    for path, code, line, what, verdict, *_ in listed():
+        if verdict != "survived" or (given.files and path not in given.files):
+            continue
+        lines = (ROOT / path).read_text().splitlines()
+        same = [m for m in mutants(path) if m[1] == what and lines[m[0] - 1].strip() == code]
+        same.sort(key=lambda m: abs(m[0] - int(line)))
+        if not same:
+            print(f"mutate.py: {path} has no line {code!r} any more", file=sys.stderr)
+            continue
+        found.append((path, code, same[0][0], what, same[0][2]))
+    return found
 
 
 def main():
     options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("files", nargs="+", help="sources of src and siblings")
+    options.add_argument("files", nargs="*", help="sources of src and siblings")
     options.add_argument("--count", type=int, default=20, help="how many mutants in all, chosen by chance (20)")
     options.add_argument("--seed", type=int, default=1, help="what chance begins with (1)")
+    options.add_argument("--slow", type=float, default=5, help="tests that take more seconds stay out of a room's run (5)")
+    options.add_argument("--levels", choices=("all", "few"), default="all",
+                         help="compile for all instruction sets, or without the dearest, AVX-512")
+    options.add_argument("--survivors", action="store_true", help="try the list's survivors again, with every test")
     options.add_argument("--list", action="store_true", help="only print what could be done")
     options.add_argument("-j", "--jobs", type=int, default=os.cpu_count())
     given = options.parse_args()
 
-    pool = [(path, *mutant) for path in given.files for mutant in mutants(path)]
-    known = listed()
-    texts = {path: (ROOT / path).read_text().splitlines() for path in given.files}
-    pool = [m for m in pool if (m[0], texts[m[0]][m[1] - 1].strip(), m[2]) not in known]
-    random.Random(given.seed).shuffle(pool)
-    pool = pool[:given.count]
+    pool = survivors(given) if given.survivors else new_mutants(given)
     if given.list:
-        for path, line, what, new in pool:
+        for path, _, line, what, _ in pool:
             print(f"{path}:{line}: {what}")
         return 0
-    tree = Tree(given.jobs)
-    for program in sorted({program_of(path) for path in given.files}):
+    tree = Tree(given.jobs, 0 if given.survivors else given.slow, given.levels)
+    for program in sorted({program_of(m[0]) for m in pool}):
         if not tree.stands(program):
             print(f"mutate.py: {program} does not pass as it is", file=sys.stderr)
             return 2
-    LIST.parent.mkdir(parents=True, exist_ok=True)
-    if not LIST.exists():
-        LIST.write_text("file\tcode\tline\tmutation\tverdict\tby\n")
     tried = killed = 0
-    for index, (path, line, what, new) in enumerate(pool, 1):
+    for index, (path, code, line, what, new) in enumerate(pool, 1):
         begun = time.monotonic()
         verdict, by = tree.verdict(path, line, new)
         print(f"{index}/{len(pool)} {path}:{line}: {what}: {verdict} {by} ({time.monotonic() - begun:.0f} s)", flush=True)
@@ -202,8 +274,11 @@ def main():
             continue
         tried += 1
         killed += verdict == "killed"
-        with LIST.open("a") as out:
-            out.write("\t".join([path, texts[path][line - 1].strip(), str(line), what, verdict, by]) + "\n")
+        rows = listed()
+        row = [path, code, str(line), what, verdict, by]
+        at = next((i for i, r in enumerate(rows) if given.survivors and (r[0], r[1], r[3]) == (path, code, what)), len(rows))
+        rows[at:at + 1] = [row]
+        write(rows)
     print(f"{tried} mutants, {killed} killed, {tried - killed} survived")
     return 0
 

@@ -184,6 +184,31 @@ TEST(TMatrixD, ElementwiseOperations) {
   ExpectValues(constant, {6, 8});
 }
 
+// A matrix over the front of a caller's buffer: what lies behind it is not the operation's.
+TEST(TMatrixD, ElementwiseOperationsEndWithTheMatrix) {
+  const auto check = [](const char* what, const auto& operation) {
+    double left[7] = {1, 2, 3, 4, 5, 6, 77};
+    double right[7] = {9, 8, 7, 6, 5, 4, 88};
+    double result[7] = {0, 0, 0, 0, 0, 0, 99};
+    TMatrixD l, r, res;
+    l.Create(2, 3, left);
+    r.Create(2, 3, right);
+    res.Create(2, 3, result);
+    operation(l, r, res);
+    EXPECT_EQ(left[6], 77) << what;
+    EXPECT_EQ(right[6], 88) << what;
+    EXPECT_EQ(result[6], 99) << what;
+  };
+  using M = TMatrixD;
+  check("fill", [](M& l, M&, M&) { fill(l, 5); });
+  check("abs", [](M& l, M&, M& res) { EXPECT_TRUE(abs(l, res)); });
+  check("add", [](M& l, M& r, M&) { add(l, r); });
+  check("diff", [](M& l, M& r, M& res) { EXPECT_TRUE(diff(l, r, res)); });
+  check("mul", [](M& l, M&, M&) { mul(l, 3); });
+  check("min", [](M& l, M&, M&) { EXPECT_EQ(min(l), 1); });
+  check("max", [](M& l, M&, M&) { EXPECT_EQ(max(l), 6); });
+}
+
 TEST(TMatrixD, ExtremesAndSum) {
   const TMatrixD m = Make(2, 2, {3, -1, 7, 2});
   EXPECT_EQ(min(m), -1.0);

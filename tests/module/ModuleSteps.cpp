@@ -33,6 +33,19 @@ int PlayedDladdr(const void* address, Dl_info* info) {
   return 0; // not looked at
 }
 
+int s_TimeBases = 0; // that are up
+
+struct PlayedPerformCounter : TPerformCounter {
+  static void Initialize() {
+    ++s_TimeBases;
+    TPerformCounter::Initialize();
+  }
+  static void Finalize() {
+    --s_TimeBases;
+    TPerformCounter::Finalize();
+  }
+};
+
 } // namespace
 
 #define Init_ZxDrawKit Played_Init_ZxDrawKit
@@ -51,8 +64,10 @@ int PlayedDladdr(const void* address, Dl_info* info) {
 #define IID_IObjectHandlers Played_IID_IObjectHandlers
 #define ZxModule_Initializer Played_Initializer
 #define dladdr PlayedDladdr
+#define TPerformCounter PlayedPerformCounter
 #include <ZxCore3D/module/ZxModule_Initializer.cpp>
 #undef dladdr
+#undef TPerformCounter
 
 void Init_ZxDrawKit() { Note("Init_ZxDrawKit"); }
 void Init_ZxPixelKit() { Note("Init_ZxPixelKit"); }
@@ -208,6 +223,19 @@ TEST_F(ModuleSteps, TheTimeBaseStartsWithTheModule) {
   EXPECT_EQ(1000000000, TPerformCounter::s_tFreq);
   m_Module.deinit();
   EXPECT_EQ(1000000000, TPerformCounter::s_tFreq);
+}
+
+TEST_F(ModuleSteps, TheLastDeinitTakesTheTimeBaseDown) {
+  for (int start = 0; start < 2; ++start) {
+    EXPECT_EQ(0, s_TimeBases);
+    m_Module.init("", "");
+    m_Module.init("", "");
+    EXPECT_EQ(1, s_TimeBases);
+    m_Module.deinit();
+    EXPECT_EQ(1, s_TimeBases);
+    m_Module.deinit();
+  }
+  EXPECT_EQ(0, s_TimeBases);
 }
 
 TEST_F(ModuleSteps, EntryPointsShareOneInstance) {

@@ -510,6 +510,19 @@ TEST(TMemoryStream, ExhaustedMemoryKeepsBlockAndContents) {
   EXPECT_EQ(stream.GetCapacity(), 1028u);
 }
 
+// What the stream owned goes when it takes another buffer, and stays when it takes the same.
+TEST(TMemoryStream, AnotherBufferFreesTheOwnedOne) {
+  unsigned char other[4] = {};
+  const zx_test::TMallocWatch watch;
+  TMemoryStream stream;
+  auto* owned = static_cast<unsigned char*>(std::malloc(8));
+  stream.SetBuffer(owned, 8, true);
+  stream.SetBuffer(owned, 8, true);
+  EXPECT_TRUE(!zx_test::kAvailable || watch.LiveBlocks() == 1);
+  stream.SetBuffer(other, sizeof other, false);
+  EXPECT_TRUE(!zx_test::kAvailable || watch.LiveBlocks() == 0);
+}
+
 TEST(TMemoryStream, NothingIsReadIntoNoPlace) {
   TMemoryStream stream;
   ASSERT_TRUE(stream.WriteAll("abc", 3));

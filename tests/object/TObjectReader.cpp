@@ -7,6 +7,7 @@
 
 #include <ZxCore3D/object/TMemoryStream.h>
 
+#include "object/FailingMalloc.h"
 #include "object/Streams.h"
 
 using namespace Zx3D;
@@ -279,7 +280,9 @@ TEST(TObjectReader, LongStringsNeedTheirPadding) {
         stream.SetPos(0);
         TVariant value;
         value.Set("old", 3);
+        const zx_test::TMallocWatch watch;
         EXPECT_EQ(there == padding, LoadVariantData(&reader, DATA_TYPE_STRING, value));
+        EXPECT_TRUE(there == padding || watch.LiveBlocks() == 0);
         EXPECT_EQ(there == padding ? size : 3, value.GetStringLength());
       });
     }

@@ -252,6 +252,15 @@ TEST(TObjectWriter, WideStringsAreTheFirstBytesOfTheArray) {
             Hex("03 00 00 00 61 00 00 00 62 00 00 00"));
   EXPECT_EQ(Written([](TObjectWriter& w) { return w.WriteStringData(L"\x12345678z", 1); }),
             Hex("78 56 00 00"));
+  for (const unsigned long measured : {~0UL, ~0UL - 1}) {
+    EXPECT_EQ(Written([&](TObjectWriter& w) { return w.WriteStringData(L"abc", measured); }),
+              Hex("61 00 00 00 62 00 00 00"));
+    EXPECT_EQ(Written([&](TObjectWriter& w) { return w.WriteStringData("abc", measured); }),
+              Hex("61 62 63 00"));
+    const wchar_t* const none = nullptr;
+    EXPECT_EQ(Written([&](TObjectWriter& w) { return w.WriteStringData(none, measured); }),
+              Bytes());
+  }
 }
 
 TEST(TObjectWriter, VariantsAreATagAndData) {

@@ -126,6 +126,8 @@ void CheckVectors(unsigned int base, const T (&values)[4], const char* two, cons
 TEST(ToString, Vectors) {
   CheckVectors<bool>(1, {true, false, true, false}, "vec2b(true,false)", "vec3b(true,false,true)",
                      "vec4b(true,false,true,false)");
+  CheckVectors<bool>(1, {false, true, false, true}, "vec2b(false,true)", "vec3b(false,true,false)",
+                     "vec4b(false,true,false,true)");
   CheckVectors<std::int8_t>(2, {-1, 2, -128, 127}, "vec2i8(-1,2)", "vec3i8(-1,2,-128)",
                             "vec3i8(-1,2,-128,127)");
   CheckVectors<std::uint8_t>(3, {255, 2, 3, 4}, "vec2u8(255,2)", "vec3u8(255,2,3)",

@@ -1,6 +1,7 @@
 #include <ZxBaseKit/TZxXIniReader.h>
 #include <ZxBaseKit/TZxXIniWriter.h>
 
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
@@ -316,9 +317,9 @@ TEST(TZxXIniWriter, RefusesWhatCanNotBeWrittenAndTellsWhy) {
 
 TEST(TZxXIniWriter, KnowsWhatIsUtf8) {
   const long value = 1;
-  for (const char* bad :
-       {"\x80", "\xC0\x80", "\xC1\xBF", "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF",
-        "\xF4\x90\x80\x80", "\xF5\x80\x80\x80", "\xE2\x82", "\xE2\x28\xA1", "\xC3\xC3"}) {
+  for (const char* bad : {"a\xE2\x82", "aa\xE2\x82", "a\x80", "\x80", "\xC0\x80", "\xC1\xBF",
+                          "\xE0\x9F\xBF", "\xED\xA0\x80", "\xF0\x8F\xBF\xBF", "\xF4\x90\x80\x80",
+                          "\xF5\x80\x80\x80", "\xE2\x82", "\xE2\x28\xA1", "\xC3\xC3"}) {
     TZxXIniWriter writer;
     EXPECT_FALSE(writer.WriteS<long>(bad, &value));
   }
@@ -424,6 +425,46 @@ TEST(TZxXIniReader, TellsWhereATextIsDamaged) {
   EXPECT_THAT(ErrorOf("\n\na = { x = 1\n"), StartsWith("line 3, column "));
   EXPECT_THAT(ErrorOf("a = 1e999999\n"), StartsWith("line 1, column "));
   EXPECT_THAT(ErrorOf("[a]\nb = \xFF\n"), StartsWith("line 2, column "));
+}
+
+// Quotes in front of the three that end a text belong to it, and escaped ones end nothing.
+TEST(TZxXIniReader, FollowsTextsToTheirEnd) {
+  const std::string deep = Repeat("[", 200);
+  for (const char* text : {R"(''''@'''')", R"('''''@''''')", R"('''@''')", R"(""""@\"""""")",
+                           R"("""@\\""")", R"("@\\")", R"('@\')", R"("")", R"('')"}) {
+    std::string value = text;
+    if (const std::size_t at = value.find('@'); at != std::string::npos) {
+      value.replace(at, 1, deep);
+    }
+    EXPECT_EQ(ErrorOf("a = " + value + "\nb = 1\n"), "nothing thrown") << text;
+    EXPECT_THAT(ErrorOf("a = " + value + "\nb = " + deep), StartsWith("line 2, column 105: nested"))
+        << text;
+  }
+}
+
+TEST(TZxXIniReader, RaisesWhereNoKeyCanBegin) {
+  for (int c = 0; c < 256; ++c) {
+    const std::string text = std::string("[") + static_cast<char>(c) + "]\n";
+    if (c < 128 && (std::isalnum(c) != 0 || c == '-' || c == '_')) {
+      EXPECT_EQ(ErrorOf(text), "nothing thrown") << c;
+    } else {
+      EXPECT_THAT(ErrorOf(text), StartsWith("line ")) << c;
+    }
+  }
+  EXPECT_THAT(ErrorOf("[a.=]\n"), StartsWith("line 1, column 4: "));
+  EXPECT_THAT(ErrorOf("[[=]]\n"), StartsWith("line 1, column 3: "));
+}
+
+TEST(TZxXIniReader, LettersBeyondAsciiAreNoBlanks) {
+  // U+00A1 to U+0499, and some of the other planes, behind the end of a line that goes on.
+  for (const char* letter :
+       {"\u00A1", "\u00E9", "\u0499", "\u0E01", "\u2070", "\uFF21", "\U00010400"}) {
+    const TZxXIniReader reader(std::string("text = \"\"\"a\\\n  ") + letter + "\"\"\"\n");
+    EXPECT_EQ(reader.ReadE<std::string>(0), std::string("a") + letter);
+    EXPECT_THAT(ErrorOf(std::string(letter) + " = 1\n"), StartsWith("line 1, column "));
+    EXPECT_THAT(ErrorOf(std::string("a ") + letter + "= 1\n"), StartsWith("line 1, column "));
+    EXPECT_THAT(ErrorOf(std::string("a = ") + letter + "\n"), StartsWith("line 1, column "));
+  }
 }
 
 TEST(TZxXIniReader, EveryTruncationIsReadOrRaises) {

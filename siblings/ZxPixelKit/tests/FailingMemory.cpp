@@ -1,8 +1,10 @@
 #include <ZxPixelKit/Image.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <filesystem>
+#include <iterator>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -109,6 +111,11 @@ TEST_F(TFailingMemory, LoadImageIntoASurfaceThatOwns) {
   }
 }
 
+std::ptrdiff_t OpenDescriptors() {
+  const std::filesystem::directory_iterator open("/proc/self/fd");
+  return std::distance(begin(open), end(open));
+}
+
 TEST_F(TFailingMemory, SaveImageOfEveryKind) {
   const struct {
     const char* Ending;
@@ -126,9 +133,19 @@ TEST_F(TFailingMemory, SaveImageOfEveryKind) {
     TDataSurface surface;
     ASSERT_TRUE(surface.Create(13, 7, kind.Format, kind.Type, kind.Channels, nullptr));
     const TTemporary file(kind.Ending);
+    const auto descriptors = OpenDescriptors();
+    bool said = false;
     const int failures = FailEach(
-        kind.Ending, [&] { return SaveImage(file.Name, nullptr, surface); },
+        kind.Ending,
+        [&] {
+          TZxMessage reason;
+          const bool saved = SaveImage(file.Name, nullptr, surface, &reason);
+          said = *reason.what() != '\0';
+          return saved;
+        },
         [&](bool saved) {
+          EXPECT_EQ(said, !saved) << kind.Ending;
+          EXPECT_EQ(OpenDescriptors(), descriptors) << kind.Ending;
           DATASURFACE back = {};
           EXPECT_EQ(LoadImage(file.Name, nullptr, &back), saved) << kind.Ending;
           FreeDataSurfaceData(back);

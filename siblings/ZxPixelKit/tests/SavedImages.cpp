@@ -307,6 +307,44 @@ TEST(SaveImage, SidesThatAFileCannotTellAreRefused) {
   }
 }
 
+// The kinds' own limits are told in the same words, before the file is touched.
+TEST(SaveImage, SaysWhichSidesAreTooLarge) {
+  const struct {
+    const char* Ending;
+    int Most;
+  } kinds[] = {{".tga", 65535}, {".jpg", 65500}, {".jpeg", 65500}};
+  for (const auto& kind : kinds) {
+    const TTemporary file((std::string("_most") + kind.Ending).c_str());
+    for (const bool wide : {true, false}) {
+      TDataSurface surface;
+      const int side = kind.Most + 1;
+      ASSERT_TRUE(
+          surface.Create(wide ? side : 1, wide ? 1 : side, DATA_FORMAT_RED, DATA_TYPE_UINT8, 1));
+      TZxMessage reason;
+      EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason));
+      EXPECT_EQ(reason.GetText(), "the picture is too large for a file of this kind")
+          << kind.Ending;
+      (wide ? surface.Width : surface.Height) = kind.Most;
+      EXPECT_TRUE(SaveImage(file.Name, nullptr, surface)) << kind.Ending;
+    }
+  }
+}
+
+// What fits the buffers fails only when they are emptied at the end.
+TEST(SaveImage, AFullDeviceIsToldEvenOfASmallFile) {
+  for (const char* ending : {".png", ".bmp", ".tga", ".jpg", ".hdr"}) {
+    const TTemporary file((std::string("_device") + ending).c_str());
+    std::filesystem::create_symlink("/dev/full", file.Name);
+    const DATA_TYPE type = std::string(ending) == ".hdr" ? DATA_TYPE_FLOAT : DATA_TYPE_UINT8;
+    TDataSurface surface;
+    ASSERT_TRUE(surface.Create(2, 2, DATA_FORMAT_RGB, type, 3));
+    TZxMessage reason;
+    EXPECT_FALSE(SaveImage(file.Name, nullptr, surface, &reason)) << ending;
+    EXPECT_EQ(reason.GetText(), std::strerror(ENOSPC)) << ending;
+    EXPECT_TRUE(std::filesystem::is_symlink(file.Name)) << ending; // a device is not ours to remove
+  }
+}
+
 TEST(SaveImage, RefusesWhatAPngCannotHold) {
   const TTemporary file("_refused.png");
   TDataSurface surface;
