@@ -84,7 +84,8 @@ void AppendContext(const TRenderCPU& r, TBytes* to) {
   if (!r.m_InBeginEnd) { // within, it is worked out when something reads it
     AppendRecord(r.m_VarFragment, to);
   }
-  // Not what assembly keeps of vertices: slots that no shader fills go their own ways there.
+  AppendRecord(r.m_VarCur, to);
+  AppendRecord(r.m_VarSaved, to);
   AppendRecord(r.m_CurVertex, to);
   AppendRecord(r.m_CurNormal, to);
   AppendRecord(r.m_CurColor, to);

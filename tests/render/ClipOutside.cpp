@@ -453,4 +453,32 @@ TEST_F(ClipOutside, CutsCarryTheSpareSlotOn) {
   }
 }
 
+// In strips and fans, whose vertices are drawn from copies, whichever shape is the one that leaves
+// something in the slot: the last of a batch as well, shortly before the end of the draw.
+TEST_F(ClipOutside, StripsCarryTheSpareSlotIntoTheNextBatch) {
+  for (const unsigned int mode :
+       {GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_LINE_STRIP, GL_LINE_LOOP}) {
+    for (std::size_t count = 30; count < 60; ++count) {
+      for (std::size_t zero = count - 6; zero < count; ++zero) {
+        std::vector<double> positions;
+        for (std::size_t i = 0; i < count; ++i) {
+          const double turn = 1.5 * static_cast<double>(i);
+          const double r = i == zero ? 0.0 : 1.0;
+          positions.insert(positions.end(),
+                           {r * 0.3 * std::cos(turn), r * 0.3 * std::sin(turn), r});
+        }
+        Expect(std::to_string(mode) + ", " + std::to_string(count) + " vertices, zeros at " +
+                   std::to_string(zero),
+               [&](TRenderCPU& gl) {
+                 gl.MatrixMode(GL_PROJECTION);
+                 gl.LoadMatrixd(kThroughZero);
+                 gl.VertexPointer(3, GL_DOUBLE, 0, positions.data());
+                 gl.EnableClientState(GL_VERTEX_ARRAY);
+                 gl.DrawArrays(mode, 0, static_cast<int>(count));
+               });
+      }
+    }
+  }
+}
+
 } // namespace

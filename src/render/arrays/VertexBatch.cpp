@@ -547,15 +547,19 @@ int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elem
     draw.Unmet = SetUpDraw(&draw.Job.Draw);
   }
   int done = 0;
-  for (int drawn = 0, next = 0; done < shapes && drawn == next; done += drawn) {
-    next = std::min(shapes - done, draw.Batch.Pitch);
+  bool more = true;
+  while (more && done < shapes) {
+    const int next = std::min(shapes - done, draw.Batch.Pitch);
     draw.FetchBatch(*GetSpanKernels(), gl.m_ModelViewProjection.m, done, next);
-    drawn = next;
+    int drawn = next;
     if (kind.Corners == 1) {
       ReplayPoints(&draw, pointState, next);
     } else {
       drawn = ReplayShapes(&draw, next);
     }
+    done += drawn;
+    // What a shape leaves in the slot that no shader fills counts for the next batch as well.
+    more = drawn == next && (kind.AreSeparate() || IsSpareSlotZero(gl));
   }
   const int vertices = done * kind.Step + kind.Lead;
   ResumeAfter(&draw, vertices);
