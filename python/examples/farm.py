@@ -20,17 +20,12 @@ import tempfile
 import time
 from pathlib import Path
 
-import cloudpickle
 import numpy
 from distributed import Client, as_completed
 
 import ZxCore3D as zx
 
 RETRIES = 3
-
-# Workers get the task itself: they need zxrender, and not this file.
-if __name__ != "__main__":
-    cloudpickle.register_pickle_by_value(sys.modules[__name__])
 
 
 def draw(program, model, size, azimuth):
@@ -44,6 +39,11 @@ def draw(program, model, size, azimuth):
             raise RuntimeError(done.stderr.strip() or f"{program} ended with {done.returncode}")
         data = out.read_bytes()
     return data, hashlib.sha256(data).hexdigest(), time.perf_counter() - begin
+
+
+# Scheduler and workers get the task itself: they need zxrender, and not this file. What belongs to the main program
+# is sent by value; a module registered for that is not seen by newer versions of Dask where tasks are nested.
+draw.__module__ = "__main__"
 
 
 class Cluster:

@@ -24,7 +24,8 @@ Buffer = Any  # whatever has the buffer protocol
 __version__: str
 '''
 
-# What the module's signatures say, and what a type checker wants to read.
+# What the module's signatures say, in the words of older and newer versions of pybind11, and what a type checker wants
+# to read.
 TYPES = [
     (r"numpy\.ndarray\[numpy\.(?:float64|float32|int32)\]", "numpy.typing.NDArray[Any]"),
     (r"numpy\.ndarray(?!\.|\w|\[)", "numpy.typing.NDArray[Any]"),
@@ -33,7 +34,9 @@ TYPES = [
     (r"\bhandle\b", "object"),
     (r"os\.PathLike", "Union[str, os.PathLike[str]]"),
     (r"List\[(\w+)\[\d+\]\]", r"Sequence[\1]"),
-    (r"List\[(\w+)\]", r"Sequence[\1]"),
+    (r"Annotated\[list\[(\w+)\], FixedSize\(\d+\)\]", r"Sequence[\1]"),
+    (r"\b(?:List|list)\[(\w+)\]", r"Sequence[\1]"),
+    (r"\bSequence(?!\[)", "Sequence[Any]"),
     (r"\bZxCore3D\.(?=\w)", ""),
 ]
 RESULTS = [(r"Sequence\[", "list[")]
