@@ -116,6 +116,9 @@ TEST(ZxRunKitModule, CountsItsUsers) {
 
 // The C library refuses a conversion without an end.
 TEST(Ssprintf, IsEmptyForAFormatThatEndsWithinAConversion) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer reads such a format past its end";
+  }
   for (const char* format : {"abc%", "abc%5", "abc%l", "%d%", "abc%-"}) {
     EXPECT_EQ(ssprintf(format, 1), "") << format;
   }
