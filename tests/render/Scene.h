@@ -128,7 +128,8 @@ inline std::vector<std::uint8_t> EverythingLeft(const Zx3D::TRenderCPU& r) {
     all.insert(all.end(), from, from + sizeof value);
   };
   const auto appendDoubles = [&append](const auto& value) {
-    double numbers[sizeof value / sizeof(double)];
+    constexpr std::size_t kBytes = sizeof value;
+    double numbers[kBytes / sizeof(double)];
     std::memcpy(numbers, &value, sizeof numbers);
     for (double& number : numbers) {
       number = std::isnan(number) ? std::numeric_limits<double>::quiet_NaN() : number;
