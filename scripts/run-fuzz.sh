@@ -5,8 +5,8 @@
 #   scripts/run-fuzz.sh BIN_DIR merge [TARGET...]
 #   scripts/run-fuzz.sh BIN_DIR table
 #
-# SECONDS are for each target; without a name, all of them run. What a target finds new stays in BIN_DIR/../work/TARGET
-# and the next run goes on from there; the count of each run goes to BIN_DIR/../work/executions.tsv. At the end a table
+# SECONDS are for each target; without a name, all of them run. What a target finds new stays in BIN_DIR/../runs/TARGET
+# and the next run goes on from there; the count of each run goes to BIN_DIR/../runs/executions.tsv. At the end a table
 # is printed: executions and seconds of each target over all runs, and their sums. An input that breaks a target is kept
 # beside them, the other targets still run, and the exit code is 1. "merge" adds to the corpora in fuzz/corpus what the
 # runs found and the corpora do not reach, the smallest inputs first, up to MOST files (200) of at most 2 KiB each.
@@ -16,9 +16,9 @@ bin=$1
 task=$2
 shift 2
 root=$(cd "$(dirname "$0")/.." && pwd)
-work=$(dirname "$bin")/work
-counts=$work/executions.tsv
-mkdir -p "$work"
+runs=$(dirname "$bin")/runs
+counts=$runs/executions.tsv
+mkdir -p "$runs"
 
 if [ $# -eq 0 ]; then
   for program in "$bin"/fuzz_*; do
@@ -43,13 +43,13 @@ table() {
 }
 
 run() { # TARGET
-  mkdir -p "$work/$1"
+  mkdir -p "$runs/$1"
   echo "== $1, $task s"
   begun=$(date +%s)
-  log=$work/$1.log
+  log=$runs/$1.log
   broken=0
-  "$bin/$1" -max_total_time="$task" -timeout=60 -print_final_stats=1 -artifact_prefix="$work/$1-" \
-    "$work/$1" "$root/fuzz/corpus/$1" > "$log" 2>&1 || broken=1
+  "$bin/$1" -max_total_time="$task" -timeout=60 -print_final_stats=1 -artifact_prefix="$runs/$1-" \
+    "$runs/$1" "$root/fuzz/corpus/$1" > "$log" 2>&1 || broken=1
   # A target that breaks prints no statistics of its own accord in every case: the last count it told stands for it.
   done=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
   [ -n "$done" ] || done=$(sed -n 's/^#\([0-9]*\).*/\1/p' "$log" | tail -n 1)
@@ -63,8 +63,8 @@ run() { # TARGET
 
 merge() { # TARGET
   fresh=$(mktemp -d)
-  mkdir -p "$work/$1"
-  "$bin/$1" -merge=1 -max_len=2048 "$fresh" "$root/fuzz/corpus/$1" "$work/$1" > "$work/$1.log" 2>&1
+  mkdir -p "$runs/$1"
+  "$bin/$1" -merge=1 -max_len=2048 "$fresh" "$root/fuzz/corpus/$1" "$runs/$1" > "$runs/$1.log" 2>&1
   find "$fresh" -type f -printf '%s %f\n' | sort -n | cut -d ' ' -f 2 | head -n "${MOST:-200}" | while read -r file; do
     # Seeds of the corpus have names that say what they are, and stay.
     same=$(find "$root/fuzz/corpus/$1" -type f -exec cmp -s {} "$fresh/$file" \; -print -quit)
