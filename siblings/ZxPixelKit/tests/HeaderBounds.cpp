@@ -19,15 +19,6 @@ constexpr char kUnknown[] = "of no known image kind";
 constexpr char kNonsense[] = "has a header that makes no sense";
 constexpr char kTruncated[] = "ends inside its picture";
 
-std::string ReasonOf(const TBytes& bytes) {
-  TBytesStream stream(bytes);
-  DATASURFACE image = {};
-  TZxMessage reason("loads");
-  LoadImage(&stream, nullptr, &image, &reason);
-  FreeDataSurfaceData(image);
-  return reason.GetText();
-}
-
 // The oldest header knows neither 16 nor 32 bits.
 TEST(BmpHeader, TheOldestHasFewDepths) {
   const auto file = [](std::uint32_t bits) {
@@ -40,9 +31,9 @@ TEST(BmpHeader, TheOldestHasFewDepths) {
     Put16(bytes, bits);
     return bytes + TBytes{1, 2, 3, 4};
   };
-  EXPECT_EQ(ReasonOf(file(24)), "loads");
-  EXPECT_EQ(ReasonOf(file(16)), kNonsense);
-  EXPECT_EQ(ReasonOf(file(32)), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(file(24)), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(file(16)), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(file(32)), kNonsense);
 }
 
 // From 56 bytes on a header has a mask for alpha.
@@ -60,12 +51,12 @@ TEST(BmpHeader, TheMaskOfAlphaStandsInAHeaderOf56Bytes) {
 
 // It has no mark: a header that makes no sense is that of another file.
 TEST(TgaHeader, ThatMakesNoSenseIsNone) {
-  EXPECT_EQ(ReasonOf(TgaHeader(2, 1, 1, 24, 0) + TBytes{1, 2, 3}), "loads");
-  EXPECT_EQ(ReasonOf(TgaHeader(2, 0, 1, 24, 0) + TBytes{1, 2, 3}), kUnknown);
-  EXPECT_EQ(ReasonOf(TgaHeader(2, 1, 0, 24, 0) + TBytes{1, 2, 3}), kUnknown);
-  EXPECT_EQ(ReasonOf(TgaHeader(2, 1, 1, 24, 0x40) + TBytes{1, 2, 3}), kUnknown);
-  EXPECT_EQ(ReasonOf(TgaHeader(2, 1, 1, 23, 0) + TBytes{1, 2, 3}), kUnknown);
-  EXPECT_EQ(ReasonOf(TgaHeader(4, 1, 1, 24, 0) + TBytes{1, 2, 3}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(2, 1, 1, 24, 0) + TBytes{1, 2, 3}), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(2, 0, 1, 24, 0) + TBytes{1, 2, 3}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(2, 1, 0, 24, 0) + TBytes{1, 2, 3}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(2, 1, 1, 24, 0x40) + TBytes{1, 2, 3}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(2, 1, 1, 23, 0) + TBytes{1, 2, 3}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(TgaHeader(4, 1, 1, 24, 0) + TBytes{1, 2, 3}), kUnknown);
 }
 
 // The entries that a palette's first leaves out count, too, and 16 bits have to hold all of them.
@@ -79,8 +70,8 @@ TEST(TgaHeader, APaletteHasFewerThan65536Entries) {
     bytes[7] = 24;
     return bytes + TBytes(std::size_t{65534} * 3, 7) + TBytes{0xFE, 0xFF};
   };
-  EXPECT_EQ(ReasonOf(file(1)), "loads");
-  EXPECT_EQ(ReasonOf(file(2)), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad(file(1)), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(file(2)), kUnknown);
 }
 
 // A pixel of 8 bits takes its byte: nothing is allocated for pixels that are not there.
@@ -88,14 +79,14 @@ TEST(TgaHeader, OfPlainBytesNeedsAllOfThem) {
   const std::size_t size = std::size_t{4000} * 4000;
   const TBytes tga = TgaHeader(3, 4000, 4000, 8, 0) + TBytes(size / 64, 1);
   const TLargestAllocation watch;
-  EXPECT_EQ(ReasonOf(tga), kTruncated);
+  EXPECT_EQ(WhyItDoesNotLoad(tga), kTruncated);
   EXPECT_LT(watch.Get(), 2 * tga.size());
 }
 
 // Two bytes a sample from a greatest value of 256 on: 128 of 256 is half of 65535, rounded up.
 TEST(PnmHeader, SamplesAreWideAbove255) {
-  EXPECT_EQ(ReasonOf(Text("P5 1 1 255\n") + TBytes{1}), "loads");
-  EXPECT_EQ(ReasonOf(Text("P5 1 1 256\n") + TBytes{1}), kTruncated);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 1 255\n") + TBytes{1}), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 1 256\n") + TBytes{1}), kTruncated);
   const TLoaded image(Text("P5 2 1 256\n") + TBytes{0, 128, 1, 0});
   ASSERT_TRUE(image.Done);
   ExpectRecord(image.Surface, 2, 1, DATA_FORMAT_LUMINANCE, DATA_TYPE_UINT16, 1);
@@ -104,8 +95,8 @@ TEST(PnmHeader, SamplesAreWideAbove255) {
 }
 
 TEST(PngHeader, TheMarkAloneIsACutPng) {
-  EXPECT_EQ(ReasonOf({0x89, 'P', 'N', 'G', 13, 10, 26, 10}), kTruncated);
-  EXPECT_EQ(ReasonOf({0x89, 'P', 'N', 'G', 13, 10, 26}), kUnknown);
+  EXPECT_EQ(WhyItDoesNotLoad({0x89, 'P', 'N', 'G', 13, 10, 26, 10}), kTruncated);
+  EXPECT_EQ(WhyItDoesNotLoad({0x89, 'P', 'N', 'G', 13, 10, 26}), kUnknown);
 }
 
 // A chunk that the picture could do without is damage like any other.
@@ -117,7 +108,7 @@ TEST(PngHeader, EveryChunkIsGuarded) {
   spec.Rows = {1, 2, 3};
   spec.Exif = ExifOf("II", 1);
   TBytes bytes = MakePng(spec);
-  ASSERT_EQ(ReasonOf(bytes), "loads");
+  ASSERT_EQ(WhyItDoesNotLoad(bytes), "loads");
   for (const char* name : {"IHDR", "eXIf", "IDAT"}) {
     std::size_t at = 0;
     while (at + 4 < bytes.size() && std::memcmp(bytes.data() + at, name, 4) != 0) {

@@ -15,26 +15,17 @@
 
 namespace {
 
-std::string ReasonOf(const TBytes& bytes) {
-  TBytesStream stream(bytes);
-  DATASURFACE image = {};
-  TZxMessage reason("loads");
-  LoadImage(&stream, nullptr, &image, &reason);
-  FreeDataSurfaceData(image);
-  return reason.GetText();
-}
-
 constexpr char kTooMany[] = "has more than 2^28 pixels";
 constexpr char kUnlikely[] = "promises more pixels than its bytes can hold";
 
 TEST(ImageBudget, AcceptsTwoToTheTwentyEighthPixelsAndNoneMore) {
-  EXPECT_EQ(ReasonOf(Text("P5 16384 16384 255\n1234")), kUnlikely);
-  EXPECT_EQ(ReasonOf(Text("P5 16384 16385 255\n1234")), kTooMany);
-  EXPECT_EQ(ReasonOf(Text("P5 16385 16384 255\n1234")), kTooMany);
-  EXPECT_EQ(ReasonOf(Text("P5 268435456 1 255\n1234")), kUnlikely);
-  EXPECT_EQ(ReasonOf(Text("P5 268435457 1 255\n1234")), kTooMany);
-  EXPECT_EQ(ReasonOf(Text("P5 1 268435456 255\n1234")), kUnlikely);
-  EXPECT_EQ(ReasonOf(Text("P5 1 268435457 255\n1234")), kTooMany);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 16384 16384 255\n1234")), kUnlikely);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 16384 16385 255\n1234")), kTooMany);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 16385 16384 255\n1234")), kTooMany);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 268435456 1 255\n1234")), kUnlikely);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 268435457 1 255\n1234")), kTooMany);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 268435456 255\n1234")), kUnlikely);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 268435457 255\n1234")), kTooMany);
 }
 
 TEST(ImageBudget, APictureOfTwoToTheTwentyEighthPixelsLoads) {
@@ -73,7 +64,7 @@ TEST(ImageBudget, OfAPngCountsItsComponents) {
     spec.Rows.assign(size, 0);
     TBytes png = MakePng(spec);
     ASSERT_GT(png.size(), size / 1032);
-    EXPECT_EQ(ReasonOf(png), "loads") << kind.Components;
+    EXPECT_EQ(WhyItDoesNotLoad(png), "loads") << kind.Components;
 
     // The same header in front of fewer bytes: the pixels' chunk is emptied, its neighbours stay.
     const std::string mark = "IDAT";
@@ -88,7 +79,7 @@ TEST(ImageBudget, OfAPngCountsItsComponents) {
     shorter = shorter + chunk + end;
     ASSERT_EQ(shorter.size(), size / 1032 - 1);
     const TLargestAllocation watch;
-    EXPECT_EQ(ReasonOf(shorter), kUnlikely) << kind.Components;
+    EXPECT_EQ(WhyItDoesNotLoad(shorter), kUnlikely) << kind.Components;
     EXPECT_LT(watch.Get(), std::size_t{1} << 20) << kind.Components;
   }
 }
@@ -125,25 +116,25 @@ TEST(ImageBudget, AnUnpackedTgaNeedsAllItsBytes) {
   TBytes tga = TgaHeader(2, 4000, 4000, 24, 0) + TBytes(size / 64, 1);
   {
     const TLargestAllocation watch;
-    EXPECT_EQ(ReasonOf(tga), "ends inside its picture");
+    EXPECT_EQ(WhyItDoesNotLoad(tga), "ends inside its picture");
     EXPECT_LT(watch.Get(), 2 * tga.size());
   }
   tga.resize(18 + size - 1, 1);
-  EXPECT_EQ(ReasonOf(tga), "ends inside its picture");
+  EXPECT_EQ(WhyItDoesNotLoad(tga), "ends inside its picture");
   tga.resize(18 + size, 1);
-  EXPECT_EQ(ReasonOf(tga), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(tga), "loads");
 }
 
 // Numbers that 32 bits would wrap to a small one.
 TEST(ImageBudget, NumbersOfAPnmDoNotWrap) {
   constexpr char kNonsense[] = "has a header that makes no sense";
-  EXPECT_EQ(ReasonOf(Text("P5 1 1 255\nx")), "loads");
-  EXPECT_EQ(ReasonOf(Text("P5 4294967297 1 255\nx")), kNonsense);
-  EXPECT_EQ(ReasonOf(Text("P5 1 4294967297 255\nx")), kNonsense);
-  EXPECT_EQ(ReasonOf(Text("P5 1 1 4294967551\nx")), kNonsense);
-  EXPECT_EQ(ReasonOf(Text("P5 18446744073709551617 1 255\nx")), kNonsense);
-  EXPECT_EQ(ReasonOf(Text("P2 1 1 255\n4294967297 ")), "holds text that is no number");
-  EXPECT_EQ(ReasonOf(Text("P5 0000000001 1 255\nx")), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 1 255\nx")), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 4294967297 1 255\nx")), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 4294967297 255\nx")), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 1 1 4294967551\nx")), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 18446744073709551617 1 255\nx")), kNonsense);
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P2 1 1 255\n4294967297 ")), "holds text that is no number");
+  EXPECT_EQ(WhyItDoesNotLoad(Text("P5 0000000001 1 255\nx")), "loads");
 }
 
 // A bit for each block is the least that Huffman coding can do: 512 pixels a byte.
@@ -172,10 +163,10 @@ TEST(ImageBudget, AFlatArithmeticJpegHasTheFreeSize) {
   spec.Pixels.assign(1024 * 1024, 77);
   const TBytes jpeg = MakeJpeg(spec);
   ASSERT_LT(jpeg.size(), 1024u * 1024 / 512);
-  EXPECT_EQ(ReasonOf(jpeg), "loads");
+  EXPECT_EQ(WhyItDoesNotLoad(jpeg), "loads");
   spec.Height = 1025;
   spec.Pixels.assign(1024 * 1025, 77);
-  EXPECT_EQ(ReasonOf(MakeJpeg(spec)), kUnlikely);
+  EXPECT_EQ(WhyItDoesNotLoad(MakeJpeg(spec)), kUnlikely);
 }
 
 } // namespace

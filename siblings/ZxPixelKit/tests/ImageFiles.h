@@ -4,7 +4,9 @@
 #include <string>
 #include <vector>
 
+#include <ZxBaseKit/TZxMessage.h>
 #include <ZxBaseKit/TZxStream.h>
+#include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/ZxPixelKit.h>
 
 /// Image files made in memory, and loading them.
@@ -106,6 +108,16 @@ private:
   const TBytes* m_Bytes;
   unsigned long m_Step;
 };
+
+/// Why an image in memory does not load, as the message tells it.
+inline std::string WhyItDoesNotLoad(const TBytes& bytes) {
+  TBytesStream stream(bytes);
+  DATASURFACE image = {};
+  TZxMessage reason("loads");
+  LoadImage(&stream, nullptr, &image, &reason);
+  FreeDataSurfaceData(image);
+  return reason.GetText();
+}
 
 /// A picture from `LoadImage`, freed at the end.
 class TLoaded {

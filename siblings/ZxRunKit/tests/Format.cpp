@@ -128,6 +128,26 @@ TEST(Ssprintf, WideCharactersByThemselves) {
   EXPECT_EQ(ssprintf("%C|%lc|%5C", wchar_t{'a'}, wchar_t{'b'}, wchar_t{'c'}), "a|b|    c");
 }
 
+struct TFormatted {
+  std::string Text;
+  bool Failed; ///< an allocation did
+  bool Thrown; ///< std::bad_alloc was
+};
+
+// Formats while the allocation of that number fails.
+template <class... TArguments>
+TFormatted FormatFailingAt(unsigned long at, const char* format, TArguments... arguments) {
+  TFormatted formatted = {};
+  const zx_test::TMallocWatch watch(at);
+  try {
+    formatted.Text = ssprintf(format, arguments...);
+  } catch (const std::bad_alloc&) {
+    formatted.Thrown = true;
+  }
+  formatted.Failed = watch.Failed();
+  return formatted;
+}
+
 // Either the whole text or bad_alloc, never a part of it.
 TEST(Ssprintf, RaisesWhereMemoryIsExhausted) {
   if (!zx_test::kAvailable) {
@@ -137,18 +157,7 @@ TEST(Ssprintf, RaisesWhereMemoryIsExhausted) {
   int raised = 0;
   for (unsigned long at = 1;; ++at) {
     ASSERT_LT(at, 100u);
-    std::string text;
-    bool failed = false;
-    bool thrown = false;
-    {
-      const zx_test::TMallocWatch watch(at);
-      try {
-        text = ssprintf("%.100000f", 1.5);
-      } catch (const std::bad_alloc&) {
-        thrown = true;
-      }
-      failed = watch.Failed();
-    }
+    const auto [text, failed, thrown] = FormatFailingAt(at, "%.100000f", 1.5);
     EXPECT_EQ(text, thrown ? "" : expected) << at;
     if (!failed) {
       EXPECT_FALSE(thrown);
@@ -174,18 +183,7 @@ TEST(Ssprintf, WideCharactersWhereMemoryIsExhausted) {
   bool hosts = false;
   for (unsigned long at = 1;; ++at) {
     ASSERT_LT(at, 100u);
-    std::string text;
-    bool failed = false;
-    bool thrown = false;
-    {
-      const zx_test::TMallocWatch watch(at);
-      try {
-        text = ssprintf("%ls %.1f", L"\u0416", 1.5);
-      } catch (const std::bad_alloc&) {
-        thrown = true;
-      }
-      failed = watch.Failed();
-    }
+    const auto [text, failed, thrown] = FormatFailingAt(at, "%ls %.1f", L"\u0416", 1.5);
     EXPECT_EQ(uselocale(nullptr), before);
     if (!thrown) {
       hosts = hosts || text == "\u0416 1,5";
