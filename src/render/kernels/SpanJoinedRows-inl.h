@@ -41,6 +41,10 @@ struct TJoinedRow {
   TJoinedComponents Delta;
 };
 
+template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TJoinedRow& row, VD t) {
+  return kPerspective ? hn::Div(hn::Set(DD(), 1.0), Interpolated<false>(row, 3, t, t)) : t;
+}
+
 // Copies pixels of a row; what is written past them is for the next row to overwrite.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void ReadPixels(D d, const T* from, int count, T* to) {
