@@ -140,9 +140,9 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 
-inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
+inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
 inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs

@@ -268,6 +268,19 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
   }
 }
 
+// What a function gives for the reach of a primitive, which it takes by its type.
+template <class TFunction>
+HWY_INLINE HWY_ATTR auto ByReach(TTexelReach reach, const TFunction& function) {
+  switch (reach) {
+  case TTexelReach::Plain:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Plain>());
+  case TTexelReach::Periodic:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Periodic>());
+  default:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Anywhere>());
+  }
+}
+
 // Mixes four texels of each pixel, by the steps of the sampler.
 HWY_INLINE HWY_ATTR TChannels MixTexels(const TFetchedTexels& texels) {
   const DU du;

@@ -155,7 +155,7 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  TTexelReach Reach; ///< with byte texels, as the next two
+  TTexelReach Reach;
   TTexelAxis AxisX;
   TTexelAxis AxisY;
 

@@ -138,10 +138,13 @@ HWY_INLINE HWY_ATTR void DrawJoinedColors(const TSpanJob& job, const TRowSlots& 
   const DD d;
   const DU du;
   TFetchedTexels ready[kRun / kLanes];
-  for (int i = 0; i < run->Count; i += kLanes) {
-    FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(
-        job, slots, run->RowAt(rows, i), hn::Load(d, run->T + i), &ready[i / kLanes]);
-  }
+  const auto fetch = [&](auto reach) HWY_ATTR {
+    for (int i = 0; i < run->Count; i += kLanes) {
+      FetchTexelsAt<kTexels, kPerspective, decltype(reach)::value>(
+          job, slots, run->RowAt(rows, i), hn::Load(d, run->T + i), &ready[i / kLanes]);
+    }
+  };
+  ByReach(job.Primitive.Reach, fetch);
   for (int i = 0; i < run->Count; i += kLanes) {
     VU packed = ExactTextured<kTexels, kPerspective>(job, slots, run->RowAt(rows, i),
                                                      hn::Load(d, run->T + i), ready[i / kLanes],

@@ -49,7 +49,16 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
     LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
     tested &= StencilBits(job, stencil);
   }
-  MI pass = MaskOfBits(DI(), tested);
+  MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
+                                             : hn::FirstN(DI(), static_cast<std::size_t>(count));
+  // Not StoreLive, whose branch nobody can predict where few pixels pass.
+  const auto store = [&](auto d, auto values, auto* at) HWY_ATTR {
+    if constexpr (kMaskedAccess) {
+      hn::BlendedStore(values, hn::RebindMask(d, pass), d, at);
+    } else {
+      StoreLive(d, values, pass, at);
+    }
+  };
   if (kAny ? job.Draw.UsesDepth() : kTests != TTests::None) {
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     if (kAny && job.Primitive.AddOffset) {
@@ -63,7 +72,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
     }
     if (!kAny || job.Draw.DepthWrite) {
-      StoreLive(df, depth, pass, to.Depth);
+      store(df, depth, to.Depth);
     }
   }
   const std::uint64_t shaded = BitsOfMask(DI(), pass);
@@ -77,7 +86,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   if (kAny && job.Draw.ReadsColor()) {
     packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
   }
-  StoreLive(du, packed, pass, to.Color);
+  store(du, packed, to.Color);
   return {tested, shaded};
 }
 

@@ -125,17 +125,10 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
                                         const double* t, std::uint32_t* packed) {
   const DD d;
   TFetchedTexels ready[kRun / kLanes];
-  const auto fetch = [&](auto reach) HWY_ATTR {
+  const std::uint64_t unsure = ByReach(job.Primitive.Reach, [&](auto reach) HWY_ATTR {
     return FetchRun<kTexels, kPerspective, decltype(reach)::value>(job, slots, row, count, shaded,
                                                                    t, ready);
-  };
-  const TTexelReach reach = job.Primitive.Reach;
-  const std::uint64_t unsure =
-      reach == TTexelReach::Plain ? fetch(std::integral_constant<TTexelReach, TTexelReach::Plain>())
-      : reach == TTexelReach::Periodic
-          ? fetch(std::integral_constant<TTexelReach, TTexelReach::Periodic>())
-          : fetch(std::integral_constant<TTexelReach, TTexelReach::Anywhere>());
-
+  });
   int& exactRuns = row.Floats->ExactRuns;
   const bool tries = exactRuns == 0;
   std::uint8_t sure[kRun / kLanes][8]; // a mask for each group

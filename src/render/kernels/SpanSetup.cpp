@@ -298,12 +298,12 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   const DATASURFACE* const surface = sampler.m_Surface;
   primitive->Sampler = const_cast<TSampler*>(&sampler);
   primitive->Texels = TTexelSource::Sampler;
+  primitive->Reach = TTexelReach::Anywhere;
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
   primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width);
   primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height);
-  primitive->Reach = TTexelReach::Anywhere;
   const TVertices& v = primitive->Vertex;
   if (!primitive->Perspective || HasSteadyW(v)) {
     const int slot = primitive->TexSlot;

@@ -64,6 +64,7 @@ HWY_INLINE HWY_ATTR VU64 IndexBits(VD whole, std::uint32_t mask) {
 // texel, and what is left of the coordinate.
 struct TTexelPlaces {
   VU64 Index, Next;
+  VU64 Pair; ///< `Index`, but inside the texture: where two are loaded at once
   VD Rest;
 
   HWY_INLINE HWY_ATTR TTexelPlaces() {}
@@ -87,6 +88,7 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceRepeated(const TTexelAxis& axis, VD coordi
   at.Rest = hn::Sub(coordinate, whole);
   const bool divides = kAnywhere ? axis.Mask == kNoTexelMask : kReach == TTexelReach::Periodic;
   at.Index = IndexBits(divides ? WithinPeriod(axis, whole) : whole, axis.Mask);
+  at.Pair = at.Index;
   at.Next = hn::Add(at.Index, hn::Set(du, std::uint64_t{1}));
   auto atEnd = hn::Eq(at.Index, hn::Set(du, std::uint64_t{axis.Last}));
   if (kAnywhere) { // a negative multiple of the size repeats to the size itself
@@ -111,7 +113,7 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceToEdge(const TTexelAxis& axis, VD coordina
   const VD whole =
       hn::Min(hn::Floor(inside), hn::Set(d, std::max(axis.Size - (kLinear ? 2.0 : 1.0), 0.0)));
   at.Rest = hn::Sub(inside, whole);
-  at.Index = IndexBits(whole, kNoTexelMask);
+  at.Pair = at.Index = IndexBits(whole, kNoTexelMask);
   at.Next = IndexBits(hn::Min(hn::Add(whole, hn::Set(d, 1.0)), last), kNoTexelMask);
   return at;
 }
@@ -127,7 +129,7 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceInBorder(const TTexelAxis& axis, VD coordi
   };
   const VD whole = TruncatedBelow(coordinate);
   at.Rest = hn::Sub(coordinate, whole);
-  at.Index = inside(whole, &outside[0]);
+  at.Pair = at.Index = inside(whole, &outside[0]);
   at.Next = inside(hn::Add(whole, hn::Set(d, 1.0)), &outside[1]);
   return at;
 }
@@ -136,7 +138,6 @@ template <TTexelReach kReach, bool kLinear>
 HWY_INLINE HWY_ATTR TTexelPlaces PlaceTexels(const TTexelAxis& axis, VD coordinate,
                                              MD (&outside)[2]) {
   if constexpr (kReach == TTexelReach::Anywhere) {
-    outside[0] = outside[1] = NoLanes(DD());
     if (axis.Wrap == TTexelWrap::Edge) {
       return PlaceToEdge<kLinear>(axis, coordinate);
     }
@@ -186,6 +187,13 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
   const bool fits = !kAnywhere || FitIndices(u, v);
   bool isBordered = false;
   if (HWY_LIKELY(fits)) {
+    const bool mayBorder = kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||
+                                         primitive.AxisY.Wrap == TTexelWrap::Border);
+    if (mayBorder) {
+      for (int i = 0; i < 2; ++i) {
+        out->OutsideX[i] = out->OutsideY[i] = NoLanes(d);
+      }
+    }
     const auto x = PlaceTexels<kReach, kLinear>(primitive.AxisX, u, out->OutsideX);
     const auto y = PlaceTexels<kReach, kLinear>(primitive.AxisY, v, out->OutsideY);
     const DATASURFACE& surface = *primitive.Sampler->m_Surface;
@@ -194,13 +202,9 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
       out->FractionU = x.Rest;
       out->FractionV = y.Rest;
       const VU64 highRow = RowOffset(surface, y.Next);
-      // The two of a row in one load, where they are neighbours; the index one past the end has
-      // none.
-      const VU64 pairs =
-          kAnywhere ? hn::Min(x.Index, hn::Set(du64, static_cast<std::uint64_t>(surface.Width - 1)))
-                    : x.Index;
+      // The two of a row in one load, where they are neighbours.
       const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
-      const VU64 across = hn::ShiftLeft<2>(pairs);
+      const VU64 across = hn::ShiftLeft<2>(x.Pair);
       const auto fetch = [&](VU64 row) HWY_ATTR {
         const VU64 offset = hn::Add(across, row);
         return hn::BitCast(
@@ -217,8 +221,7 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
     } else {
       out->Left = hn::ZeroExtendVector(du, GatherTexels(surface, x.Index, lowRow));
     }
-    if (kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||
-                      primitive.AxisY.Wrap == TTexelWrap::Border)) {
+    if (mayBorder) {
       MD outside = hn::Or(out->OutsideX[0], out->OutsideY[0]);
       if (kLinear) {
         outside = hn::Or(outside, hn::Or(out->OutsideX[1], out->OutsideY[1]));
