@@ -100,28 +100,40 @@ HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots
   const TPrimitive& primitive = job.Primitive;
   const VD q = fetched.Q;
   const bool sampled = kTexels == TTexelSource::Sampler || !fetched.Fits;
-  const auto texelAt = [&](int i) HWY_ATTR {
-    return Interpolated<kPerspective>(row, slots.Tex + i, t, q);
-  };
-  TTexels texels = HWY_UNLIKELY(sampled) ? SampledTexels(primitive.Sampler, texelAt(0), texelAt(1))
-                   : HWY_UNLIKELY(fetched.IsBordered)
-                       ? FilteredTexels<kTexels, true>(primitive, fetched, channels)
-                       : FilteredTexels<kTexels, false>(primitive, fetched, channels);
-  VD* const channel = texels.Channel;
-  for (int i = 0; i < 4 && primitive.Modulate; ++i) {
-    if ((channels >> i & 1u) == 0) {
-      continue;
-    }
-    channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-    if (slots.Secondary >= 0 && i < 3) {
-      channel[i] = hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
-    }
-  }
+  const auto interpolated = [&](int place)
+                                HWY_ATTR { return Interpolated<kPerspective>(row, place, t, q); };
   // A coordinate that fits no index leaves a fraction of any size, or a NaN.
   const bool clamp = primitive.Clamp || sampled;
-  const std::uint32_t others = kAllChannels & ~channels;
-  return PackChannels(DU(), others, hn::And(packed, hn::Set(DU(), BytesOf(others))),
-                      [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
+  const auto put = [&](int i, VD value) HWY_ATTR __attribute__((always_inline)) {
+    if (primitive.Modulate) {
+      value = hn::Mul(interpolated(slots.Color + i), value);
+      if (slots.Secondary >= 0 && i < 3) {
+        value = hn::Add(value, interpolated(slots.Secondary + i));
+      }
+    }
+    const VU byte = hn::ShiftLeftSame(ChannelByte(value, clamp), 8 * i);
+    packed = hn::Or(hn::AndNot(hn::Set(DU(), 255u << 8 * i), packed), byte);
+  };
+  const auto each = [&](const auto& texelOf) HWY_ATTR {
+    for (; channels != 0; channels &= channels - 1) {
+      put(FirstBit(channels), texelOf(FirstBit(channels)));
+    }
+  };
+  if (HWY_UNLIKELY(sampled)) {
+    const TTexels texels =
+        SampledTexels(primitive.Sampler, interpolated(slots.Tex), interpolated(slots.Tex + 1));
+    each([&](int i) HWY_ATTR { return texels.Channel[i]; });
+  } else if (HWY_UNLIKELY(fetched.IsBordered)) {
+    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, true>(primitive, fetched, i); });
+  } else if (channels == kAllChannels) {
+    put(0, FilteredChannel<kTexels, false>(primitive, fetched, 0));
+    put(1, FilteredChannel<kTexels, false>(primitive, fetched, 1));
+    put(2, FilteredChannel<kTexels, false>(primitive, fetched, 2));
+    put(3, FilteredChannel<kTexels, false>(primitive, fetched, 3));
+  } else { // most often one, and a branch on each would be foretold wrong
+    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, false>(primitive, fetched, i); });
+  }
+  return packed;
 }
 
 // The fragment shader's colours as packed bytes, operation by operation in double.

@@ -64,7 +64,7 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   };
   const bool sameTies = AreSame(slots, row, ties);
   VFU tied = hn::Zero(du);
-  if (kPerspective && ties != 0) {
+  if (kPerspective && ties != 0 && sameTies) {
     tied = exact(0, ties, FirstBits(kFloatLanes), tied);
   }
   for (int i = 0; i < run.Count; i += kFloatLanes) {

@@ -64,7 +64,7 @@ HWY_INLINE HWY_ATTR VU64 IndexBits(VD whole, std::uint32_t mask) {
 // texel, and what is left of the coordinate.
 struct TTexelPlaces {
   VU64 Index, Next;
-  VU64 Pair; ///< `Index`, but inside the texture: where two are loaded at once
+  VU64 Pair; ///< `Index`, but not past the end: two are loaded there, with the block's slack
   VD Rest;
 
   HWY_INLINE HWY_ATTR TTexelPlaces() {}
@@ -266,42 +266,34 @@ HWY_INLINE HWY_ATTR VD MixTexels(const TTexelAxis& axis, VD first, VD second, VD
              : mixed;
 }
 
-// The channels in a set of fetched texels, filtered; others are 0.
+// A channel of fetched texels, filtered.
 template <TTexelSource kTexels, bool kBordered>
-HWY_INLINE HWY_ATTR TTexels FilteredTexels(const TPrimitive& primitive,
-                                           const TFetchedTexels& fetched, std::uint32_t channels) {
+HWY_INLINE HWY_ATTR VD FilteredChannel(const TPrimitive& primitive, const TFetchedTexels& fetched,
+                                       int channel) {
+  const DD d;
   const DU du;
-  const auto channelOf = [&](auto shift) HWY_ATTR {
-    constexpr int kShift = decltype(shift)::value;
-    if ((channels >> kShift / 8 & 1u) == 0) {
-      return hn::Zero(DD());
+  const auto tap = [&](VU texels, int x, int y) HWY_ATTR {
+    const VU byte = hn::And(hn::ShiftRightSame(texels, 8 * channel), hn::Set(du, 255u));
+    const VD value =
+        hn::Mul(hn::PromoteTo(d, hn::BitCast(DI(), byte)), hn::Set(d, 0.00392156862745098));
+    if (!kBordered) {
+      return value;
     }
-    const auto tap = [&](VU texels, int x, int y) HWY_ATTR {
-      const VU byte = hn::And(hn::ShiftRight<kShift>(texels), hn::Set(du, 255u));
-      const VD value =
-          hn::Mul(hn::PromoteTo(DD(), hn::BitCast(DI(), byte)), hn::Set(DD(), 0.00392156862745098));
-      if (!kBordered) {
-        return value;
-      }
-      const MD outside = hn::Or(fetched.OutsideX[x], fetched.OutsideY[y]);
-      return hn::IfThenElse(
-          outside, hn::Set(DD(), primitive.Sampler->m_BorderColor[std::size_t{kShift / 8}]), value);
-    };
-    if constexpr (kTexels == TTexelSource::Nearest) {
-      return tap(hn::LowerHalf(du, fetched.Left), 0, 0);
-    } else {
-      const auto row = [&](VU left, VU right, int y) HWY_ATTR {
-        return MixTexels(primitive.AxisX, tap(left, 0, y), tap(right, 1, y), fetched.FractionU);
-      };
-      return MixTexels(primitive.AxisY,
-                       row(hn::LowerHalf(du, fetched.Left), hn::LowerHalf(du, fetched.Right), 0),
-                       row(hn::UpperHalf(du, fetched.Left), hn::UpperHalf(du, fetched.Right), 1),
-                       fetched.FractionV);
-    }
+    const auto& border = primitive.Sampler->m_BorderColor;
+    return hn::IfThenElse(hn::Or(fetched.OutsideX[x], fetched.OutsideY[y]),
+                          hn::Set(d, border[static_cast<std::size_t>(channel)]), value);
   };
-  return {{channelOf(std::integral_constant<int, 0>()), channelOf(std::integral_constant<int, 8>()),
-           channelOf(std::integral_constant<int, 16>()),
-           channelOf(std::integral_constant<int, 24>())}};
+  if constexpr (kTexels == TTexelSource::Nearest) {
+    return tap(hn::LowerHalf(du, fetched.Left), 0, 0);
+  } else {
+    const auto row = [&](VU left, VU right, int y) HWY_ATTR {
+      return MixTexels(primitive.AxisX, tap(left, 0, y), tap(right, 1, y), fetched.FractionU);
+    };
+    return MixTexels(primitive.AxisY,
+                     row(hn::LowerHalf(du, fetched.Left), hn::LowerHalf(du, fetched.Right), 0),
+                     row(hn::UpperHalf(du, fetched.Left), hn::UpperHalf(du, fetched.Right), 1),
+                     fetched.FractionV);
+  }
 }
 
 } // namespace HWY_NAMESPACE
