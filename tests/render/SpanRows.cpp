@@ -4,10 +4,8 @@
 #include <cmath>
 #include <functional>
 #include <limits>
-#include <map>
 #include <random>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -15,7 +13,6 @@
 #include "LevelTest.h"
 #include "StateChecks.h"
 #include <ZxCore3D/render/ProgramCPU.h>
-#include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace {
 
@@ -290,12 +287,10 @@ TEST_F(SpanRows, DepthsBetweenTwoFloats) {
   }
 }
 
-// Short rows in perspective take their colours in float and their depth without a division a pixel,
-// but where it may round either way it is computed exactly: here it lies in the middle of two
-// floats at every pixel, and is rounded to the even one.
+// Depths of short rows in perspective that lie in the middle of two floats at every pixel, and are
+// rounded to the even one.
 TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
-  constexpr double kUlp = 1.0 / (1 << 24);                                // of floats from 0.5 to 1
-  std::map<std::string, std::pair<std::uint64_t, std::uint64_t>> counted; // by level
+  constexpr double kUlp = 1.0 / (1 << 24); // of floats from 0.5 to 1
   for (const unsigned int func : {GL_LESS, GL_LEQUAL}) {
     for (const double alpha : {1.0, 0.25}) {
       for (int i = 0; i < 24; ++i) {
@@ -335,13 +330,7 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
               continue;
             }
             TScene s(kWidth, kHeight);
-            Zx3D::StartKernelCounters();
             draw(*s);
-            Zx3D::StopKernelCounters();
-            const Zx3D::TKernelCounters counters = Zx3D::KernelCounters();
-            auto& [rows, exact] = counted[level];
-            rows += counters.Of(Zx3D::TKernel::FloatShortRows).Rows;
-            exact += counters.Unmet(Zx3D::TCondition::ValuesDepth);
             if (slope == 0.0) { // half to even
               const int odd = i * 1001 % 2;
               const auto even = static_cast<float>(0.5 + (i * 1001 + odd) * kUlp);
@@ -351,12 +340,6 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
         }
       }
     }
-  }
-  for (const auto& [level, counts] : counted) {
-    const auto& [rows, exact] = counts;
-    // Levels without masked stores have no kernel for short rows, and work out depths in others.
-    EXPECT_EQ(level == "AVX2" || level == "AVX3", rows > 0) << level;
-    EXPECT_GT(exact, 0u) << level;
   }
 }
 
