@@ -294,7 +294,6 @@ HWY_INLINE HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int
 // Whether the colours of a run need t in float alone; constant ones do not need it at all.
 template <TTexelSource kTexels>
 HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& row) {
-  const TDrawState& draw = job.Draw;
   const TPrimitive& primitive = job.Primitive;
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
