@@ -104,6 +104,7 @@ HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots
                                 HWY_ATTR { return Interpolated<kPerspective>(row, place, t, q); };
   // A coordinate that fits no index leaves a fraction of any size, or a NaN.
   const bool clamp = primitive.Clamp || sampled;
+  packed = hn::And(packed, hn::Set(DU(), ~BytesOf(channels)));
   const auto put = [&](int i, VD value) HWY_ATTR __attribute__((always_inline)) {
     if (primitive.Modulate) {
       value = hn::Mul(interpolated(slots.Color + i), value);
@@ -111,8 +112,7 @@ HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots
         value = hn::Add(value, interpolated(slots.Secondary + i));
       }
     }
-    const VU byte = hn::ShiftLeftSame(ChannelByte(value, clamp), 8 * i);
-    packed = hn::Or(hn::AndNot(hn::Set(DU(), 255u << 8 * i), packed), byte);
+    packed = hn::Or(packed, hn::ShiftLeftSame(ChannelByte(value, clamp), 8 * i));
   };
   const auto each = [&](const auto& texelOf) HWY_ATTR {
     for (; channels != 0; channels &= channels - 1) {

@@ -259,11 +259,10 @@ HWY_NOINLINE HWY_ATTR TTexels SampledTexels(TRenderCPU::TTexSampler* sampler, VD
 }
 
 // By the steps of the sampler; at the far edge, where `PlaceToEdge` ends, the second alone.
-HWY_INLINE HWY_ATTR VD MixTexels(const TTexelAxis& axis, VD first, VD second, VD fraction) {
+HWY_INLINE HWY_ATTR VD MixTexels(bool toEdge, VD first, VD second, VD fraction) {
   const VD mixed = hn::Add(hn::Mul(hn::Sub(second, first), fraction), first);
-  return axis.Wrap == TTexelWrap::Edge
-             ? hn::IfThenElse(hn::Eq(fraction, hn::Set(DD(), 1.0)), second, mixed)
-             : mixed;
+  return HWY_UNLIKELY(toEdge) ? hn::IfThenElse(hn::Eq(fraction, hn::Set(DD(), 1.0)), second, mixed)
+                              : mixed;
 }
 
 // A channel of fetched texels, filtered.
@@ -272,7 +271,7 @@ HWY_INLINE HWY_ATTR VD FilteredChannel(const TPrimitive& primitive, const TFetch
                                        int channel) {
   const DD d;
   const DU du;
-  const auto tap = [&](VU texels, int x, int y) HWY_ATTR {
+  const auto tap = [&](VU texels, int x, int y) HWY_ATTR __attribute__((always_inline)) {
     const VU byte = hn::And(hn::ShiftRightSame(texels, 8 * channel), hn::Set(du, 255u));
     const VD value =
         hn::Mul(hn::PromoteTo(d, hn::BitCast(DI(), byte)), hn::Set(d, 0.00392156862745098));
@@ -286,10 +285,11 @@ HWY_INLINE HWY_ATTR VD FilteredChannel(const TPrimitive& primitive, const TFetch
   if constexpr (kTexels == TTexelSource::Nearest) {
     return tap(hn::LowerHalf(du, fetched.Left), 0, 0);
   } else {
-    const auto row = [&](VU left, VU right, int y) HWY_ATTR {
-      return MixTexels(primitive.AxisX, tap(left, 0, y), tap(right, 1, y), fetched.FractionU);
+    const auto row = [&](VU left, VU right, int y) HWY_ATTR __attribute__((always_inline)) {
+      return MixTexels(primitive.AxisX.Wrap == TTexelWrap::Edge, tap(left, 0, y), tap(right, 1, y),
+                       fetched.FractionU);
     };
-    return MixTexels(primitive.AxisY,
+    return MixTexels(primitive.AxisY.Wrap == TTexelWrap::Edge,
                      row(hn::LowerHalf(du, fetched.Left), hn::LowerHalf(du, fetched.Right), 0),
                      row(hn::UpperHalf(du, fetched.Left), hn::UpperHalf(du, fetched.Right), 1),
                      fetched.FractionV);
