@@ -64,7 +64,6 @@ HWY_INLINE HWY_ATTR VU64 IndexBits(VD whole, std::uint32_t mask) {
 // texel, and what is left of the coordinate.
 struct TTexelPlaces {
   VU64 Index, Next;
-  VU64 Pair; ///< `Index`, but not past the end: two are loaded there, with the block's slack
   VD Rest;
 
   HWY_INLINE HWY_ATTR TTexelPlaces() {}
@@ -88,7 +87,6 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceRepeated(const TTexelAxis& axis, VD coordi
   at.Rest = hn::Sub(coordinate, whole);
   const bool divides = kAnywhere ? axis.Mask == kNoTexelMask : kReach == TTexelReach::Periodic;
   at.Index = IndexBits(divides ? WithinPeriod(axis, whole) : whole, axis.Mask);
-  at.Pair = at.Index;
   at.Next = hn::Add(at.Index, hn::Set(du, std::uint64_t{1}));
   auto atEnd = hn::Eq(at.Index, hn::Set(du, std::uint64_t{axis.Last}));
   if (kAnywhere) { // a negative multiple of the size repeats to the size itself
@@ -113,7 +111,7 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceToEdge(const TTexelAxis& axis, VD coordina
   const VD whole =
       hn::Min(hn::Floor(inside), hn::Set(d, std::max(axis.Size - (kLinear ? 2.0 : 1.0), 0.0)));
   at.Rest = hn::Sub(inside, whole);
-  at.Pair = at.Index = IndexBits(whole, kNoTexelMask);
+  at.Index = IndexBits(whole, kNoTexelMask);
   at.Next = IndexBits(hn::Min(hn::Add(whole, hn::Set(d, 1.0)), last), kNoTexelMask);
   return at;
 }
@@ -129,7 +127,7 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceInBorder(const TTexelAxis& axis, VD coordi
   };
   const VD whole = TruncatedBelow(coordinate);
   at.Rest = hn::Sub(coordinate, whole);
-  at.Pair = at.Index = inside(whole, &outside[0]);
+  at.Index = inside(whole, &outside[0]);
   at.Next = inside(hn::Add(whole, hn::Set(d, 1.0)), &outside[1]);
   return at;
 }
@@ -202,20 +200,21 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
       out->FractionU = x.Rest;
       out->FractionV = y.Rest;
       const VU64 highRow = RowOffset(surface, y.Next);
-      // The two of a row in one load, where they are neighbours.
-      const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
-      const VU64 across = hn::ShiftLeft<2>(x.Pair);
-      const auto fetch = [&](VU64 row) HWY_ATTR {
-        const VU64 offset = hn::Add(across, row);
-        return hn::BitCast(
-            du, hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
-      };
-      const auto low = fetch(lowRow);
-      const auto high = fetch(highRow);
-      out->Left = hn::ConcatEven(du, high, low);
-      out->Right = hn::ConcatOdd(du, high, low);
       const auto next = hn::Add(x.Index, hn::Set(du64, std::uint64_t{1}));
-      if (HWY_UNLIKELY(!hn::AllTrue(du64, hn::Eq(x.Next, next)))) {
+      if (HWY_LIKELY(hn::AllTrue(du64, hn::Eq(x.Next, next)))) {
+        // The two of a row in one load.
+        const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+        const VU64 across = hn::ShiftLeft<2>(x.Index);
+        const auto fetch = [&](VU64 row) HWY_ATTR {
+          const VU64 offset = hn::Add(across, row);
+          return hn::BitCast(
+              du, hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+        };
+        const auto low = fetch(lowRow);
+        const auto high = fetch(highRow);
+        out->Left = hn::ConcatEven(du, high, low);
+        out->Right = hn::ConcatOdd(du, high, low);
+      } else {
         FetchApart(surface, x.Index, x.Next, lowRow, highRow, out);
       }
     } else {
