@@ -405,16 +405,17 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 200; });
 
   add(C::FloatRunUntextured, kFloat, Nothing, Texture);
-  add(C::FloatRunMaskedAccess, kFloat, Blend, LowerLevel);
-  add(C::FloatRunBudget, kFloat, Nothing, tooBright);
+  add(C::FloatRunFloatColors, kFloat, Nothing, tooBright);
 
-  add(C::InRangeGathers, kTexture, Texture, LowerLevel, true);
   add(
-      C::InRangeNear, kTexture, Texture,
-      [](TRenderCPU&, TShape& shape) { shape.S[1] = 1048576.0 / 8; }, true);
+      C::TexelsFit, kTexture, Texture, [](TRenderCPU&, TShape& shape) { shape.S[1] = 1e12; }, true);
   add(
-      C::InRangeEdges, kTexture, LinearTexture,
-      [](TRenderCPU&, TShape& shape) { shape.S[0] = -1.5; }, true);
+      C::TexelsInside, kTexture, LinearTexture,
+      [](TRenderCPU& gl, TShape& shape) {
+        gl.TexWrap2D(GL_CLAMP, GL_REPEAT);
+        shape.S[0] = -1.5;
+      },
+      true);
 
   const TSetUp writesDepth = [](TRenderCPU& gl, TShape&) { gl.DepthMask(1); };
   add(

@@ -2,8 +2,12 @@
 // around all places where the wrap modes part.
 
 #include <cmath>
+#include <cstdint>
 #include <string>
 #include <vector>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 #include "LevelTest.h"
 #include "StateChecks.h"
@@ -11,6 +15,30 @@
 using namespace Zx3D;
 
 namespace {
+
+/// A block whose last byte is followed by a page that ends the program when it is touched.
+class TGuardedBlock {
+public:
+  explicit TGuardedBlock(std::size_t size)
+      : m_Page(static_cast<std::size_t>(sysconf(_SC_PAGESIZE))),
+        m_Size((size + m_Page - 1) / m_Page * m_Page),
+        m_Pages(static_cast<std::uint8_t*>(mmap(nullptr, m_Size + m_Page, PROT_READ | PROT_WRITE,
+                                                MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+        Data(m_Pages + m_Size - size) {
+    mprotect(m_Pages + m_Size, m_Page, PROT_NONE);
+  }
+  ~TGuardedBlock() { munmap(m_Pages, m_Size + m_Page); }
+  TGuardedBlock(const TGuardedBlock&) = delete;
+  TGuardedBlock& operator=(const TGuardedBlock&) = delete;
+
+private:
+  std::size_t m_Page;
+  std::size_t m_Size;
+  std::uint8_t* m_Pages;
+
+public:
+  std::uint8_t* const Data;
+};
 
 constexpr int kWidth = 40; // rows that float colours are worth while for
 constexpr int kHeight = 48;
@@ -184,6 +212,37 @@ TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
           }
           gl.End();
         });
+      }
+    }
+  }
+}
+
+// Only a repeat reads past the last texel: other wrap modes are used with blocks that end there.
+TEST_F(SpanTexels, NothingPastTheLastTexelIsReadWithoutARepeat) {
+  for (const int width : {1, 2, 3, 8}) {
+    for (const int height : {1, 2, 5}) {
+      const auto size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
+      const TGuardedBlock block(size);
+      for (std::size_t i = 0; i < size; ++i) {
+        block.Data[i] = static_cast<std::uint8_t>(37 * i + 11);
+      }
+      for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+        for (const unsigned int wrap : {GL_CLAMP_TO_EDGE, GL_CLAMP_TO_BORDER, GL_CLAMP}) {
+          Expect(std::to_string(width) + " by " + std::to_string(height) + ", filter " +
+                     std::to_string(filter) + ", wrap " + std::to_string(wrap),
+                 [&](TRenderCPU& gl) {
+                   TDataSurface image;
+                   ASSERT_TRUE(image.Create(width, height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
+                                            block.Data));
+                   Texture(gl, 1, 1, filter, wrap, wrap);
+                   ASSERT_TRUE(gl.MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+                   for (int y = 0; y < kHeight; ++y) {
+                     const double t = -0.5 + 2.0 * y / kHeight;
+                     Row(gl, y, y % 2 == 0 ? -0.5 : 0.0, y % 2 == 0 ? 1.5 : 1.0, t);
+                   }
+                   ASSERT_TRUE(gl.MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+                 });
+        }
       }
     }
   }

@@ -66,8 +66,7 @@
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
-  X(FloatRun,        MaskedAccess,    kMaskedAccess || !draw.ReadsColor(),                    "what was there is read in vectors of two groups") \
-  X(FloatRun,        Budget,          primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
+  X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
 
 #define ZX_SHORT_ROW_CONDITIONS(X) \
   X(ShortRows,       MaskedAccess,    kMaskedAccess,                                          "a partial group would need staging copies")
@@ -82,10 +81,9 @@
 #define ZX_REJECTION_CONDITIONS(X) \
   X(Rejection,       OneWay,          draw.DepthTest && IsOneWay(draw.DepthFunc),             "what an end fails against, all pixels fail against")
 
-#define ZX_IN_RANGE_CONDITIONS(X) \
-  X(InRange,         Gathers,         kGathers,                                               "without gathers there is nothing to gain") \
-  X(InRange,         Near,            primitive.Reach != TTexelReach::Anywhere,               "far out rounding may move an index") \
-  X(InRange,         Edges,           kReach != TTexelReach::Near || hn::AllFalse(d, odd),    "the general wrap knows borders and the edges of tiles below zero")
+#define ZX_TEXEL_CONDITIONS(X) \
+  X(Texels,          Fit,             fits,                                                   "indices are 32-bit integers") \
+  X(Texels,          Inside,          !isBordered,                                            "a border's colour is no bytes")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
   X(LineRun,         AlongRows,       walk.Axis == 0,                                         "a steep line has one or two pixels in a row") \
@@ -119,7 +117,7 @@
   ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
   ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) \
-  ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
+  ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_TEXEL_CONDITIONS(X) \
   ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) \
   ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
@@ -142,17 +140,13 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 
-inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
+inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
 inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
-/// Channels of groups that fall back before a row gives up float colours: a row between two bytes
-/// would pay twice.
-inline constexpr int FallbackBudget(int pixels) { return 4 * (3 + pixels / 64); }
-
 inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back
 
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
@@ -169,7 +163,7 @@ inline constexpr double kMinDepthBound = 1e-20;
 inline constexpr double kMaxDepthBound = 1e20;
 inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
 inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
-inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates that are placed in vectors
+inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates near enough to be placed by a floor
 inline constexpr double kTexelMargin = 1e-9;      ///< of texel coordinates, relative: SpanSetup.cpp
 inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
 inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;

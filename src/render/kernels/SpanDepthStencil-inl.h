@@ -151,38 +151,25 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int 
   }
 }
 
-// Tests one vector of depths and writes those that pass. Returns them as bits.
-template <bool kWrite, class D, class TPass>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepthVector(D d, hn::Vec<D> depth, std::uint64_t live,
-                                                  float* stored, const TPass& passes) {
-  const hn::Mask<D> alive = MaskOfBits(d, live);
-  const hn::Mask<D> pass = hn::And(alive, passes(d, depth, LoadMasked(d, alive, stored)));
-  if constexpr (kWrite) {
-    StoreMasked(d, depth, pass, stored);
-  }
-  return BitsOfMask(d, pass);
-}
-
 // Which pixels of `live` pass; those get their depth, where it is written. Without masked access
-// `count` is a multiple of the lanes.
+// they fill whole vectors.
 template <bool kWrite, class TPass>
 HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
                                              std::uint64_t live, float* stored,
                                              const TPass& passes) {
+  const DFF d;
   std::uint64_t passed = 0;
-  const auto test = [&](auto d, int i) HWY_ATTR {
-    auto depth = hn::Load(d, depths + i);
+  for (int i = 0; i < count; i += kFloatLanes) {
+    VFF depth = hn::Load(d, depths + i);
     if (job.Primitive.AddOffset) {
       depth = hn::Add(depth, hn::Set(d, job.Draw.Offset));
     }
-    passed |= TestDepthVector<kWrite>(d, depth, live >> i, stored + i, passes) << i;
-  };
-  int i = 0;
-  for (; kMaskedAccess ? i < count : i + kFloatLanes <= count; i += kFloatLanes) {
-    test(DFF(), i);
-  }
-  if (i < count) {
-    test(DF(), i);
+    const auto alive = MaskOfBits(d, live >> i);
+    const auto pass = hn::And(alive, passes(d, depth, LoadMasked(d, alive, stored + i)));
+    if constexpr (kWrite) {
+      StoreMasked(d, depth, pass, stored + i);
+    }
+    passed |= BitsOfMask(d, pass) << i;
   }
   return passed;
 }

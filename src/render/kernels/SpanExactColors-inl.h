@@ -84,8 +84,8 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& r
   return PackChannels(DU(), constMask, hn::Set(DU(), job.Primitive.ConstColor), byteOf);
 }
 
-// The bytes of textured channels, from texels, operation by operation in double. With P the primary
-// colour, S the secondary one where lighting is on, T the texel, by channel:
+// The bytes of textured channels, operation by operation in double. With P the primary colour, S
+// the secondary one where lighting is on, T the texel, by channel:
 //
 //     without a texture  P + S
 //     GL_MODULATE        P T + S
@@ -93,123 +93,73 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& r
 //
 // each limited to 0 to 1; S is not added to alpha. Only `channels` are computed, the others are
 // those of `packed`.
-template <bool kPerspective, class TRowOfGroup>
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots,
-                                     const TRowOfGroup& row, VD t, VD q, TTexels texels, bool clamp,
+                                     const TRowOfGroup& row, VD t, const TFetchedTexels& fetched,
                                      std::uint32_t channels, VU packed) {
-  VD* const channel = texels.Channel;
-  for (int i = 0; i < 4 && job.Primitive.Modulate; ++i) {
-    if ((channels >> i & 1u) == 0) {
-      continue;
+  const TPrimitive& primitive = job.Primitive;
+  const VD q = fetched.Q;
+  const bool sampled = kTexels == TTexelSource::Sampler || !fetched.Fits;
+  const auto interpolated = [&](int place)
+                                HWY_ATTR { return Interpolated<kPerspective>(row, place, t, q); };
+  // A coordinate that fits no index leaves a fraction of any size, or a NaN.
+  const bool clamp = primitive.Clamp || sampled;
+  packed = hn::And(packed, hn::Set(DU(), ~BytesOf(channels)));
+  const auto put = [&](int i, VD value) HWY_ATTR __attribute__((always_inline)) {
+    if (primitive.Modulate) {
+      value = hn::Mul(interpolated(slots.Color + i), value);
+      if (slots.Secondary >= 0 && i < 3) {
+        value = hn::Add(value, interpolated(slots.Secondary + i));
+      }
     }
-    channel[i] = hn::Mul(Interpolated<kPerspective>(row, slots.Color + i, t, q), channel[i]);
-    if (slots.Secondary >= 0 && i < 3) {
-      channel[i] = hn::Add(channel[i], Interpolated<kPerspective>(row, slots.Secondary + i, t, q));
+    packed = hn::Or(packed, hn::ShiftLeftSame(ChannelByte(value, clamp), 8 * i));
+  };
+  const auto each = [&](const auto& texelOf) HWY_ATTR {
+    for (; channels != 0; channels &= channels - 1) {
+      put(FirstBit(channels), texelOf(FirstBit(channels)));
     }
+  };
+  if (HWY_UNLIKELY(sampled)) {
+    const TTexels texels =
+        SampledTexels(primitive.Sampler, interpolated(slots.Tex), interpolated(slots.Tex + 1));
+    each([&](int i) HWY_ATTR { return texels.Channel[i]; });
+  } else if (HWY_UNLIKELY(fetched.IsBordered)) {
+    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, true>(primitive, fetched, i); });
+  } else if (channels == kAllChannels) {
+    put(0, FilteredChannel<kTexels, false>(primitive, fetched, 0));
+    put(1, FilteredChannel<kTexels, false>(primitive, fetched, 1));
+    put(2, FilteredChannel<kTexels, false>(primitive, fetched, 2));
+    put(3, FilteredChannel<kTexels, false>(primitive, fetched, 3));
+  } else { // most often one, and a branch on each would be foretold wrong
+    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, false>(primitive, fetched, i); });
   }
-  const std::uint32_t others = kAllChannels & ~channels;
-  return PackChannels(DU(), others, hn::And(packed, hn::Set(DU(), BytesOf(others))),
-                      [&](int i) HWY_ATTR { return ChannelByte(channel[i], clamp); });
+  return packed;
 }
 
-// The fragment shader's colours as packed bytes, operation by operation in double; with a texture
-// only `channels`, the others are those of `packed`.
+// The fragment shader's colours as packed bytes, operation by operation in double.
 template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots,
-                                   const TRowOfGroup& row, VD t, std::uint32_t channels,
-                                   VU packed) {
-  if constexpr (kTexels == TTexelSource::None) {
-    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
-                                         job.Primitive.ConstMask, t);
-  } else {
-    const VD q = PerspectiveAt<kPerspective>(row, t);
-    const VD s = Interpolated<kPerspective>(row, slots.Tex, t, q);
-    const VD u = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    const TTexels texels = [&]() HWY_ATTR {
-      if constexpr (kTexels == TTexelSource::Nearest) {
-        return NearestTexels(job, s, u);
-      } else if constexpr (kTexels == TTexelSource::Linear) {
-        return LinearTexels(job, channels, s, u);
-      } else {
-        return SampledTexels(job.Primitive.Sampler, s, u);
-      }
-    }();
-    // A coordinate that fits no index leaves a fraction of any size, or a NaN.
-    const bool clamp = job.Primitive.Clamp || kTexels == TTexelSource::Linear;
-    return ExactTextured<kPerspective>(job, slots, row, t, q, texels, clamp, channels, packed);
+                                   const TRowOfGroup& row, VD t) {
+  const VU constant = hn::Set(DU(), job.Primitive.ConstColor);
+  if constexpr (kTexels != TTexelSource::None) {
+    TFetchedTexels fetched;
+    FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, &fetched);
+    return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, kAllChannels,
+                                                constant);
   }
+  return job.Primitive.HasConstColor()
+             ? constant
+             : ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
+                                             job.Primitive.ConstMask, t);
 }
 
-// The exact channels of a group whose rounding tests failed, the others from `packed`; out of line.
+// The exact channels of a group that failed a rounding test, the others from `packed`.
 template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR VU ExactFallbackColors(const TSpanJob& job, const TRowSlots& slots,
-                                             const TRow& row, VD t, std::uint32_t channels,
-                                             VU packed) {
-  row.Floats->FallbackBudget -= 4;
+HWY_NOINLINE HWY_ATTR VU ExactFallback(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                       VD t, const TFetchedTexels& fetched, std::uint32_t channels,
+                                       VU packed) {
   job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t, channels, packed);
-}
-
-// The exact channels of a group whose texels are there, the others from `packed`.
-template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
-HWY_INLINE HWY_ATTR VU ExactFetched(const TSpanJob& job, const TRowSlots& slots,
-                                    const TRowOfGroup& row, VD t, const TFetchedTexels& ready,
-                                    std::uint32_t channels, VU packed) {
-  const auto colorsOf = [&](const TTexels& texels) HWY_ATTR {
-    return ExactTextured<kPerspective>(job, slots, row, t, ready.Q, texels, job.Primitive.Clamp,
-                                       channels, packed);
-  };
-  if constexpr (kTexels == TTexelSource::Nearest) {
-    return colorsOf(UnpackTexels(ready.Nearest));
-  } else {
-    TTexelPairs pairs = ready.Pairs;
-    SetExactPairs(job.Primitive, &pairs);
-    return colorsOf(MixedChannels(pairs, channels));
-  }
-}
-
-// The same after a rounding test. It costs no more than the test, so that a row need not give up.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR VU ExactFetchedFallback(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, VD t, const TFetchedTexels& ready,
-                                              std::uint32_t channels, VU packed) {
-  job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactFetched<kTexels, kPerspective>(job, slots, row, t, ready, channels, packed);
-}
-
-// The fragment shader's colours as packed bytes.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR VU PackedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    VD t) {
-  VU packed = hn::Set(DU(), job.Primitive.ConstColor);
-  if constexpr (kTexels == TTexelSource::None) {
-    if (job.Primitive.HasConstColor()) {
-      return packed;
-    }
-  }
-  if constexpr (kTexels != TTexelSource::Sampler) {
-    if (row.HasFloats()) {
-      std::uint32_t unsure = kAllChannels;
-      if constexpr (kTexels == TTexelSource::None) {
-        MI all = AllLanes(DI());
-        packed = UntexturedBytes<kPerspective>(
-            DF(), job, slots, *row.Floats, job.Primitive.ConstMask, hn::DemoteTo(DF(), t), &all);
-        unsure = hn::AllTrue(DI(), all) ? 0 : kAllChannels;
-      } else {
-        TFetchedTexels ready;
-        if (FetchTexelsAt<kTexels, kPerspective, TTexelReach::Near>(job, slots, row, t, &ready)) {
-          unsure =
-              UnsureChannels(BitsOfMask(DFI(), TexturedBytes<kTexels, kPerspective>(
-                                                   job, slots, *row.Floats, t, ready, &packed)));
-        }
-      }
-      if (HWY_LIKELY(unsure == 0)) {
-        return packed;
-      }
-      return ExactFallbackColors<kTexels, kPerspective>(job, slots, row, t, unsure, packed);
-    }
-  }
-  return ExactColors<kTexels, kPerspective>(job, slots, row, t, kAllChannels, packed);
+  return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, channels, packed);
 }
 
 // The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.

@@ -174,7 +174,6 @@ inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& 
   if (primitive.UsesVertexColor) {
     SetUpRowColors(job, slots, row, floats);
   }
-  floats->FallbackBudget = FallbackBudget(PixelsOf(row));
   const TMarginTerms margin = MarginTermsOf(job);
   floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
   for (int i = 0; i < 4; ++i) {
@@ -253,37 +252,37 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
   return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
 }
 
-// The inputs of a group's textured colours.
-struct TFetchedTexels {
-  VU Nearest;
-  TTexelPairs Pairs;
-  VD Q; ///< 1 over 1/w
-
-  HWY_INLINE HWY_ATTR TFetchedTexels() {}
-};
-
-// Computes coordinates and fetches texels; false where only the exact path will do.
+// Computes coordinates and fetches texels; false where they are no bytes.
 template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach, class TRowOfGroup>
 HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowOfGroup& row, VD t, TFetchedTexels* ready) {
   const VD q = PerspectiveAt<kPerspective>(row, t);
-  const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
-  const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-  if (kPerspective) {
-    ready->Q = q;
-  }
-  const TRenderCPU::TTexSampler& sampler = *job.Primitive.Sampler;
-  if constexpr (kTexels == TTexelSource::Nearest) {
-    return job.Meets(FetchInRangeNearest<kReach>(job, across, along, &ready->Nearest)) ||
-           FetchWrappedNearest(sampler, across, along, &ready->Nearest);
+  ready->Q = q;
+  if constexpr (kTexels == TTexelSource::Sampler) {
+    ready->Fits = false;
+    return false;
   } else {
-    return job.Meets(FetchInRangePairs<kReach>(job, across, along, &ready->Pairs)) ||
-           FetchWrappedPairs(sampler, across, along, &ready->Pairs);
+    const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
+    const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
+    return job.Meets(FetchTexels<kTexels, kReach>(job.Primitive, across, along, ready));
+  }
+}
+
+// What a function gives for the reach of a primitive, which it takes by its type.
+template <class TFunction>
+HWY_INLINE HWY_ATTR auto ByReach(TTexelReach reach, const TFunction& function) {
+  switch (reach) {
+  case TTexelReach::Plain:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Plain>());
+  case TTexelReach::Periodic:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Periodic>());
+  default:
+    return function(std::integral_constant<TTexelReach, TTexelReach::Anywhere>());
   }
 }
 
 // Mixes four texels of each pixel, by the steps of the sampler.
-HWY_INLINE HWY_ATTR TChannels MixTexels(const TTexelPairs& texels) {
+HWY_INLINE HWY_ATTR TChannels MixTexels(const TFetchedTexels& texels) {
   const DU du;
   const TChannels fu = Spread(hn::DemoteTo(DF(), texels.FractionU));
   const TChannels fv = Spread(hn::DemoteTo(DF(), texels.FractionV));
@@ -305,12 +304,12 @@ HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slot
   if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
     // place, even after multiplication by an interpolated 1 that is off by as much.
-    *packed = ready.Nearest;
+    *packed = hn::LowerHalf(DU(), ready.Left);
     return AllLanes(DFI());
   }
   const VFF margins = hn::LoadDup128(DFF(), floats.ChannelMargins);
-  TChannels value =
-      kTexels == TTexelSource::Nearest ? ChannelsOf(ready.Nearest) : MixTexels(ready.Pairs);
+  TChannels value = kTexels == TTexelSource::Nearest ? ChannelsOf(hn::LowerHalf(DU(), ready.Left))
+                                                     : MixTexels(ready);
   if (job.Primitive.UsesVertexColor) {
     const TChannels t = Spread(hn::DemoteTo(DF(), at));
     const TChannels q = kPerspective ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
@@ -332,37 +331,27 @@ HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slot
 
 // --- Without a texture, channel by channel
 
-// Packed colours in a vector of 32-bit lanes, from the values of channels in 0 to 255; `sure` loses
-// the pixels whose rounding test fails.
-template <class D, class TValueOf, class TMask>
-HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
-PackFloatBytes(D d, const TPrimitive& primitive, std::uint32_t constMask, float margin,
-               const TValueOf& valueOf, TMask* sure) {
-  const hn::RebindToUnsigned<D> du;
-  const auto by = hn::Set(d, margin);
+// Packed colours of pixels of a row at t; `sure` loses those whose rounding test fails.
+template <bool kPerspective>
+HWY_INLINE HWY_ATTR VFU UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRowFloats& floats, std::uint32_t constMask, VFF t,
+                                        MFI* sure) {
+  const DFF d;
+  const DFU du;
+  const VFF q = PerspectiveAt<kPerspective>(d, floats.WBegin, floats.WDelta, t);
+  const auto at = [&](const float* begin, const float* delta, int i) HWY_ATTR {
+    return Interpolated<kPerspective>(hn::Set(d, begin[i]), hn::Set(d, delta[i]), t, q);
+  };
   const auto byteOf = [&](int i) HWY_ATTR {
-    const auto byte = ByteByRoundingTest(d, valueOf(i), primitive.Clamp, by, sure);
+    VFF value = at(floats.Begin, floats.Delta, i);
+    if (slots.Secondary >= 0) {
+      value = hn::Add(value, at(floats.SecondaryBegin, floats.SecondaryDelta, i));
+    }
+    const VFU byte =
+        ByteByRoundingTest(d, value, job.Primitive.Clamp, hn::Set(d, floats.Margin), sure);
     return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
   };
-  return PackChannels(du, constMask, hn::Set(du, primitive.ConstColor), byteOf);
-}
-
-// The same of pixels of a row at t.
-template <bool kPerspective, class D, class TMask>
-HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
-UntexturedBytes(D d, const TSpanJob& job, const TRowSlots& slots, const TRowFloats& floats,
-                std::uint32_t constMask, hn::Vec<D> t, TMask* sure) {
-  const auto q = PerspectiveAt<kPerspective>(d, floats.WBegin, floats.WDelta, t);
-  const auto valueOf = [&](int i) HWY_ATTR {
-    const auto value =
-        Interpolated<kPerspective>(hn::Set(d, floats.Begin[i]), hn::Set(d, floats.Delta[i]), t, q);
-    return slots.Secondary < 0
-               ? value
-               : hn::Add(value,
-                         Interpolated<kPerspective>(hn::Set(d, floats.SecondaryBegin[i]),
-                                                    hn::Set(d, floats.SecondaryDelta[i]), t, q));
-  };
-  return PackFloatBytes(d, job.Primitive, constMask, floats.Margin, valueOf, sure);
+  return PackChannels(du, constMask, hn::Set(du, job.Primitive.ConstColor), byteOf);
 }
 
 } // namespace HWY_NAMESPACE

@@ -114,27 +114,26 @@ struct TDrawState {
 
 /// Where the texel coordinates of a primitive may lie, from those of its vertices.
 enum class TTexelReach : std::uint8_t {
-  Anywhere, ///< as far out, or with 1/w so unlike, that rounding may move an index
-  Near,
-  Periodic, ///< the floor of a coordinate makes the index, by `TTexelAxis::Period` and `Mask`
-  Plain,    ///< by `Mask` alone
+  Anywhere,
+  Periodic, ///< the floor of a coordinate, within the period, is the index
+  Plain,    ///< the floor within `TTexelAxis::Mask`
 };
 
 enum class TTexelWrap : std::uint8_t {
   Repeat,
   Edge,   ///< clamped to the texels at the edge
-  Inside, ///< kernels take what lies inside
+  Border, ///< what lies outside has the border's colour
 };
+
+inline constexpr std::uint32_t kNoTexelMask = ~0u;
 
 /// How texel coordinates along an axis become indices.
 struct TTexelAxis {
   TTexelWrap Wrap;
-  std::uint32_t Mask;
-  std::uint32_t Last;    ///< the index after which a repeat begins again
-  double Period;         ///< of repeats that are no power of two; else 0
-  double InversePeriod;  ///< 1 / Period, rounded
-  double MostCoordinate; ///< `Edge`: the greatest that is left; `Inside`: all are below
-  double MostIndex;      ///< of the left one of two texels
+  std::uint32_t Mask; ///< of repeats that are a power of two; else `kNoTexelMask`
+  std::uint32_t Last; ///< the index after which a repeat begins again
+  double Size;
+  double InverseSize; ///< rounded
 };
 
 /// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
@@ -156,7 +155,7 @@ struct TPrimitive {
   TTexelSource Texels = TTexelSource::None;
   bool Modulate = true; ///< otherwise the texel replaces the colour
   TRenderCPU::TTexSampler* Sampler = nullptr;
-  TTexelReach Reach; ///< with byte texels, as the next two
+  TTexelReach Reach;
   TTexelAxis AxisX;
   TTexelAxis AxisY;
 

@@ -138,24 +138,17 @@ HWY_INLINE HWY_ATTR void DrawJoinedColors(const TSpanJob& job, const TRowSlots& 
   const DD d;
   const DU du;
   TFetchedTexels ready[kRun / kLanes];
-  std::uint32_t fetched = 0;
-  if constexpr (HasByteTexels(kTexels)) {
+  const auto fetch = [&](auto reach) HWY_ATTR {
     for (int i = 0; i < run->Count; i += kLanes) {
-      const bool found = FetchTexelsAt<kTexels, kPerspective, TTexelReach::Near>(
+      FetchTexelsAt<kTexels, kPerspective, decltype(reach)::value>(
           job, slots, run->RowAt(rows, i), hn::Load(d, run->T + i), &ready[i / kLanes]);
-      fetched |= static_cast<std::uint32_t>(found) << (i / kLanes);
     }
-  }
+  };
+  ByReach(job.Primitive.Reach, fetch);
   for (int i = 0; i < run->Count; i += kLanes) {
-    const TJoinedRow row = run->RowAt(rows, i);
-    const VD t = hn::Load(d, run->T + i);
-    VU packed = hn::Set(du, job.Primitive.ConstColor);
-    if (HasByteTexels(kTexels) && (fetched >> (i / kLanes) & 1) != 0) {
-      packed = ExactFetched<kTexels, kPerspective>(job, slots, row, t, ready[i / kLanes],
-                                                   kAllChannels, packed);
-    } else if (kTexels != TTexelSource::None || !job.Primitive.HasConstColor()) {
-      packed = ExactColors<kTexels, kPerspective>(job, slots, row, t, kAllChannels, packed);
-    }
+    VU packed = ExactTextured<kTexels, kPerspective>(job, slots, run->RowAt(rows, i),
+                                                     hn::Load(d, run->T + i), ready[i / kLanes],
+                                                     kAllChannels, hn::Zero(du));
     if (job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, hn::Load(du, run->Color + i));
     }

@@ -47,7 +47,6 @@ template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
 
 // The kernels rely on these traits agreeing.
 static_assert(ZX_HAS_ONE_BLOCK == (HWY_LANES(double) == 2));
-static_assert(ZX_HAS_GATHERS == ZX_HAS_MASKED_ACCESS);
 static_assert(ZX_HAS_MASKED_ACCESS || !ZX_HAS_MASK_REGISTERS);
 
 // Compiled in, so that no table elsewhere can tell another name than that of what runs.

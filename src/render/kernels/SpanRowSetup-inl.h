@@ -71,8 +71,7 @@ struct TRowFloats {
   float WDelta;
   float Margin;
   alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
-  int FallbackBudget; ///< channels that may still fall back before the row takes the exact path
-  int ExactRuns = 0;  ///< textured runs that take the exact path, all groups of one having failed
+  int ExactRuns = 0; ///< textured runs that take the exact path, all groups of one having failed
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
@@ -84,7 +83,7 @@ struct TRow {
   int Y;
   TRowFloats* Floats; ///< null: the exact path
 
-  bool HasFloats() const { return Floats != nullptr && Floats->FallbackBudget > 0; }
+  bool HasFloats() const { return Floats != nullptr; }
 };
 
 HWY_INLINE int PixelsOf(const TRow& row) { return row.Last - row.First + 1; }

@@ -49,7 +49,16 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
     LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
     tested &= StencilBits(job, stencil);
   }
-  MI pass = MaskOfBits(DI(), tested);
+  MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
+                                             : hn::FirstN(DI(), static_cast<std::size_t>(count));
+  // Not StoreLive, whose branch nobody can predict where few pixels pass.
+  const auto store = [&](auto d, auto values, auto* at) HWY_ATTR {
+    if constexpr (kMaskedAccess) {
+      hn::BlendedStore(values, hn::RebindMask(d, pass), d, at);
+    } else {
+      StoreLive(d, values, pass, at);
+    }
+  };
   if (kAny ? job.Draw.UsesDepth() : kTests != TTests::None) {
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     if (kAny && job.Primitive.AddOffset) {
@@ -63,7 +72,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
     }
     if (!kAny || job.Draw.DepthWrite) {
-      StoreLive(df, depth, pass, to.Depth);
+      store(df, depth, to.Depth);
     }
   }
   const std::uint64_t shaded = BitsOfMask(DI(), pass);
@@ -77,7 +86,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   if (kAny && job.Draw.ReadsColor()) {
     packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
   }
-  StoreLive(du, packed, pass, to.Color);
+  store(du, packed, to.Color);
   return {tested, shaded};
 }
 
@@ -88,7 +97,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
                                            const TGroupTargets& to) {
   return DrawGroupBy < kStencil ? TTests::AnyWithStencil
                                 : TTests::Any > (job, row, t, count, to, [&]() HWY_ATTR {
-                                    return PackedColors<kTexels, kPerspective>(job, slots, row, t);
+                                    return ExactColors<kTexels, kPerspective>(job, slots, row, t);
                                   });
 }
 
@@ -285,13 +294,12 @@ HWY_INLINE HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int
 // Whether the colours of a run need t in float alone; constant ones do not need it at all.
 template <TTexelSource kTexels>
 HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& row) {
-  const TDrawState& draw = job.Draw;
   const TPrimitive& primitive = job.Primitive;
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
 
-// Tests a run of pixels and writes their stencils; without masked access their count is a multiple
-// of the lanes. `drawDepths` tells which of those that passed the stencil test pass the depth test.
+// Tests a run of pixels and writes their stencils; without masked access they fill whole vectors.
+// `drawDepths` tells which of those that passed the stencil test pass the depth test.
 template <bool kStencil, class TDrawDepths>
 HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigned char* stencils,
                                          const TDrawDepths& drawDepths) {
@@ -336,13 +344,15 @@ HWY_INLINE HWY_ATTR TGroupTargets TargetsAt(const TSpanJob& job, int x, int y) {
 }
 
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR void DrawLastGroup(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                       int x, TRowResult* result) {
-  const int count = row.Last - x + 1;
-  job.Count(TKernel::PartialGroup, count);
-  RecordGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                  job, slots, row, ColumnParameter(row, x), count, TargetsAt(job, x, row.Y)),
-              x, result);
+HWY_INLINE HWY_ATTR void DrawLastPixels(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRow& row, int x, TRowResult* result) {
+  for (; x <= row.Last; x += kLanes) {
+    const int count = std::min(row.Last - x + 1, kLanes);
+    job.Count(TKernel::PartialGroup, count);
+    RecordGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
+                    job, slots, row, ColumnParameter(row, x), count, TargetsAt(job, x, row.Y)),
+                x, result);
+  }
 }
 
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
@@ -368,13 +378,13 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
       RecordGroup(TestRun<kStencil>(job, count, to.Stencil, none), x, &result);
       continue;
     }
-    const int whole = kMaskedAccess ? count : count / kLanes * kLanes;
+    const int whole = kMaskedAccess ? count : count / kFloatLanes * kFloatLanes;
     if (whole != 0) {
       DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, whole, to, &result);
       rejects = mayRejectRuns && result.LastShaded < x;
     }
     if (whole < count) {
-      DrawLastGroup<kTexels, kPerspective, kStencil>(job, slots, row, x + whole, &result);
+      DrawLastPixels<kTexels, kPerspective, kStencil>(job, slots, row, x + whole, &result);
     }
   }
   return result;

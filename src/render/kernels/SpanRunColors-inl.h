@@ -23,17 +23,6 @@ struct TRunPixels {
   TRunValues Values;
 };
 
-// The exact bytes of a set of channels, and the constant ones, of two groups from column x on.
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                  int x, std::uint32_t channels) {
-  const auto exact = [&](int at) HWY_ATTR {
-    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
-                                         kAllChannels & ~channels, ColumnParameter(row, at));
-  };
-  return hn::Combine(DFU(), exact(x + kLanes), exact(x));
-}
-
 // Whether channels have one value throughout a row, being the same at all vertices, as 1/w is.
 inline HWY_ATTR bool AreSame(const TRowSlots& slots, const TRow& row, std::uint32_t channels) {
   bool same = channels == 0 || HasOneW(row);
@@ -43,25 +32,25 @@ inline HWY_ATTR bool AreSame(const TRowSlots& slots, const TRow& row, std::uint3
   return same;
 }
 
-// Recomputes, of two groups from column x on, those that have a pixel in `unsure`.
+// The exact bytes of a set of channels, and the constant ones, of two groups from column x on; of
+// groups without a pixel in `pixels` those of `packed`.
 template <bool kPerspective>
-HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots& slots,
-                                            const TRow& row, int x, std::uint64_t unsure,
-                                            VFU packed) {
-  HWY_ALIGN std::uint32_t colors[kFloatLanes];
-  hn::Store(packed, DFU(), colors);
-  for (int k = 0; k < kFloatLanes; k += kLanes) {
-    if ((unsure >> k & FirstBits(kLanes)) != 0) {
-      const VU exact = ExactFallbackColors<TTexelSource::None, kPerspective>(
-          job, slots, row, ColumnParameter(row, x + k), kAllChannels, hn::Zero(DU()));
-      hn::Store(exact, DU(), colors + k);
+HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    int x, std::uint32_t channels, std::uint64_t pixels,
+                                    VFU packed) {
+  const DU du;
+  const auto exact = [&](int k, VU others) HWY_ATTR {
+    if ((pixels >> k & FirstBits(kLanes)) == 0) {
+      return others;
     }
-  }
-  return hn::Load(DFU(), colors);
+    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
+                                         kAllChannels & ~channels, ColumnParameter(row, x + k));
+  };
+  return hn::Combine(DFU(), exact(kLanes, hn::UpperHalf(du, packed)),
+                     exact(0, hn::LowerHalf(du, packed)));
 }
 
-// Draws the colours of a run by pairs of groups. Without masked access none of them is blended: a
-// pair may reach past the pixels that are readable.
+// Draws the colours of a run by pairs of groups.
 template <bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots,
                                               const TRow& row, const TRunPixels& run,
@@ -69,10 +58,14 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   const DFF df;
   const DFU du;
   const std::uint32_t ties = job.Primitive.TieMask;
+  const std::uint32_t varying = kAllChannels & ~job.Primitive.ConstMask;
+  const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
+    return ExactPair<kPerspective>(job, slots, row, run.X + i, channels, pixels, packed);
+  };
   const bool sameTies = AreSame(slots, row, ties);
   VFU tied = hn::Zero(du);
-  if (kPerspective && ties != 0) {
-    tied = ExactPair<kPerspective>(job, slots, row, run.X, ties);
+  if (kPerspective && ties != 0 && sameTies) {
+    tied = exact(0, ties, FirstBits(kFloatLanes), tied);
   }
   for (int i = 0; i < run.Count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
@@ -81,22 +74,22 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     }
     const auto live = MaskOfBits(du, bits);
     VFU packed = hn::Set(du, job.Primitive.ConstColor);
-    if (!job.Primitive.HasConstColor()) {
+    if (varying != 0) {
       const VFF t = hn::Load(df, run.Values.FloatT + i);
       MFI sure = AllLanes(DFI());
-      packed = UntexturedBytes<kPerspective>(df, job, slots, *row.Floats,
+      packed = UntexturedBytes<kPerspective>(job, slots, *row.Floats,
                                              job.Primitive.ConstMask | ties, t, &sure);
       if (kPerspective && !sameTies) {
-        tied = ExactPair<kPerspective>(job, slots, row, run.X + i, ties);
+        tied = exact(i, ties, bits, tied);
       }
       packed = hn::Or(packed, tied);
       const auto unsure = hn::AndNot(hn::RebindMask(du, sure), live);
       if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
-        packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, BitsOfMask(du, unsure),
-                                                 packed);
+        job.Meets(TCondition::ValuesBytes, kLanes);
+        packed = exact(i, varying, BitsOfMask(du, unsure), packed);
       }
     }
-    if (kMaskedAccess && job.Draw.ReadsColor()) {
+    if (job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
     }
     StoreMasked(du, packed, live, color + i);
@@ -106,8 +99,8 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
 // --- With a texture, in stages: divisions, then texels and bytes. Fused, the dependency chain
 // would exceed the out-of-order window.
 
-// Fetches the texels of a run, of each group that has a pixel in `shaded`. Returns the pixels that
-// only the exact path will do for.
+// Fetches the texels of a run, of each group that has a pixel in `shaded`. Returns the pixels whose
+// texels are no bytes.
 template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach>
 HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& slots,
                                            const TRow& row, int count, std::uint64_t shaded,
@@ -132,17 +125,10 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
                                         const double* t, std::uint32_t* packed) {
   const DD d;
   TFetchedTexels ready[kRun / kLanes];
-  const auto fetch = [&](auto reach) HWY_ATTR {
+  const std::uint64_t unsure = ByReach(job.Primitive.Reach, [&](auto reach) HWY_ATTR {
     return FetchRun<kTexels, kPerspective, decltype(reach)::value>(job, slots, row, count, shaded,
                                                                    t, ready);
-  };
-  const TTexelReach reach = kGathers ? job.Primitive.Reach : TTexelReach::Anywhere;
-  const std::uint64_t unsure =
-      reach == TTexelReach::Plain ? fetch(std::integral_constant<TTexelReach, TTexelReach::Plain>())
-      : reach == TTexelReach::Periodic
-          ? fetch(std::integral_constant<TTexelReach, TTexelReach::Periodic>())
-          : fetch(std::integral_constant<TTexelReach, TTexelReach::Near>());
-
+  });
   int& exactRuns = row.Floats->ExactRuns;
   const bool tries = exactRuns == 0;
   std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
@@ -167,25 +153,17 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     if ((shaded >> i & FirstBits(kLanes)) == 0) {
       continue;
     }
-    const TFetchedTexels& fetched = ready[i / kLanes];
-    const VD at = hn::Load(d, t + i);
-    VU colors = hn::Zero(DU());
-    if ((unsure >> i & FirstBits(kLanes)) != 0) {
-      colors =
-          ExactFallbackColors<kTexels, kPerspective>(job, slots, row, at, kAllChannels, colors);
-    } else {
-      std::uint64_t bits;
-      std::memcpy(&bits, sure[i / kLanes], sizeof bits);
-      const std::uint32_t channels = UnsureChannels(bits);
-      common &= channels;
-      if (channels == 0) {
-        continue;
-      }
-      colors = ExactFetchedFallback<kTexels, kPerspective>(
-          job, slots, row, at, fetched, channels,
-          channels == kAllChannels ? colors : hn::Load(DU(), packed + i));
+    std::uint64_t bits;
+    std::memcpy(&bits, sure[i / kLanes], sizeof bits);
+    const std::uint32_t channels =
+        (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
+    common &= channels;
+    if (channels != 0) {
+      const VU exact = ExactFallback<kTexels, kPerspective>(
+          job, slots, row, hn::Load(d, t + i), ready[i / kLanes], channels,
+          channels == kAllChannels ? hn::Zero(DU()) : hn::Load(DU(), packed + i));
+      hn::Store(exact, DU(), packed + i);
     }
-    hn::Store(colors, DU(), packed + i);
   }
   exactRuns = !tries ? exactRuns - 1 : common == kAllChannels ? kExactRuns : 0;
 }
@@ -218,9 +196,9 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
       continue;
     }
     const MI live = MaskOfBits(DI(), bits);
-    VU packed = staged ? hn::Load(du, colors + i)
-                       : PackedColors<kTexels, kPerspective>(job, slots, row,
-                                                             hn::Load(d, run.Values.T + i));
+    VU packed =
+        staged ? hn::Load(du, colors + i)
+               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, run.Values.T + i));
     if (job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, LoadLive(du, live, color + i));
     }

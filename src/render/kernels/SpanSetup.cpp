@@ -256,45 +256,41 @@ bool HasSmallOffsets(const DATASURFACE& surface) {
          (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
 }
 
-TTexelAxis TexelAxisOf(std::uint32_t wrap, int size, bool linear) {
+TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {
   const auto last = static_cast<std::uint32_t>(size - 1);
-  if (wrap == GL_REPEAT && (size & (size - 1)) == 0) {
-    return {TTexelWrap::Repeat, last, last, 0.0, 0.0, 0.0, 0.0};
-  }
+  const double n = size;
   if (wrap == GL_REPEAT) {
-    return {TTexelWrap::Repeat, ~0u, last, static_cast<double>(size), 1.0 / size, 0.0, 0.0};
+    return {TTexelWrap::Repeat, (size & (size - 1)) == 0 ? last : kNoTexelMask, last, n, 1.0 / n};
   }
-  // A linear filter reads one texel further.
-  const double most = size - (linear ? 1 : 0);
-  const bool toEdge = wrap == GL_CLAMP_TO_EDGE && most > 0.0;
-  return {toEdge ? TTexelWrap::Edge : TTexelWrap::Inside, ~0u, ~0u, 0.0, 0.0, most, most - 1.0};
+  return {wrap == GL_CLAMP_TO_EDGE ? TTexelWrap::Edge : TTexelWrap::Border, kNoTexelMask, ~0u, n,
+          1.0 / n};
 }
 
 // Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
 // what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
 // ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more.
-TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, int size, bool linear,
+TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, bool linear,
                          const TTexelAxis& axis) {
   const double a = v[0][slot][component];
   const double b = v[1][slot][component];
   const double c = v[2][slot][component];
   const double shift = linear ? 0.5 : 0.0;
-  const double least = std::min({a, b, c}) * size - shift;
-  const double most = std::max({a, b, c}) * size - shift;
+  const double least = std::min({a, b, c}) * axis.Size - shift;
+  const double most = std::max({a, b, c}) * axis.Size - shift;
   const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most));
   // NaNs are found by the sum.
   if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
         most < kInRangeRepeat)) {
     return TTexelReach::Anywhere;
   }
-  if (margin <= least && most + margin < size - (linear ? 1 : 0)) {
+  if (margin <= least && most + margin < axis.Size - (linear ? 1 : 0)) {
     return TTexelReach::Plain;
   }
   // One texel below zero is the last one, unless it is the first as well.
   if (axis.Wrap != TTexelWrap::Repeat || axis.Last == 0 || least < -0.75) {
-    return TTexelReach::Near;
+    return TTexelReach::Anywhere;
   }
-  return axis.Period == 0.0 ? TTexelReach::Plain : TTexelReach::Periodic;
+  return axis.Mask != kNoTexelMask ? TTexelReach::Plain : TTexelReach::Periodic;
 }
 
 // Finds whether kernels read the texels themselves.
@@ -302,18 +298,17 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   const DATASURFACE* const surface = sampler.m_Surface;
   primitive->Sampler = const_cast<TSampler*>(&sampler);
   primitive->Texels = TTexelSource::Sampler;
+  primitive->Reach = TTexelReach::Anywhere;
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
-  primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width, linear);
-  primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height, linear);
-  primitive->Reach = TTexelReach::Anywhere;
+  primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width);
+  primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height);
   const TVertices& v = primitive->Vertex;
   if (!primitive->Perspective || HasSteadyW(v)) {
     const int slot = primitive->TexSlot;
-    primitive->Reach =
-        std::min(TexelReachOf(v, slot, 0, surface->Width, linear, primitive->AxisX),
-                 TexelReachOf(v, slot, 1, surface->Height, linear, primitive->AxisY));
+    primitive->Reach = std::min(TexelReachOf(v, slot, 0, linear, primitive->AxisX),
+                                TexelReachOf(v, slot, 1, linear, primitive->AxisY));
   }
   return TCondition::None;
 }

@@ -42,9 +42,11 @@ template <bool kPerspective, TShortColors kColors, TTests kTests>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, std::uint64_t covered, int start,
                                          TLastPixels* last) {
-  TLastPixel tested;
+  TLastPixel tested = {start, LastBit(covered), rows.Last[LastBit(covered)]};
+  if (kTests == TTests::AnyWithStencil) {
+    tested.Start = -1;
+  }
   TLastPixel shaded;
-  std::uint64_t testedBits = 1;
   std::uint64_t shadedBits = 1;
   for (; covered != 0; covered &= covered - 1) {
     const int lane = FirstBit(covered);
@@ -54,9 +56,8 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
       const TGroupResult drawn = DrawGroupBy<kTests>(
           job, row, t, std::min(row.Last - x + 1, kLanes), TargetsAt(job, x, row.Y),
           [&]() HWY_ATTR { return ShortColors<kPerspective, kColors>(job, slots, row, t); });
-      if (drawn.Tested != 0) {
-        tested = {start, lane, x};
-        testedBits = drawn.Tested;
+      if (kTests == TTests::AnyWithStencil && drawn.Tested != 0) {
+        tested = {start, lane, x + LastBit(drawn.Tested)};
       }
       if (drawn.Shaded != 0) {
         shaded = {start, lane, x};
@@ -65,7 +66,7 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
     }
   }
   if (tested.Start >= 0) {
-    last->DepthTested = {start, tested.Lane, tested.X + LastBit(testedBits)};
+    last->DepthTested = tested;
   }
   if (shaded.Start >= 0) {
     last->Shaded = {start, shaded.Lane, shaded.X + LastBit(shadedBits)};

@@ -38,9 +38,6 @@ static_assert((HWY_TARGETS & ~static_cast<std::int64_t>(ZX_TARGETS)) == 0,
 
 // --- What the target at hand has
 
-// Loads from as many addresses as a vector has lanes, as one instruction.
-#define ZX_HAS_GATHERS ((HWY_TARGET & (ZX_TARGETS_AVX2 | ZX_TARGETS_AVX3)) != 0)
-
 // Loads and stores that touch no memory but that of the lanes a mask names, for lanes of 32 and 64
 // bits.
 #define ZX_HAS_MASKED_ACCESS ((HWY_TARGET & (ZX_TARGETS_AVX2 | ZX_TARGETS_AVX3)) != 0)
