@@ -127,7 +127,10 @@ void TRenderEngine::Replay(unsigned int mode, int count, const TElements& elemen
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
     } scope = {&DrawJob};
-    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
+    const bool areTriangles = mode >= GL_TRIANGLES;
+    DrawJob = areTriangles && SetUpDraw(TPrimitiveKind::Triangle, &job) == TCondition::None
+                  ? &job
+                  : nullptr;
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
-#include <new>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
@@ -11,6 +10,7 @@
 
 #include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/arrays/BatchFetch.h>
+#include <ZxCore3D/render/arrays/VertexCache.h>
 #include <ZxCore3D/render/common/Channels.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/Pairs.h>
@@ -18,6 +18,7 @@
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 
 namespace Zx3D {
 
@@ -270,55 +271,121 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
   }
 }
 
-// Draws a triangle whose corners have window coordinates already. Without a texture nothing but the
-// draw itself runs until its end, so that no state needs to be looked after.
-void TRenderEngine::DrawProjected(TBatchDraw* draw, int shape, bool front) {
-  const TVertexBatch& batch = draw->Batch;
-  draw->FetchValues();
-  for (int c = 0; c < 3; ++c) {
-    const int at = c * batch.Pitch + shape;
-    VAR_DATA& record = gl.m_VarCur[c];
-    StoreVector(&record.Slots[0], batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]);
-    record.Slots[gl.m_VarColor] = draw->ValueOf(1, draw->Shapes.Vertex[at]);
+// Fills the record of a vertex of the batch, as the shader and rasterisation do; `entry` is one of
+// its entries, in window coordinates.
+void TRenderEngine::ShadeCorner(TBatchDraw* draw, int vertex, int entry) {
+  const TVertexBatch& window = draw->Batch;
+  TVertexCache& cache = *VertexCache;
+  VAR_DATA& record = cache.Corners[vertex];
+  const bool textured = gl.m_TexUnits[0].TexEnabled;
+  if (gl.m_Lighting && draw->Elements.IsIndexed()) {
+    LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
+  } else if (gl.m_Lighting) {
+    draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
+    ShadeVertex(&gl, &record, draw->Arrays.Lighting);
+  } else {
+    draw->FetchValues();
+    record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+    if (textured) {
+      record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
+    }
   }
-  gl.m_Fragment.FrontFacing = front;
-  new (&DrawJob->Primitive) TPrimitive; // as in RasterizeTriangle
-  DrawTriangle(gl.m_VarCur, DrawJob, TCondition::None);
+  if (!textured) {
+    record.Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
+  }
+  StoreVector(&record.Slots[0], window.X[entry], window.Y[entry], window.Z[entry], window.W[entry]);
+  cache.Slots[vertex] = record.Slots;
+  if (gl.m_PerspectiveHint != GL_FASTEST && window.W[entry] != 1.0) {
+    gl.CopyVar(cache.Scaled[vertex], record);
+    ScaleSlots(&cache.Scaled[vertex], gl.m_VarCount);
+    cache.Slots[vertex] = cache.Scaled[vertex].Slots;
+  }
+}
+
+// Draws a triangle of a batch in the window. Nothing but the draw itself runs until its end, so
+// that no state needs to be looked after. False, having drawn nothing, if that takes the reference
+// walker.
+bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
+                                 const int (&corners)[3], int shape) {
+  TPrimitive& primitive = DrawJob->Primitive;
+  const TVertexCache& cache = *VertexCache;
+  int vertices[3];
+  for (int c = 0; c < 3; ++c) {
+    const int entry = corners[c] * draw->Batch.Pitch + shape;
+    vertices[c] = draw->Shapes.Vertex[entry];
+    if (cache.Slots[vertices[c]] == nullptr) {
+      ShadeCorner(draw, vertices[c], entry);
+    }
+    primitive.Vertex[c] = cache.Corners[vertices[c]].Slots;
+  }
+  if (SetUpPrimitive(&primitive) != TCondition::None) {
+    return false;
+  }
+  for (int c = 0; c < 3; ++c) {
+    primitive.Vertex[c] = cache.Slots[vertices[c]];
+  }
+  primitive.RecordColor = false;
+  DrawJob->StartPrimitive();
+  GetSpanKernels()->DrawPlannedTriangle(DrawJob, rows, shape);
+  RecordTriangle(*DrawJob);
+  return true;
 }
 
 // The shapes of one batch; returns how many were drawn. Where vertices are drawn from the copies
 // that earlier shapes left, a shape that puts something into the slot that no shader fills is the
 // last one.
 int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
+  static constexpr int kHalves[2][3] = {{0, 1, 2}, {0, 2, 3}}; // of a quad; a triangle is the first
   const int corners = draw->Shapes.Corners;
+  const int halves = corners == 4 ? 2 : 1;
   const bool separate = draw->Shapes.AreSeparate();
   const TSpanKernels& kernels = *GetSpanKernels();
   const TVertexBatch& batch = draw->Batch;
   const TCulling culling = {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW};
-  TShapeClasses a;
-  TShapeClasses b;
-  b.Outside = ~std::uint64_t{0};
+  TShapeClasses classes[2];
+  const TShapeClasses& a = classes[0];
+  const TShapeClasses& b = classes[1];
   if (corners == 2) {
-    kernels.ClassifyLines(batch, shapes, &a);
-  } else {
-    kernels.ClassifyTriangles(batch, {0, 1, 2}, shapes, culling, &a);
-    if (corners == 4) {
-      kernels.ClassifyTriangles(batch, {0, 2, 3}, shapes, culling, &b);
-    }
+    kernels.ClassifyLines(batch, shapes, &classes[0]);
+  }
+  for (int half = 0; half < halves && corners >= 3; ++half) {
+    kernels.ClassifyTriangles(batch, kHalves[half], shapes, culling, &classes[half]);
+  }
+  if (halves == 1) {
+    classes[1].Outside = ~std::uint64_t{0};
   }
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
-  const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
+  std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
   const std::uint64_t uncut = (a.Outside | a.Culled) & (b.Outside | b.Culled);
   std::uint64_t beyond =
       (a.Outside | a.Beyond | a.Culled) & (b.Outside | b.Beyond | b.Culled) & ~uncut & all;
   std::uint64_t rest = all & ~(uncut | beyond);
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
-  const bool projected = corners == 3 && (rest & inside) != 0 && DrawJob != nullptr &&
-                         !gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled;
-  if (projected) {
-    kernels.ProjectTriangles(gl.m_Width, gl.m_Height, gl.m_FrontFaceCCW, shapes, &draw->Batch, &a);
+  // Those inside go to the window together, while nothing stands in the slot that no shader fills.
+  TTriangleRows rows[2];
+  bool inWindow = false;
+  if ((rest & inside) != 0 && corners >= 3) {
+    UpdateDerivedState();
+    inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
   }
+  if (inWindow) {
+    std::fill_n(VertexCache->Slots, draw->Count, nullptr);
+    kernels.ProjectVertices(gl.m_Width, gl.m_Height, corners * batch.Pitch, &draw->Batch);
+    for (int half = 0; half < halves; ++half) {
+      kernels.PlanTriangles(batch, kHalves[half], shapes, gl.m_Height, &rows[half]);
+      inside &= rows[half].InReach;
+    }
+  }
+  const auto drawInWindow = [&](int shape) {
+    bool done = true;
+    for (int half = 0; half < halves && done; ++half) {
+      gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;
+      done = (classes[half].Culled >> shape & 1) != 0 ||
+             DrawInWindow(draw, rows[half], kHalves[half], shape);
+    }
+    return done;
+  };
 
   // The only trace of culled shapes is the facing of the last of them in the fragment record.
   std::uint64_t done = 0;
@@ -338,21 +405,24 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     }
   };
   drawBeyond(all);
-  while (rest != 0) {
+  for (; rest != 0; rest &= rest - 1) {
     const int shape = __builtin_ctzll(rest);
     const std::uint64_t bit = std::uint64_t{1} << shape;
     recordCulled(bit - 1);
-    if (projected && (inside & bit) != 0) {
-      DrawProjected(draw, shape, (a.Front & bit) != 0);
-    } else {
-      DrawBatched(draw, shape, (inside & bit) != 0);
+    if (inWindow && (inside & bit) != 0 && drawInWindow(shape)) {
+      continue;
     }
-    rest &= rest - 1;
-    if (!separate && !IsSpareSlotZero(gl)) {
-      return shape + 1;
+    DeferredFragment.KeepVertices();
+    DrawBatched(draw, shape, !inWindow && (inside & bit) != 0);
+    if (!IsSpareSlotZero(gl)) {
+      if (!separate) {
+        return shape + 1;
+      }
+      inside = inWindow ? 0 : inside;
     }
     drawBeyond(all & ~(2 * bit - 1));
   }
+  DeferredFragment.KeepVertices();
   recordCulled(all);
   return shapes;
 }
@@ -528,9 +598,10 @@ void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
 int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count) {
   const TShapes& kind = kShapes[gl.m_PrimitiveMode];
   TDrawState pointState;
-  // Lit vertices of strips and fans are shaded once by the reference path, and cost more than what
-  // batches save.
-  const bool shadedOnce = gl.m_Lighting && kind.Corners == 3 && !kind.AreSeparate();
+  // Where shapes do not go to the window together, lit vertices of strips and fans are shaded once
+  // by the reference path alone, and cost more than what batches save.
+  const bool shadedOnce =
+      gl.m_Lighting && kind.Corners == 3 && !kind.AreSeparate() && DrawJob == nullptr;
   if (shadedOnce || (kind.Corners == 1 && !MayBatchPoints(&pointState))) {
     return 0;
   }
@@ -544,7 +615,7 @@ int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elem
   }
   draw.Tags = NextDraw();
   if (kind.Corners == 2) {
-    draw.Unmet = SetUpDraw(&draw.Job.Draw);
+    draw.Unmet = SetUpDraw(TPrimitiveKind::Line, &draw.Job);
   }
   int done = 0;
   bool more = true;

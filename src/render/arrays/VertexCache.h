@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/arrays/VertexBatch.h>
+
 namespace Zx3D {
 
 /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
@@ -16,6 +18,12 @@ struct TVertexCache {
   TRenderCPU::VAR_DATA Vertices[kSize];
   std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
   std::uint32_t Draw;
+
+  // --- The vertices of a batch in the window
+  TRenderCPU::VAR_DATA Corners[TVertexBatch::kMost];
+  TRenderCPU::VAR_DATA Scaled[TVertexBatch::kMost]; ///< for perspective, where w is not 1
+  /// Those of them that are interpolated; null: not filled yet.
+  const vec_t_<double, 4>* Slots[TVertexBatch::kMost];
 };
 
 } // namespace Zx3D

@@ -35,11 +35,11 @@
   X(Primitive,       InReach,         AreInReach(primitive.Vertex),                           "row set-up neither overflows nor gives a NaN")
 #define ZX_TEXTURE_CONDITIONS(X) \
   X(Primitive,       KnownEnv,        primitive.Modulate || replaces,                         "other environments leave the colour of the fragment before") \
-  X(Primitive,       LiveTexCoord,    isLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
+  X(Primitive,       LiveTexCoord,    IsLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
   X(Primitive,       KnownSampler,    IsKnownSampler(unit.Sampler),                           "a caller's function may look at anything")
 #define ZX_VERTEX_COLOR_CONDITIONS(X) \
-  X(Primitive,       LiveColor,       isLive(color),                                          "as for the texture coordinate") \
-  X(Primitive,       LiveSecondary,   !gl.m_Lighting || isLive(secondary),                    "as for the texture coordinate")
+  X(Primitive,       LiveColor,       IsLive(color),                                          "as for the texture coordinate") \
+  X(Primitive,       LiveSecondary,   !gl.m_Lighting || IsLive(secondary),                    "as for the texture coordinate")
 
 #define ZX_BYTE_TEXEL_CONDITIONS(X) \
   X(ByteTexels,      Image,           surface != nullptr && \

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include <ZxCore3D/render/FragmentOps.h>
@@ -71,7 +72,8 @@ struct TComponents {
   }
   // A bit for each component.
   unsigned int Bits() const {
-    return static_cast<unsigned int>((Low[0] & 1) | (Low[1] & 2) | (High[0] & 4) | (High[1] & 8));
+    const TPairMask bits = (Low & TPairMask{1, 2}) | (High & TPairMask{4, 8});
+    return static_cast<unsigned int>(bits[0] | bits[1]);
   }
 };
 
@@ -200,7 +202,7 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
       }
     }
     primitive->ConstMask |= 1u << i;
-    primitive->ConstColor |= static_cast<std::uint32_t>(ByteOf(value)) << (8 * i);
+    primitive->ConstColor |= static_cast<std::uint32_t>(value * 255.0 + 0.5) << (8 * i);
   }
 }
 
@@ -307,15 +309,19 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
   primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width, linear);
   primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height, linear);
-  primitive->Reach = TTexelReach::Anywhere;
-  const TVertices& v = primitive->Vertex;
-  if (!primitive->Perspective || HasSteadyW(v)) {
-    const int slot = primitive->TexSlot;
-    primitive->Reach =
-        std::min(TexelReachOf(v, slot, 0, surface->Width, linear, primitive->AxisX),
-                 TexelReachOf(v, slot, 1, surface->Height, linear, primitive->AxisY));
-  }
   return TCondition::None;
+}
+
+TTexelReach TexelReachOf(const TPrimitive& primitive) {
+  const TVertices& v = primitive.Vertex;
+  if (primitive.Perspective && !HasSteadyW(v)) {
+    return TTexelReach::Anywhere;
+  }
+  const DATASURFACE& surface = *primitive.Sampler->m_Surface;
+  const bool linear = primitive.Texels == TTexelSource::Linear;
+  const int slot = primitive.TexSlot;
+  return std::min(TexelReachOf(v, slot, 0, surface.Width, linear, primitive.AxisX),
+                  TexelReachOf(v, slot, 1, surface.Height, linear, primitive.AxisY));
 }
 
 // Whether all filtered texels lie in 0 to 1. With coordinates that are NaN, or too great to have a
@@ -338,9 +344,13 @@ bool AreUnitTexels(const TPrimitive& primitive) {
 }
 
 bool AreInReach(const TVertices& v) {
-  return std::all_of(std::begin(v), std::end(v), [](const TVec4* at) {
-    return std::fabs(at[0].x) < kMaxWindow && std::fabs(at[0].y) < kMaxWindow;
-  });
+  constexpr TPair kMost = {kMaxWindow, kMaxWindow};
+  TPairMask inside = {-1, -1};
+  for (const TVec4* const at : v) {
+    const TPair xy = PairAt(&at[0].x);
+    inside &= (xy < kMost) & (xy > -kMost);
+  }
+  return (inside[0] & inside[1]) != 0;
 }
 
 } // namespace
@@ -391,39 +401,53 @@ TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
   ZX_RETURN_FIRST_UNMET(ZX_TEST_CONDITIONS);
 }
 
-// Set-up that holds for all primitives of a draw. Returns the condition that leaves them to the
-// reference walker.
-TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
+// Set-up that holds for all primitives of a draw, all of one kind. Returns the condition that
+// leaves them to the reference walker.
+TCondition TRenderEngine::SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const {
   ZX_SHADER_CONDITIONS(ZX_RETURN_UNMET)
-  const TCondition unmet = SetUpTargets(draw);
-  return unmet != TCondition::None ? unmet : SetUpDepthStencil(draw);
+  TCondition unmet = SetUpTargets(&job->Draw);
+  unmet = unmet != TCondition::None ? unmet : SetUpDepthStencil(&job->Draw);
+  return unmet != TCondition::None ? unmet : SetUpSources(kind, &job->Primitive);
 }
+
+// What pixels are interpolated from and looked up in, apart from the vertices' own values.
+TCondition TRenderEngine::SetUpSources(TPrimitiveKind kind, TPrimitive* out) const {
+  TPrimitive& primitive = *out;
+  primitive.Kind = kind;
+  primitive.AddOffset = gl.m_PolygonOffsetFill &&
+                        (kind == TPrimitiveKind::Triangle || gl.m_PrimitiveMode == GL_TRIANGLES);
+  const TTexUnit& unit = gl.m_TexUnits[0];
+  if (!unit.TexEnabled) {
+    return TCondition::None;
+  }
+  const bool replaces = unit.TexEnvMode == GL_REPLACE;
+  primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
+  primitive.TexSlot = gl.m_VarTexCoord;
+  ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
+  Meets(ActiveKernelCounters(), SetUpTexels(unit.Sampler, &primitive));
+  return TCondition::None;
+}
+
+bool TRenderEngine::IsLive(int slot) const { return slot >= 1 && slot < gl.m_VarCount; }
 
 // Set-up of one primitive, whose vertices have window coordinates and slots as they are before
 // perspective scales them.
 TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   TPrimitive& primitive = *out;
+  new (static_cast<TPrimitiveValues*>(out))
+      TPrimitiveValues; // copied, it would wait for its stores
   const TVertices& v = primitive.Vertex;
   const auto [color, secondary] = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
-  const TTexUnit& unit = gl.m_TexUnits[0];
-  const bool textured = unit.TexEnabled;
-  const bool replaces = textured && unit.TexEnvMode == GL_REPLACE;
-  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
+  const bool textured = primitive.Texels != TTexelSource::None;
   ZX_PRIMITIVE_CONDITIONS(ZX_RETURN_UNMET)
 
   // With w of 1 throughout, perspective multiplies by 1 and nothing else.
   primitive.Perspective = gl.m_PerspectiveHint != GL_FASTEST &&
                           !(v[0][0].w == 1.0 && v[1][0].w == 1.0 && v[2][0].w == 1.0);
-  primitive.AddOffset = gl.m_PolygonOffsetFill && (primitive.Kind == TPrimitiveKind::Triangle ||
-                                                   gl.m_PrimitiveMode == GL_TRIANGLES);
-  TKernelCounters* const counters = ActiveKernelCounters();
-  if (textured) {
-    primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
-    primitive.TexSlot = gl.m_VarTexCoord;
-    ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
-    Meets(counters, SetUpTexels(unit.Sampler, &primitive));
+  if (HasByteTexels(primitive.Texels)) {
+    primitive.Reach = TexelReachOf(primitive);
   }
-  if (replaces) {
+  if (!primitive.Modulate) {
     primitive.Clamp = !AreUnitTexels(primitive);
     primitive.UsesVertexColor = false;
     primitive.ChannelBound = 1.0;
@@ -444,7 +468,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   if (steady && !textured) {
     SetUpConstantChannels(lone, &primitive);
   }
-  if (Meets(counters, SetUpFloatColors(steady, inUnit, &primitive))) {
+  if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
@@ -456,12 +480,22 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
 
 // --- Running
 
-void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+void TRenderEngine::RunTriangleJob(TSpanJob* job) {
   job->Primitive.RecordColor = DrawJob == nullptr;
   job->StartPrimitive();
   GetSpanKernels()->DrawTriangle(job);
+  RecordTriangle(*job);
+  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
+    ResolveFragment();
+  } else {
+    DeferredFragment.KeepVertices();
+  }
+}
 
-  const TSpanResult& result = job->Result;
+// Records what a kernel left of a triangle. Its vertices have to stay until the fragment is
+// computed, or `KeepVertices` copies them.
+void TRenderEngine::RecordTriangle(const TSpanJob& job) {
+  const TSpanResult& result = job.Result;
   if (result.YSet) {
     gl.m_Fragment.Y = result.Y;
   }
@@ -475,26 +509,27 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   TDeferredFragment& pending = DeferredFragment;
   pending.Set = true;
   // No state changes within an array draw: the colour can wait for the last triangle.
-  pending.Shade = !job->Primitive.RecordColor;
+  pending.Shade = !job.Primitive.RecordColor;
   pending.Front = gl.m_Fragment.FrontFacing;
-  if (job->Primitive.RecordColor) {
+  if (job.Primitive.RecordColor) {
     gl.m_Fragment.Color = result.LastColor;
   }
-  pending.Perspective = job->Primitive.Perspective;
+  pending.Perspective = job.Primitive.Perspective;
   pending.Count = gl.m_VarCount;
   pending.X = result.LastX;
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
-  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
-    ComputeDeferredFragment(v);
-    return;
-  }
-  for (int i = 0; i < 3; ++i) {
+  std::copy_n(job.Primitive.Vertex, 3, pending.Vertex);
+}
+
+void TDeferredFragment::KeepVertices() {
+  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
     // Four slots are all that most states have.
-    std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
-    if (gl.m_VarCount > 4) {
-      gl.CopyVar(pending.Vertex[i], v[i]);
+    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
+    if (Count > 4) {
+      std::copy_n(Vertex[i], Count, Kept[i]);
     }
+    Vertex[i] = Kept[i];
   }
 }
 
@@ -516,28 +551,29 @@ namespace {
 
 // An edge at one row.
 struct TSide {
-  const TRenderCPU::VAR_DATA* Begin; ///< the lower end
-  const TRenderCPU::VAR_DATA* End;
+  const TVec4* Begin; ///< the lower end
+  const TVec4* End;
   double T;
 
-  TSide(const TRenderCPU::VAR_DATA& a, const TRenderCPU::VAR_DATA& b) : T(0.0) {
-    const bool upward = b.Slots[0].y >= a.Slots[0].y;
-    Begin = upward ? &a : &b;
-    End = upward ? &b : &a;
+  TSide(const TVec4* a, const TVec4* b) : T(0.0) {
+    const bool upward = b[0].y >= a[0].y;
+    Begin = upward ? a : b;
+    End = upward ? b : a;
   }
-  double DeltaY() const { return End->Slots[0].y - Begin->Slots[0].y; }
-  void SetRow(int y) { T = (y - Begin->Slots[0].y) / DeltaY(); }
+  double DeltaY() const { return End[0].y - Begin[0].y; }
+  void SetRow(int y) { T = (y - Begin[0].y) / DeltaY(); }
   TPair At(int place) const { // two components, counted through all slots
-    const TPair begin = PairAt(&Begin->Slots[0].x + place);
-    return (PairAt(&End->Slots[0].x + place) - begin) * T + begin;
+    const TPair begin = PairAt(&Begin[0].x + place);
+    return (PairAt(&End[0].x + place) - begin) * T + begin;
   }
 };
 
 } // namespace
 
 // Computes the slots of the last fragment of a triangle by the operations of the reference walker.
-void TRenderEngine::ComputeDeferredFragment(const VAR_DATA* v) {
+void TRenderEngine::ComputeDeferredFragment() {
   TDeferredFragment& pending = DeferredFragment;
+  const TVertices& v = pending.Vertex;
   pending.Set = false;
   const TSide edges[3] = {{v[0], v[1]}, {v[1], v[2]}, {v[2], v[0]}};
   int major = edges[1].DeltaY() > edges[0].DeltaY() ? 1 : 0;
