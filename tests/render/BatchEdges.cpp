@@ -317,7 +317,7 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
       Zx3D::TShapeClasses classes;
       const Zx3D::TSpanKernels& kernels = *Zx3D::GetSpanKernels();
       kernels.ClassifyTriangles(clip, {0, 1, 2}, kShapes, {false, false, frontCCW}, &classes);
-      kernels.ProjectVertices(kWidth, kHeight, 3 * kShapes, &window);
+      kernels.ProjectVertices(kWidth, kHeight, 0, 3 * kShapes, &window);
       const auto expectSame = [](double expected, double got) {
         EXPECT_TRUE(std::isnan(expected) ? std::isnan(got)
                                          : std::memcmp(&expected, &got, sizeof got) == 0)

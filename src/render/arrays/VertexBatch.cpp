@@ -95,8 +95,9 @@ struct TBatchDraw {
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   TVec4* Current[3];
-  TVertexBatch Batch = {};
+  TVertexBatch Batch;
   TVertexBatch Line;                       ///< the vertices themselves, where shapes share them
+  int FirstPlace = 0;                      ///< of a separate shape's records
   unsigned long First = 0;                 ///< element of the batch's first vertex
   int Count = 0;                           ///< vertices of the batch
   bool Fetched = false;                    ///< whether `Vectors` are those of the batch
@@ -146,6 +147,15 @@ struct TBatchDraw {
     return Listed ? List[vertex] : First + static_cast<unsigned long>(vertex);
   }
 
+  // Makes room for the corners of a separate shape: in records that are in the cache still, but not
+  // those that the deferred fragment has.
+  void TakePlaces(TVertexCache* cache, const TDeferredFragment& fragment) {
+    const TVec4* const kept = fragment.Vertex[0];
+    const bool first = kept == cache->Corners[0].Slots || kept == cache->Scaled[0].Slots;
+    FirstPlace = first ? Shapes.Corners : 0;
+    std::fill_n(cache->Slots + FirstPlace, Shapes.Corners, nullptr);
+  }
+
   // Fetches the vertices of `shapes` shapes, from number `first` on, and transforms their
   // positions.
   void FetchBatch(const TSpanKernels& kernels, const double* matrix, int first, int shapes) {
@@ -166,22 +176,31 @@ struct TBatchDraw {
     const auto fetch = kFetchPositions[Position.Kind];
     if (Shapes.AreSeparate()) {
       fetch(ListFor(Position), Shapes.Corners, &Batch);
+      for (int c = 0; c < Shapes.Corners; ++c) {
+        ZeroRest(c * Batch.Pitch + shapes, (c + 1) * Batch.Pitch, &Batch);
+      }
       kernels.TransformBatch(matrix, Shapes.Corners * Batch.Pitch, &Batch);
       return;
     }
     fetch(ListFor(Position), 1, &Line);
-    for (int i = Count; i % 8 != 0; ++i) { // the rest of a vector
-      Line.X[i] = Line.Y[i] = Line.Z[i] = 0.0;
+    const int whole = (shapes + 7) / 8 * 8; // vectors
+    ZeroRest(Count, whole + 8, &Line);
+    kernels.TransformBatch(matrix, whole + 8, &Line);
+    CopyCorners(Line.X, whole, Batch.X);
+    CopyCorners(Line.Y, whole, Batch.Y);
+    CopyCorners(Line.Z, whole, Batch.Z);
+    CopyCorners(Line.W, whole, Batch.W);
+  }
+
+  // Vectors are computed whole, past the last vertex.
+  static void ZeroRest(int begin, int end, TVertexBatch* batch) {
+    for (double* const part : {batch->X, batch->Y, batch->Z}) {
+      std::fill(part + begin, part + end, 0.0);
     }
-    kernels.TransformBatch(matrix, Count, &Line);
-    CopyCorners(Line.X, shapes, Batch.X);
-    CopyCorners(Line.Y, shapes, Batch.Y);
-    CopyCorners(Line.Z, shapes, Batch.Z);
-    CopyCorners(Line.W, shapes, Batch.W);
   }
 
   // One component of vertices that shapes share to the corners of the shapes, as `Shapes.Vertex`
-  // places them: most lie side by side. A shape more may be written, if there is room.
+  // places them: most lie side by side.
   void CopyCorners(const double* vertices, int shapes, double* out) const {
     const int pitch = Shapes.Pitch;
     if (Shapes.Mode == GL_TRIANGLE_STRIP) {
@@ -271,12 +290,12 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
   }
 }
 
-// Fills the record of a vertex of the batch, as the shader and rasterisation do; `entry` is one of
-// its entries, in window coordinates.
-void TRenderEngine::ShadeCorner(TBatchDraw* draw, int vertex, int entry) {
+// Fills a record with a vertex of the batch in the window, as the shader and rasterisation do.
+void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
   const TVertexBatch& window = draw->Batch;
+  const int vertex = draw->Shapes.Vertex[entry];
   TVertexCache& cache = *VertexCache;
-  VAR_DATA& record = cache.Corners[vertex];
+  VAR_DATA& record = cache.Corners[place];
   const bool textured = gl.m_TexUnits[0].TexEnabled;
   if (gl.m_Lighting && draw->Elements.IsIndexed()) {
     LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
@@ -294,11 +313,12 @@ void TRenderEngine::ShadeCorner(TBatchDraw* draw, int vertex, int entry) {
     record.Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
   }
   StoreVector(&record.Slots[0], window.X[entry], window.Y[entry], window.Z[entry], window.W[entry]);
-  cache.Slots[vertex] = record.Slots;
+  cache.Slots[place] = record.Slots;
   if (gl.m_PerspectiveHint != GL_FASTEST && window.W[entry] != 1.0) {
-    gl.CopyVar(cache.Scaled[vertex], record);
-    ScaleSlots(&cache.Scaled[vertex], gl.m_VarCount);
-    cache.Slots[vertex] = cache.Scaled[vertex].Slots;
+    VAR_DATA& scaled = cache.Scaled[place];
+    scaled.Slots[0] = record.Slots[0];
+    ScaleSlots(record, gl.m_VarCount, &scaled);
+    cache.Slots[place] = scaled.Slots;
   }
 }
 
@@ -309,20 +329,21 @@ bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
                                  const int (&corners)[3], int shape) {
   TPrimitive& primitive = DrawJob->Primitive;
   const TVertexCache& cache = *VertexCache;
-  int vertices[3];
+  int places[3];
   for (int c = 0; c < 3; ++c) {
     const int entry = corners[c] * draw->Batch.Pitch + shape;
-    vertices[c] = draw->Shapes.Vertex[entry];
-    if (cache.Slots[vertices[c]] == nullptr) {
-      ShadeCorner(draw, vertices[c], entry);
+    places[c] =
+        draw->Shapes.AreSeparate() ? draw->FirstPlace + corners[c] : draw->Shapes.Vertex[entry];
+    if (cache.Slots[places[c]] == nullptr) {
+      ShadeCorner(draw, entry, places[c]);
     }
-    primitive.Vertex[c] = cache.Corners[vertices[c]].Slots;
+    primitive.Vertex[c] = cache.Corners[places[c]].Slots;
   }
   if (SetUpPrimitive(&primitive) != TCondition::None) {
     return false;
   }
   for (int c = 0; c < 3; ++c) {
-    primitive.Vertex[c] = cache.Slots[vertices[c]];
+    primitive.Vertex[c] = cache.Slots[places[c]];
   }
   primitive.RecordColor = false;
   DrawJob->StartPrimitive();
@@ -370,14 +391,21 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
   }
   if (inWindow) {
-    std::fill_n(VertexCache->Slots, draw->Count, nullptr);
-    kernels.ProjectVertices(gl.m_Width, gl.m_Height, corners * batch.Pitch, &draw->Batch);
+    if (!separate) {
+      std::fill_n(VertexCache->Slots, draw->Count, nullptr);
+    }
+    for (int c = 0; c < corners; ++c) {
+      kernels.ProjectVertices(gl.m_Width, gl.m_Height, c * batch.Pitch, shapes, &draw->Batch);
+    }
     for (int half = 0; half < halves; ++half) {
       kernels.PlanTriangles(batch, kHalves[half], shapes, gl.m_Height, &rows[half]);
       inside &= rows[half].InReach;
     }
   }
   const auto drawInWindow = [&](int shape) {
+    if (separate) {
+      draw->TakePlaces(VertexCache, DeferredFragment);
+    }
     bool done = true;
     for (int half = 0; half < halves && done; ++half) {
       gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;

@@ -21,7 +21,6 @@ struct TArrayDraw;
 struct TBatchDraw;
 struct TTriangleRows;
 struct TElements;
-struct TIndexedDraw;
 struct TVertexCache;
 class TRowFragmentShaderCPU;
 enum class TCondition : std::uint8_t;
@@ -173,12 +172,6 @@ struct TRenderEngine {
   std::uint64_t NextDraw();
   bool LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsigned long element,
                   VAR_DATA* record);
-  int ReplayTriangles(const TArrayDraw& draw, const TElements& elements, int count);
-  void ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
-  void ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
-  void LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
-                  VAR_DATA* record);
-  std::size_t CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
   int ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count);
   bool MayBatchPoints(TDrawState* state) const;
   int ReplayShapes(TBatchDraw* draw, int shapes);
@@ -190,7 +183,7 @@ struct TRenderEngine {
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
   bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const int (&corners)[3],
                     int shape);
-  void ShadeCorner(TBatchDraw* draw, int vertex, int entry);
+  void ShadeCorner(TBatchDraw* draw, int entry, int place);
   void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
 
   TVertexCache* VertexCache = nullptr;

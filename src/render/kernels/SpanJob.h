@@ -285,7 +285,7 @@ struct TSpanKernels {
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
   void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                             const TCulling& culling, TShapeClasses* out);
-  void (*ProjectVertices)(int width, int height, int count, TVertexBatch* batch);
+  void (*ProjectVertices)(int width, int height, int first, int count, TVertexBatch* batch);
   void (*PlanTriangles)(const TVertexBatch& window, const int (&corners)[3], int count, int height,
                         TTriangleRows* out);
   void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);

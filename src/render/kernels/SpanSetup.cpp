@@ -434,8 +434,7 @@ bool TRenderEngine::IsLive(int slot) const { return slot >= 1 && slot < gl.m_Var
 // perspective scales them.
 TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   TPrimitive& primitive = *out;
-  new (static_cast<TPrimitiveValues*>(out))
-      TPrimitiveValues; // copied, it would wait for its stores
+  new (static_cast<TPrimitiveValues*>(out)) TPrimitiveValues; // copied, it would wait for stores
   const TVertices& v = primitive.Vertex;
   const auto [color, secondary] = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
   const bool textured = primitive.Texels != TTexelSource::None;

@@ -242,15 +242,16 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
   }
 }
 
-// Window coordinates of the first `count` entries, by the steps of rasterisation in their order.
-// They take the place of those in clip space; w becomes 1/w.
-inline HWY_ATTR void ProjectVertices(int width, int height, int count, TVertexBatch* batch) {
+// Window coordinates of `count` entries from `first` on, by the steps of rasterisation in their
+// order. They take the place of those in clip space; w becomes 1/w.
+inline HWY_ATTR void ProjectVertices(int width, int height, int first, int count,
+                                     TVertexBatch* batch) {
   const DD d;
   const VD half = hn::Set(d, 0.5);
   const auto toWindow = [&](VD u, int size) HWY_ATTR {
     return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), hn::Set(d, size)), half);
   };
-  for (int i = 0; i < count; i += kLanes) {
+  for (int i = first; i < first + count; i += kLanes) {
     const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + i));
     const VD z = hn::Mul(hn::Load(d, batch->Z + i), r);
     hn::Store(toWindow(hn::Mul(hn::Load(d, batch->X + i), r), width), d, batch->X + i);
