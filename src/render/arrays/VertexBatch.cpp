@@ -114,7 +114,7 @@ struct TBatchDraw {
 
   bool IsShared() const { return Elements.IsIndexed() || !Shapes.AreSeparate(); }
 
-  // False for a fetching function that a caller installed, or if positions come from no array.
+  // False if positions come from no array. All functions are known, which `Replay` has asked.
   bool Take(TRenderCPU* gl) {
     const auto& known = TRenderCPU::s_AttrGetVals;
     Current[0] = &gl->m_CurNormal;
@@ -123,9 +123,6 @@ struct TBatchDraw {
     for (unsigned long k = 0; k < Arrays.ValueCount; ++k) {
       const TRenderCPU::TAttrValue& value = Arrays.Values[k];
       const auto found = std::find(known.begin(), known.end(), value.Pointer->GetValue);
-      if (found == known.end()) {
-        return false;
-      }
       const TSource source = {value.Pointer, static_cast<std::size_t>(found - known.begin())};
       if (value.Value == &gl->m_CurAttrib[0]) {
         Position = source; // of two arrays for it the last one counts
@@ -541,7 +538,7 @@ void TRenderEngine::DrawPoints(const TDrawState& state, const TPointBatch& point
     }
     ++count;
   }
-  const bool copied = gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr;
+  const bool copied = IsCopy(gl);
   TLastPoints last;
   for (int k = 0; k < count; ++k) {
     const TPixel& pixel = pixels[k];

@@ -194,7 +194,6 @@ struct TRenderEngine {
   TCondition SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const;
   TCondition SetUpSources(TPrimitiveKind kind, TPrimitive* primitive) const;
   TCondition SetUpTargets(TDrawState* draw) const;
-  void SetUpOutput(TDrawState* draw) const;
   TCondition SetUpDepthStencil(TDrawState* draw) const;
   TCondition SetUpPrimitive(TPrimitive* primitive);
   bool IsLive(int slot) const;

@@ -257,6 +257,13 @@ struct TLineWalk {
   }
 };
 
+/// How colours are written: mask and blending.
+void SetUpOutput(const TRenderCPU& gl, TDrawState* draw);
+
+/// Whether no function that writes a fragment is a caller's, so that a row may be written target by
+/// target. The output is set up.
+bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw);
+
 /// Whether a sampler fetches by a function of its own, not by one that a caller installed.
 bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
 

@@ -370,16 +370,20 @@ TCondition TRenderEngine::SetUpTargets(TDrawState* out) const {
   draw.Color = {Targets.Color.Data, Targets.Color.RowStride};
   draw.Depth = {Targets.Depth.Data, Targets.Depth.RowStride};
   draw.Stencil = {Targets.Stencil.Data, Targets.Stencil.RowStride};
-  SetUpOutput(&draw);
+  SetUpOutput(gl, &draw);
   ZX_RETURN_FIRST_UNMET(ZX_TARGET_CONDITIONS);
 }
 
-// How colours are written: mask and blending.
-void TRenderEngine::SetUpOutput(TDrawState* draw) const {
+void SetUpOutput(const TRenderCPU& gl, TDrawState* draw) {
   draw->ColorMask = gl.m_ColorMask;
   draw->Blend = gl.m_ColorMask == kAllChannels
                     ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
                     : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
+}
+
+bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw) {
+  return gl.m_PixelWrite == nullptr && draw.Blend != TBlend::Unknown &&
+         StencilStepOf(gl.m_StencilZPassOp) != TStencilStep::Unknown;
 }
 
 TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
