@@ -347,4 +347,113 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
   }
 }
 
+// The rows of a triangle, as they are defined: those in which the edge with the greatest height, of
+// edges of one height the first, shares pixel centres with the next edge, then with the one after.
+TEST_F(BatchEdges, RowsOfTrianglesArePlannedInVectors) {
+  constexpr int kShapes = 32;
+  constexpr int kHeight = 40;
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  std::mt19937 random(29);
+  const auto whole = [&](int end) {
+    return static_cast<int>(random() % static_cast<unsigned>(end));
+  };
+  int planned = 0;
+  for (int turn = 0; turn < 200; ++turn) {
+    Zx3D::TVertexBatch window = {};
+    window.Pitch = kShapes;
+    for (int i = 0; i < 3 * kShapes; ++i) {
+      // Heights meet often, and pixel centres as often; some corners lie beyond the surface.
+      window.Y[i] = whole(2) != 0 ? whole(60) - 10 : (whole(600) - 100) / 8.0;
+      window.X[i] = whole(8) == 0 ? 1e6 * (whole(3) - 1) : whole(100);
+      window.Y[i] = whole(200) == 0 ? std::nan("") : window.Y[i];
+      window.X[i] = whole(200) == 0 ? (whole(2) != 0 ? std::nan("") : kInfinity) : window.X[i];
+    }
+    for (const char* const level : Zx3D::kSpanLevels) {
+      if (!Zx3D::LimitSpanLevel(level)) {
+        continue;
+      }
+      SCOPED_TRACE(level);
+      Zx3D::TTriangleRows rows;
+      Zx3D::GetSpanKernels()->PlanTriangles(window, {0, 1, 2}, kShapes, kHeight, &rows);
+      for (int s = 0; s < kShapes; ++s) {
+        double y[3];
+        bool inReach = true;
+        for (int c = 0; c < 3; ++c) {
+          const int at = c * kShapes + s;
+          y[c] = window.Y[at];
+          inReach = inReach && std::fabs(window.X[at]) < 1e6 && std::fabs(y[c]) < 1e6;
+        }
+        ASSERT_EQ(inReach, (rows.InReach >> s & 1) != 0) << s;
+        if (!inReach) {
+          continue;
+        }
+        const auto heightOf = [&](int edge) { return std::fabs(y[(edge + 1) % 3] - y[edge % 3]); };
+        int major = 0;
+        for (int edge = 1; edge < 3; ++edge) {
+          major = heightOf(edge) > heightOf(major) ? edge : major;
+        }
+        const bool upward = y[(major + 1) % 3] >= y[major];
+        EXPECT_EQ(2 * major + (upward ? 1 : 0), rows.Order[s]) << s;
+        for (int minor = 0; minor < 2; ++minor) {
+          const double a = y[(major + 1 + minor) % 3];
+          const double b = y[(major + 2 + minor) % 3];
+          int first = 0;
+          int count = 0;
+          for (int row = kHeight - 1; row >= 0 && a != b; --row) {
+            // From the truncation of the lower end, half a row up, to that of the upper end.
+            if (row > std::fmin(a, b) - 0.5 && row <= std::fmax(std::fmax(a, b), 0.0) &&
+                std::fmax(a, b) > -1.0) {
+              first = row;
+              ++count;
+            }
+          }
+          EXPECT_EQ(count, rows.Count[minor][s]) << s;
+          if (count != 0) {
+            EXPECT_EQ(first, rows.First[minor][s]) << s;
+            ++planned;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(planned, 1000);
+}
+
+// A triangle that draws nothing does not disturb the record of the one before, whose corners are
+// looked at when the draw ends; there are more of them than records take turns.
+TEST_F(BatchEdges, TheRecordIsThatOfTheLastTriangleThatDrew) {
+  std::vector<double> positions;
+  std::vector<double> colors;
+  const auto add = [&](std::initializer_list<double> xy, double red) {
+    for (const double* at = xy.begin(); at != xy.end(); at += 2) {
+      positions.insert(positions.end(), {Clip(at[0], kSize), Clip(at[1], kSize), 0});
+      colors.insert(colors.end(), {red, 0, 0, 1});
+    }
+  };
+  for (const int drawn : {1, 2, 3, 33, 34}) {
+    positions.clear();
+    colors.clear();
+    for (int i = 0; i < drawn; ++i) {
+      add({2, 2, 6, 2, 2, 6}, i + 1 == drawn ? 0.75 : 0.25);
+    }
+    for (int i = 0; i < 40; ++i) {
+      add({3.1, 3.1, 3.2, 3.1, 3.1, 3.2}, 0.5); // between pixel centres
+    }
+    for (const unsigned int hint : {GL_FASTEST, GL_NICEST}) {
+      AtEveryLevel([&] {
+        TScene s(kSize, kSize);
+        s.Reset();
+        s->SetPerspectiveCorrectionHint(hint);
+        s->EnableClientState(GL_VERTEX_ARRAY);
+        s->EnableClientState(GL_COLOR_ARRAY);
+        s->VertexPointer(3, GL_DOUBLE, 0, positions.data());
+        s->ColorPointer(4, GL_DOUBLE, 0, colors.data());
+        s->DrawArrays(GL_TRIANGLES, 0, static_cast<int>(positions.size() / 3));
+        EXPECT_DOUBLE_EQ(0.75, s->m_Fragment.Color.x) << drawn;
+        EXPECT_DOUBLE_EQ(0.75, s->m_VarFragment.Slots[1].x) << drawn;
+      });
+    }
+  }
+}
+
 } // namespace
