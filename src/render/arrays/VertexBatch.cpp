@@ -388,7 +388,8 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
   }
   if (inWindow) {
-    if (!separate) {
+    if (!separate) { // the records are those of this batch from now on
+      DeferredFragment.KeepVertices();
       std::fill_n(VertexCache->Slots, draw->Count, nullptr);
     }
     for (int c = 0; c < corners; ++c) {
@@ -396,7 +397,6 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     }
     for (int half = 0; half < halves; ++half) {
       kernels.PlanTriangles(batch, kHalves[half], shapes, gl.m_Height, &rows[half]);
-      inside &= rows[half].InReach;
     }
   }
   const auto drawInWindow = [&](int shape) {
@@ -437,7 +437,6 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     if (inWindow && (inside & bit) != 0 && drawInWindow(shape)) {
       continue;
     }
-    DeferredFragment.KeepVertices();
     DrawBatched(draw, shape, !inWindow && (inside & bit) != 0);
     if (!IsSpareSlotZero(gl)) {
       if (!separate) {
@@ -447,7 +446,6 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     }
     drawBeyond(all & ~(2 * bit - 1));
   }
-  DeferredFragment.KeepVertices();
   recordCulled(all);
   return shapes;
 }

@@ -42,7 +42,6 @@ struct TTriangleRows {
   alignas(64) double First[2][kMost];
   alignas(64) double Count[2][kMost];
   alignas(64) double Order[kMost];
-  std::uint64_t InReach = 0; ///< those whose corners all lie within kMaxWindow
 };
 
 /// Which faces are taken out, and which way round the front is.

@@ -262,22 +262,14 @@ inline HWY_ATTR void ProjectVertices(int width, int height, int first, int count
 }
 
 // The rows of the first `count` triangles, whose corners are three columns of window coordinates.
+// Of those out of reach of kernels the rows may be any.
 inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const int (&corners)[3], int count,
                                    int height, TTriangleRows* out) {
   const DD d;
-  out->InReach = 0;
   for (int s = 0; s < count; s += kLanes) {
-    VD y[3];
-    VD most = hn::Zero(d);
-    MD numbers = AllLanes(d); // a greatest value may hide a NaN
-    for (int c = 0; c < 3; ++c) {
-      const VD x = hn::Load(d, window.X + corners[c] * window.Pitch + s);
-      y[c] = hn::Load(d, window.Y + corners[c] * window.Pitch + s);
-      numbers = hn::And(numbers, hn::And(hn::Eq(x, x), hn::Eq(y[c], y[c])));
-      most = hn::Max(most, hn::Max(hn::Abs(x), hn::Abs(y[c])));
-    }
-    const MD near = hn::And(numbers, hn::Lt(most, hn::Set(d, kMaxWindow)));
-    out->InReach |= BitsOfMask(d, near) << s;
+    const auto heightOf = [&](int c)
+                              HWY_ATTR { return hn::Load(d, window.Y + c * window.Pitch + s); };
+    const VD y[3] = {heightOf(corners[0]), heightOf(corners[1]), heightOf(corners[2])};
     const TRowRanges<DD> ranges = RowRangesOf(d, y, height);
     hn::Store(ranges.Order, d, out->Order + s);
     for (int minor = 0; minor < 2; ++minor) {
