@@ -324,13 +324,10 @@ TTexelReach TexelReachOf(const TPrimitive& primitive) {
                   TexelReachOf(v, slot, 1, surface.Height, linear, primitive.AxisY));
 }
 
-// Whether all filtered texels lie in 0 to 1. With coordinates that are NaN, or too great to have a
-// fraction, a mix of texels may be NaN.
+// Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
+// great to have a fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TPrimitive& primitive) {
   if (primitive.Texels == TTexelSource::Linear) {
-    if (primitive.Perspective && !HasSteadyW(primitive.Vertex)) {
-      return false;
-    }
     for (const TVec4* const at : primitive.Vertex) {
       const TVec4& st = at[primitive.TexSlot];
       if (!(std::fabs(st.x) < kMaxUnitTexCoord && std::fabs(st.y) < kMaxUnitTexCoord)) {
@@ -450,8 +447,9 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   if (HasByteTexels(primitive.Texels)) {
     primitive.Reach = TexelReachOf(primitive);
   }
+  const bool steady = !primitive.Perspective || HasSteadyW(v);
   if (!primitive.Modulate) {
-    primitive.Clamp = !AreUnitTexels(primitive);
+    primitive.Clamp = !steady || !AreUnitTexels(primitive);
     primitive.UsesVertexColor = false;
     primitive.ChannelBound = 1.0;
     return TCondition::None;
@@ -462,7 +460,6 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
     primitive.ZeroSecondary = IsZeroSlot(v, secondary);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
-  const bool steady = !primitive.Perspective || HasSteadyW(v);
   const unsigned int unitChannels = UnitBits(v, color);
   const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
