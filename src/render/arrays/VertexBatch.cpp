@@ -237,37 +237,34 @@ struct TBatchDraw {
   }
 };
 
-// Fills the records of a shape with its vertices, as the shader does.
-void TRenderEngine::ShadeBatched(TBatchDraw* draw, int shape, bool inside) {
-  const int corners = draw->Shapes.Corners;
+// Fills a record with a vertex of a batch, as the shader does; `entry` is one of its entries. By
+// the batch its position is what stands there, in clip space or in the window.
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record) {
   const TVertexBatch& batch = draw->Batch;
-  const bool byBatch = inside && !gl.m_Lighting;
-  if (byBatch) {
+  const int vertex = draw->Shapes.Vertex[entry];
+  if (gl.m_Lighting && draw->IsShared()) {
+    LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), record);
+  } else if (gl.m_Lighting || !byBatch) {
+    draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
+    ShadeVertex(&gl, record, draw->Arrays.Lighting);
+  } else {
     draw->FetchValues();
-  }
-  for (int c = 0; c < corners; ++c) {
-    VAR_DATA& record = gl.m_VarCur[c];
-    const int at = c * batch.Pitch + shape;
-    const int vertex = draw->Shapes.Vertex[at];
-    if (byBatch) {
-      record.Slots[0] = {batch.X[at], batch.Y[at], batch.Z[at], batch.W[at]};
-      record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
-      if (gl.m_TexUnits[0].TexEnabled) {
-        record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
-      }
-    } else if (gl.m_Lighting && draw->IsShared()) {
-      LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
-    } else {
-      draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
-      ShadeVertex(&gl, &record, draw->Arrays.Lighting);
+    record->Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
+    if (gl.m_TexUnits[0].TexEnabled) {
+      record->Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
     }
+  }
+  if (byBatch) {
+    StoreVector(&record->Slots[0], batch.X[entry], batch.Y[entry], batch.Z[entry], batch.W[entry]);
   }
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
 void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
-  ShadeBatched(draw, shape, inside);
+  for (int c = 0; c < draw->Shapes.Corners; ++c) {
+    ShadeBatched(draw, c * draw->Batch.Pitch + shape, inside, &gl.m_VarCur[c]);
+  }
   const int plane = inside ? kClipPlanes : 0;
   switch (draw->Shapes.Corners) {
   case 2:
@@ -289,29 +286,14 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
 
 // Fills a record with a vertex of the batch in the window, as the shader and rasterisation do.
 void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
-  const TVertexBatch& window = draw->Batch;
-  const int vertex = draw->Shapes.Vertex[entry];
   TVertexCache& cache = *VertexCache;
   VAR_DATA& record = cache.Corners[place];
-  const bool textured = gl.m_TexUnits[0].TexEnabled;
-  if (gl.m_Lighting && draw->Elements.IsIndexed()) {
-    LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), &record);
-  } else if (gl.m_Lighting) {
-    draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
-    ShadeVertex(&gl, &record, draw->Arrays.Lighting);
-  } else {
-    draw->FetchValues();
-    record.Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
-    if (textured) {
-      record.Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
-    }
-  }
-  if (!textured) {
+  ShadeBatched(draw, entry, true, &record);
+  if (!gl.m_TexUnits[0].TexEnabled) {
     record.Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
   }
-  StoreVector(&record.Slots[0], window.X[entry], window.Y[entry], window.Z[entry], window.W[entry]);
   cache.Slots[place] = record.Slots;
-  if (gl.m_PerspectiveHint != GL_FASTEST && window.W[entry] != 1.0) {
+  if (gl.m_PerspectiveHint != GL_FASTEST && record.Slots[0].w != 1.0) {
     VAR_DATA& scaled = cache.Scaled[place];
     scaled.Slots[0] = record.Slots[0];
     ScaleSlots(record, gl.m_VarCount, &scaled);
@@ -464,7 +446,7 @@ const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count)
   }
   FS_DATA fragment = gl.m_Fragment;
   for (int i = 0; i < count; ++i) {
-    ShadeBatched(draw, i, true);
+    ShadeBatched(draw, i, true, &gl.m_VarCur[0]);
     gl.m_FragmentShader->Execute(gl.m_VarCur, &fragment);
     colors[i] = fragment.Color;
   }

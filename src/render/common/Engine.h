@@ -184,7 +184,7 @@ struct TRenderEngine {
   bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const int (&corners)[3],
                     int shape);
   void ShadeCorner(TBatchDraw* draw, int entry, int place);
-  void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
+  void ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record);
 
   TVertexCache* VertexCache = nullptr;
 

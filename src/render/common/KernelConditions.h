@@ -95,10 +95,10 @@
   X(ShadedRows,      Installed,       gl.m_FragmentShader == RowShader,                       "a host set another shader by hand") \
   X(ShadedRows,      Apart,           Targets.Kernels,                                        "a pixel's tests would see the writes of another") \
   X(ShadedRows,      TextureApart,    !AnyTextureIsTarget(gl, Targets),                       "so would its texels, of any unit") \
-  X(ShadedRows,      KnownWrite,      IsIn(kPixelWrites, gl.m_PixelWrite),                    "a caller's function may look at anything") \
-  X(ShadedRows,      KnownBlend,      KnowsBlend(gl),                                         "as KnownWrite") \
-  X(ShadedRows,      KnownDepth,      !gl.m_DepthTest || IsIn(kDepthCompares, gl.m_DepthCompare), "as KnownWrite") \
-  X(ShadedRows,      KnownStencil,    !gl.m_StencilTest || KnowsStencil(gl),                  "as KnownWrite")
+  X(ShadedRows,      KnownWrite,      IsKnownWrite(gl.m_PixelWrite),                          "a caller's function may look at anything") \
+  X(ShadedRows,      KnownBlend,      draw.Blend != TBlend::Unknown,                          "as KnownWrite") \
+  X(ShadedRows,      KnownDepth,      !draw.DepthTest || draw.DepthFunc != TCompare::Unknown, "as KnownWrite") \
+  X(ShadedRows,      KnownStencil,    !draw.StencilTest || KnowsStencil(draw),                "as KnownWrite")
 
 #define ZX_PIXEL_ROW_CONDITIONS(X) \
   X(PixelRow,        InstructionSet,  GetSpanKernels() != nullptr,                            "as for shaders") \

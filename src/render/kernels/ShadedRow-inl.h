@@ -66,36 +66,16 @@ HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE
   const V4 at = hn::Set(d, t);
   const bool perspective = gl->m_PerspectiveHint != GL_FASTEST;
   const V4 q = perspective ? hn::Set(d, 1.0 / (delta[3] * t + begin[3])) : at;
-  const auto slot = [&](std::size_t number) HWY_ATTR __attribute__((always_inline)) {
-    for (std::size_t i = 4 * number; i < 4 * number + 4; i += kLanes4) {
+  const auto count = static_cast<std::size_t>(gl->m_VarCount);
+#pragma GCC unroll 8 // straight code: no end of a loop to predict
+  for (std::size_t slot = 0; slot < kSlots; ++slot) {
+    if (slot >= count) {
+      break;
+    }
+    for (std::size_t i = 4 * slot; i < 4 * slot + 4; i += kLanes4) {
       const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
       hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
-  };
-  switch (gl->m_VarCount) { // straight code for each count: no end of a loop to predict
-  case 8:
-    slot(7);
-    [[fallthrough]];
-  case 7:
-    slot(6);
-    [[fallthrough]];
-  case 6:
-    slot(5);
-    [[fallthrough]];
-  case 5:
-    slot(4);
-    [[fallthrough]];
-  case 4:
-    slot(3);
-    [[fallthrough]];
-  case 3:
-    slot(2);
-    [[fallthrough]];
-  case 2:
-    slot(1);
-    [[fallthrough]];
-  default:
-    slot(0);
   }
 }
 

@@ -260,6 +260,9 @@ struct TLineWalk {
 /// How colours are written: mask and blending.
 void SetUpOutput(const TRenderCPU& gl, TDrawState* draw);
 
+/// Whether no function of the stencil is a caller's.
+bool KnowsStencil(const TDrawState& draw);
+
 /// Whether no function that writes a fragment is a caller's, so that a row may be written target by
 /// target. The output is set up.
 bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw);

@@ -56,11 +56,6 @@ template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlph
                                  : TBlend::Unknown;
 }
 
-bool KnowsStencil(const TDrawState& draw) {
-  return draw.StencilFunc != TCompare::Unknown && draw.StencilFail != TStencilStep::Unknown &&
-         draw.StencilZFail != TStencilStep::Unknown && draw.StencilZPass != TStencilStep::Unknown;
-}
-
 // --- What a triangle's values prove
 
 // What holds for the components of a slot.
@@ -351,6 +346,11 @@ bool AreInReach(const TVertices& v) {
 }
 
 } // namespace
+
+bool KnowsStencil(const TDrawState& draw) {
+  return draw.StencilFunc != TCompare::Unknown && draw.StencilFail != TStencilStep::Unknown &&
+         draw.StencilZFail != TStencilStep::Unknown && draw.StencilZPass != TStencilStep::Unknown;
+}
 
 bool IsKnownSampler(const TSampler& sampler) {
   TSampler chosen = sampler;

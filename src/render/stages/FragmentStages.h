@@ -84,7 +84,8 @@ inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned c
 
 /// Writes any colour, as bytes in a word, the lowest being red. A word goes from register to
 /// memory: bytes stored one by one would have to reach memory before the word could be loaded.
-inline void WritePacked(const TRenderCPU& gl, unsigned char* to, std::uint32_t packed) {
+[[gnu::always_inline]] inline void WritePacked(const TRenderCPU& gl, unsigned char* to,
+                                               std::uint32_t packed) {
   if (IsCopy(gl)) [[likely]] {
     std::memcpy(to, &packed, kPixelBytes);
     return;
