@@ -522,17 +522,6 @@ void TRenderEngine::RecordTriangle(const TSpanJob& job) {
   std::copy_n(job.Primitive.Vertex, 3, pending.Vertex);
 }
 
-void TDeferredFragment::KeepVertices() {
-  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
-    // Four slots are all that most states have.
-    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
-    if (Count > 4) {
-      std::copy_n(Vertex[i], Count, Kept[i]);
-    }
-    Vertex[i] = Kept[i];
-  }
-}
-
 void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
   job->StartPrimitive();
   GetSpanKernels()->DrawLine(job, walk);

@@ -2,6 +2,9 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <algorithm>
+#include <cstring>
+
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
@@ -106,6 +109,17 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     RunTriangleJob(job);
   } else {
     DrawEdges(v);
+  }
+}
+
+void TDeferredFragment::KeepVertices() {
+  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
+    // Four slots are all that most states have.
+    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
+    if (Count > 4) {
+      std::copy_n(Vertex[i], Count, Kept[i]);
+    }
+    Vertex[i] = Kept[i];
   }
 }
 
