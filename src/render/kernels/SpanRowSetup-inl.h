@@ -118,9 +118,13 @@ struct TRowPlan {
 };
 
 // The ranges of rows of triangles, one a lane.
+template <class D> struct TRowRange {
+  hn::Vec<D> First;
+  hn::Vec<D> Count;
+};
+
 template <class D> struct TRowRanges {
-  hn::Vec<D> First[2];
-  hn::Vec<D> Count[2];
+  TRowRange<D> Minor[2];
   hn::Vec<D> Order; ///< twice the number of the major edge, and 1 if it leads upwards
 };
 
@@ -145,20 +149,17 @@ HWY_INLINE HWY_ATTR TRowRanges<D> RowRangesOf(D d, const hn::Vec<D> (&y)[3], int
   const V to = choose(y[1], y[2], y[0]);
   const V apart = choose(y[2], y[0], y[1]); // of the corner that the major edge does not touch
   const V major = choose(zero, hn::Set(d, 2.0), hn::Set(d, 4.0));
-  TRowRanges<D> ranges;
-  ranges.Order = hn::Add(major, hn::IfThenElseZero(hn::Ge(to, from), one));
-  for (int minor = 0; minor < 2; ++minor) {
-    const V other = minor == 0 ? to : from;
+  const V order = hn::Add(major, hn::IfThenElseZero(hn::Ge(to, from), one));
+  const auto rangeOf = [&](V other) HWY_ATTR {
     const V begin = hn::Add(hn::Min(apart, other), hn::Set(d, 0.5));
     const V end = hn::Max(apart, other);
     const V first = hn::Trunc(hn::Max(begin, zero));
     const V last = hn::Trunc(hn::Min(end, hn::Sub(size, one)));
     auto any = hn::And(hn::Lt(begin, size), hn::Gt(end, hn::Neg(one)));
     any = hn::And(any, hn::And(hn::Le(first, last), hn::Gt(heightOf(apart, other), zero)));
-    ranges.First[minor] = first;
-    ranges.Count[minor] = hn::IfThenElseZero(any, hn::Add(hn::Sub(last, first), one));
-  }
-  return ranges;
+    return TRowRange<D>{first, hn::IfThenElseZero(any, hn::Add(hn::Sub(last, first), one))};
+  };
+  return {{rangeOf(to), rangeOf(from)}, order};
 }
 
 // The ends of the edges by the order of a triangle's rows. An edge without height has no rows, so
@@ -184,8 +185,8 @@ HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
   TRowPlan plan;
   SetEdges(job, static_cast<int>(hn::GetLane(ranges.Order)), &plan);
   for (int minor = 0; minor < 2; ++minor) {
-    plan.First[minor] = hn::GetLane(ranges.First[minor]);
-    plan.Count[minor] = hn::GetLane(ranges.Count[minor]);
+    plan.First[minor] = hn::GetLane(ranges.Minor[minor].First);
+    plan.Count[minor] = hn::GetLane(ranges.Minor[minor].Count);
   }
   return plan;
 }

@@ -273,8 +273,8 @@ inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const int (&corne
     const TRowRanges<DD> ranges = RowRangesOf(d, y, height);
     hn::Store(ranges.Order, d, out->Order + s);
     for (int minor = 0; minor < 2; ++minor) {
-      hn::Store(ranges.First[minor], d, out->First[minor] + s);
-      hn::Store(ranges.Count[minor], d, out->Count[minor] + s);
+      hn::Store(ranges.Minor[minor].First, d, out->First[minor] + s);
+      hn::Store(ranges.Minor[minor].Count, d, out->Count[minor] + s);
     }
   }
 }
