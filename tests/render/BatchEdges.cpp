@@ -2,6 +2,7 @@
 // worked out by hand: shapes that lie in a clip plane, points on the border of the surface, lit
 // points, what the last fragments leave, and the count of draws when it starts over.
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -299,6 +300,7 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
   const auto component = [&] {
     return random() % 16 == 0 ? odd[random() % std::size(odd)] : random() / 1073741824.0 - 2.0;
   };
+  int inside = 0;
   for (const bool frontCCW : {true, false}) {
     Zx3D::TVertexBatch clip = {};
     clip.Pitch = kShapes;
@@ -314,8 +316,9 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
       SCOPED_TRACE(level);
       Zx3D::TVertexBatch window = clip;
       Zx3D::TShapeClasses classes;
-      Zx3D::GetSpanKernels()->ProjectTriangles(kWidth, kHeight, frontCCW, kShapes, &window,
-                                               &classes);
+      const Zx3D::TSpanKernels& kernels = *Zx3D::GetSpanKernels();
+      kernels.ClassifyTriangles(clip, {0, 1, 2}, kShapes, {false, false, frontCCW}, &classes);
+      kernels.ProjectVertices(kWidth, kHeight, 0, 3 * kShapes, &window);
       const auto expectSame = [](double expected, double got) {
         EXPECT_TRUE(std::isnan(expected) ? std::isnan(got)
                                          : std::memcmp(&expected, &got, sizeof got) == 0)
@@ -336,10 +339,143 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
         }
         const double area =
             (x[0] * y[1] - x[1] * y[0]) + (x[1] * y[2] - x[2] * y[1]) + (x[2] * y[0] - x[0] * y[2]);
-        EXPECT_EQ(frontCCW ? area >= 0.0 : area < 0.0, (classes.Front >> s & 1) != 0) << s;
+        if ((classes.Inside >> s & 1) != 0) {
+          EXPECT_EQ(frontCCW ? area >= 0.0 : area < 0.0, (classes.Front >> s & 1) != 0) << s;
+          ++inside;
+        }
       }
     }
   }
+}
+
+// The rows of a triangle, as they are defined: those in which the edge with the greatest height, of
+// edges of one height the first, shares pixel centres with the next edge, then with the one after.
+TEST_F(BatchEdges, RowsOfTrianglesArePlannedInVectors) {
+  constexpr int kShapes = 32;
+  constexpr int kHeight = 40;
+  std::mt19937 random(29);
+  const auto whole = [&](int end) {
+    return static_cast<int>(random() % static_cast<unsigned>(end));
+  };
+  int planned = 0;
+  for (int turn = 0; turn < 200; ++turn) {
+    Zx3D::TVertexBatch window = {};
+    window.Pitch = kShapes;
+    for (int i = 0; i < 3 * kShapes; ++i) {
+      // Heights meet often, and pixel centres as often; some corners lie beyond the surface.
+      window.Y[i] = whole(2) != 0 ? whole(60) - 10 : (whole(600) - 100) / 8.0;
+    }
+    for (const char* const level : Zx3D::kSpanLevels) {
+      if (!Zx3D::LimitSpanLevel(level)) {
+        continue;
+      }
+      SCOPED_TRACE(level);
+      Zx3D::TTriangleRows rows;
+      Zx3D::GetSpanKernels()->PlanTriangles(window, {0, 1, 2}, kShapes, kHeight, &rows);
+      for (int s = 0; s < kShapes; ++s) {
+        double y[3];
+        for (int c = 0; c < 3; ++c) {
+          y[c] = window.Y[c * kShapes + s];
+        }
+        const auto heightOf = [&](int edge) { return std::fabs(y[(edge + 1) % 3] - y[edge % 3]); };
+        int major = 0;
+        for (int edge = 1; edge < 3; ++edge) {
+          major = heightOf(edge) > heightOf(major) ? edge : major;
+        }
+        const bool upward = y[(major + 1) % 3] >= y[major];
+        EXPECT_EQ(2 * major + (upward ? 1 : 0), rows.Order[s]) << s;
+        for (int minor = 0; minor < 2; ++minor) {
+          const double a = y[(major + 1 + minor) % 3];
+          const double b = y[(major + 2 + minor) % 3];
+          int first = 0;
+          int count = 0;
+          for (int row = kHeight - 1; row >= 0 && a != b; --row) {
+            // From the truncation of the lower end, half a row up, to that of the upper end.
+            if (row > std::fmin(a, b) - 0.5 && row <= std::fmax(std::fmax(a, b), 0.0) &&
+                std::fmax(a, b) > -1.0) {
+              first = row;
+              ++count;
+            }
+          }
+          EXPECT_EQ(count, rows.Count[minor][s]) << s;
+          if (count != 0) {
+            EXPECT_EQ(first, rows.First[minor][s]) << s;
+            ++planned;
+          }
+        }
+      }
+    }
+  }
+  EXPECT_GT(planned, 1000);
+}
+
+// --- What triangles in the window leave
+
+struct TPainted {
+  std::vector<double> Positions; ///< x, y, z
+  std::vector<double> Colors;
+
+  // A vertex at a place of the picture.
+  void Add(double x, double y, double red) {
+    Positions.insert(Positions.end(), {Clip(x, kSize), Clip(y, kSize), 0});
+    Colors.insert(Colors.end(), {red, 0, 0, 1});
+  }
+  void Draw(TRenderCPU& gl, unsigned int mode) const {
+    gl.EnableClientState(GL_VERTEX_ARRAY);
+    gl.EnableClientState(GL_COLOR_ARRAY);
+    gl.VertexPointer(3, GL_DOUBLE, 0, Positions.data());
+    gl.ColorPointer(4, GL_DOUBLE, 0, Colors.data());
+    gl.DrawArrays(mode, 0, static_cast<int>(Positions.size() / 3));
+  }
+};
+
+// A triangle that draws nothing does not disturb the record of the last one that did, although it
+// takes the place of its corners, or the next batch of a strip does.
+TEST_F(BatchEdges, TheRecordIsThatOfTheLastTriangleThatDrew) {
+  for (const unsigned int mode : {GL_TRIANGLES, GL_TRIANGLE_STRIP}) {
+    for (const int drawn : {1, 2, 3, 33, 34}) {
+      TPainted shapes;
+      for (int i = 0; i < 3 * (mode == GL_TRIANGLES ? drawn : 1); ++i) {
+        const double red = mode == GL_TRIANGLE_STRIP || i >= 3 * (drawn - 1) ? 0.75 : 0.25;
+        shapes.Add(i % 3 == 1 ? 6 : 2, i % 3 == 2 ? 6 : 2, red);
+      }
+      for (int i = 0; i < 3 * (39 + drawn); ++i) {
+        shapes.Add(2, 6, 0.5); // all at one place
+      }
+      AtEveryLevel([&] {
+        TScene s(kSize, kSize);
+        s.Reset();
+        shapes.Draw(*s, mode);
+        EXPECT_DOUBLE_EQ(0.75, s->m_Fragment.Color.x) << mode << ", " << drawn;
+        EXPECT_DOUBLE_EQ(0.75, s->m_VarFragment.Slots[1].x) << mode << ", " << drawn;
+      });
+    }
+  }
+}
+
+// A corner at the eye makes the slot that no shader fills a NaN, which the triangles after it find
+// there.
+TEST_F(BatchEdges, TheSpareSlotThatATriangleAtTheEyeLeaves) {
+  constexpr double kDepthIsW[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  TPainted shapes;
+  for (int i = 0; i < 9 * 3; ++i) {
+    shapes.Add(i % 3 == 1 ? 6 : 2, i % 3 == 2 ? 6 : 2, 1);
+    shapes.Positions.back() = 1; // w, with the matrix below
+    if (i >= 6) {
+      shapes.Positions.end()[-3] = 7; // outside
+    }
+  }
+  std::fill_n(shapes.Positions.begin(), 3, 0.0);
+  AtEveryLevel([&] {
+    TScene s(kSize, kSize);
+    s.Reset();
+    s->SetPerspectiveCorrectionHint(GL_NICEST);
+    s->MatrixMode(GL_PROJECTION);
+    s->LoadMatrixd(kDepthIsW);
+    shapes.Draw(*s, GL_TRIANGLES);
+    EXPECT_DOUBLE_EQ(1.0, s->m_VarFragment.Slots[1].x);
+    EXPECT_TRUE(std::isnan(s->m_VarFragment.Slots[2].x));
+  });
 }
 
 } // namespace

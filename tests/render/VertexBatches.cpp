@@ -175,6 +175,19 @@ TEST_F(VertexBatches, TheSpareSlotThatIsNoNumberAnyMore) {
   }
 }
 
+// Colours from an array, all vertices at the current place.
+TEST_F(VertexBatches, ArraysWithoutPositions) {
+  const std::vector<unsigned char> colors = Colors(40);
+  for (const unsigned int mode : kModes) {
+    Compare([&](TRenderCPU* gl) {
+      gl->m_CurAttrib[0] = {0.25, -0.25, 0, 1};
+      gl->ColorPointer(4, GL_UNSIGNED_BYTE, 0, colors.data());
+      gl->_EnableClientState(GL_COLOR_ARRAY, true);
+      gl->DrawArrays(mode, 0, 40);
+    });
+  }
+}
+
 TEST_F(VertexBatches, NothingForNegativeCounts) {
   const std::vector<float> positions = Shapes(30, 1.0, 0.2);
   const std::vector<unsigned char> colors = Colors(30);

@@ -68,6 +68,16 @@ bool TRenderEngine::MayReplayDirectly() const {
          gl.m_VertexHandler != &TRenderCPU::UnknownVertex;
 }
 
+// The upper half of a new draw's tags.
+std::uint64_t TRenderEngine::NextDraw() {
+  TVertexCache& cache = *VertexCache;
+  if (++cache.Draw == 0) { // the count wrapped: no old tag may match a new one
+    std::memset(cache.Tags, 0, sizeof cache.Tags);
+    cache.Draw = 1;
+  }
+  return std::uint64_t{cache.Draw} << 32;
+}
+
 // Fills a record with an element's vertex, shaded once within the draw that the tags name.
 // Returns whether the element became the current one.
 bool TRenderEngine::LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsigned long element,
@@ -127,14 +137,14 @@ void TRenderEngine::Replay(unsigned int mode, int count, const TElements& elemen
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
     } scope = {&DrawJob};
-    DrawJob = mode >= GL_TRIANGLES && SetUpDraw(&job.Draw) == TCondition::None ? &job : nullptr;
+    const bool areTriangles = mode >= GL_TRIANGLES;
+    DrawJob = areTriangles && SetUpDraw(TPrimitiveKind::Triangle, &job) == TCondition::None
+                  ? &job
+                  : nullptr;
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};
-    const bool cached = gl.m_Lighting && mode == GL_TRIANGLES && elements.IsIndexed();
-    const int done =
-        cached ? ReplayTriangles(draw, elements, count) : ReplayBatches(draw, elements, count);
-    ReplayDirectly(draw, elements, count, done);
+    ReplayDirectly(draw, elements, count, ReplayBatches(draw, elements, count));
   } else {
     for (int i = 0; i < count; ++i) {
       const unsigned long element = elements.At(i);

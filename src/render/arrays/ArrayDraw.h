@@ -16,15 +16,6 @@ struct TArrayDraw {
   unsigned long ValueCount;
   const TLightingTerms* Lighting;
 
-  /// The array that positions come from, the last one if there are two; null if there is none.
-  const TRenderCPU::TVertexAttribPointer* Positions(const TRenderCPU& gl) const {
-    const TRenderCPU::TVertexAttribPointer* found = nullptr;
-    for (unsigned long k = 0; k < ValueCount; ++k) {
-      found = Values[k].Value == &gl.m_CurAttrib[0] ? Values[k].Pointer : found;
-    }
-    return found;
-  }
-
   /// Makes an element the current one.
   void Fetch(TRenderCPU* gl, unsigned long element) const {
     for (unsigned long k = 0; k < ValueCount; ++k) {
@@ -75,17 +66,6 @@ private:
     std::memcpy(&index, Indices + i * static_cast<long>(sizeof index), sizeof index);
     return index;
   }
-};
-
-/// What all triangles of an indexed draw with lights share.
-struct TIndexedDraw {
-  const TArrayDraw& Arrays;
-  std::uint64_t Tag;
-  /// Where positions come from if vertices are shaded only when a triangle of theirs is drawn,
-  /// which pays with lights and culling. Null: they are shaded when first met.
-  const TRenderCPU::TVertexAttribPointer* Positions;
-  int Written; ///< slots that the vertex shader fills: without a texture all but the last
-  TCulling Culling;
 };
 
 /// Copies the first slots of a record; sizes that the compiler knows need no call.

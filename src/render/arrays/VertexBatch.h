@@ -32,7 +32,16 @@ struct TShapeClasses {
   std::uint64_t Outside = 0; ///< dropped by the first plane that doesn't pass it whole
   std::uint64_t Beyond = 0;  ///< cut by a plane or two, then all pieces dropped by another
   std::uint64_t Culled = 0;  ///< inside, and taken out by its face
-  std::uint64_t Front = 0;   ///< of those that are inside, with culling or once projected
+  std::uint64_t Front = 0;   ///< of those that are inside
+};
+
+/// The rows of a batch's triangles in the window: see `TRowPlan`.
+struct TTriangleRows {
+  static constexpr int kMost = TVertexBatch::kMost / 3;
+
+  alignas(64) double First[2][kMost];
+  alignas(64) double Count[2][kMost];
+  alignas(64) double Order[kMost];
 };
 
 /// Which faces are taken out, and which way round the front is.

@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/arrays/VertexBatch.h>
+
 namespace Zx3D {
 
 /// Shaded vertices of the draw call at hand, by element: an index that comes again need not be
@@ -14,8 +16,13 @@ struct TVertexCache {
 
   std::uint64_t Tags[kSize]; ///< draw number and element; never 0 for a vertex that is there
   TRenderCPU::VAR_DATA Vertices[kSize];
-  std::uint8_t Codes[kSize]; ///< of indexed triangles: the planes that a vertex is outside of
   std::uint32_t Draw;
+
+  // --- The vertices of a batch in the window; those of separate shapes by turns
+  TRenderCPU::VAR_DATA Corners[TVertexBatch::kMost];
+  TRenderCPU::VAR_DATA Scaled[TVertexBatch::kMost]; ///< for perspective, where w is not 1
+  /// Those of them that are interpolated; null: not filled yet.
+  const vec_t_<double, 4>* Slots[TVertexBatch::kMost];
 };
 
 } // namespace Zx3D

@@ -19,11 +19,12 @@ struct TLineWalk;
 struct TPointBatch;
 struct TArrayDraw;
 struct TBatchDraw;
+struct TTriangleRows;
 struct TElements;
-struct TIndexedDraw;
 struct TVertexCache;
 class TRowFragmentShaderCPU;
 enum class TCondition : std::uint8_t;
+enum class TPrimitiveKind : std::uint8_t;
 
 /// The arrays of an FS_ROW.
 struct TShadedRow {
@@ -48,7 +49,10 @@ struct TDeferredFragment {
   int X = 0;
   int Y = 0;
   int MinorEdge = 0; ///< of the fragment's row, 1 or 2: places after the major edge
-  TRenderCPU::VAR_DATA Vertex[3] = {};
+  const vec_t_<double, 4>* Vertex[3] = {};
+  vec_t_<double, 4> Kept[3][kSlots] = {};
+
+  void KeepVertices();
 };
 
 /// The factor of a nearest texel by channel, as found for the channel's last constant value.
@@ -168,12 +172,6 @@ struct TRenderEngine {
   std::uint64_t NextDraw();
   bool LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsigned long element,
                   VAR_DATA* record);
-  int ReplayTriangles(const TArrayDraw& draw, const TElements& elements, int count);
-  void ReplayIndexed(const TIndexedDraw& draw, const std::uint32_t* elements, int triangles);
-  void ReplayTriangle(const TIndexedDraw& draw, const std::uint32_t* elements);
-  void LoadVertex(const TIndexedDraw& draw, std::size_t place, std::uint32_t element,
-                  VAR_DATA* record);
-  std::size_t CachedVertex(const TIndexedDraw& draw, std::uint32_t element);
   int ReplayBatches(const TArrayDraw& arrays, const TElements& elements, int count);
   bool MayBatchPoints(TDrawState* state) const;
   int ReplayShapes(TBatchDraw* draw, int shapes);
@@ -183,27 +181,31 @@ struct TRenderEngine {
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
-  void DrawProjected(TBatchDraw* draw, int shape, bool front);
-  void ShadeBatched(TBatchDraw* draw, int shape, bool inside);
+  bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const int (&corners)[3],
+                    int shape);
+  void ShadeCorner(TBatchDraw* draw, int entry, int place);
+  void ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record);
 
   TVertexCache* VertexCache = nullptr;
 
   // --- kernels/SpanSetup.cpp: choosing a kernel and running it
 
   /// Set-up; a condition that is returned leaves what is drawn to the reference walker.
-  TCondition SetUpDraw(TDrawState* draw) const;
+  TCondition SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const;
+  TCondition SetUpSources(TPrimitiveKind kind, TPrimitive* primitive) const;
   TCondition SetUpTargets(TDrawState* draw) const;
-  void SetUpOutput(TDrawState* draw) const;
   TCondition SetUpDepthStencil(TDrawState* draw) const;
   TCondition SetUpPrimitive(TPrimitive* primitive);
-  void RunTriangleJob(const VAR_DATA* v, TSpanJob* job);
+  bool IsLive(int slot) const;
+  void RunTriangleJob(TSpanJob* job);
+  void RecordTriangle(const TSpanJob& job);
   void RunLineJob(TSpanJob* job, const TLineWalk& walk);
   void ResolveFragment() {
     if (DeferredFragment.Set) {
-      ComputeDeferredFragment(DeferredFragment.Vertex);
+      ComputeDeferredFragment();
     }
   }
-  void ComputeDeferredFragment(const VAR_DATA* v);
+  void ComputeDeferredFragment();
 
   TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;

@@ -35,11 +35,11 @@
   X(Primitive,       InReach,         AreInReach(primitive.Vertex),                           "row set-up neither overflows nor gives a NaN")
 #define ZX_TEXTURE_CONDITIONS(X) \
   X(Primitive,       KnownEnv,        primitive.Modulate || replaces,                         "other environments leave the colour of the fragment before") \
-  X(Primitive,       LiveTexCoord,    isLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
+  X(Primitive,       LiveTexCoord,    IsLive(primitive.TexSlot),                              "a slot that no vertex shader fills is not interpolated") \
   X(Primitive,       KnownSampler,    IsKnownSampler(unit.Sampler),                           "a caller's function may look at anything")
 #define ZX_VERTEX_COLOR_CONDITIONS(X) \
-  X(Primitive,       LiveColor,       isLive(color),                                          "as for the texture coordinate") \
-  X(Primitive,       LiveSecondary,   !gl.m_Lighting || isLive(secondary),                    "as for the texture coordinate")
+  X(Primitive,       LiveColor,       IsLive(color),                                          "as for the texture coordinate") \
+  X(Primitive,       LiveSecondary,   !gl.m_Lighting || IsLive(secondary),                    "as for the texture coordinate")
 
 #define ZX_BYTE_TEXEL_CONDITIONS(X) \
   X(ByteTexels,      Image,           surface != nullptr && \
@@ -93,10 +93,10 @@
   X(ShadedRows,      Installed,       gl.m_FragmentShader == RowShader,                       "a host set another shader by hand") \
   X(ShadedRows,      Apart,           Targets.Kernels,                                        "a pixel's tests would see the writes of another") \
   X(ShadedRows,      TextureApart,    !AnyTextureIsTarget(gl, Targets),                       "so would its texels, of any unit") \
-  X(ShadedRows,      KnownWrite,      IsIn(kPixelWrites, gl.m_PixelWrite),                    "a caller's function may look at anything") \
-  X(ShadedRows,      KnownBlend,      KnowsBlend(gl),                                         "as KnownWrite") \
-  X(ShadedRows,      KnownDepth,      !gl.m_DepthTest || IsIn(kDepthCompares, gl.m_DepthCompare), "as KnownWrite") \
-  X(ShadedRows,      KnownStencil,    !gl.m_StencilTest || KnowsStencil(gl),                  "as KnownWrite")
+  X(ShadedRows,      KnownWrite,      IsKnownWrite(gl.m_PixelWrite),                          "a caller's function may look at anything") \
+  X(ShadedRows,      KnownBlend,      draw.Blend != TBlend::Unknown,                          "as KnownWrite") \
+  X(ShadedRows,      KnownDepth,      !draw.DepthTest || draw.DepthFunc != TCompare::Unknown, "as KnownWrite") \
+  X(ShadedRows,      KnownStencil,    !draw.StencilTest || KnowsStencil(draw),                "as KnownWrite")
 
 #define ZX_PIXEL_ROW_CONDITIONS(X) \
   X(PixelRow,        InstructionSet,  GetSpanKernels() != nullptr,                            "as for shaders") \

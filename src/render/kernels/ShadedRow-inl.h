@@ -18,8 +18,8 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/RowShaderCPU.h>
 #include <ZxCore3D/render/common/Engine.h>
+#include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
-#include <ZxCore3D/render/kernels/SpanLanes-inl.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
 
 #ifndef ZX_RENDER_SHADEDROW_ONCE
@@ -66,36 +66,16 @@ HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE
   const V4 at = hn::Set(d, t);
   const bool perspective = gl->m_PerspectiveHint != GL_FASTEST;
   const V4 q = perspective ? hn::Set(d, 1.0 / (delta[3] * t + begin[3])) : at;
-  const auto slot = [&](std::size_t number) HWY_ATTR __attribute__((always_inline)) {
-    for (std::size_t i = 4 * number; i < 4 * number + 4; i += kLanes4) {
+  const auto count = static_cast<std::size_t>(gl->m_VarCount);
+#pragma GCC unroll 8 // straight code: no end of a loop to predict
+  for (std::size_t slot = 0; slot < kSlots; ++slot) {
+    if (slot >= count) {
+      break;
+    }
+    for (std::size_t i = 4 * slot; i < 4 * slot + 4; i += kLanes4) {
       const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
       hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
-  };
-  switch (gl->m_VarCount) { // straight code for each count: no end of a loop to predict
-  case 8:
-    slot(7);
-    [[fallthrough]];
-  case 7:
-    slot(6);
-    [[fallthrough]];
-  case 6:
-    slot(5);
-    [[fallthrough]];
-  case 5:
-    slot(4);
-    [[fallthrough]];
-  case 4:
-    slot(3);
-    [[fallthrough]];
-  case 3:
-    slot(2);
-    [[fallthrough]];
-  case 2:
-    slot(1);
-    [[fallthrough]];
-  default:
-    slot(0);
   }
 }
 
@@ -227,35 +207,30 @@ inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int first, int count
   const TRenderCPU& gl = row.Context;
   const unsigned char* const depths =
       row.Depth + first * static_cast<std::ptrdiff_t>(sizeof(float));
-  const int column = row.First + first;
-  const bool early = !gl.m_CalcDepth;
-  HWY_ALIGN float own[kRun];
+  const auto passesStencil = [&](int i) {
+    return PassesStencil(gl, row.Stencil != nullptr ? row.Stencil + first + i : nullptr);
+  };
   int selected = 0;
   const auto select = [&](int i, float depth) {
     out->T[selected] = t[i];
     out->Depth[selected] = depth;
-    out->X[selected] = column + i;
+    out->X[selected] = row.First + first + i;
   };
-  if (gl.m_StencilTest) {
+  if (gl.m_CalcDepth) {
     for (int i = 0; i < count; ++i) {
-      const std::ptrdiff_t place = first + i;
-      const TShadedFragment fragment = {gl, row.Span, row.Record, t[i]};
-      if (PassesBeforeShading(gl, depths + i * sizeof(float),
-                              row.Stencil != nullptr ? row.Stencil + place : nullptr, fragment)) {
-        select(i, row.Record->Depth);
-        ++selected;
-      }
-    }
-  } else if (early) {
-    SetDepths(row, count, t, own);
-    row.Record->Depth = own[count - 1];
-    for (int i = 0; i < count; ++i) {
-      select(i, own[i]);
-      selected += PassesDepth(gl, depths + i * sizeof(float), own[i], nullptr) ? 1 : 0;
+      select(i, row.Record->Depth);
+      selected += passesStencil(i) ? 1 : 0;
     }
   } else {
-    for (; selected < count; ++selected) {
-      select(selected, row.Record->Depth);
+    HWY_ALIGN float own[kRun];
+    SetDepths(row, count, t, own);
+    for (int i = 0; i < count; ++i) {
+      if (passesStencil(i)) {
+        unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + first + i : nullptr;
+        select(i, own[i]);
+        selected += PassesDepth(gl, depths + i * sizeof(float), own[i], stencil) ? 1 : 0;
+        row.Record->Depth = own[i];
+      }
     }
   }
   // Lanes past the last fragment divide as that one does, and raise nothing.
@@ -303,12 +278,10 @@ HWY_INLINE HWY_ATTR bool PackGroup(const TShadedRow& arrays, int i, std::uint32_
   return hn::AllTrue(d, fits);
 }
 
-// Whether nothing but stores follows shading, of all fragments, which are neighbours.
-inline bool AreStores(const TShadedSpan& row, int count, const TShadedRow& arrays) {
-  const TRenderCPU& gl = row.Context;
-  return gl.m_PixelWrite == nullptr && gl.m_ColorMask == kAllChannels &&
-         gl.m_BlendFunc == nullptr && row.Stencil == nullptr && !gl.m_CalcDepth &&
-         row.ColorStep == kPixelBytes && arrays.X[count - 1] - arrays.X[0] == count - 1 &&
+// Whether nothing but writing follows shading, of all fragments, which are neighbours.
+inline bool AreWritten(const TShadedSpan& row, int count, const TShadedRow& arrays) {
+  return !row.Context.m_CalcDepth && row.ColorStep == kPixelBytes &&
+         arrays.X[count - 1] - arrays.X[0] == count - 1 &&
          std::memchr(arrays.Keep, 0, static_cast<std::size_t>(count)) == nullptr;
 }
 
@@ -323,13 +296,24 @@ inline HWY_ATTR void WriteFragments(const TShadedSpan& row, int count, const TSh
   const auto depthAt = [&row](std::ptrdiff_t place) {
     return row.Depth + place * static_cast<std::ptrdiff_t>(sizeof(float));
   };
-  if (fit && AreStores(row, count, arrays)) {
+  TSpanJob job;
+  SetUpOutput(gl, &job.Draw);
+  if (fit && AreWritten(row, count, arrays) && KnowsWrites(gl, job.Draw)) {
     const std::ptrdiff_t place = arrays.X[0] - row.First;
     const std::size_t bytes = static_cast<std::size_t>(count) * 4;
+    for (int i = 0; i < count && row.Stencil != nullptr; ++i) {
+      RunStencil(gl, gl.m_StencilZPassOp, row.Stencil + place + i);
+    }
     if (gl.m_DepthMask) {
       std::memcpy(depthAt(place), arrays.Depth, bytes);
     }
-    std::memcpy(row.Color + place * row.ColorStep, packed, bytes);
+    unsigned char* const color = row.Color + place * row.ColorStep;
+    const auto* const from = reinterpret_cast<const unsigned char*>(packed);
+    if (IsCopy(gl)) {
+      std::memcpy(color, from, bytes);
+    } else if (gl.m_ColorMask != 0) {
+      DrawPixelRow(job, from, color, count);
+    }
     return;
   }
   for (int i = 0; i < count; ++i) {

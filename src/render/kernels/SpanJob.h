@@ -16,6 +16,7 @@ struct TVertexBatch;
 struct TPointBatch;
 struct TShapeClasses;
 struct TCulling;
+struct TTriangleRows;
 struct TShadedRow;
 class TRowFragmentShaderCPU;
 
@@ -136,28 +137,17 @@ struct TTexelAxis {
   double InverseSize; ///< rounded
 };
 
-/// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
-/// What is read under a condition alone has no value before that holds.
-struct TPrimitive {
-  const vec_t_<double, 4>* Vertex[3] = {}; ///< of a line the last two are the same
-  TPrimitiveKind Kind = TPrimitiveKind::Triangle;
+/// What a primitive's vertices prove. What is read under a condition alone has no value before that
+/// holds, as in `TPrimitive`.
+struct TPrimitiveValues {
   bool Perspective = false;
-  bool AddOffset = false;
-  bool RecordColor = true; ///< whether `LastColor` is wanted
 
   // --- What is interpolated; -1 for a slot that nothing reads
   int ColorSlot = -1;
   int SecondarySlot = -1;
-  int TexSlot = -1;
   bool ZeroSecondary = false; ///< a secondary colour of 0 is still added to the fragment record
 
-  // --- Texture
-  TTexelSource Texels = TTexelSource::None;
-  bool Modulate = true; ///< otherwise the texel replaces the colour
-  TRenderCPU::TTexSampler* Sampler = nullptr;
-  TTexelReach Reach;
-  TTexelAxis AxisX;
-  TTexelAxis AxisY;
+  TTexelReach Reach = TTexelReach::Anywhere;
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
@@ -170,6 +160,22 @@ struct TPrimitive {
   float Tint[4];              ///< of those channels
 
   bool HasConstColor() const { return ConstMask == kAllChannels; }
+};
+
+/// Inputs of a primitive: its vertices in window coordinates and what interpolation reads of them.
+struct TPrimitive : TPrimitiveValues {
+  const vec_t_<double, 4>* Vertex[3] = {}; ///< of a line the last two are the same
+  bool RecordColor = true;                 ///< whether `LastColor` is wanted
+
+  // --- What follows from state, and holds for all primitives of a draw
+  TPrimitiveKind Kind = TPrimitiveKind::Triangle;
+  bool AddOffset = false;
+  bool Modulate = true; ///< otherwise the texel replaces the colour
+  TTexelSource Texels = TTexelSource::None;
+  int TexSlot = -1; ///< without a texture
+  TRenderCPU::TTexSampler* Sampler = nullptr;
+  TTexelAxis AxisX; ///< with byte texels, as `AxisY`
+  TTexelAxis AxisY;
 };
 
 /// What a kernel leaves for the fragment record, where a flag says so.
@@ -250,6 +256,16 @@ struct TLineWalk {
   }
 };
 
+/// How colours are written: mask and blending.
+void SetUpOutput(const TRenderCPU& gl, TDrawState* draw);
+
+/// Whether no function of the stencil is a caller's.
+bool KnowsStencil(const TDrawState& draw);
+
+/// Whether no function that writes a fragment is a caller's, so that a row may be written target by
+/// target. The output is set up.
+bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw);
+
 /// Whether a sampler fetches by a function of its own, not by one that a caller installed.
 bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
 
@@ -272,12 +288,15 @@ struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
   int Lanes;         ///< doubles in a vector
   void (*DrawTriangle)(TSpanJob* job);
+  /// Within the scope of quiet floats of a draw, as all shapes of batches.
+  void (*DrawPlannedTriangle)(TSpanJob* job, const TTriangleRows& rows, int shape);
   void (*DrawLine)(TSpanJob* job, const TLineWalk& walk);
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
   void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                             const TCulling& culling, TShapeClasses* out);
-  void (*ProjectTriangles)(int width, int height, bool frontCCW, int count, TVertexBatch* batch,
-                           TShapeClasses* out);
+  void (*ProjectVertices)(int width, int height, int first, int count, TVertexBatch* batch);
+  void (*PlanTriangles)(const TVertexBatch& window, const int (&corners)[3], int count, int height,
+                        TTriangleRows* out);
   void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);

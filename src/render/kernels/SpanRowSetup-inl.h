@@ -105,48 +105,87 @@ struct TRows {
 struct TRowEdge {
   const vec_t_<double, 4>* Begin;
   const vec_t_<double, 4>* End;
-
-  double DeltaY() const { return End[0].y - Begin[0].y; }
 };
-
-HWY_INLINE HWY_ATTR TRowEdge RowEdgeOf(const TSpanJob& job, int from, int to) {
-  const vec_t_<double, 4>* const ends[2] = {job.Primitive.Vertex[from], job.Primitive.Vertex[to]};
-  const int upward = ends[1][0].y >= ends[0][0].y ? 1 : 0;
-  return {ends[1 - upward], ends[upward]};
-}
 
 // A triangle as two ranges of rows: those that the major edge shares with each minor edge, in
 // drawing order.
 struct TRowPlan {
   TRowEdge MajorEdge;
   TRowEdge MinorEdge[2];
-  int First[2];
-  int Count[2];
+  double First[2];
+  double Count[2];
 };
 
+// The ranges of rows of triangles, one a lane.
+template <class D> struct TRowRange {
+  hn::Vec<D> First;
+  hn::Vec<D> Count;
+};
+
+template <class D> struct TRowRanges {
+  TRowRange<D> Minor[2];
+  hn::Vec<D> Order; ///< twice the number of the major edge, and 1 if it leads upwards
+};
+
+// Edge i leads from corner i to the next one. Of edges of one height the first is the major one;
+// nothing but the ends' heights makes a range of rows, the comparisons being those of `PixelRange`.
 // Which edge is the major one is unpredictable: chosen without branches.
+template <class D>
+HWY_INLINE HWY_ATTR TRowRanges<D> RowRangesOf(D d, const hn::Vec<D> (&y)[3], int height) {
+  using V = hn::Vec<D>;
+  const V zero = hn::Zero(d);
+  const V one = hn::Set(d, 1.0);
+  const V size = hn::Set(d, height);
+  const auto heightOf = [](V a, V b) HWY_ATTR { return hn::Sub(hn::Max(a, b), hn::Min(a, b)); };
+  const V height0 = heightOf(y[0], y[1]);
+  const V height1 = heightOf(y[1], y[2]);
+  const auto second = hn::Gt(height1, height0);
+  const auto third = hn::Gt(heightOf(y[2], y[0]), hn::Max(height0, height1));
+  const auto choose = [&](V a, V b, V c) HWY_ATTR {
+    return hn::IfThenElse(third, c, hn::IfThenElse(second, b, a));
+  };
+  const V from = choose(y[0], y[1], y[2]);
+  const V to = choose(y[1], y[2], y[0]);
+  const V apart = choose(y[2], y[0], y[1]); // of the corner that the major edge does not touch
+  const V major = choose(zero, hn::Set(d, 2.0), hn::Set(d, 4.0));
+  const V order = hn::Add(major, hn::IfThenElseZero(hn::Ge(to, from), one));
+  const auto rangeOf = [&](V other) HWY_ATTR {
+    const V begin = hn::Add(hn::Min(apart, other), hn::Set(d, 0.5));
+    const V end = hn::Max(apart, other);
+    const V first = hn::Trunc(hn::Max(begin, zero));
+    const V last = hn::Trunc(hn::Min(end, hn::Sub(size, one)));
+    auto any = hn::And(hn::Lt(begin, size), hn::Gt(end, hn::Neg(one)));
+    any = hn::And(any, hn::And(hn::Le(first, last), hn::Gt(heightOf(apart, other), zero)));
+    return TRowRange<D>{first, hn::IfThenElseZero(any, hn::Add(hn::Sub(last, first), one))};
+  };
+  return {{rangeOf(to), rangeOf(from)}, order};
+}
+
+// The ends of the edges by the order of a triangle's rows. An edge without height has no rows, so
+// that either of its ends may be the lower one.
+HWY_INLINE HWY_ATTR void SetEdges(const TSpanJob& job, int order, TRowPlan* plan) {
+  // Lower and upper end of the major edge, then of both minor ones.
+  static constexpr std::uint8_t kEnds[6][6] = {{1, 0, 1, 2, 2, 0}, {0, 1, 2, 1, 0, 2},
+                                               {2, 1, 2, 0, 0, 1}, {1, 2, 0, 2, 1, 0},
+                                               {0, 2, 0, 1, 1, 2}, {2, 0, 1, 0, 2, 1}};
+  const auto& ends = kEnds[order];
+  const auto& vertex = job.Primitive.Vertex;
+  plan->MajorEdge = {vertex[ends[0]], vertex[ends[1]]};
+  plan->MinorEdge[0] = {vertex[ends[2]], vertex[ends[3]]};
+  plan->MinorEdge[1] = {vertex[ends[4]], vertex[ends[5]]};
+}
+
 HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
-  const TRowEdge e0 = RowEdgeOf(job, 0, 1);
-  const TRowEdge e1 = RowEdgeOf(job, 1, 2);
-  const TRowEdge e2 = RowEdgeOf(job, 2, 0);
-  const TRowEdge edges[5] = {e0, e1, e2, e0, e1};
-  const double d0 = e0.DeltaY();
-  const double d1 = e1.DeltaY();
-  const int second = d1 > d0 ? 1 : 0;
-  const double most = std::max(d0, d1);
-  const int third = e2.DeltaY() > most ? 1 : 0;
-  const int major = 2 * third + second * (1 - third);
-  TRowPlan plan = {edges[major], {edges[major + 1], edges[major + 2]}, {0, 0}, {0, 0}};
-  if (plan.MajorEdge.DeltaY() == 0.0) {
-    return plan;
-  }
+  const hn::CappedTag<double, 1> d;
+  const auto& vertex = job.Primitive.Vertex;
+  const hn::Vec<decltype(d)> y[3] = {hn::Set(d, vertex[0][0].y), hn::Set(d, vertex[1][0].y),
+                                     hn::Set(d, vertex[2][0].y)};
+  const auto ranges = RowRangesOf(d, y, job.Draw.Height);
+  TRowPlan plan;
+  SetEdges(job, static_cast<int>(hn::GetLane(ranges.Order)), &plan);
   for (int minor = 0; minor < 2; ++minor) {
-    const TRowEdge& edge = plan.MinorEdge[minor];
-    int last = 0;
-    if (edge.DeltaY() != 0.0 && PixelRange(edge.Begin[0].y + 0.5, edge.End[0].y, job.Draw.Height,
-                                           &plan.First[minor], &last)) {
-      plan.Count[minor] = last - plan.First[minor] + 1;
-    }
+    plan.First[minor] = hn::GetLane(ranges.Minor[minor].First);
+    plan.Count[minor] = hn::GetLane(ranges.Minor[minor].Count);
   }
   return plan;
 }

@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <new>
 #include <utility>
 
 #include <ZxCore3D/render/FragmentOps.h>
@@ -55,11 +56,6 @@ template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlph
                                  : TBlend::Unknown;
 }
 
-bool KnowsStencil(const TDrawState& draw) {
-  return draw.StencilFunc != TCompare::Unknown && draw.StencilFail != TStencilStep::Unknown &&
-         draw.StencilZFail != TStencilStep::Unknown && draw.StencilZPass != TStencilStep::Unknown;
-}
-
 // --- What a triangle's values prove
 
 // What holds for the components of a slot.
@@ -71,7 +67,8 @@ struct TComponents {
   }
   // A bit for each component.
   unsigned int Bits() const {
-    return static_cast<unsigned int>((Low[0] & 1) | (Low[1] & 2) | (High[0] & 4) | (High[1] & 8));
+    const TPairMask bits = (Low & TPairMask{1, 2}) | (High & TPairMask{4, 8});
+    return static_cast<unsigned int>(bits[0] | bits[1]);
   }
 };
 
@@ -200,7 +197,7 @@ void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
       }
     }
     primitive->ConstMask |= 1u << i;
-    primitive->ConstColor |= static_cast<std::uint32_t>(ByteOf(value)) << (8 * i);
+    primitive->ConstColor |= static_cast<std::uint32_t>(value * 255.0 + 0.5) << (8 * i);
   }
 }
 
@@ -298,28 +295,29 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   const DATASURFACE* const surface = sampler.m_Surface;
   primitive->Sampler = const_cast<TSampler*>(&sampler);
   primitive->Texels = TTexelSource::Sampler;
-  primitive->Reach = TTexelReach::Anywhere;
   ZX_BYTE_TEXEL_CONDITIONS(ZX_RETURN_UNMET)
   const bool linear = sampler.m_FilterMin != GL_NEAREST;
   primitive->Texels = linear ? TTexelSource::Linear : TTexelSource::Nearest;
   primitive->AxisX = TexelAxisOf(sampler.m_WrapS, surface->Width);
   primitive->AxisY = TexelAxisOf(sampler.m_WrapT, surface->Height);
-  const TVertices& v = primitive->Vertex;
-  if (!primitive->Perspective || HasSteadyW(v)) {
-    const int slot = primitive->TexSlot;
-    primitive->Reach = std::min(TexelReachOf(v, slot, 0, linear, primitive->AxisX),
-                                TexelReachOf(v, slot, 1, linear, primitive->AxisY));
-  }
   return TCondition::None;
 }
 
-// Whether all filtered texels lie in 0 to 1. With coordinates that are NaN, or too great to have a
-// fraction, a mix of texels may be NaN.
+TTexelReach TexelReachOf(const TPrimitive& primitive) {
+  const TVertices& v = primitive.Vertex;
+  if (primitive.Perspective && !HasSteadyW(v)) {
+    return TTexelReach::Anywhere;
+  }
+  const bool linear = primitive.Texels == TTexelSource::Linear;
+  const int slot = primitive.TexSlot;
+  return std::min(TexelReachOf(v, slot, 0, linear, primitive.AxisX),
+                  TexelReachOf(v, slot, 1, linear, primitive.AxisY));
+}
+
+// Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
+// great to have a fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TPrimitive& primitive) {
   if (primitive.Texels == TTexelSource::Linear) {
-    if (primitive.Perspective && !HasSteadyW(primitive.Vertex)) {
-      return false;
-    }
     for (const TVec4* const at : primitive.Vertex) {
       const TVec4& st = at[primitive.TexSlot];
       if (!(std::fabs(st.x) < kMaxUnitTexCoord && std::fabs(st.y) < kMaxUnitTexCoord)) {
@@ -333,12 +331,21 @@ bool AreUnitTexels(const TPrimitive& primitive) {
 }
 
 bool AreInReach(const TVertices& v) {
-  return std::all_of(std::begin(v), std::end(v), [](const TVec4* at) {
-    return std::fabs(at[0].x) < kMaxWindow && std::fabs(at[0].y) < kMaxWindow;
-  });
+  constexpr TPair kMost = {kMaxWindow, kMaxWindow};
+  TPairMask inside = {-1, -1};
+  for (const TVec4* const at : v) {
+    const TPair xy = PairAt(&at[0].x);
+    inside &= (xy < kMost) & (xy > -kMost);
+  }
+  return (inside[0] & inside[1]) != 0;
 }
 
 } // namespace
+
+bool KnowsStencil(const TDrawState& draw) {
+  return draw.StencilFunc != TCompare::Unknown && draw.StencilFail != TStencilStep::Unknown &&
+         draw.StencilZFail != TStencilStep::Unknown && draw.StencilZPass != TStencilStep::Unknown;
+}
 
 bool IsKnownSampler(const TSampler& sampler) {
   TSampler chosen = sampler;
@@ -355,16 +362,20 @@ TCondition TRenderEngine::SetUpTargets(TDrawState* out) const {
   draw.Color = {Targets.Color.Data, Targets.Color.RowStride};
   draw.Depth = {Targets.Depth.Data, Targets.Depth.RowStride};
   draw.Stencil = {Targets.Stencil.Data, Targets.Stencil.RowStride};
-  SetUpOutput(&draw);
+  SetUpOutput(gl, &draw);
   ZX_RETURN_FIRST_UNMET(ZX_TARGET_CONDITIONS);
 }
 
-// How colours are written: mask and blending.
-void TRenderEngine::SetUpOutput(TDrawState* draw) const {
+void SetUpOutput(const TRenderCPU& gl, TDrawState* draw) {
   draw->ColorMask = gl.m_ColorMask;
   draw->Blend = gl.m_ColorMask == kAllChannels
                     ? BlendOf(gl.m_BlendFunc, &TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub)
                     : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
+}
+
+bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw) {
+  return gl.m_PixelWrite == nullptr && draw.Blend != TBlend::Unknown &&
+         StencilStepOf(gl.m_StencilZPassOp) != TStencilStep::Unknown;
 }
 
 TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
@@ -386,40 +397,54 @@ TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
   ZX_RETURN_FIRST_UNMET(ZX_TEST_CONDITIONS);
 }
 
-// Set-up that holds for all primitives of a draw. Returns the condition that leaves them to the
-// reference walker.
-TCondition TRenderEngine::SetUpDraw(TDrawState* draw) const {
+// Set-up that holds for all primitives of a draw, all of one kind. Returns the condition that
+// leaves them to the reference walker.
+TCondition TRenderEngine::SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const {
   ZX_SHADER_CONDITIONS(ZX_RETURN_UNMET)
-  const TCondition unmet = SetUpTargets(draw);
-  return unmet != TCondition::None ? unmet : SetUpDepthStencil(draw);
+  TCondition unmet = SetUpTargets(&job->Draw);
+  unmet = unmet != TCondition::None ? unmet : SetUpDepthStencil(&job->Draw);
+  return unmet != TCondition::None ? unmet : SetUpSources(kind, &job->Primitive);
 }
+
+// What pixels are interpolated from and looked up in, apart from the vertices' own values.
+TCondition TRenderEngine::SetUpSources(TPrimitiveKind kind, TPrimitive* out) const {
+  TPrimitive& primitive = *out;
+  primitive.Kind = kind;
+  primitive.AddOffset = gl.m_PolygonOffsetFill &&
+                        (kind == TPrimitiveKind::Triangle || gl.m_PrimitiveMode == GL_TRIANGLES);
+  const TTexUnit& unit = gl.m_TexUnits[0];
+  if (!unit.TexEnabled) {
+    return TCondition::None;
+  }
+  const bool replaces = unit.TexEnvMode == GL_REPLACE;
+  primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
+  primitive.TexSlot = gl.m_VarTexCoord;
+  ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
+  Meets(ActiveKernelCounters(), SetUpTexels(unit.Sampler, &primitive));
+  return TCondition::None;
+}
+
+bool TRenderEngine::IsLive(int slot) const { return slot >= 1 && slot < gl.m_VarCount; }
 
 // Set-up of one primitive, whose vertices have window coordinates and slots as they are before
 // perspective scales them.
 TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   TPrimitive& primitive = *out;
+  new (static_cast<TPrimitiveValues*>(out)) TPrimitiveValues; // copied, it would wait for stores
   const TVertices& v = primitive.Vertex;
   const auto [color, secondary] = ColorSlotsOf(gl, gl.m_Fragment.FrontFacing);
-  const TTexUnit& unit = gl.m_TexUnits[0];
-  const bool textured = unit.TexEnabled;
-  const bool replaces = textured && unit.TexEnvMode == GL_REPLACE;
-  const auto isLive = [this](int slot) { return slot >= 1 && slot < gl.m_VarCount; };
+  const bool textured = primitive.Texels != TTexelSource::None;
   ZX_PRIMITIVE_CONDITIONS(ZX_RETURN_UNMET)
 
   // With w of 1 throughout, perspective multiplies by 1 and nothing else.
   primitive.Perspective = gl.m_PerspectiveHint != GL_FASTEST &&
                           !(v[0][0].w == 1.0 && v[1][0].w == 1.0 && v[2][0].w == 1.0);
-  primitive.AddOffset = gl.m_PolygonOffsetFill && (primitive.Kind == TPrimitiveKind::Triangle ||
-                                                   gl.m_PrimitiveMode == GL_TRIANGLES);
-  TKernelCounters* const counters = ActiveKernelCounters();
-  if (textured) {
-    primitive.Modulate = unit.TexEnvMode == GL_MODULATE;
-    primitive.TexSlot = gl.m_VarTexCoord;
-    ZX_TEXTURE_CONDITIONS(ZX_RETURN_UNMET)
-    Meets(counters, SetUpTexels(unit.Sampler, &primitive));
+  if (HasByteTexels(primitive.Texels)) {
+    primitive.Reach = TexelReachOf(primitive);
   }
-  if (replaces) {
-    primitive.Clamp = !AreUnitTexels(primitive);
+  const bool steady = !primitive.Perspective || HasSteadyW(v);
+  if (!primitive.Modulate) {
+    primitive.Clamp = !steady || !AreUnitTexels(primitive);
     primitive.UsesVertexColor = false;
     primitive.ChannelBound = 1.0;
     return TCondition::None;
@@ -430,7 +455,6 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
     primitive.ZeroSecondary = IsZeroSlot(v, secondary);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
-  const bool steady = !primitive.Perspective || HasSteadyW(v);
   const unsigned int unitChannels = UnitBits(v, color);
   const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
@@ -439,7 +463,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   if (steady && !textured) {
     SetUpConstantChannels(lone, &primitive);
   }
-  if (Meets(counters, SetUpFloatColors(steady, inUnit, &primitive))) {
+  if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
@@ -451,12 +475,22 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
 
 // --- Running
 
-void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
+void TRenderEngine::RunTriangleJob(TSpanJob* job) {
   job->Primitive.RecordColor = DrawJob == nullptr;
   job->StartPrimitive();
   GetSpanKernels()->DrawTriangle(job);
+  RecordTriangle(*job);
+  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
+    ResolveFragment();
+  } else {
+    DeferredFragment.KeepVertices();
+  }
+}
 
-  const TSpanResult& result = job->Result;
+// Records what a kernel left of a triangle. Its vertices have to stay until the fragment is
+// computed, or `KeepVertices` copies them.
+void TRenderEngine::RecordTriangle(const TSpanJob& job) {
+  const TSpanResult& result = job.Result;
   if (result.YSet) {
     gl.m_Fragment.Y = result.Y;
   }
@@ -470,27 +504,17 @@ void TRenderEngine::RunTriangleJob(const VAR_DATA* v, TSpanJob* job) {
   TDeferredFragment& pending = DeferredFragment;
   pending.Set = true;
   // No state changes within an array draw: the colour can wait for the last triangle.
-  pending.Shade = !job->Primitive.RecordColor;
+  pending.Shade = !job.Primitive.RecordColor;
   pending.Front = gl.m_Fragment.FrontFacing;
-  if (job->Primitive.RecordColor) {
+  if (job.Primitive.RecordColor) {
     gl.m_Fragment.Color = result.LastColor;
   }
-  pending.Perspective = job->Primitive.Perspective;
+  pending.Perspective = job.Primitive.Perspective;
   pending.Count = gl.m_VarCount;
   pending.X = result.LastX;
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
-  if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
-    ComputeDeferredFragment(v);
-    return;
-  }
-  for (int i = 0; i < 3; ++i) {
-    // Four slots are all that most states have.
-    std::memcpy(pending.Vertex[i].Slots, v[i].Slots, 4 * sizeof v[i].Slots[0]);
-    if (gl.m_VarCount > 4) {
-      gl.CopyVar(pending.Vertex[i], v[i]);
-    }
-  }
+  std::copy_n(job.Primitive.Vertex, 3, pending.Vertex);
 }
 
 void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
@@ -511,28 +535,29 @@ namespace {
 
 // An edge at one row.
 struct TSide {
-  const TRenderCPU::VAR_DATA* Begin; ///< the lower end
-  const TRenderCPU::VAR_DATA* End;
+  const TVec4* Begin; ///< the lower end
+  const TVec4* End;
   double T;
 
-  TSide(const TRenderCPU::VAR_DATA& a, const TRenderCPU::VAR_DATA& b) : T(0.0) {
-    const bool upward = b.Slots[0].y >= a.Slots[0].y;
-    Begin = upward ? &a : &b;
-    End = upward ? &b : &a;
+  TSide(const TVec4* a, const TVec4* b) : T(0.0) {
+    const bool upward = b[0].y >= a[0].y;
+    Begin = upward ? a : b;
+    End = upward ? b : a;
   }
-  double DeltaY() const { return End->Slots[0].y - Begin->Slots[0].y; }
-  void SetRow(int y) { T = (y - Begin->Slots[0].y) / DeltaY(); }
+  double DeltaY() const { return End[0].y - Begin[0].y; }
+  void SetRow(int y) { T = (y - Begin[0].y) / DeltaY(); }
   TPair At(int place) const { // two components, counted through all slots
-    const TPair begin = PairAt(&Begin->Slots[0].x + place);
-    return (PairAt(&End->Slots[0].x + place) - begin) * T + begin;
+    const TPair begin = PairAt(&Begin[0].x + place);
+    return (PairAt(&End[0].x + place) - begin) * T + begin;
   }
 };
 
 } // namespace
 
 // Computes the slots of the last fragment of a triangle by the operations of the reference walker.
-void TRenderEngine::ComputeDeferredFragment(const VAR_DATA* v) {
+void TRenderEngine::ComputeDeferredFragment() {
   TDeferredFragment& pending = DeferredFragment;
+  const TVertices& v = pending.Vertex;
   pending.Set = false;
   const TSide edges[3] = {{v[0], v[1]}, {v[1], v[2]}, {v[2], v[0]}};
   int major = edges[1].DeltaY() > edges[0].DeltaY() ? 1 : 0;

@@ -9,6 +9,7 @@
 #define ZX_RENDER_SPANTRIANGLE_INL_H_
 #endif
 
+#include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanShortRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -120,9 +121,8 @@ HWY_INLINE HWY_ATTR void PrefetchShortRows(const TSpanJob& job, const TRows& row
   }
 }
 
-HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
-  const TRowPlan plan = PlanRows(*job);
-  const int count = plan.Count[0] + plan.Count[1];
+HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
+  const int count = static_cast<int>(plan.Count[0] + plan.Count[1]);
   if (count == 0) {
     return;
   }
@@ -158,6 +158,19 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
     }
   }
   RecordLastPixels(job, slots, plan, last, current, &rows);
+}
+
+HWY_ATTR void DrawTriangleJob(TSpanJob* job) { DrawPlan(job, PlanRows(*job)); }
+
+// A triangle of a batch.
+HWY_ATTR void DrawPlannedTriangle(TSpanJob* job, const TTriangleRows& rows, int shape) {
+  TRowPlan plan;
+  SetEdges(*job, static_cast<int>(rows.Order[shape]), &plan);
+  for (int minor = 0; minor < 2; ++minor) {
+    plan.First[minor] = rows.First[minor][shape];
+    plan.Count[minor] = rows.Count[minor][shape];
+  }
+  DrawPlan(job, plan);
 }
 
 } // namespace HWY_NAMESPACE

@@ -15,6 +15,7 @@
 
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
+#include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -207,16 +208,7 @@ HWY_INLINE HWY_ATTR std::uint64_t AddClasses(const TVertexBatch& batch, const in
   return inside;
 }
 
-// Whether triangles with these normalised corners face the front: the area's sign by the steps of
-// rasterisation in their order.
-HWY_INLINE HWY_ATTR MD FacesFront(const VD (&x)[3], const VD (&y)[3], bool frontCCW) {
-  const DD d;
-  const auto cross = [&](int i, int k)
-                         HWY_ATTR { return hn::Sub(hn::Mul(x[i], y[k]), hn::Mul(x[k], y[i])); };
-  const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
-  return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
-}
-
+// Whether triangles face the front: the area's sign by the steps of rasterisation in their order.
 HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3], bool frontCCW) {
   const DD d;
   VD x[3];
@@ -226,7 +218,10 @@ HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3],
     x[c] = hn::Mul(hn::Load(d, batch.X + at[c]), r);
     y[c] = hn::Mul(hn::Load(d, batch.Y + at[c]), r);
   }
-  return FacesFront(x, y, frontCCW);
+  const auto cross = [&](int i, int k)
+                         HWY_ATTR { return hn::Sub(hn::Mul(x[i], y[k]), hn::Mul(x[k], y[i])); };
+  const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
+  return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
 }
 
 // Classifies the first `count` triangles, whose corners are three columns of the batch.
@@ -237,7 +232,7 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
     const int at[3] = {corners[0] * batch.Pitch + s, corners[1] * batch.Pitch + s,
                        corners[2] * batch.Pitch + s};
     const std::uint64_t inside = AddClasses(batch, at, s, out);
-    if ((culling.Front || culling.Back) && inside != 0) {
+    if (inside != 0) {
       const std::uint64_t group = FirstBits(kLanes);
       const std::uint64_t front = BitsOfMask(DD(), FacesFront(batch, at, culling.FrontCCW));
       const std::uint64_t culled = (culling.Front ? front : 0) | (culling.Back ? front ^ group : 0);
@@ -247,32 +242,40 @@ inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&co
   }
 }
 
-// Facing and window coordinates of the first `count` triangles, by the steps of rasterisation in
-// their order. The coordinates take the place of those in clip space; w becomes 1/w.
-inline HWY_ATTR void ProjectTriangles(int width, int height, bool frontCCW, int count,
-                                      TVertexBatch* batch, TShapeClasses* out) {
+// Window coordinates of `count` entries from `first` on, by the steps of rasterisation in their
+// order. They take the place of those in clip space; w becomes 1/w.
+inline HWY_ATTR void ProjectVertices(int width, int height, int first, int count,
+                                     TVertexBatch* batch) {
   const DD d;
   const VD half = hn::Set(d, 0.5);
-  const VD wide = hn::Set(d, static_cast<double>(width));
-  const VD high = hn::Set(d, static_cast<double>(height));
-  const auto toWindow = [&](VD u, VD size) HWY_ATTR {
-    return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), size), half);
+  const auto toWindow = [&](VD u, int size) HWY_ATTR {
+    return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), hn::Set(d, size)), half);
   };
+  for (int i = first; i < first + count; i += kLanes) {
+    const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + i));
+    const VD z = hn::Mul(hn::Load(d, batch->Z + i), r);
+    hn::Store(toWindow(hn::Mul(hn::Load(d, batch->X + i), r), width), d, batch->X + i);
+    hn::Store(toWindow(hn::Mul(hn::Load(d, batch->Y + i), r), height), d, batch->Y + i);
+    hn::Store(hn::Add(hn::Mul(z, half), half), d, batch->Z + i);
+    hn::Store(r, d, batch->W + i);
+  }
+}
+
+// The rows of the first `count` triangles, whose corners are three columns of window coordinates.
+// Of those out of reach of kernels the rows may be any.
+inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const int (&corners)[3], int count,
+                                   int height, TTriangleRows* out) {
+  const DD d;
   for (int s = 0; s < count; s += kLanes) {
-    VD x[3];
-    VD y[3];
-    for (int c = 0; c < 3; ++c) {
-      const int at = c * batch->Pitch + s;
-      const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + at));
-      x[c] = hn::Mul(hn::Load(d, batch->X + at), r);
-      y[c] = hn::Mul(hn::Load(d, batch->Y + at), r);
-      const VD z = hn::Mul(hn::Load(d, batch->Z + at), r);
-      hn::Store(toWindow(x[c], wide), d, batch->X + at);
-      hn::Store(toWindow(y[c], high), d, batch->Y + at);
-      hn::Store(hn::Add(hn::Mul(z, half), half), d, batch->Z + at);
-      hn::Store(r, d, batch->W + at);
+    const auto heightOf = [&](int c)
+                              HWY_ATTR { return hn::Load(d, window.Y + c * window.Pitch + s); };
+    const VD y[3] = {heightOf(corners[0]), heightOf(corners[1]), heightOf(corners[2])};
+    const TRowRanges<DD> ranges = RowRangesOf(d, y, height);
+    hn::Store(ranges.Order, d, out->Order + s);
+    for (int minor = 0; minor < 2; ++minor) {
+      hn::Store(ranges.Minor[minor].First, d, out->First[minor] + s);
+      hn::Store(ranges.Minor[minor].Count, d, out->Count[minor] + s);
     }
-    out->Front |= BitsOfMask(d, FacesFront(x, y, frontCCW)) << s;
   }
 }
 

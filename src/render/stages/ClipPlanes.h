@@ -22,14 +22,8 @@ inline bool IsInside(const vec_t_<double, 4>& at, int plane) {
   return (plane & 1) == 0 ? u >= -at.w : u <= at.w;
 }
 
-/// The planes that a position is outside of: bit p for plane p.
-inline std::uint8_t OutsidePlanes(const vec_t_<double, 4>& at) {
-  const auto planes = [&at](double u) { return (u >= -at.w ? 0 : 1) | (u <= at.w ? 0 : 2); };
-  return static_cast<std::uint8_t>(planes(at.x) | planes(at.y) << 2 | planes(at.z) << 4);
-}
-
-/// The planes that any corner of a triangle is outside of, and those that all are: as
-/// `OutsidePlanes`, joined.
+/// The planes that any corner of a triangle is outside of, and those that all are: bit p for plane
+/// p.
 struct TJoinedPlanes {
   unsigned int Any;
   unsigned int All;
@@ -58,11 +52,6 @@ inline TJoinedPlanes OutsidePlanes(const vec_t_<double, 4>& a, const vec_t_<doub
 /// it there unchanged.
 inline bool IsRejected(TJoinedPlanes outside) {
   return (outside.All & (outside.Any & (0u - outside.Any))) != 0;
-}
-
-/// The same by its corners' `OutsidePlanes`.
-inline bool IsRejected(unsigned int a, unsigned int b, unsigned int c) {
-  return IsRejected({a | b | c, a & b & c});
 }
 
 } // namespace Zx3D

@@ -54,7 +54,13 @@ inline bool PassesDepth(const TRenderCPU& gl, const unsigned char* depth, float 
   return true;
 }
 
-/// Writes a colour of four bytes to the colour surface, through mask and blending.
+/// Whether colours are written as they are, without mask and blending.
+inline bool IsCopy(const TRenderCPU& gl) {
+  return gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr;
+}
+
+/// Writes a colour of four bytes to the colour surface, through mask and blending. Callers that
+/// have asked `IsCopy` before cannot know: a function of a host's own may switch blending off.
 inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned char* bytes) {
   const unsigned int mask = gl.m_ColorMask;
   if (mask == kAllChannels) {
@@ -76,10 +82,11 @@ inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned c
   }
 }
 
-/// The same for bytes in a word, the lowest being red. A word goes from register to memory: bytes
-/// stored one by one would have to reach memory before the word could be loaded.
-inline void WritePacked(const TRenderCPU& gl, unsigned char* to, std::uint32_t packed) {
-  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) [[likely]] {
+/// Writes any colour, as bytes in a word, the lowest being red. A word goes from register to
+/// memory: bytes stored one by one would have to reach memory before the word could be loaded.
+[[gnu::always_inline]] inline void WritePacked(const TRenderCPU& gl, unsigned char* to,
+                                               std::uint32_t packed) {
+  if (IsCopy(gl)) [[likely]] {
     std::memcpy(to, &packed, kPixelBytes);
     return;
   }

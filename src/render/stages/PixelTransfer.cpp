@@ -166,7 +166,7 @@ static TCondition UnmetByPixelRow(const TDrawState& draw, bool apart) {
 static void DrawPixelRow(const TRenderCPU& gl, const TSpanJob& job, const unsigned char* from,
                          std::ptrdiff_t fromStep, unsigned char* to, std::ptrdiff_t toStep,
                          std::ptrdiff_t count) {
-  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == nullptr) {
+  if (IsCopy(gl)) {
     CopyPixels(from, fromStep, to, toStep, count);
     return;
   }
@@ -207,7 +207,7 @@ void TRenderCPU::_DrawPixels_RGBAub_RGBAub(int width, int height, const void* pi
   std::ptrdiff_t offset = (x > 0 ? x * pixelStride : 0) + (y > 0 ? y * rowStride : 0);
   TSpanJob job;
   job.StartPrimitive();
-  m_Engine->SetUpOutput(&job.Draw);
+  SetUpOutput(*this, &job.Draw);
   for (std::int64_t row = 0; row < rows; ++row) {
     std::ptrdiff_t first = 0;
     std::ptrdiff_t last = 0;

@@ -3,7 +3,6 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <cstdlib>
-#include <new>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
@@ -157,7 +156,7 @@ void TRenderEngine::DrawLinePixel(int x, int y, double t) {
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   m_Engine->UpdateDerivedState();
   TSpanJob job;
-  m_Engine->DrawLine(v, &job, m_Engine->SetUpDraw(&job.Draw));
+  m_Engine->DrawLine(v, &job, m_Engine->SetUpDraw(TPrimitiveKind::Line, &job));
 }
 
 // Draws a line in clip space, by a kernel unless a condition is unmet: `unmet`, of the draw, or one
@@ -172,8 +171,7 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
                 at.z * h + 0.5, r);
   }
   if (unmet == TCondition::None) { // reads the slots before perspective scales them
-    TPrimitive& primitive = *new (&job->Primitive) TPrimitive; // as in RasterizeTriangle
-    primitive.Kind = TPrimitiveKind::Line;
+    TPrimitive& primitive = job->Primitive;
     primitive.Vertex[0] = v[0].Slots;
     primitive.Vertex[1] = primitive.Vertex[2] = v[1].Slots;
     unmet = SetUpPrimitive(&primitive);

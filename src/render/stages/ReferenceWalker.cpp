@@ -15,27 +15,15 @@ namespace Zx3D {
 
 namespace {
 
-// The pixels of one target along a row.
-class TSpanTarget {
-public:
-  TSpanTarget(unsigned char* first, std::ptrdiff_t step, int end)
-      : m_At(first), m_Step(step), m_End(end) {}
+// The pixels of one target along a row: their addresses up to a column, null from there on.
+struct TSpanTarget {
+  unsigned char* First;
+  std::ptrdiff_t Step;
+  int Count;
 
-  // The address at column x, those of the columns before it having been taken; null from the end
-  // on.
-  unsigned char* Next(int x) {
-    if (x >= m_End || m_At == nullptr) {
-      return nullptr;
-    }
-    unsigned char* const at = m_At;
-    m_At += m_Step;
-    return at;
+  unsigned char* At(int i) const {
+    return First != nullptr && i < Count ? First + i * Step : nullptr;
   }
-
-private:
-  unsigned char* m_At;
-  std::ptrdiff_t m_Step;
-  int m_End;
 };
 
 } // namespace
@@ -109,22 +97,20 @@ struct TSpanFragment {
 
 // The reference walker: right for every state and every shader, pixel by pixel from left to right.
 void TRenderEngine::WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs) {
-  // Where a target ends within the row, its pixels from there on have no address.
   const auto pixelsOf = [this, first, y](const TTarget& target, std::ptrdiff_t step) {
-    return TSpanTarget(target.At(first, y), step, target.EndOfSpan(first, y, gl.m_Width));
+    return TSpanTarget{target.At(first, y), step, target.EndOfSpan(first, y, gl.m_Width) - first};
   };
-  TSpanTarget color = pixelsOf(Targets.Color, Targets.Color.Step);
-  TSpanTarget depth = pixelsOf(Targets.Depth, sizeof(float));
-  TSpanTarget stencil(StencilPixel(first, y), 1, Targets.Stencil.EndOfSpan(first, y, gl.m_Width));
+  const TSpanTarget color = pixelsOf(Targets.Color, Targets.Color.Step);
+  const TSpanTarget depth = pixelsOf(Targets.Depth, sizeof(float));
+  const TSpanTarget stencil = gl.m_StencilTest ? pixelsOf(Targets.Stencil, 1) : TSpanTarget{};
   const double beginX = span.Begin->Slots[0].x;
   const double deltaX = span.Delta.Slots[0].x;
   for (int x = first; x <= last; ++x) {
-    unsigned char* const colorAt = color.Next(x);
-    unsigned char* const depthAt = depth.Next(x);
-    unsigned char* const stencilAt = stencil.Next(x);
+    const int i = x - first;
     const double t = (x - beginX) / deltaX;
     if (t >= 0.0 && t < 1.0) {
-      RunFragment(gl, depthAt, stencilAt, TSpanFragment{*this, span, fs, colorAt, x, t});
+      RunFragment(gl, depth.At(i), stencil.At(i),
+                  TSpanFragment{*this, span, fs, color.At(i), x, t});
     }
   }
 }

@@ -11,7 +11,6 @@
 #include <ZxCore3D/render/RowShaderCPU.h>
 
 #include <ZxCore3D/render/common/Engine.h>
-#include <ZxCore3D/render/common/FragmentTables.h>
 #include <ZxCore3D/render/common/KernelCounters.h>
 #include <ZxCore3D/render/common/SurfaceBlock.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
@@ -20,27 +19,9 @@ namespace Zx3D {
 
 namespace {
 
-template <class TFunction, std::size_t N>
-bool IsIn(const TFunction (&list)[N], TFunction function) {
-  return std::find(std::begin(list), std::end(list), function) != std::end(list);
-}
-
-constexpr TRenderCPU::TPixelWrite kPixelWrites[] = {nullptr, SetValue1f, SetValue1d, SetValue4f,
-                                                    SetValue4d};
-
-constexpr TRenderCPU::TStencilFunction kStencilSteps[] = {
-    KeepM_1u8,     ZeroM_1u8, ReplaceM_1u8,  IncrM_1u8,
-    IncrWrapM_1u8, DecrM_1u8, DecrWrapM_1u8, InvertM_1u8,
-};
-
-bool KnowsBlend(const TRenderCPU& gl) {
-  return (gl.m_BlendFunc == nullptr || gl.m_BlendFunc == TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub) &&
-         (gl.m_BlendFuncM == nullptr || gl.m_BlendFuncM == TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
-}
-
-bool KnowsStencil(const TRenderCPU& gl) {
-  return IsIn(kStencilCompares, gl.m_StencilCompare) && IsIn(kStencilSteps, gl.m_StencilFailOp) &&
-         IsIn(kStencilSteps, gl.m_StencilZFailOp) && IsIn(kStencilSteps, gl.m_StencilZPassOp);
+bool IsKnownWrite(TRenderCPU::TPixelWrite write) {
+  const auto known = {SetValue1f, SetValue1d, SetValue4f, SetValue4d};
+  return write == nullptr || std::find(known.begin(), known.end(), write) != known.end();
 }
 
 // Whether a shader that samples any unit could read what a row writes.
@@ -89,6 +70,9 @@ void TrimToCovered(const TRenderCPU::EDGE& span, int* from, int* to) {
 
 // The first condition that keeps a row from being shaded at once.
 TCondition TRenderEngine::SetUpShadedRow() const {
+  TDrawState draw;
+  SetUpOutput(gl, &draw);
+  SetUpDepthStencil(&draw);
   ZX_RETURN_FIRST_UNMET(ZX_SHADED_ROW_CONDITIONS);
 }
 

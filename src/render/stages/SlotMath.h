@@ -20,12 +20,20 @@ inline void SetDelta(TRenderCPU::EDGE* e, int count) {
 }
 
 /// Multiplies the first `count` slots but the position by 1/w, for perspective-correct
-/// interpolation. `v` has window coordinates, whose w is that already; one of 1 changes nothing.
+/// interpolation. `from` has window coordinates, whose w is that already.
+inline void ScaleSlots(const TRenderCPU::VAR_DATA& from, int count, TRenderCPU::VAR_DATA* to) {
+  const double r = from.Slots[0].w;
+  const double* const slots = &from.Slots[0].x;
+  double* const scaled = &to->Slots[0].x;
+  for (int i = 4; i < 4 * count; i += 2) {
+    StorePair(scaled + i, PairAt(slots + i) * r);
+  }
+}
+
+/// In place, where that is not 1 and changes nothing.
 inline void ScaleSlots(TRenderCPU::VAR_DATA* v, int count) {
-  const double r = v->Slots[0].w;
-  double* const slots = &v->Slots[0].x;
-  for (int i = 4; i < 4 * count && r != 1.0; i += 2) {
-    StorePair(slots + i, PairAt(slots + i) * r);
+  if (v->Slots[0].w != 1.0) {
+    ScaleSlots(*v, count, v);
   }
 }
 

@@ -2,7 +2,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <new>
+#include <algorithm>
+#include <cstring>
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
@@ -85,12 +86,11 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p2);
   m_Engine->UpdateDerivedState();
   if (TSpanJob* const job = m_Engine->DrawJob) {
-    new (&job->Primitive) TPrimitive; // in place: copied, it would wait for its own stores
     m_Engine->DrawTriangle(v, job, TCondition::None);
     return;
   }
   TSpanJob job;
-  m_Engine->DrawTriangle(v, &job, m_Engine->SetUpDraw(&job.Draw));
+  m_Engine->DrawTriangle(v, &job, m_Engine->SetUpDraw(TPrimitiveKind::Triangle, &job));
 }
 
 // Draws a triangle in window coordinates, by a kernel unless a condition is unmet: `unmet`, of the
@@ -106,9 +106,20 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     ScaleSlots(&v[i], gl.m_VarCount);
   }
   if (Meets(ActiveKernelCounters(), unmet)) {
-    RunTriangleJob(v, job);
+    RunTriangleJob(job);
   } else {
     DrawEdges(v);
+  }
+}
+
+void TDeferredFragment::KeepVertices() {
+  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
+    // Four slots are all that most states have.
+    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
+    if (Count > 4) {
+      std::copy_n(Vertex[i], Count, Kept[i]);
+    }
+    Vertex[i] = Kept[i];
   }
 }
 
