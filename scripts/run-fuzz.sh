@@ -14,8 +14,9 @@
 # runs, and their sums. An input that breaks a target is kept beside the counts, the other targets still run, and the
 # exit code is 1.
 #
-# "merge" adds to the corpora in fuzz/corpus what the runs found and the corpora do not reach, the smallest inputs first,
-# up to MOST files (200) of at most 2 KiB each.
+# "merge" leaves out of the corpora in fuzz/corpus what was found once and reaches nothing more by itself, and adds what
+# the runs found and the corpora do not reach, the smallest inputs first, up to MOST files (200) of at most 2 KiB each.
+# A seed whose name is no hash stays.
 #
 # A line "name = value" of fuzz/TARGET.options is an option of the target's runs.
 set -eu
@@ -114,16 +115,21 @@ run() { # TARGET
 }
 
 merge() { # TARGET
+  corpus=$root/fuzz/corpus/$1
   fresh=$(mktemp -d)
   mkdir -p "$runs/$1"
-  "$bin/$1" -merge=1 -max_len=2048 "$fresh" "$root/fuzz/corpus/$1" "$runs/$1" > "$runs/$1.log" 2>&1
-  find "$fresh" -type f -printf '%s %f\n' | sort -n | cut -d ' ' -f 2 | head -n "${MOST:-200}" | while read -r file; do
-    # Seeds of the corpus have names that say what they are, and stay.
-    same=$(find "$root/fuzz/corpus/$1" -type f -exec cmp -s {} "$fresh/$file" \; -print -quit)
-    [ -n "$same" ] || cp "$fresh/$file" "$root/fuzz/corpus/$1/$file"
-  done
-  rm -rf "$fresh"
-  echo "$1: $(find "$root/fuzz/corpus/$1" -type f | wc -l) files, $(du -sb "$root/fuzz/corpus/$1" | cut -f 1) bytes"
+  # What has a name that says what it is stays, then what was found before and is still needed, then what is new.
+  find "$corpus" -type f | grep -vE '/[0-9a-f]{40}$' | xargs -r -d '\n' cp -t "$fresh"
+  "$bin/$1" -merge=1 -max_len=2048 "$fresh" "$corpus" > "$runs/$1.log" 2>&1
+  find "$corpus" -type f | grep -E '/[0-9a-f]{40}$' | xargs -r -d '\n' rm
+  find "$fresh" -type f | grep -E '/[0-9a-f]{40}$' | xargs -r -d '\n' cp -t "$corpus"
+  before=$(mktemp)
+  find "$fresh" -type f -printf '%f\n' | sort > "$before"
+  "$bin/$1" -merge=1 -max_len=2048 "$fresh" "$runs/$1" >> "$runs/$1.log" 2>&1
+  find "$fresh" -type f -printf '%s %f\n' | sort -n | cut -d ' ' -f 2 | grep -vxFf "$before" |
+    head -n "${MOST:-200}" | while read -r file; do cp "$fresh/$file" "$corpus/"; done
+  rm -rf "$fresh" "$before"
+  echo "$1: $(find "$corpus" -type f | wc -l) files, $(du -sb "$corpus" | cut -f 1) bytes"
 }
 
 failed=0
