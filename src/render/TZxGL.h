@@ -188,8 +188,8 @@ public:
 
   // --- Current values
 
-  /// The current colour. Bytes are multiplied by the float nearest to 1/255 in float; three
-  /// components set alpha to 1.
+  /// The current colour: what implementations override, and hosts call as `Color3f` and so on.
+  /// Bytes are multiplied by the float nearest to 1/255 in float; three components set alpha to 1.
   virtual void _Color3ub(unsigned char r, unsigned char g, unsigned char b) = 0;
   virtual void _Color3ubv(const unsigned char* v) = 0;
   virtual void _Color3f(float r, float g, float b) = 0;

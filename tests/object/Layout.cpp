@@ -18,22 +18,13 @@
 #include <ZxCore3D/object/TStdStream.h>
 #include <ZxCore3D/object/TStream.h>
 
+#include "VirtualSlot.h"
 #include "object/Streams.h"
 
 using namespace Zx3D;
+using zx_test::SlotOf;
 
 namespace {
-
-/// By the C++ ABI of this platform a pointer to a virtual operation holds its place in the table,
-/// times 8, plus 1. The two destructors come first.
-template <class TPointer> std::size_t SlotOf(TPointer pointer) {
-  std::ptrdiff_t parts[2];
-  static_assert(sizeof(pointer) == sizeof(parts));
-  std::memcpy(parts, &pointer, sizeof(parts));
-  EXPECT_EQ(1, parts[0] % 8) << "not virtual";
-  EXPECT_EQ(0, parts[1]) << "in a second base";
-  return static_cast<std::size_t>(parts[0] / 8);
-}
 
 /// The value of a `T` that lies `offset` bytes into `object`.
 template <class T, class TObject> T FieldAt(const TObject& object, std::size_t offset) {

@@ -16,11 +16,13 @@
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 
+#include "VirtualSlot.h"
 #include "object/FailingMalloc.h"
 
 namespace {
 
 using Zx3D::TImageSurface;
+using zx_test::SlotOf;
 
 void ExpectEmpty(const DATASURFACE& s) {
   EXPECT_EQ(s.Width, 0);
@@ -65,22 +67,14 @@ TEST(TImageSurface, FieldsStandBehindTheBase) {
   EXPECT_GT(reinterpret_cast<const char*>(&image.m_Surface), start);
 }
 
-// Slot numbers as a pointer to a virtual member holds them: the offset in the table plus 1.
-template <class TMember> std::ptrdiff_t Slot(TMember member) {
-  std::ptrdiff_t words[2];
-  static_assert(sizeof member == sizeof words);
-  std::memcpy(words, &member, sizeof words);
-  return (words[0] - 1) / static_cast<std::ptrdiff_t>(sizeof(void*));
-}
-
 TEST(TImageSurface, OrderOfTheVirtualOperations) {
   using TLong = bool (TImageSurface::*)(unsigned long, unsigned long, unsigned long, unsigned long,
                                         DATA_FORMAT, DATA_TYPE, int, void*);
-  EXPECT_EQ(Slot(&TImageSurface::AddRef), 2);
-  EXPECT_EQ(Slot(&TImageSurface::Release), 3);
-  EXPECT_EQ(Slot(&TImageSurface::QueryInterface), 4);
-  EXPECT_EQ(Slot(&TImageSurface::SetDataSize), 5);
-  EXPECT_EQ(Slot(static_cast<TLong>(&TImageSurface::SetImage2D)), 6);
+  EXPECT_EQ(SlotOf(&TImageSurface::AddRef), 2u);
+  EXPECT_EQ(SlotOf(&TImageSurface::Release), 3u);
+  EXPECT_EQ(SlotOf(&TImageSurface::QueryInterface), 4u);
+  EXPECT_EQ(SlotOf(&TImageSurface::SetDataSize), 5u);
+  EXPECT_EQ(SlotOf(static_cast<TLong>(&TImageSurface::SetImage2D)), 6u);
 }
 
 TEST(TImageSurface, SetDataSize) {

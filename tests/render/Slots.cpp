@@ -1,6 +1,5 @@
 // The order of the drawing interface's virtual operations is part of what callers are compiled
-// against. It is read back here from pointers to members: by the C++ ABI of this platform such a
-// pointer to a virtual operation holds its place in the table, times 8, plus 1.
+// against. It is read back here from pointers to members.
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
@@ -12,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "VirtualSlot.h"
 #include <ZxCore3D/render/ProgramCPU.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 #include <ZxCore3D/render/StdFragmentShader.h>
@@ -20,16 +20,8 @@
 namespace {
 
 using Zx3D::TRenderCPU;
+using zx_test::SlotOf;
 using TContour = std::vector<vec_t_<double, 2>>;
-
-template <class TPointer> std::size_t SlotOf(TPointer pointer) {
-  std::ptrdiff_t parts[2];
-  static_assert(sizeof(pointer) == sizeof(parts));
-  std::memcpy(parts, &pointer, sizeof(parts));
-  EXPECT_EQ(1, parts[0] % 8) << "not virtual";
-  EXPECT_EQ(0, parts[1]) << "in a second base";
-  return static_cast<std::size_t>(parts[0] / 8);
-}
 
 struct TFound {
   std::size_t Slot;

@@ -13,7 +13,6 @@
 #include "LevelTest.h"
 #include "StateChecks.h"
 #include <ZxCore3D/render/ProgramCPU.h>
-#include <ZxCore3D/render/common/KernelCounters.h>
 
 namespace {
 
@@ -288,13 +287,10 @@ TEST_F(SpanRows, DepthsBetweenTwoFloats) {
   }
 }
 
-// Short rows in perspective take their colours in float and their depth without a division a pixel,
-// but where it may round either way it is computed exactly: here it lies in the middle of two
-// floats at every pixel, and is rounded to the even one.
+// Depths of short rows in perspective that lie in the middle of two floats at every pixel, and are
+// rounded to the even one.
 TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
   constexpr double kUlp = 1.0 / (1 << 24); // of floats from 0.5 to 1
-  std::uint64_t exact = 0;
-  std::uint64_t rows = 0;
   for (const unsigned int func : {GL_LESS, GL_LEQUAL}) {
     for (const double alpha : {1.0, 0.25}) {
       for (int i = 0; i < 24; ++i) {
@@ -334,12 +330,7 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
               continue;
             }
             TScene s(kWidth, kHeight);
-            Zx3D::StartKernelCounters();
             draw(*s);
-            Zx3D::StopKernelCounters();
-            const Zx3D::TKernelCounters counters = Zx3D::KernelCounters();
-            rows += counters.Of(Zx3D::TKernel::FloatShortRows).Rows;
-            exact += counters.Unmet(Zx3D::TCondition::ValuesDepth);
             if (slope == 0.0) { // half to even
               const int odd = i * 1001 % 2;
               const auto even = static_cast<float>(0.5 + (i * 1001 + odd) * kUlp);
@@ -349,11 +340,6 @@ TEST_F(SpanRows, ShortRowsInPerspectiveWithDepthsBetweenTwoFloats) {
         }
       }
     }
-  }
-  // Levels without masked stores have no kernel for short rows: then both are 0.
-  EXPECT_EQ(rows > 0, exact > 0);
-  if (Zx3D::LimitSpanLevel("AVX2")) {
-    EXPECT_GT(rows, 0u);
   }
 }
 

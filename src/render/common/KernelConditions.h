@@ -70,22 +70,7 @@
   X(FloatRun,        Budget,          primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
 
 #define ZX_SHORT_ROW_CONDITIONS(X) \
-  X(ShortRows,       MaskedAccess,    kMaskedAccess,                                          "a partial group would need staging copies") \
-  X(ShortRows,       Untextured,      primitive.Texels == TTexelSource::None,                 "texels are fetched for whole runs") \
-  X(ShortRows,       NoStencil,       !draw.StencilTest,                                      "kernels are built for the most common state alone") \
-  X(ShortRows,       Overwrites,      !draw.ReadsColor(),                                     "as NoStencil") \
-  X(ShortRows,       NoOffset,        !primitive.AddOffset,                                   "as NoStencil") \
-  X(ShortRows,       TestsAndWrites,  draw.DepthTest == draw.DepthWrite,                      "as NoStencil") \
-  X(ShortRows,       Nearer,          !draw.DepthTest || IsLessOrLessEqual(draw.DepthFunc),   "as NoStencil")
-
-#define ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
-  X(FloatShortRows,  ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
-  X(FloatShortRows,  Perspective,     primitive.Perspective,                                  "without a division a pixel doubles are as fast")
-
-#define ZX_JOINED_ROW_CONDITIONS(X) \
-  X(JoinedRows,      MaskedAccess,    kMaskedAccess,                                          "as for short rows") \
-  X(JoinedRows,      Costly,          primitive.Texels != TTexelSource::None || \
-                                      (draw.ReadsColor() && !draw.DepthTest && !draw.StencilTest), "a test waits for memory: row by row the others go on meanwhile")
+  X(ShortRows,       MaskedAccess,    kMaskedAccess,                                          "a partial group would need staging copies")
 
 #define ZX_FILL_CONDITIONS(X) \
   X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \
@@ -133,8 +118,8 @@
   ZX_SHADER_CONDITIONS(X) ZX_TARGET_CONDITIONS(X) ZX_TEST_CONDITIONS(X) ZX_PRIMITIVE_CONDITIONS(X) \
   ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
-  ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) ZX_FLOAT_SHORT_ROW_CONDITIONS(X) \
-  ZX_JOINED_ROW_CONDITIONS(X) ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
+  ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) \
+  ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_IN_RANGE_CONDITIONS(X) \
   ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) \
   ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
   ZX_BYTE_ROUNDING_TEST(X)
@@ -158,8 +143,6 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 // --- Thresholds: of time, measured; of proofs, where the proof stands
 
 inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
-inline constexpr int kShortFloatPixels = 24;      ///< the same with perspective and float colours
-inline constexpr int kJoinedPixels = 24;          ///< of a short row whose pixels are joined with those of others
 inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
 inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours

@@ -11,10 +11,9 @@ namespace Zx3D {
 
 /// What pixels are drawn by: the reference path, or a kernel of the map in docs/architecture.md.
 enum class TKernel : std::uint8_t {
-  Reference,      ///< the reference walker, and a caller's shader pixel by pixel
-  ShortRows,      ///< in double
-  FloatShortRows, ///< in float where rounding tests allow
-  JoinedRows,     ///< short rows of any other state, several to a group
+  Reference,  ///< the reference walker, and a caller's shader pixel by pixel
+  ShortRows,  ///< in double
+  JoinedRows, ///< short rows with a texture, several to a group
   Fill,
   Rejection,    ///< runs that fail the depth test as a whole
   FloatRuns,    ///< runs without a texture, t and colours in float
@@ -28,9 +27,9 @@ enum class TKernel : std::uint8_t {
 };
 
 inline constexpr const char* kKernelNames[] = {
-    "Reference", "ShortRows",       "FloatShortRows", "JoinedRows", "Fill",
-    "Rejection", "FloatRuns",       "TextureRuns",    "ExactRuns",  "PartialGroup",
-    "LineRuns",  "ScatteredPixels", "ShadedRows",     "PixelRows",
+    "Reference",       "ShortRows",   "JoinedRows", "Fill",         "Rejection",
+    "FloatRuns",       "TextureRuns", "ExactRuns",  "PartialGroup", "LineRuns",
+    "ScatteredPixels", "ShadedRows",  "PixelRows",
 };
 
 inline constexpr int kKernels = static_cast<int>(TKernel::PixelRows) + 1;

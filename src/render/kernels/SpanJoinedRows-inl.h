@@ -21,12 +21,6 @@ namespace HWY_NAMESPACE {
 using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                 std::uint64_t covered, int start, TLastPixels* last);
 
-inline HWY_ATTR TCondition UnmetByJoinedRows(const TSpanJob& job) {
-  const TDrawState& draw = job.Draw;
-  const TPrimitive& primitive = job.Primitive;
-  ZX_RETURN_FIRST_UNMET(ZX_JOINED_ROW_CONDITIONS);
-}
-
 #if ZX_HAS_MASKED_ACCESS
 
 // The row of each pixel of a group, by its lane among the rows that were set up together.
@@ -47,6 +41,10 @@ struct TJoinedRow {
   TJoinedComponents Delta;
 };
 
+template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TJoinedRow& row, VD t) {
+  return kPerspective ? hn::Div(hn::Set(DD(), 1.0), Interpolated<false>(row, 3, t, t)) : t;
+}
+
 // Copies pixels of a row; what is written past them is for the next row to overwrite.
 template <class D, class T>
 HWY_INLINE HWY_ATTR void ReadPixels(D d, const T* from, int count, T* to) {
@@ -66,7 +64,7 @@ HWY_INLINE HWY_ATTR void WritePixels(D d, const T* from, std::uint64_t pixels, T
 
 // So many that a vector more does not leave a run.
 inline constexpr int kMostJoined = kRun - kFloatLanes;
-static_assert(kJoinedPixels <= kMostJoined);
+static_assert(kShortPixels <= kMostJoined);
 
 // Pixels of several rows, one after the other: t, the lane of the row, and what is in the targets.
 struct TJoinedRun {
@@ -215,7 +213,7 @@ HWY_NOINLINE HWY_ATTR void DrawJoinedRows(const TSpanJob& job, const TRowSlots& 
 
 // By texel source; then by perspective.
 inline constexpr TDrawShortRows kJoinedRowKernels[4][2] = {
-    {DrawJoinedRows<TTexelSource::None, false>, DrawJoinedRows<TTexelSource::None, true>},
+    {nullptr, nullptr},
     {DrawJoinedRows<TTexelSource::Nearest, false>, DrawJoinedRows<TTexelSource::Nearest, true>},
     {DrawJoinedRows<TTexelSource::Linear, false>, DrawJoinedRows<TTexelSource::Linear, true>},
     {DrawJoinedRows<TTexelSource::Sampler, false>, DrawJoinedRows<TTexelSource::Sampler, true>},

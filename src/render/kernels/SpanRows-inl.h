@@ -30,53 +30,66 @@ struct TGroupResult {
   std::uint64_t Shaded;
 };
 
-// The stages of a run for one group of pixels at t, of which the first `count` exist. Without
-// masked access there is memory for all lanes.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD t, int count,
-                                           const TGroupTargets& to) {
+// The tests of a draw: none; a depth test that writes, by a function known here; or as its state
+// says, without the stencil test or with it.
+enum class TTests : std::uint8_t { None, Less, LessOrEqual, Any, AnyWithStencil };
+
+// The stages of a run for one group of pixels at t, of which the first `count` exist; `colors` are
+// asked for where a pixel passes. Without masked access there is memory for all lanes.
+template <TTests kTests, class TColors>
+HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& row, VD t, int count,
+                                             const TGroupTargets& to, const TColors& colors) {
+  constexpr bool kAny = kTests == TTests::Any || kTests == TTests::AnyWithStencil;
   const DU du;
   const DF df;
   const std::uint64_t live = FirstBits(count);
   std::uint64_t tested = live;
   TStencilRun stencil;
-  if constexpr (kStencil) {
+  if constexpr (kTests == TTests::AnyWithStencil) {
     LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
     tested &= StencilBits(job, stencil);
   }
-  std::uint64_t shaded = tested;
-  if (job.Draw.UsesDepth()) {
-    const MI alive = MaskOfBits(DI(), live);
-    MI pass = MaskOfBits(DI(), tested);
+  MI pass = MaskOfBits(DI(), tested);
+  if (kAny ? job.Draw.UsesDepth() : kTests != TTests::None) {
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
-    if (job.Primitive.AddOffset) {
+    if (kAny && job.Primitive.AddOffset) {
       depth = hn::Add(depth, hn::Set(df, job.Draw.Offset));
     }
-    if (job.Draw.DepthTest) {
-      const VF stored = LoadLive(df, alive, to.Depth);
-      const auto passes = DepthMask(df, job.Draw.DepthFunc, depth, stored);
+    if (!kAny || job.Draw.DepthTest) {
+      const TCompare func = kTests == TTests::Less          ? TCompare::Less
+                            : kTests == TTests::LessOrEqual ? TCompare::LessEqual
+                                                            : job.Draw.DepthFunc;
+      const auto passes = DepthMask(df, func, depth, LoadLive(df, pass, to.Depth));
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
-      shaded = BitsOfMask(DI(), pass);
     }
-    if (job.Draw.DepthWrite) {
+    if (!kAny || job.Draw.DepthWrite) {
       StoreLive(df, depth, pass, to.Depth);
     }
   }
-  if constexpr (kStencil) {
+  const std::uint64_t shaded = BitsOfMask(DI(), pass);
+  if constexpr (kTests == TTests::AnyWithStencil) {
     StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
   }
-  if (shaded == 0 || job.Draw.ColorMask == 0) {
+  if (shaded == 0 || (kAny && job.Draw.ColorMask == 0)) {
     return {tested, shaded};
   }
-
-  const MI pass = MaskOfBits(DI(), shaded);
-  VU packed = PackedColors<kTexels, kPerspective>(job, slots, row, t);
-  if (job.Draw.ReadsColor()) {
+  VU packed = colors();
+  if (kAny && job.Draw.ReadsColor()) {
     packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
   }
   StoreLive(du, packed, pass, to.Color);
   return {tested, shaded};
+}
+
+// The same in any state.
+template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
+                                           const TRow& row, VD t, int count,
+                                           const TGroupTargets& to) {
+  return DrawGroupBy < kStencil ? TTests::AnyWithStencil
+                                : TTests::Any > (job, row, t, count, to, [&]() HWY_ATTR {
+                                    return PackedColors<kTexels, kPerspective>(job, slots, row, t);
+                                  });
 }
 
 // A pixel by its row. `Start` is the number of the first of the rows that were set up together with
@@ -342,10 +355,6 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
     return {row.Last, row.Last};
   }
   TRowResult result = {-1, -1};
-  if (pixels < kLanes) {
-    DrawLastGroup<kTexels, kPerspective, kStencil>(job, slots, row, row.First, &result);
-    return result;
-  }
   const bool mayRejectRuns = job.Meets(UnmetByRejection(job));
   bool rejects =
       mayRejectRuns; // as long as none passes: a run seldom fails after one that does not

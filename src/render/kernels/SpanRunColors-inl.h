@@ -34,6 +34,15 @@ HWY_INLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots, c
   return hn::Combine(DFU(), exact(x + kLanes), exact(x));
 }
 
+// Whether channels have one value throughout a row, being the same at all vertices, as 1/w is.
+inline HWY_ATTR bool AreSame(const TRowSlots& slots, const TRow& row, std::uint32_t channels) {
+  bool same = channels == 0 || HasOneW(row);
+  for (int i = 0; i < 4; ++i) {
+    same = same && ((channels >> i & 1u) == 0 || row.Delta[slots.Color + i] == 0.0);
+  }
+  return same;
+}
+
 // Recomputes, of two groups from column x on, those that have a pixel in `unsure`.
 template <bool kPerspective>
 HWY_NOINLINE HWY_ATTR VFU ExactFallbackPair(const TSpanJob& job, const TRowSlots& slots,
@@ -60,6 +69,11 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   const DFF df;
   const DFU du;
   const std::uint32_t ties = job.Primitive.TieMask;
+  const bool sameTies = AreSame(slots, row, ties);
+  VFU tied = hn::Zero(du);
+  if (kPerspective && ties != 0) {
+    tied = ExactPair<kPerspective>(job, slots, row, run.X, ties);
+  }
   for (int i = 0; i < run.Count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
@@ -72,9 +86,10 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
       MFI sure = AllLanes(DFI());
       packed = UntexturedBytes<kPerspective>(df, job, slots, *row.Floats,
                                              job.Primitive.ConstMask | ties, t, &sure);
-      if (kPerspective && ties != 0) {
-        packed = hn::Or(packed, ExactPair<kPerspective>(job, slots, row, run.X + i, ties));
+      if (kPerspective && !sameTies) {
+        tied = ExactPair<kPerspective>(job, slots, row, run.X + i, ties);
       }
+      packed = hn::Or(packed, tied);
       const auto unsure = hn::AndNot(hn::RebindMask(du, sure), live);
       if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
         packed = ExactFallbackPair<kPerspective>(job, slots, row, run.X + i, BitsOfMask(du, unsure),

@@ -135,7 +135,7 @@ HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
   TLastPixels last;
   int current = -1;
   for (int start = 0; start < count; start += kLanes) {
-    const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.Pixels, &rows);
+    const TRowSets live = SetUpRows(*job, slots, plan, start, kShortPixels, &rows);
     current = start;
     if (live.Crossed != 0) {
       job->Result.YSet = true;
