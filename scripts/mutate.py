@@ -29,6 +29,9 @@ KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
 
 HEAD = ["file", "code", "line", "mutation", "verdict", "by"]
 
+# Functions whose two arguments may change places without a difference.
+COMMUTATIVE = ("min", "max", "swap", "And", "Or", "Xor", "Add", "Mul", "Min", "Max", "Eq", "Ne")
+
 # What a token becomes. Spaces keep templates, arrows and shifts out of it.
 TOKENS = [
     (r" < ", " <= "), (r" <= ", " < "), (r" > ", " >= "), (r" >= ", " > "), (r" == ", " != "), (r" != ", " == "),
@@ -72,7 +75,7 @@ def mutants(path):
                 new = repr(float(m.group(1)) * 1.0625 + (0.0625 if float(m.group(1)) == 0 else 0)) + m.group(2)
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         for m in ARGUMENTS.finditer(code):
-            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", "min", "max", "swap"):
+            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", *COMMUTATIVE):
                 new = f"{m.group(1)}({m.group(3)}, {m.group(2)})"
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         if STATEMENT.match(code):
