@@ -26,8 +26,18 @@ void* operator new(std::size_t size) {
   throw std::bad_alloc();
 }
 
-// Spelled out, since a sanitizer's own array form would not come by the one above.
+// Spelled out, since a sanitizer's own forms would not come by the one above.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
 void* operator new[](std::size_t size) { return operator new(size); }
+void* operator new[](std::size_t size, const std::nothrow_t& none) noexcept {
+  return operator new(size, none);
+}
 
 void operator delete(void* memory) noexcept { std::free(memory); }
 void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }

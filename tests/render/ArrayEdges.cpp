@@ -209,10 +209,13 @@ TEST(ArrayBuffers, ABadIndexTypeIsReportedAllTheSame) {
 // Up to the last index that the buffer holds and not beyond.
 TEST(ArrayBuffers, IndicesPastTheEndOfTheirBufferAreNotRead) {
   const std::uint16_t indices[6] = {0, 1, 2, 0, 2, 3};
-  const auto begins = [&indices](int count, std::uintptr_t offset) {
+  // From an odd offset they are 256 times as great.
+  const std::vector<float> corners(std::size_t{2} * (3 * 256 + 1));
+  const auto begins = [&indices, &corners](int count, std::uintptr_t offset) {
     TBeginSpy r;
     EXPECT_TRUE(r.Create(16, 16, nullptr));
     SetCorners(r);
+    r.VertexPointer(2, GL_FLOAT, 0, corners.data());
     BoundBuffer(r, GL_ELEMENT_ARRAY_BUFFER);
     r.BufferData(GL_ELEMENT_ARRAY_BUFFER, sizeof indices, indices, GL_STATIC_DRAW);
     r.DrawElements(GL_TRIANGLES, count, GL_UNSIGNED_SHORT, Offset(offset));
