@@ -10,6 +10,8 @@
 
 #include <ZxCore3D/ZxCore3D.h>
 
+#include "BareShaders.h"
+
 namespace {
 
 using Zx3D::TRenderCPU;
@@ -18,22 +20,8 @@ using FS_DATA = TRenderCPU::FS_DATA;
 
 constexpr int kSize = 256;
 
-class TFragment : public Zx3D::TFragmentShaderCPU {
-public:
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  void Begin() override {}
-  void End() override {}
-  bool IsCalcDepth() const override { return false; }
-};
-
-/// Draws what the record holds.
-class TEmpty : public TFragment {
-public:
-  bool Execute(VAR_DATA*, FS_DATA*) override { return true; }
-};
-
 /// Copies a slot, the last live one.
-class TCopy : public TFragment {
+class TCopy : public zx_bench::TBareFragment<> {
 public:
   explicit TCopy(std::size_t slot) : m_Slot(slot) {}
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
@@ -46,13 +34,9 @@ private:
 };
 
 /// Copies a slot, a row at once.
-class TCopyRow : public Zx3D::TRowFragmentShaderCPU {
+class TCopyRow : public zx_bench::TBareFragment<Zx3D::TRowFragmentShaderCPU> {
 public:
   explicit TCopyRow(std::size_t slot) : m_Slot(slot) {}
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  void Begin() override {}
-  void End() override {}
-  bool IsCalcDepth() const override { return false; }
   bool Execute(VAR_DATA* v, FS_DATA* f) override {
     f->Color = (*v)[m_Slot];
     return true;
@@ -68,13 +52,10 @@ private:
 };
 
 /// The position as it comes, and slots of one colour.
-class TVertex : public Zx3D::TVertexShaderCPU {
+class TVertex : public zx_bench::TBareVertex {
 public:
   explicit TVertex(int slots) : m_Slots(slots) {}
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  unsigned int GetAttribLocation(const char*) const override { return ~0u; }
   void Begin() override { m_Render->m_VarCount = m_Slots; }
-  void End() override {}
   void Execute(VAR_DATA* v) override {
     (*v)[0] = m_Render->m_CurVertex;
     for (int i = 1; i < m_Slots; ++i) {
@@ -178,7 +159,7 @@ void Register(const std::string& name, const TState& state, int slots, TArgs... 
 int main(int argc, char** argv) {
   for (const TState& state : kStates) {
     for (const int slots : {1, 3, 8}) {
-      Register<TEmpty>("empty", state, slots);
+      Register<zx_bench::TEmptyFragment>("empty", state, slots);
     }
     Register<TCopy>("copy", state, 3, std::size_t{2});
     Register<TCopyRow>("copy_row", state, 3, std::size_t{2});

@@ -77,6 +77,27 @@ TBytes Marked(const std::string& mark, const std::uint8_t* data, std::size_t siz
   return file;
 }
 
+// The width and the height, which would else promise millions of pixels that a few bytes can hold,
+// become 0 to 63 either way; the height keeps its sign, by which rows begin at the top.
+TBytes Bmp(const std::uint8_t* data, std::size_t size) {
+  TBytes file = Marked("BM", data, size);
+  file.resize(std::max<std::size_t>(file.size(), 26));
+  const bool oldest = file[14] == 12; // 16 bits for each of the two
+  const auto bound = [&file](std::size_t at, std::size_t bytes, bool isNegative) {
+    const auto most = static_cast<std::uint8_t>(isNegative ? 0xFF : 0);
+    file[at] = static_cast<std::uint8_t>(isNegative ? 0xC0 | file[at] : file[at] % 64);
+    std::fill_n(file.begin() + static_cast<std::ptrdiff_t>(at) + 1, bytes - 1, most);
+  };
+  if (oldest) {
+    bound(18, 2, false);
+    bound(20, 2, false);
+  } else {
+    bound(18, 4, false);
+    bound(22, 4, file[25] >= 0x80);
+  }
+  return file;
+}
+
 // A header that makes sense: kind, bits and a size of 1 to 64 either way out of the first bytes.
 TBytes Tga(const std::uint8_t* data, std::size_t size) {
   static constexpr std::uint8_t kKinds[6] = {1, 2, 3, 9, 10, 11};
@@ -105,7 +126,7 @@ TBytes FileOf(unsigned kind, const std::uint8_t* data, std::size_t size) {
   case 1:
     return Marked({"\xFF\xD8\xFF", 3}, data, size);
   case 2:
-    return Marked("BM", data, size);
+    return Bmp(data, size);
   case 3:
     return Tga(data, size);
   case 4:
@@ -118,7 +139,7 @@ TBytes FileOf(unsigned kind, const std::uint8_t* data, std::size_t size) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 1 || size > 4096) {
+  if (size < 1 || size > 2048) {
     return 0;
   }
   const TBytes file = FileOf(data[0] % 11, data + 1, size - 1);

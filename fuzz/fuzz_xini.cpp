@@ -111,7 +111,7 @@ void WriteValues(const std::uint8_t* data, std::size_t size) {
 
 // Input: one byte, whose last bit chooses, then a text, or a double, a whole number and a text.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size < 1 || size > 4096) {
+  if (size < 1 || size > 1024) {
     return 0;
   }
   if ((data[0] & 1) == 0) {

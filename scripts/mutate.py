@@ -11,6 +11,7 @@ is to be tried again with --survivors, where every test runs and the row in the 
 """
 
 import argparse
+import fnmatch
 import os
 import random
 import re
@@ -27,6 +28,9 @@ LIST = ROOT / "tests" / "mutation" / "mutants.tsv"
 KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
 
 HEAD = ["file", "code", "line", "mutation", "verdict", "by"]
+
+# Functions whose two arguments may change places without a difference.
+COMMUTATIVE = ("min", "max", "swap", "And", "Or", "Xor", "Add", "Mul", "Min", "Max", "Eq", "Ne")
 
 # What a token becomes. Spaces keep templates, arrows and shifts out of it.
 TOKENS = [
@@ -71,7 +75,7 @@ def mutants(path):
                 new = repr(float(m.group(1)) * 1.0625 + (0.0625 if float(m.group(1)) == 0 else 0)) + m.group(2)
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         for m in ARGUMENTS.finditer(code):
-            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", "min", "max", "swap"):
+            if not inside(m.start()) and m.group(2) != m.group(3) and m.group(1) not in ("if", "while", "for", *COMMUTATIVE):
                 new = f"{m.group(1)}({m.group(3)}, {m.group(2)})"
                 found.append((number, f"{m.group()} -> {new}", line[:m.start()] + new + line[m.end():]))
         if STATEMENT.match(code):
@@ -101,14 +105,14 @@ def filter_of(path):
 
 
 class Tree:
-    def __init__(self, jobs, slow, levels):
+    def __init__(self, jobs, slow, levels, name):
         self.jobs = jobs
         self.slow = slow
-        self.limits = {}  # seconds that a program's tests may take, from what they take as they are
-        self.few = levels == "few"
+        self.took = {}  # seconds that each test of a program takes as it is
+        self.levels = levels
         self.failing = {}  # a program's tests that fail without some instruction set
         self.left_out = {}  # those, and the tests that take longer than is wanted
-        self.path = ROOT / "build" / "mutants" / "tree"
+        self.path = ROOT / "build" / "mutants" / name
         self.build = self.path / "build" / "release"
         if not (self.path / "CMakeLists.txt").exists():
             self.path.parent.mkdir(parents=True, exist_ok=True)
@@ -117,7 +121,7 @@ class Tree:
         head = subprocess.run(["git", "-C", ROOT, "rev-parse", "HEAD"], check=True, capture_output=True, text=True)
         self.git(self.path, "checkout", "--quiet", "--force", "--detach", head.stdout.strip())
         linker = "-fuse-ld=lld" if shutil.which("ld.lld") else ""
-        if self.few:
+        if self.levels != "all":
             self.lighten()
         # As the release is built and where, so that a compiler cache has all but the mutants.
         self.run(["cmake", "-S", self.path, "-B", self.build, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Release",
@@ -125,11 +129,13 @@ class Tree:
                   "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
 
     def lighten(self):
-        """Without the dearest instruction set, and with hardly optimised kernels, which then compile in a fraction of the time."""
+        """Without the dearest instruction set and hardly optimised, or for AVX2 alone and not optimised at all: kernels that take a
+        minute and a half to compile take half of one then, or three seconds."""
         names = self.path / "src" / "types" / "private" / "InstructionSets.h"
-        names.write_text(re.sub(r"(#define ZX_TARGETS_AVX3) .*", r"\1 0", names.read_text()))
+        without, level = ("AVX3", "-O1") if self.levels == "few" else ("(?:SSE2|SSSE3|AVX3)", "-O0")
+        names.write_text(re.sub(rf"(#define ZX_TARGETS_{without}) .*", r"\1 0", names.read_text()))
         with (self.path / "src" / "CMakeLists.txt").open("a") as out:
-            out.write("set_source_files_properties(render/kernels/SpanKernels.cpp PROPERTIES COMPILE_OPTIONS -O1)\n")
+            out.write(f"set_source_files_properties(${{ZX_KERNEL_SOURCES}} PROPERTIES COMPILE_OPTIONS {level})\n")
 
     @staticmethod
     def git(folder, *arguments):
@@ -141,11 +147,6 @@ class Tree:
         return subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace",
                               timeout=timeout, preexec_fn=limit)
 
-    @staticmethod
-    def seconds():
-        used = resource.getrusage(resource.RUSAGE_CHILDREN)
-        return used.ru_utime + used.ru_stime
-
     def make(self, program):
         done = self.run(["cmake", "--build", self.build, "-j", str(self.jobs), "--target", program], 3600)
         return done.returncode == 0
@@ -153,7 +154,10 @@ class Tree:
     def passes(self, program, tests):
         """None if they pass, otherwise the name of the first test that does not, or how the program ended."""
         command = [self.build / "bin" / program, "--gtest_brief=1", "--gtest_fail_fast"]
-        wall, cpu = self.limits[program]
+        patterns = tests.split("-")[0].split(":")
+        usual = sum(s for name, s in self.took[program].items() if any(fnmatch.fnmatchcase(name, p) for p in patterns))
+        # Of time that passes, which other processes take, too, and of time on a processor.
+        wall, cpu = 60 + 5 * usual, 10 + int(3 * usual)
         try:
             done = self.run(command + [f"--gtest_filter={tests}"], wall, cpu)
         except subprocess.TimeoutExpired:
@@ -169,16 +173,14 @@ class Tree:
         """Whether a program builds and passes as it is; from then on a run that takes far longer hangs."""
         if not self.make(program):
             return False
-        begun = time.monotonic(), self.seconds()
         done = self.run([self.build / "bin" / program], 3600)
         # With fewer instruction sets those fail that look for each of them.
         failing = re.findall(r"\[  FAILED  \] ([^\s,]+).*ms\)", done.stdout)
-        if done.returncode != 0 and not (self.few and failing):
+        if done.returncode != 0 and (self.levels == "all" or not failing):
             return False
-        # Of time that passes, which other processes take, too, and of time on a processor.
-        self.limits[program] = 30 + 5 * (time.monotonic() - begun[0]), 2 + int(3 * (self.seconds() - begun[1]))
         took = re.findall(r"\[       OK \] (\S+)(?:,.*)? \((\d+) ms\)", done.stdout)
-        slow = [name for name, ms in took if self.slow and int(ms) > 1000 * self.slow]
+        self.took[program] = {name.rstrip(","): int(ms) / 1000 for name, ms in took}
+        slow = [name for name, seconds in self.took[program].items() if self.slow and seconds > self.slow]
         self.failing[program] = ":".join(failing)
         self.left_out[program] = ":".join(failing + slow)
         return True
@@ -248,9 +250,10 @@ def main():
     options.add_argument("--count", type=int, default=20, help="how many mutants in all, chosen by chance (20)")
     options.add_argument("--seed", type=int, default=1, help="what chance begins with (1)")
     options.add_argument("--slow", type=float, default=5, help="tests that take more seconds stay out of a room's run (5)")
-    options.add_argument("--levels", choices=("all", "few"), default="all",
-                         help="compile for all instruction sets, or without the dearest, AVX-512")
+    options.add_argument("--levels", choices=("all", "few", "one"), default="all",
+                         help="compile for all instruction sets, without the dearest, AVX-512, or for AVX2 alone")
     options.add_argument("--survivors", action="store_true", help="try the list's survivors again, with every test")
+    options.add_argument("--tree", default="tree", help="name of the tree in build/mutants: with two of them two runs go on at a time")
     options.add_argument("--list", action="store_true", help="only print what could be done")
     options.add_argument("-j", "--jobs", type=int, default=os.cpu_count())
     given = options.parse_args()
@@ -260,7 +263,7 @@ def main():
         for path, _, line, what, _ in pool:
             print(f"{path}:{line}: {what}")
         return 0
-    tree = Tree(given.jobs, 0 if given.survivors else given.slow, given.levels)
+    tree = Tree(given.jobs, 0 if given.survivors else given.slow, given.levels, given.tree)
     for program in sorted({program_of(m[0]) for m in pool}):
         if not tree.stands(program):
             print(f"mutate.py: {program} does not pass as it is", file=sys.stderr)

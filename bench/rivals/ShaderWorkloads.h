@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "../BareShaders.h"
 #include "Scene.h"
 #include "VertexWorkloads.h"
 
@@ -12,21 +13,10 @@ using TRenderCPU = Zx3D::TRenderCPU;
 
 // --- Fragment shaders
 
-class TFragmentBase : public Zx3D::TFragmentShaderCPU {
-public:
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  void Begin() override {}
-  void End() override {}
-  bool IsCalcDepth() const override { return false; }
-};
-
-class TEmptyFragment : public TFragmentBase {
-public:
-  bool Execute(TRenderCPU::VAR_DATA*, TRenderCPU::FS_DATA*) override { return true; }
-};
+using zx_bench::TEmptyFragment;
 
 /// How many fragments a frame has; not timed.
-class TCountingFragment : public TFragmentBase {
+class TCountingFragment : public zx_bench::TBareFragment<> {
 public:
   bool Execute(TRenderCPU::VAR_DATA*, TRenderCPU::FS_DATA*) override {
     ++Count;
@@ -36,7 +26,7 @@ public:
   double Count = 0;
 };
 
-class TColorFragment : public TFragmentBase {
+class TColorFragment : public zx_bench::TBareFragment<> {
 public:
   bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
     f->Color = (*v)[1];
@@ -45,12 +35,12 @@ public:
 };
 
 /// Discards each second column.
-class TDiscardingFragment : public TFragmentBase {
+class TDiscardingFragment : public zx_bench::TBareFragment<> {
 public:
   bool Execute(TRenderCPU::VAR_DATA*, TRenderCPU::FS_DATA* f) override { return (f->X & 1) != 0; }
 };
 
-class TTexelFragment : public TFragmentBase {
+class TTexelFragment : public zx_bench::TBareFragment<> {
 public:
   bool Execute(TRenderCPU::VAR_DATA* v, TRenderCPU::FS_DATA* f) override {
     const vec_t_<double, 4>& at = (*v)[static_cast<std::size_t>(m_Render->m_VarTexCoord)];
@@ -62,12 +52,9 @@ public:
 // --- Vertex shaders
 
 /// Position and colour, with as many live slots as told.
-class TPassVertex : public Zx3D::TVertexShaderCPU {
+class TPassVertex : public zx_bench::TBareVertex {
 public:
   explicit TPassVertex(int slots) : m_Slots(slots) {}
-
-  unsigned int GetUniformLocation(const char*) const override { return ~0u; }
-  unsigned int GetAttribLocation(const char*) const override { return ~0u; }
   void Begin() override {
     m_Render->m_VarPosition = 0;
     m_Render->m_VarColor = 1;
@@ -76,7 +63,6 @@ public:
     m_Render->m_VarBackSecondary = -1;
     m_Render->m_VarCount = m_Slots;
   }
-  void End() override {}
   void Execute(TRenderCPU::VAR_DATA* v) override {
     const TRenderCPU& gl = *m_Render;
     const MAT4<double>& m = gl.m_ModelViewProjection;

@@ -23,7 +23,7 @@ inline void Step(TWorld& w) {
       Draw,     Draw,     Pixels,   Pixels,   Queries,  Programs, SharedMemory, SharedMemory,
       Vertices, Vertices, Vertices, Vertices, Vertices, Vertices, Vertices,     Vertices};
   const unsigned int kind = w.In.Byte();
-  w.R = w.Contexts[kind >= 192];
+  w.R = w.Context(kind >= 192);
   try {
     kCalls[kind % 32](w);
   } catch (const TZxMessage& message) {

@@ -17,7 +17,7 @@ inline void Life(TWorld& w) {
     break;
   }
   case 2:
-    w.Tell(w.R->Create(4, 9, w.Contexts[w.In.Below(2)]));
+    w.Tell(w.R->Create(4, 9, w.Context(w.In.Bool())));
     break;
   case 3:
   case 4:
@@ -27,7 +27,7 @@ inline void Life(TWorld& w) {
     break;
   }
   case 6:
-    w.Tell(w.R->_Share(w.Contexts[w.In.Below(2)]));
+    w.Tell(w.R->_Share(w.Context(w.In.Bool())));
     break;
   case 7:
     w.R->MakeCurrent();

@@ -11,29 +11,50 @@ namespace fuzz_render {
 
 using Zx3D::TRenderCPU;
 
+/// Inputs are at most this long. Fuzzing itself makes none of more than 512 bytes, some eighty
+/// calls (max_len in the targets' .options): longer ones find nothing that these do not, and there
+/// are fewer of them in a second.
+inline constexpr std::size_t kMostBytes = 2048;
+
 /// Two contexts, what their bindings need to outlive, and what calls told.
 struct TWorld {
   /// With `compared` what is left may be compared between runs: no float shares memory with bytes,
   /// since the bits of a NaN are the processor's choice.
   TWorld(const std::uint8_t* data, std::size_t size, bool compared)
       : In(data, size), IsCompared(compared) {
-    for (TRenderCPU*& r : Contexts) {
-      r = new TRenderCPU;
-    }
     const int width = 1 + static_cast<int>(In.Below(33));
-    const int height = 1 + static_cast<int>(In.Below(33));
-    Contexts[0]->Create(width, height, nullptr);
-    // Mostly with the first one's table of textures.
-    Contexts[1]->Create(7, 5, In.Below(4) != 0 ? Contexts[0] : nullptr);
+    const unsigned int height = In.Byte();
+    const unsigned int share = In.Byte();
+    m_IsShared = share % 4 != 0;
+    m_IsAlone = share >= 128;
+    // Rows are what kernels differ by: few of them are enough, most of the time.
+    Contexts[0] = new TRenderCPU;
+    Contexts[0]->Create(width, 1 + static_cast<int>(height < 224 ? height % 11 : height % 33),
+                        nullptr);
     R = Contexts[0];
   }
   ~TWorld() {
     for (TRenderCPU* r : Contexts) {
-      r->Release();
+      if (r != nullptr) {
+        r->Release();
+      }
     }
   }
   TWorld(const TWorld&) = delete;
   TWorld& operator=(const TWorld&) = delete;
+
+  /// The first context or the second, which is made when it is used first, mostly with the first
+  /// one's table of textures. Half of the inputs do without it.
+  TRenderCPU* Context(bool second) {
+    if (!second || m_IsAlone) {
+      return Contexts[0];
+    }
+    if (Contexts[1] == nullptr) {
+      Contexts[1] = new TRenderCPU;
+      Contexts[1]->Create(7, 5, m_IsShared ? Contexts[0] : nullptr);
+    }
+    return Contexts[1];
+  }
 
   TDataSurface* NewSurface();
   const void* Memory() { return kMemory.data() + In.Below(64); }
@@ -47,10 +68,14 @@ struct TWorld {
 
   TInput In;
   bool IsCompared;
-  TRenderCPU* R; ///< the context of the present call
-  TRenderCPU* Contexts[2] = {};
+  TRenderCPU* R;                ///< the context of the present call
+  TRenderCPU* Contexts[2] = {}; ///< the second may be null
   std::vector<std::unique_ptr<TDataSurface>> Kept;
   std::vector<std::uint8_t> Told;
+
+private:
+  bool m_IsShared;
+  bool m_IsAlone;
 };
 
 inline TDataSurface* TWorld::NewSurface() {

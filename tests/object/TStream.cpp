@@ -175,49 +175,33 @@ TEST(TStream, MapIgnoresAFailingSeek) {
   EXPECT_FALSE(stream.Unmap(handle)); // the result of the write
 }
 
+// Without reading there is nothing to take back: the stream stands at the offset once it was
+// sought.
 TEST(TStream, MapSurvivesEveryFailingAllocation) {
   if (!zx_test::kAvailable) {
     GTEST_SKIP() << "the sanitizer has malloc to itself";
   }
-  for (unsigned long at = 1; at <= 2; ++at) {
-    TPlainStream stream(Hex("00 01 02 03"));
-    stream.SetPos(3);
-    void* data = nullptr;
-    void* handle = nullptr;
-    long left = 0;
-    {
-      zx_test::TMallocWatch watch(at);
-      handle = stream.Map(1, 2, true, false, &data);
-      left = watch.LiveBlocks();
-      EXPECT_TRUE(watch.Failed());
+  for (const bool reads : {true, false}) {
+    for (unsigned long at = 1; at <= 2; ++at) {
+      SCOPED_TRACE(testing::Message() << (reads ? "reading, " : "writing, ") << at);
+      TPlainStream stream(Hex("00 01 02 03"));
+      stream.SetPos(3);
+      void* data = nullptr;
+      void* handle = nullptr;
+      long left = 0;
+      bool failed = false;
+      {
+        const zx_test::TMallocWatch watch(at);
+        handle = stream.Map(1, 2, reads, !reads, &data);
+        left = watch.LiveBlocks();
+        failed = watch.Failed();
+      }
+      EXPECT_TRUE(failed);
+      EXPECT_EQ(handle, nullptr);
+      EXPECT_EQ(data, nullptr);
+      EXPECT_EQ(left, 0);
+      EXPECT_EQ(stream.GetPos(), reads || at == 1 ? 3 : 1);
+      EXPECT_EQ(stream.Data, Hex("00 01 02 03"));
     }
-    EXPECT_EQ(handle, nullptr);
-    EXPECT_EQ(left, 0);
-    EXPECT_EQ(stream.GetPos(), 3);
-  }
-}
-
-TEST(TStream, MapWithoutReadingLeavesThePositionWhenMemoryEnds) {
-  if (!zx_test::kAvailable) {
-    GTEST_SKIP() << "the sanitizer has malloc to itself";
-  }
-  // Nothing was read, so that nothing is taken back: the stream stands at the offset once it was
-  // sought.
-  for (unsigned long at = 1; at <= 2; ++at) {
-    TPlainStream stream(Hex("00 01 02 03"));
-    stream.SetPos(3);
-    void* data = nullptr;
-    void* handle = nullptr;
-    long left = 0;
-    {
-      zx_test::TMallocWatch watch(at);
-      handle = stream.Map(1, 2, false, true, &data);
-      left = watch.LiveBlocks();
-    }
-    EXPECT_EQ(handle, nullptr);
-    EXPECT_EQ(data, nullptr);
-    EXPECT_EQ(left, 0);
-    EXPECT_EQ(stream.GetPos(), at == 1 ? 3 : 1);
-    EXPECT_EQ(stream.Data, Hex("00 01 02 03"));
   }
 }

@@ -7,7 +7,8 @@
 #include <utility>
 
 #include <ZxBaseKit/TZxMessage.h>
-#include <ZxBaseKit/TZxStream.h>
+#include <ZxCore3D/object/TMemoryStream.h>
+#include <ZxCore3D/object/TStdStream.h>
 #include <ZxPixelKit/Image.h>
 #include <ZxPixelKit/Surface.h>
 #include <assimp/scene.h>
@@ -17,26 +18,6 @@ namespace fs = std::filesystem;
 namespace zx_scene {
 
 namespace {
-
-class TBytesStream : public TZxStream {
-public:
-  TBytesStream(const void* data, std::size_t size)
-      : m_Data(static_cast<const char*>(data)), m_Left(size) {}
-  unsigned long Read(void* to, unsigned long size) override {
-    const unsigned long count = std::min<unsigned long>(size, m_Left);
-    if (count > 0) {
-      std::memcpy(to, m_Data, count);
-    }
-    m_Data += count;
-    m_Left -= count;
-    return count;
-  }
-  operator bool() override { return true; }
-
-private:
-  const char* m_Data;
-  std::size_t m_Left;
-};
 
 bool _SameText(const std::string& left, const std::string& right) {
   return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
@@ -144,7 +125,8 @@ bool TTextureLoader::_Load(const std::string& name, DATASURFACE* out, std::strin
       *reason = "its texels in the model file make no image";
       return _FromTexels(*embedded, out);
     }
-    TBytesStream stream(embedded->pcData, embedded->mWidth);
+    Zx3D::TMemoryStream bytes(embedded->pcData, embedded->mWidth, false);
+    Zx3D::TStdStream stream(&bytes);
     const bool loaded = LoadImage(&stream, nullptr, out, &message);
     *reason = std::string("the image in the model file: ") + message.what();
     return loaded;

@@ -61,17 +61,35 @@ TEST(TgaHeader, ThatMakesNoSenseIsNone) {
 
 // The entries that a palette's first leaves out count, too, and 16 bits have to hold all of them.
 TEST(TgaHeader, APaletteHasFewerThan65536Entries) {
-  const auto file = [](std::uint32_t first) {
+  const auto file = [](std::uint32_t first, std::uint32_t entries) {
     TBytes bytes = TgaHeader(1, 1, 1, 16, 0);
     bytes[1] = 1;
     bytes[3] = static_cast<std::uint8_t>(first);
-    bytes[5] = 0xFE; // 65,534 entries
-    bytes[6] = 0xFF;
+    bytes[4] = static_cast<std::uint8_t>(first >> 8);
+    bytes[5] = static_cast<std::uint8_t>(entries);
+    bytes[6] = static_cast<std::uint8_t>(entries >> 8);
     bytes[7] = 24;
-    return bytes + TBytes(std::size_t{65534} * 3, 7) + TBytes{0xFE, 0xFF};
+    bytes = bytes + TBytes(std::size_t{entries} * 3, 7);
+    bytes[bytes.size() - 3] = 1; // the last entry: blue, green, red
+    bytes[bytes.size() - 2] = 2;
+    bytes[bytes.size() - 1] = 3;
+    return bytes + TBytes{0xFE, 0xFF}; // the pixel: entry 65534
   };
-  EXPECT_EQ(WhyItDoesNotLoad(file(1)), "loads");
-  EXPECT_EQ(WhyItDoesNotLoad(file(2)), kUnknown);
+  for (const std::uint32_t first : {1u, 32768u, 65534u}) {
+    const TLoaded last(file(first, 65535 - first));
+    ASSERT_TRUE(last.Done) << first;
+    EXPECT_EQ(last.Pixels(), (TBytes{3, 2, 1})) << first;
+    EXPECT_EQ(WhyItDoesNotLoad(file(first, 65536 - first)), kUnknown) << first;
+  }
+}
+
+TEST(TgaHeader, IndicesWithoutAPaletteAreRefused) {
+  TBytes file = TgaHeader(1, 1, 1, 8, 0);
+  file[1] = 1;
+  file[7] = 24;
+  EXPECT_FALSE(TLoaded(file + TBytes{0}).Done);
+  file[5] = 1; // entries
+  EXPECT_TRUE(TLoaded(file + TBytes{1, 2, 3} + TBytes{0}).Done);
 }
 
 // A pixel of 8 bits takes its byte: nothing is allocated for pixels that are not there.
@@ -81,6 +99,30 @@ TEST(TgaHeader, OfPlainBytesNeedsAllOfThem) {
   const TLargestAllocation watch;
   EXPECT_EQ(WhyItDoesNotLoad(tga), kTruncated);
   EXPECT_LT(watch.Get(), 2 * tga.size());
+}
+
+// The decoder gets the header in parts of 128 bytes; one that fills a part leaves none of it for
+// the pixels.
+TEST(HdrHeader, OfEveryLength) {
+  for (int filler = 0; filler < 200; ++filler) {
+    const TLoaded image(Text("#?RGBE\nA=" + std::string(static_cast<std::size_t>(filler), 'a') +
+                             "\nFORMAT=32-bit_rle_rgbe\n\n-Y 1 +X 1\n") +
+                        TBytes{128, 64, 32, 129});
+    ASSERT_TRUE(image.Done) << filler;
+    EXPECT_EQ(Float(image.Surface, 0), 1.0f) << filler;
+    EXPECT_EQ(Float(image.Surface, 1), 0.5f) << filler;
+    EXPECT_EQ(Float(image.Surface, 2), 0.25f) << filler;
+  }
+}
+
+TEST(HdrHeader, SizesBelowOneAreRefused) {
+  for (const char* sizes : {"-Y 0 +X 1", "-Y 1 +X 0", "-Y -1 +X 1", "-Y 1 +X -1",
+                            "-Y -2147483648 +X 1", "-Y 1 +X -2147483648"}) {
+    EXPECT_FALSE(TLoaded(Text(std::string("#?RGBE\nFORMAT=32-bit_rle_rgbe\n\n") + sizes + "\n") +
+                         TBytes(64, 1))
+                     .Done)
+        << sizes;
+  }
 }
 
 // Two bytes a sample from a greatest value of 256 on: 128 of 256 is half of 65535, rounded up.

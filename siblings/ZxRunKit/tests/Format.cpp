@@ -7,11 +7,25 @@
 #include <new>
 #include <string>
 
+#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <locale.h>
 
 #include "CommaLocale.h"
 #include "object/FailingMalloc.h"
+
+namespace {
+
+thread_local bool s_NoNewLocale = false; // the calling thread gets none
+
+} // namespace
+
+// The program's own, which the library calls, too.
+extern "C" [[gnu::visibility("default")]] locale_t newlocale(int mask, const char* name,
+                                                             locale_t base) noexcept {
+  static const auto s_Real = reinterpret_cast<decltype(&newlocale)>(dlsym(RTLD_NEXT, "newlocale"));
+  return s_NoNewLocale ? nullptr : s_Real(mask, name, base);
+}
 
 namespace {
 
@@ -195,6 +209,31 @@ TEST(Ssprintf, WideCharactersWhereMemoryIsExhausted) {
     }
   }
   EXPECT_TRUE(hosts);
+}
+
+// A refused locale leaves the copy that it was to be made of with the caller.
+TEST(Ssprintf, LosesNothingWhereNoLocaleCanBeMade) {
+  if (!zx_test::kAvailable) {
+    GTEST_SKIP() << "the sanitizer has malloc to itself";
+  }
+  const zx_test::TCommaLocale locale;
+  if (!locale.IsSet()) {
+    GTEST_SKIP() << "no locale with a decimal comma";
+  }
+  EXPECT_EQ(ssprintf("%ls %.1f", L"x", 1.5), "x 1.5"); // what is made once is there
+  unsetenv("LOCPATH");
+  long left = 0;
+  unsigned long made = 0;
+  {
+    s_NoNewLocale = true;
+    const zx_test::TMallocWatch watch;
+    EXPECT_EQ(ssprintf("%ls %.1f", L"x", 1.5), "x 1,5");
+    left = watch.LiveBlocks();
+    made = watch.Allocations();
+    s_NoNewLocale = false;
+  }
+  EXPECT_EQ(left, 0);
+  EXPECT_GT(made, 0u); // the copy at the least
 }
 
 } // namespace

@@ -39,8 +39,8 @@ public:
   /// such section is open.
   virtual void EndSectionE(unsigned long token);
 
-  /// All that was written so far, as text. Open sections are in it. While it is put together the
-  /// text is in memory twice.
+  /// All that was written so far, as text. Open sections are in it. While it is put together it
+  /// takes up to twice its size besides the result.
   std::string GetText() const;
 
 private:

@@ -1,0 +1,3 @@
+// The counting malloc of the object tests, for this program.
+
+#include "object/FailingMalloc.cpp"
