@@ -5,13 +5,14 @@
 #   scripts/test-compilers.sh
 #   scripts/bare-root.sh trixie scripts/test-compilers.sh
 #
-# Each clang builds library and tools without a warning. The oldest, the newest and Qt 6 compute all hashes too, and
-# with Qt 6 the tests of what stands on Qt run. JOBS names how many processes compile.
+# Each clang builds library and tools without a warning. The oldest, the newest and Qt 6 compute all hashes too; the two
+# clangs draw the demonstration, which is held against the digests of docs/same-pixels.md; and with Qt 6 the tests of
+# what stands on Qt run. JOBS names how many processes compile.
 
 set -eu
 cd "$(dirname "$0")/.."
 jobs=${JOBS:-$(nproc)}
-scripts/install-packages.sh build test clangs qt6
+scripts/install-packages.sh build test demo clangs qt6
 
 say() { printf '%s  %s\n' "$(date +%H:%M:%S)" "$*"; }
 
@@ -21,8 +22,8 @@ build() {
   targets=$2
   shift 2
   mkdir -p "$folder"
+  # shellcheck disable=SC2086
   if ! cmake -S . -B "$folder" -G Ninja -DZX_WARNINGS_AS_ERRORS=ON -DZX_BUILD_TESTS=ON -DZX_BUILD_TOOLS=ON "$@" >"$folder/log" 2>&1 ||
-    # shellcheck disable=SC2086
     ! cmake --build "$folder" -j "$jobs" --target $targets >>"$folder/log" 2>&1; then
     grep -E 'error|warning' -A4 "$folder/log" >&2 || tail -20 "$folder/log" >&2
     say "$folder: failed; all that was said is in its log"
@@ -39,6 +40,12 @@ compare() {
   }
 }
 
+# NAME: draws the demonstration's pictures by build/compilers/NAME and holds them against the listed digests.
+draw() {
+  scripts/run-demo.sh "build/compilers/$1/bin" "build/compilers/$1/demo" >"build/compilers/$1/demo.log"
+  tools/zxrender/check-digests.sh "build/compilers/$1/bin/zxrender" "build/compilers/$1/demo"
+}
+
 build gcc "all" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER=g++ -DZX_BUILD_TESTS=OFF
 build gcc zx_digest
 build/compilers/gcc/bin/zx_digest 500 >build/compilers/gcc.txt
@@ -53,9 +60,11 @@ last=$(echo "$versions" | awk '{ print $NF }')
 for version in $versions; do
   case "$version" in
     "$first" | "$last")
-      build "clang-$version" "zx_digest zxrender" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="clang++-$version"
+      build "clang-$version" all -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="clang++-$version" -DZX_BUILD_TESTS=OFF
+      build "clang-$version" zx_digest
       compare "clang-$version"
-      say "clang $version: no warning, the same hashes"
+      draw "clang-$version"
+      say "clang $version: no warning, the same hashes and pictures"
       ;;
     *)
       build "clang-$version" "ZxCore3D zxrender" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_COMPILER="clang++-$version"
