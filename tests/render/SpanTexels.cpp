@@ -240,6 +240,24 @@ TEST_F(SpanTexels, NothingPastTheLastTexelIsReadWithoutARepeat) {
                      const double t = -0.5 + 2.0 * y / kHeight;
                      Row(gl, y, y % 2 == 0 ? -0.5 : 0.0, y % 2 == 0 ? 1.5 : 1.0, t);
                    }
+                   // From the first texel's middle to the last one's, in rows of every length.
+                   const double s = 0.5001 / width;
+                   const double t = 0.5001 / height;
+                   for (int y = 0; y < kHeight; ++y) {
+                     const double right = zx_test::Clip(y % kWidth, kWidth);
+                     const double bottom = zx_test::Clip(y - 0.4, kHeight);
+                     const double top = zx_test::Clip(y + 0.4, kHeight);
+                     gl.Begin(GL_QUADS);
+                     gl.TexCoord2d(s, t);
+                     gl.Vertex2d(-1, bottom);
+                     gl.TexCoord2d(1 - s, t);
+                     gl.Vertex2d(right, bottom);
+                     gl.TexCoord2d(1 - s, 1 - t);
+                     gl.Vertex2d(right, top);
+                     gl.TexCoord2d(s, 1 - t);
+                     gl.Vertex2d(-1, top);
+                     gl.End();
+                   }
                    ASSERT_TRUE(gl.MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
                  });
         }

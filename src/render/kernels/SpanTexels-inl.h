@@ -201,8 +201,9 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
       out->FractionV = y.Rest;
       const VU64 highRow = RowOffset(surface, y.Next);
       const auto next = hn::Add(x.Index, hn::Set(du64, std::uint64_t{1}));
-      if (HWY_LIKELY(hn::AllTrue(du64, hn::Eq(x.Next, next)))) {
-        // The two of a row in one load.
+      const bool arePairs = hn::AllTrue(du64, hn::Eq(x.Next, next));
+      // The two of a row in one load. A repeat may load one past the end, which others may not.
+      if (!kAnywhere || HWY_LIKELY(arePairs)) {
         const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
         const VU64 across = hn::ShiftLeft<2>(x.Index);
         const auto fetch = [&](VU64 row) HWY_ATTR {
@@ -214,7 +215,8 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD
         const auto high = fetch(highRow);
         out->Left = hn::ConcatEven(du, high, low);
         out->Right = hn::ConcatOdd(du, high, low);
-      } else {
+      }
+      if (HWY_UNLIKELY(!arePairs)) {
         FetchApart(surface, x.Index, x.Next, lowRow, highRow, out);
       }
     } else {
