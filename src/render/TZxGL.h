@@ -47,7 +47,8 @@ public:
   bool IsCurrent() const { return m_Current; }
   void DoneCurrent();
 
-  /// \name Colours, forwarded to the virtual `_Color` operations.
+  /// \name Colours, forwarded to the virtual `_Color` operations: hosts call these, implementations
+  /// override those.
   /// \{
   void Color3ub(unsigned char r, unsigned char g, unsigned char b) { _Color3ub(r, g, b); }
   void Color3ubv(const unsigned char* v) { _Color3ubv(v); }
@@ -188,8 +189,8 @@ public:
 
   // --- Current values
 
-  /// The current colour: what implementations override, and hosts call as `Color3f` and so on.
-  /// Bytes are multiplied by the float nearest to 1/255 in float; three components set alpha to 1.
+  /// The current colour. Bytes are multiplied by the float nearest to 1/255 in float; three
+  /// components set alpha to 1.
   virtual void _Color3ub(unsigned char r, unsigned char g, unsigned char b) = 0;
   virtual void _Color3ubv(const unsigned char* v) = 0;
   virtual void _Color3f(float r, float g, float b) = 0;

@@ -232,6 +232,9 @@ Operations that differ in their arguments only share a row; each of them was cal
 lists endings instead of signatures, the number is that of the arguments, `i` is `int`, `f` `float`,
 `d` `double`, `ub` `unsigned char`, and a `v` behind it a pointer to so many of them.
 
+Implementations override these operations, and hosts call them, colours without the underscore: `Color3f` and the
+others forward to `_Color3f` and so on.
+
 This page is written by a test program from the header's comments and the library's answers:
 `interface_page --write` makes it anew, and the tests fail when it and the library differ.
 )";
