@@ -228,6 +228,27 @@ TEST(SharedTextures, AMoveIsSeenByTheOthers) {
   EXPECT_EQ((TPixel{0, 0, 0, 255}), Drawn(b)) << "by its new type";
 }
 
+// Who has a detached texture bound goes on reading it, and may remake it.
+TEST(SharedTextures, ADetachedTextureThatIsRemade) {
+  TScene a(4, 4);
+  TScene b(4, 4, a.Get());
+  const unsigned int id = MakeTexture(*a, 200);
+  b->BindTexture(GL_TEXTURE_2D, id);
+  const std::unique_ptr<TDataSurface> detached(a->DetachTexture(id));
+  ASSERT_NE(nullptr, detached);
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+  const std::vector<unsigned char> large(4 * 64 * 64, 90);
+  a->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_RGBA, GL_UNSIGNED_BYTE, large.data());
+  EXPECT_EQ((TPixel{90, 90, 90, 90}), Drawn(b));
+  // A format that nothing maps to leaves it without pixels.
+  a->TexImage2D(GL_TEXTURE_2D, 0, GL_ALWAYS, 1, 1, 0, GL_ALWAYS, GL_UNSIGNED_BYTE, large.data());
+  EXPECT_EQ(unsigned{GL_INVALID_OPERATION}, a->GetError());
+  EXPECT_EQ(nullptr, detached->Data);
+  EXPECT_EQ(kClear, Drawn(b));
+  b->BindTexture(GL_TEXTURE_2D, 0);
+  a->BindTexture(GL_TEXTURE_2D, 0);
+}
+
 TEST(SharedTextures, ADeletionBetweenBeginAndEnd) {
   for (const unsigned int mode : {GL_TRIANGLES, GL_LINES, GL_POINTS}) {
     TScene a(8, 8);

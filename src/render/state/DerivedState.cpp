@@ -174,12 +174,12 @@ bool TRenderEngine::UpdateTextures() {
     TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
     const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
     const bool bound = sampler.m_Surface == surface;
-    if (fate != TTextureHold::kAlive) {
-      if (bound && fate == TTextureHold::kDeleted) {
+    if (fate == TTextureHold::kDeleted) {
+      if (bound) {
         sampler.SetSurface(nullptr);
       }
       DropBinding(i);
-    } else if (bound && !binding.Describes(*surface)) {
+    } else if (bound && !binding.Describes(*surface)) { // a detached one lives until the next bind
       sampler.SetSurface(surface);
       binding.Note(*surface);
     }
