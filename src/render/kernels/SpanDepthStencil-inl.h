@@ -63,15 +63,6 @@ struct TRunValues {
   HWY_ALIGN float Depth[kRun + kFloatLanes];
 };
 
-// The depths of a group from column x on, before the polygon offset.
-HWY_NOINLINE HWY_ATTR VF ExactDepths(const TSpanJob& job, const TRow& row, int x) {
-  job.Meets(TCondition::ValuesDepth, kLanes);
-  const DD d;
-  const VD t = ColumnParameter(row, x);
-  return hn::DemoteTo(DF(),
-                      hn::Add(hn::Mul(hn::Set(d, row.Delta[2]), t), hn::Set(d, row.Begin[2])));
-}
-
 // t of a run, in double or in float, and its depth where that is used. Lanes past the last pixel
 // have a t of 1 at most, so that what they fetch from a texture is there.
 template <bool kFloatT>
