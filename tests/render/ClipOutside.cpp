@@ -411,6 +411,28 @@ TEST_F(ClipOutside, DrawsLeaveWhatTheReferencePathLeaves) {
   }
 }
 
+// Shapes of `corners` corners, of which those that `isCut` names lie across the left plane and
+// above the upper one; the others are seen, but that in the first one corner is zeros.
+template <class TIsCut>
+std::vector<double> CutAndSeen(std::size_t shapes, std::size_t corners, std::size_t zero,
+                               std::size_t lone, const TIsCut& isCut) {
+  std::vector<double> positions;
+  for (std::size_t s = 0; s < shapes; ++s) {
+    for (std::size_t c = 0; c < corners; ++c) {
+      const double turn = 1.5 * static_cast<double>(c);
+      const double x = 0.3 * std::cos(turn);
+      const double y = 0.3 * std::sin(turn);
+      if (isCut(s)) {
+        positions.insert(positions.end(), {c == lone ? -2 : x, 3 + y, 1.0});
+      } else {
+        const double r = s == 0 && c == zero ? 0.0 : 1.0;
+        positions.insert(positions.end(), {r * x, r * y, r});
+      }
+    }
+  }
+  return positions;
+}
+
 // The slot that no shader fills becomes NaN where a corner of zeros alone is drawn, and each cut
 // after that carries it on to another corner.
 TEST_F(ClipOutside, CutsCarryTheSpareSlotOn) {
@@ -419,20 +441,8 @@ TEST_F(ClipOutside, CutsCarryTheSpareSlotOn) {
     for (std::size_t zero = 0; zero < corners; ++zero) {
       for (std::size_t lone = 0; lone < corners; ++lone) {
         constexpr std::size_t kShapes = 9;
-        std::vector<double> positions;
-        for (std::size_t s = 0; s < kShapes; ++s) {
-          for (std::size_t c = 0; c < corners; ++c) {
-            const double turn = 1.5 * static_cast<double>(c);
-            const double x = 0.3 * std::cos(turn);
-            const double y = 0.3 * std::sin(turn);
-            if (s == 0 || s == kShapes - 1) { // seen; in the first, one corner is zeros
-              const double r = s == 0 && c == zero ? 0.0 : 1.0;
-              positions.insert(positions.end(), {r * x, r * y, r});
-            } else { // across the left plane, above the upper one
-              positions.insert(positions.end(), {c == lone ? -2 : x, 3 + y, 1.0});
-            }
-          }
-        }
+        const std::vector<double> positions = CutAndSeen(
+            kShapes, corners, zero, lone, [](std::size_t s) { return s != 0 && s != kShapes - 1; });
         Expect(testing::PrintToString(mode), [&](TRenderCPU& gl) {
           gl.MatrixMode(GL_PROJECTION);
           gl.LoadMatrixd(kThroughZero);
@@ -448,6 +458,31 @@ TEST_F(ClipOutside, CutsCarryTheSpareSlotOn) {
             gl.DrawElements(mode, count, GL_UNSIGNED_BYTE, indices.data());
           }
         });
+      }
+    }
+  }
+}
+
+// The first shape leaves NaN in the slot that no shader fills, and of all others a single one is
+// cut and carries it on, though nothing of it is seen: the first of a later batch, whatever a batch
+// holds.
+TEST_F(ClipOutside, OnlyTheFirstShapeOfABatchIsCut) {
+  for (const unsigned int mode : {GL_TRIANGLES, GL_QUADS, GL_LINES}) {
+    const std::size_t corners = mode == GL_QUADS ? 4 : mode == GL_TRIANGLES ? 3 : 2;
+    for (const std::size_t cut : {16, 24, 32, 48, 64, 96}) {
+      for (std::size_t zero = 0; zero < corners; ++zero) {
+        for (std::size_t lone = 0; lone < corners; ++lone) {
+          const std::size_t shapes = cut + 3;
+          const std::vector<double> positions =
+              CutAndSeen(shapes, corners, zero, lone, [cut](std::size_t s) { return s == cut; });
+          Expect(testing::PrintToString(mode) + ", " + std::to_string(cut), [&](TRenderCPU& gl) {
+            gl.MatrixMode(GL_PROJECTION);
+            gl.LoadMatrixd(kThroughZero);
+            gl.VertexPointer(3, GL_DOUBLE, 0, positions.data());
+            gl.EnableClientState(GL_VERTEX_ARRAY);
+            gl.DrawArrays(mode, 0, static_cast<int>(shapes * corners));
+          });
+        }
       }
     }
   }

@@ -22,6 +22,15 @@ unsigned int MakeTexture(TRenderCPU& r, unsigned char red) {
   return id;
 }
 
+/// Two contexts that share a table, and a texture that both have bound.
+struct TSharers {
+  TScene A{4, 4};
+  TScene B{4, 4, A.Get()};
+  unsigned int Id = MakeTexture(*A, 200);
+
+  TSharers() { B->BindTexture(GL_TEXTURE_2D, Id); }
+};
+
 /// Draws a quad with what is bound and returns its first pixel.
 TPixel Drawn(TScene& s) {
   s.Reset();
@@ -217,10 +226,8 @@ TEST(SharedTextures, ALoaderThatRemakesATextureAndGoes) {
 }
 
 TEST(SharedTextures, AMoveIsSeenByTheOthers) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   TDataSurface image;
   ASSERT_TRUE(image.Create(2, 2, DATA_FORMAT_RED, DATA_TYPE_FLOAT, 1));
   ASSERT_TRUE(a->MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
@@ -230,10 +237,8 @@ TEST(SharedTextures, AMoveIsSeenByTheOthers) {
 
 // Who has a detached texture bound goes on reading it, and may remake it.
 TEST(SharedTextures, ADetachedTextureThatIsRemade) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   const std::unique_ptr<TDataSurface> detached(a->DetachTexture(id));
   ASSERT_NE(nullptr, detached);
   EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
@@ -280,10 +285,8 @@ TEST(SharedTextures, ADeletionBetweenBeginAndEnd) {
 }
 
 TEST(SharedTextures, AnImageForATextureThatIsGone) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   a->DeleteTextures(1, &id);
   const unsigned char pixel[4] = {1, 2, 3, 4};
   b->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
@@ -314,10 +317,8 @@ TEST(SharedTextures, DeletedOnesTakeNoMemory) {
 }
 
 TEST(SharedTextures, ADetachedOneStaysBoundEverywhere) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   const std::unique_ptr<TDataSurface> taken(a->DetachTexture(id));
   EXPECT_EQ(id, MakeTexture(*a, 50)) << "the name is free";
   a->DeleteTextures(1, &id);
@@ -326,10 +327,8 @@ TEST(SharedTextures, ADetachedOneStaysBoundEverywhere) {
 }
 
 TEST(SharedTextures, AnEntryThatWasEmptiedByHandIsAFreeName) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   const std::unique_ptr<TDataSurface> taken(a->m_Textures->Surfaces[id]);
   a->m_Textures->Surfaces[id] = nullptr;
   EXPECT_EQ(id, MakeTexture(*a, 50));
@@ -356,10 +355,8 @@ bool HasFunction(const TRenderCPU::TTexSampler& sampler) {
 } // namespace
 
 TEST(SharedTextures, AFunctionOfTheCallersStays) {
-  TScene a(4, 4);
-  TScene b(4, 4, a.Get());
-  const unsigned int id = MakeTexture(*a, 200);
-  b->BindTexture(GL_TEXTURE_2D, id);
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
   PutFunction(b->m_TexUnits[0].Sampler);
   EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
   EXPECT_TRUE(HasFunction(b->m_TexUnits[0].Sampler));
