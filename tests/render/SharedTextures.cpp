@@ -254,6 +254,34 @@ TEST(SharedTextures, ADetachedTextureThatIsRemade) {
   a->BindTexture(GL_TEXTURE_2D, 0);
 }
 
+// The same by whoever has it bound, whether drawn with before or not, and under a new name.
+TEST(SharedTextures, ADetachedTextureThatIsMovedAndAttachedAgain) {
+  for (const bool drawn : {true, false}) {
+    TSharers sharers;
+    auto& [a, b, id] = sharers;
+    TScene c(4, 4, a.Get());
+    c->BindTexture(GL_TEXTURE_2D, id);
+    TDataSurface* const detached = b->DetachTexture(id);
+    ASSERT_NE(nullptr, detached);
+    if (drawn) {
+      EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(a));
+      EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(c));
+    }
+    TDataSurface image;
+    ASSERT_TRUE(image.Create(2, 2, DATA_FORMAT_RED, DATA_TYPE_FLOAT, 1));
+    ASSERT_TRUE(c->MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+    image.Destroy();
+    EXPECT_EQ((TPixel{0, 0, 0, 255}), Drawn(a));
+    EXPECT_EQ((TPixel{0, 0, 0, 255}), Drawn(b));
+    const unsigned int again = a->AttachTexture(detached);
+    b->BindTexture(GL_TEXTURE_2D, again);
+    const std::vector<unsigned char> large(4 * 64 * 64, 90);
+    b->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_RGBA, GL_UNSIGNED_BYTE, large.data());
+    EXPECT_EQ((TPixel{90, 90, 90, 90}), Drawn(a));
+    EXPECT_EQ((TPixel{90, 90, 90, 90}), Drawn(c));
+  }
+}
+
 TEST(SharedTextures, ADeletionBetweenBeginAndEnd) {
   for (const unsigned int mode : {GL_TRIANGLES, GL_LINES, GL_POINTS}) {
     TScene a(8, 8);
