@@ -228,7 +228,8 @@ inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int first, int count
       if (passesStencil(i)) {
         unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + first + i : nullptr;
         select(i, own[i]);
-        selected += PassesDepth(gl, depths + i * sizeof(float), own[i], stencil) ? 1 : 0;
+        const unsigned char* const depth = depths + static_cast<std::size_t>(i) * sizeof(float);
+        selected += PassesDepth(gl, depth, own[i], stencil) ? 1 : 0;
         row.Record->Depth = own[i];
       }
     }
