@@ -740,7 +740,8 @@ public:
   unsigned int AttachTexture(TDataSurface* surface);
 
   /// Takes a surface out of the table: the caller then owns it. Samplers that have it bound go on
-  /// reading it until the next bind, so that it must live until then. Null for an unknown name.
+  /// reading it, as it is then, until the next bind: it must live until then, unless nothing that
+  /// reads them is drawn. Null for an unknown name.
   TDataSurface* DetachTexture(unsigned int id);
   /// Lets go of the texture table; the last context to do so deletes its surfaces.
   void _ClearTextures();

@@ -1,5 +1,6 @@
 #include <malloc.h>
 
+#include <functional>
 #include <memory>
 #include <thread>
 #include <vector>
@@ -149,6 +150,39 @@ TEST(SharedTextures, AnImageThatAnotherContextRemakesDrawsAsItIsNow) {
   EXPECT_EQ((TPixel{51, 51, 51, 255}), Drawn(b)) << "by its new type and size";
 }
 
+TEST(SharedTextures, AFilterOrWrapThatIsSetBetweenTwoImagesOfAnotherContext) {
+  // What follows from an image that comes and goes again before anything is drawn.
+  const std::function<void(TRenderCPU & r)> setters[] = {
+      [](TRenderCPU& r) { r.TexFilter2D(GL_LINEAR, GL_LINEAR); },
+      [](TRenderCPU& r) { r.TexWrap2D(GL_CLAMP_TO_EDGE, GL_REPEAT); },
+      [](TRenderCPU& r) { r.TexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR); },
+      [](TRenderCPU& r) { r.TexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE); },
+  };
+  const float grey[4] = {0.2f, 0.2f, 0.2f, 1.0f};
+  for (const auto& set : setters) {
+    TSharers sharers;
+    auto& [a, b, id] = sharers;
+    b->TexCoord2d(0.5, 0.5); // the middle of a texel, whatever the filter
+    EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+    a->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_FLOAT, grey);
+    set(*b);
+    const unsigned char pixel[4] = {90, 20, 30, 255};
+    a->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+    EXPECT_EQ((TPixel{90, 20, 30, 255}), Drawn(b)) << "bytes again";
+
+    unsigned int empty = 0;
+    a->GenTextures(1, &empty);
+    a->BindTexture(GL_TEXTURE_2D, empty);
+    b->TexFilter2D(GL_NEAREST, GL_NEAREST);
+    b->TexWrap2D(GL_REPEAT, GL_REPEAT);
+    b->BindTexture(GL_TEXTURE_2D, empty);
+    a->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, pixel);
+    set(*b);
+    a->TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_RGBA, pixel); // no such type
+    EXPECT_EQ((TPixel{0, 0, 0, 0}), Drawn(b)) << "the border's colour";
+  }
+}
+
 TEST(SharedTextures, DeletingWhatBothHaveBoundManyTimes) {
   TScene a(4, 4);
   TScene b(4, 4, a.Get());
@@ -252,6 +286,69 @@ TEST(SharedTextures, ADetachedTextureThatIsRemade) {
   EXPECT_EQ(kClear, Drawn(b));
   b->BindTexture(GL_TEXTURE_2D, 0);
   a->BindTexture(GL_TEXTURE_2D, 0);
+}
+
+// What is not counted in any table of the context that reads it.
+TEST(SharedTextures, ADetachedTextureThatIsRemadeFromOutsideTheTable) {
+  const std::vector<unsigned char> large(4 * 64 * 64, 90);
+  const auto remake = [&large](TRenderCPU& r, unsigned int type) {
+    r.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 64, 64, 0, GL_RGBA, type, large.data());
+  };
+  for (const bool remakerLeaves : {true, false}) {
+    TSharers sharers;
+    auto& [a, b, id] = sharers;
+    const std::unique_ptr<TDataSurface> detached(a->DetachTexture(id));
+    TScene& leaver = remakerLeaves ? a : b;
+    TScene& stayer = remakerLeaves ? b : a;
+    leaver->_ClearTextures();
+    EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(a)) << "stays bound";
+    EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+    remake(*a, GL_UNSIGNED_BYTE);
+    EXPECT_EQ((TPixel{90, 90, 90, 90}), Drawn(b)) << remakerLeaves;
+    remake(*a, GL_RGBA); // no such type: it is without pixels
+    EXPECT_EQ(kClear, Drawn(b)) << remakerLeaves;
+    stayer->BindTexture(GL_TEXTURE_2D, 0);
+  }
+}
+
+TEST(SharedTextures, ADetachedTextureThatItsOwnerRemakes) {
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
+  const std::unique_ptr<TDataSurface> detached(a->DetachTexture(id));
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+  ASSERT_TRUE(detached->Create(2, 2, DATA_FORMAT_RED, DATA_TYPE_FLOAT, 1));
+  std::fill_n(reinterpret_cast<float*>(detached->Data), 4, 1.0f);
+  EXPECT_EQ((TPixel{255, 255, 255, 255}), Drawn(b)) << "by its new type";
+  detached->Destroy();
+  EXPECT_EQ(kClear, Drawn(a));
+}
+
+TEST(SharedTextures, ADetachedTextureThatAnotherTableTakes) {
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
+  TScene apart(4, 4);
+  const unsigned int name = apart->AttachTexture(a->DetachTexture(id));
+  EXPECT_EQ((TPixel{200, 20, 30, 255}), Drawn(b));
+  apart->BindTexture(GL_TEXTURE_2D, name);
+  const float grey = 0.2f;
+  apart->TexImage2D(GL_TEXTURE_2D, 0, GL_LUMINANCE, 1, 1, 0, GL_LUMINANCE, GL_FLOAT, &grey);
+  EXPECT_EQ((TPixel{51, 51, 51, 255}), Drawn(b));
+  for (TScene* const s : {&a, &b}) {
+    (*s)->BindTexture(GL_TEXTURE_2D, 0);
+  }
+}
+
+// Its owner may delete it while it is bound, as long as nothing reads it.
+TEST(SharedTextures, ADetachedTextureThatIsDeletedWithTexturingOff) {
+  TSharers sharers;
+  auto& [a, b, id] = sharers;
+  Drawn(b);
+  b->Disable(GL_TEXTURE_2D);
+  delete a->DetachTexture(id);
+  b.Reset();
+  b->Color3d(1, 0, 0);
+  DrawFullQuad(*b);
+  EXPECT_EQ((TPixel{255, 0, 0, 255}), b.Color(1, 1));
 }
 
 // The same by whoever has it bound, whether drawn with before or not, and under a new name.

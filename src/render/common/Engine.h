@@ -101,6 +101,7 @@ struct TRenderEngine {
 
   TTargets Targets = {};
   std::uint64_t TextureChanges = 0; ///< of the table, up to which the bindings are looked after
+  bool DetachedIsBound = false;     ///< a texture that may change without being counted there
 
   // --- state/Targets.cpp
 
@@ -117,8 +118,9 @@ struct TRenderEngine {
   void NoteTextureChange();
   void DropBinding(unsigned int unit);
   void UnbindTexture(const TDataSurface* surface);
-  /// The surface bound to the active unit; null if there is none, or another context has deleted
-  /// it.
+  /// The active unit's sampler, null without such a unit, and the surface bound there, null if
+  /// there is none; both as other contexts of the table left them.
+  TTexSampler* ActiveSampler();
   TDataSurface* BoundTexture();
   /// A surface changed: the samplers that hold it choose their function anew.
   void UpdateSamplersOf(const TDataSurface* surface);

@@ -64,6 +64,9 @@ TRenderCPU::~TRenderCPU() {
   // What can exist in a context that was never created goes the same way.
   TRenderCPU::Destroy();
   m_Surface->Release();
+  for (unsigned int i = 0; i < kTexUnits; ++i) { // those of detached textures
+    m_Engine->DropBinding(i);
+  }
   delete m_Engine;
 }
 

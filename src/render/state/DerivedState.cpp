@@ -152,19 +152,27 @@ bool TRenderEngine::TextureIsTarget() const {
 
 // --- Textures
 
-// Applies to the samplers what other contexts of the table did to the textures that are bound here.
-// Only a sampler whose texture is gone or has another shape is touched, so that a surface or a
-// function that a caller installed stays. True if anything in the table changed.
+// Whether drawing may read the unit's sampler.
+static bool MayRead(const TRenderCPU& gl, unsigned int unit) {
+  return gl.m_FragmentShader != gl.m_StdFragmentShader ||
+         gl.m_VertexShader != gl.m_StdVertexShader || (unit == 0 && gl.m_TexUnits[0].TexEnabled);
+}
+
+// Applies to the samplers what others did to the textures that are bound here. Only a sampler whose
+// texture is gone or has another shape is touched, so that a surface or a function that a caller
+// installed stays. Who remakes a detached texture tells nobody, so that it is looked at each time,
+// but only where drawing may: its owner may have deleted it, and have switched texturing off. True
+// if anything in the table changed.
 bool TRenderEngine::UpdateTextures() {
-  if (gl.m_Textures == nullptr) {
-    return false;
-  }
-  const std::uint64_t changes = gl.m_Textures->Changes.load(std::memory_order_acquire);
-  if (changes == TextureChanges) {
+  const std::uint64_t changes = gl.m_Textures != nullptr
+                                    ? gl.m_Textures->Changes.load(std::memory_order_acquire)
+                                    : TextureChanges;
+  bool changed = changes != TextureChanges;
+  if (!changed && !DetachedIsBound) {
     return false;
   }
   TextureChanges = changes;
-  DrawJob = nullptr; // it may hold texels that are gone
+  DetachedIsBound = false;
   for (unsigned int i = 0; i < kTexUnits; ++i) {
     TTextureBinding& binding = TextureBindings[i];
     if (binding.Hold == nullptr) {
@@ -174,26 +182,33 @@ bool TRenderEngine::UpdateTextures() {
     TDataSurface* const surface = binding.Hold->Surface.load(std::memory_order_relaxed);
     const std::uint8_t fate = binding.Hold->Fate.load(std::memory_order_acquire);
     const bool bound = sampler.m_Surface == surface;
+    const bool detached = bound && fate == TTextureHold::kDetached;
+    DetachedIsBound = DetachedIsBound || detached;
     if (fate == TTextureHold::kDeleted) {
       if (bound) {
         sampler.SetSurface(nullptr);
       }
       DropBinding(i);
-    } else if (bound && !binding.Describes(*surface)) { // a detached one lives until the next bind
+    } else if (bound && (!detached || MayRead(gl, i)) && !binding.Describes(*surface)) {
       sampler.SetSurface(surface);
       binding.Note(*surface);
+      changed = true;
     }
   }
-  return true;
+  if (changed) {
+    DrawJob = nullptr; // it may hold texels that are gone
+  }
+  return changed;
 }
 
 // --- Both
 
 bool TRenderEngine::UpdateDerivedState() {
   const bool targets = UpdateTargets();
-  const bool textures = gl.m_Textures != nullptr &&
-                        gl.m_Textures->Changes.load(std::memory_order_acquire) != TextureChanges &&
-                        UpdateTextures();
+  const bool mayDiffer =
+      DetachedIsBound || (gl.m_Textures != nullptr &&
+                          gl.m_Textures->Changes.load(std::memory_order_acquire) != TextureChanges);
+  const bool textures = mayDiffer && UpdateTextures();
   return targets || textures;
 }
 

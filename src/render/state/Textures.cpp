@@ -46,14 +46,14 @@ void TRenderCPU::TexEnvi(unsigned int target, unsigned int pname, int v) {
 }
 
 void TRenderCPU::TexFilter2D(unsigned int min, unsigned int mag) {
-  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
-    unit->Sampler.SetFilter(min, mag);
+  if (TTexSampler* const sampler = m_Engine->ActiveSampler()) {
+    sampler->SetFilter(min, mag);
   }
 }
 
 void TRenderCPU::TexWrap2D(unsigned int s, unsigned int t) {
-  if (TTexUnit* const unit = ActiveTexUnit(*this)) {
-    unit->Sampler.SetWrap(s, t);
+  if (TTexSampler* const sampler = m_Engine->ActiveSampler()) {
+    sampler->SetWrap(s, t);
   }
 }
 
@@ -225,7 +225,11 @@ void TRenderCPU::_ClearTextures() {
   // From here on the table belongs to others, if there are any, and may not even be read.
   for (unsigned int i = 0; i < kTexUnits; ++i) {
     const TTextureHold* const hold = m_Engine->TextureBindings[i].Hold;
-    if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) != TTextureHold::kDetached &&
+    if (hold != nullptr && hold->Fate.load(std::memory_order_acquire) == TTextureHold::kDetached) {
+      m_Engine->DetachedIsBound = true; // it stays bound
+      continue;
+    }
+    if (hold != nullptr &&
         hold->Surface.load(std::memory_order_relaxed) == m_TexUnits[i].Sampler.m_Surface) {
       m_TexUnits[i].Sampler.SetSurface(nullptr);
     }
@@ -277,12 +281,19 @@ void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
   }
 }
 
+// The active unit's sampler, set for what other contexts made of its texture: what a new filter or
+// wrap chooses is of the image that is there, and has to be known to be. Null without such a unit.
+TRenderCPU::TTexSampler* TRenderEngine::ActiveSampler() {
+  UpdateTextures();
+  TTexUnit* const unit = ActiveTexUnit(gl);
+  return unit != nullptr ? &unit->Sampler : nullptr;
+}
+
 // The surface bound to the active unit, as what it is; null if there is none, or another context
 // has deleted it.
 TDataSurface* TRenderEngine::BoundTexture() {
-  UpdateTextures();
-  TTexUnit* const unit = ActiveTexUnit(gl);
-  return unit != nullptr ? static_cast<TDataSurface*>(unit->Sampler.m_Surface) : nullptr;
+  const TTexSampler* const sampler = ActiveSampler();
+  return sampler != nullptr ? static_cast<TDataSurface*>(sampler->m_Surface) : nullptr;
 }
 
 void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, int width,
@@ -382,22 +393,23 @@ static bool MayChangeTexture(TRenderCPU& gl, unsigned int target) {
   return true;
 }
 
-static void SetTexParameter(TRenderCPU& gl, unsigned int target, unsigned int pname, int v) {
+static void SetTexParameter(TRenderEngine& engine, unsigned int target, unsigned int pname, int v) {
+  TRenderCPU& gl = engine.gl;
   if (!MayChangeTexture(gl, target)) {
     return;
   }
   const auto value = static_cast<unsigned int>(v);
-  TRenderCPU::TTexUnit* const unit = ActiveTexUnit(gl);
+  TRenderCPU::TTexSampler* const sampler = engine.ActiveSampler();
   switch (pname) {
   case GL_TEXTURE_WRAP_S:
   case GL_TEXTURE_WRAP_T:
-    if (unit != nullptr) {
-      unit->Sampler.SetWrap(value, value);
+    if (sampler != nullptr) {
+      sampler->SetWrap(value, value);
     }
     break;
   case GL_TEXTURE_MIN_FILTER:
   case GL_TEXTURE_MAG_FILTER:
-    if (unit != nullptr && !unit->Sampler.SetFilter(value, value)) {
+    if (sampler != nullptr && !sampler->SetFilter(value, value)) {
       gl._SetError(GL_INVALID_ENUM);
     }
     break;
@@ -408,21 +420,21 @@ static void SetTexParameter(TRenderCPU& gl, unsigned int target, unsigned int pn
 }
 
 void TRenderCPU::TexParameteri(unsigned int target, unsigned int pname, int v) {
-  SetTexParameter(*this, target, pname, v);
+  SetTexParameter(*m_Engine, target, pname, v);
 }
 
 void TRenderCPU::TexParameterf(unsigned int target, unsigned int pname, float v) {
-  SetTexParameter(*this, target, pname, TruncI32(v));
+  SetTexParameter(*m_Engine, target, pname, TruncI32(v));
 }
 
 void TRenderCPU::TexParameterfv(unsigned int target, unsigned int pname, const float* v) {
   if (pname != GL_TEXTURE_BORDER_COLOR) {
-    SetTexParameter(*this, target, pname, TruncI32(v[0]));
+    SetTexParameter(*m_Engine, target, pname, TruncI32(v[0]));
     return;
   }
   if (MayChangeTexture(*this, target)) {
-    if (TTexUnit* const unit = ActiveTexUnit(*this)) {
-      unit->Sampler.SetBorderColor(v);
+    if (TTexSampler* const sampler = m_Engine->ActiveSampler()) {
+      sampler->SetBorderColor(v);
     }
   }
 }
