@@ -31,6 +31,8 @@ using TVertices = const TVec4* [3];
 // kByteMargin of the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of
 // the last place times that ratio, far below the margin.
 
+constexpr double kWholeDoubles = 6755399441055744.0;
+
 // --- The chosen functions as enums
 
 // The place in a list that has the order of an enum; `Unknown` for a function that a caller
@@ -90,14 +92,14 @@ TComponents Unit(const TPairs& v) {
 
 unsigned int UnitBits(const TVec4& slot) { return Unit(TPairs(slot)).Bits(); }
 
-unsigned int UnitBits(const TVertices& v, int slot) {
-  return (Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]))).Bits();
+TComponents UnitComponents(const TVertices& v, int slot) {
+  return Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]));
 }
 
 // The components that are the same at all vertices.
-unsigned int SameBits(const TVertices& v, int slot) {
+TComponents SameComponents(const TVertices& v, int slot) {
   const TPairs first(v[0][slot]);
-  return (Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]))).Bits();
+  return Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]));
 }
 
 // Whether the first three components are 0 at all vertices.
@@ -169,36 +171,42 @@ bool IsWhite(const TVertices& v, int slot) {
 }
 
 // Whether a channel that is c at all vertices has the byte of c at all pixels.
-bool IsConstantByte(double c) {
-  const double value = c * 255.0 + 0.5;
-  const double part = value - std::floor(value);
-  return part > kByteMargin && part < 1.0 - kByteMargin;
+TPairMask AreConstantBytes(TPair c) {
+  constexpr TPair kWhole = {kWholeDoubles, kWholeDoubles};
+  constexpr TPair kMargin = {kByteMargin, kByteMargin};
+  const TPair value = c * 255.0 + 0.5;
+  const TPair apart = value - ((value + kWhole) - kWhole);
+  return (apart > kMargin) | (apart < -kMargin);
 }
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
-// zeros, and every pixel computes the same value; otherwise one that rounds alike.
-void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
+// zeros, and every pixel computes the same value; otherwise one that rounds alike. Without
+// branches: which channels these are is seldom foretold.
+void SetUpConstantChannels(TComponents same, TPrimitive* primitive) {
   const TVertices& v = primitive->Vertex;
-  const double r = v[0][0].w;
-  const bool oneW = v[1][0].w == r && v[2][0].w == r;
-  const TVec4& first = v[0][primitive->ColorSlot];
-  unsigned int same = unit & SameBits(v, primitive->ColorSlot);
-  for (; same != 0; same &= same - 1) {
-    const int i = std::countr_zero(same);
-    const double c = first[static_cast<std::size_t>(i)];
-    double value = c;
-    if (primitive->Perspective) {
-      if (!oneW && !IsConstantByte(c)) {
-        primitive->TieMask |= 1u << i;
-        continue;
-      }
-      if (oneW) {
-        value = std::min((c * r) * (1.0 / r), 1.0);
-      }
+  TPairs value(v[0][primitive->ColorSlot]);
+  if (primitive->Perspective) {
+    const double r = v[0][0].w;
+    if (v[1][0].w == r && v[2][0].w == r) {
+      const auto atPixels = [r](TPair c) {
+        const TPair product = (c * r) * (1.0 / r);
+        return product < 1.0 ? product : TPair{1.0, 1.0};
+      };
+      value.Low = atPixels(value.Low);
+      value.High = atPixels(value.High);
+    } else {
+      const TComponents sure =
+          same & TComponents{AreConstantBytes(value.Low), AreConstantBytes(value.High)};
+      primitive->TieMask = same.Bits() & ~sure.Bits();
+      same = sure;
     }
-    primitive->ConstMask |= 1u << i;
-    primitive->ConstColor |= static_cast<std::uint32_t>(value * 255.0 + 0.5) << (8 * i);
   }
+  primitive->ConstMask = same.Bits();
+  const auto bytes = [](TPair channels, TPairMask live) {
+    const TPair scaled = (TPair)((TPairMask)channels & live) * 255.0 + 0.5;
+    return static_cast<std::uint32_t>(scaled[0]) | static_cast<std::uint32_t>(scaled[1]) << 8;
+  };
+  primitive->ConstColor = bytes(value.Low, same.Low) | bytes(value.High, same.High) << 16;
 }
 
 // A factor f with which f b, in floats, rounds to the byte of a texel's byte b under the channel c,
@@ -223,9 +231,8 @@ float TintOf(double c) {
 
 // Channels of a nearest texel that are one factor times the texel, as those of a texture that is
 // faded as a whole. `known` is what was found for the last triangles.
-void SetUpTints(unsigned int unit, TKnownTints* known, TPrimitive* primitive) {
+void SetUpTints(unsigned int same, TKnownTints* known, TPrimitive* primitive) {
   const TVec4& first = primitive->Vertex[0][primitive->ColorSlot];
-  unsigned int same = unit & SameBits(primitive->Vertex, primitive->ColorSlot);
   for (; same != 0; same &= same - 1) {
     const auto i = static_cast<std::size_t>(std::countr_zero(same));
     if (known->Channel[i] != first[i]) {
@@ -455,19 +462,21 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
     primitive.ZeroSecondary = IsZeroSlot(v, secondary);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
-  const unsigned int unitChannels = UnitBits(v, color);
-  const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
+  const TComponents unit = UnitComponents(v, color);
+  const bool inUnit = primitive.SecondarySlot < 0 && unit.Bits() == kAllChannels;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
-  // A secondary colour is not added to alpha.
-  const unsigned int lone = primitive.SecondarySlot < 0 ? unitChannels : unitChannels & kAlphaOnly;
+  TComponents same = unit & SameComponents(v, color);
+  if (primitive.SecondarySlot >= 0) { // it is not added to alpha
+    same = same & TComponents{{0, 0}, {0, -1}};
+  }
   if (steady && !textured) {
-    SetUpConstantChannels(lone, &primitive);
+    SetUpConstantChannels(same, &primitive);
   }
   if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
-      SetUpTints(lone, &KnownTints, &primitive);
+      SetUpTints(same.Bits(), &KnownTints, &primitive);
     }
   }
   return TCondition::None;
