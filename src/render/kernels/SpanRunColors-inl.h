@@ -129,12 +129,10 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     return FetchRun<kTexels, kPerspective, decltype(reach)::value>(job, slots, row, count, shaded,
                                                                    t, ready);
   });
-  int& exactRuns = row.Floats->ExactRuns;
-  const bool tries = exactRuns == 0;
   std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
-  std::memset(sure, tries ? 0xFF : 0, sizeof sure);
+  std::memset(sure, 0xFF, sizeof sure);
   MFI all = AllLanes(DFI());
-  for (int i = 0; tries && i < count; i += kLanes) {
+  for (int i = 0; i < count; i += kLanes) {
     if (((shaded & ~unsure) >> i & FirstBits(kLanes)) == 0) {
       continue;
     }
@@ -145,10 +143,9 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     hn::StoreMaskBits(DFI(), group, sure[i / kLanes]);
     hn::Store(colors, DU(), packed + i);
   }
-  if (tries && unsure == 0 && hn::AllTrue(DFI(), all)) {
+  if (unsure == 0 && hn::AllTrue(DFI(), all)) {
     return;
   }
-  std::uint32_t common = kAllChannels;
   for (int i = 0; i < count; i += kLanes) {
     if ((shaded >> i & FirstBits(kLanes)) == 0) {
       continue;
@@ -157,7 +154,6 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     std::memcpy(&bits, sure[i / kLanes], sizeof bits);
     const std::uint32_t channels =
         (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
-    common &= channels;
     if (channels != 0) {
       const VU exact = ExactFallback<kTexels, kPerspective>(
           job, slots, row, hn::Load(d, t + i), ready[i / kLanes], channels,
@@ -165,7 +161,6 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
       hn::Store(exact, DU(), packed + i);
     }
   }
-  exactRuns = !tries ? exactRuns - 1 : common == kAllChannels ? kExactRuns : 0;
 }
 
 // The colours of a run; with `floatT` its t is there in float alone.

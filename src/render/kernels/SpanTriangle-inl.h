@@ -94,33 +94,6 @@ inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t
   }
 }
 
-inline bool ReadsPixels(const TDrawState& draw) {
-  return draw.DepthTest || draw.StencilTest || draw.ReadsColor();
-}
-
-// Asks for the first and the last pixel of rows in all targets. Short rows with a test are bound by
-// memory otherwise: which branch to take depends on what was there, so that the processor does not
-// look ahead to the next row. Long rows are seen by its own prefetcher.
-HWY_INLINE HWY_ATTR void PrefetchShortRows(const TSpanJob& job, const TRows& rows,
-                                           std::uint64_t covered) {
-  for (; covered != 0; covered &= covered - 1) {
-    const int lane = FirstBit(covered);
-    if (rows.Last[lane] - rows.First[lane] >= kRun) {
-      continue;
-    }
-    for (const int x : {rows.First[lane], rows.Last[lane]}) {
-      const TGroupTargets at = TargetsAt(job, x, rows.Y[lane]);
-      __builtin_prefetch(at.Color);
-      if (job.Draw.UsesDepth()) {
-        __builtin_prefetch(at.Depth);
-      }
-      if (job.Draw.StencilTest) {
-        __builtin_prefetch(at.Stencil);
-      }
-    }
-  }
-}
-
 HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   const int count = static_cast<int>(plan.Count[0] + plan.Count[1]);
   if (count == 0) {
@@ -145,9 +118,6 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
       continue;
     }
     const bool asShort = shortRows.Draw != nullptr && live.Long == 0;
-    if ((!asShort || shortRows.Kernel == TKernel::JoinedRows) && ReadsPixels(job->Draw)) {
-      PrefetchShortRows(*job, rows, live.Covered);
-    }
     if (asShort) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
         CountShortRows(*job, rows, live.Covered, shortRows.Kernel);
