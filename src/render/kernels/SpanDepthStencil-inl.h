@@ -130,8 +130,7 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int 
   }
 }
 
-// Which pixels of `live` pass; those get their depth, where it is written. Without masked access
-// they fill whole vectors.
+// Which pixels of `live` pass; those get their depth, where it is written.
 template <bool kWrite, class TPass>
 HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
                                              std::uint64_t live, float* stored,

@@ -21,8 +21,6 @@ namespace HWY_NAMESPACE {
 using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                 std::uint64_t covered, int start, TLastPixels* last);
 
-#if ZX_HAS_MASKED_ACCESS
-
 // The row of each pixel of a group, by its lane among the rows that were set up together.
 using TLaneIndices = decltype(hn::IndicesFromVec(DD(), VU64()));
 
@@ -49,7 +47,7 @@ template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TJoinedR
 template <class D, class T>
 HWY_INLINE HWY_ATTR void ReadPixels(D d, const T* from, int count, T* to) {
   for (int i = 0; i < count; i += kFloatLanes) {
-    hn::StoreU(hn::MaskedLoad(hn::FirstN(d, static_cast<std::size_t>(count - i)), d, from + i), d,
+    hn::StoreU(LoadMasked(d, hn::FirstN(d, static_cast<std::size_t>(count - i)), from + i), d,
                to + i);
   }
 }
@@ -194,10 +192,10 @@ HWY_NOINLINE HWY_ATTR void DrawJoinedRows(const TSpanJob& job, const TRowSlots& 
                   [&](int i) { to.Stencil[i] = run.Stencil[begin + i]; });
       }
       if (tested != 0) {
-        last->DepthTested = {start, lane, first + LastBit(tested)};
+        last->DepthTested = {start + lane, first + LastBit(tested)};
       }
       if (shaded != 0) {
-        last->Shaded = {start, lane, first + LastBit(shaded)};
+        last->Shaded = {start + lane, first + LastBit(shaded)};
       }
       begin += count;
     }
@@ -215,12 +213,6 @@ inline constexpr TDrawShortRows kJoinedRowKernels[4][2] = {
 inline TDrawShortRows JoinedRowKernel(const TPrimitive& primitive) {
   return kJoinedRowKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0];
 }
-
-#else
-
-inline TDrawShortRows JoinedRowKernel(const TPrimitive&) { return nullptr; }
-
-#endif
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D

@@ -35,7 +35,7 @@ struct TGroupResult {
 enum class TTests : std::uint8_t { None, Less, LessOrEqual, Any, AnyWithStencil };
 
 // The stages of a run for one group of pixels at t, of which the first `count` exist; `colors` are
-// asked for where a pixel passes. Without masked access there is memory for all lanes.
+// asked for where a pixel passes.
 template <TTests kTests, class TColors>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& row, VD t, int count,
                                              const TGroupTargets& to, const TColors& colors) {
@@ -46,19 +46,13 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kTests == TTests::AnyWithStencil) {
-    LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
+    LoadStencils<kLanes>(to.Stencil, count, &stencil);
     tested &= StencilBits(job, stencil);
   }
   MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
                                              : hn::FirstN(DI(), static_cast<std::size_t>(count));
-  // Not StoreLive, whose branch nobody can predict where few pixels pass.
-  const auto store = [&](auto d, auto values, auto* at) HWY_ATTR {
-    if constexpr (kMaskedAccess) {
-      hn::BlendedStore(values, hn::RebindMask(d, pass), d, at);
-    } else {
-      StoreLive(d, values, pass, at);
-    }
-  };
+  const auto store = [&](auto d, auto values, auto* at)
+                         HWY_ATTR { StoreSteadily(d, values, hn::RebindMask(d, pass), at); };
   if (kAny ? job.Draw.UsesDepth() : kTests != TTests::None) {
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     if (kAny && job.Primitive.AddOffset) {
@@ -101,11 +95,9 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
                                   });
 }
 
-// A pixel by its row. `Start` is the number of the first of the rows that were set up together with
-// it; -1 for no pixel.
+// A pixel by the number of its row, in drawing order; -1 for no pixel.
 struct TLastPixel {
-  int Start = -1;
-  int Lane = 0;
+  int Row = -1;
   int X = 0;
 };
 
@@ -208,24 +200,6 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
   return drawn;
 }
 
-// The last pixels of a row, fewer than a vector holds: nothing but those is read, and of those
-// nothing written but what passes its tests.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, VD t, int count,
-                                                  const TGroupTargets& to) {
-  if constexpr (kMaskedAccess) {
-    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to);
-  } else {
-    TStagedRun run;
-    hn::Store(t, DD(), run.T);
-    const auto targetsAt = [&to](int k) HWY_ATTR {
-      return TGroupTargets{to.Color + k, to.Depth + k, to.Stencil + k};
-    };
-    return DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run);
-  }
-}
-
 inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
   auto depth = static_cast<float>(row.Delta[2] * t + row.Begin[2]);
   if (job.Primitive.AddOffset) {
@@ -298,8 +272,8 @@ HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& 
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
 
-// Tests a run of pixels and writes their stencils; without masked access they fill whole vectors.
-// `drawDepths` tells which of those that passed the stencil test pass the depth test.
+// Tests a run of pixels and writes their stencils. `drawDepths` tells which of those that passed
+// the stencil test pass the depth test.
 template <bool kStencil, class TDrawDepths>
 HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigned char* stencils,
                                          const TDrawDepths& drawDepths) {
@@ -344,18 +318,6 @@ HWY_INLINE HWY_ATTR TGroupTargets TargetsAt(const TSpanJob& job, int x, int y) {
 }
 
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR void DrawLastPixels(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRow& row, int x, TRowResult* result) {
-  for (; x <= row.Last; x += kLanes) {
-    const int count = std::min(row.Last - x + 1, kLanes);
-    job.Count(TKernel::PartialGroup, count);
-    RecordGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                    job, slots, row, ColumnParameter(row, x), count, TargetsAt(job, x, row.Y)),
-                x, result);
-  }
-}
-
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slots,
                                        const TRow& row) {
   const int pixels = PixelsOf(row);
@@ -371,21 +333,14 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   for (int x = row.First; x <= row.Last; x += kRun) {
     const TGroupTargets to = TargetsAt(job, x, row.Y);
     const int count = row.Last - x + 1 < kRun ? row.Last - x + 1 : kRun;
-    if (rejects && (kMaskedAccess || count == kRun) &&
-        WholeRunFails(job, row, x, count, to.Depth)) {
+    if (rejects && WholeRunFails(job, row, x, count, to.Depth)) {
       job.Count(TKernel::Rejection, count);
       const auto none = [](std::uint64_t) { return std::uint64_t{0}; };
       RecordGroup(TestRun<kStencil>(job, count, to.Stencil, none), x, &result);
       continue;
     }
-    const int whole = kMaskedAccess ? count : count / kFloatLanes * kFloatLanes;
-    if (whole != 0) {
-      DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, whole, to, &result);
-      rejects = mayRejectRuns && result.LastShaded < x;
-    }
-    if (whole < count) {
-      DrawLastPixels<kTexels, kPerspective, kStencil>(job, slots, row, x + whole, &result);
-    }
+    DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, count, to, &result);
+    rejects = mayRejectRuns && result.LastShaded < x;
   }
   return result;
 }

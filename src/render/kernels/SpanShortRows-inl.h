@@ -17,8 +17,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-inline TCondition UnmetByShortRows() { ZX_RETURN_FIRST_UNMET(ZX_SHORT_ROW_CONDITIONS); }
-
 // The channels that vary: any, all but alpha, without a secondary colour, or none.
 enum class TShortColors : std::uint8_t { Any, ConstAlpha, Const };
 
@@ -42,11 +40,11 @@ template <bool kPerspective, TShortColors kColors, TTests kTests>
 HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& slots,
                                          const TRows& rows, std::uint64_t covered, int start,
                                          TLastPixels* last) {
-  TLastPixel tested = {start, LastBit(covered), rows.Last[LastBit(covered)]};
+  TLastPixel tested = {start + LastBit(covered), rows.Last[LastBit(covered)]};
   if (kTests == TTests::AnyWithStencil) {
-    tested.Start = -1;
+    tested.Row = -1;
   }
-  TLastPixel shaded;
+  TLastPixel shaded; // of its group the first
   std::uint64_t shadedBits = 1;
   for (; covered != 0; covered &= covered - 1) {
     const int lane = FirstBit(covered);
@@ -57,19 +55,19 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
           job, row, t, std::min(row.Last - x + 1, kLanes), TargetsAt(job, x, row.Y),
           [&]() HWY_ATTR { return ShortColors<kPerspective, kColors>(job, slots, row, t); });
       if (kTests == TTests::AnyWithStencil && drawn.Tested != 0) {
-        tested = {start, lane, x + LastBit(drawn.Tested)};
+        tested = {start + lane, x + LastBit(drawn.Tested)};
       }
       if (drawn.Shaded != 0) {
-        shaded = {start, lane, x};
+        shaded = {start + lane, x};
         shadedBits = drawn.Shaded;
       }
     }
   }
-  if (tested.Start >= 0) {
+  if (tested.Row >= 0) {
     last->DepthTested = tested;
   }
-  if (shaded.Start >= 0) {
-    last->Shaded = {start, shaded.Lane, shaded.X + LastBit(shadedBits)};
+  if (shaded.Row >= 0) {
+    last->Shaded = {shaded.Row, shaded.X + LastBit(shadedBits)};
   }
 }
 
@@ -107,16 +105,14 @@ inline TTests TestsOf(const TSpanJob& job) {
 }
 
 struct TShortRowKernel {
-  TDrawShortRows Draw = nullptr; ///< null: none
-  TKernel Kernel = TKernel::ShortRows;
+  TDrawShortRows Draw;
+  TKernel Kernel;
+  int MostPixels; ///< of a row
 };
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
-  if (!job.Meets(UnmetByShortRows())) {
-    return {};
-  }
   if (job.Primitive.Texels != TTexelSource::None) {
-    return {JoinedRowKernel(job.Primitive), TKernel::JoinedRows};
+    return {JoinedRowKernel(job.Primitive), TKernel::JoinedRows, kJoinedPixels};
   }
   const bool constAlpha = (job.Primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;
   const TShortColors colors = job.Primitive.HasConstColor() ? TShortColors::Const
@@ -124,7 +120,7 @@ inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const 
                                                             : TShortColors::Any;
   return {kShortRowKernels[job.Primitive.Perspective ? 1 : 0][static_cast<int>(colors)]
                           [static_cast<int>(TestsOf(job))],
-          TKernel::ShortRows};
+          TKernel::ShortRows, kShortPixels};
 }
 
 } // namespace HWY_NAMESPACE
