@@ -54,7 +54,7 @@
   X(FloatColors,     SteadyW,         steady,                                                 "the error of interpolation is bounded by the ratio of 1/w") \
   X(FloatColors,     Varying,         !primitive.HasConstColor(),                             "constant bytes need no computing") \
   X(FloatColors,     FloatW,          !primitive.Perspective || HasFloatW(v),                 "1/w keeps its digits as a float") \
-  X(FloatColors,     Wide,            inUnit || WidthOf(v) >= kMinBoundWidth,                 "finding the bound costs more than a narrow triangle gains") \
+  X(FloatColors,     Wide,            inUnit || WidthOf(v) >= shortPixels,                    "all of a narrow triangle is short rows") \
   X(FloatColors,     ChannelBound,    (bound = ChannelBoundOf(primitive, inUnit)) > 0.0,      "the proof holds for channels up to kMaxChannel")
 
 #define ZX_FLOAT_ROW_CONDITIONS(X) \
@@ -139,7 +139,6 @@ inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whos
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
 inline constexpr int kShortPixels = 32;           ///< of a short row: more gain by set-up for long ones
 inline constexpr int kJoinedPixels = 14;          ///< of a short row with a texture
-inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
 inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back

@@ -130,12 +130,11 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int 
   }
 }
 
-// Which pixels of `live` pass; those get their depth, where it is written.
-template <bool kWrite, class TPass>
+template <bool kWrite>
 HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
-                                             std::uint64_t live, float* stored,
-                                             const TPass& passes) {
+                                             std::uint64_t live, float* stored) {
   const DFF d;
+  const TCompare func = job.Draw.DepthTest ? job.Draw.DepthFunc : TCompare::Always;
   std::uint64_t passed = 0;
   for (int i = 0; i < count; i += kFloatLanes) {
     VFF depth = hn::Load(d, depths + i);
@@ -143,7 +142,8 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, con
       depth = hn::Add(depth, hn::Set(d, job.Draw.Offset));
     }
     const auto alive = MaskOfBits(d, live >> i);
-    const auto pass = hn::And(alive, passes(d, depth, LoadMasked(d, alive, stored + i)));
+    const auto passes = DepthMask(d, func, depth, LoadMasked(d, alive, stored + i));
+    const auto pass = hn::And(alive, passes);
     if constexpr (kWrite) {
       StoreMasked(d, depth, pass, stored + i);
     }
@@ -152,29 +152,11 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, con
   return passed;
 }
 
-template <bool kWrite>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepthsBy(const TSpanJob& job, int count, const float* depths,
-                                               std::uint64_t live, float* stored) {
-  const auto test = [&](auto passes) HWY_ATTR {
-    return TestDepths<kWrite>(job, count, depths, live, stored, passes);
-  };
-  switch (job.Draw.DepthTest ? job.Draw.DepthFunc : TCompare::Always) {
-  case TCompare::Less:
-    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Lt(a, b); });
-  case TCompare::LessEqual:
-    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Le(a, b); });
-  case TCompare::Always:
-    return test([](auto d, auto, auto) HWY_ATTR { return AllLanes(d); });
-  default:
-    return test([func = job.Draw.DepthFunc](auto d, auto a, auto b)
-                    HWY_ATTR { return DepthMask(d, func, a, b); });
-  }
-}
-
+// Which pixels of `live` pass; those get their depth, where it is written.
 inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
                                          std::uint64_t live, float* stored) {
-  return job.Draw.DepthWrite ? TestDepthsBy<true>(job, count, depths, live, stored)
-                             : TestDepthsBy<false>(job, count, depths, live, stored);
+  return job.Draw.DepthWrite ? TestDepths<true>(job, count, depths, live, stored)
+                             : TestDepths<false>(job, count, depths, live, stored);
 }
 
 // --- Stencil, in bytes
@@ -196,44 +178,25 @@ HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TSte
 #endif
 }
 
-// The pixels of a run whose stencil bytes meet a condition, as bits.
-template <class TMeets>
-HWY_INLINE HWY_ATTR std::uint64_t BytesThat(const TStencilRun& run, const TMeets& meets) {
-  const DB db;
-  std::uint64_t bits = 0;
-  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
-    bits |= BitsOfMask(db, meets(hn::Load(db, run.Values + i))) << i;
-  }
-  return bits;
-}
-
-// Which pixels pass the stencil test.
+// Which pixels pass the stencil test. The bits of a comparison's number say whether it holds for a
+// reference that is less, equal and greater.
 inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun& run) {
+  static_assert(static_cast<int>(TCompare::Less) == 1 && static_cast<int>(TCompare::Equal) == 2 &&
+                static_cast<int>(TCompare::Greater) == 4 &&
+                static_cast<int>(TCompare::Always) == 7);
   const DB db;
   const VB mask = hn::Set(db, job.Draw.StencilValueMask);
-  const VB ref =
-      hn::Set(db, static_cast<std::uint8_t>(job.Draw.StencilRef & job.Draw.StencilValueMask));
-  const auto less = [&](VB v) HWY_ATTR { return hn::Lt(ref, hn::And(v, mask)); };
-  const auto equal = [&](VB v) HWY_ATTR { return hn::Eq(ref, hn::And(v, mask)); };
-  const auto greater = [&](VB v) HWY_ATTR { return hn::Gt(ref, hn::And(v, mask)); };
-  switch (job.Draw.StencilFunc) {
-  case TCompare::Never:
-    return 0;
-  case TCompare::Less:
-    return BytesThat(run, less);
-  case TCompare::Equal:
-    return BytesThat(run, equal);
-  case TCompare::LessEqual:
-    return ~BytesThat(run, greater);
-  case TCompare::Greater:
-    return BytesThat(run, greater);
-  case TCompare::NotEqual:
-    return ~BytesThat(run, equal);
-  case TCompare::GreaterEqual:
-    return ~BytesThat(run, less);
-  default:
-    return ~std::uint64_t{0};
+  const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
+  std::uint64_t less = 0;
+  std::uint64_t equal = 0;
+  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
+    const VB stored = hn::And(hn::Load(db, run.Values + i), mask);
+    less |= BitsOfMask(db, hn::Lt(ref, stored)) << i;
+    equal |= BitsOfMask(db, hn::Eq(ref, stored)) << i;
   }
+  const auto func = static_cast<unsigned int>(job.Draw.StencilFunc);
+  return ((func & 1) != 0 ? less : 0) | ((func & 2) != 0 ? equal : 0) |
+         ((func & 4) != 0 ? ~(less | equal) : 0);
 }
 
 HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB stored) {

@@ -145,16 +145,6 @@ HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T
   StoreSteadily(d, values, mask, to);
 }
 
-// The same for the lanes that a mask of 32-bit integers names.
-template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
-  return LoadMasked(d, hn::RebindMask(d, live), from);
-}
-
-template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, MI live, T* to) {
-  StoreMasked(d, values, hn::RebindMask(d, live), to);
-}
-
 // The first `count` elements, `kMost` in most cases: a size that the compiler knows needs no call.
 template <int kMost, class T> HWY_INLINE void CopyFirst(const T* from, int count, T* to) {
   if (count == kMost) {

@@ -62,7 +62,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
       const TCompare func = kTests == TTests::Less          ? TCompare::Less
                             : kTests == TTests::LessOrEqual ? TCompare::LessEqual
                                                             : job.Draw.DepthFunc;
-      const auto passes = DepthMask(df, func, depth, LoadLive(df, pass, to.Depth));
+      const auto passes =
+          DepthMask(df, func, depth, LoadMasked(df, hn::RebindMask(df, pass), to.Depth));
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
     }
     if (!kAny || job.Draw.DepthWrite) {
@@ -78,7 +79,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   }
   VU packed = colors();
   if (kAny && job.Draw.ReadsColor()) {
-    packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
+    packed = OutputColors(du, job.Draw, packed, LoadMasked(du, hn::RebindMask(du, pass), to.Color));
   }
   store(du, packed, to.Color);
   return {tested, shaded};
@@ -132,24 +133,6 @@ struct TStagedRun {
   HWY_ALIGN unsigned char Stencil[kRun];
 };
 
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR TGroupResult DrawStaged(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, int count, TStagedRun* run) {
-  TGroupResult result = {0, 0};
-  for (int i = 0; i < count; i += kLanes) {
-    const int next = count - i < kLanes ? count - i : kLanes;
-    const VD t = hn::Load(DD(), run->T + i);
-    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
-    const TGroupResult group =
-        job.Draw.StencilTest
-            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
-            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
-    result.Tested |= group.Tested << i;
-    result.Shaded |= group.Shaded << i;
-  }
-  return result;
-}
-
 // Writes the elements of a set of pixels, most often all of the first `count`.
 template <class TWrite>
 HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) {
@@ -186,7 +169,18 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
       run->Stencil[k] = *targetsAt(k).Stencil;
     }
   }
-  const TGroupResult drawn = DrawStaged<kTexels, kPerspective>(job, slots, row, count, run);
+  TGroupResult drawn = {0, 0};
+  for (int i = 0; i < count; i += kLanes) {
+    const int next = std::min(count - i, kLanes);
+    const VD t = hn::Load(DD(), run->T + i);
+    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
+    const TGroupResult group =
+        job.Draw.StencilTest
+            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
+            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
+    drawn.Tested |= group.Tested << i;
+    drawn.Shaded |= group.Shaded << i;
+  }
   if (job.Draw.ColorMask != 0) {
     ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Color = run->Color[k]; });
   }
@@ -244,23 +238,14 @@ HWY_INLINE HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int
   }
   const TCompare func = job.Draw.DepthFunc;
   const auto best = hn::Set(d, (a < b) == IsLessOrLessEqual(func) ? a : b);
-  const auto allFail = [&](auto passes) HWY_ATTR {
-    for (int i = 0; i < count; i += kFloatLanes) {
-      const auto live = hn::FirstN(d, static_cast<std::size_t>(count - i));
-      if (!hn::AllFalse(d, hn::And(live, passes(LoadMasked(d, live, stored + i))))) {
-        return false;
-      }
+  for (int i = 0; i < count; i += kFloatLanes) {
+    const auto live = hn::FirstN(d, static_cast<std::size_t>(count - i));
+    const auto passes = DepthMask(d, func, best, LoadMasked(d, live, stored + i));
+    if (!hn::AllFalse(d, hn::And(live, passes))) {
+      return false;
     }
-    return true;
-  };
-  switch (func) {
-  case TCompare::Less:
-    return allFail([&](VFF there) HWY_ATTR { return hn::Lt(best, there); });
-  case TCompare::LessEqual:
-    return allFail([&](VFF there) HWY_ATTR { return hn::Le(best, there); });
-  default:
-    return allFail([&](VFF there) HWY_ATTR { return DepthMask(d, func, best, there); });
   }
+  return true;
 }
 
 // --- Rows
@@ -297,18 +282,16 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
             : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
                                                         : TKernel::ExactRuns,
             count);
-  TRunPixels run;
-  run.X = x;
-  run.Count = count;
+  TRunValues values;
   const auto drawDepths = [&](std::uint64_t tested) HWY_ATTR {
-    SetRunValues(job, row, x, count, floatT, &run.Values);
-    return job.Draw.UsesDepth() ? DrawDepths(job, count, run.Values.Depth, tested, to.Depth)
-                                : tested;
+    SetRunValues(job, row, x, count, floatT, &values);
+    return job.Draw.UsesDepth() ? DrawDepths(job, count, values.Depth, tested, to.Depth) : tested;
   };
   const TGroupResult drawn = TestRun<kStencil>(job, count, to.Stencil, drawDepths);
   RecordGroup(drawn, x, result);
   if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, drawn.Shaded, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, values, floatT, drawn.Shaded,
+                                      to.Color);
   }
 }
 

@@ -31,8 +31,6 @@ using TVertices = const TVec4* [3];
 // kByteMargin of the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of
 // the last place times that ratio, far below the margin.
 
-constexpr double kWholeDoubles = 6755399441055744.0;
-
 // --- The chosen functions as enums
 
 // The place in a list that has the order of an enum; `Unknown` for a function that a caller
@@ -102,13 +100,11 @@ TComponents SameComponents(const TVertices& v, int slot) {
   return Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]));
 }
 
-// Whether the first three components are 0 at all vertices.
-bool IsZeroSlot(const TVertices& v, int slot) {
-  const TPairs zero(TVec4{0, 0, 0, 0});
-  const unsigned int bits = (Equal(zero, TPairs(v[0][slot])) & Equal(zero, TPairs(v[1][slot])) &
-                             Equal(zero, TPairs(v[2][slot])))
-                                .Bits();
-  return (bits & 7) == 7;
+// Whether some components have one value at all vertices.
+bool IsThroughout(const TVertices& v, int slot, double value, unsigned int components) {
+  const TPairs wanted(TVec4{value, value, value, value});
+  const TComponents found = SameComponents(v, slot) & Equal(wanted, TPairs(v[0][slot]));
+  return (found.Bits() & components) == components;
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
@@ -158,25 +154,19 @@ double ChannelBoundOf(const TPrimitive& primitive, bool inUnit) {
 TCondition SetUpFloatColors(bool steady, bool inUnit, TPrimitive* out) {
   const TPrimitive& primitive = *out;
   const TVertices& v = primitive.Vertex;
+  const int shortPixels = HasByteTexels(primitive.Texels) ? kJoinedPixels : kShortPixels;
   double bound = 0.0;
   ZX_FLOAT_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   out->ChannelBound = bound;
   return TCondition::None;
 }
 
-bool IsWhite(const TVertices& v, int slot) {
-  return std::all_of(std::begin(v), std::end(v), [slot](const TVec4* at) {
-    return at[slot].x == 1.0 && at[slot].y == 1.0 && at[slot].z == 1.0 && at[slot].w == 1.0;
-  });
-}
-
-// Whether a channel that is c at all vertices has the byte of c at all pixels.
+// Whether channels that are c, 0 to 1, at all vertices have the byte of c at all pixels.
 TPairMask AreConstantBytes(TPair c) {
-  constexpr TPair kWhole = {kWholeDoubles, kWholeDoubles};
-  constexpr TPair kMargin = {kByteMargin, kByteMargin};
+  constexpr double kWhole = 4503599627370496.0; // 2^52: from there on doubles are whole
   const TPair value = c * 255.0 + 0.5;
   const TPair apart = value - ((value + kWhole) - kWhole);
-  return (apart > kMargin) | (apart < -kMargin);
+  return (apart > kByteMargin) | (apart < -kByteMargin);
 }
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
@@ -459,7 +449,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   ZX_VERTEX_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   primitive.ColorSlot = color;
   if (gl.m_Lighting) {
-    primitive.ZeroSecondary = IsZeroSlot(v, secondary);
+    primitive.ZeroSecondary = IsThroughout(v, secondary, 0.0, kAllChannels & ~kAlphaOnly);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
   const TComponents unit = UnitComponents(v, color);
@@ -473,7 +463,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
     SetUpConstantChannels(same, &primitive);
   }
   if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
-    primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
+    primitive.UsesVertexColor = !textured || !inUnit || !IsThroughout(v, color, 1.0, kAllChannels);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
       SetUpTints(same.Bits(), &KnownTints, &primitive);
