@@ -88,8 +88,6 @@ TComponents Unit(const TPairs& v) {
   return {(v.Low >= kZero) & (v.Low <= kOne), (v.High >= kZero) & (v.High <= kOne)};
 }
 
-unsigned int UnitBits(const TVec4& slot) { return Unit(TPairs(slot)).Bits(); }
-
 TComponents UnitComponents(const TVertices& v, int slot) {
   return Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]));
 }
@@ -324,7 +322,7 @@ bool AreUnitTexels(const TPrimitive& primitive) {
   } else if (primitive.Texels != TTexelSource::Nearest) {
     return false;
   }
-  return UnitBits(primitive.Sampler->m_BorderColor) == kAllChannels;
+  return Unit(TPairs(primitive.Sampler->m_BorderColor)).Bits() == kAllChannels;
 }
 
 bool AreInReach(const TVertices& v) {

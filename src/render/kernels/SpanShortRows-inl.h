@@ -17,9 +17,9 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Draws rows that were set up together, all of them short.
-using TDrawShortRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                                std::uint64_t covered, int start, TLastPixels* last);
+// Draws rows that were set up together, `start` being the number of the first.
+using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                           std::uint64_t covered, int start, TLastPixels* last);
 
 // --- Without a texture
 
@@ -78,7 +78,7 @@ HWY_NOINLINE HWY_ATTR void DrawShortRows(const TSpanJob& job, const TRowSlots& s
 }
 
 template <bool kPerspective, TShortColors kColors>
-inline constexpr TDrawShortRows kShortRowKernelsByTests[] = {
+inline constexpr TDrawRows kShortRowKernelsByTests[] = {
     DrawShortRows<kPerspective, kColors, TTests::None>,
     DrawShortRows<kPerspective, kColors, TTests::Less>,
     DrawShortRows<kPerspective, kColors, TTests::LessOrEqual>,
@@ -87,7 +87,7 @@ inline constexpr TDrawShortRows kShortRowKernelsByTests[] = {
 };
 
 // By perspective; then by the channels that vary and by the tests.
-inline constexpr const TDrawShortRows* kShortRowKernels[2][3] = {
+inline constexpr const TDrawRows* kShortRowKernels[2][3] = {
     {kShortRowKernelsByTests<false, TShortColors::Any>,
      kShortRowKernelsByTests<false, TShortColors::ConstAlpha>,
      kShortRowKernelsByTests<false, TShortColors::Const>},
@@ -291,35 +291,33 @@ HWY_NOINLINE HWY_ATTR void DrawJoinedRows(const TSpanJob& job, const TRowSlots& 
 }
 
 // By texel source; then by perspective.
-inline constexpr TDrawShortRows kJoinedRowKernels[4][2] = {
+inline constexpr TDrawRows kJoinedRowKernels[4][2] = {
     {nullptr, nullptr},
     {DrawJoinedRows<TTexelSource::Nearest, false>, DrawJoinedRows<TTexelSource::Nearest, true>},
     {DrawJoinedRows<TTexelSource::Linear, false>, DrawJoinedRows<TTexelSource::Linear, true>},
     {DrawJoinedRows<TTexelSource::Sampler, false>, DrawJoinedRows<TTexelSource::Sampler, true>},
 };
 
-inline TDrawShortRows JoinedRowKernel(const TPrimitive& primitive) {
-  return kJoinedRowKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0];
-}
-
 // --- The choice
 
 struct TShortRowKernel {
-  TDrawShortRows Draw;
+  TDrawRows Draw;
   TKernel Kernel;
   int MostPixels; ///< of a row
 };
 
 inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
-  if (job.Primitive.Texels != TTexelSource::None) {
-    return {JoinedRowKernel(job.Primitive), TKernel::JoinedRows, kJoinedPixels};
+  const TPrimitive& primitive = job.Primitive;
+  const int perspective = primitive.Perspective ? 1 : 0;
+  if (primitive.Texels != TTexelSource::None) {
+    return {kJoinedRowKernels[static_cast<int>(primitive.Texels)][perspective], TKernel::JoinedRows,
+            kJoinedPixels};
   }
-  const bool constAlpha = (job.Primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;
-  const TShortColors colors = job.Primitive.HasConstColor() ? TShortColors::Const
-                              : constAlpha                  ? TShortColors::ConstAlpha
-                                                            : TShortColors::Any;
-  return {kShortRowKernels[job.Primitive.Perspective ? 1 : 0][static_cast<int>(colors)]
-                          [static_cast<int>(TestsOf(job))],
+  const bool constAlpha = (primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;
+  const TShortColors colors = primitive.HasConstColor() ? TShortColors::Const
+                              : constAlpha              ? TShortColors::ConstAlpha
+                                                        : TShortColors::Any;
+  return {kShortRowKernels[perspective][static_cast<int>(colors)][static_cast<int>(TestsOf(job))],
           TKernel::ShortRows, kShortPixels};
 }
 

@@ -16,7 +16,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Draws rows that were set up together, `start` being the number of the first.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     std::uint64_t covered, int start, TLastPixels* last) {
@@ -37,9 +36,6 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
     }
   }
 }
-
-using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                           std::uint64_t covered, int start, TLastPixels* last);
 
 template <TTexelSource kTexels>
 inline constexpr TDrawRows kRowKernelsOf[2][2] = {
