@@ -179,7 +179,7 @@ HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TSte
 }
 
 // Which pixels pass the stencil test. The bits of a comparison's number say whether it holds for a
-// reference that is less, equal and greater.
+// reference that is less, equal and greater; where two of them or all do, its opposite is asked.
 inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun& run) {
   static_assert(static_cast<int>(TCompare::Less) == 1 && static_cast<int>(TCompare::Equal) == 2 &&
                 static_cast<int>(TCompare::Greater) == 4 &&
@@ -187,16 +187,28 @@ inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun
   const DB db;
   const VB mask = hn::Set(db, job.Draw.StencilValueMask);
   const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
-  std::uint64_t less = 0;
-  std::uint64_t equal = 0;
-  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
-    const VB stored = hn::And(hn::Load(db, run.Values + i), mask);
-    less |= BitsOfMask(db, hn::Lt(ref, stored)) << i;
-    equal |= BitsOfMask(db, hn::Eq(ref, stored)) << i;
+  const int func = static_cast<int>(job.Draw.StencilFunc);
+  const bool opposite = func == 3 || func >= 5;
+  std::uint64_t bits = opposite ? ~std::uint64_t{0} : 0;
+  const auto compare = [&](const auto& holds) HWY_ATTR {
+    for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
+      bits ^= BitsOfMask(db, holds(hn::And(hn::Load(db, run.Values + i), mask))) << i;
+    }
+  };
+  switch (opposite ? 7 - func : func) {
+  case 1:
+    compare([&](VB stored) HWY_ATTR { return hn::Lt(ref, stored); });
+    break;
+  case 2:
+    compare([&](VB stored) HWY_ATTR { return hn::Eq(ref, stored); });
+    break;
+  case 4:
+    compare([&](VB stored) HWY_ATTR { return hn::Gt(ref, stored); });
+    break;
+  default: // none or all
+    break;
   }
-  const auto func = static_cast<unsigned int>(job.Draw.StencilFunc);
-  return ((func & 1) != 0 ? less : 0) | ((func & 2) != 0 ? equal : 0) |
-         ((func & 4) != 0 ? ~(less | equal) : 0);
+  return bits;
 }
 
 HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB stored) {
