@@ -130,9 +130,9 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int 
   }
 }
 
-template <bool kWrite>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
-                                             std::uint64_t live, float* stored) {
+// Which pixels of `live` pass; those get their depth, where it is written.
+inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
+                                         std::uint64_t live, float* stored) {
   const DFF d;
   const TCompare func = job.Draw.DepthTest ? job.Draw.DepthFunc : TCompare::Always;
   std::uint64_t passed = 0;
@@ -144,19 +144,12 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, con
     const auto alive = MaskOfBits(d, live >> i);
     const auto passes = DepthMask(d, func, depth, LoadMasked(d, alive, stored + i));
     const auto pass = hn::And(alive, passes);
-    if constexpr (kWrite) {
+    if (job.Draw.DepthWrite) {
       StoreMasked(d, depth, pass, stored + i);
     }
     passed |= BitsOfMask(d, pass) << i;
   }
   return passed;
-}
-
-// Which pixels of `live` pass; those get their depth, where it is written.
-inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
-                                         std::uint64_t live, float* stored) {
-  return job.Draw.DepthWrite ? TestDepths<true>(job, count, depths, live, stored)
-                             : TestDepths<false>(job, count, depths, live, stored);
 }
 
 // --- Stencil, in bytes
@@ -189,26 +182,24 @@ inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun
   const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
   const int func = static_cast<int>(job.Draw.StencilFunc);
   const bool opposite = func == 3 || func >= 5;
-  std::uint64_t bits = opposite ? ~std::uint64_t{0} : 0;
-  const auto compare = [&](const auto& holds) HWY_ATTR {
+  const std::uint64_t none = opposite ? ~std::uint64_t{0} : 0;
+  const auto compared = [&](const auto& holds) HWY_ATTR {
+    std::uint64_t bits = none;
     for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
       bits ^= BitsOfMask(db, holds(hn::And(hn::Load(db, run.Values + i), mask))) << i;
     }
+    return bits;
   };
   switch (opposite ? 7 - func : func) {
   case 1:
-    compare([&](VB stored) HWY_ATTR { return hn::Lt(ref, stored); });
-    break;
+    return compared([&](VB stored) HWY_ATTR { return hn::Lt(ref, stored); });
   case 2:
-    compare([&](VB stored) HWY_ATTR { return hn::Eq(ref, stored); });
-    break;
+    return compared([&](VB stored) HWY_ATTR { return hn::Eq(ref, stored); });
   case 4:
-    compare([&](VB stored) HWY_ATTR { return hn::Gt(ref, stored); });
-    break;
-  default: // none or all
-    break;
+    return compared([&](VB stored) HWY_ATTR { return hn::Gt(ref, stored); });
+  default:
+    return none;
   }
-  return bits;
 }
 
 HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB stored) {
