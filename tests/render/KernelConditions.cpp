@@ -188,10 +188,6 @@ void BlendedPixels(TRenderCPU& gl, TShape& shape) {
   shape.Pixels = kPixels;
 }
 
-void LowerLevel(TRenderCPU&, TShape&) {
-  ASSERT_TRUE(LimitSpanLevel("SSSE3") || LimitSpanLevel("NEON"));
-}
-
 // Computes rows, as does its base fragment by fragment.
 class TRowShader : public TRowFragmentShaderCPU {
 public:
@@ -400,7 +396,6 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
   add(C::FloatColorsChannelBound, kFloat, Nothing, tooBright);
 
   add(C::FloatRowChannelBound, kFloat, Nothing, tooBright);
-  add(C::FloatRowLong, kFloat, LowerLevel, [](TRenderCPU&, TShape& shape) { shape.Right = 3; });
   add(C::FloatRowRatioOfW, kFloat, Perspective,
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 200; });
 
@@ -447,7 +442,6 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   const auto add = [cases](C unmet, TKernel kernel, const TSetUp& scene, const TSetUp& change) {
     cases->push_back({unmet, kernel, scene, change});
   };
-  add(C::ShortRowsMaskedAccess, TKernel::ShortRows, Short, LowerLevel);
 
   const TSetUp fillWithDepth = [](TRenderCPU& gl, TShape& shape) {
     OneColor(gl, shape);

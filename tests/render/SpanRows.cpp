@@ -1,6 +1,7 @@
 // Rows of every length, depths on the edge between two floats, and tests of whole runs: every
 // instruction set leaves what the reference walker does, in all three surfaces and in the records.
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -422,6 +423,46 @@ TEST_F(SpanRows, StencilOfWholeRuns) {
                  gl.Vertex3d(-1, 1, -0.9);
                  gl.End();
                });
+      }
+    }
+  }
+}
+
+// Short and long rows that are set up together, the stencil leaving each row in turn the last one
+// that is drawn: a row of either kind comes into the record, whichever kernel ran last.
+TEST_F(SpanRows, ShortRowsBesideLongOnes) {
+  constexpr int kFirst = 8;
+  constexpr int kRows = 12;
+  for (const bool textured : {false, true}) {
+    for (const double apex : {kFirst - 0.3, kFirst + kRows - 0.7}) { // rows grow, or shrink
+      for (int last = kFirst; last < kFirst + kRows; ++last) {
+        Expect("row " + std::to_string(last), [&](TRenderCPU& gl) {
+          for (int y = 0; y <= last; ++y) {
+            std::fill_n(TScene::At(*gl.m_StencilSurface, 0, y), kWidth, std::uint8_t{1});
+          }
+          gl.Enable(GL_STENCIL_TEST);
+          gl.StencilFunc(GL_EQUAL, 1, 0xFF);
+          gl.EnableDepthTest(true);
+          gl.DepthMask(1);
+          if (textured) {
+            const unsigned char texels[16] = {200, 3, 90, 255, 7, 180, 33, 240,
+                                              90,  1, 2,  130, 5, 250, 60, 77};
+            unsigned int name = 0;
+            gl.GenTextures(1, &name);
+            gl.BindTexture(GL_TEXTURE_2D, name);
+            gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 2, 2, 0, GL_RGBA, GL_UNSIGNED_BYTE, texels);
+            gl.Enable(GL_TEXTURE_2D);
+          }
+          const double base = kFirst + kFirst + kRows - 1 - apex;
+          const double at[3][2] = {{3, apex}, {3, base}, {kWidth - 5, base}};
+          gl.Begin(GL_TRIANGLES);
+          for (int k = 0; k < 3; ++k) {
+            gl.Color4d(0.1 + 0.4 * k, 0.9 - 0.3 * k, 0.2 * k, 0.7);
+            gl.TexCoord2d(0.3 * k, 1.1 - 0.4 * k);
+            gl.Vertex3d(zx_test::Clip(at[k][0], kWidth), zx_test::Clip(at[k][1], kHeight), 0.1 * k);
+          }
+          gl.End();
+        });
       }
     }
   }

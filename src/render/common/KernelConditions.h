@@ -54,22 +54,17 @@
   X(FloatColors,     SteadyW,         steady,                                                 "the error of interpolation is bounded by the ratio of 1/w") \
   X(FloatColors,     Varying,         !primitive.HasConstColor(),                             "constant bytes need no computing") \
   X(FloatColors,     FloatW,          !primitive.Perspective || HasFloatW(v),                 "1/w keeps its digits as a float") \
-  X(FloatColors,     Wide,            inUnit || WidthOf(v) >= kMinBoundWidth,                 "finding the bound costs more than a narrow triangle gains") \
+  X(FloatColors,     Wide,            inUnit || WidthOf(v) >= shortPixels,                    "all of a narrow triangle is short rows") \
   X(FloatColors,     ChannelBound,    (bound = ChannelBoundOf(primitive, inUnit)) > 0.0,      "the proof holds for channels up to kMaxChannel")
 
 #define ZX_FLOAT_ROW_CONDITIONS(X) \
   X(FloatRow,        ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
-  X(FloatRow,        Long,            PixelsOf(row) >= kLanes * \
-                                      (HasByteTexels(primitive.Texels) ? 1 : kMinFloatRowGroups), "set-up of a row costs more than short ones gain") \
   X(FloatRow,        RatioOfW,        !ratioMatters || \
                                       (ratio = RatioOfW(row)) <= kMaxFloatRatio,              "the margin of the bytes grows with the ratio")
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
   X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
-
-#define ZX_SHORT_ROW_CONDITIONS(X) \
-  X(ShortRows,       MaskedAccess,    kMaskedAccess,                                          "a partial group would need staging copies")
 
 #define ZX_FILL_CONDITIONS(X) \
   X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \
@@ -116,7 +111,7 @@
   ZX_SHADER_CONDITIONS(X) ZX_TARGET_CONDITIONS(X) ZX_TEST_CONDITIONS(X) ZX_PRIMITIVE_CONDITIONS(X) \
   ZX_TEXTURE_CONDITIONS(X) ZX_VERTEX_COLOR_CONDITIONS(X) \
   ZX_BYTE_TEXEL_CONDITIONS(X) ZX_FLOAT_COLOR_CONDITIONS(X) ZX_FLOAT_ROW_CONDITIONS(X) \
-  ZX_FLOAT_RUN_CONDITIONS(X) ZX_SHORT_ROW_CONDITIONS(X) \
+  ZX_FLOAT_RUN_CONDITIONS(X) \
   ZX_FILL_CONDITIONS(X) ZX_REJECTION_CONDITIONS(X) ZX_TEXEL_CONDITIONS(X) \
   ZX_LINE_RUN_CONDITIONS(X) ZX_SHADED_ROW_CONDITIONS(X) ZX_PIXEL_ROW_CONDITIONS(X) \
   ZX_DEPTH_RANGE_CONDITION(X) ZX_DEPTH_ROUNDING_TEST(X) \
@@ -142,9 +137,8 @@ inline constexpr int kFirstValueTest = static_cast<int>(TCondition::ValuesDepthR
 
 inline constexpr double kMinTintWidth = 64.0;     ///< pixels of a triangle whose tints are found
 inline constexpr double kTintMargin = 1e-9;       ///< of a tint, relative: SpanSetup.cpp
-inline constexpr int kShortPixels = 24;           ///< of a short row: more gain by set-up for long ones
-inline constexpr int kMinFloatRowGroups = 3;      ///< of a row that is set up for float colours
-inline constexpr double kMinBoundWidth = 8.0;     ///< pixels of a triangle whose channel bound is found
+inline constexpr int kShortPixels = 32;           ///< of a short row: more gain by set-up for long ones
+inline constexpr int kJoinedPixels = 14;          ///< of a short row with a texture
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
 inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back

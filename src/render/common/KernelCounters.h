@@ -15,11 +15,10 @@ enum class TKernel : std::uint8_t {
   ShortRows,  ///< in double
   JoinedRows, ///< short rows with a texture, several to a group
   Fill,
-  Rejection,    ///< runs that fail the depth test as a whole
-  FloatRuns,    ///< runs without a texture, t and colours in float
-  TextureRuns,  ///< runs of byte texels, colours in float
-  ExactRuns,    ///< all other runs
-  PartialGroup, ///< the last pixels of a row, where a mask cannot name them, and rows below a group
+  Rejection,   ///< runs that fail the depth test as a whole
+  FloatRuns,   ///< runs without a texture, t and colours in float
+  TextureRuns, ///< runs of byte texels, colours in float
+  ExactRuns,   ///< all other runs
   LineRuns,
   ScatteredPixels, ///< of lines that have no long runs
   ShadedRows,      ///< by a caller's shader, a row at once
@@ -27,9 +26,9 @@ enum class TKernel : std::uint8_t {
 };
 
 inline constexpr const char* kKernelNames[] = {
-    "Reference",       "ShortRows",   "JoinedRows", "Fill",         "Rejection",
-    "FloatRuns",       "TextureRuns", "ExactRuns",  "PartialGroup", "LineRuns",
-    "ScatteredPixels", "ShadedRows",  "PixelRows",
+    "Reference", "ShortRows",       "JoinedRows",  "Fill",
+    "Rejection", "FloatRuns",       "TextureRuns", "ExactRuns",
+    "LineRuns",  "ScatteredPixels", "ShadedRows",  "PixelRows",
 };
 
 inline constexpr int kKernels = static_cast<int>(TKernel::PixelRows) + 1;

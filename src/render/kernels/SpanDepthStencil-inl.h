@@ -63,50 +63,36 @@ struct TRunValues {
   HWY_ALIGN float Depth[kRun + kFloatLanes];
 };
 
-// t of a run, in double or in float, and its depth where that is used. Lanes past the last pixel
-// have a t of 1 at most, so that what they fetch from a texture is there.
-template <bool kFloatT>
-inline HWY_ATTR void SetExactValues(const TSpanJob& job, const TRow& row, int x, int count,
-                                    TRunValues* values) {
-  const DD d;
-  const VD begin = hn::Set(d, row.Begin[2]);
-  const VD delta = hn::Set(d, row.Delta[2]);
-  const bool usesDepth = job.Draw.UsesDepth();
-  for (int i = 0; i < count; i += kLanes) {
-    const VD t = hn::Min(ColumnParameter(row, x + i), hn::Set(d, 1.0));
-    if (kFloatT) {
-      hn::Store(hn::DemoteTo(DF(), t), DF(), values->FloatT + i);
-    } else {
-      hn::Store(t, d, values->T + i);
-    }
-    if (usesDepth) {
-      hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, t), begin)), DF(), values->Depth + i);
-    }
-  }
-}
-
-// The same without a division a pixel, for t in float. Returns the test that failed, if a depth may
-// round to another float than the exact path finds; `values` are void then.
+// Values of a run by the operations of the exact path, or without a division a pixel. Returns the
+// test that failed, if a depth may round to another float than the exact path finds; `values`
+// are void then.
 //
-//   t = (x - begin x) * (1 / delta x),   depth = delta z * t + begin z
+//   t = (x - begin x) / delta x, or (x - begin x) * (1 / delta x),   depth = delta z * t + begin z
 //
-// With u = 2^-53, t is off the exact quotient's rounding by 3 u at most, t being below 1. So is
+// With u = 2^-53, the product is off the quotient's rounding by 3 u at most, t being below 1. So is
 // depth by 9 u (|delta z| + |begin z|), with the roundings of product and sum on both paths. If the
 // depths 16 u (|delta z| + |begin z|) below and above round to one float, that is the exact one's,
 // since rounding is monotone. The limits of the sum keep this margin above all that a float cannot
 // tell from zero. Where delta z is 0, the product is a zero of its sign for every t, none being
-// negative: depth is the exact path's.
-inline HWY_ATTR TCondition SetFloatValues(const TSpanJob& job, const TRow& row, int x, int count,
-                                          TRunValues* values) {
+// negative: depth is the exact path's. Lanes past the last pixel have an exact t of 1 at most, so
+// that what they fetch from a texture is there.
+template <bool kExact, bool kFloatT>
+inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x, int count,
+                                     TRunValues* values) {
   const DD d;
   const DF df;
   const VD from = hn::Set(d, row.Begin[0]);
-  const VD perPixel = hn::Set(d, 1.0 / row.Delta[0]);
+  const VD by = hn::Set(d, kExact ? row.Delta[0] : 1.0 / row.Delta[0]);
   VD column = hn::Iota(d, static_cast<double>(x));
   const auto nextT = [&](int i) HWY_ATTR {
-    const VD t = hn::Mul(hn::Sub(column, from), perPixel);
+    const VD inside = hn::Sub(column, from);
+    const VD t = kExact ? hn::Min(hn::Div(inside, by), hn::Set(d, 1.0)) : hn::Mul(inside, by);
     column = hn::Add(column, hn::Set(d, kLanes));
-    hn::Store(hn::DemoteTo(df, t), df, values->FloatT + i);
+    if (kFloatT) {
+      hn::Store(hn::DemoteTo(df, t), df, values->FloatT + i);
+    } else {
+      hn::Store(t, d, values->T + i);
+    }
     return t;
   };
   if (!job.Draw.UsesDepth()) {
@@ -115,7 +101,7 @@ inline HWY_ATTR TCondition SetFloatValues(const TSpanJob& job, const TRow& row, 
     }
     return TCondition::None;
   }
-  const bool sameDepth = row.Delta[2] == 0.0;
+  const bool sameDepth = kExact || row.Delta[2] == 0.0;
   const double depthBound = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
   ZX_DEPTH_RANGE_CONDITION(ZX_RETURN_UNMET)
   const VD begin = hn::Set(d, row.Begin[2]);
@@ -124,8 +110,10 @@ inline HWY_ATTR TCondition SetFloatValues(const TSpanJob& job, const TRow& row, 
   hn::Mask<DF> sure = AllLanes(df);
   for (int i = 0; i < count; i += kLanes) {
     const VD depth = hn::Add(hn::Mul(delta, nextT(i)), begin);
-    const VF low = hn::DemoteTo(df, hn::Sub(depth, margin));
-    sure = hn::And(sure, hn::Eq(low, hn::DemoteTo(df, hn::Add(depth, margin))));
+    const VF low = hn::DemoteTo(df, kExact ? depth : hn::Sub(depth, margin));
+    if (!kExact) {
+      sure = hn::And(sure, hn::Eq(low, hn::DemoteTo(df, hn::Add(depth, margin))));
+    }
     hn::Store(low, df, values->Depth + i);
   }
   const bool depthSure = hn::AllTrue(df, sure);
@@ -136,19 +124,17 @@ inline HWY_ATTR TCondition SetFloatValues(const TSpanJob& job, const TRow& row, 
 HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int x, int count,
                                       bool floatT, TRunValues* values) {
   if (!floatT) {
-    SetExactValues<false>(job, row, x, count, values);
-  } else if (!job.Meets(SetFloatValues(job, row, x, count, values), count)) {
-    SetExactValues<true>(job, row, x, count, values);
+    SetValues<true, false>(job, row, x, count, values);
+  } else if (!job.Meets(SetValues<false, true>(job, row, x, count, values), count)) {
+    SetValues<true, true>(job, row, x, count, values);
   }
 }
 
-// Which pixels of `live` pass; those get their depth, where it is written. Without masked access
-// they fill whole vectors.
-template <bool kWrite, class TPass>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, const float* depths,
-                                             std::uint64_t live, float* stored,
-                                             const TPass& passes) {
+// Which pixels of `live` pass; those get their depth, where it is written.
+inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
+                                         std::uint64_t live, float* stored) {
   const DFF d;
+  const TCompare func = job.Draw.DepthTest ? job.Draw.DepthFunc : TCompare::Always;
   std::uint64_t passed = 0;
   for (int i = 0; i < count; i += kFloatLanes) {
     VFF depth = hn::Load(d, depths + i);
@@ -156,38 +142,14 @@ HWY_INLINE HWY_ATTR std::uint64_t TestDepths(const TSpanJob& job, int count, con
       depth = hn::Add(depth, hn::Set(d, job.Draw.Offset));
     }
     const auto alive = MaskOfBits(d, live >> i);
-    const auto pass = hn::And(alive, passes(d, depth, LoadMasked(d, alive, stored + i)));
-    if constexpr (kWrite) {
+    const auto passes = DepthMask(d, func, depth, LoadMasked(d, alive, stored + i));
+    const auto pass = hn::And(alive, passes);
+    if (job.Draw.DepthWrite) {
       StoreMasked(d, depth, pass, stored + i);
     }
     passed |= BitsOfMask(d, pass) << i;
   }
   return passed;
-}
-
-template <bool kWrite>
-HWY_INLINE HWY_ATTR std::uint64_t TestDepthsBy(const TSpanJob& job, int count, const float* depths,
-                                               std::uint64_t live, float* stored) {
-  const auto test = [&](auto passes) HWY_ATTR {
-    return TestDepths<kWrite>(job, count, depths, live, stored, passes);
-  };
-  switch (job.Draw.DepthTest ? job.Draw.DepthFunc : TCompare::Always) {
-  case TCompare::Less:
-    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Lt(a, b); });
-  case TCompare::LessEqual:
-    return test([](auto, auto a, auto b) HWY_ATTR { return hn::Le(a, b); });
-  case TCompare::Always:
-    return test([](auto d, auto, auto) HWY_ATTR { return AllLanes(d); });
-  default:
-    return test([func = job.Draw.DepthFunc](auto d, auto a, auto b)
-                    HWY_ATTR { return DepthMask(d, func, a, b); });
-  }
-}
-
-inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const float* depths,
-                                         std::uint64_t live, float* stored) {
-  return job.Draw.DepthWrite ? TestDepthsBy<true>(job, count, depths, live, stored)
-                             : TestDepthsBy<false>(job, count, depths, live, stored);
 }
 
 // --- Stencil, in bytes
@@ -209,43 +171,34 @@ HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TSte
 #endif
 }
 
-// The pixels of a run whose stencil bytes meet a condition, as bits.
-template <class TMeets>
-HWY_INLINE HWY_ATTR std::uint64_t BytesThat(const TStencilRun& run, const TMeets& meets) {
-  const DB db;
-  std::uint64_t bits = 0;
-  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
-    bits |= BitsOfMask(db, meets(hn::Load(db, run.Values + i))) << i;
-  }
-  return bits;
-}
-
-// Which pixels pass the stencil test.
+// Which pixels pass the stencil test. The bits of a comparison's number say whether it holds for a
+// reference that is less, equal and greater; where two of them or all do, its opposite is asked.
 inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun& run) {
+  static_assert(static_cast<int>(TCompare::Less) == 1 && static_cast<int>(TCompare::Equal) == 2 &&
+                static_cast<int>(TCompare::Greater) == 4 &&
+                static_cast<int>(TCompare::Always) == 7);
   const DB db;
   const VB mask = hn::Set(db, job.Draw.StencilValueMask);
-  const VB ref =
-      hn::Set(db, static_cast<std::uint8_t>(job.Draw.StencilRef & job.Draw.StencilValueMask));
-  const auto less = [&](VB v) HWY_ATTR { return hn::Lt(ref, hn::And(v, mask)); };
-  const auto equal = [&](VB v) HWY_ATTR { return hn::Eq(ref, hn::And(v, mask)); };
-  const auto greater = [&](VB v) HWY_ATTR { return hn::Gt(ref, hn::And(v, mask)); };
-  switch (job.Draw.StencilFunc) {
-  case TCompare::Never:
-    return 0;
-  case TCompare::Less:
-    return BytesThat(run, less);
-  case TCompare::Equal:
-    return BytesThat(run, equal);
-  case TCompare::LessEqual:
-    return ~BytesThat(run, greater);
-  case TCompare::Greater:
-    return BytesThat(run, greater);
-  case TCompare::NotEqual:
-    return ~BytesThat(run, equal);
-  case TCompare::GreaterEqual:
-    return ~BytesThat(run, less);
+  const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
+  const int func = static_cast<int>(job.Draw.StencilFunc);
+  const bool opposite = func == 3 || func >= 5;
+  const std::uint64_t none = opposite ? ~std::uint64_t{0} : 0;
+  const auto compared = [&](const auto& holds) HWY_ATTR {
+    std::uint64_t bits = none;
+    for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
+      bits ^= BitsOfMask(db, holds(hn::And(hn::Load(db, run.Values + i), mask))) << i;
+    }
+    return bits;
+  };
+  switch (opposite ? 7 - func : func) {
+  case 1:
+    return compared([&](VB stored) HWY_ATTR { return hn::Lt(ref, stored); });
+  case 2:
+    return compared([&](VB stored) HWY_ATTR { return hn::Eq(ref, stored); });
+  case 4:
+    return compared([&](VB stored) HWY_ATTR { return hn::Gt(ref, stored); });
   default:
-    return ~std::uint64_t{0};
+    return none;
   }
 }
 

@@ -58,7 +58,8 @@ template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& ro
 template <class D, class TByteOf>
 HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> packed,
                                             const TByteOf& byteOf) {
-  const auto put = [&](int i, auto shift) HWY_ATTR {
+  // Called so often that the compiler would not inline it by itself.
+  const auto put = [&](int i, auto shift) HWY_ATTR __attribute__((always_inline)) {
     if (HWY_LIKELY((mask >> i & 1u) == 0)) {
       packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
     }
@@ -105,24 +106,18 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // do not exist may have any value, but they are not stored.
 inline constexpr double kRounding = 1.0 / 16777216.0;
 
-// The margin of a row with a ratio of its 1/w: `Base + Slope * ratio`.
-struct TMarginTerms {
-  double Base;
-  double Slope;
-};
-
-inline HWY_ATTR TMarginTerms MarginTermsOf(const TSpanJob& job) {
+// The margin of a row with a ratio of its 1/w.
+inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
   constexpr double kUnit = 255.0 * kRounding * 1.001;
-  TMarginTerms terms = {1.5 * kUnit, 0.0};
-  if (job.Primitive.UsesVertexColor) {
-    const bool texels = job.Primitive.Texels != TTexelSource::None;
-    terms.Base += kUnit * job.Primitive.ChannelBound * (texels ? 4.0 : 2.0);
-    terms.Slope = kUnit * job.Primitive.ChannelBound * (texels ? 5.0 : 9.0);
+  const bool texels = primitive.Texels != TTexelSource::None;
+  double bounds = 0.0;
+  if (primitive.UsesVertexColor) {
+    bounds = texels ? 4.0 + 5.0 * ratio : 2.0 + 9.0 * ratio;
   }
-  if (job.Primitive.Texels == TTexelSource::Linear) {
-    terms.Base += kUnit * job.Primitive.ChannelBound * 3.6;
+  if (primitive.Texels == TTexelSource::Linear) {
+    bounds += 3.6;
   }
-  return terms;
+  return kUnit * (1.5 + primitive.ChannelBound * bounds);
 }
 
 // --- What a row has ready
@@ -174,8 +169,7 @@ inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& 
   if (primitive.UsesVertexColor) {
     SetUpRowColors(job, slots, row, floats);
   }
-  const TMarginTerms margin = MarginTermsOf(job);
-  floats->Margin = static_cast<float>(margin.Base + margin.Slope * ratio);
+  floats->Margin = static_cast<float>(MarginOf(primitive, ratio));
   for (int i = 0; i < 4; ++i) {
     floats->ChannelMargins[i] = (primitive.TintMask >> i & 1u) != 0 ? 0.0f : floats->Margin;
   }

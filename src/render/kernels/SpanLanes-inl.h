@@ -57,10 +57,6 @@ inline constexpr int kRun = 64;
 using DB = hn::CappedTag<std::uint8_t, kRun>;
 using VB = hn::Vec<DB>;
 
-// Whether a mask can say which lanes of a vector are read and written. Otherwise whole vectors are
-// read, and a partial group goes through staging copies.
-inline constexpr bool kMaskedAccess = ZX_HAS_MASKED_ACCESS;
-
 // --- Masks and bits: bit i is lane i
 
 inline constexpr std::uint64_t FirstBits(int count) {
@@ -100,49 +96,53 @@ template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> MaskOfBits(D d, std::uint64_t
   return hn::LoadMaskBits(d, bytes);
 }
 
-// --- Memory
+// --- Memory: the lanes of a mask and no others, since that of a pixel that does not exist, or that
+// fails its tests, may be another thread's to write, or nobody's
 
-// Without masked access the caller guarantees that a whole vector is readable.
+// The other lanes are 0.
 template <class D, class T>
 HWY_INLINE HWY_ATTR hn::Vec<D> LoadMasked(D d, hn::Mask<D> live, const T* from) {
-  if constexpr (kMaskedAccess) {
-    return hn::MaskedLoad(live, d, from);
-  } else {
+#if ZX_HAS_MASKED_ACCESS
+  return hn::MaskedLoad(live, d, from);
+#else
+  if (HWY_LIKELY(hn::AllTrue(d, live))) {
     return hn::LoadU(d, from);
   }
+  HWY_ALIGN T lanes[hn::MaxLanes(d)] = {};
+  for (std::uint64_t rest = BitsOfMask(d, live); rest != 0; rest &= rest - 1) {
+    std::memcpy(lanes + FirstBit(rest), from + FirstBit(rest), sizeof(T));
+  }
+  return hn::Load(d, lanes);
+#endif
 }
 
-// Writes the lanes of a mask and no others: the memory of a pixel that fails its tests may be
-// another thread's to write, or nobody's.
+// Without a branch on the mask, where there is masked access: for masks that nobody can predict.
 template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
-#if ZX_HAS_MASK_REGISTERS
-  hn::BlendedStore(values, mask, d, to);
-#else
-  if (HWY_LIKELY(hn::AllTrue(d, mask))) { // masked stores are slow on some processors
-    hn::StoreU(values, d, to);
-    return;
-  }
+HWY_INLINE HWY_ATTR void StoreSteadily(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
 #if ZX_HAS_MASKED_ACCESS
   hn::BlendedStore(values, mask, d, to);
 #else
+  if (HWY_LIKELY(hn::AllTrue(d, mask))) {
+    hn::StoreU(values, d, to);
+    return;
+  }
   HWY_ALIGN T lanes[hn::MaxLanes(d)];
   hn::Store(values, d, lanes);
   for (std::uint64_t rest = BitsOfMask(d, mask); rest != 0; rest &= rest - 1) {
     std::memcpy(to + FirstBit(rest), lanes + FirstBit(rest), sizeof(T));
   }
 #endif
-#endif
-}
-
-// The same for the lanes that a mask of 32-bit integers names.
-template <class D, class T> HWY_INLINE HWY_ATTR hn::Vec<D> LoadLive(D d, MI live, const T* from) {
-  return LoadMasked(d, hn::RebindMask(d, live), from);
 }
 
 template <class D, class T>
-HWY_INLINE HWY_ATTR void StoreLive(D d, hn::Vec<D> values, MI live, T* to) {
-  StoreMasked(d, values, hn::RebindMask(d, live), to);
+HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T* to) {
+#if ZX_HAS_MASKED_ACCESS && !ZX_HAS_MASK_REGISTERS
+  if (HWY_LIKELY(hn::AllTrue(d, mask))) { // masked stores are slow on some processors
+    hn::StoreU(values, d, to);
+    return;
+  }
+#endif
+  StoreSteadily(d, values, mask, to);
 }
 
 // The first `count` elements, `kMost` in most cases: a size that the compiler knows needs no call.

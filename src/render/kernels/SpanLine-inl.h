@@ -81,8 +81,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
     return result;
   }
   const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
-  RecordRunGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(job, slots, row, t,
-                                                                   run.Last - x + 1, targetsAt(x)),
+  RecordRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, run.Last - x + 1,
+                                                            targetsAt(x)),
                  x, run.Leftward, &result);
   return result;
 }

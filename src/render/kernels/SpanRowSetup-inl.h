@@ -190,11 +190,10 @@ HWY_INLINE HWY_ATTR TRowPlan PlanRows(const TSpanJob& job) {
   return plan;
 }
 
-// Of the rows set up together, as bits: those that both edges cross, those that cover pixels, and
-// those that are not short.
+// Of the rows set up together, as bits: those that both edges cross, and those that cover pixels.
 struct TRowSets {
   std::uint64_t Crossed;
-  std::uint64_t Covered;
+  std::uint64_t Short;
   std::uint64_t Long;
 };
 
@@ -293,7 +292,7 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
     makePart(job.Primitive.TexSlot, slots.Tex, 1);
   }
   const MD longer = hn::Ge(hn::Sub(last, first), hn::Set(d, shortPixels));
-  return {crossed, BitsOfMask(d, live), BitsOfMask(d, hn::And(live, longer))};
+  return {crossed, BitsOfMask(d, hn::AndNot(longer, live)), BitsOfMask(d, hn::And(live, longer))};
 }
 
 } // namespace HWY_NAMESPACE

@@ -35,7 +35,7 @@ struct TGroupResult {
 enum class TTests : std::uint8_t { None, Less, LessOrEqual, Any, AnyWithStencil };
 
 // The stages of a run for one group of pixels at t, of which the first `count` exist; `colors` are
-// asked for where a pixel passes. Without masked access there is memory for all lanes.
+// asked for where a pixel passes.
 template <TTests kTests, class TColors>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& row, VD t, int count,
                                              const TGroupTargets& to, const TColors& colors) {
@@ -46,19 +46,13 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kTests == TTests::AnyWithStencil) {
-    LoadStencils<kLanes>(to.Stencil, kMaskedAccess ? count : kLanes, &stencil);
+    LoadStencils<kLanes>(to.Stencil, count, &stencil);
     tested &= StencilBits(job, stencil);
   }
   MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
                                              : hn::FirstN(DI(), static_cast<std::size_t>(count));
-  // Not StoreLive, whose branch nobody can predict where few pixels pass.
-  const auto store = [&](auto d, auto values, auto* at) HWY_ATTR {
-    if constexpr (kMaskedAccess) {
-      hn::BlendedStore(values, hn::RebindMask(d, pass), d, at);
-    } else {
-      StoreLive(d, values, pass, at);
-    }
-  };
+  const auto store = [&](auto d, auto values, auto* at)
+                         HWY_ATTR { StoreSteadily(d, values, hn::RebindMask(d, pass), at); };
   if (kAny ? job.Draw.UsesDepth() : kTests != TTests::None) {
     VF depth = hn::DemoteTo(df, Interpolated<false>(row, 2, t, t));
     if (kAny && job.Primitive.AddOffset) {
@@ -68,7 +62,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
       const TCompare func = kTests == TTests::Less          ? TCompare::Less
                             : kTests == TTests::LessOrEqual ? TCompare::LessEqual
                                                             : job.Draw.DepthFunc;
-      const auto passes = DepthMask(df, func, depth, LoadLive(df, pass, to.Depth));
+      const auto passes =
+          DepthMask(df, func, depth, LoadMasked(df, hn::RebindMask(df, pass), to.Depth));
       pass = hn::And(pass, hn::RebindMask(DI(), passes));
     }
     if (!kAny || job.Draw.DepthWrite) {
@@ -84,7 +79,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
   }
   VU packed = colors();
   if (kAny && job.Draw.ReadsColor()) {
-    packed = OutputColors(du, job.Draw, packed, LoadLive(du, pass, to.Color));
+    packed = OutputColors(du, job.Draw, packed, LoadMasked(du, hn::RebindMask(du, pass), to.Color));
   }
   store(du, packed, to.Color);
   return {tested, shaded};
@@ -101,11 +96,9 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
                                   });
 }
 
-// A pixel by its row. `Start` is the number of the first of the rows that were set up together with
-// it; -1 for no pixel.
+// A pixel by the number of its row, in drawing order; -1 for no pixel.
 struct TLastPixel {
-  int Start = -1;
-  int Lane = 0;
+  int Row = -1;
   int X = 0;
 };
 
@@ -139,24 +132,6 @@ struct TStagedRun {
   HWY_ALIGN float Depth[kRun];
   HWY_ALIGN unsigned char Stencil[kRun];
 };
-
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR TGroupResult DrawStaged(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, int count, TStagedRun* run) {
-  TGroupResult result = {0, 0};
-  for (int i = 0; i < count; i += kLanes) {
-    const int next = count - i < kLanes ? count - i : kLanes;
-    const VD t = hn::Load(DD(), run->T + i);
-    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
-    const TGroupResult group =
-        job.Draw.StencilTest
-            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
-            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
-    result.Tested |= group.Tested << i;
-    result.Shaded |= group.Shaded << i;
-  }
-  return result;
-}
 
 // Writes the elements of a set of pixels, most often all of the first `count`.
 template <class TWrite>
@@ -194,7 +169,18 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
       run->Stencil[k] = *targetsAt(k).Stencil;
     }
   }
-  const TGroupResult drawn = DrawStaged<kTexels, kPerspective>(job, slots, row, count, run);
+  TGroupResult drawn = {0, 0};
+  for (int i = 0; i < count; i += kLanes) {
+    const int next = std::min(count - i, kLanes);
+    const VD t = hn::Load(DD(), run->T + i);
+    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
+    const TGroupResult group =
+        job.Draw.StencilTest
+            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
+            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
+    drawn.Tested |= group.Tested << i;
+    drawn.Shaded |= group.Shaded << i;
+  }
   if (job.Draw.ColorMask != 0) {
     ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Color = run->Color[k]; });
   }
@@ -206,24 +192,6 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
               [&](int k) HWY_ATTR { *targetsAt(k).Stencil = run->Stencil[k]; });
   }
   return drawn;
-}
-
-// The last pixels of a row, fewer than a vector holds: nothing but those is read, and of those
-// nothing written but what passes its tests.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, VD t, int count,
-                                                  const TGroupTargets& to) {
-  if constexpr (kMaskedAccess) {
-    return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to);
-  } else {
-    TStagedRun run;
-    hn::Store(t, DD(), run.T);
-    const auto targetsAt = [&to](int k) HWY_ATTR {
-      return TGroupTargets{to.Color + k, to.Depth + k, to.Stencil + k};
-    };
-    return DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run);
-  }
 }
 
 inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
@@ -270,23 +238,14 @@ HWY_INLINE HWY_ATTR bool WholeRunFails(const TSpanJob& job, const TRow& row, int
   }
   const TCompare func = job.Draw.DepthFunc;
   const auto best = hn::Set(d, (a < b) == IsLessOrLessEqual(func) ? a : b);
-  const auto allFail = [&](auto passes) HWY_ATTR {
-    for (int i = 0; i < count; i += kFloatLanes) {
-      const auto live = hn::FirstN(d, static_cast<std::size_t>(count - i));
-      if (!hn::AllFalse(d, hn::And(live, passes(LoadMasked(d, live, stored + i))))) {
-        return false;
-      }
+  for (int i = 0; i < count; i += kFloatLanes) {
+    const auto live = hn::FirstN(d, static_cast<std::size_t>(count - i));
+    const auto passes = DepthMask(d, func, best, LoadMasked(d, live, stored + i));
+    if (!hn::AllFalse(d, hn::And(live, passes))) {
+      return false;
     }
-    return true;
-  };
-  switch (func) {
-  case TCompare::Less:
-    return allFail([&](VFF there) HWY_ATTR { return hn::Lt(best, there); });
-  case TCompare::LessEqual:
-    return allFail([&](VFF there) HWY_ATTR { return hn::Le(best, there); });
-  default:
-    return allFail([&](VFF there) HWY_ATTR { return DepthMask(d, func, best, there); });
   }
+  return true;
 }
 
 // --- Rows
@@ -298,8 +257,8 @@ HWY_INLINE HWY_ATTR TCondition UnmetByFloatRun(const TSpanJob& job, const TRow& 
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_RUN_CONDITIONS);
 }
 
-// Tests a run of pixels and writes their stencils; without masked access they fill whole vectors.
-// `drawDepths` tells which of those that passed the stencil test pass the depth test.
+// Tests a run of pixels and writes their stencils. `drawDepths` tells which of those that passed
+// the stencil test pass the depth test.
 template <bool kStencil, class TDrawDepths>
 HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigned char* stencils,
                                          const TDrawDepths& drawDepths) {
@@ -323,36 +282,22 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
             : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
                                                         : TKernel::ExactRuns,
             count);
-  TRunPixels run;
-  run.X = x;
-  run.Count = count;
+  TRunValues values;
   const auto drawDepths = [&](std::uint64_t tested) HWY_ATTR {
-    SetRunValues(job, row, x, count, floatT, &run.Values);
-    return job.Draw.UsesDepth() ? DrawDepths(job, count, run.Values.Depth, tested, to.Depth)
-                                : tested;
+    SetRunValues(job, row, x, count, floatT, &values);
+    return job.Draw.UsesDepth() ? DrawDepths(job, count, values.Depth, tested, to.Depth) : tested;
   };
   const TGroupResult drawn = TestRun<kStencil>(job, count, to.Stencil, drawDepths);
   RecordGroup(drawn, x, result);
   if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, run, floatT, drawn.Shaded, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, values, floatT, drawn.Shaded,
+                                      to.Color);
   }
 }
 
 HWY_INLINE HWY_ATTR TGroupTargets TargetsAt(const TSpanJob& job, int x, int y) {
   return {job.Draw.Color.At<std::uint32_t>(x, y), job.Draw.Depth.At<float>(x, y),
           job.Draw.Stencil.At<unsigned char>(x, y)};
-}
-
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_INLINE HWY_ATTR void DrawLastPixels(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRow& row, int x, TRowResult* result) {
-  for (; x <= row.Last; x += kLanes) {
-    const int count = std::min(row.Last - x + 1, kLanes);
-    job.Count(TKernel::PartialGroup, count);
-    RecordGroup(DrawPartialGroup<kTexels, kPerspective, kStencil>(
-                    job, slots, row, ColumnParameter(row, x), count, TargetsAt(job, x, row.Y)),
-                x, result);
-  }
 }
 
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
@@ -371,21 +316,14 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
   for (int x = row.First; x <= row.Last; x += kRun) {
     const TGroupTargets to = TargetsAt(job, x, row.Y);
     const int count = row.Last - x + 1 < kRun ? row.Last - x + 1 : kRun;
-    if (rejects && (kMaskedAccess || count == kRun) &&
-        WholeRunFails(job, row, x, count, to.Depth)) {
+    if (rejects && WholeRunFails(job, row, x, count, to.Depth)) {
       job.Count(TKernel::Rejection, count);
       const auto none = [](std::uint64_t) { return std::uint64_t{0}; };
       RecordGroup(TestRun<kStencil>(job, count, to.Stencil, none), x, &result);
       continue;
     }
-    const int whole = kMaskedAccess ? count : count / kFloatLanes * kFloatLanes;
-    if (whole != 0) {
-      DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, whole, to, &result);
-      rejects = mayRejectRuns && result.LastShaded < x;
-    }
-    if (whole < count) {
-      DrawLastPixels<kTexels, kPerspective, kStencil>(job, slots, row, x + whole, &result);
-    }
+    DrawRun<kTexels, kPerspective, kStencil>(job, slots, row, x, count, to, &result);
+    rejects = mayRejectRuns && result.LastShaded < x;
   }
   return result;
 }

@@ -17,12 +17,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-struct TRunPixels {
-  int X; ///< column of the first
-  int Count;
-  TRunValues Values;
-};
-
 // Whether channels have one value throughout a row, being the same at all vertices, as 1/w is.
 inline HWY_ATTR bool AreSame(const TRowSlots& slots, const TRow& row, std::uint32_t channels) {
   bool same = channels == 0 || HasOneW(row);
@@ -50,24 +44,24 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
                      exact(0, hn::LowerHalf(du, packed)));
 }
 
-// Draws the colours of a run by pairs of groups.
+// Draws the colours of a run, from column x on, by pairs of groups.
 template <bool kPerspective>
-HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, const TRunPixels& run,
-                                              std::uint64_t shaded, std::uint32_t* color) {
+HWY_INLINE HWY_ATTR void
+DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row, int x, int count,
+                     const TRunValues& values, std::uint64_t shaded, std::uint32_t* color) {
   const DFF df;
   const DFU du;
   const std::uint32_t ties = job.Primitive.TieMask;
   const std::uint32_t varying = kAllChannels & ~job.Primitive.ConstMask;
   const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
-    return ExactPair<kPerspective>(job, slots, row, run.X + i, channels, pixels, packed);
+    return ExactPair<kPerspective>(job, slots, row, x + i, channels, pixels, packed);
   };
   const bool sameTies = AreSame(slots, row, ties);
   VFU tied = hn::Zero(du);
   if (kPerspective && ties != 0 && sameTies) {
     tied = exact(0, ties, FirstBits(kFloatLanes), tied);
   }
-  for (int i = 0; i < run.Count; i += kFloatLanes) {
+  for (int i = 0; i < count; i += kFloatLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
       continue;
@@ -75,7 +69,7 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     const auto live = MaskOfBits(du, bits);
     VFU packed = hn::Set(du, job.Primitive.ConstColor);
     if (varying != 0) {
-      const VFF t = hn::Load(df, run.Values.FloatT + i);
+      const VFF t = hn::Load(df, values.FloatT + i);
       MFI sure = AllLanes(DFI());
       packed = UntexturedBytes<kPerspective>(job, slots, *row.Floats,
                                              job.Primitive.ConstMask | ties, t, &sure);
@@ -117,8 +111,8 @@ HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots&
 }
 
 // The packed colours of a run, in whole vectors: those of each group that has a pixel in `shaded`.
-// Rounding tests that fail are seen to at the end: a branch upon each would be foretold wrong as
-// often, and known to be so after all of a group's steps.
+// Rounding tests that fail are seen to at the end: a branch upon each
+// would be foretold wrong as often, and known to be so after all of a group's steps.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& slots,
                                         const TRow& row, int count, std::uint64_t shaded,
@@ -129,12 +123,10 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     return FetchRun<kTexels, kPerspective, decltype(reach)::value>(job, slots, row, count, shaded,
                                                                    t, ready);
   });
-  int& exactRuns = row.Floats->ExactRuns;
-  const bool tries = exactRuns == 0;
   std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
-  std::memset(sure, tries ? 0xFF : 0, sizeof sure);
+  std::memset(sure, 0xFF, sizeof sure);
   MFI all = AllLanes(DFI());
-  for (int i = 0; tries && i < count; i += kLanes) {
+  for (int i = 0; i < count; i += kLanes) {
     if (((shaded & ~unsure) >> i & FirstBits(kLanes)) == 0) {
       continue;
     }
@@ -145,10 +137,9 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     hn::StoreMaskBits(DFI(), group, sure[i / kLanes]);
     hn::Store(colors, DU(), packed + i);
   }
-  if (tries && unsure == 0 && hn::AllTrue(DFI(), all)) {
+  if (unsure == 0 && hn::AllTrue(DFI(), all)) {
     return;
   }
-  std::uint32_t common = kAllChannels;
   for (int i = 0; i < count; i += kLanes) {
     if ((shaded >> i & FirstBits(kLanes)) == 0) {
       continue;
@@ -157,7 +148,6 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     std::memcpy(&bits, sure[i / kLanes], sizeof bits);
     const std::uint32_t channels =
         (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
-    common &= channels;
     if (channels != 0) {
       const VU exact = ExactFallback<kTexels, kPerspective>(
           job, slots, row, hn::Load(d, t + i), ready[i / kLanes], channels,
@@ -165,19 +155,18 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
       hn::Store(exact, DU(), packed + i);
     }
   }
-  exactRuns = !tries ? exactRuns - 1 : common == kAllChannels ? kExactRuns : 0;
 }
 
 // The colours of a run; with `floatT` its t is there in float alone.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    const TRunPixels& run, bool floatT, std::uint64_t shaded,
-                                    std::uint32_t* color) {
+                                    int x, int count, const TRunValues& values, bool floatT,
+                                    std::uint64_t shaded, std::uint32_t* color) {
   const DD d;
   const DU du;
   if constexpr (kTexels == TTexelSource::None) {
     if (floatT) {
-      DrawUntexturedColors<kPerspective>(job, slots, row, run, shaded, color);
+      DrawUntexturedColors<kPerspective>(job, slots, row, x, count, values, shaded, color);
       return;
     }
   }
@@ -185,24 +174,23 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
   HWY_ALIGN std::uint32_t colors[kRun + kLanes];
   if constexpr (kTexels == TTexelSource::Nearest || kTexels == TTexelSource::Linear) {
     if (row.HasFloats()) {
-      TexturedColors<kTexels, kPerspective>(job, slots, row, run.Count, shaded, run.Values.T,
-                                            colors);
+      TexturedColors<kTexels, kPerspective>(job, slots, row, count, shaded, values.T, colors);
       staged = true;
     }
   }
-  for (int i = 0; i < run.Count; i += kLanes) {
+  for (int i = 0; i < count; i += kLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
     if (bits == 0) {
       continue;
     }
-    const MI live = MaskOfBits(DI(), bits);
+    const auto live = MaskOfBits(du, bits);
     VU packed =
         staged ? hn::Load(du, colors + i)
-               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, run.Values.T + i));
+               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, values.T + i));
     if (job.Draw.ReadsColor()) {
-      packed = OutputColors(du, job.Draw, packed, LoadLive(du, live, color + i));
+      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
     }
-    StoreLive(du, packed, live, color + i);
+    StoreMasked(du, packed, live, color + i);
   }
 }
 

@@ -88,25 +88,21 @@ TComponents Unit(const TPairs& v) {
   return {(v.Low >= kZero) & (v.Low <= kOne), (v.High >= kZero) & (v.High <= kOne)};
 }
 
-unsigned int UnitBits(const TVec4& slot) { return Unit(TPairs(slot)).Bits(); }
-
-unsigned int UnitBits(const TVertices& v, int slot) {
-  return (Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]))).Bits();
+TComponents UnitComponents(const TVertices& v, int slot) {
+  return Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]));
 }
 
 // The components that are the same at all vertices.
-unsigned int SameBits(const TVertices& v, int slot) {
+TComponents SameComponents(const TVertices& v, int slot) {
   const TPairs first(v[0][slot]);
-  return (Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]))).Bits();
+  return Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]));
 }
 
-// Whether the first three components are 0 at all vertices.
-bool IsZeroSlot(const TVertices& v, int slot) {
-  const TPairs zero(TVec4{0, 0, 0, 0});
-  const unsigned int bits = (Equal(zero, TPairs(v[0][slot])) & Equal(zero, TPairs(v[1][slot])) &
-                             Equal(zero, TPairs(v[2][slot])))
-                                .Bits();
-  return (bits & 7) == 7;
+// Whether some components have one value at all vertices.
+bool IsThroughout(const TVertices& v, int slot, double value, unsigned int components) {
+  const TPairs wanted(TVec4{value, value, value, value});
+  const TComponents found = SameComponents(v, slot) & Equal(wanted, TPairs(v[0][slot]));
+  return (found.Bits() & components) == components;
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
@@ -156,49 +152,49 @@ double ChannelBoundOf(const TPrimitive& primitive, bool inUnit) {
 TCondition SetUpFloatColors(bool steady, bool inUnit, TPrimitive* out) {
   const TPrimitive& primitive = *out;
   const TVertices& v = primitive.Vertex;
+  const int shortPixels = HasByteTexels(primitive.Texels) ? kJoinedPixels : kShortPixels;
   double bound = 0.0;
   ZX_FLOAT_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   out->ChannelBound = bound;
   return TCondition::None;
 }
 
-bool IsWhite(const TVertices& v, int slot) {
-  return std::all_of(std::begin(v), std::end(v), [slot](const TVec4* at) {
-    return at[slot].x == 1.0 && at[slot].y == 1.0 && at[slot].z == 1.0 && at[slot].w == 1.0;
-  });
-}
-
-// Whether a channel that is c at all vertices has the byte of c at all pixels.
-bool IsConstantByte(double c) {
-  const double value = c * 255.0 + 0.5;
-  const double part = value - std::floor(value);
-  return part > kByteMargin && part < 1.0 - kByteMargin;
+// Whether channels that are c, 0 to 1, at all vertices have the byte of c at all pixels.
+TPairMask AreConstantBytes(TPair c) {
+  constexpr double kWhole = 4503599627370496.0; // 2^52: from there on doubles are whole
+  const TPair value = c * 255.0 + 0.5;
+  const TPair apart = value - ((value + kWhole) - kWhole);
+  return (apart > kByteMargin) | (apart < -kByteMargin);
 }
 
 // Channels whose byte is the same at all pixels. With one w for all vertices the differences are
-// zeros, and every pixel computes the same value; otherwise one that rounds alike.
-void SetUpConstantChannels(unsigned int unit, TPrimitive* primitive) {
+// zeros, and every pixel computes the same value; otherwise one that rounds alike. Without
+// branches: which channels these are is seldom foretold.
+void SetUpConstantChannels(TComponents same, TPrimitive* primitive) {
   const TVertices& v = primitive->Vertex;
-  const double r = v[0][0].w;
-  const bool oneW = v[1][0].w == r && v[2][0].w == r;
-  const TVec4& first = v[0][primitive->ColorSlot];
-  unsigned int same = unit & SameBits(v, primitive->ColorSlot);
-  for (; same != 0; same &= same - 1) {
-    const int i = std::countr_zero(same);
-    const double c = first[static_cast<std::size_t>(i)];
-    double value = c;
-    if (primitive->Perspective) {
-      if (!oneW && !IsConstantByte(c)) {
-        primitive->TieMask |= 1u << i;
-        continue;
-      }
-      if (oneW) {
-        value = std::min((c * r) * (1.0 / r), 1.0);
-      }
+  TPairs value(v[0][primitive->ColorSlot]);
+  if (primitive->Perspective) {
+    const double r = v[0][0].w;
+    if (v[1][0].w == r && v[2][0].w == r) {
+      const auto atPixels = [r](TPair c) {
+        const TPair product = (c * r) * (1.0 / r);
+        return product < 1.0 ? product : TPair{1.0, 1.0};
+      };
+      value.Low = atPixels(value.Low);
+      value.High = atPixels(value.High);
+    } else {
+      const TComponents sure =
+          same & TComponents{AreConstantBytes(value.Low), AreConstantBytes(value.High)};
+      primitive->TieMask = same.Bits() & ~sure.Bits();
+      same = sure;
     }
-    primitive->ConstMask |= 1u << i;
-    primitive->ConstColor |= static_cast<std::uint32_t>(value * 255.0 + 0.5) << (8 * i);
   }
+  primitive->ConstMask = same.Bits();
+  const auto bytes = [](TPair channels, TPairMask live) {
+    const TPair scaled = (TPair)((TPairMask)channels & live) * 255.0 + 0.5;
+    return static_cast<std::uint32_t>(scaled[0]) | static_cast<std::uint32_t>(scaled[1]) << 8;
+  };
+  primitive->ConstColor = bytes(value.Low, same.Low) | bytes(value.High, same.High) << 16;
 }
 
 // A factor f with which f b, in floats, rounds to the byte of a texel's byte b under the channel c,
@@ -223,9 +219,8 @@ float TintOf(double c) {
 
 // Channels of a nearest texel that are one factor times the texel, as those of a texture that is
 // faded as a whole. `known` is what was found for the last triangles.
-void SetUpTints(unsigned int unit, TKnownTints* known, TPrimitive* primitive) {
+void SetUpTints(unsigned int same, TKnownTints* known, TPrimitive* primitive) {
   const TVec4& first = primitive->Vertex[0][primitive->ColorSlot];
-  unsigned int same = unit & SameBits(primitive->Vertex, primitive->ColorSlot);
   for (; same != 0; same &= same - 1) {
     const auto i = static_cast<std::size_t>(std::countr_zero(same));
     if (known->Channel[i] != first[i]) {
@@ -327,7 +322,7 @@ bool AreUnitTexels(const TPrimitive& primitive) {
   } else if (primitive.Texels != TTexelSource::Nearest) {
     return false;
   }
-  return UnitBits(primitive.Sampler->m_BorderColor) == kAllChannels;
+  return Unit(TPairs(primitive.Sampler->m_BorderColor)).Bits() == kAllChannels;
 }
 
 bool AreInReach(const TVertices& v) {
@@ -452,22 +447,24 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   ZX_VERTEX_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   primitive.ColorSlot = color;
   if (gl.m_Lighting) {
-    primitive.ZeroSecondary = IsZeroSlot(v, secondary);
+    primitive.ZeroSecondary = IsThroughout(v, secondary, 0.0, kAllChannels & ~kAlphaOnly);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
-  const unsigned int unitChannels = UnitBits(v, color);
-  const bool inUnit = unitChannels == kAllChannels && primitive.SecondarySlot < 0;
+  const TComponents unit = UnitComponents(v, color);
+  const bool inUnit = primitive.SecondarySlot < 0 && unit.Bits() == kAllChannels;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
-  // A secondary colour is not added to alpha.
-  const unsigned int lone = primitive.SecondarySlot < 0 ? unitChannels : unitChannels & kAlphaOnly;
+  TComponents same = unit & SameComponents(v, color);
+  if (primitive.SecondarySlot >= 0) { // it is not added to alpha
+    same = same & TComponents{{0, 0}, {0, -1}};
+  }
   if (steady && !textured) {
-    SetUpConstantChannels(lone, &primitive);
+    SetUpConstantChannels(same, &primitive);
   }
   if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
-    primitive.UsesVertexColor = !textured || !inUnit || !IsWhite(v, color);
+    primitive.UsesVertexColor = !textured || !inUnit || !IsThroughout(v, color, 1.0, kAllChannels);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
-      SetUpTints(lone, &KnownTints, &primitive);
+      SetUpTints(same.Bits(), &KnownTints, &primitive);
     }
   }
   return TCondition::None;

@@ -16,7 +16,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// Draws rows that were set up together.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     std::uint64_t covered, int start, TLastPixels* last) {
@@ -30,16 +29,13 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
     }
     const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
     if (result.LastDepthTested >= 0) {
-      last->DepthTested = {start, lane, result.LastDepthTested};
+      last->DepthTested = {start + lane, result.LastDepthTested};
     }
     if (result.LastShaded >= 0) {
-      last->Shaded = {start, lane, result.LastShaded};
+      last->Shaded = {start + lane, result.LastShaded};
     }
   }
 }
-
-using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
-                           std::uint64_t covered, int start, TLastPixels* last);
 
 template <TTexelSource kTexels>
 inline constexpr TDrawRows kRowKernelsOf[2][2] = {
@@ -63,23 +59,24 @@ inline HWY_ATTR double RowParameter(const TRow& row, int x) {
 inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
                                       const TLastPixels& last, int current, TRows* rows) {
   const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
-    if (current != pixel.Start) {
-      SetUpRows(*job, slots, plan, pixel.Start, 0, rows);
-      current = pixel.Start;
+    const int lane = pixel.Row % kLanes;
+    if (current != pixel.Row - lane) {
+      current = pixel.Row - lane;
+      SetUpRows(*job, slots, plan, current, 0, rows);
     }
-    return rows->At(pixel.Lane);
+    return rows->At(lane);
   };
-  if (last.DepthTested.Start >= 0) {
+  if (last.DepthTested.Row >= 0) {
     const TRow row = rowOf(last.DepthTested);
     job->Result.DepthSet = true;
     job->Result.LastDepth = DepthAtT(*job, row, RowParameter(row, last.DepthTested.X));
   }
-  if (last.Shaded.Start >= 0) {
+  if (last.Shaded.Row >= 0) {
     const TRow row = rowOf(last.Shaded);
     job->Result.ColorSet = true;
     job->Result.LastX = last.Shaded.X;
     job->Result.LastY = row.Y;
-    job->Result.LastMinorEdge = last.Shaded.Start + last.Shaded.Lane < plan.Count[0] ? 1 : 2;
+    job->Result.LastMinorEdge = last.Shaded.Row < plan.Count[0] ? 1 : 2;
     if (job->Primitive.RecordColor) {
       job->Result.LastColor = ColorAt(*job, slots, row, RowParameter(row, last.Shaded.X));
     }
@@ -94,33 +91,6 @@ inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t
   }
 }
 
-inline bool ReadsPixels(const TDrawState& draw) {
-  return draw.DepthTest || draw.StencilTest || draw.ReadsColor();
-}
-
-// Asks for the first and the last pixel of rows in all targets. Short rows with a test are bound by
-// memory otherwise: which branch to take depends on what was there, so that the processor does not
-// look ahead to the next row. Long rows are seen by its own prefetcher.
-HWY_INLINE HWY_ATTR void PrefetchShortRows(const TSpanJob& job, const TRows& rows,
-                                           std::uint64_t covered) {
-  for (; covered != 0; covered &= covered - 1) {
-    const int lane = FirstBit(covered);
-    if (rows.Last[lane] - rows.First[lane] >= kRun) {
-      continue;
-    }
-    for (const int x : {rows.First[lane], rows.Last[lane]}) {
-      const TGroupTargets at = TargetsAt(job, x, rows.Y[lane]);
-      __builtin_prefetch(at.Color);
-      if (job.Draw.UsesDepth()) {
-        __builtin_prefetch(at.Depth);
-      }
-      if (job.Draw.StencilTest) {
-        __builtin_prefetch(at.Stencil);
-      }
-    }
-  }
-}
-
 HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   const int count = static_cast<int>(plan.Count[0] + plan.Count[1]);
   if (count == 0) {
@@ -132,31 +102,29 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
                  [job->Draw.StencilTest ? 1 : 0];
   const TShortRowKernel shortRows = ChooseShortRowKernel(*job, slots);
   TRows rows;
-  TLastPixels last;
+  TLastPixels lastShort;
+  TLastPixels lastLong;
   int current = -1;
   for (int start = 0; start < count; start += kLanes) {
-    const TRowSets live = SetUpRows(*job, slots, plan, start, kShortPixels, &rows);
+    const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.MostPixels, &rows);
     current = start;
     if (live.Crossed != 0) {
       job->Result.YSet = true;
       job->Result.Y = rows.Y[LastBit(live.Crossed)];
     }
-    if (live.Covered == 0) {
-      continue;
-    }
-    const bool asShort = shortRows.Draw != nullptr && live.Long == 0;
-    if ((!asShort || shortRows.Kernel == TKernel::JoinedRows) && ReadsPixels(job->Draw)) {
-      PrefetchShortRows(*job, rows, live.Covered);
-    }
-    if (asShort) {
+    if (live.Short != 0) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
-        CountShortRows(*job, rows, live.Covered, shortRows.Kernel);
+        CountShortRows(*job, rows, live.Short, shortRows.Kernel);
       }
-      shortRows.Draw(*job, slots, rows, live.Covered, start, &last);
-    } else {
-      drawRows(*job, slots, rows, live.Covered, start, &last);
+      shortRows.Draw(*job, slots, rows, live.Short, start, &lastShort);
+    }
+    if (live.Long != 0) {
+      drawRows(*job, slots, rows, live.Long, start, &lastLong);
     }
   }
+  const auto later = [](const TLastPixel& a, const TLastPixel& b) { return a.Row > b.Row ? a : b; };
+  const TLastPixels last = {later(lastShort.DepthTested, lastLong.DepthTested),
+                            later(lastShort.Shaded, lastLong.Shaded)};
   RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
