@@ -163,8 +163,9 @@ HWY_NOINLINE HWY_ATTR VU ExactFallback(const TSpanJob& job, const TRowSlots& slo
 }
 
 // The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.
+template <class TRowOfGroup>
 inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, double t) {
+                                          const TRowOfGroup& row, double t) {
   const double q = job.Primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
   const auto slot = [&](int place, int count) {
     vec_t_<double, 4> v = {0, 0, 0, 0};

@@ -36,9 +36,10 @@ enum class TTests : std::uint8_t { None, Less, LessOrEqual, Any, AnyWithStencil 
 
 // The stages of a run for one group of pixels at t, of which the first `count` exist; `colors` are
 // asked for where a pixel passes. Without masked access there is memory for all lanes.
-template <TTests kTests, class TColors>
-HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& row, VD t, int count,
-                                             const TGroupTargets& to, const TColors& colors) {
+template <TTests kTests, class TRowOfGroup, class TColors>
+HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGroup& row, VD t,
+                                             int count, const TGroupTargets& to,
+                                             const TColors& colors) {
   constexpr bool kAny = kTests == TTests::Any || kTests == TTests::AnyWithStencil;
   const DU du;
   const DF df;
@@ -91,9 +92,9 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
 }
 
 // The same in any state.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+template <TTexelSource kTexels, bool kPerspective, bool kStencil, class TRowOfGroup>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD t, int count,
+                                           const TRowOfGroup& row, VD t, int count,
                                            const TGroupTargets& to) {
   return DrawGroupBy < kStencil ? TTests::AnyWithStencil
                                 : TTests::Any > (job, row, t, count, to, [&]() HWY_ATTR {
@@ -140,9 +141,9 @@ struct TStagedRun {
   HWY_ALIGN unsigned char Stencil[kRun];
 };
 
-template <TTexelSource kTexels, bool kPerspective>
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
 HWY_NOINLINE HWY_ATTR TGroupResult DrawStaged(const TSpanJob& job, const TRowSlots& slots,
-                                              const TRow& row, int count, TStagedRun* run) {
+                                              const TRowOfGroup& row, int count, TStagedRun* run) {
   TGroupResult result = {0, 0};
   for (int i = 0; i < count; i += kLanes) {
     const int next = count - i < kLanes ? count - i : kLanes;
@@ -175,9 +176,9 @@ HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) 
 // A run of pixels, no two at one place; `targetsAt` tells where they are. Only what takes part is
 // read, and all of it before the first test: scattered loads are long waited for, and those behind
 // a branch that is foretold wrong are begun again.
-template <TTexelSource kTexels, bool kPerspective, class TTargetsAt>
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup, class TTargetsAt>
 HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, int count,
+                                                  const TRowOfGroup& row, int count,
                                                   const TTargetsAt& targetsAt, TStagedRun* run) {
   if (job.Draw.DepthTest) {
     for (int k = 0; k < count; ++k) {
@@ -210,9 +211,9 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
 
 // The last pixels of a row, fewer than a vector holds: nothing but those is read, and of those
 // nothing written but what passes its tests.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+template <TTexelSource kTexels, bool kPerspective, bool kStencil, class TRowOfGroup>
 HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, VD t, int count,
+                                                  const TRowOfGroup& row, VD t, int count,
                                                   const TGroupTargets& to) {
   if constexpr (kMaskedAccess) {
     return DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, count, to);
@@ -226,7 +227,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawPartialGroup(const TSpanJob& job, const TRo
   }
 }
 
-inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
+template <class TRowOfGroup>
+inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRowOfGroup& row, double t) {
   auto depth = static_cast<float>(row.Delta[2] * t + row.Begin[2]);
   if (job.Primitive.AddOffset) {
     depth += job.Draw.Offset;

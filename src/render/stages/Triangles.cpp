@@ -107,13 +107,15 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   }
   if (Meets(ActiveKernelCounters(), unmet)) {
     RunTriangleJob(job);
+    KeepDeferred();
   } else {
     DrawEdges(v);
   }
 }
 
 void TDeferredFragment::KeepVertices() {
-  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
+  const int vertices = MinorEdge == 0 ? 2 : 3;
+  for (int i = 0; i < vertices && Set && Vertex[i] != Kept[i]; ++i) {
     // Four slots are all that most states have.
     std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
     if (Count > 4) {
