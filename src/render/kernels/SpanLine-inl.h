@@ -25,11 +25,12 @@ namespace HWY_NAMESPACE {
 // The values of a line's begin, or their differences, slot by slot.
 struct TLineComponents {
   const double* At;
-  double operator[](int place) const { return At[place]; }
+  // Each by itself: a load of four would wait for the stores of both pairs to reach memory.
+  double operator[](int place) const { return static_cast<const volatile double*>(At)[place]; }
 };
 
 HWY_INLINE HWY_ATTR VD ValuesOf(const TLineComponents& components, int place) {
-  return hn::Set(DD(), components[place]);
+  return hn::Set(DD(), components.At[place]);
 }
 
 // What a row is to a group of its pixels, for those of a line.
@@ -394,7 +395,7 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     result.Y = result.LastY;
     result.LastT = LineParameter(walk, shaded.Pixel);
     if (primitive.RecordColor) {
-      result.LastColor = ColorAt(*job, values.Slots, values.Row, result.LastT);
+      SetLastColor(*job, values.Slots, values.Row, result.LastT, &result);
     }
   }
 }

@@ -114,8 +114,10 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
 }
 
 void TDeferredFragment::KeepVertices() {
-  const int vertices = MinorEdge == 0 ? 2 : 3;
-  for (int i = 0; i < vertices && Set && Vertex[i] != Kept[i]; ++i) {
+  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
+    if (i == 2 && MinorEdge == 0) {
+      break;
+    }
     // Four slots are all that most states have.
     std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
     if (Count > 4) {
