@@ -121,12 +121,54 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
   ZX_RETURN_FIRST_UNMET(ZX_LINE_RUN_CONDITIONS);
 }
 
+// Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
+// their stores would wait for memory, and all others behind them. Runs are found by the processor.
+class TLineAhead {
+public:
+  TLineAhead(const TDrawState& draw, const TLineWalk* walk) : m_Draw(draw) {
+    if (walk == nullptr || UnmetByLineRuns(*walk) == TCondition::None) {
+      return;
+    }
+    m_Rows = static_cast<int>(walk->Axis == 1 ? walk->Major : walk->Minor);
+    const auto columns = static_cast<double>(walk->Axis == 1 ? walk->Minor : walk->Major);
+    m_PerRow = static_cast<std::int64_t>(65536.0 * columns / m_Rows) * walk->Step[0];
+    m_X = std::int64_t{65536} * walk->From[0];
+    m_Y = walk->From[1];
+    m_StepY = walk->Step[1];
+  }
+  HWY_INLINE void Ask(int rows) {
+    for (rows = std::min(rows, m_Rows), m_Rows -= rows; rows > 0; --rows) {
+      const auto x = static_cast<int>(m_X >> 16);
+      __builtin_prefetch(m_Draw.Color.At<std::uint32_t>(x, m_Y), 1);
+      if (m_Draw.UsesDepth()) {
+        __builtin_prefetch(m_Draw.Depth.At<float>(x, m_Y), 1);
+      }
+      if (m_Draw.StencilTest) {
+        __builtin_prefetch(m_Draw.Stencil.At<unsigned char>(x, m_Y), 1);
+      }
+      m_X += m_PerRow;
+      m_Y += m_StepY;
+    }
+  }
+  HWY_INLINE void AskForRest() { Ask(m_Rows); }
+
+private:
+  const TDrawState& m_Draw;
+  int m_Rows = 0; ///< that were not asked for yet; one at least that is not a run
+  int m_Y = 0;
+  int m_StepY = 0;
+  std::int64_t m_X = 0; ///< column, times 2^16
+  std::int64_t m_PerRow = 0;
+};
+
 // Draws pixels that are only written.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSlots& slots,
-                                               const TLineRow& row, const TLineWalk& walk) {
+                                               const TLineRow& row, const TLineWalk& walk,
+                                               const TLineWalk* next) {
   const DD d;
   const DU du;
+  TLineAhead ahead(job.Draw, next);
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
   const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
@@ -135,6 +177,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   HWY_ALIGN std::uint32_t packed[kLanes];
   for (int first = walk.First; first <= walk.Last; first += kLanes) {
     const int count = std::min(walk.Last - first + 1, kLanes);
+    ahead.Ask(kLanes);
     const VD i = hn::Iota(d, static_cast<double>(first));
     color.Find(0, steps.Along(i), steps.Aside(i));
     VU colors;
@@ -152,6 +195,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
       *static_cast<volatile std::uint32_t*>(color.At(k)) = packed[k];
     }
   }
+  ahead.AskForRest();
   return {walk.Last, walk.Last};
 }
 
@@ -246,12 +290,14 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
 // The results are numbers of pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
-                                          const TLineRow& row, const TLineWalk& walk) {
+                                          const TLineRow& row, const TLineWalk& walk,
+                                          const TLineWalk* next) {
   const bool byRuns = job.Meets(UnmetByLineRuns(walk));
   job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
   if (!job.Draw.UsesDepth() && !job.Draw.StencilTest && !job.Draw.ReadsColor()) {
-    return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk);
+    return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
   }
+  TLineAhead(job.Draw, next).AskForRest();
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
@@ -283,7 +329,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
 }
 
 using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TLineRow& row,
-                                 const TLineWalk& walk);
+                                 const TLineWalk& walk, const TLineWalk* next);
 
 inline constexpr TDrawWalk kLineKernels[4][2] = {
     {DrawWalk<TTexelSource::None, false>, DrawWalk<TTexelSource::None, true>},
@@ -320,29 +366,6 @@ private:
   HWY_ALIGN double m_Delta[4 * kSlots];
 };
 
-// Asks for the pixels of a line, about where it meets each row, which the line before leaves time
-// for: their stores wait for memory, and all others behind them.
-HWY_INLINE void PrefetchLine(const TDrawState& draw, const TLineWalk& walk) {
-  const long long rows = walk.Axis == 1 ? walk.Major : walk.Minor;
-  const long long columns = walk.Axis == 1 ? walk.Minor : walk.Major;
-  const double slope = static_cast<double>(columns) / static_cast<double>(std::max(rows, 1ll));
-  const auto perRow = static_cast<std::int64_t>(65536.0 * slope) * walk.Step[0];
-  std::int64_t x = std::int64_t{65536} * walk.From[0];
-  int y = walk.From[1];
-  for (long long i = 0; i < rows; ++i) {
-    const auto column = static_cast<int>(x >> 16);
-    __builtin_prefetch(draw.Color.At<std::uint32_t>(column, y), 1);
-    if (draw.UsesDepth()) {
-      __builtin_prefetch(draw.Depth.At<float>(column, y), 1);
-    }
-    if (draw.StencilTest) {
-      __builtin_prefetch(draw.Stencil.At<unsigned char>(column, y), 1);
-    }
-    x += perRow;
-    y += walk.Step[1];
-  }
-}
-
 // A pixel by its line.
 struct TLastLinePixel {
   int Line = -1;
@@ -364,14 +387,12 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     values.Set(primitive);
   };
   for (int i = 0; i < count; ++i) {
-    if (i + 1 < count) {
-      PrefetchLine(job->Draw, walks[i + 1]);
-    }
+    const TLineWalk* const next = i + 1 < count ? &walks[i + 1] : nullptr;
     job->StartPrimitive();
     take(i);
     const TRowResult result =
         kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
-            *job, values.Slots, values.Row, walks[i]);
+            *job, values.Slots, values.Row, walks[i], next);
     if (result.LastDepthTested >= 0) {
       tested = {i, result.LastDepthTested};
     }
