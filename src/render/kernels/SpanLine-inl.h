@@ -122,10 +122,11 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
 }
 
 // Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
-// their stores would wait for memory, and all others behind them. Runs are found by the processor.
+// their stores would wait for memory, and all others behind them. Pixels that are read need none of
+// it, since all loads of a run are under way at once, and runs along a row are few stores.
 class TLineAhead {
 public:
-  TLineAhead(const TDrawState& draw, const TLineWalk* walk) : m_Draw(draw) {
+  TLineAhead(const TTargetRows& color, const TLineWalk* walk) : m_Color(color) {
     if (walk == nullptr || UnmetByLineRuns(*walk) == TCondition::None) {
       return;
     }
@@ -139,13 +140,7 @@ public:
   HWY_INLINE void Ask(int rows) {
     for (rows = std::min(rows, m_Rows), m_Rows -= rows; rows > 0; --rows) {
       const auto x = static_cast<int>(m_X >> 16);
-      __builtin_prefetch(m_Draw.Color.At<std::uint32_t>(x, m_Y), 1);
-      if (m_Draw.UsesDepth()) {
-        __builtin_prefetch(m_Draw.Depth.At<float>(x, m_Y), 1);
-      }
-      if (m_Draw.StencilTest) {
-        __builtin_prefetch(m_Draw.Stencil.At<unsigned char>(x, m_Y), 1);
-      }
+      __builtin_prefetch(m_Color.At<std::uint32_t>(x, m_Y), 1);
       m_X += m_PerRow;
       m_Y += m_StepY;
     }
@@ -153,7 +148,7 @@ public:
   HWY_INLINE void AskForRest() { Ask(m_Rows); }
 
 private:
-  const TDrawState& m_Draw;
+  const TTargetRows& m_Color;
   int m_Rows = 0; ///< that were not asked for yet; one at least that is not a run
   int m_Y = 0;
   int m_StepY = 0;
@@ -168,7 +163,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
                                                const TLineWalk* next) {
   const DD d;
   const DU du;
-  TLineAhead ahead(job.Draw, next);
+  TLineAhead ahead(job.Draw.Color, next);
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
   const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
@@ -297,7 +292,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
   if (!job.Draw.UsesDepth() && !job.Draw.StencilTest && !job.Draw.ReadsColor()) {
     return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
   }
-  TLineAhead(job.Draw, next).AskForRest();
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
