@@ -59,21 +59,17 @@ set(ZX_INCLUDE_ROOT "${PROJECT_BINARY_DIR}/include")
 file(MAKE_DIRECTORY "${ZX_INCLUDE_ROOT}")
 file(CREATE_LINK "${PROJECT_SOURCE_DIR}/src" "${ZX_INCLUDE_ROOT}/ZxCore3D" SYMBOLIC)
 
-# zx_harden(NAME [STACK]): a library's checks of string and memory calls, relocations that are read-only before it runs,
-# a stack without execution, and with STACK a guard behind local arrays: where bytes of strangers are read. The renderer
-# and the numerics go without the guard: they have arrays in what runs for each vertex and each row. Two builds in two
-# folders give the same bytes, as no path of a folder is compiled in.
+# zx_harden(NAME): a library's checks of string and memory calls, a guard behind local arrays, relocations that are
+# read-only before it runs, and a stack without execution. Two builds in two folders give the same bytes, as no path of a
+# folder is compiled in.
 function(zx_harden name)
-  cmake_parse_arguments(ARG "STACK" "" "" ${ARGN})
   # The sanitizers look closer than these checks, and their reports name whole paths.
   if(NOT ZX_SANITIZE AND NOT ZX_BUILD_FUZZ)
     set(optimised "CONFIG:Release,RelWithDebInfo,MinSizeRel")
     target_compile_options(${name} PRIVATE
+      -fstack-protector-strong
       "$<$<${optimised}>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>"
       "$<$<${optimised}>:-ffile-prefix-map=${PROJECT_BINARY_DIR}=build;-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.>")
-    if(ARG_STACK)
-      target_compile_options(${name} PRIVATE -fstack-protector-strong)
-    endif()
   endif()
   get_target_property(type ${name} TYPE)
   if(type STREQUAL "SHARED_LIBRARY")
@@ -101,7 +97,7 @@ function(zx_sibling name)
   target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${CMAKE_CURRENT_SOURCE_DIR}/include" FILES ${headers})
   target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE ${ARG_PRIVATE})
   zx_version(${name})
-  zx_harden(${name} STACK)
+  zx_harden(${name})
   if(ZX_INSTALL)
     install(TARGETS ${name} EXPORT ZxCore3DTargets
             LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
@@ -109,18 +105,13 @@ function(zx_sibling name)
   endif()
 endfunction()
 
-# zx_room(NAME [STACK] LIBS lib...): the objects of one directory of src/, which tests can link one by one; STACK as
-# for zx_harden.
+# zx_room(NAME LIBS lib...): the objects of one directory of src/, which tests can link one by one.
 function(zx_room name)
-  cmake_parse_arguments(ARG "STACK" "" "LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "" "LIBS" ${ARGN})
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS "${CMAKE_CURRENT_SOURCE_DIR}/${name}/*.cpp")
   add_library(zx_${name} OBJECT ${sources})
   target_compile_options(zx_${name} PRIVATE ${ZX_WARNINGS})
   target_include_directories(zx_${name} PUBLIC "${ZX_INCLUDE_ROOT}")
   target_link_libraries(zx_${name} PUBLIC ${ARG_LIBS})
-  if(ARG_STACK)
-    zx_harden(zx_${name} STACK)
-  else()
-    zx_harden(zx_${name})
-  endif()
+  zx_harden(zx_${name})
 endfunction()

@@ -27,6 +27,9 @@ ROOT = Path(__file__).resolve().parent.parent
 LIST = ROOT / "tests" / "mutation" / "mutants.tsv"
 KITS = ("ZxBaseKit", "ZxRunKit", "ZxPixelKit", "ZxDrawKit")
 
+# The instruction sets of this processor, of which one alone may be compiled for.
+LEVELS = ("SSE2", "SSSE3", "AVX2", "AVX3")
+
 HEAD = ["file", "code", "line", "mutation", "verdict", "by"]
 
 # Functions whose two arguments may change places without a difference.
@@ -129,10 +132,11 @@ class Tree:
                   "-DZX_BUILD_TESTS=ON", "-DZX_BUILD_TOOLS=OFF"], 600)
 
     def lighten(self):
-        """Without the dearest instruction set and hardly optimised, or for AVX2 alone and not optimised at all: kernels that take a
-        minute and a half to compile take half of one then, or three seconds."""
+        """Without the dearest instruction set and hardly optimised, or for one alone and not optimised at all: kernels that
+        take a minute and a half to compile take half of one then, or three seconds."""
         names = self.path / "src" / "types" / "private" / "InstructionSets.h"
-        without, level = ("AVX3", "-O1") if self.levels == "few" else ("(?:SSE2|SSSE3|AVX3)", "-O0")
+        others = "|".join(level for level in LEVELS if level != self.levels)
+        without, level = ("AVX3", "-O1") if self.levels == "few" else (f"(?:{others})", "-O0")
         names.write_text(re.sub(rf"(#define ZX_TARGETS_{without}) .*", r"\1 0", names.read_text()))
         with (self.path / "src" / "CMakeLists.txt").open("a") as out:
             out.write(f"set_source_files_properties(${{ZX_KERNEL_SOURCES}} PROPERTIES COMPILE_OPTIONS {level})\n")
@@ -220,9 +224,12 @@ def new_mutants(given):
     """Mutants by chance that the list does not have: (file, code, line, mutation, new line)."""
     known = {(row[0], row[1], row[3]) for row in listed()}
     pool = []
-    for path in given.files:
+    for named in given.files:
+        path, _, span = named.partition(":")
+        first, last = map(int, span.split("-")) if span else (1, sys.maxsize)
         lines = (ROOT / path).read_text().splitlines()
-        pool += [(path, lines[line - 1].strip(), line, what, new) for line, what, new in mutants(path)]
+        pool += [(path, lines[line - 1].strip(), line, what, new) for line, what, new in mutants(path)
+                 if first <= line <= last]
     pool = [m for m in pool if (m[0], m[1], m[3]) not in known]
     random.Random(given.seed).shuffle(pool)
     return pool[:given.count]
@@ -246,12 +253,12 @@ def survivors(given):
 
 def main():
     options = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    options.add_argument("files", nargs="*", help="sources of src and siblings")
+    options.add_argument("files", nargs="*", help="sources of src and siblings; FILE:A-B for its lines A to B alone")
     options.add_argument("--count", type=int, default=20, help="how many mutants in all, chosen by chance (20)")
     options.add_argument("--seed", type=int, default=1, help="what chance begins with (1)")
     options.add_argument("--slow", type=float, default=5, help="tests that take more seconds stay out of a room's run (5)")
-    options.add_argument("--levels", choices=("all", "few", "one"), default="all",
-                         help="compile for all instruction sets, without the dearest, AVX-512, or for AVX2 alone")
+    options.add_argument("--levels", choices=("all", "few", *LEVELS), default="all",
+                         help="compile for all instruction sets, without the dearest, AVX-512, or for one alone")
     options.add_argument("--survivors", action="store_true", help="try the list's survivors again, with every test")
     options.add_argument("--tree", default="tree", help="name of the tree in build/mutants: with two of them two runs go on at a time")
     options.add_argument("--list", action="store_true", help="only print what could be done")

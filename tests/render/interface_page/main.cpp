@@ -32,7 +32,7 @@ std::string ErrorName(unsigned int code) {
 }
 
 std::string TextOf(const void* result) { return result == nullptr ? "null" : "a pointer"; }
-std::string TextOf(const char* result) { return "\"" + std::string(result) + "\""; }
+std::string TextOf(const char* result) { return '"' + std::string(result) + '"'; }
 std::string TextOf(bool result) { return result ? "true" : "false"; }
 std::string TextOf(int result) { return std::to_string(result); }
 std::string TextOf(unsigned int result) { return std::to_string(result); }
