@@ -167,27 +167,27 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
   const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
-  const bool varyingOnly = slots.Secondary < 0 && (job.Primitive.ConstMask & kAlphaOnly) != 0 &&
-                           !job.Primitive.HasConstColor();
+  // The commonest case, with a mask that is known here; other constant channels find their byte.
+  const bool isOpaque = kTexels == TTexelSource::None && slots.Secondary < 0 &&
+                        (job.Primitive.ConstMask & kAlphaOnly) != 0 &&
+                        !job.Primitive.HasConstColor();
   HWY_ALIGN std::uint32_t packed[kLanes];
   for (int first = walk.First; first <= walk.Last; first += kLanes) {
     const int count = std::min(walk.Last - first + 1, kLanes);
     ahead.Ask(kLanes);
     const VD i = hn::Iota(d, static_cast<double>(first));
     color.Find(0, steps.Along(i), steps.Aside(i));
-    VU colors;
-    if (kTexels == TTexelSource::None && varyingOnly) {
-      colors = ExactUntextured<kPerspective>(job, row, slots.Color, -1, kAlphaOnly, steps.T(i));
-    } else {
-      colors = ExactColors<kTexels, kPerspective>(job, slots, row, steps.T(i));
-    }
+    const VD t = steps.T(i);
+    const VU colors = isOpaque
+                          ? ExactUntextured<kPerspective>(job, row, slots.Color, -1, kAlphaOnly, t)
+                          : ExactColors<kTexels, kPerspective>(job, slots, row, t);
     if (mayJoin && color.At(count - 1) - color.At(0) == count - 1) {
       StoreLive(du, colors, hn::FirstN(DI(), static_cast<std::size_t>(count)), color.At(0));
       continue;
     }
     hn::Store(colors, du, packed);
     for (int k = 0; k < count; ++k) {
-      *static_cast<volatile std::uint32_t*>(color.At(k)) = packed[k];
+      *color.At(k) = packed[k];
     }
   }
   ahead.AskForRest();
@@ -224,9 +224,10 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
                                              const TLineRun& run) {
   const DD d;
   const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
+  const TLineSteps steps(walk);
   const auto parameterAt = [&](int x) HWY_ATTR {
     const VD columns = hn::Iota(d, static_cast<double>(x - walk.From[0]));
-    return TLineSteps(walk).T(hn::Mul(columns, hn::Set(d, static_cast<double>(walk.Step[0]))));
+    return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
   };
   TRowResult result = {-1, -1};
   int x = run.First;
