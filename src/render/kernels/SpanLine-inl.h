@@ -55,8 +55,8 @@ public:
     int x;
     int y;
     walk.At(walk.First, &x, &y);
-    m_First = reinterpret_cast<std::intptr_t>(rows.At<T>(x, y)) -
-              std::bit_cast<std::int64_t>(kSignedWholeDoubles);
+    m_First = reinterpret_cast<std::uintptr_t>(rows.At<T>(x, y)) -
+              std::bit_cast<std::uint64_t>(kSignedWholeDoubles);
     const double step[2] = {static_cast<double>(walk.Step[0]) * sizeof(T),
                             static_cast<double>(walk.Step[1] * rows.Stride)};
     m_Along = step[walk.Axis];
@@ -70,11 +70,11 @@ public:
     hn::Store(hn::Add(offset, hn::Set(d, kSignedWholeDoubles)), d, m_Offsets + k);
   }
   T* At(int k) const {
-    return reinterpret_cast<T*>(m_First + std::bit_cast<std::int64_t>(m_Offsets[k]));
+    return reinterpret_cast<T*>(m_First + std::bit_cast<std::uint64_t>(m_Offsets[k]));
   }
 
 private:
-  std::intptr_t m_First;
+  std::uintptr_t m_First; ///< sums wrap
   double m_Along;
   double m_Aside;
   HWY_ALIGN double m_Offsets[kRun];
