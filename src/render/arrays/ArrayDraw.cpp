@@ -137,10 +137,9 @@ void TRenderEngine::Replay(unsigned int mode, int count, const TElements& elemen
       TSpanJob** Job;
       ~TJobScope() { *Job = nullptr; }
     } scope = {&DrawJob};
-    const bool areTriangles = mode >= GL_TRIANGLES;
-    DrawJob = areTriangles && SetUpDraw(TPrimitiveKind::Triangle, &job) == TCondition::None
-                  ? &job
-                  : nullptr;
+    const auto kind = mode >= GL_TRIANGLES ? TPrimitiveKind::Triangle : TPrimitiveKind::Line;
+    job.Primitive.RecordColor = false; // that of the last pixel can wait for the end
+    DrawJob = mode != GL_POINTS && SetUpDraw(kind, &job) == TCondition::None ? &job : nullptr;
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
     const TArrayDraw draw = {values, valueCount, &lighting};

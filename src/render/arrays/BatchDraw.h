@@ -41,6 +41,8 @@ struct TShapes {
   }
 
   bool AreSeparate() const { return Lead == 0; }
+  /// Whether each shape has records of its own, which take turns.
+  bool TakesTurns() const { return AreSeparate() && Corners >= 3; }
 };
 
 // By mode.
@@ -68,12 +70,11 @@ struct TBatchDraw {
   vec_t_<double, 4>* Current[3];
   TVertexBatch Batch;
   TVertexBatch Line;                       ///< the vertices themselves, where shapes share them
-  int FirstPlace = 0;                      ///< of a separate shape's records
+  int FirstPlace = 0;                      ///< of a separate triangle's records
+  int Lines = 0;                           ///< that are set up and not yet drawn
   unsigned long First = 0;                 ///< element of the batch's first vertex
   int Count = 0;                           ///< vertices of the batch
   bool Fetched = false;                    ///< whether `Vectors` are those of the batch
-  TSpanJob Job;                            ///< of lines
-  TCondition Unmet = TCondition::None;     ///< that leaves lines to the reference walk
   unsigned long List[TVertexBatch::kMost]; ///< of the batch's elements, if `Listed`
   vec_t_<double, 4> Vectors[3][TVertexBatch::kMost];
 
@@ -115,13 +116,12 @@ struct TBatchDraw {
     return Listed ? List[vertex] : First + static_cast<unsigned long>(vertex);
   }
 
-  // Makes room for the corners of a separate shape: in records that are in the cache still, but not
+  // Chooses the records of a separate shape's corners: such as are in the cache still, but not
   // those that the deferred fragment has.
-  void TakePlaces(TVertexCache* cache, const TDeferredFragment& fragment) {
+  void TakePlaces(const TVertexCache& cache, const TDeferredFragment& fragment) {
     const vec_t_<double, 4>* const kept = fragment.Vertex[0];
-    const bool first = kept == cache->Corners[0].Slots || kept == cache->Scaled[0].Slots;
+    const bool first = kept == cache.Corners[0].Slots || kept == cache.Scaled[0].Slots;
     FirstPlace = first ? Shapes.Corners : 0;
-    std::fill_n(cache->Slots + FirstPlace, Shapes.Corners, nullptr);
   }
 
   // Fetches the vertices of `shapes` shapes, from number `first` on, and transforms their

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <iterator>
+#include <new>
 
 #include <ZxCore3D/render/arrays/BatchDraw.h>
 #include <ZxCore3D/render/common/Pairs.h>
@@ -57,11 +58,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
   const int plane = inside ? kClipPlanes : 0;
   switch (draw->Shapes.Corners) {
   case 2:
-    if (inside) {
-      DrawLine(gl.m_VarCur, &draw->Job, draw->Unmet);
-    } else {
-      gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
-    }
+    gl.ClipAndRasterizeLine(gl.m_VarCur, plane);
     break;
   case 3:
     gl.ClipAndRasterizeTriangle(gl.m_VarCur, plane);
@@ -90,34 +87,66 @@ void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
   }
 }
 
-// Draws a triangle of a batch in the window. Nothing but the draw itself runs until its end, so
-// that no state needs to be looked after. False, having drawn nothing, if that takes the reference
-// walker.
-bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
-                                 const int (&corners)[3], int shape) {
-  TPrimitive& primitive = DrawJob->Primitive;
+// Sets up a triangle or line of a batch in the window. Nothing but the draw itself runs until its
+// end, so that no state needs to be looked after. False if drawing takes the reference walker.
+bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int shape,
+                                  TPrimitive* primitive) {
   const TVertexCache& cache = *VertexCache;
+  const bool turns = draw->Shapes.TakesTurns();
   int places[3];
   for (int c = 0; c < 3; ++c) {
     const int entry = corners[c] * draw->Batch.Pitch + shape;
-    places[c] =
-        draw->Shapes.AreSeparate() ? draw->FirstPlace + corners[c] : draw->Shapes.Vertex[entry];
-    if (cache.Slots[places[c]] == nullptr) {
+    places[c] = turns ? draw->FirstPlace + corners[c] : draw->Shapes.Vertex[entry];
+    if (!turns && cache.Slots[places[c]] == nullptr) {
       ShadeCorner(draw, entry, places[c]);
     }
-    primitive.Vertex[c] = cache.Corners[places[c]].Slots;
+    primitive->Vertex[c] = cache.Corners[places[c]].Slots;
   }
-  if (SetUpPrimitive(&primitive) != TCondition::None) {
+  if (SetUpPrimitive(primitive) != TCondition::None) {
     return false;
   }
   for (int c = 0; c < 3; ++c) {
-    primitive.Vertex[c] = cache.Slots[places[c]];
+    primitive->Vertex[c] = cache.Slots[places[c]];
   }
-  primitive.RecordColor = false;
+  return true;
+}
+
+// Draws a triangle of a batch in the window. False, having drawn nothing, if that takes the
+// reference walker.
+bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
+                                 const int (&corners)[3], int shape) {
+  if (!SetUpInWindow(draw, corners, shape, &DrawJob->Primitive)) {
+    return false;
+  }
   DrawJob->StartPrimitive();
   GetSpanKernels()->DrawPlannedTriangle(DrawJob, rows, shape);
-  RecordTriangle(*DrawJob);
+  RecordPrimitive(*DrawJob);
   return true;
+}
+
+// Adds a line to those that are set up: their stores would wait behind those of pixels. Returns as
+// `DrawInWindow`.
+bool TRenderEngine::AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape) {
+  static constexpr int kEnds[3] = {0, 1, 1};
+  TPrimitive& line = VertexCache->Lines[draw->Lines];
+  line = DrawJob->Primitive;
+  if (!SetUpInWindow(draw, kEnds, shape, &line)) {
+    return false;
+  }
+  const int to = draw->Batch.Pitch + shape;
+  TLineWalk* const walk = &VertexCache->Walks[draw->Lines];
+  new (walk) TLineWalk(TLineWalk::Between({ends.X[shape], ends.Y[shape]}, {ends.X[to], ends.Y[to]},
+                                          line.Vertex[0][0], line.Vertex[1][0]));
+  draw->Lines += ClipWalk(walk) ? 1 : 0;
+  return true;
+}
+
+// Draws the lines that are set up.
+void TRenderEngine::DrawLines(TBatchDraw* draw) {
+  if (draw->Lines != 0) {
+    RunLineJob(DrawJob, VertexCache->Lines, VertexCache->Walks, draw->Lines);
+    draw->Lines = 0;
+  }
 }
 
 // The triangles of a quad; a triangle is the first.
@@ -137,15 +166,19 @@ static void Classify(const TBatchDraw& draw, int shapes, const TCulling& culling
   }
 }
 
-// Takes a batch to the window and plans the rows of both halves.
-static void PlanRows(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TTriangleRows (*out)[2]) {
+// Takes a batch to the window: lines with their ends, triangles with the rows of both halves.
+static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWindowShapes* out) {
   const TSpanKernels& kernels = *GetSpanKernels();
   const int corners = draw->Shapes.Corners;
+  if (corners == 2) {
+    kernels.ProjectLines(gl.m_Width, gl.m_Height, shapes, &draw->Batch, &out->Ends);
+    return;
+  }
   for (int c = 0; c < corners; ++c) {
     kernels.ProjectVertices(gl.m_Width, gl.m_Height, c * draw->Batch.Pitch, shapes, &draw->Batch);
   }
   for (int half = 0; half + 3 <= corners; ++half) {
-    kernels.PlanTriangles(draw->Batch, kHalves[half], shapes, gl.m_Height, &(*out)[half]);
+    kernels.PlanTriangles(draw->Batch, kHalves[half], shapes, gl.m_Height, &out->Rows[half]);
   }
 }
 
@@ -155,7 +188,7 @@ static void PlanRows(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TTriang
 int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const int corners = draw->Shapes.Corners;
   const int halves = corners == 4 ? 2 : 1;
-  const bool separate = draw->Shapes.AreSeparate();
+  const bool turns = draw->Shapes.TakesTurns();
   TShapeClasses classes[2];
   const TShapeClasses& a = classes[0];
   const TShapeClasses& b = classes[1];
@@ -169,28 +202,34 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
 
   // Those inside go to the window together, while nothing stands in the slot that no shader fills.
-  TTriangleRows rows[2];
+  TWindowShapes window;
   bool inWindow = false;
-  if ((rest & inside) != 0 && corners >= 3) {
+  if ((rest & inside) != 0) {
     UpdateDerivedState();
     inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
   }
   if (inWindow) {
-    if (!separate) { // the records are those of this batch from now on
+    if (!turns) { // the records are those of this batch from now on
       DeferredFragment.KeepVertices();
       std::fill_n(VertexCache->Slots, draw->Count, nullptr);
     }
-    PlanRows(gl, draw, shapes, &rows);
+    TakeToWindow(gl, draw, shapes, &window);
   }
   const auto drawInWindow = [&](int shape) {
-    if (separate) {
-      draw->TakePlaces(VertexCache, DeferredFragment);
+    if (corners == 2) {
+      return AddLine(draw, window.Ends, shape);
+    }
+    if (turns) {
+      draw->TakePlaces(*VertexCache, DeferredFragment);
+      for (int c = 0; c < corners; ++c) {
+        ShadeCorner(draw, c * draw->Batch.Pitch + shape, draw->FirstPlace + c);
+      }
     }
     bool done = true;
     for (int half = 0; half < halves && done; ++half) {
       gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;
       done = (classes[half].Culled >> shape & 1) != 0 ||
-             DrawInWindow(draw, rows[half], kHalves[half], shape);
+             DrawInWindow(draw, window.Rows[half], kHalves[half], shape);
     }
     return done;
   };
@@ -220,15 +259,17 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     if (inWindow && (inside & bit) != 0 && drawInWindow(shape)) {
       continue;
     }
+    DrawLines(draw);
     DrawBatched(draw, shape, !inWindow && (inside & bit) != 0);
     if (!IsSpareSlotZero(gl)) {
-      if (!separate) {
+      if (!draw->Shapes.AreSeparate()) {
         return shape + 1;
       }
       inside = inWindow ? 0 : inside;
     }
     drawBeyond(all & ~(2 * bit - 1));
   }
+  DrawLines(draw);
   recordCulled(all);
   return shapes;
 }
@@ -308,9 +349,6 @@ int TRenderEngine::ReplayBatches(const TArrayDraw& arrays, const TElements& elem
     return 0;
   }
   draw.Tags = NextDraw();
-  if (kind.Corners == 2) {
-    draw.Unmet = SetUpDraw(TPrimitiveKind::Line, &draw.Job);
-  }
   int done = 0;
   bool more = true;
   while (more && done < shapes) {

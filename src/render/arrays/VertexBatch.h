@@ -44,6 +44,18 @@ struct TTriangleRows {
   alignas(64) double Order[kMost];
 };
 
+/// The pixels on which the vertices of a batch's lines fall.
+struct TLineEnds {
+  alignas(64) std::int32_t X[TVertexBatch::kMost];
+  alignas(64) std::int32_t Y[TVertexBatch::kMost];
+};
+
+/// The shapes of a batch in the window: triangles, of quads in two halves, or lines.
+struct TWindowShapes {
+  TTriangleRows Rows[2];
+  TLineEnds Ends;
+};
+
 /// Which faces are taken out, and which way round the front is.
 struct TCulling {
   bool Front;

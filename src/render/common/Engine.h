@@ -19,6 +19,7 @@ struct TLineWalk;
 struct TPointBatch;
 struct TArrayDraw;
 struct TBatchDraw;
+struct TLineEnds;
 struct TTriangleRows;
 struct TElements;
 struct TVertexCache;
@@ -48,7 +49,8 @@ struct TDeferredFragment {
   int Count = 0; ///< live slots
   int X = 0;
   int Y = 0;
-  int MinorEdge = 0; ///< of the fragment's row, 1 or 2: places after the major edge
+  int MinorEdge = 0; ///< of the fragment's row, 1 or 2: places after the major edge; 0: of a line
+  double T = 0.0;    ///< of a line
   const vec_t_<double, 4>* Vertex[3] = {};
   vec_t_<double, 4> Kept[3][kSlots] = {};
 
@@ -183,8 +185,11 @@ struct TRenderEngine {
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
+  bool SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int shape, TPrimitive* primitive);
   bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const int (&corners)[3],
                     int shape);
+  bool AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape);
+  void DrawLines(TBatchDraw* draw);
   void ShadeCorner(TBatchDraw* draw, int entry, int place);
   void ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record);
 
@@ -200,8 +205,9 @@ struct TRenderEngine {
   TCondition SetUpPrimitive(TPrimitive* primitive);
   bool IsLive(int slot) const;
   void RunTriangleJob(TSpanJob* job);
-  void RecordTriangle(const TSpanJob& job);
-  void RunLineJob(TSpanJob* job, const TLineWalk& walk);
+  void RunLineJob(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks, int count);
+  void RecordPrimitive(const TSpanJob& job);
+  void KeepDeferred();
   void ResolveFragment() {
     if (DeferredFragment.Set) {
       ComputeDeferredFragment();
@@ -211,7 +217,8 @@ struct TRenderEngine {
 
   TKnownTints KnownTints;
   TDeferredFragment DeferredFragment;
-  TSpanJob* DrawJob = nullptr; ///< set up for all triangles of an array draw, while it lasts
+  TSpanJob* DrawJob =
+      nullptr; ///< set up for all lines or triangles of an array draw, while it lasts
 
 private:
   /// An engine is allocated like any other object, at 16 bytes.

@@ -12,6 +12,7 @@
 
 #include <bit>
 
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/kernels/SpanFloatColors-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -162,36 +163,36 @@ HWY_NOINLINE HWY_ATTR VU ExactFallback(const TSpanJob& job, const TRowSlots& slo
   return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, channels, packed);
 }
 
-// The colour of one pixel for the fragment record: the formulas of ExactColors in doubles.
-inline HWY_ATTR vec_t_<double, 4> ColorAt(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, double t) {
-  const double q = job.Primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
-  const auto slot = [&](int place, int count) {
-    vec_t_<double, 4> v = {0, 0, 0, 0};
-    for (int i = 0; i < count && place >= 0; ++i) {
-      const double value = row.Delta[place + i] * t + row.Begin[place + i];
-      v[static_cast<std::size_t>(i)] = job.Primitive.Perspective ? value * q : value;
-    }
-    return v;
+// Sets the colour of the fragment record to that of the pixel at t: the formulas of ExactColors in
+// doubles. None goes through memory on its way: it would wait there for all stores of pixels.
+template <class TRowOfGroup>
+inline HWY_ATTR void SetLastColor(const TSpanJob& job, const TRowSlots& slots,
+                                  const TRowOfGroup& row, double t, TSpanResult* out) {
+  using TVec4 = vec_t_<double, 4>;
+  const TPrimitive& primitive = job.Primitive;
+  const double q = primitive.Perspective ? 1.0 / (row.Delta[3] * t + row.Begin[3]) : 1.0;
+  const auto at = [&](int place) {
+    const double value = row.Delta[place] * t + row.Begin[place];
+    return primitive.Perspective ? value * q : value;
   };
-  vec_t_<double, 4> color = slot(slots.Color, 4);
-  if (job.Primitive.Texels != TTexelSource::None) {
-    vec_t_<double, 4> texel = {0, 0, 0, 0};
-    (job.Primitive.Sampler->*job.Primitive.Sampler->m_GetValue)(slot(slots.Tex, 2), &texel);
-    color = job.Primitive.Modulate ? vec_t_<double, 4>{color.x * texel.x, color.y * texel.y,
-                                                       color.z * texel.z, color.w * texel.w}
-                                   : texel;
+  const int c = slots.Color;
+  TVec4 color = c >= 0 ? TVec4{at(c), at(c + 1), at(c + 2), at(c + 3)} : TVec4{0, 0, 0, 0};
+  if (primitive.Texels != TTexelSource::None) {
+    TVec4 texel = {0, 0, 0, 0};
+    (primitive.Sampler->*primitive.Sampler->m_GetValue)({at(slots.Tex), at(slots.Tex + 1), 0, 0},
+                                                        &texel);
+    color = primitive.Modulate
+                ? TVec4{color.x * texel.x, color.y * texel.y, color.z * texel.z, color.w * texel.w}
+                : texel;
   }
   if (slots.Secondary >= 0) {
-    const vec_t_<double, 4> secondary = slot(slots.Secondary, 3);
-    color = {color.x + secondary.x, color.y + secondary.y, color.z + secondary.z, color.w};
-  } else if (job.Primitive.ZeroSecondary) {
+    const int s = slots.Secondary;
+    color = {color.x + at(s), color.y + at(s + 1), color.z + at(s + 2), color.w};
+  } else if (primitive.ZeroSecondary) {
     color = {color.x + 0.0, color.y + 0.0, color.z + 0.0, color.w};
   }
-  for (std::size_t i = 0; i < 4; ++i) {
-    color[i] = color[i] < 0.0 ? 0.0 : color[i] > 1.0 ? 1.0 : color[i];
-  }
-  return color;
+  StoreVector(&out->LastColor, Clamped01(color.x), Clamped01(color.y), Clamped01(color.z),
+              Clamped01(color.w));
 }
 
 } // namespace HWY_NAMESPACE

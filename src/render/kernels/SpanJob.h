@@ -17,6 +17,7 @@ struct TPointBatch;
 struct TShapeClasses;
 struct TCulling;
 struct TTriangleRows;
+struct TLineEnds;
 struct TShadedRow;
 class TRowFragmentShaderCPU;
 
@@ -187,7 +188,7 @@ struct TSpanResult {
   float LastDepth;
   int LastX;
   int LastY;
-  int LastMinorEdge; ///< 1 or 2: the one after the major edge, or the one before it
+  int LastMinorEdge; ///< 1 or 2: the one after the major edge, or the one before it; 0: a line
   double LastT;      ///< of a line
   vec_t_<double, 4> LastColor;
 };
@@ -224,15 +225,23 @@ struct TSpanJob {
 
 /// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of
 /// the greater difference and floor((2 * Minor * i + Major) / (2 * Major)) along the other; all
-/// of them are on the surface. t follows from the coordinate of `Axis`, limited to 0 to 1.
+/// of them are on the surface.
 struct TLineWalk {
+  /// Between two pixels, those of the ends in window coordinates. A line within one pixel has that
+  /// one, at t = 0.
+  static TLineWalk Between(const int (&from)[2], const int (&to)[2], const vec_t_<double, 4>& begin,
+                           const vec_t_<double, 4>& end);
+
   int Axis;
   int From[2];
   int Step[2];
-  long long Major; ///< the greater difference: at least 1, below 2^22
+  long long Major; ///< the greater difference, at least 1: that of a kernel is below 2^22
   long long Minor; ///< the smaller one
   int First;
   int Last;
+  /// t of a pixel is (coordinate along `Axis` - Begin) / Delta, limited to 0 to 1.
+  double Begin = 0.0;
+  double Delta = 1.0;
 
   /// Steps along the minor axis at pixel i, 0 to Major - 1: floor(n / d), n = 2 Minor i + Major,
   /// d = 2 Major. As n is an integer, that is floor((n + 1/2) / d) too, a quotient that lies
@@ -248,9 +257,14 @@ struct TLineWalk {
   long long FirstAtMinorStep(long long k) const {
     return (2 * Major * k - Major + 2 * Minor - 1) / (2 * Minor);
   }
+  /// At both ends without a division: at Major - 1 the floor of Minor + 1/2 - Minor / Major.
   void At(int i, int* x, int* y) const {
+    const long long steps = i == 0              ? 0
+                            : i < Major - 1     ? MinorStepsAt(i)
+                            : 2 * Minor > Major ? Minor - 1
+                                                : Minor;
     const int along = From[Axis] + Step[Axis] * i;
-    const int across = From[1 - Axis] + Step[1 - Axis] * static_cast<int>(MinorStepsAt(i));
+    const int across = From[1 - Axis] + Step[1 - Axis] * static_cast<int>(steps);
     *x = Axis == 0 ? along : across;
     *y = Axis == 0 ? across : along;
   }
@@ -290,7 +304,8 @@ struct TSpanKernels {
   void (*DrawTriangle)(TSpanJob* job);
   /// Within the scope of quiet floats of a draw, as all shapes of batches.
   void (*DrawPlannedTriangle)(TSpanJob* job, const TTriangleRows& rows, int shape);
-  void (*DrawLine)(TSpanJob* job, const TLineWalk& walk);
+  /// Lines that are set up, by the job's own primitive in turn. Leaves that of the last fragment.
+  void (*DrawLines)(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks, int count);
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
   void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
                             const TCulling& culling, TShapeClasses* out);
@@ -298,6 +313,7 @@ struct TSpanKernels {
   void (*PlanTriangles)(const TVertexBatch& window, const int (&corners)[3], int count, int height,
                         TTriangleRows* out);
   void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);
+  void (*ProjectLines)(int width, int height, int count, TVertexBatch* batch, TLineEnds* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
   void (*PackColors)(const double* colors, int count, TPointBatch* out);

@@ -12,12 +12,191 @@
 #endif
 
 #include <algorithm>
+#include <bit>
+#include <cstdlib>
 
+#include <ZxCore3D/render/common/Limits.h>
+#include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
+
+// The values of a line's begin, or their differences, slot by slot.
+struct TLineComponents {
+  const double* At;
+  // Each by itself: a load of four would wait for the stores of both pairs to reach memory.
+  double operator[](int place) const { return static_cast<const volatile double*>(At)[place]; }
+};
+
+HWY_INLINE HWY_ATTR VD ValuesOf(const TLineComponents& components, int place) {
+  return hn::Set(DD(), components.At[place]);
+}
+
+// What a row is to a group of its pixels, for those of a line.
+struct TLineRow {
+  TLineComponents Begin;
+  TLineComponents Delta;
+};
+
+template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TLineRow& row, VD t) {
+  return kPerspective ? PerspectiveAt<true>(DD(), row.Begin[3], row.Delta[3], t) : t;
+}
+
+inline HWY_ATTR double LineParameter(const TLineWalk& walk, int i) {
+  return Clamped01((walk.From[walk.Axis] + walk.Step[walk.Axis] * i - walk.Begin) / walk.Delta);
+}
+
+// The pixels of a run of a line in one target. Offsets within a target, in bytes, are below 2^47:
+// as doubles they are exact, and plus `kSignedWholeDoubles` they stand in the low bits.
+template <class T> class TLinePixels {
+public:
+  TLinePixels(const TTargetRows& rows, const TLineWalk& walk) {
+    int x;
+    int y;
+    walk.At(walk.First, &x, &y);
+    m_First = reinterpret_cast<std::uintptr_t>(rows.At<T>(x, y)) -
+              std::bit_cast<std::uint64_t>(kSignedWholeDoubles);
+    const double step[2] = {static_cast<double>(walk.Step[0]) * sizeof(T),
+                            static_cast<double>(walk.Step[1] * rows.Stride)};
+    m_Along = step[walk.Axis];
+    m_Aside = step[1 - walk.Axis];
+  }
+  // Finds the pixels from number k on, so many steps from the line's first along both axes.
+  HWY_INLINE HWY_ATTR void Find(int k, VD along, VD aside) {
+    const DD d;
+    const VD offset =
+        hn::Add(hn::Mul(hn::Set(d, m_Along), along), hn::Mul(hn::Set(d, m_Aside), aside));
+    hn::Store(hn::Add(offset, hn::Set(d, kSignedWholeDoubles)), d, m_Offsets + k);
+  }
+  T* At(int k) const {
+    return reinterpret_cast<T*>(m_First + std::bit_cast<std::uint64_t>(m_Offsets[k]));
+  }
+
+private:
+  std::uintptr_t m_First; ///< sums wrap
+  double m_Along;
+  double m_Aside;
+  HWY_ALIGN double m_Offsets[kRun];
+};
+
+// A walk as doubles, for vectors of pixels by their numbers.
+struct TLineSteps {
+  double First;
+  double FirstAside;
+  double TwiceMinor;
+  double StepsBegin;
+  double StepsScale;
+  double From;
+  double Step;
+  double Begin;
+  double Delta;
+
+  HWY_INLINE HWY_ATTR explicit TLineSteps(const TLineWalk& walk)
+      : First(walk.First),
+        FirstAside(walk.First == 0 ? 0.0 : static_cast<double>(walk.MinorStepsAt(walk.First))),
+        TwiceMinor(static_cast<double>(2 * walk.Minor)), StepsBegin(walk.StepsBegin()),
+        StepsScale(walk.StepsScale()), From(walk.From[walk.Axis]), Step(walk.Step[walk.Axis]),
+        Begin(walk.Begin), Delta(walk.Delta) {}
+
+  // How many steps they lie from the first one that is drawn along either axis.
+  HWY_INLINE HWY_ATTR VD Along(VD i) const { return hn::Sub(i, hn::Set(DD(), First)); }
+  HWY_INLINE HWY_ATTR VD Aside(VD i) const { // as MinorStepsAt
+    const DD d;
+    const VD n = hn::Add(hn::Mul(hn::Set(d, TwiceMinor), i), hn::Set(d, StepsBegin));
+    return hn::Sub(hn::Floor(hn::Mul(n, hn::Set(d, StepsScale))), hn::Set(d, FirstAside));
+  }
+  HWY_INLINE HWY_ATTR VD T(VD i) const {
+    const DD d;
+    const VD zero = hn::Zero(d);
+    const VD one = hn::Set(d, 1.0);
+    const VD at = hn::Add(hn::Set(d, From), hn::Mul(hn::Set(d, Step), i));
+    VD t = hn::Div(hn::Sub(at, hn::Set(d, Begin)), hn::Set(d, Delta));
+    t = hn::IfThenElse(hn::Lt(t, zero), zero, t);
+    return hn::IfThenElse(hn::Gt(t, one), one, t);
+  }
+};
+
+inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
+  ZX_RETURN_FIRST_UNMET(ZX_LINE_RUN_CONDITIONS);
+}
+
+// Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
+// their stores would wait for memory, and all others behind them. Pixels that are read need none of
+// it, since all loads of a run are under way at once, and runs along a row are few stores.
+class TLineAhead {
+public:
+  TLineAhead(const TTargetRows& color, const TLineWalk* walk) : m_Color(color) {
+    if (walk == nullptr || UnmetByLineRuns(*walk) == TCondition::None) {
+      return;
+    }
+    int x;
+    int lastX;
+    int lastY;
+    walk->At(walk->First, &x, &m_Y);
+    walk->At(walk->Last, &lastX, &lastY);
+    m_Rows = std::abs(lastY - m_Y);
+    m_PerRow = m_Rows != 0 ? std::int64_t{65536} * (lastX - x) / m_Rows : 0;
+    m_X = std::int64_t{65536} * x;
+    m_StepY = walk->Step[1];
+  }
+  HWY_INLINE void Ask(int rows) {
+    for (rows = std::min(rows, m_Rows), m_Rows -= rows; rows > 0; --rows) {
+      const auto x = static_cast<int>(m_X >> 16);
+      __builtin_prefetch(m_Color.At<std::uint32_t>(x, m_Y), 1);
+      m_X += m_PerRow;
+      m_Y += m_StepY;
+    }
+  }
+  HWY_INLINE void AskForRest() { Ask(m_Rows); }
+
+private:
+  const TTargetRows& m_Color;
+  int m_Rows = 0; ///< that were not asked for yet
+  int m_Y = 0;
+  int m_StepY = 0;
+  std::int64_t m_X = 0; ///< column, times 2^16
+  std::int64_t m_PerRow = 0;
+};
+
+// Draws pixels that are only written.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSlots& slots,
+                                               const TLineRow& row, const TLineWalk& walk,
+                                               const TLineWalk* next) {
+  const DD d;
+  const DU du;
+  TLineAhead ahead(job.Draw.Color, next);
+  const TLineSteps steps(walk);
+  TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
+  const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
+  // The commonest case, with a mask that is known here; other constant channels find their byte.
+  const bool isOpaque = kTexels == TTexelSource::None && slots.Secondary < 0 &&
+                        (job.Primitive.ConstMask & kAlphaOnly) != 0 &&
+                        !job.Primitive.HasConstColor();
+  HWY_ALIGN std::uint32_t packed[kLanes];
+  for (int first = walk.First; first <= walk.Last; first += kLanes) {
+    const int count = std::min(walk.Last - first + 1, kLanes);
+    ahead.Ask(kLanes);
+    const VD i = hn::Iota(d, static_cast<double>(first));
+    color.Find(0, steps.Along(i), steps.Aside(i));
+    const VD t = steps.T(i);
+    const VU colors = isOpaque
+                          ? ExactUntextured<kPerspective>(job, row, slots.Color, -1, kAlphaOnly, t)
+                          : ExactColors<kTexels, kPerspective>(job, slots, row, t);
+    if (mayJoin && color.At(count - 1) - color.At(0) == count - 1) {
+      StoreMasked(du, colors, hn::FirstN(du, static_cast<std::size_t>(count)), color.At(0));
+      continue;
+    }
+    hn::Store(colors, du, packed);
+    for (int k = 0; k < count; ++k) {
+      *color.At(k) = packed[k];
+    }
+  }
+  ahead.AskForRest();
+  return {walk.Last, walk.Last};
+}
 
 // The pixels `First` to `Last` that a line covers in a row. Of a leftward line the last in drawing
 // order is the first in the row.
@@ -27,20 +206,6 @@ struct TLineRun {
   int Last;
   bool Leftward;
 };
-
-HWY_INLINE HWY_ATTR VD LineParameter(const TRow& row, int axis, VD at) {
-  const DD d;
-  const VD zero = hn::Zero(d);
-  const VD one = hn::Set(d, 1.0);
-  VD t = hn::Div(hn::Sub(at, hn::Set(d, row.Begin[axis])), hn::Set(d, row.Delta[axis]));
-  t = hn::IfThenElse(hn::Lt(t, zero), zero, t);
-  return hn::IfThenElse(hn::Gt(t, one), one, t);
-}
-
-inline HWY_ATTR double LineParameter(const TRow& row, int axis, int at) {
-  const double t = (at - row.Begin[axis]) / row.Delta[axis];
-  return t < 0.0 ? 0.0 : t > 1.0 ? 1.0 : t;
-}
 
 // The results are columns.
 HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowResult* result) {
@@ -59,20 +224,19 @@ HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowRes
 // Draws a run as a row is drawn; the results are columns.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
-                                             const TRow& row, const TLineRun& run) {
+                                             const TLineRow& row, const TLineWalk& walk,
+                                             const TLineRun& run) {
   const DD d;
   const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
-  if (kTexels == TTexelSource::None && !job.Draw.DepthWrite &&
-      UnmetByFill(job, row) == TCondition::None) {
-    Fill(hn::ScalableTag<std::uint32_t>(), job.Primitive.ConstColor, targetsAt(run.First).Color,
-         static_cast<std::size_t>(run.Last - run.First + 1));
-    const int last = run.Leftward ? run.First : run.Last;
-    return {last, last};
-  }
+  const TLineSteps steps(walk);
+  const auto parameterAt = [&](int x) HWY_ATTR {
+    const VD columns = hn::Iota(d, static_cast<double>(x - walk.From[0]));
+    return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
+  };
   TRowResult result = {-1, -1};
   int x = run.First;
   for (; x + kLanes - 1 <= run.Last; x += kLanes) {
-    const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
+    const VD t = parameterAt(x);
     RecordRunGroup(
         DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, kLanes, targetsAt(x)), x,
         run.Leftward, &result);
@@ -80,67 +244,41 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   if (x > run.Last) {
     return result;
   }
-  const VD t = LineParameter(row, 0, hn::Iota(d, static_cast<double>(x)));
-  RecordRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, run.Last - x + 1,
-                                                            targetsAt(x)),
+  RecordRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, parameterAt(x),
+                                                            run.Last - x + 1, targetsAt(x)),
                  x, run.Leftward, &result);
   return result;
 }
-
-// The pixels of a walk in one target: their distances, in bytes, along both axes.
-template <class T> struct TScatteredPixels {
-  unsigned char* First;
-  std::ptrdiff_t Along;
-  std::ptrdiff_t Aside;
-
-  TScatteredPixels(const TTargetRows& rows, const TLineWalk& walk)
-      : First(reinterpret_cast<unsigned char*>(rows.At<T>(walk.From[0], walk.From[1]))) {
-    const std::ptrdiff_t step[2] = {walk.Step[0] * static_cast<std::ptrdiff_t>(sizeof(T)),
-                                    walk.Step[1] * rows.Stride};
-    Along = step[walk.Axis];
-    Aside = step[1 - walk.Axis];
-  }
-  T* At(int along, int aside) const {
-    return reinterpret_cast<T*>(First + along * Along + aside * Aside);
-  }
-};
 
 // Draws scattered pixels, no two at one place, through staging copies; the results are numbers of
 // pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
-                                               const TRow& row, const TLineWalk& walk) {
+                                               const TLineRow& row, const TLineWalk& walk) {
   const DD d;
-  const DI di;
-  const VD twiceMinor = hn::Set(d, static_cast<double>(2 * walk.Minor));
-  const VD begin = hn::Set(d, walk.StepsBegin());
-  const VD scale = hn::Set(d, walk.StepsScale());
-  const TScatteredPixels<std::uint32_t> color(job.Draw.Color, walk);
-  const TScatteredPixels<float> depth(job.Draw.Depth, walk);
-  const TScatteredPixels<unsigned char> stencil(job.Draw.Stencil, walk);
-  const bool usesT =
-      kTexels != TTexelSource::None || !job.Primitive.HasConstColor() || job.Draw.UsesDepth();
+  const TLineSteps steps(walk);
+  TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
+  TLinePixels<float> depth(job.Draw.Depth, walk);
+  TLinePixels<unsigned char> stencil(job.Draw.Stencil, walk);
   TStagedRun run;
-  HWY_ALIGN std::int32_t aside[kRun];
   TRowResult result = {-1, -1};
   for (int first = walk.First; first <= walk.Last; first += kRun) {
     const int count = walk.Last - first + 1 < kRun ? walk.Last - first + 1 : kRun;
     for (int k = 0; k < count; k += kLanes) {
       const VD i = hn::Iota(d, static_cast<double>(first + k));
-      const VD steps =
-          hn::Floor(hn::Mul(hn::Add(hn::Mul(twiceMinor, i), begin), scale)); // as MinorStepsAt
-      hn::Store(hn::DemoteTo(di, steps), di, aside + k);
-      VD t = hn::Zero(d);
-      if (usesT) {
-        const VD along = hn::Add(hn::Set(d, static_cast<double>(walk.From[walk.Axis])),
-                                 hn::Mul(hn::Set(d, static_cast<double>(walk.Step[walk.Axis])), i));
-        t = LineParameter(row, walk.Axis, along);
+      const VD along = steps.Along(i);
+      const VD aside = steps.Aside(i);
+      color.Find(k, along, aside);
+      if (job.Draw.UsesDepth()) {
+        depth.Find(k, along, aside);
       }
-      hn::Store(t, d, run.T + k);
+      if (job.Draw.StencilTest) {
+        stencil.Find(k, along, aside);
+      }
+      hn::Store(steps.T(i), d, run.T + k);
     }
     const auto targetsAt = [&](int k) HWY_ATTR {
-      return TGroupTargets{color.At(first + k, aside[k]), depth.At(first + k, aside[k]),
-                           stencil.At(first + k, aside[k])};
+      return TGroupTargets{color.At(k), depth.At(k), stencil.At(k)};
     };
     RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run),
                 first, &result);
@@ -148,16 +286,16 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   return result;
 }
 
-inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
-  ZX_RETURN_FIRST_UNMET(ZX_LINE_RUN_CONDITIONS);
-}
-
 // The results are numbers of pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, const TLineWalk& walk) {
+                                          const TLineRow& row, const TLineWalk& walk,
+                                          const TLineWalk* next) {
   const bool byRuns = job.Meets(UnmetByLineRuns(walk));
   job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
+  if (!job.Draw.UsesDepth() && !job.Draw.StencilTest && !job.Draw.ReadsColor()) {
+    return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
+  }
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
@@ -173,9 +311,10 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     const int b = walk.From[0] + walk.Step[0] * last;
     const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
                           leftward ? a : b, leftward};
-    const TRowResult drawn = job.Draw.StencilTest
-                                 ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, run)
-                                 : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, run);
+    const TRowResult drawn =
+        job.Draw.StencilTest
+            ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, walk, run)
+            : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, walk, run);
     if (drawn.LastDepthTested >= 0) {
       result.LastDepthTested = (drawn.LastDepthTested - walk.From[0]) * walk.Step[0];
     }
@@ -187,8 +326,8 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
   return result;
 }
 
-using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                 const TLineWalk& walk);
+using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TLineRow& row,
+                                 const TLineWalk& walk, const TLineWalk* next);
 
 inline constexpr TDrawWalk kLineKernels[4][2] = {
     {DrawWalk<TTexelSource::None, false>, DrawWalk<TTexelSource::None, true>},
@@ -198,33 +337,85 @@ inline constexpr TDrawWalk kLineKernels[4][2] = {
 };
 
 // A line between vertices 0 and 1 of the job.
-inline HWY_ATTR void DrawLineJob(TSpanJob* job, const TLineWalk& walk) {
-  const TRowSlots slots = RowSlotsOf(*job);
-  TRows rows;
-  for (int s = 0; s < slots.Count; ++s) {
-    const double* const begin = &job->Primitive.Vertex[0][slots.Source[s]].x;
-    const double* const end = &job->Primitive.Vertex[1][slots.Source[s]].x;
-    for (int i = 0; i < 4; ++i) {
-      rows.Begin[4 * s + i][0] = begin[i];
-      rows.Delta[4 * s + i][0] = end[i] - begin[i];
+class TLineValues {
+public:
+  HWY_INLINE HWY_ATTR void Set(const TPrimitive& primitive) {
+    const auto placeOf = [](int slot) { return slot >= 0 ? 4 * slot : -1; };
+    Slots = {0,
+             {},
+             placeOf(primitive.ColorSlot),
+             placeOf(primitive.SecondarySlot),
+             placeOf(primitive.TexSlot)};
+    const double* const begin = &primitive.Vertex[0][0].x;
+    const double* const end = &primitive.Vertex[1][0].x;
+    const hn::CappedTag<double, 2> d; // as they were stored
+    for (const int place : {0, Slots.Color, Slots.Secondary, Slots.Tex}) {
+      for (int i = place; i >= 0 && i < place + 4; i += 2) {
+        hn::Store(hn::Sub(hn::LoadU(d, end + i), hn::LoadU(d, begin + i)), d, m_Delta + i);
+      }
+    }
+    Row = {{begin}, {m_Delta}};
+  }
+
+  TRowSlots Slots;
+  TLineRow Row;
+
+private:
+  HWY_ALIGN double m_Delta[4 * kSlots];
+};
+
+// A pixel by its line.
+struct TLastLinePixel {
+  int Line = -1;
+  int Pixel = 0;
+};
+
+inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks,
+                               int count) {
+  TPrimitive& primitive = job->Primitive;
+  TLineValues values;
+  TLastLinePixel tested;
+  TLastLinePixel shaded;
+  const auto take = [&](int i) HWY_ATTR {
+    if (lines + i != &primitive) { // as a whole, it would be copied by an instruction to wait for
+      static_cast<TPrimitiveValues&>(primitive) = lines[i];
+      primitive.Vertex[0] = lines[i].Vertex[0];
+      primitive.Vertex[1] = lines[i].Vertex[1];
+    }
+    values.Set(primitive);
+  };
+  for (int i = 0; i < count; ++i) {
+    const TLineWalk* const next = i + 1 < count ? &walks[i + 1] : nullptr;
+    job->StartPrimitive();
+    take(i);
+    const TRowResult result =
+        kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
+            *job, values.Slots, values.Row, walks[i], next);
+    if (result.LastDepthTested >= 0) {
+      tested = {i, result.LastDepthTested};
+    }
+    if (result.LastShaded >= 0) {
+      shaded = {i, result.LastShaded};
     }
   }
-  const TRow row = {{&rows.Begin[0][0]}, {&rows.Delta[0][0]}, 0, 0, 0, nullptr};
-  const TRowResult result =
-      kLineKernels[static_cast<int>(job->Primitive.Texels)][job->Primitive.Perspective ? 1 : 0](
-          *job, slots, row, walk);
-  const auto partAt = [&](int i) {
-    return LineParameter(row, walk.Axis, walk.From[walk.Axis] + walk.Step[walk.Axis] * i);
-  };
-  if (result.LastDepthTested >= 0) {
+  if (tested.Line >= 0) {
+    take(tested.Line);
     job->Result.DepthSet = true;
-    job->Result.LastDepth = DepthAtT(*job, row, partAt(result.LastDepthTested));
+    job->Result.LastDepth =
+        DepthAtT(*job, values.Row, LineParameter(walks[tested.Line], tested.Pixel));
   }
-  if (result.LastShaded >= 0) {
-    job->Result.ColorSet = true;
-    walk.At(result.LastShaded, &job->Result.LastX, &job->Result.LastY);
-    job->Result.LastT = partAt(result.LastShaded);
-    job->Result.LastColor = ColorAt(*job, slots, row, job->Result.LastT);
+  if (shaded.Line >= 0) {
+    const TLineWalk& walk = walks[shaded.Line];
+    take(shaded.Line);
+    TSpanResult& result = job->Result;
+    result.ColorSet = result.YSet = true;
+    result.LastMinorEdge = 0;
+    walk.At(shaded.Pixel, &result.LastX, &result.LastY);
+    result.Y = result.LastY;
+    result.LastT = LineParameter(walk, shaded.Pixel);
+    if (primitive.RecordColor) {
+      SetLastColor(*job, values.Slots, values.Row, result.LastT, &result);
+    }
   }
 }
 

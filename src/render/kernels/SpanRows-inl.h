@@ -36,9 +36,10 @@ enum class TTests : std::uint8_t { None, Less, LessOrEqual, Any, AnyWithStencil 
 
 // The stages of a run for one group of pixels at t, of which the first `count` exist; `colors` are
 // asked for where a pixel passes.
-template <TTests kTests, class TColors>
-HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& row, VD t, int count,
-                                             const TGroupTargets& to, const TColors& colors) {
+template <TTests kTests, class TRowOfGroup, class TColors>
+HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGroup& row, VD t,
+                                             int count, const TGroupTargets& to,
+                                             const TColors& colors) {
   constexpr bool kAny = kTests == TTests::Any || kTests == TTests::AnyWithStencil;
   const DU du;
   const DF df;
@@ -86,9 +87,9 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRow& ro
 }
 
 // The same in any state.
-template <TTexelSource kTexels, bool kPerspective, bool kStencil>
+template <TTexelSource kTexels, bool kPerspective, bool kStencil, class TRowOfGroup>
 HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, VD t, int count,
+                                           const TRowOfGroup& row, VD t, int count,
                                            const TGroupTargets& to) {
   return DrawGroupBy < kStencil ? TTests::AnyWithStencil
                                 : TTests::Any > (job, row, t, count, to, [&]() HWY_ATTR {
@@ -150,9 +151,9 @@ HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) 
 // A run of pixels, no two at one place; `targetsAt` tells where they are. Only what takes part is
 // read, and all of it before the first test: scattered loads are long waited for, and those behind
 // a branch that is foretold wrong are begun again.
-template <TTexelSource kTexels, bool kPerspective, class TTargetsAt>
+template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup, class TTargetsAt>
 HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRow& row, int count,
+                                                  const TRowOfGroup& row, int count,
                                                   const TTargetsAt& targetsAt, TStagedRun* run) {
   if (job.Draw.DepthTest) {
     for (int k = 0; k < count; ++k) {
@@ -194,7 +195,8 @@ HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRo
   return drawn;
 }
 
-inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRow& row, double t) {
+template <class TRowOfGroup>
+inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRowOfGroup& row, double t) {
   auto depth = static_cast<float>(row.Delta[2] * t + row.Begin[2]);
   if (job.Primitive.AddOffset) {
     depth += job.Draw.Offset;

@@ -473,10 +473,19 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
 // --- Running
 
 void TRenderEngine::RunTriangleJob(TSpanJob* job) {
-  job->Primitive.RecordColor = DrawJob == nullptr;
   job->StartPrimitive();
   GetSpanKernels()->DrawTriangle(job);
-  RecordTriangle(*job);
+  RecordPrimitive(*job);
+}
+
+void TRenderEngine::RunLineJob(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks,
+                               int count) {
+  GetSpanKernels()->DrawLines(job, lines, walks, count);
+  RecordPrimitive(*job);
+}
+
+// Makes sure that what a primitive left for the fragment record outlives its vertices.
+void TRenderEngine::KeepDeferred() {
   if (!gl.m_InBeginEnd || gl.m_VertexShader != gl.m_StdVertexShader) {
     ResolveFragment();
   } else {
@@ -484,9 +493,9 @@ void TRenderEngine::RunTriangleJob(TSpanJob* job) {
   }
 }
 
-// Records what a kernel left of a triangle. Its vertices have to stay until the fragment is
+// Records what a kernel left of a primitive. Its vertices have to stay until the fragment is
 // computed, or `KeepVertices` copies them.
-void TRenderEngine::RecordTriangle(const TSpanJob& job) {
+void TRenderEngine::RecordPrimitive(const TSpanJob& job) {
   const TSpanResult& result = job.Result;
   if (result.YSet) {
     gl.m_Fragment.Y = result.Y;
@@ -511,35 +520,22 @@ void TRenderEngine::RecordTriangle(const TSpanJob& job) {
   pending.X = result.LastX;
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
+  pending.T = result.LastT;
   std::copy_n(job.Primitive.Vertex, 3, pending.Vertex);
-}
-
-void TRenderEngine::RunLineJob(TSpanJob* job, const TLineWalk& walk) {
-  job->StartPrimitive();
-  GetSpanKernels()->DrawLine(job, walk);
-  const TSpanResult& result = job->Result;
-  if (result.DepthSet) {
-    gl.m_Fragment.Depth = result.LastDepth;
-  }
-  if (result.ColorSet) {
-    gl.m_Fragment.X = result.LastX;
-    gl.m_Fragment.Y = result.LastY;
-    gl.m_Fragment.Color = result.LastColor;
-  }
 }
 
 namespace {
 
-// An edge at one row.
+// An edge at one row, or a line at one pixel.
 struct TSide {
-  const TVec4* Begin; ///< the lower end
+  const TVec4* Begin;
   const TVec4* End;
-  double T;
+  double T = 0.0;
 
-  TSide(const TVec4* a, const TVec4* b) : T(0.0) {
+  // From its lower end to the upper one.
+  static TSide Upward(const TVec4* a, const TVec4* b) {
     const bool upward = b[0].y >= a[0].y;
-    Begin = upward ? a : b;
-    End = upward ? b : a;
+    return {upward ? a : b, upward ? b : a};
   }
   double DeltaY() const { return End[0].y - Begin[0].y; }
   void SetRow(int y) { T = (y - Begin[0].y) / DeltaY(); }
@@ -551,12 +547,32 @@ struct TSide {
 
 } // namespace
 
-// Computes the slots of the last fragment of a triangle by the operations of the reference walker.
+// Computes the slots of the last fragment of a primitive by the operations of the reference path.
 void TRenderEngine::ComputeDeferredFragment() {
   TDeferredFragment& pending = DeferredFragment;
   const TVertices& v = pending.Vertex;
   pending.Set = false;
-  const TSide edges[3] = {{v[0], v[1]}, {v[1], v[2]}, {v[2], v[0]}};
+  const auto finish = [&](const auto& valueAt) {
+    const double q = pending.Perspective ? 1.0 / valueAt(2)[1] : 1.0;
+    double* const out = &gl.m_VarFragment.Slots[0].x;
+    for (int i = 0; i < 4 * pending.Count; i += 2) {
+      const TPair value = valueAt(i);
+      StorePair(out + i, pending.Perspective ? value * q : value);
+    }
+    if (pending.Shade) {
+      const bool front = gl.m_Fragment.FrontFacing;
+      gl.m_Fragment.FrontFacing = pending.Front;
+      gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
+      gl.m_Fragment.FrontFacing = front;
+    }
+  };
+  if (pending.MinorEdge == 0) {
+    const TSide line = {v[0], v[1], pending.T};
+    finish([&](int place) { return line.At(place); });
+    return;
+  }
+  const TSide edges[3] = {TSide::Upward(v[0], v[1]), TSide::Upward(v[1], v[2]),
+                          TSide::Upward(v[2], v[0])};
   int major = edges[1].DeltaY() > edges[0].DeltaY() ? 1 : 0;
   major = edges[2].DeltaY() > edges[major].DeltaY() ? 2 : major;
   TSide a = edges[major];
@@ -568,22 +584,10 @@ void TRenderEngine::ComputeDeferredFragment() {
   }
   const double beginX = a.At(0)[0];
   const double t = (pending.X - beginX) / (b.At(0)[0] - beginX);
-  const auto valueAt = [&](int place) {
+  finish([&](int place) {
     const TPair begin = a.At(place);
     return (b.At(place) - begin) * t + begin;
-  };
-  const double q = pending.Perspective ? 1.0 / valueAt(2)[1] : 1.0;
-  double* const out = &gl.m_VarFragment.Slots[0].x;
-  for (int i = 0; i < 4 * pending.Count; i += 2) {
-    const TPair value = valueAt(i);
-    StorePair(out + i, pending.Perspective ? value * q : value);
-  }
-  if (pending.Shade) {
-    const bool front = gl.m_Fragment.FrontFacing;
-    gl.m_Fragment.FrontFacing = pending.Front;
-    gl.m_FragmentShader->Execute(&gl.m_VarFragment, &gl.m_Fragment);
-    gl.m_Fragment.FrontFacing = front;
-  }
+  });
 }
 
 } // namespace Zx3D

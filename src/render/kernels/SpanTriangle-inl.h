@@ -78,7 +78,7 @@ inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, con
     job->Result.LastY = row.Y;
     job->Result.LastMinorEdge = last.Shaded.Row < plan.Count[0] ? 1 : 2;
     if (job->Primitive.RecordColor) {
-      job->Result.LastColor = ColorAt(*job, slots, row, RowParameter(row, last.Shaded.X));
+      SetLastColor(*job, slots, row, RowParameter(row, last.Shaded.X), &job->Result);
     }
   }
 }

@@ -287,6 +287,31 @@ inline HWY_ATTR void ClassifyLines(const TVertexBatch& batch, int count, TShapeC
   }
 }
 
+// Lines in the window, by the steps of rasterisation in their order, and the pixels of their ends.
+// Of those out of reach of kernels the pixels may be any.
+inline HWY_ATTR void ProjectLines(int width, int height, int count, TVertexBatch* batch,
+                                  TLineEnds* out) {
+  const DD d;
+  const DI di;
+  const VD half = hn::Set(d, 0.5);
+  const auto toWindow = [&](double* at, VD h, int size, std::int32_t* pixel) HWY_ATTR {
+    const VD scaled = hn::Add(hn::Mul(hn::Load(d, at), h), half);
+    const VD u = hn::Sub(hn::Mul(hn::Set(d, size), scaled), half);
+    hn::Store(u, d, at);
+    hn::Store(hn::DemoteTo(di, hn::Add(u, half)), di, pixel);
+  };
+  for (int c = 0; c < 2; ++c) {
+    for (int i = c * batch->Pitch; i < c * batch->Pitch + count; i += kLanes) {
+      const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + i));
+      const VD h = hn::Mul(r, half);
+      toWindow(batch->X + i, h, width, out->X + i);
+      toWindow(batch->Y + i, h, height, out->Y + i);
+      hn::Store(hn::Add(hn::Mul(hn::Load(d, batch->Z + i), h), half), d, batch->Z + i);
+      hn::Store(r, d, batch->W + i);
+    }
+  }
+}
+
 // --- Points
 
 // The pixels and depths of points in clip space, by the operations of the reference path in their

@@ -155,6 +155,10 @@ void TRenderEngine::DrawLinePixel(int x, int y, double t) {
 
 void TRenderCPU::RasterizeLine(VAR_DATA* v) {
   m_Engine->UpdateDerivedState();
+  if (TSpanJob* const job = m_Engine->DrawJob) {
+    m_Engine->DrawLine(v, job, TCondition::None);
+    return;
+  }
   TSpanJob job;
   m_Engine->DrawLine(v, &job, m_Engine->SetUpDraw(TPrimitiveKind::Line, &job));
 }
@@ -162,7 +166,6 @@ void TRenderCPU::RasterizeLine(VAR_DATA* v) {
 // Draws a line in clip space, by a kernel unless a condition is unmet: `unmet`, of the draw, or one
 // of the line's own.
 void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
-  ResolveFragment();
   for (int i = 0; i < 2; ++i) {
     vec_t_<double, 4>& at = v[i].Slots[0];
     const double r = 1.0 / at.w;
@@ -180,39 +183,43 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     ScaleSlots(&v[0], gl.m_VarCount);
     ScaleSlots(&v[1], gl.m_VarCount);
   }
-  gl.m_Span.Begin = &v[0];
-  gl.m_Span.End = &v[1];
-  SetDelta(&gl.m_Span, gl.m_VarCount);
-
   int end[2][2]; // [vertex][axis]
   for (int i = 0; i < 2; ++i) {
     if (!EndPixel(v[i].Slots[0].x, v[i].Slots[0].y, &end[i][0], &end[i][1])) {
       return;
     }
   }
-  if (end[0][0] == end[1][0] && end[0][1] == end[1][1]) {
-    if (IsLinePixel(end[0][0], end[0][1])) {
-      DrawLinePixel(end[0][0], end[0][1], 0.0);
+  TLineWalk walk = TLineWalk::Between(end[0], end[1], v[0].Slots[0], v[1].Slots[0]);
+  if (Meets(ActiveKernelCounters(), unmet)) {
+    if (ClipWalk(&walk)) {
+      RunLineJob(job, &job->Primitive, &walk, 1);
+      KeepDeferred();
     }
     return;
   }
-  const int delta[2] = {end[1][0] - end[0][0], end[1][1] - end[0][1]};
-  TLineWalk walk;
-  walk.Axis = std::abs(delta[0]) >= std::abs(delta[1]) ? 0 : 1;
-  for (int i = 0; i < 2; ++i) {
-    walk.From[i] = end[0][i];
-    walk.Step[i] = SignOf(delta[i]);
-  }
-  walk.Major = std::abs(delta[walk.Axis]);
-  walk.Minor = std::abs(delta[1 - walk.Axis]);
-  if (!Meets(ActiveKernelCounters(), unmet)) {
-    WalkLine(walk);
-  } else if (ClipWalk(&walk)) {
-    RunLineJob(job, walk);
-    if (job->Result.ColorSet) {
-      InterpolateFragment(gl.m_Span, job->Result.LastT);
-    }
-  }
+  ResolveFragment();
+  gl.m_Span.Begin = &v[0];
+  gl.m_Span.End = &v[1];
+  SetDelta(&gl.m_Span, gl.m_VarCount);
+  WalkLine(walk);
+}
+
+TLineWalk TLineWalk::Between(const int (&from)[2], const int (&to)[2],
+                             const vec_t_<double, 4>& begin, const vec_t_<double, 4>& end) {
+  const int delta[2] = {to[0] - from[0], to[1] - from[1]};
+  const int size[2] = {std::abs(delta[0]), std::abs(delta[1])};
+  const int axis = size[0] >= size[1] ? 0 : 1;
+  const auto at = static_cast<std::size_t>(axis);
+  const bool isDot = size[axis] == 0;
+  return {axis,
+          {from[0], from[1]},
+          {SignOf(delta[0]), SignOf(delta[1])},
+          isDot ? 1 : size[axis],
+          size[1 - axis],
+          0,
+          0,
+          isDot ? from[0] : begin[at],
+          isDot ? 1.0 : end[at] - begin[at]};
 }
 
 // The reference walk, Bresenham's: the error starts at -Major, and the minor axis steps when it
@@ -220,8 +227,6 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
 void TRenderEngine::WalkLine(const TLineWalk& walk) {
   const int major = walk.Axis;
   const int minor = 1 - major;
-  const double begin = gl.m_Span.Begin->Slots[0][static_cast<std::size_t>(major)];
-  const double delta = gl.m_Span.Delta.Slots[0][static_cast<std::size_t>(major)];
   long long error = -walk.Major;
   int at[2] = {walk.From[0], walk.From[1]};
   if (TKernelCounters* const counters = ActiveKernelCounters()) {
@@ -230,7 +235,7 @@ void TRenderEngine::WalkLine(const TLineWalk& walk) {
   }
   for (long long i = 0; i < walk.Major; ++i) {
     if (IsLinePixel(at[0], at[1])) {
-      DrawLinePixel(at[0], at[1], Clamped01((at[major] - begin) / delta));
+      DrawLinePixel(at[0], at[1], Clamped01((at[major] - walk.Begin) / walk.Delta));
     }
     at[major] += walk.Step[major];
     error += 2 * walk.Minor;

@@ -64,12 +64,12 @@ void TRenderCPU::Begin(unsigned int mode) {
 }
 
 void TRenderCPU::End() {
-  m_Engine->ResolveFragment();
   if (m_PrimitiveMode == GL_LINE_LOOP && m_Pending == 1) {
     CopyVar(m_VarCur[1], m_VarSaved[0]);
     m_Pending = 2;
     ClipAndRasterizeLine(m_VarCur, 0);
   }
+  m_Engine->ResolveFragment();
   m_VertexHandler = &TRenderCPU::UnknownVertex;
   m_InBeginEnd = false;
   m_PrimitiveMode = 0xFFFFFFFF;

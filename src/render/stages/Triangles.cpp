@@ -107,6 +107,7 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   }
   if (Meets(ActiveKernelCounters(), unmet)) {
     RunTriangleJob(job);
+    KeepDeferred();
   } else {
     DrawEdges(v);
   }
@@ -114,6 +115,9 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
 
 void TDeferredFragment::KeepVertices() {
   for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
+    if (i == 2 && MinorEdge == 0) {
+      break;
+    }
     // Four slots are all that most states have.
     std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
     if (Count > 4) {
