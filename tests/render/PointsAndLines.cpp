@@ -16,6 +16,10 @@ using Zx3D::TRenderCPU;
 using TVec4 = vec_t_<double, 4>;
 using TCell = std::pair<int, int>;
 
+std::array<double, 2> AtWindow(const TRenderCPU::VAR_DATA& v) {
+  return {v.Slots[0].x, v.Slots[0].y};
+}
+
 class PointsAndLines : public testing::Test {
 protected:
   PointsAndLines() : m_Scene(16, 8) {
@@ -325,6 +329,25 @@ TEST_F(PointsAndLines, InterpolationIsPerspectiveUnlessFastest) {
     }
     m_Fragment->Seen.clear();
   }
+}
+
+// By the standard shaders, which kernels draw for, and by the caller's own.
+TEST_F(PointsAndLines, TheSpanIsTheLineInItsOwnDirection) {
+  const auto check = [](const TRenderCPU& r) {
+    ASSERT_NE(nullptr, r.m_Span.Begin);
+    EXPECT_EQ((std::array<double, 2>{10, 6}), AtWindow(*r.m_Span.Begin));
+    EXPECT_EQ((std::array<double, 2>{3, 2}), AtWindow(*r.m_Span.End));
+    EXPECT_EQ((std::array<double, 2>{-7, -4}), AtWindow(r.m_Span.Delta));
+  };
+  Line(10, 6, 3, 2);
+  check(*m_Scene);
+  TScene standard(16, 8);
+  standard->Begin(GL_LINES);
+  standard->Vertex2d(Clip(10, 16), Clip(6, 8));
+  standard->Vertex2d(Clip(3, 16), Clip(2, 8));
+  standard->End();
+  EXPECT_EQ(7, standard.Painted());
+  check(*standard);
 }
 
 TEST_F(PointsAndLines, PolygonOffsetIsForTrianglesOnly) {

@@ -183,6 +183,9 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     ScaleSlots(&v[0], gl.m_VarCount);
     ScaleSlots(&v[1], gl.m_VarCount);
   }
+  gl.m_Span.Begin = &v[0];
+  gl.m_Span.End = &v[1];
+  SetDelta(&gl.m_Span, gl.m_VarCount);
   int end[2][2]; // [vertex][axis]
   for (int i = 0; i < 2; ++i) {
     if (!EndPixel(v[i].Slots[0].x, v[i].Slots[0].y, &end[i][0], &end[i][1])) {
@@ -198,9 +201,6 @@ void TRenderEngine::DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
     return;
   }
   ResolveFragment();
-  gl.m_Span.Begin = &v[0];
-  gl.m_Span.End = &v[1];
-  SetDelta(&gl.m_Span, gl.m_VarCount);
   WalkLine(walk);
 }
 
