@@ -134,9 +134,10 @@ bool TRenderEngine::AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape) 
     return false;
   }
   const int to = draw->Batch.Pitch + shape;
+  const int begin[2] = {ends.X[shape], ends.Y[shape]};
+  const int end[2] = {ends.X[to], ends.Y[to]};
   TLineWalk* const walk = &VertexCache->Walks[draw->Lines];
-  new (walk) TLineWalk(TLineWalk::Between({ends.X[shape], ends.Y[shape]}, {ends.X[to], ends.Y[to]},
-                                          line.Vertex[0][0], line.Vertex[1][0]));
+  new (walk) TLineWalk(TLineWalk::Between(begin, end, line.Vertex[0][0], line.Vertex[1][0]));
   draw->Lines += ClipWalk(walk) ? 1 : 0;
   return true;
 }

@@ -259,10 +259,12 @@ struct TLineWalk {
   }
   /// At both ends without a division: at Major - 1 the floor of Minor + 1/2 - Minor / Major.
   void At(int i, int* x, int* y) const {
-    const long long steps = i == 0              ? 0
-                            : i < Major - 1     ? MinorStepsAt(i)
-                            : 2 * Minor > Major ? Minor - 1
-                                                : Minor;
+    long long steps = 0;
+    if (i > 0 && i < Major - 1) {
+      steps = MinorStepsAt(i);
+    } else if (i > 0) {
+      steps = Minor - (2 * Minor > Major ? 1 : 0);
+    }
     const int along = From[Axis] + Step[Axis] * i;
     const int across = From[1 - Axis] + Step[1 - Axis] * static_cast<int>(steps);
     *x = Axis == 0 ? along : across;

@@ -154,16 +154,10 @@ template <int kMost, class T> HWY_INLINE void CopyFirst(const T* from, int count
   }
 }
 
-// The vectors between the first and the last are aligned, since a store across two cache lines
-// costs two; the first and the last may overlap them.
+// Fills a vector's length or more. The vectors between the first and the last are aligned, since a
+// store across two cache lines costs two; the first and the last may overlap them.
 template <class D, class T> HWY_INLINE HWY_ATTR void Fill(D d, T value, T* to, std::size_t count) {
   const std::size_t lanes = hn::Lanes(d);
-  if (count < lanes) {
-    for (std::size_t i = 0; i < count; ++i) {
-      to[i] = value;
-    }
-    return;
-  }
   const auto values = hn::Set(d, value);
   const std::size_t misaligned = reinterpret_cast<std::uintptr_t>(to) / sizeof(T) % lanes;
   hn::StoreU(values, d, to);

@@ -213,6 +213,8 @@ inline HWY_ATTR TCondition UnmetByFill(const TSpanJob& job, const TRow& row) {
 }
 
 inline HWY_ATTR void FillRow(const TSpanJob& job, const TRow& row, const TGroupTargets& to) {
+  static_assert(hn::MaxLanes(DFU()) <= kShortPixels && hn::MaxLanes(DFF()) <= kShortPixels,
+                "a row that is not short fills a vector");
   const auto count = static_cast<std::size_t>(row.Last - row.First + 1);
   Fill(hn::ScalableTag<std::uint32_t>(), job.Primitive.ConstColor, to.Color, count);
   if (job.Draw.DepthWrite) {
