@@ -167,6 +167,42 @@ TEST_F(SpanTexels, TheEndsOfWhatIsPlain) {
   }
 }
 
+// Every pixel at a whole or half texel, but for what its own operations round: where a nearest
+// texel changes, repeats begin again, and what the filter shifts by leaves zero.
+TEST_F(SpanTexels, PixelsOnTheEdgesOfTexels) {
+  constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  constexpr double kBeyond = 5; // columns on either side of the surface
+  for (const int size : {3, 16, 49, 250}) {
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (const unsigned int wrap : {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP}) {
+        for (const double step : {0.0, 0.25, 0.5, 1.0, 3.0}) {
+          Expect(std::to_string(size) + ", filter " + std::to_string(filter) + ", wrap " +
+                     std::to_string(wrap) + ", " + std::to_string(step) + " a pixel",
+                 [&](TRenderCPU& gl) {
+                   Texture(gl, size, size, filter, wrap, wrap);
+                   gl.MatrixMode(GL_PROJECTION);
+                   gl.LoadMatrixd(kWIsZ);
+                   for (int y = 0; y < kHeight; ++y) {
+                     const double first = -1.5 * size + y * size / 12 + y % 2 * 0.5;
+                     const double w[2] = {y % 3 == 0 ? 1.0 : 3.0, step == 0.0 ? 60.0 : 3.0};
+                     gl.Begin(GL_QUADS);
+                     for (int k = 0; k < 4; ++k) {
+                       const int end = k == 1 || k == 2 ? 1 : 0;
+                       const double column = end == 0 ? -kBeyond : kWidth + kBeyond;
+                       const double row = zx_test::Clip(y + (k < 2 ? -0.4 : 0.4), kHeight);
+                       const double at = step == 0.0 ? w[end] : y % 3 == 0 ? 1.0 : 3.0;
+                       gl.TexCoord2d((first + step * column) / size, (first + 0.25) / size);
+                       gl.Vertex3d(at * zx_test::Clip(column, kWidth), at * row, at);
+                     }
+                     gl.End();
+                   }
+                 });
+        }
+      }
+    }
+  }
+}
+
 // Beyond its edges a clamped texture keeps the bytes there; half of the odd ones lies between two
 // bytes, so that what the exact path makes of them shows.
 TEST_F(SpanTexels, HalvedTexelsBeyondTheEdges) {

@@ -260,7 +260,8 @@ TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {
 
 // Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
 // what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
-// ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more.
+// ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more, of what the
+// coordinates were before the filter shifted them.
 TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, bool linear,
                          const TTexelAxis& axis) {
   const double a = v[0][slot][component];
@@ -269,7 +270,7 @@ TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, bo
   const double shift = linear ? 0.5 : 0.0;
   const double least = std::min({a, b, c}) * axis.Size - shift;
   const double most = std::max({a, b, c}) * axis.Size - shift;
-  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most));
+  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most) + 1.0);
   // NaNs are found by the sum.
   if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
         most < kInRangeRepeat)) {
