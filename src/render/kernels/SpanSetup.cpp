@@ -7,6 +7,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -299,15 +300,22 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   return TCondition::None;
 }
 
-TTexelReach TexelReachOf(const TPrimitive& primitive) {
-  const TVertices& v = primitive.Vertex;
-  if (primitive.Perspective && !HasSteadyW(v)) {
-    return TTexelReach::Anywhere;
+// Finds where the texel coordinates of a primitive lie. The bound is no number if one of them is
+// none, or may be none between the vertices.
+void SetUpReach(TPrimitive* primitive) {
+  const TVertices& v = primitive->Vertex;
+  primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
+  if (primitive->Perspective && !HasSteadyW(v)) {
+    return;
   }
-  const bool linear = primitive.Texels == TTexelSource::Linear;
-  const int slot = primitive.TexSlot;
-  return std::min(TexelReachOf(v, slot, 0, linear, primitive.AxisX),
-                  TexelReachOf(v, slot, 1, linear, primitive.AxisY));
+  const bool linear = primitive->Texels == TTexelSource::Linear;
+  const int slot = primitive->TexSlot;
+  primitive->Reach = std::min(TexelReachOf(v, slot, 0, linear, primitive->AxisX),
+                              TexelReachOf(v, slot, 1, linear, primitive->AxisY));
+  const auto boundOf = [&](std::size_t i) {
+    return std::fabs(v[0][slot][i]) + std::fabs(v[1][slot][i]) + std::fabs(v[2][slot][i]);
+  };
+  primitive->TexelBound = boundOf(0) * primitive->AxisX.Size + boundOf(1) * primitive->AxisY.Size;
 }
 
 // Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
@@ -395,7 +403,8 @@ TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
 
 // Set-up that holds for all primitives of a draw, all of one kind. Returns the condition that
 // leaves them to the reference walker.
-TCondition TRenderEngine::SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const {
+TCondition TRenderEngine::SetUpDraw(TPrimitiveKind kind, TSpanJob* job) {
+  job->ExactRuns = &ExactRuns;
   ZX_SHADER_CONDITIONS(ZX_RETURN_UNMET)
   TCondition unmet = SetUpTargets(&job->Draw);
   unmet = unmet != TCondition::None ? unmet : SetUpDepthStencil(&job->Draw);
@@ -436,7 +445,7 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   primitive.Perspective = gl.m_PerspectiveHint != GL_FASTEST &&
                           !(v[0][0].w == 1.0 && v[1][0].w == 1.0 && v[2][0].w == 1.0);
   if (HasByteTexels(primitive.Texels)) {
-    primitive.Reach = TexelReachOf(primitive);
+    SetUpReach(&primitive);
   }
   const bool steady = !primitive.Perspective || HasSteadyW(v);
   if (!primitive.Modulate) {
