@@ -267,10 +267,8 @@ protected:
           shapes[s] = Any(s % 5);
         }
         const TVertexBatch batch = BatchOf(shapes);
-        TShapeClasses triangles;
-        TShapeClasses lines;
-        kernels.ClassifyTriangles(batch, {0, 1, 2}, kPitch, {false, false, true}, &triangles);
-        kernels.ClassifyLines(batch, kPitch, &lines);
+        const TShapeClasses triangles = ClassesOf(kernels, batch, {3, {0, 1, 2}});
+        const TShapeClasses lines = ClassesOf(kernels, batch, {2, {0, 1, 1}});
         for (std::size_t s = 0; s < kPitch; ++s) {
           check(shapes[s], s % 5, Of(triangles, s), Of(lines, s));
           if (HasFatalFailure()) {
@@ -279,6 +277,19 @@ protected:
         }
       }
     }
+  }
+
+  static TShapeClasses ClassesOf(const Zx3D::TSpanKernels& kernels, const TVertexBatch& batch,
+                                 const Zx3D::TShapeColumns& columns) {
+    Zx3D::TInsideBits inside[4];
+    for (int c = 0; c < columns.Count; ++c) {
+      kernels.FindInside(batch, c * kPitch, kPitch, &inside[c]);
+    }
+    TShapeClasses classes = Zx3D::ClassifyShapes(inside, columns);
+    std::uint64_t clear[3];
+    kernels.FindClear(batch, columns, kPitch, &clear);
+    classes.Beyond = Zx3D::LiesBeyond(inside, columns, clear, ~(classes.Inside | classes.Outside));
+    return classes;
   }
 
   static TShapeClasses Of(const TShapeClasses& all, std::size_t shape) {
@@ -384,7 +395,8 @@ TEST_F(ClipOutside, DrawsLeaveWhatTheReferencePathLeaves) {
   }
   for (const std::vector<double>& positions : all) {
     for (const double* const matrix : {kSlanted, kThroughZero}) {
-      for (const unsigned int mode : {GL_TRIANGLES, GL_QUADS, GL_LINES}) {
+      for (const unsigned int mode :
+           {GL_TRIANGLES, GL_QUADS, GL_LINES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_LINE_STRIP}) {
         for (int state = 0; state < 8; ++state) {
           Expect(testing::PrintToString(mode) + ", state " + std::to_string(state),
                  [&](TRenderCPU& gl) {

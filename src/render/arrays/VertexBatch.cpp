@@ -14,6 +14,10 @@ namespace Zx3D {
 
 using TVec4 = vec_t_<double, 4>;
 
+// The columns of a line and of the triangles of a quad; a triangle is the first.
+static constexpr TShapeColumns kLineColumns = {2, {0, 1, 1}};
+static constexpr TShapeColumns kHalves[2] = {{3, {0, 1, 2}}, {3, {0, 2, 3}}};
+
 // The slot that no shader fills while there is no texture: whether all records have +0 there, so
 // that scaling and mixing leave it as it is.
 static bool IsSpareSlotZero(const TRenderCPU& gl) {
@@ -89,14 +93,14 @@ void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
 
 // Sets up a triangle or line of a batch in the window. Nothing but the draw itself runs until its
 // end, so that no state needs to be looked after. False if drawing takes the reference walker.
-bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int shape,
+bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const TShapeColumns& columns, int shape,
                                   TPrimitive* primitive) {
   const TVertexCache& cache = *VertexCache;
   const bool turns = draw->Shapes.TakesTurns();
   int places[3];
   for (int c = 0; c < 3; ++c) {
-    const int entry = corners[c] * draw->Batch.Pitch + shape;
-    places[c] = turns ? draw->FirstPlace + corners[c] : draw->Shapes.Vertex[entry];
+    const int entry = columns.Corner[c] * draw->Batch.Pitch + shape;
+    places[c] = turns ? draw->FirstPlace + columns.Corner[c] : draw->Shapes.Vertex[entry];
     if (!turns && cache.Slots[places[c]] == nullptr) {
       ShadeCorner(draw, entry, places[c]);
     }
@@ -114,8 +118,8 @@ bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int
 // Draws a triangle of a batch in the window. False, having drawn nothing, if that takes the
 // reference walker.
 bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
-                                 const int (&corners)[3], int shape) {
-  if (!SetUpInWindow(draw, corners, shape, &DrawJob->Primitive)) {
+                                 const TShapeColumns& columns, int shape) {
+  if (!SetUpInWindow(draw, columns, shape, &DrawJob->Primitive)) {
     return false;
   }
   DrawJob->StartPrimitive();
@@ -127,10 +131,9 @@ bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
 // Adds a line to those that are set up: their stores would wait behind those of pixels. Returns as
 // `DrawInWindow`.
 bool TRenderEngine::AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape) {
-  static constexpr int kEnds[3] = {0, 1, 1};
   TPrimitive& line = VertexCache->Lines[draw->Lines];
   line = DrawJob->Primitive;
-  if (!SetUpInWindow(draw, kEnds, shape, &line)) {
+  if (!SetUpInWindow(draw, kLineColumns, shape, &line)) {
     return false;
   }
   const int to = draw->Batch.Pitch + shape;
@@ -150,35 +153,119 @@ void TRenderEngine::DrawLines(TBatchDraw* draw) {
   }
 }
 
-// The triangles of a quad; a triangle is the first.
-static constexpr int kHalves[2][3] = {{0, 1, 2}, {0, 2, 3}};
+// --- Planes
+
+TShapeClasses ClassifyShapes(const TInsideBits (&inside)[4], const TShapeColumns& columns) {
+  TShapeClasses classes;
+  classes.Inside = ~std::uint64_t{0}; // of the planes so far
+  for (int plane = 0; plane < kClipPlanes; ++plane) {
+    std::uint64_t any = 0;
+    std::uint64_t all = ~std::uint64_t{0};
+    for (int c = 0; c < columns.Count; ++c) {
+      any |= inside[columns.Corner[c]].Plane[plane];
+      all &= inside[columns.Corner[c]].Plane[plane];
+    }
+    classes.Outside |= classes.Inside & ~any;
+    classes.Inside &= all;
+  }
+  return classes;
+}
+
+// The clipper drops a shape unchanged where the first plane that does not have all of it inside has
+// all of it outside. One that an earlier plane cuts may lie beyond a later plane all the same, by a
+// margin, so that the clipper drops all its pieces there at the latest.
+//
+// Let d = u + w or w - u be the inside distance of a corner to a plane, S the sum of the magnitudes
+// of all components of the shape's corners, e = 2^-53, m = S/2^20. Required, up to the first plane
+// P at which d < -m for all corners:
+//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes;
+//   2. two planes at most have corners on both sides, and with triangles it is not the same corner
+//      that both cut off from the two others, or leave alone;
+//   3. 2^-900 <= S <= 2^900, so that nothing overflows and what underflows is far below e S.
+//
+// A cut between o outside and i inside mixes o + (i - o) t, t = N/D. N is |d(o)| but for e S, and
+// the three sums of D err by less than 10 e S from |d(o)| + |d(i)|. So t <= 1 if |d(i)| > 12 e S:
+// N <= D then, and so is the rounded quotient. If o alone is clear, D > 0 and t < 1 + 2^-28, for
+// |d(o)| > m/2. In both cases t >= 0, and the new corner lies on the segment, or past its end by
+// 2^-28 of its length, with another 6 e S of rounding in each component. As d is linear, it leaves
+// the range of the d of o and i by less than S/2^26.
+//
+// One end of each segment that is cut is clear. At the first cut both are corners of the shape. At
+// the second, one end at least is such a corner, except for the segment between the two new ones.
+// These lie on the edges that meet in the corner cut off; by 2. another corner, at the end of one
+// of these edges, is cut off now or alone left, so that one of the two edges lies on one side,
+// clear, and so does its new corner.
+//
+// With two cuts a new corner is thus within S/2^25 of the range of d of the shape's corners. Any
+// plane in between that has these inside has it inside, and P has it outside: m is 32 times that.
+std::uint64_t LiesBeyond(const TInsideBits (&inside)[4], const TShapeColumns& columns,
+                         const std::uint64_t (&clear)[3], std::uint64_t shapes) {
+  std::uint64_t open = shapes;
+  std::uint64_t beyond = 0;
+  std::uint64_t once = 0; // cut by one plane, by two
+  std::uint64_t twice = 0;
+  std::uint64_t first[2] = {}; // at the first cut, which corners are on another side than corner 0
+  for (int plane = 0; plane < kClipPlanes; ++plane) {
+    const auto of = [&](int c) { return inside[columns.Corner[c]].Plane[plane]; };
+    const std::uint64_t apart[2] = {of(0) ^ of(1), of(0) ^ of(columns.Count - 1)};
+    open &= clear[plane / 2];
+    const std::uint64_t cut = open & (apart[0] | apart[1]);
+    beyond |= open & ~cut & ~of(0);
+    open &= cut | of(0);
+    const std::uint64_t again = cut & once;
+    const std::uint64_t sameAlone = ~((apart[0] ^ first[0]) | (apart[1] ^ first[1]));
+    open &= ~(again & (columns.Count == 3 ? twice | sameAlone : twice));
+    for (int i = 0; i < 2; ++i) {
+      first[i] |= apart[i] & cut & ~once;
+    }
+    twice |= again;
+    once |= cut;
+  }
+  return beyond;
+}
+
+static const TShapeColumns& ColumnsOf(const TShapes& shapes, int half) {
+  return shapes.Corners == 2 ? kLineColumns : kHalves[half];
+}
 
 // The classes of both halves. Where there is but one, the other is outside.
-static void Classify(const TBatchDraw& draw, int shapes, const TCulling& culling,
+static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
                      TShapeClasses (*out)[2]) {
   const TSpanKernels& kernels = *GetSpanKernels();
-  const int corners = draw.Shapes.Corners;
+  const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
+  TInsideBits inside[4];
+  draw->FindInside(kernels, &inside);
   (*out)[1].Outside = ~std::uint64_t{0};
-  if (corners == 2) {
-    kernels.ClassifyLines(draw.Batch, shapes, &(*out)[0]);
-  }
-  for (int half = 0; half + 3 <= corners; ++half) {
-    kernels.ClassifyTriangles(draw.Batch, kHalves[half], shapes, culling, &(*out)[half]);
+  for (int half = 0; half < draw->Shapes.Halves(); ++half) {
+    const TShapeColumns& columns = ColumnsOf(draw->Shapes, half);
+    TShapeClasses& classes = (*out)[half];
+    classes = ClassifyShapes(inside, columns);
+    const std::uint64_t cut = all & ~(classes.Inside | classes.Outside);
+    if (cut != 0) {
+      std::uint64_t clear[3];
+      draw->FillCorners();
+      kernels.FindClear(draw->Batch, columns, shapes, &clear);
+      classes.Beyond = LiesBeyond(inside, columns, clear, cut);
+    }
+    if ((classes.Inside & all) != 0 && columns.Count == 3) {
+      draw->DivideCorners(kernels);
+      classes.Front = kernels.FindFront(draw->Divided, columns, shapes, engine.gl.m_FrontFaceCCW);
+      classes.Culled = classes.Inside & ((engine.IsCulled(true) ? classes.Front : 0) |
+                                         (engine.IsCulled(false) ? ~classes.Front : 0));
+    }
   }
 }
 
 // Takes a batch to the window: lines with their ends, triangles with the rows of both halves.
 static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWindowShapes* out) {
   const TSpanKernels& kernels = *GetSpanKernels();
-  const int corners = draw->Shapes.Corners;
-  if (corners == 2) {
+  if (draw->Shapes.Corners == 2) {
+    draw->FillCorners();
     kernels.ProjectLines(gl.m_Width, gl.m_Height, shapes, &draw->Batch, &out->Ends);
     return;
   }
-  for (int c = 0; c < corners; ++c) {
-    kernels.ProjectVertices(gl.m_Width, gl.m_Height, c * draw->Batch.Pitch, shapes, &draw->Batch);
-  }
-  for (int half = 0; half + 3 <= corners; ++half) {
+  draw->Project(kernels, gl.m_Width, gl.m_Height);
+  for (int half = 0; half < draw->Shapes.Halves(); ++half) {
     kernels.PlanTriangles(draw->Batch, kHalves[half], shapes, gl.m_Height, &out->Rows[half]);
   }
 }
@@ -188,12 +275,12 @@ static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWi
 // last one.
 int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const int corners = draw->Shapes.Corners;
-  const int halves = corners == 4 ? 2 : 1;
+  const int halves = draw->Shapes.Halves();
   const bool turns = draw->Shapes.TakesTurns();
   TShapeClasses classes[2];
   const TShapeClasses& a = classes[0];
   const TShapeClasses& b = classes[1];
-  Classify(*draw, shapes, {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW}, &classes);
+  Classify(*this, draw, shapes, &classes);
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
   const std::uint64_t uncut = (a.Outside | a.Culled) & (b.Outside | b.Culled);
@@ -208,6 +295,9 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   if ((rest & inside) != 0) {
     UpdateDerivedState();
     inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
+  }
+  if ((rest & inside) != 0 && !inWindow) {
+    draw->FillCorners();
   }
   if (inWindow) {
     if (!turns) { // the records are those of this batch from now on
@@ -289,33 +379,34 @@ bool TRenderEngine::MayBatchPoints(TDrawState* state) const {
 // `vertices` of a mode whose shapes share vertices. All slots that no shader fills are 0 in the
 // copies of vertices; in the records of the shape itself they are as it left them.
 void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
-  const auto shade = [&](int vertex) {
-    VAR_DATA record = {};
+  const auto shade = [&](int vertex, VAR_DATA* record) {
+    if (!gl.m_TexUnits[0].TexEnabled) {
+      record->Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
+    }
     draw->Arrays.Fetch(&gl, draw->Elements.At(vertex));
-    ShadeVertex(&gl, &record, draw->Arrays.Lighting);
-    return record;
+    ShadeVertex(&gl, record, draw->Arrays.Lighting);
   };
   const int last = vertices - 1;
   switch (gl.m_PrimitiveMode) {
   case GL_LINE_LOOP:
-    gl.CopyVar(gl.m_VarSaved[0], shade(0));
+    shade(0, &gl.m_VarSaved[0]);
     [[fallthrough]];
   case GL_LINE_STRIP:
-    gl.CopyVar(gl.m_VarSaved[1], shade(last));
+    shade(last, &gl.m_VarSaved[1]);
     gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[1]);
     gl.m_Pending = 1;
     break;
   case GL_TRIANGLE_STRIP:
     for (int vertex = last - 2; vertex <= last; ++vertex) {
-      gl.CopyVar(gl.m_VarSaved[vertex % 3], shade(vertex));
+      shade(vertex, &gl.m_VarSaved[vertex % 3]);
     }
     gl.m_StripIndex = last % 3;
     gl.m_Pending = 2;
     break;
   case GL_TRIANGLE_FAN:
-    gl.CopyVar(gl.m_VarSaved[0], shade(0));
+    shade(0, &gl.m_VarSaved[0]);
     for (int vertex = last - 1; vertex <= last; ++vertex) {
-      gl.CopyVar(gl.m_VarSaved[1 + (vertex & 1)], shade(vertex));
+      shade(vertex, &gl.m_VarSaved[1 + (vertex & 1)]);
     }
     gl.m_Pending = 2;
     break;
