@@ -15,6 +15,7 @@
 
 #include "LevelTest.h"
 #include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
 
 namespace {
 
@@ -352,6 +353,60 @@ TEST_F(ClipOutside, MostOfWhatLiesOutsideIsDropped) {
       dropped += static_cast<int>(triangle.Outside + triangle.Beyond);
     }
   });
+  EXPECT_GT(dropped, 0.95 * outside) << "of " << outside;
+}
+
+// --- Shapes that come one by one
+
+bool IsDropped(const TTriangle& v, bool isLine) {
+  vec_t_<double, 4> at[3];
+  for (std::size_t i = 0; i < 3; ++i) {
+    at[i] = {v[i][0], v[i][1], v[i][2], v[i][3]};
+  }
+  const vec_t_<double, 4>* const corners[3] = {&at[0], &at[1], &at[isLine ? 1 : 2]};
+  return Zx3D::IsDropped(corners, Zx3D::OutsidePlanes(corners));
+}
+
+TEST_F(ClipOutside, NothingIsLeftOfSingleShapesThatAreDropped) {
+  int cutFirst[5] = {};
+  int linesCutFirst[5] = {};
+  int outside = 0;
+  int dropped = 0;
+  for (std::size_t i = 0; i < 600000; ++i) {
+    const std::size_t kind = i % 5;
+    const TTriangle v = Any(kind);
+    const bool isDropped = IsDropped(v, false);
+    const bool isLineDropped = IsDropped(v, true);
+    if (isDropped) {
+      ASSERT_EQ(0, PiecesOf(v)) << "kind " << kind;
+    }
+    if (isLineDropped) {
+      ASSERT_FALSE(IsLineDrawn(v[0], v[1])) << "kind " << kind;
+    }
+    // Of these, what a plane cuts before.
+    const auto isCut = [&](std::size_t corners) {
+      for (int plane = 0; plane < 6; ++plane) {
+        std::size_t in = 0;
+        for (std::size_t c = 0; c < corners; ++c) {
+          in += IsInside(v[c], plane) ? 1 : 0;
+        }
+        if (in != corners) {
+          return in != 0;
+        }
+      }
+      return false;
+    };
+    cutFirst[kind] += isDropped && isCut(3) ? 1 : 0;
+    linesCutFirst[kind] += isLineDropped && isCut(2) ? 1 : 0;
+    if (kind == 0 && IsOutsideOne(v, 3)) {
+      ++outside;
+      dropped += isDropped ? 1 : 0;
+    }
+  }
+  for (const std::size_t kind : {0u, 1u, 3u}) {
+    EXPECT_GT(cutFirst[kind], 500) << kind;
+    EXPECT_GT(linesCutFirst[kind], 500) << kind;
+  }
   EXPECT_GT(dropped, 0.95 * outside) << "of " << outside;
 }
 

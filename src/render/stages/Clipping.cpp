@@ -37,6 +37,15 @@ void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
   if (plane < 0 || plane > kClipPlanes) {
     return;
   }
+  if (plane == 0) { // as triangles
+    const vec_t_<double, 4>* const ends[3] = {v[0].Slots, v[1].Slots, v[1].Slots};
+    const TJoinedPlanes outside = OutsidePlanes(ends);
+    if (outside.Any == 0) {
+      plane = kClipPlanes;
+    } else if (IsDropped(ends, outside)) {
+      return;
+    }
+  }
   for (; plane < kClipPlanes; ++plane) {
     const bool inside0 = IsInside(v[0].Slots[0], plane);
     const bool inside1 = IsInside(v[1].Slots[0], plane);
@@ -53,11 +62,12 @@ void TRenderCPU::ClipAndRasterizeLine(VAR_DATA* v, int plane) {
 }
 
 void TRenderCPU::ClipAndRasterizeTriangle(VAR_DATA* v, int plane) {
-  if (plane == 0) { // most are inside or outside: decided without branches
-    const TJoinedPlanes outside = OutsidePlanes(v[0].Slots[0], v[1].Slots[0], v[2].Slots[0]);
+  if (plane == 0) { // most are inside or dropped: decided without branches
+    const vec_t_<double, 4>* const corners[3] = {v[0].Slots, v[1].Slots, v[2].Slots};
+    const TJoinedPlanes outside = OutsidePlanes(corners);
     if (outside.Any == 0) {
       plane = kClipPlanes;
-    } else if (IsRejected(outside)) {
+    } else if (IsDropped(corners, outside)) {
       return;
     }
   }
