@@ -3,11 +3,36 @@
 
 #pragma once
 
+#include <cstddef>
+#include <cstring>
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/common/Pairs.h>
 
 namespace Zx3D {
+
+/// Copies the first slots of a record; sizes that the compiler knows need no call.
+inline void CopySlots(vec_t_<double, 4>* to, const vec_t_<double, 4>* from, int count) {
+  constexpr std::size_t kSlot = sizeof *from;
+  switch (count) {
+  case 1:
+    std::memcpy(to, from, kSlot);
+    break;
+  case 2:
+    std::memcpy(to, from, 2 * kSlot);
+    break;
+  case 3:
+    std::memcpy(to, from, 3 * kSlot);
+    break;
+  case 4:
+    std::memcpy(to, from, 4 * kSlot);
+    break;
+  default:
+    std::memcpy(to, from, static_cast<std::size_t>(count) * kSlot);
+    break;
+  }
+}
 
 /// Sets the difference of an edge's ends in the first `count` slots.
 inline void SetDelta(TRenderCPU::EDGE* e, int count) {

@@ -6,10 +6,10 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
-#include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 #include <ZxCore3D/render/stages/VertexLighting.h>
 
 namespace Zx3D {
@@ -84,7 +84,9 @@ void TRenderCPU::End() {
 
 // --- Records
 
-void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) { CopySlots(&to, from, m_VarCount); }
+void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) {
+  CopySlots(to.Slots, from.Slots, m_VarCount);
+}
 
 void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
   for (int i = 0; i < m_VarCount; ++i) {

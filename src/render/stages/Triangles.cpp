@@ -118,11 +118,7 @@ void TDeferredFragment::KeepVertices() {
     if (i == 2 && MinorEdge == 0) {
       break;
     }
-    // Four slots are all that most states have.
-    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
-    if (Count > 4) {
-      std::copy_n(Vertex[i], Count, Kept[i]);
-    }
+    CopySlots(Kept[i], Vertex[i], Count);
     Vertex[i] = Kept[i];
   }
 }
