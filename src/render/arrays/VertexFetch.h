@@ -43,6 +43,12 @@ template <class TFrom, int Size> inline vec_t_<double, 4> FetchAt(const unsigned
   return {component(0, 0.0), component(1, 0.0), component(2, 0.0), component(3, 1.0)};
 }
 
+/// A function template of a family and a size, for all of them: by family, then by size.
+#define ZX_BY_SIZE(fetch, from) fetch<from, 1>, fetch<from, 2>, fetch<from, 3>, fetch<from, 4>
+#define ZX_BY_FAMILY(fetch)                                                                        \
+  ZX_BY_SIZE(fetch, TFromByte), ZX_BY_SIZE(fetch, TFromNormalizedByte),                            \
+      ZX_BY_SIZE(fetch, TFromFloat), ZX_BY_SIZE(fetch, TFromDouble)
+
 /// The address of an element of an array.
 inline const unsigned char* ElementAt(const TRenderCPU::TVertexAttribPointer& p,
                                       unsigned long index) {
