@@ -364,7 +364,7 @@ bool IsDropped(const TTriangle& v, bool isLine) {
     at[i] = {v[i][0], v[i][1], v[i][2], v[i][3]};
   }
   const vec_t_<double, 4>* const corners[3] = {&at[0], &at[1], &at[isLine ? 1 : 2]};
-  return Zx3D::IsDropped(corners, Zx3D::OutsidePlanes(corners));
+  return Zx3D::ClipsFrom(corners) < 0;
 }
 
 TEST_F(ClipOutside, NothingIsLeftOfSingleShapesThatAreDropped) {

@@ -21,6 +21,9 @@ struct TShapes {
   int Step;
   int Lead;
   int Pitch = TVertexBatch::kMost / Corners; ///< shapes of a batch, an even number
+  /// A line, or the triangles of a quad, of which any other triangle is the first.
+  TShapeColumns Columns[2] = {{std::min(Corners, 3), {0, 1, std::min(Corners, 3) - 1}},
+                              {3, {0, 2, 3}}};
   /// The vertex of a batch at an entry of `TVertexBatch`, the corners in the order of drawing. A
   /// batch begins with its first shape's first vertex; that of a fan with the middle.
   std::uint8_t Vertex[TVertexBatch::kMost] = {};
@@ -186,19 +189,15 @@ struct TBatchDraw {
     }
   }
 
-  // Fills `Batch` from what stands in `Line`.
-  void CopyLine() {
+  // Fills `Batch` from what stands in `Line`, if it is not filled.
+  void FillCorners() {
     for (const auto part :
          {&TVertexBatch::X, &TVertexBatch::Y, &TVertexBatch::Z, &TVertexBatch::W}) {
-      CopyCorners(Line.*part, Batch.*part);
+      if (!HasCorners) {
+        CopyCorners(Line.*part, Batch.*part);
+      }
     }
     HasCorners = true;
-  }
-
-  void FillCorners() {
-    if (!HasCorners) {
-      CopyLine();
-    }
   }
 
   void DivideCorners(const TSpanKernels& kernels) {
@@ -221,7 +220,8 @@ struct TBatchDraw {
       kernels.ProjectVertices(Divided, width, height, Entries, &Batch);
     } else {
       kernels.ProjectVertices(DividedLine, width, height, Entries, &Line);
-      CopyLine();
+      HasCorners = false;
+      FillCorners();
     }
   }
 

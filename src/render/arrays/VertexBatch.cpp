@@ -14,10 +14,6 @@ namespace Zx3D {
 
 using TVec4 = vec_t_<double, 4>;
 
-// The columns of a line and of the triangles of a quad; a triangle is the first.
-static constexpr TShapeColumns kLineColumns = {2, {0, 1, 1}};
-static constexpr TShapeColumns kHalves[2] = {{3, {0, 1, 2}}, {3, {0, 2, 3}}};
-
 // The slot that no shader fills while there is no texture: whether all records have +0 there, so
 // that scaling and mixing leave it as it is.
 static bool IsSpareSlotZero(const TRenderCPU& gl) {
@@ -56,6 +52,7 @@ void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
 void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
+  draw->FillCorners();
   for (int c = 0; c < draw->Shapes.Corners; ++c) {
     ShadeBatched(draw, c * draw->Batch.Pitch + shape, inside, &gl.m_VarCur[c]);
   }
@@ -133,7 +130,7 @@ bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
 bool TRenderEngine::AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape) {
   TPrimitive& line = VertexCache->Lines[draw->Lines];
   line = DrawJob->Primitive;
-  if (!SetUpInWindow(draw, kLineColumns, shape, &line)) {
+  if (!SetUpInWindow(draw, draw->Shapes.Columns[0], shape, &line)) {
     return false;
   }
   const int to = draw->Batch.Pitch + shape;
@@ -171,63 +168,6 @@ TShapeClasses ClassifyShapes(const TInsideBits (&inside)[4], const TShapeColumns
   return classes;
 }
 
-// The clipper drops a shape unchanged where the first plane that does not have all of it inside has
-// all of it outside. One that an earlier plane cuts may lie beyond a later plane all the same, by a
-// margin, so that the clipper drops all its pieces there at the latest.
-//
-// Let d = u + w or w - u be the inside distance of a corner to a plane, S the sum of the magnitudes
-// of all components of the shape's corners, e = 2^-53, m = S/2^20. Required, up to the first plane
-// P at which d < -m for all corners:
-//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes;
-//   2. two planes at most have corners on both sides, and with triangles it is not the same corner
-//      that both cut off from the two others, or leave alone;
-//   3. 2^-900 <= S <= 2^900, so that nothing overflows and what underflows is far below e S.
-//
-// A cut between o outside and i inside mixes o + (i - o) t, t = N/D. N is |d(o)| but for e S, and
-// the three sums of D err by less than 10 e S from |d(o)| + |d(i)|. So t <= 1 if |d(i)| > 12 e S:
-// N <= D then, and so is the rounded quotient. If o alone is clear, D > 0 and t < 1 + 2^-28, for
-// |d(o)| > m/2. In both cases t >= 0, and the new corner lies on the segment, or past its end by
-// 2^-28 of its length, with another 6 e S of rounding in each component. As d is linear, it leaves
-// the range of the d of o and i by less than S/2^26.
-//
-// One end of each segment that is cut is clear. At the first cut both are corners of the shape. At
-// the second, one end at least is such a corner, except for the segment between the two new ones.
-// These lie on the edges that meet in the corner cut off; by 2. another corner, at the end of one
-// of these edges, is cut off now or alone left, so that one of the two edges lies on one side,
-// clear, and so does its new corner.
-//
-// With two cuts a new corner is thus within S/2^25 of the range of d of the shape's corners. Any
-// plane in between that has these inside has it inside, and P has it outside: m is 32 times that.
-std::uint64_t LiesBeyond(const TInsideBits (&inside)[4], const TShapeColumns& columns,
-                         const std::uint64_t (&clear)[3], std::uint64_t shapes) {
-  std::uint64_t open = shapes;
-  std::uint64_t beyond = 0;
-  std::uint64_t once = 0; // cut by one plane, by two
-  std::uint64_t twice = 0;
-  std::uint64_t first[2] = {}; // at the first cut, which corners are on another side than corner 0
-  for (int plane = 0; plane < kClipPlanes; ++plane) {
-    const auto of = [&](int c) { return inside[columns.Corner[c]].Plane[plane]; };
-    const std::uint64_t apart[2] = {of(0) ^ of(1), of(0) ^ of(columns.Count - 1)};
-    open &= clear[plane / 2];
-    const std::uint64_t cut = open & (apart[0] | apart[1]);
-    beyond |= open & ~cut & ~of(0);
-    open &= cut | of(0);
-    const std::uint64_t again = cut & once;
-    const std::uint64_t sameAlone = ~((apart[0] ^ first[0]) | (apart[1] ^ first[1]));
-    open &= ~(again & (columns.Count == 3 ? twice | sameAlone : twice));
-    for (int i = 0; i < 2; ++i) {
-      first[i] |= apart[i] & cut & ~once;
-    }
-    twice |= again;
-    once |= cut;
-  }
-  return beyond;
-}
-
-static const TShapeColumns& ColumnsOf(const TShapes& shapes, int half) {
-  return shapes.Corners == 2 ? kLineColumns : kHalves[half];
-}
-
 // The classes of both halves. Where there is but one, the other is outside.
 static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
                      TShapeClasses (*out)[2]) {
@@ -237,7 +177,7 @@ static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
   draw->FindInside(kernels, &inside);
   (*out)[1].Outside = ~std::uint64_t{0};
   for (int half = 0; half < draw->Shapes.Halves(); ++half) {
-    const TShapeColumns& columns = ColumnsOf(draw->Shapes, half);
+    const TShapeColumns& columns = draw->Shapes.Columns[half];
     TShapeClasses& classes = (*out)[half];
     classes = ClassifyShapes(inside, columns);
     const std::uint64_t cut = all & ~(classes.Inside | classes.Outside);
@@ -266,7 +206,8 @@ static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWi
   }
   draw->Project(kernels, gl.m_Width, gl.m_Height);
   for (int half = 0; half < draw->Shapes.Halves(); ++half) {
-    kernels.PlanTriangles(draw->Batch, kHalves[half], shapes, gl.m_Height, &out->Rows[half]);
+    kernels.PlanTriangles(draw->Batch, draw->Shapes.Columns[half], shapes, gl.m_Height,
+                          &out->Rows[half]);
   }
 }
 
@@ -296,9 +237,6 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     UpdateDerivedState();
     inWindow = DrawJob != nullptr && IsSpareSlotZero(gl);
   }
-  if ((rest & inside) != 0 && !inWindow) {
-    draw->FillCorners();
-  }
   if (inWindow) {
     if (!turns) { // the records are those of this batch from now on
       DeferredFragment.KeepVertices();
@@ -320,7 +258,7 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     for (int half = 0; half < halves && done; ++half) {
       gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;
       done = (classes[half].Culled >> shape & 1) != 0 ||
-             DrawInWindow(draw, window.Rows[half], kHalves[half], shape);
+             DrawInWindow(draw, window.Rows[half], draw->Shapes.Columns[half], shape);
     }
     return done;
   };
@@ -386,33 +324,20 @@ void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
     draw->Arrays.Fetch(&gl, draw->Elements.At(vertex));
     ShadeVertex(&gl, record, draw->Arrays.Lighting);
   };
-  const int last = vertices - 1;
-  switch (gl.m_PrimitiveMode) {
-  case GL_LINE_LOOP:
+  const unsigned int mode = draw->Shapes.Mode;
+  gl.m_Pending = draw->Shapes.AreSeparate() ? 0 : draw->Shapes.Corners - 1;
+  if (mode == GL_LINE_LOOP || mode == GL_TRIANGLE_FAN) {
     shade(0, &gl.m_VarSaved[0]);
-    [[fallthrough]];
-  case GL_LINE_STRIP:
-    shade(last, &gl.m_VarSaved[1]);
+  }
+  for (int vertex = vertices - gl.m_Pending; vertex < vertices; ++vertex) {
+    int place = mode == GL_TRIANGLE_FAN ? 1 + (vertex & 1) : 1;
+    if (mode == GL_TRIANGLE_STRIP) {
+      place = gl.m_StripIndex = vertex % 3;
+    }
+    shade(vertex, &gl.m_VarSaved[place]);
+  }
+  if (gl.m_Pending == 1) {
     gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[1]);
-    gl.m_Pending = 1;
-    break;
-  case GL_TRIANGLE_STRIP:
-    for (int vertex = last - 2; vertex <= last; ++vertex) {
-      shade(vertex, &gl.m_VarSaved[vertex % 3]);
-    }
-    gl.m_StripIndex = last % 3;
-    gl.m_Pending = 2;
-    break;
-  case GL_TRIANGLE_FAN:
-    shade(0, &gl.m_VarSaved[0]);
-    for (int vertex = last - 1; vertex <= last; ++vertex) {
-      shade(vertex, &gl.m_VarSaved[1 + (vertex & 1)]);
-    }
-    gl.m_Pending = 2;
-    break;
-  default:
-    gl.m_Pending = 0;
-    break;
   }
 }
 

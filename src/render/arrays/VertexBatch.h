@@ -28,17 +28,6 @@ struct TPointBatch {
   int Count;
 };
 
-/// The corners of a batch's triangles or lines, as columns of the batch.
-struct TShapeColumns {
-  int Count;
-  int Corner[3];
-};
-
-/// The vertices of a column that each plane has inside, one a bit.
-struct TInsideBits {
-  std::uint64_t Plane[kClipPlanes];
-};
-
 /// How the clip planes and the face mode classify the shapes of a batch: bit s is shape s.
 struct TShapeClasses {
   std::uint64_t Inside = 0;  ///< within all planes
@@ -51,11 +40,6 @@ struct TShapeClasses {
 /// Finds the shapes that are inside and those outside, by what the planes have inside of each
 /// column.
 TShapeClasses ClassifyShapes(const TInsideBits (&inside)[4], const TShapeColumns& columns);
-
-/// Which of `shapes`, that a plane cuts, lie beyond another. `clear` are those that are clear of
-/// both planes of an axis, by axis.
-std::uint64_t LiesBeyond(const TInsideBits (&inside)[4], const TShapeColumns& columns,
-                         const std::uint64_t (&clear)[3], std::uint64_t shapes);
 
 /// The rows of a batch's triangles in the window: see `TRowPlan`.
 struct TTriangleRows {

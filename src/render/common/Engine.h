@@ -132,7 +132,7 @@ struct TRenderEngine {
 
   // --- stages/Submission.cpp: from vertices to primitives
 
-  void ShadeNextVertex();
+  template <TAssemble kAssemble> void TakeVertex();
   void AssemblePoint();
   void AssembleLine();
   void AssembleLineStrip();

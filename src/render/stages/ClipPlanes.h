@@ -3,15 +3,11 @@
 
 #pragma once
 
-#include <algorithm>
-#include <bit>
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
 #include <ZxCore3D/types/vec_t_.h>
 
-#include <ZxCore3D/render/common/KernelConditions.h>
 #include <ZxCore3D/render/common/Pairs.h>
 
 namespace Zx3D {
@@ -36,13 +32,14 @@ struct TJoinedPlanes {
   unsigned int All;
 };
 
-/// Without branches. A coordinate is within both planes of its axis if u and -u are -w or above.
+/// Without branches.
 inline TJoinedPlanes OutsidePlanes(TCorners corners) {
   const auto planesInside = [](const vec_t_<double, 4>& at) {
-    const TPair w = {-at.w, -at.w};
-    return ((TPair{at.x, -at.x} >= w) & TPairMask{1, 2}) |
-           ((TPair{at.y, -at.y} >= w) & TPairMask{4, 8}) |
-           ((TPair{at.z, -at.z} >= w) & TPairMask{16, 32});
+    const TPair w = {at.w, at.w};
+    const TPair xy = {at.x, at.y};
+    const TPair z = {at.z, at.z};
+    return ((xy >= -w) & TPairMask{1, 4}) | ((xy <= w) & TPairMask{2, 8}) |
+           ((z >= -w) & TPairMask{16, 0}) | ((z <= w) & TPairMask{32, 0});
   };
   const TPairMask inA = planesInside(*corners[0]);
   const TPairMask inB = planesInside(*corners[1]);
@@ -54,51 +51,36 @@ inline TJoinedPlanes OutsidePlanes(TCorners corners) {
   return {outside(inA & inB & inC), outside(inA | inB | inC)};
 }
 
-/// The planes to both sides of which a shape keeps the distance that `LiesBeyond` asks for.
-inline unsigned int FindClear(TCorners corners) {
-  double sum = 0.0;
-  double nearest[3] = {kMaxClearSum, kMaxClearSum, kMaxClearSum};
-  for (const vec_t_<double, 4>* const at : corners) {
-    const double w = std::fabs(at->w);
-    sum += w;
-    for (std::size_t i = 0; i < 3; ++i) {
-      const double u = std::fabs((*at)[i]);
-      sum += u;
-      nearest[i] = std::min(nearest[i], std::fabs(w - u));
-    }
-  }
-  unsigned int clear = 0;
-  for (unsigned int i = 0; i < 3; ++i) {
-    clear |= nearest[i] > sum * kClearMargin ? 3u << 2 * i : 0;
-  }
-  return sum >= kMinClearSum && sum <= kMaxClearSum ? clear : 0;
-}
+/// The corners of triangles or lines, as columns of what holds those of many shapes.
+struct TShapeColumns {
+  int Count;
+  int Corner[3];
+};
 
-/// Whether the clipper drops a shape, all of it outside one plane, although one or two planes cut
-/// it before. What arrays do by bits for many, with the proof, is in arrays/VertexBatch.cpp.
-[[gnu::noinline]] inline bool LiesBeyond(TCorners corners, TJoinedPlanes outside) {
-  const unsigned int passed = outside.All ^ (outside.All - 1); // up to the plane all are outside of
-  const unsigned int cuts = outside.Any & ~outside.All & passed;
-  const unsigned int rest = cuts & (cuts - 1);
-  if ((rest & (rest - 1)) != 0 || (FindClear(corners) & passed) != passed) {
-    return false;
-  }
-  if (rest == 0 || corners[1] == corners[2]) {
-    return true;
-  }
-  // Two planes, which must not see the same corner alone: on which sides are the corners?
-  const auto isApart = [&](int c, unsigned int planes) {
-    const int plane = std::countr_zero(planes);
-    return IsInside(*corners[0], plane) != IsInside(*corners[c], plane);
-  };
-  return isApart(1, cuts) != isApart(1, rest) || isApart(2, cuts) != isApart(2, rest);
-}
+/// The vertices of a column that each plane has inside, one a bit.
+struct TInsideBits {
+  std::uint64_t Plane[kClipPlanes];
+};
 
-/// Whether the clipper drops all of a shape: unchanged, where the first plane that does not pass
-/// all of it has all of it outside, or by `LiesBeyond`.
-inline bool IsDropped(TCorners corners, TJoinedPlanes outside) {
-  return outside.All != 0 &&
-         ((outside.All & (outside.Any & (0u - outside.Any))) != 0 || LiesBeyond(corners, outside));
+/// Which of `shapes`, that a plane cuts, the clipper drops all the same, since all of each lies
+/// beyond another plane. `clear` are those that are clear of both planes of an axis, by axis.
+std::uint64_t LiesBeyond(const TInsideBits* inside, const TShapeColumns& columns,
+                         const std::uint64_t (&clear)[3], std::uint64_t shapes);
+
+/// The same of one shape, which lies outside one plane at least.
+bool LiesBeyond(TCorners corners);
+
+/// The plane from which on a shape is to be clipped: the first; `kClipPlanes` if it is inside of
+/// all; -1 if the clipper drops it, unchanged at the first plane that does not pass all of it, or
+/// beyond another. Most shapes are inside or dropped: decided without branches.
+inline int ClipsFrom(TCorners corners) {
+  const TJoinedPlanes outside = OutsidePlanes(corners);
+  if (outside.Any == 0) {
+    return kClipPlanes;
+  }
+  const unsigned int first = outside.Any & (0u - outside.Any);
+  const bool isOutside = (outside.All & first) != 0;
+  return isOutside || (outside.All != 0 && LiesBeyond(corners)) ? -1 : 0;
 }
 
 } // namespace Zx3D

@@ -3,34 +3,19 @@
 
 #pragma once
 
-#include <cstddef>
-#include <cstring>
-
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/common/Pairs.h>
 
 namespace Zx3D {
 
-/// Copies the first slots of a record; sizes that the compiler knows need no call.
+/// Copies the first slots of a record.
 inline void CopySlots(vec_t_<double, 4>* to, const vec_t_<double, 4>* from, int count) {
-  constexpr std::size_t kSlot = sizeof *from;
-  switch (count) {
-  case 1:
-    std::memcpy(to, from, kSlot);
-    break;
-  case 2:
-    std::memcpy(to, from, 2 * kSlot);
-    break;
-  case 3:
-    std::memcpy(to, from, 3 * kSlot);
-    break;
-  case 4:
-    std::memcpy(to, from, 4 * kSlot);
-    break;
-  default:
-    std::memcpy(to, from, static_cast<std::size_t>(count) * kSlot);
-    break;
+  for (const vec_t_<double, 4>* const end = from + count; from != end; ++from, ++to) {
+    const TPair low = PairAt(&from->x);
+    const TPair high = PairAt(&from->z);
+    StorePair(&to->x, low);
+    StorePair(&to->z, high);
   }
 }
 

@@ -88,11 +88,7 @@ void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) {
   CopySlots(to.Slots, from.Slots, m_VarCount);
 }
 
-void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
-  for (int i = 0; i < m_VarCount; ++i) {
-    to.Slots[i] = from.Slots[i];
-  }
-}
+void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) { CopyVar(to, from); }
 
 // --- A vertex
 
@@ -145,9 +141,9 @@ void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[
 
 // --- The modes
 
-// The start of every mode: fills the next record of the primitive. The shader of the context itself
-// needs no virtual call; its state is that of the context in which it was installed last.
-inline void TRenderEngine::ShadeNextVertex() {
+// Fills the next record of the primitive, then does what is the mode's. The shader of the context
+// itself needs no virtual call; its state is that of the context in which it was installed last.
+template <TRenderEngine::TAssemble kAssemble> inline void TRenderEngine::TakeVertex() {
   VAR_DATA* const record = &gl.m_VarCur[gl.m_Pending];
   if (gl.m_VertexShader == gl.m_StdVertexShader) {
     ShadeVertex(gl.m_VertexShader->m_Render, record, nullptr);
@@ -158,6 +154,7 @@ inline void TRenderEngine::ShadeNextVertex() {
   const volatile int* const pending = &gl.m_Pending;
   ++gl.m_VertexIndex;
   gl.m_Pending = *pending + 1;
+  (this->*kAssemble)();
 }
 
 // --- The modes, after the shading of the vertex
@@ -250,44 +247,24 @@ void TRenderEngine::AssembleQuad() {
 
 void TRenderCPU::UnknownVertex() {}
 
-void TRenderCPU::PointsVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssemblePoint();
-}
+void TRenderCPU::PointsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssemblePoint>(); }
 
-void TRenderCPU::LinesVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLine();
-}
+void TRenderCPU::LinesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLine>(); }
 
-void TRenderCPU::LineLoopVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLineLoop();
-}
+void TRenderCPU::LineLoopVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineLoop>(); }
 
-void TRenderCPU::LineStripVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLineStrip();
-}
+void TRenderCPU::LineStripVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineStrip>(); }
 
-void TRenderCPU::TrianglesVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangle();
-}
+void TRenderCPU::TrianglesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleTriangle>(); }
 
 void TRenderCPU::TriangleStripVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangleStrip();
+  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleStrip>();
 }
 
 void TRenderCPU::TriangleFunVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangleFan();
+  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleFan>();
 }
 
-void TRenderCPU::QuadsVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleQuad();
-}
+void TRenderCPU::QuadsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleQuad>(); }
 
 } // namespace Zx3D
