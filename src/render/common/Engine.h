@@ -132,7 +132,7 @@ struct TRenderEngine {
 
   // --- stages/Submission.cpp: from vertices to primitives
 
-  template <TAssemble kAssemble> void TakeVertex();
+  template <TAssemble kAssemble> void TakeVertex(TRenderCPU& context);
   void AssemblePoint();
   void AssembleLine();
   void AssembleLineStrip();

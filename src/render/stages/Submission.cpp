@@ -143,17 +143,19 @@ void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[
 
 // Fills the next record of the primitive, then does what is the mode's. The shader of the context
 // itself needs no virtual call; its state is that of the context in which it was installed last.
-template <TRenderEngine::TAssemble kAssemble> inline void TRenderEngine::TakeVertex() {
-  VAR_DATA* const record = &gl.m_VarCur[gl.m_Pending];
-  if (gl.m_VertexShader == gl.m_StdVertexShader) {
-    ShadeVertex(gl.m_VertexShader->m_Render, record, nullptr);
+template <TRenderEngine::TAssemble kAssemble>
+inline void TRenderEngine::TakeVertex(TRenderCPU& context) {
+  VAR_DATA* const record = &context.m_VarCur[context.m_Pending];
+  TVertexShaderCPU* const shader = context.m_VertexShader;
+  if (shader == context.m_StdVertexShader) [[likely]] {
+    ShadeVertex(shader->m_Render, record, nullptr);
   } else {
-    gl.m_VertexShader->Execute(record);
+    shader->Execute(record);
   }
   // Each by itself: a load of both would wait for the store of either to reach memory.
-  const volatile int* const pending = &gl.m_Pending;
-  ++gl.m_VertexIndex;
-  gl.m_Pending = *pending + 1;
+  const volatile int* const pending = &context.m_Pending;
+  ++context.m_VertexIndex;
+  context.m_Pending = *pending + 1;
   (this->*kAssemble)();
 }
 
@@ -247,24 +249,24 @@ void TRenderEngine::AssembleQuad() {
 
 void TRenderCPU::UnknownVertex() {}
 
-void TRenderCPU::PointsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssemblePoint>(); }
+void TRenderCPU::PointsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssemblePoint>(*this); }
 
-void TRenderCPU::LinesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLine>(); }
+void TRenderCPU::LinesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLine>(*this); }
 
-void TRenderCPU::LineLoopVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineLoop>(); }
+void TRenderCPU::LineLoopVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineLoop>(*this); }
 
-void TRenderCPU::LineStripVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineStrip>(); }
+void TRenderCPU::LineStripVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineStrip>(*this); }
 
-void TRenderCPU::TrianglesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleTriangle>(); }
+void TRenderCPU::TrianglesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleTriangle>(*this); }
 
 void TRenderCPU::TriangleStripVertex() {
-  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleStrip>();
+  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleStrip>(*this);
 }
 
 void TRenderCPU::TriangleFunVertex() {
-  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleFan>();
+  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleFan>(*this);
 }
 
-void TRenderCPU::QuadsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleQuad>(); }
+void TRenderCPU::QuadsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleQuad>(*this); }
 
 } // namespace Zx3D
