@@ -132,7 +132,7 @@ struct TRenderEngine {
 
   // --- stages/Submission.cpp: from vertices to primitives
 
-  template <TAssemble kAssemble> void TakeVertex(TRenderCPU& context);
+  template <TAssemble kAssemble> void Take(TRenderCPU& context);
   void AssemblePoint();
   void AssembleLine();
   void AssembleLineStrip();

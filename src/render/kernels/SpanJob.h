@@ -304,7 +304,7 @@ struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
   int Lanes;         ///< doubles in a vector
   void (*DrawTriangle)(TSpanJob* job);
-  /// Within the scope of quiet floats of a draw, as all shapes of batches.
+  /// Within the scope of quiet floats of a draw, as `TransformBatch` to `PackColors`.
   void (*DrawPlannedTriangle)(TSpanJob* job, const TTriangleRows& rows, int shape);
   /// Lines that are set up, by the job's own primitive in turn. Leaves that of the last fragment.
   void (*DrawLines)(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks, int count);

@@ -1,4 +1,4 @@
-// Tested by: tests/render/Clipping.cpp (Clipping.*)
+// Tested by: tests/render/Clipping.cpp (Clipping.*), tests/render/ClipOutside.cpp (ClipOutside.*)
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
@@ -44,7 +44,8 @@ void TRenderCPU::Mix(VAR_DATA& a, const VAR_DATA& b, double t) {
 // Let d = u + w or w - u be the inside distance of a corner to a plane, S the sum of the magnitudes
 // of all components of the shape's corners, e = 2^-53, m = S/2^20. Required, up to the first plane
 // P at which d < -m for all corners:
-//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes;
+//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes (both planes
+//      of an axis are asked at once: the lesser magnitude of d is that of |u| - |w|);
 //   2. two planes at most have corners on both sides, and with triangles it is not the same corner
 //      that both cut off from the two others, or leave alone;
 //   3. 2^-900 <= S <= 2^900, so that nothing overflows and what underflows is far below e S.

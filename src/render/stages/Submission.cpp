@@ -143,8 +143,7 @@ void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[
 
 // Fills the next record of the primitive, then does what is the mode's. The shader of the context
 // itself needs no virtual call; its state is that of the context in which it was installed last.
-template <TRenderEngine::TAssemble kAssemble>
-inline void TRenderEngine::TakeVertex(TRenderCPU& context) {
+template <TRenderEngine::TAssemble kAssemble> inline void TRenderEngine::Take(TRenderCPU& context) {
   VAR_DATA* const record = &context.m_VarCur[context.m_Pending];
   TVertexShaderCPU* const shader = context.m_VertexShader;
   if (shader == context.m_StdVertexShader) [[likely]] {
@@ -249,24 +248,22 @@ void TRenderEngine::AssembleQuad() {
 
 void TRenderCPU::UnknownVertex() {}
 
-void TRenderCPU::PointsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssemblePoint>(*this); }
+void TRenderCPU::PointsVertex() { m_Engine->Take<&TRenderEngine::AssemblePoint>(*this); }
 
-void TRenderCPU::LinesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLine>(*this); }
+void TRenderCPU::LinesVertex() { m_Engine->Take<&TRenderEngine::AssembleLine>(*this); }
 
-void TRenderCPU::LineLoopVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineLoop>(*this); }
+void TRenderCPU::LineLoopVertex() { m_Engine->Take<&TRenderEngine::AssembleLineLoop>(*this); }
 
-void TRenderCPU::LineStripVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleLineStrip>(*this); }
+void TRenderCPU::LineStripVertex() { m_Engine->Take<&TRenderEngine::AssembleLineStrip>(*this); }
 
-void TRenderCPU::TrianglesVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleTriangle>(*this); }
+void TRenderCPU::TrianglesVertex() { m_Engine->Take<&TRenderEngine::AssembleTriangle>(*this); }
 
 void TRenderCPU::TriangleStripVertex() {
-  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleStrip>(*this);
+  m_Engine->Take<&TRenderEngine::AssembleTriangleStrip>(*this);
 }
 
-void TRenderCPU::TriangleFunVertex() {
-  m_Engine->TakeVertex<&TRenderEngine::AssembleTriangleFan>(*this);
-}
+void TRenderCPU::TriangleFunVertex() { m_Engine->Take<&TRenderEngine::AssembleTriangleFan>(*this); }
 
-void TRenderCPU::QuadsVertex() { m_Engine->TakeVertex<&TRenderEngine::AssembleQuad>(*this); }
+void TRenderCPU::QuadsVertex() { m_Engine->Take<&TRenderEngine::AssembleQuad>(*this); }
 
 } // namespace Zx3D

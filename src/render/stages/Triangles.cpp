@@ -2,9 +2,6 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
