@@ -170,11 +170,11 @@ struct TBatchDraw {
 
   TVertexBatch& Vertices() { return Shapes.AreSeparate() ? Batch : Line; }
 
-  // What each plane has inside of the corners' columns.
-  void FindInside(const TSpanKernels& kernels, TInsideBits (*out)[4]) const {
+  // What each plane has inside of the corners of `shapes` shapes.
+  void FindInside(const TSpanKernels& kernels, int shapes, TInsideBits (*out)[4]) const {
     if (Shapes.AreSeparate()) {
       for (int c = 0; c < Shapes.Corners; ++c) {
-        kernels.FindInside(Batch, c * Batch.Pitch, Batch.Pitch, &(*out)[c]);
+        kernels.FindInside(Batch, c * Batch.Pitch, shapes, &(*out)[c]);
       }
       return;
     }

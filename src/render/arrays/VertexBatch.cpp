@@ -174,7 +174,7 @@ static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
   const TSpanKernels& kernels = *GetSpanKernels();
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   TInsideBits inside[4];
-  draw->FindInside(kernels, &inside);
+  draw->FindInside(kernels, shapes, &inside);
   (*out)[1].Outside = ~std::uint64_t{0};
   for (int half = 0; half < draw->Shapes.Halves(); ++half) {
     const TShapeColumns& columns = draw->Shapes.Columns[half];
