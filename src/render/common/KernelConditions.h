@@ -143,6 +143,9 @@ inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a li
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
 inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back
 
+inline constexpr double kClearMargin = 1.0 / (1 << 20); ///< of a plane's distance: `LiesBeyond`
+inline constexpr double kMinClearSum = 0x1p-900;  ///< magnitudes that neither overflow nor underflow
+inline constexpr double kMaxClearSum = 0x1p900;
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping
 inline constexpr double kByteMargin = 1e-6;       ///< of 255 c + 0.5 from an integer: SpanSetup.cpp
