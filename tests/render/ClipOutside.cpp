@@ -15,6 +15,7 @@
 
 #include "LevelTest.h"
 #include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
 
 namespace {
 
@@ -267,10 +268,8 @@ protected:
           shapes[s] = Any(s % 5);
         }
         const TVertexBatch batch = BatchOf(shapes);
-        TShapeClasses triangles;
-        TShapeClasses lines;
-        kernels.ClassifyTriangles(batch, {0, 1, 2}, kPitch, {false, false, true}, &triangles);
-        kernels.ClassifyLines(batch, kPitch, &lines);
+        const TShapeClasses triangles = ClassesOf(kernels, batch, {3, {0, 1, 2}});
+        const TShapeClasses lines = ClassesOf(kernels, batch, {2, {0, 1, 1}});
         for (std::size_t s = 0; s < kPitch; ++s) {
           check(shapes[s], s % 5, Of(triangles, s), Of(lines, s));
           if (HasFatalFailure()) {
@@ -279,6 +278,19 @@ protected:
         }
       }
     }
+  }
+
+  static TShapeClasses ClassesOf(const Zx3D::TSpanKernels& kernels, const TVertexBatch& batch,
+                                 const Zx3D::TShapeColumns& columns) {
+    Zx3D::TInsideBits inside[4];
+    for (int c = 0; c < columns.Count; ++c) {
+      kernels.FindInside(batch, c * kPitch, kPitch, &inside[c]);
+    }
+    TShapeClasses classes = Zx3D::ClassifyShapes(inside, columns);
+    std::uint64_t clear[3];
+    kernels.FindClear(batch, columns, kPitch, &clear);
+    classes.Beyond = Zx3D::LiesBeyond(inside, columns, clear, ~(classes.Inside | classes.Outside));
+    return classes;
   }
 
   static TShapeClasses Of(const TShapeClasses& all, std::size_t shape) {
@@ -344,6 +356,60 @@ TEST_F(ClipOutside, MostOfWhatLiesOutsideIsDropped) {
   EXPECT_GT(dropped, 0.95 * outside) << "of " << outside;
 }
 
+// --- Shapes that come one by one
+
+bool IsDropped(const TTriangle& v, bool isLine) {
+  vec_t_<double, 4> at[3];
+  for (std::size_t i = 0; i < 3; ++i) {
+    at[i] = {v[i][0], v[i][1], v[i][2], v[i][3]};
+  }
+  const vec_t_<double, 4>* const corners[3] = {&at[0], &at[1], &at[isLine ? 1 : 2]};
+  return Zx3D::ClipsFrom(corners) < 0;
+}
+
+TEST_F(ClipOutside, NothingIsLeftOfSingleShapesThatAreDropped) {
+  int cutFirst[5] = {};
+  int linesCutFirst[5] = {};
+  int outside = 0;
+  int dropped = 0;
+  for (std::size_t i = 0; i < 600000; ++i) {
+    const std::size_t kind = i % 5;
+    const TTriangle v = Any(kind);
+    const bool isDropped = IsDropped(v, false);
+    const bool isLineDropped = IsDropped(v, true);
+    if (isDropped) {
+      ASSERT_EQ(0, PiecesOf(v)) << "kind " << kind;
+    }
+    if (isLineDropped) {
+      ASSERT_FALSE(IsLineDrawn(v[0], v[1])) << "kind " << kind;
+    }
+    // Of these, what a plane cuts before.
+    const auto isCut = [&](std::size_t corners) {
+      for (int plane = 0; plane < 6; ++plane) {
+        std::size_t in = 0;
+        for (std::size_t c = 0; c < corners; ++c) {
+          in += IsInside(v[c], plane) ? 1 : 0;
+        }
+        if (in != corners) {
+          return in != 0;
+        }
+      }
+      return false;
+    };
+    cutFirst[kind] += isDropped && isCut(3) ? 1 : 0;
+    linesCutFirst[kind] += isLineDropped && isCut(2) ? 1 : 0;
+    if (kind == 0 && IsOutsideOne(v, 3)) {
+      ++outside;
+      dropped += isDropped ? 1 : 0;
+    }
+  }
+  for (const std::size_t kind : {0u, 1u, 3u}) {
+    EXPECT_GT(cutFirst[kind], 500) << kind;
+    EXPECT_GT(linesCutFirst[kind], 500) << kind;
+  }
+  EXPECT_GT(dropped, 0.95 * outside) << "of " << outside;
+}
+
 // --- Whole draws
 
 // Clip z is -1.5 times the depth of a vertex plus 0.5, w is that depth: all planes can cut, and w
@@ -384,7 +450,8 @@ TEST_F(ClipOutside, DrawsLeaveWhatTheReferencePathLeaves) {
   }
   for (const std::vector<double>& positions : all) {
     for (const double* const matrix : {kSlanted, kThroughZero}) {
-      for (const unsigned int mode : {GL_TRIANGLES, GL_QUADS, GL_LINES}) {
+      for (const unsigned int mode :
+           {GL_TRIANGLES, GL_QUADS, GL_LINES, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN, GL_LINE_STRIP}) {
         for (int state = 0; state < 8; ++state) {
           Expect(testing::PrintToString(mode) + ", state " + std::to_string(state),
                  [&](TRenderCPU& gl) {

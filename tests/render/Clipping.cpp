@@ -400,7 +400,7 @@ TEST(OutsidePlanes, OfATriangleAreThoseOfItsCornersJoined) {
     const TVec4& a = corners[i];
     const TVec4& b = corners[(i * 7 + 1) % corners.size()];
     const TVec4& c = corners[(i * 31 + 5) % corners.size()];
-    const Zx3D::TJoinedPlanes planes = Zx3D::OutsidePlanes(a, b, c);
+    const Zx3D::TJoinedPlanes planes = Zx3D::OutsidePlanes({&a, &b, &c});
     EXPECT_EQ(bitsOf(a) | bitsOf(b) | bitsOf(c), planes.Any) << "corners " << i;
     EXPECT_EQ(bitsOf(a) & bitsOf(b) & bitsOf(c), planes.All) << "corners " << i;
   }

@@ -13,6 +13,7 @@
 #include <ZxCore3D/render/common/SlotTable.h>
 #include <ZxCore3D/render/common/TypeSizes.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
@@ -91,7 +92,7 @@ bool TRenderEngine::LoadShared(const TArrayDraw& draw, std::uint64_t tags, unsig
     ShadeVertex(&gl, &cache.Vertices[place], draw.Lighting);
     cache.Tags[place] = tag;
   }
-  CopySlots(record, cache.Vertices[place], WrittenSlots(gl));
+  CopySlots(record->Slots, cache.Vertices[place].Slots, WrittenSlots(gl));
   return fetched;
 }
 

@@ -68,26 +68,4 @@ private:
   }
 };
 
-/// Copies the first slots of a record; sizes that the compiler knows need no call.
-inline void CopySlots(TRenderCPU::VAR_DATA* to, const TRenderCPU::VAR_DATA& from, int count) {
-  constexpr std::size_t kSlot = sizeof from.Slots[0];
-  switch (count) {
-  case 1:
-    std::memcpy(to, &from, kSlot);
-    break;
-  case 2:
-    std::memcpy(to, &from, 2 * kSlot);
-    break;
-  case 3:
-    std::memcpy(to, &from, 3 * kSlot);
-    break;
-  case 4:
-    std::memcpy(to, &from, 4 * kSlot);
-    break;
-  default:
-    std::memcpy(to, &from, static_cast<std::size_t>(count) * kSlot);
-    break;
-  }
-}
-
 } // namespace Zx3D

@@ -21,6 +21,9 @@ struct TShapes {
   int Step;
   int Lead;
   int Pitch = TVertexBatch::kMost / Corners; ///< shapes of a batch, an even number
+  /// A line, or the triangles of a quad, of which any other triangle is the first.
+  TShapeColumns Columns[2] = {{std::min(Corners, 3), {0, 1, std::min(Corners, 3) - 1}},
+                              {3, {0, 2, 3}}};
   /// The vertex of a batch at an entry of `TVertexBatch`, the corners in the order of drawing. A
   /// batch begins with its first shape's first vertex; that of a fan with the middle.
   std::uint8_t Vertex[TVertexBatch::kMost] = {};
@@ -41,6 +44,7 @@ struct TShapes {
   }
 
   bool AreSeparate() const { return Lead == 0; }
+  int Halves() const { return Corners == 4 ? 2 : 1; } ///< triangles of a shape
   /// Whether each shape has records of its own, which take turns.
   bool TakesTurns() const { return AreSeparate() && Corners >= 3; }
 };
@@ -68,12 +72,17 @@ struct TBatchDraw {
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   vec_t_<double, 4>* Current[3];
-  TVertexBatch Batch;
-  TVertexBatch Line;                       ///< the vertices themselves, where shapes share them
+  TVertexBatch Batch;   ///< the corners of the shapes
+  TVertexBatch Line;    ///< the vertices themselves, where shapes share them
+  TVertexBatch Divided; ///< the corners, divided by w
+  TVertexBatch DividedLine;
+  bool HasCorners = false;                 ///< whether `Batch` is filled
+  bool IsDivided = false;                  ///< whether `Divided` is
   int FirstPlace = 0;                      ///< of a separate triangle's records
   int Lines = 0;                           ///< that are set up and not yet drawn
   unsigned long First = 0;                 ///< element of the batch's first vertex
   int Count = 0;                           ///< vertices of the batch
+  int Entries = 0;                         ///< of `Vertices()` that are filled
   bool Fetched = false;                    ///< whether `Vectors` are those of the batch
   unsigned long List[TVertexBatch::kMost]; ///< of the batch's elements, if `Listed`
   vec_t_<double, 4> Vectors[3][TVertexBatch::kMost];
@@ -81,7 +90,8 @@ struct TBatchDraw {
   TBatchDraw(const TArrayDraw& arrays, const TElements& elements, const TShapes& shapes)
       : Arrays(arrays), Elements(elements), Shapes(shapes),
         Listed(elements.IsIndexed() || shapes.Mode == GL_TRIANGLE_FAN) {
-    Batch.Pitch = Line.Pitch = shapes.Pitch;
+    Batch.Pitch = Divided.Pitch = shapes.Pitch;
+    Line.Pitch = 1; // one shape with all vertices as corners
   }
 
   bool IsShared() const { return Elements.IsIndexed() || !Shapes.AreSeparate(); }
@@ -141,23 +151,78 @@ struct TBatchDraw {
     } else {
       First = Elements.At(begin);
     }
-    const auto fetch = kFetchPositions[Position.Kind];
-    if (Shapes.AreSeparate()) {
-      fetch(ListFor(Position), Shapes.Corners, &Batch);
+    const bool separate = Shapes.AreSeparate();
+    HasCorners = separate;
+    IsDivided = false;
+    TVertexBatch& vertices = Vertices();
+    kFetchPositions[Position.Kind](ListFor(Position), separate ? Shapes.Corners : Count, &vertices);
+    if (separate) {
+      Entries = Shapes.Corners * Batch.Pitch;
       for (int c = 0; c < Shapes.Corners; ++c) {
         ZeroRest(c * Batch.Pitch + shapes, (c + 1) * Batch.Pitch, &Batch);
       }
-      kernels.TransformBatch(matrix, Shapes.Corners * Batch.Pitch, &Batch);
+    } else {
+      Entries = (shapes + 7) / 8 * 8 + 8; // vectors, with those past the last shape
+      ZeroRest(Count, Entries, &Line);
+    }
+    kernels.TransformBatch(matrix, Entries, &vertices);
+  }
+
+  TVertexBatch& Vertices() { return Shapes.AreSeparate() ? Batch : Line; }
+
+  // What each plane has inside of the corners of `shapes` shapes.
+  void FindInside(const TSpanKernels& kernels, int shapes, TInsideBits (*out)[4]) const {
+    if (Shapes.AreSeparate()) {
+      for (int c = 0; c < Shapes.Corners; ++c) {
+        kernels.FindInside(Batch, c * Batch.Pitch, shapes, &(*out)[c]);
+      }
       return;
     }
-    fetch(ListFor(Position), 1, &Line);
-    const int whole = (shapes + 7) / 8 * 8; // vectors
-    ZeroRest(Count, whole + 8, &Line);
-    kernels.TransformBatch(matrix, whole + 8, &Line);
-    CopyCorners(Line.X, whole, Batch.X);
-    CopyCorners(Line.Y, whole, Batch.Y);
-    CopyCorners(Line.Z, whole, Batch.Z);
-    CopyCorners(Line.W, whole, Batch.W);
+    TInsideBits line;
+    kernels.FindInside(Line, 0, Entries, &line);
+    for (int plane = 0; plane < kClipPlanes; ++plane) {
+      const std::uint64_t bits = line.Plane[plane];
+      const bool fan = Shapes.Mode == GL_TRIANGLE_FAN;
+      (*out)[0].Plane[plane] = fan ? 0 - (bits & 1) : bits;
+      (*out)[1].Plane[plane] = bits >> 1;
+      (*out)[2].Plane[plane] = bits >> 2;
+    }
+  }
+
+  // Fills `Batch` from what stands in `Line`, if it is not filled.
+  void FillCorners() {
+    for (const auto part :
+         {&TVertexBatch::X, &TVertexBatch::Y, &TVertexBatch::Z, &TVertexBatch::W}) {
+      if (!HasCorners) {
+        CopyCorners(Line.*part, Batch.*part);
+      }
+    }
+    HasCorners = true;
+  }
+
+  void DivideCorners(const TSpanKernels& kernels) {
+    if (IsDivided) {
+      return;
+    }
+    IsDivided = true;
+    if (Shapes.AreSeparate()) {
+      kernels.DivideVertices(Batch, Entries, &Divided);
+      return;
+    }
+    kernels.DivideVertices(Line, Entries, &DividedLine);
+    CopyCorners(DividedLine.X, Divided.X);
+    CopyCorners(DividedLine.Y, Divided.Y);
+  }
+
+  // Takes the corners of triangles to the window.
+  void Project(const TSpanKernels& kernels, int width, int height) {
+    if (Shapes.AreSeparate()) {
+      kernels.ProjectVertices(Divided, width, height, Entries, &Batch);
+    } else {
+      kernels.ProjectVertices(DividedLine, width, height, Entries, &Line);
+      HasCorners = false;
+      FillCorners();
+    }
   }
 
   // Vectors are computed whole, past the last vertex.
@@ -169,7 +234,8 @@ struct TBatchDraw {
 
   // One component of vertices that shapes share to the corners of the shapes, as `Shapes.Vertex`
   // places them: most lie side by side.
-  void CopyCorners(const double* vertices, int shapes, double* out) const {
+  void CopyCorners(const double* vertices, double* out) const {
+    const int shapes = Entries - 8;
     const int pitch = Shapes.Pitch;
     if (Shapes.Mode == GL_TRIANGLE_STRIP) {
       for (int s = 0; s < shapes; s += 2) {

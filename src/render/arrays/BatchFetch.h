@@ -63,16 +63,8 @@ void FetchPositions(const TFetchList& list, int corners, TVertexBatch* out) {
   });
 }
 
-#define ZX_BY_SIZE(fetch, from) fetch<from, 1>, fetch<from, 2>, fetch<from, 3>, fetch<from, 4>
-#define ZX_BY_FAMILY(fetch)                                                                        \
-  ZX_BY_SIZE(fetch, TFromByte), ZX_BY_SIZE(fetch, TFromNormalizedByte),                            \
-      ZX_BY_SIZE(fetch, TFromFloat), ZX_BY_SIZE(fetch, TFromDouble)
-
 /// In the order of `s_AttrGetVals`.
 inline constexpr TFetchVectors kFetchVectors[16] = {ZX_BY_FAMILY(FetchVectors)};
 inline constexpr TFetchPositions kFetchPositions[16] = {ZX_BY_FAMILY(FetchPositions)};
-
-#undef ZX_BY_FAMILY
-#undef ZX_BY_SIZE
 
 } // namespace Zx3D

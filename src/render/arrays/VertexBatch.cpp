@@ -52,6 +52,7 @@ void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
 // stage.
 void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
+  draw->FillCorners();
   for (int c = 0; c < draw->Shapes.Corners; ++c) {
     ShadeBatched(draw, c * draw->Batch.Pitch + shape, inside, &gl.m_VarCur[c]);
   }
@@ -89,14 +90,14 @@ void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
 
 // Sets up a triangle or line of a batch in the window. Nothing but the draw itself runs until its
 // end, so that no state needs to be looked after. False if drawing takes the reference walker.
-bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int shape,
+bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const TShapeColumns& columns, int shape,
                                   TPrimitive* primitive) {
   const TVertexCache& cache = *VertexCache;
   const bool turns = draw->Shapes.TakesTurns();
   int places[3];
   for (int c = 0; c < 3; ++c) {
-    const int entry = corners[c] * draw->Batch.Pitch + shape;
-    places[c] = turns ? draw->FirstPlace + corners[c] : draw->Shapes.Vertex[entry];
+    const int entry = columns.Corner[c] * draw->Batch.Pitch + shape;
+    places[c] = turns ? draw->FirstPlace + columns.Corner[c] : draw->Shapes.Vertex[entry];
     if (!turns && cache.Slots[places[c]] == nullptr) {
       ShadeCorner(draw, entry, places[c]);
     }
@@ -114,8 +115,8 @@ bool TRenderEngine::SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int
 // Draws a triangle of a batch in the window. False, having drawn nothing, if that takes the
 // reference walker.
 bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
-                                 const int (&corners)[3], int shape) {
-  if (!SetUpInWindow(draw, corners, shape, &DrawJob->Primitive)) {
+                                 const TShapeColumns& columns, int shape) {
+  if (!SetUpInWindow(draw, columns, shape, &DrawJob->Primitive)) {
     return false;
   }
   DrawJob->StartPrimitive();
@@ -127,10 +128,9 @@ bool TRenderEngine::DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows,
 // Adds a line to those that are set up: their stores would wait behind those of pixels. Returns as
 // `DrawInWindow`.
 bool TRenderEngine::AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape) {
-  static constexpr int kEnds[3] = {0, 1, 1};
   TPrimitive& line = VertexCache->Lines[draw->Lines];
   line = DrawJob->Primitive;
-  if (!SetUpInWindow(draw, kEnds, shape, &line)) {
+  if (!SetUpInWindow(draw, draw->Shapes.Columns[0], shape, &line)) {
     return false;
   }
   const int to = draw->Batch.Pitch + shape;
@@ -150,36 +150,64 @@ void TRenderEngine::DrawLines(TBatchDraw* draw) {
   }
 }
 
-// The triangles of a quad; a triangle is the first.
-static constexpr int kHalves[2][3] = {{0, 1, 2}, {0, 2, 3}};
+// --- Planes
+
+TShapeClasses ClassifyShapes(const TInsideBits (&inside)[4], const TShapeColumns& columns) {
+  TShapeClasses classes;
+  classes.Inside = ~std::uint64_t{0}; // of the planes so far
+  for (int plane = 0; plane < kClipPlanes; ++plane) {
+    std::uint64_t any = 0;
+    std::uint64_t all = ~std::uint64_t{0};
+    for (int c = 0; c < columns.Count; ++c) {
+      any |= inside[columns.Corner[c]].Plane[plane];
+      all &= inside[columns.Corner[c]].Plane[plane];
+    }
+    classes.Outside |= classes.Inside & ~any;
+    classes.Inside &= all;
+  }
+  return classes;
+}
 
 // The classes of both halves. Where there is but one, the other is outside.
-static void Classify(const TBatchDraw& draw, int shapes, const TCulling& culling,
+static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
                      TShapeClasses (*out)[2]) {
   const TSpanKernels& kernels = *GetSpanKernels();
-  const int corners = draw.Shapes.Corners;
+  const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
+  TInsideBits inside[4];
+  draw->FindInside(kernels, shapes, &inside);
   (*out)[1].Outside = ~std::uint64_t{0};
-  if (corners == 2) {
-    kernels.ClassifyLines(draw.Batch, shapes, &(*out)[0]);
-  }
-  for (int half = 0; half + 3 <= corners; ++half) {
-    kernels.ClassifyTriangles(draw.Batch, kHalves[half], shapes, culling, &(*out)[half]);
+  for (int half = 0; half < draw->Shapes.Halves(); ++half) {
+    const TShapeColumns& columns = draw->Shapes.Columns[half];
+    TShapeClasses& classes = (*out)[half];
+    classes = ClassifyShapes(inside, columns);
+    const std::uint64_t cut = all & ~(classes.Inside | classes.Outside);
+    if (cut != 0) {
+      std::uint64_t clear[3];
+      draw->FillCorners();
+      kernels.FindClear(draw->Batch, columns, shapes, &clear);
+      classes.Beyond = LiesBeyond(inside, columns, clear, cut);
+    }
+    if ((classes.Inside & all) != 0 && columns.Count == 3) {
+      draw->DivideCorners(kernels);
+      classes.Front = kernels.FindFront(draw->Divided, columns, shapes, engine.gl.m_FrontFaceCCW);
+      classes.Culled = classes.Inside & ((engine.IsCulled(true) ? classes.Front : 0) |
+                                         (engine.IsCulled(false) ? ~classes.Front : 0));
+    }
   }
 }
 
 // Takes a batch to the window: lines with their ends, triangles with the rows of both halves.
 static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWindowShapes* out) {
   const TSpanKernels& kernels = *GetSpanKernels();
-  const int corners = draw->Shapes.Corners;
-  if (corners == 2) {
+  if (draw->Shapes.Corners == 2) {
+    draw->FillCorners();
     kernels.ProjectLines(gl.m_Width, gl.m_Height, shapes, &draw->Batch, &out->Ends);
     return;
   }
-  for (int c = 0; c < corners; ++c) {
-    kernels.ProjectVertices(gl.m_Width, gl.m_Height, c * draw->Batch.Pitch, shapes, &draw->Batch);
-  }
-  for (int half = 0; half + 3 <= corners; ++half) {
-    kernels.PlanTriangles(draw->Batch, kHalves[half], shapes, gl.m_Height, &out->Rows[half]);
+  draw->Project(kernels, gl.m_Width, gl.m_Height);
+  for (int half = 0; half < draw->Shapes.Halves(); ++half) {
+    kernels.PlanTriangles(draw->Batch, draw->Shapes.Columns[half], shapes, gl.m_Height,
+                          &out->Rows[half]);
   }
 }
 
@@ -188,12 +216,12 @@ static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWi
 // last one.
 int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const int corners = draw->Shapes.Corners;
-  const int halves = corners == 4 ? 2 : 1;
+  const int halves = draw->Shapes.Halves();
   const bool turns = draw->Shapes.TakesTurns();
   TShapeClasses classes[2];
   const TShapeClasses& a = classes[0];
   const TShapeClasses& b = classes[1];
-  Classify(*draw, shapes, {IsCulled(true), IsCulled(false), gl.m_FrontFaceCCW}, &classes);
+  Classify(*this, draw, shapes, &classes);
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
   std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
   const std::uint64_t uncut = (a.Outside | a.Culled) & (b.Outside | b.Culled);
@@ -230,7 +258,7 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
     for (int half = 0; half < halves && done; ++half) {
       gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;
       done = (classes[half].Culled >> shape & 1) != 0 ||
-             DrawInWindow(draw, window.Rows[half], kHalves[half], shape);
+             DrawInWindow(draw, window.Rows[half], draw->Shapes.Columns[half], shape);
     }
     return done;
   };
@@ -289,39 +317,27 @@ bool TRenderEngine::MayBatchPoints(TDrawState* state) const {
 // `vertices` of a mode whose shapes share vertices. All slots that no shader fills are 0 in the
 // copies of vertices; in the records of the shape itself they are as it left them.
 void TRenderEngine::ResumeAfter(TBatchDraw* draw, int vertices) {
-  const auto shade = [&](int vertex) {
-    VAR_DATA record = {};
+  const auto shade = [&](int vertex, VAR_DATA* record) {
+    if (!gl.m_TexUnits[0].TexEnabled) {
+      record->Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
+    }
     draw->Arrays.Fetch(&gl, draw->Elements.At(vertex));
-    ShadeVertex(&gl, &record, draw->Arrays.Lighting);
-    return record;
+    ShadeVertex(&gl, record, draw->Arrays.Lighting);
   };
-  const int last = vertices - 1;
-  switch (gl.m_PrimitiveMode) {
-  case GL_LINE_LOOP:
-    gl.CopyVar(gl.m_VarSaved[0], shade(0));
-    [[fallthrough]];
-  case GL_LINE_STRIP:
-    gl.CopyVar(gl.m_VarSaved[1], shade(last));
+  const unsigned int mode = draw->Shapes.Mode;
+  gl.m_Pending = draw->Shapes.AreSeparate() ? 0 : draw->Shapes.Corners - 1;
+  if (mode == GL_LINE_LOOP || mode == GL_TRIANGLE_FAN) {
+    shade(0, &gl.m_VarSaved[0]);
+  }
+  for (int vertex = vertices - gl.m_Pending; vertex < vertices; ++vertex) {
+    int place = mode == GL_TRIANGLE_FAN ? 1 + (vertex & 1) : 1;
+    if (mode == GL_TRIANGLE_STRIP) {
+      place = gl.m_StripIndex = vertex % 3;
+    }
+    shade(vertex, &gl.m_VarSaved[place]);
+  }
+  if (gl.m_Pending == 1) {
     gl.CopyVar(gl.m_VarCur[0], gl.m_VarSaved[1]);
-    gl.m_Pending = 1;
-    break;
-  case GL_TRIANGLE_STRIP:
-    for (int vertex = last - 2; vertex <= last; ++vertex) {
-      gl.CopyVar(gl.m_VarSaved[vertex % 3], shade(vertex));
-    }
-    gl.m_StripIndex = last % 3;
-    gl.m_Pending = 2;
-    break;
-  case GL_TRIANGLE_FAN:
-    gl.CopyVar(gl.m_VarSaved[0], shade(0));
-    for (int vertex = last - 1; vertex <= last; ++vertex) {
-      gl.CopyVar(gl.m_VarSaved[1 + (vertex & 1)], shade(vertex));
-    }
-    gl.m_Pending = 2;
-    break;
-  default:
-    gl.m_Pending = 0;
-    break;
   }
 }
 

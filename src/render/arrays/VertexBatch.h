@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include <ZxCore3D/render/stages/ClipPlanes.h>
+
 namespace Zx3D {
 
 /// Positions of the vertices of an array draw, many at a time: first as fetched, then in clip
@@ -35,6 +37,10 @@ struct TShapeClasses {
   std::uint64_t Front = 0;   ///< of those that are inside
 };
 
+/// Finds the shapes that are inside and those outside, by what the planes have inside of each
+/// column.
+TShapeClasses ClassifyShapes(const TInsideBits (&inside)[4], const TShapeColumns& columns);
+
 /// The rows of a batch's triangles in the window: see `TRowPlan`.
 struct TTriangleRows {
   static constexpr int kMost = TVertexBatch::kMost / 3;
@@ -54,13 +60,6 @@ struct TLineEnds {
 struct TWindowShapes {
   TTriangleRows Rows[2];
   TLineEnds Ends;
-};
-
-/// Which faces are taken out, and which way round the front is.
-struct TCulling {
-  bool Front;
-  bool Back;
-  bool FrontCCW;
 };
 
 } // namespace Zx3D

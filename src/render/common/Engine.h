@@ -21,6 +21,7 @@ struct TArrayDraw;
 struct TBatchDraw;
 struct TLineEnds;
 struct TTriangleRows;
+struct TShapeColumns;
 struct TElements;
 struct TVertexCache;
 class TRowFragmentShaderCPU;
@@ -131,7 +132,7 @@ struct TRenderEngine {
 
   // --- stages/Submission.cpp: from vertices to primitives
 
-  void ShadeNextVertex();
+  template <TAssemble kAssemble> void Take(TRenderCPU& context);
   void AssemblePoint();
   void AssembleLine();
   void AssembleLineStrip();
@@ -185,8 +186,9 @@ struct TRenderEngine {
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
   void DrawBatched(TBatchDraw* draw, int shape, bool inside);
-  bool SetUpInWindow(TBatchDraw* draw, const int (&corners)[3], int shape, TPrimitive* primitive);
-  bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const int (&corners)[3],
+  bool SetUpInWindow(TBatchDraw* draw, const TShapeColumns& columns, int shape,
+                     TPrimitive* primitive);
+  bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const TShapeColumns& columns,
                     int shape);
   bool AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape);
   void DrawLines(TBatchDraw* draw);

@@ -146,6 +146,9 @@ inline constexpr int kMinBatch = 4;               ///< shapes that a batch is wo
 inline constexpr int kExactRuns = 512;            ///< with a texture that have exact coordinates, after one in which
 inline constexpr int kMostUnsure = 4;             ///< one pixel in so many had to have them
 
+inline constexpr double kClearMargin = 1.0 / (1 << 20); ///< of a plane's distance: `LiesBeyond`
+inline constexpr double kMinClearSum = 0x1p-900;  ///< magnitudes that neither overflow nor underflow
+inline constexpr double kMaxClearSum = 0x1p900;
 inline constexpr double kMaxWindow = 1e6;         ///< window coordinates in which row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SpanSetup.cpp, constant bytes and clamping
 inline constexpr double kByteMargin = 1e-6;       ///< of 255 c + 0.5 from an integer: SpanSetup.cpp

@@ -14,8 +14,8 @@ namespace Zx3D {
 
 struct TVertexBatch;
 struct TPointBatch;
-struct TShapeClasses;
-struct TCulling;
+struct TShapeColumns;
+struct TInsideBits;
 struct TTriangleRows;
 struct TLineEnds;
 struct TShadedRow;
@@ -306,17 +306,21 @@ struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
   int Lanes;         ///< doubles in a vector
   void (*DrawTriangle)(TSpanJob* job);
-  /// Within the scope of quiet floats of a draw, as all shapes of batches.
+  /// Within the scope of quiet floats of a draw, as `TransformBatch` to `PackColors`.
   void (*DrawPlannedTriangle)(TSpanJob* job, const TTriangleRows& rows, int shape);
   /// Lines that are set up, by the job's own primitive in turn. Leaves that of the last fragment.
   void (*DrawLines)(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks, int count);
   void (*TransformBatch)(const double* matrix, int count, TVertexBatch* batch);
-  void (*ClassifyTriangles)(const TVertexBatch& batch, const int (&corners)[3], int count,
-                            const TCulling& culling, TShapeClasses* out);
-  void (*ProjectVertices)(int width, int height, int first, int count, TVertexBatch* batch);
-  void (*PlanTriangles)(const TVertexBatch& window, const int (&corners)[3], int count, int height,
-                        TTriangleRows* out);
-  void (*ClassifyLines)(const TVertexBatch& batch, int count, TShapeClasses* out);
+  void (*FindInside)(const TVertexBatch& batch, int first, int count, TInsideBits* out);
+  void (*FindClear)(const TVertexBatch& batch, const TShapeColumns& columns, int count,
+                    std::uint64_t (*out)[3]);
+  void (*DivideVertices)(const TVertexBatch& batch, int count, TVertexBatch* out);
+  std::uint64_t (*FindFront)(const TVertexBatch& divided, const TShapeColumns& columns, int count,
+                             bool frontCCW);
+  void (*ProjectVertices)(const TVertexBatch& divided, int width, int height, int count,
+                          TVertexBatch* batch);
+  void (*PlanTriangles)(const TVertexBatch& window, const TShapeColumns& columns, int count,
+                        int height, TTriangleRows* out);
   void (*ProjectLines)(int width, int height, int count, TVertexBatch* batch, TLineEnds* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);

@@ -16,6 +16,7 @@
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanExactColors-inl.h>
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
+#include <ZxCore3D/render/stages/ClipPlanes.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -42,220 +43,98 @@ inline HWY_ATTR void TransformBatch(const double* matrix, int count, TVertexBatc
   }
 }
 
-// The clip planes in the clipper's order, for a shape of kCorners corners.
-template <int kCorners> struct TPlaneWalk {
-  MD Whole; ///< no plane so far cuts the shape or takes it out
-  MD Outside;
-
-  HWY_INLINE HWY_ATTR void Meet(const MD (&in)[kCorners]) {
-    MD any = in[0];
-    MD all = in[0];
-    for (int c = 1; c < kCorners; ++c) {
-      any = hn::Or(any, in[c]);
-      all = hn::And(all, in[c]);
-    }
-    Outside = hn::Or(Outside, hn::AndNot(any, Whole));
-    Whole = hn::And(Whole, all);
-  }
-};
-
-// A shape is outside, here, if the first plane that does not have all of it inside has all of it
-// outside: the planes before that pass it unchanged, and there the clipper drops it. One that an
-// earlier plane cuts may lie beyond a later plane all the same: see `LiesBeyond`.
-template <int kCorners>
-HWY_INLINE HWY_ATTR TPlaneWalk<kCorners> WalkPlanes(const TVertexBatch& batch,
-                                                    const int (&at)[kCorners]) {
+// The planes that have the first `count` entries from `first` on inside, as the clipper compares: a
+// NaN is outside.
+inline HWY_ATTR void FindInside(const TVertexBatch& batch, int first, int count, TInsideBits* out) {
   const DD d;
-  TPlaneWalk<kCorners> walk = {hn::Not(NoLanes(DD())), NoLanes(DD())};
-  VD w[kCorners];
-  for (int c = 0; c < kCorners; ++c) {
-    w[c] = hn::Load(d, batch.W + at[c]);
+  std::uint64_t inside[kClipPlanes] = {};
+  for (int i = 0; i < count; i += kLanes) {
+    const VD w = hn::Load(d, batch.W + first + i);
+    const auto meet = [&](const double* axis, int plane) HWY_ATTR {
+      const VD u = hn::Load(d, axis + first + i);
+      inside[plane] |= BitsOfMask(d, hn::Ge(u, hn::Neg(w))) << i;
+      inside[plane + 1] |= BitsOfMask(d, hn::Le(u, w)) << i;
+    };
+    meet(batch.X, 0);
+    meet(batch.Y, 2);
+    meet(batch.Z, 4);
   }
-  for (const double* const axis : {batch.X, batch.Y, batch.Z}) {
-    MD below[kCorners];
-    MD above[kCorners];
-    for (int c = 0; c < kCorners; ++c) {
-      const VD u = hn::Load(d, axis + at[c]);
-      below[c] = hn::Ge(u, hn::Neg(w[c])); // a NaN is outside
-      above[c] = hn::Le(u, w[c]);
-    }
-    walk.Meet(below);
-    walk.Meet(above);
-    if (hn::AllFalse(d, walk.Whole)) {
-      break;
-    }
-  }
-  return walk;
+  std::copy_n(inside, kClipPlanes, out->Plane);
 }
 
-// Whether two planes cut off the same corner from the others, or leave the same one alone; the
-// signs of the distances tell the sides.
-template <int kCorners>
-HWY_INLINE HWY_ATTR MD SameAlone(const VD (&a)[kCorners], const VD (&b)[kCorners]) {
-  const hn::RebindToSigned<DD> di;
-  VD differs = hn::Zero(DD());
-  for (int c = 1; c < kCorners; ++c) {
-    differs = hn::Or(differs, hn::Xor(hn::Xor(a[0], a[c]), hn::Xor(b[0], b[c])));
-  }
-  return hn::RebindMask(DD(), hn::Not(hn::Lt(hn::BitCast(di, differs), hn::Zero(di))));
-}
-
-// Which shapes lie beyond a plane by a margin, so that the clipper drops all their pieces there at
-// the latest, although one or two planes before cut them.
-//
-// Let d = u + w or w - u be the inside distance of a corner to a plane, S the sum of the magnitudes
-// of all components of the shape's corners, e = 2^-53, m = S/2^20. Required, up to the first plane
-// P at which d < -m for all corners:
-//   1. d < -m or d > m for each corner and plane: all corners are clear of the planes;
-//   2. two planes at most have corners on both sides, and with triangles it is not the same corner
-//      that both cut off from the two others;
-//   3. 2^-900 <= S <= 2^900, so that nothing overflows and what underflows is far below e S.
-// d has one rounding, hence its true sign, which is the clipper's.
-//
-// A cut between o outside and i inside mixes o + (i - o) t, t = N/D. N is |d(o)| but for e S, and
-// the three sums of D err by less than 10 e S from |d(o)| + |d(i)|. So t <= 1 if |d(i)| > 12 e S:
-// N <= D then, and so is the rounded quotient. If o alone is clear, D > 0 and t < 1 + 2^-28, for
-// |d(o)| > m/2. In both cases t >= 0, and the new corner lies on the segment, or past its end by
-// 2^-28 of its length, with another 6 e S of rounding in each component. As d is linear, it leaves
-// the range of the d of o and i by less than S/2^26.
-//
-// One end of each segment that is cut is clear. At the first cut both are corners of the shape. At
-// the second, one end at least is such a corner, except for the segment between the two new ones.
-// These lie on the edges that meet in the corner cut off; by 2. another corner, at the end of one
-// of these edges, is cut off now or alone left, so that one of the two edges lies on one side,
-// clear, and so does its new corner.
-//
-// With two cuts a new corner is thus within S/2^25 of the range of d of the shape's corners. Any
-// plane in between that has these inside has it inside, and P has it outside: m is 32 times that.
-template <int kCorners>
-HWY_INLINE HWY_ATTR MD LiesBeyond(const TVertexBatch& batch, const int (&at)[kCorners]) {
+// Which of the first `count` shapes are clear of both planes of each axis: see `LiesBeyond`. The
+// distances of a corner have the magnitudes |u| + |w| and ||u| - |w||.
+inline HWY_ATTR void FindClear(const TVertexBatch& batch, const TShapeColumns& columns, int count,
+                               std::uint64_t (*out)[3]) {
   const DD d;
-  VD w[kCorners];
-  VD sum = hn::Zero(d);
-  for (int c = 0; c < kCorners; ++c) {
-    w[c] = hn::Load(d, batch.W + at[c]);
-    const VD xy =
-        hn::Add(hn::Abs(hn::Load(d, batch.X + at[c])), hn::Abs(hn::Load(d, batch.Y + at[c])));
-    const VD zw = hn::Add(hn::Abs(hn::Load(d, batch.Z + at[c])), hn::Abs(w[c]));
-    sum = hn::Add(sum, hn::Add(xy, zw));
-  }
-  const VD zero = hn::Zero(d);
-  const VD margin = hn::Mul(sum, hn::Set(d, 0x1p-20));
-  MD open = hn::And(hn::Ge(sum, hn::Set(d, 0x1p-900)), hn::Le(sum, hn::Set(d, 0x1p900)));
-  MD beyond = NoLanes(DD());
-  MD once = NoLanes(DD());
-  MD twice = NoLanes(DD());
-  VD first[kCorners]; // at the first cut, the sign tells on which side a corner is
-  std::fill_n(first, kCorners, zero);
-  const auto meet = [&](const VD(&distance)[kCorners]) HWY_ATTR {
-    VD least = distance[0];
-    VD most = distance[0];
-    VD nearest = hn::Abs(distance[0]);
-    for (int c = 1; c < kCorners; ++c) {
-      least = hn::Min(least, distance[c]);
-      most = hn::Max(most, distance[c]);
-      nearest = hn::Min(nearest, hn::Abs(distance[c]));
-    }
-    const MD clear = hn::And(open, hn::Gt(nearest, margin));
-    const MD out = hn::Lt(most, zero);
-    beyond = hn::Or(beyond, hn::And(clear, out));
-    open = hn::AndNot(out, clear);
-    const MD cut = hn::AndNot(hn::Gt(least, zero), open);
-    const MD again = hn::And(cut, once);
-    if (!hn::AllFalse(d, again)) {
-      open = hn::AndNot(hn::And(again, twice), open);
-      if (kCorners == 3) {
-        open = hn::AndNot(hn::And(again, SameAlone(distance, first)), open);
-      }
-      twice = hn::Or(twice, again);
-    }
-    const MD begins = hn::AndNot(once, cut);
-    for (int c = 0; c < kCorners; ++c) {
-      first[c] = hn::IfThenElse(begins, distance[c], first[c]);
-    }
-    once = hn::Or(once, cut);
-  };
-  for (const double* const axis : {batch.X, batch.Y, batch.Z}) {
-    VD below[kCorners];
-    VD above[kCorners];
-    for (int c = 0; c < kCorners; ++c) {
-      const VD u = hn::Load(d, axis + at[c]);
-      below[c] = hn::Add(w[c], u);
-      above[c] = hn::Sub(w[c], u);
-    }
-    meet(below);
-    meet(above);
-    if (hn::AllFalse(d, open)) {
-      break;
-    }
-  }
-  return beyond;
-}
-
-// Adds the shapes of one vector, from s on, to the classes; returns those inside, bit 0 being s.
-template <int kCorners>
-HWY_INLINE HWY_ATTR std::uint64_t AddClasses(const TVertexBatch& batch, const int (&at)[kCorners],
-                                             int s, TShapeClasses* out) {
-  const TPlaneWalk<kCorners> walk = WalkPlanes(batch, at);
-  const std::uint64_t group = FirstBits(kLanes);
-  const std::uint64_t outside = BitsOfMask(DD(), walk.Outside);
-  const std::uint64_t inside = BitsOfMask(DD(), walk.Whole);
-  out->Outside |= outside << s;
-  out->Inside |= inside << s;
-  if ((outside | inside) != group) {
-    out->Beyond |= (BitsOfMask(DD(), LiesBeyond(batch, at)) & ~(outside | inside)) << s;
-  }
-  return inside;
-}
-
-// Whether triangles face the front: the area's sign by the steps of rasterisation in their order.
-HWY_INLINE HWY_ATTR MD FacesFront(const TVertexBatch& batch, const int (&at)[3], bool frontCCW) {
-  const DD d;
-  VD x[3];
-  VD y[3];
-  for (int c = 0; c < 3; ++c) {
-    const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch.W + at[c]));
-    x[c] = hn::Mul(hn::Load(d, batch.X + at[c]), r);
-    y[c] = hn::Mul(hn::Load(d, batch.Y + at[c]), r);
-  }
-  const auto cross = [&](int i, int k)
-                         HWY_ATTR { return hn::Sub(hn::Mul(x[i], y[k]), hn::Mul(x[k], y[i])); };
-  const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
-  return frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d));
-}
-
-// Classifies the first `count` triangles, whose corners are three columns of the batch.
-inline HWY_ATTR void ClassifyTriangles(const TVertexBatch& batch, const int (&corners)[3],
-                                       int count, const TCulling& culling, TShapeClasses* out) {
-  *out = {};
+  std::fill_n(*out, 3, 0);
   for (int s = 0; s < count; s += kLanes) {
-    const int at[3] = {corners[0] * batch.Pitch + s, corners[1] * batch.Pitch + s,
-                       corners[2] * batch.Pitch + s};
-    const std::uint64_t inside = AddClasses(batch, at, s, out);
-    if (inside != 0) {
-      const std::uint64_t group = FirstBits(kLanes);
-      const std::uint64_t front = BitsOfMask(DD(), FacesFront(batch, at, culling.FrontCCW));
-      const std::uint64_t culled = (culling.Front ? front : 0) | (culling.Back ? front ^ group : 0);
-      out->Front |= front << s;
-      out->Culled |= (culled & inside) << s;
+    VD sum = hn::Zero(d);
+    VD nearest[3];
+    std::fill_n(nearest, 3, hn::Set(d, kMaxClearSum));
+    for (int c = 0; c < columns.Count; ++c) {
+      const int at = columns.Corner[c] * batch.Pitch + s;
+      const VD w = hn::Abs(hn::Load(d, batch.W + at));
+      const VD u[3] = {hn::Abs(hn::Load(d, batch.X + at)), hn::Abs(hn::Load(d, batch.Y + at)),
+                       hn::Abs(hn::Load(d, batch.Z + at))};
+      sum = hn::Add(sum, hn::Add(hn::Add(u[0], u[1]), hn::Add(u[2], w)));
+      for (int i = 0; i < 3; ++i) {
+        nearest[i] = hn::Min(nearest[i], hn::Abs(hn::Sub(w, u[i])));
+      }
+    }
+    const VD margin = hn::Mul(sum, hn::Set(d, kClearMargin));
+    const MD isOrdinary =
+        hn::And(hn::Ge(sum, hn::Set(d, kMinClearSum)), hn::Le(sum, hn::Set(d, kMaxClearSum)));
+    for (int i = 0; i < 3; ++i) {
+      (*out)[i] |= BitsOfMask(d, hn::And(isOrdinary, hn::Gt(nearest[i], margin))) << s;
     }
   }
 }
 
-// Window coordinates of `count` entries from `first` on, by the steps of rasterisation in their
-// order. They take the place of those in clip space; w becomes 1/w.
-inline HWY_ATTR void ProjectVertices(int width, int height, int first, int count,
+// Divides the first `count` entries by w: x, y and 1/w.
+inline HWY_ATTR void DivideVertices(const TVertexBatch& batch, int count, TVertexBatch* out) {
+  const DD d;
+  for (int i = 0; i < count; i += kLanes) {
+    const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch.W + i));
+    hn::Store(hn::Mul(hn::Load(d, batch.X + i), r), d, out->X + i);
+    hn::Store(hn::Mul(hn::Load(d, batch.Y + i), r), d, out->Y + i);
+    hn::Store(r, d, out->W + i);
+  }
+}
+
+// Which of the first `count` triangles face the front: the area's sign by the steps of
+// rasterisation in their order, of corners that are divided by w.
+inline HWY_ATTR std::uint64_t FindFront(const TVertexBatch& divided, const TShapeColumns& columns,
+                                        int count, bool frontCCW) {
+  const DD d;
+  std::uint64_t front = 0;
+  for (int s = 0; s < count; s += kLanes) {
+    const auto cross = [&](int i, int k) HWY_ATTR {
+      const int a = columns.Corner[i] * divided.Pitch + s;
+      const int b = columns.Corner[k] * divided.Pitch + s;
+      return hn::Sub(hn::Mul(hn::Load(d, divided.X + a), hn::Load(d, divided.Y + b)),
+                     hn::Mul(hn::Load(d, divided.X + b), hn::Load(d, divided.Y + a)));
+    };
+    const VD area = hn::Add(hn::Add(cross(0, 1), cross(1, 2)), cross(2, 0));
+    front |= BitsOfMask(d, frontCCW ? hn::Ge(area, hn::Zero(d)) : hn::Lt(area, hn::Zero(d))) << s;
+  }
+  return front;
+}
+
+// Window coordinates of the first `count` entries, by the steps of rasterisation in their order.
+// They take the place of those in clip space; w becomes 1/w.
+inline HWY_ATTR void ProjectVertices(const TVertexBatch& divided, int width, int height, int count,
                                      TVertexBatch* batch) {
   const DD d;
   const VD half = hn::Set(d, 0.5);
   const auto toWindow = [&](VD u, int size) HWY_ATTR {
     return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), hn::Set(d, size)), half);
   };
-  for (int i = first; i < first + count; i += kLanes) {
-    const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + i));
+  for (int i = 0; i < count; i += kLanes) {
+    const VD r = hn::Load(d, divided.W + i);
     const VD z = hn::Mul(hn::Load(d, batch->Z + i), r);
-    hn::Store(toWindow(hn::Mul(hn::Load(d, batch->X + i), r), width), d, batch->X + i);
-    hn::Store(toWindow(hn::Mul(hn::Load(d, batch->Y + i), r), height), d, batch->Y + i);
+    hn::Store(toWindow(hn::Load(d, divided.X + i), width), d, batch->X + i);
+    hn::Store(toWindow(hn::Load(d, divided.Y + i), height), d, batch->Y + i);
     hn::Store(hn::Add(hn::Mul(z, half), half), d, batch->Z + i);
     hn::Store(r, d, batch->W + i);
   }
@@ -263,27 +142,20 @@ inline HWY_ATTR void ProjectVertices(int width, int height, int first, int count
 
 // The rows of the first `count` triangles, whose corners are three columns of window coordinates.
 // Of those out of reach of kernels the rows may be any.
-inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const int (&corners)[3], int count,
-                                   int height, TTriangleRows* out) {
+inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const TShapeColumns& columns,
+                                   int count, int height, TTriangleRows* out) {
   const DD d;
   for (int s = 0; s < count; s += kLanes) {
     const auto heightOf = [&](int c)
                               HWY_ATTR { return hn::Load(d, window.Y + c * window.Pitch + s); };
-    const VD y[3] = {heightOf(corners[0]), heightOf(corners[1]), heightOf(corners[2])};
+    const VD y[3] = {heightOf(columns.Corner[0]), heightOf(columns.Corner[1]),
+                     heightOf(columns.Corner[2])};
     const TRowRanges<DD> ranges = RowRangesOf(d, y, height);
     hn::Store(ranges.Order, d, out->Order + s);
     for (int minor = 0; minor < 2; ++minor) {
       hn::Store(ranges.Minor[minor].First, d, out->First[minor] + s);
       hn::Store(ranges.Minor[minor].Count, d, out->Count[minor] + s);
     }
-  }
-}
-
-inline HWY_ATTR void ClassifyLines(const TVertexBatch& batch, int count, TShapeClasses* out) {
-  *out = {};
-  for (int s = 0; s < count; s += kLanes) {
-    const int at[2] = {s, batch.Pitch + s};
-    AddClasses(batch, at, s, out);
   }
 }
 

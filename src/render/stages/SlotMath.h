@@ -9,6 +9,16 @@
 
 namespace Zx3D {
 
+/// Copies the first slots of a record.
+inline void CopySlots(vec_t_<double, 4>* to, const vec_t_<double, 4>* from, int count) {
+  for (const vec_t_<double, 4>* const end = from + count; from != end; ++from, ++to) {
+    const TPair low = PairAt(&from->x);
+    const TPair high = PairAt(&from->z);
+    StorePair(&to->x, low);
+    StorePair(&to->z, high);
+  }
+}
+
 /// Sets the difference of an edge's ends in the first `count` slots.
 inline void SetDelta(TRenderCPU::EDGE* e, int count) {
   const double* const begin = &e->Begin->Slots[0].x;

@@ -6,10 +6,10 @@
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/ShaderCPU.h>
 
-#include <ZxCore3D/render/arrays/ArrayDraw.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
+#include <ZxCore3D/render/stages/SlotMath.h>
 #include <ZxCore3D/render/stages/VertexLighting.h>
 
 namespace Zx3D {
@@ -84,13 +84,11 @@ void TRenderCPU::End() {
 
 // --- Records
 
-void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) { CopySlots(&to, from, m_VarCount); }
-
-void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) {
-  for (int i = 0; i < m_VarCount; ++i) {
-    to.Slots[i] = from.Slots[i];
-  }
+void TRenderCPU::CopyVar(VAR_DATA& to, const VAR_DATA& from) {
+  CopySlots(to.Slots, from.Slots, m_VarCount);
 }
+
+void TRenderCPU::Set(VAR_DATA& to, const VAR_DATA& from) { CopyVar(to, from); }
 
 // --- A vertex
 
@@ -143,19 +141,21 @@ void TRenderCPU::Vertex4dv(const double* v) { Submit(*this, v[0], v[1], v[2], v[
 
 // --- The modes
 
-// The start of every mode: fills the next record of the primitive. The shader of the context itself
-// needs no virtual call; its state is that of the context in which it was installed last.
-inline void TRenderEngine::ShadeNextVertex() {
-  VAR_DATA* const record = &gl.m_VarCur[gl.m_Pending];
-  if (gl.m_VertexShader == gl.m_StdVertexShader) {
-    ShadeVertex(gl.m_VertexShader->m_Render, record, nullptr);
+// Fills the next record of the primitive, then does what is the mode's. The shader of the context
+// itself needs no virtual call; its state is that of the context in which it was installed last.
+template <TRenderEngine::TAssemble kAssemble> inline void TRenderEngine::Take(TRenderCPU& context) {
+  VAR_DATA* const record = &context.m_VarCur[context.m_Pending];
+  TVertexShaderCPU* const shader = context.m_VertexShader;
+  if (shader == context.m_StdVertexShader) [[likely]] {
+    ShadeVertex(shader->m_Render, record, nullptr);
   } else {
-    gl.m_VertexShader->Execute(record);
+    shader->Execute(record);
   }
   // Each by itself: a load of both would wait for the store of either to reach memory.
-  const volatile int* const pending = &gl.m_Pending;
-  ++gl.m_VertexIndex;
-  gl.m_Pending = *pending + 1;
+  const volatile int* const pending = &context.m_Pending;
+  ++context.m_VertexIndex;
+  context.m_Pending = *pending + 1;
+  (this->*kAssemble)();
 }
 
 // --- The modes, after the shading of the vertex
@@ -248,44 +248,22 @@ void TRenderEngine::AssembleQuad() {
 
 void TRenderCPU::UnknownVertex() {}
 
-void TRenderCPU::PointsVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssemblePoint();
-}
+void TRenderCPU::PointsVertex() { m_Engine->Take<&TRenderEngine::AssemblePoint>(*this); }
 
-void TRenderCPU::LinesVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLine();
-}
+void TRenderCPU::LinesVertex() { m_Engine->Take<&TRenderEngine::AssembleLine>(*this); }
 
-void TRenderCPU::LineLoopVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLineLoop();
-}
+void TRenderCPU::LineLoopVertex() { m_Engine->Take<&TRenderEngine::AssembleLineLoop>(*this); }
 
-void TRenderCPU::LineStripVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleLineStrip();
-}
+void TRenderCPU::LineStripVertex() { m_Engine->Take<&TRenderEngine::AssembleLineStrip>(*this); }
 
-void TRenderCPU::TrianglesVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangle();
-}
+void TRenderCPU::TrianglesVertex() { m_Engine->Take<&TRenderEngine::AssembleTriangle>(*this); }
 
 void TRenderCPU::TriangleStripVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangleStrip();
+  m_Engine->Take<&TRenderEngine::AssembleTriangleStrip>(*this);
 }
 
-void TRenderCPU::TriangleFunVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleTriangleFan();
-}
+void TRenderCPU::TriangleFunVertex() { m_Engine->Take<&TRenderEngine::AssembleTriangleFan>(*this); }
 
-void TRenderCPU::QuadsVertex() {
-  m_Engine->ShadeNextVertex();
-  m_Engine->AssembleQuad();
-}
+void TRenderCPU::QuadsVertex() { m_Engine->Take<&TRenderEngine::AssembleQuad>(*this); }
 
 } // namespace Zx3D

@@ -2,9 +2,6 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
-#include <algorithm>
-#include <cstring>
-
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
@@ -118,11 +115,7 @@ void TDeferredFragment::KeepVertices() {
     if (i == 2 && MinorEdge == 0) {
       break;
     }
-    // Four slots are all that most states have.
-    std::memcpy(Kept[i], Vertex[i], 4 * sizeof Kept[i][0]);
-    if (Count > 4) {
-      std::copy_n(Vertex[i], Count, Kept[i]);
-    }
+    CopySlots(Kept[i], Vertex[i], Count);
     Vertex[i] = Kept[i];
   }
 }

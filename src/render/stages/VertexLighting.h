@@ -53,7 +53,7 @@ void ShadeWithMaterial(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingT
 /// The standard vertex shader on the current values.
 inline void ShadeVertex(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms) {
   SetClipPosition(*gl, gl->m_CurVertex, &v->Slots[0]);
-  if (gl->m_Lighting || gl->m_ColorMaterial) {
+  if (gl->m_Lighting || gl->m_ColorMaterial) [[unlikely]] {
     ShadeWithMaterial(gl, v, drawTerms);
     return;
   }

@@ -4,6 +4,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 
+#include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/state/CurrentObjects.h>
 
 namespace Zx3D {
@@ -19,17 +20,11 @@ void TRenderCPU::Disable(unsigned int cap) { _Enable(cap, false); }
 bool TRenderCPU::IsEnabled(unsigned int cap) { return _IsEnabled(cap); }
 
 void TRenderCPU::_Enable(unsigned int cap, bool on) {
-  switch (cap) {
-  case GL_LIGHT0:
-  case GL_LIGHT1:
-  case GL_LIGHT2:
-  case GL_LIGHT3:
-  case GL_LIGHT4:
-  case GL_LIGHT5:
-  case GL_LIGHT6:
-  case GL_LIGHT7:
+  if (cap - GL_LIGHT0 < kLights) {
     EnableLight(cap - GL_LIGHT0, on);
-    break;
+    return;
+  }
+  switch (cap) {
   case GL_CULL_FACE:
     EnableCullFace(on);
     break;
@@ -70,16 +65,10 @@ void TRenderCPU::_Enable(unsigned int cap, bool on) {
 }
 
 bool TRenderCPU::_IsEnabled(unsigned int cap) {
-  switch (cap) {
-  case GL_LIGHT0:
-  case GL_LIGHT1:
-  case GL_LIGHT2:
-  case GL_LIGHT3:
-  case GL_LIGHT4:
-  case GL_LIGHT5:
-  case GL_LIGHT6:
-  case GL_LIGHT7:
+  if (cap - GL_LIGHT0 < kLights) {
     return _IsEnableLight(static_cast<int>(cap - GL_LIGHT0));
+  }
+  switch (cap) {
   case GL_CULL_FACE:
     return m_CullFaceEnabled;
   case GL_LIGHTING:

@@ -36,6 +36,15 @@ static TRenderCPU::TLight* LightOf(TRenderCPU& gl, unsigned int light) {
   return &gl.m_Lights[light - GL_LIGHT0];
 }
 
+// The same of a light that is to be set, which `Begin` and `End` must not enclose.
+static TRenderCPU::TLight* LightToSet(TRenderCPU& gl, unsigned int light) {
+  if (gl.m_InBeginEnd) {
+    gl._SetError(GL_INVALID_OPERATION);
+    return nullptr;
+  }
+  return LightOf(gl, light);
+}
+
 // The values that are one number; `pname` is GL_SPOT_EXPONENT to GL_QUADRATIC_ATTENUATION.
 static void SetLightValue(TRenderCPU& gl, TRenderCPU::TLight* light, unsigned int pname, float v) {
   switch (pname) {
@@ -66,11 +75,7 @@ static void SetLightValue(TRenderCPU& gl, TRenderCPU::TLight* light, unsigned in
 }
 
 void TRenderCPU::Lightf(unsigned int light, unsigned int pname, float v) {
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
-    return;
-  }
-  TLight* const target = LightOf(*this, light);
+  TLight* const target = LightToSet(*this, light);
   if (target == nullptr) {
     return;
   }
@@ -82,11 +87,7 @@ void TRenderCPU::Lightf(unsigned int light, unsigned int pname, float v) {
 }
 
 void TRenderCPU::Lightfv(unsigned int light, unsigned int pname, const float* v) {
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
-    return;
-  }
-  TLight* const target = LightOf(*this, light);
+  TLight* const target = LightToSet(*this, light);
   if (target == nullptr) {
     return;
   }

@@ -261,6 +261,16 @@ static void RequireTexture2D(unsigned int target) {
   }
 }
 
+// False, with an error reported, between `Begin` and `End`.
+static bool MayChangeTexture(TRenderCPU& gl, unsigned int target) {
+  RequireTexture2D(target);
+  if (gl.m_InBeginEnd) {
+    gl._SetError(GL_INVALID_OPERATION);
+    return false;
+  }
+  return true;
+}
+
 void TRenderCPU::BindTexture(unsigned int target, unsigned int id) {
   RequireTexture2D(target);
   TDataSurface** const entry = EntryOf(m_Textures, id);
@@ -299,9 +309,7 @@ TDataSurface* TRenderEngine::BoundTexture() {
 void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, int width,
                             int height, int border, unsigned int format, unsigned int type,
                             const void* pixels) {
-  RequireTexture2D(target);
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
+  if (!MayChangeTexture(*this, target)) {
     return;
   }
   TDataSurface* const surface = m_Engine->BoundTexture();
@@ -331,9 +339,7 @@ void TRenderCPU::TexImage2D(unsigned int target, int level, int internalformat, 
 void TRenderCPU::TexSubImage2D(unsigned int target, int level, int xoffset, int yoffset, int width,
                                int height, unsigned int format, unsigned int type,
                                const void* pixels) {
-  RequireTexture2D(target);
-  if (m_InBeginEnd) {
-    _SetError(GL_INVALID_OPERATION);
+  if (!MayChangeTexture(*this, target)) {
     return;
   }
   const TDataSurface* const surface = m_Engine->BoundTexture();
@@ -382,16 +388,6 @@ void TRenderCPU::CopyTexImage2D(unsigned int, int, unsigned int, int, int, int, 
 }
 
 // --- Parameters
-
-// False, with an error reported, between `Begin` and `End`.
-static bool MayChangeTexture(TRenderCPU& gl, unsigned int target) {
-  RequireTexture2D(target);
-  if (gl.m_InBeginEnd) {
-    gl._SetError(GL_INVALID_OPERATION);
-    return false;
-  }
-  return true;
-}
 
 static void SetTexParameter(TRenderEngine& engine, unsigned int target, unsigned int pname, int v) {
   TRenderCPU& gl = engine.gl;

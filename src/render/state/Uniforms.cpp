@@ -32,6 +32,12 @@ static void SetUniform(TRenderCPU& gl, int location, const std::int32_t* values,
   std::memcpy(&gl.m_Uniforms[location], values, static_cast<std::size_t>(count) * sizeof *values);
 }
 
+template <class T, class... TMore>
+static void SetValues(TRenderCPU& gl, int location, T first, TMore... more) {
+  const T values[] = {first, more...};
+  SetUniform(gl, location, values, 1 + static_cast<int>(sizeof...(more)));
+}
+
 void TRenderCPU::Uniform(int location, bool v) {
   if (location >= 0 && location < kCells) {
     const unsigned char byte = v ? 1 : 0;
@@ -40,68 +46,41 @@ void TRenderCPU::Uniform(int location, bool v) {
 }
 
 void TRenderCPU::Uniform(int location, unsigned int v) {
-  const std::int32_t values[] = {static_cast<std::int32_t>(v)};
-  SetUniform(*this, location, values, 1);
+  SetValues(*this, location, static_cast<std::int32_t>(v));
 }
 
-void TRenderCPU::Uniform(int location, int v) {
-  const std::int32_t values[] = {v};
-  SetUniform(*this, location, values, 1);
-}
+void TRenderCPU::Uniform(int location, int v) { SetValues(*this, location, v); }
 
-void TRenderCPU::Uniform(int location, int x, int y) {
-  const std::int32_t values[] = {x, y};
-  SetUniform(*this, location, values, 2);
-}
+void TRenderCPU::Uniform(int location, int x, int y) { SetValues(*this, location, x, y); }
 
-void TRenderCPU::Uniform(int location, int x, int y, int z) {
-  const std::int32_t values[] = {x, y, z};
-  SetUniform(*this, location, values, 3);
-}
+void TRenderCPU::Uniform(int location, int x, int y, int z) { SetValues(*this, location, x, y, z); }
 
 void TRenderCPU::Uniform(int location, int x, int y, int z, int w) {
-  const std::int32_t values[] = {x, y, z, w};
-  SetUniform(*this, location, values, 4);
+  SetValues(*this, location, x, y, z, w);
 }
 
-void TRenderCPU::Uniform(int location, float v) {
-  const float values[] = {v};
-  SetUniform(*this, location, values, 1);
-}
+void TRenderCPU::Uniform(int location, float v) { SetValues(*this, location, v); }
 
-void TRenderCPU::Uniform(int location, float x, float y) {
-  const float values[] = {x, y};
-  SetUniform(*this, location, values, 2);
-}
+void TRenderCPU::Uniform(int location, float x, float y) { SetValues(*this, location, x, y); }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z) {
-  const float values[] = {x, y, z};
-  SetUniform(*this, location, values, 3);
+  SetValues(*this, location, x, y, z);
 }
 
 void TRenderCPU::Uniform(int location, float x, float y, float z, float w) {
-  const float values[] = {x, y, z, w};
-  SetUniform(*this, location, values, 4);
+  SetValues(*this, location, x, y, z, w);
 }
 
-void TRenderCPU::Uniform(int location, double v) {
-  const double values[] = {v};
-  SetUniform(*this, location, values, 1);
-}
+void TRenderCPU::Uniform(int location, double v) { SetValues(*this, location, v); }
 
-void TRenderCPU::Uniform(int location, double x, double y) {
-  const double values[] = {x, y};
-  SetUniform(*this, location, values, 2);
-}
+void TRenderCPU::Uniform(int location, double x, double y) { SetValues(*this, location, x, y); }
 
 void TRenderCPU::Uniform(int location, double x, double y, double z) {
-  const double values[] = {x, y, z};
-  SetUniform(*this, location, values, 3);
+  SetValues(*this, location, x, y, z);
 }
 
 void TRenderCPU::Uniform(int location, double x, double y, double z, double w) {
-  const double values[] = {x, y, z, w};
-  SetUniform(*this, location, values, 4);
+  SetValues(*this, location, x, y, z, w);
 }
 
 // --- Vectors and arrays

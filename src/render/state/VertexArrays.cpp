@@ -28,13 +28,7 @@ template <class TFrom, int Size> void Fetch(const TPointer* p, unsigned long ind
 
 // By family (bytes, normalised bytes, floats, doubles), then by size.
 constinit const std::array<TRenderCPU::TAttrGetVal, 16> TRenderCPU::s_AttrGetVals = {
-    Fetch<TFromByte, 1>,           Fetch<TFromByte, 2>,           Fetch<TFromByte, 3>,
-    Fetch<TFromByte, 4>,           Fetch<TFromNormalizedByte, 1>, Fetch<TFromNormalizedByte, 2>,
-    Fetch<TFromNormalizedByte, 3>, Fetch<TFromNormalizedByte, 4>, Fetch<TFromFloat, 1>,
-    Fetch<TFromFloat, 2>,          Fetch<TFromFloat, 3>,          Fetch<TFromFloat, 4>,
-    Fetch<TFromDouble, 1>,         Fetch<TFromDouble, 2>,         Fetch<TFromDouble, 3>,
-    Fetch<TFromDouble, 4>,
-};
+    ZX_BY_FAMILY(Fetch)};
 
 // --- Pointers
 
