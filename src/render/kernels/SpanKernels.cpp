@@ -71,8 +71,8 @@ inline constexpr TSpanKernels kKernels = {kLevel,
                                           TQuiet<ProjectLines>::Call,
                                           TQuiet<ProjectPoints>::Call,
                                           TQuiet<PackColors>::Call,
+                                          ShadeRows,
                                           ShadeSpan,
-                                          ShadeRow,
                                           DrawPixelRow};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
