@@ -2,9 +2,12 @@
 #include <ZxCore3D/render/GLEnums.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <limits>
 
 #include <gtest/gtest.h>
+
+#include <ZxCore3D/render/stages/FragmentStages.h>
 
 #include "Scene.h"
 
@@ -437,6 +440,31 @@ TEST_F(ColorWrite, BlendsWithinTheMask) {
     EXPECT_EQ((TPixel{expected[0], expected[1], expected[2], expected[3]}), Draw(1, 0.5, 0, 0.25))
         << mask;
   }
+}
+
+// A word's channels do not reach into each other, whatever they are.
+TEST_F(ColorWrite, BlendsAWordAsItsBytes) {
+  const auto blended = [](std::uint32_t src, std::uint32_t dst, std::uint32_t alpha) {
+    return (dst * (255 - alpha) + src * alpha) / 255;
+  };
+  int wrong = 0;
+  for (std::uint32_t alpha = 0; alpha < 256; ++alpha) {
+    for (std::uint32_t src = 0; src < 256; ++src) {
+      for (std::uint32_t dst = 0; dst < 256; ++dst) {
+        const std::uint32_t bytes[2][4] = {{src, 255 - src, src ^ 0x5A, alpha},
+                                           {dst, dst ^ 0xA5, 255 - dst, dst}};
+        std::uint32_t words[2] = {};
+        std::uint32_t expected = 0;
+        for (std::uint32_t c = 0; c < 4; ++c) {
+          words[0] |= bytes[0][c] << 8 * c;
+          words[1] |= bytes[1][c] << 8 * c;
+          expected |= blended(bytes[0][c], bytes[1][c], alpha) << 8 * c;
+        }
+        wrong += Zx3D::Blended(words[0], words[1]) != expected ? 1 : 0;
+      }
+    }
+  }
+  EXPECT_EQ(0, wrong);
 }
 
 TEST_F(ColorWrite, BlendKeepsForAlphaZeroAndReplacesForAlphaOne) {

@@ -545,6 +545,48 @@ TEST_F(ShadedRows, FragmentsSeeAndChangeWhatTheReferenceWalkerLetsThem) {
   }
 }
 
+// Within a row, pixels of the colour surface are four bytes apart whatever its stride is; only
+// where the row begins goes by the stride.
+TEST_F(ShadedRows, StepByFourBytesInASurfaceOfAnotherStride) {
+  std::vector<std::uint8_t> expected;
+  for (const char* const level : kSpanPaths) {
+    if (!LimitSpanLevel(level)) {
+      continue;
+    }
+    for (const bool rows : {false, true}) {
+      SCOPED_TRACE(std::string(level) + (rows ? ", rows" : ""));
+      TScene scene(20, 6);
+      TDataSurface wide;
+      ASSERT_TRUE(wide.Create(40, 6, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
+      std::fill_n(wide.Data, wide.DataSize, std::uint8_t{9});
+      wide.Width = 20;
+      wide.PixelStride = 8;
+      scene->BindColorSurface(&wide);
+      const THeld<TPassVertexShader> vertex(3);
+      const THeld<TBothWays> fragment;
+      fragment->Rows = rows;
+      scene->_SetVertexShader(vertex.Get());
+      scene->_SetFragmentShader(fragment.Get());
+      scene->Begin(GL_TRIANGLES);
+      scene->Vertex2d(Clip(3.5, 20), Clip(0.5, 6)); // rows 1 to 4, each from another column on
+      scene->Vertex2d(Clip(15.5, 20), Clip(0.5, 6));
+      scene->Vertex2d(Clip(8.5, 20), Clip(4.5, 6));
+      scene->End();
+      const std::vector<std::uint8_t> left(wide.Data, wide.Data + wide.DataSize);
+      if (expected.empty()) {
+        expected = left;
+      }
+      EXPECT_TRUE(expected == left);
+      // Row 1 is covered from column 5 to 14: from byte 8 * 4 on, four bytes each, the first of
+      // which lies before what is covered.
+      const std::uint8_t* const row = wide.Data + wide.RowStride;
+      EXPECT_EQ(9, row[8 * 4 + 3]);
+      EXPECT_NE(9, row[8 * 4 + 4]);
+      scene->BindColorSurface(nullptr);
+    }
+  }
+}
+
 // --- Which pixels of a row are covered
 
 namespace {

@@ -38,6 +38,10 @@ struct TShadedRow {
   alignas(64) float Depth[kMost];
   alignas(64) int X[kMost];
   alignas(64) bool Keep[kMost];
+
+  vec_t_<double, 4> ColorOf(int i) const {
+    return {Color[0][i], Color[1][i], Color[2][i], Color[3][i]};
+  }
 };
 
 /// The fragment record after a triangle that a kernel drew: its slots, and in an array draw its
@@ -152,7 +156,6 @@ struct TRenderEngine {
   void DrawEdges(VAR_DATA* v);
   void InterpolateFragment(const EDGE& e, double t);
   void WalkSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
-  bool ShadeSpan(const EDGE& span, int y, int first, int last, FS_DATA* fs);
   TCondition SetUpShadedRow() const;
   bool IsLinePixel(int x, int y) const;
   void DrawLinePixel(int x, int y, double t);

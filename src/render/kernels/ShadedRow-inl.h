@@ -21,10 +21,33 @@
 #include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
+#include <ZxCore3D/render/stages/RowWalk.h>
 
 #ifndef ZX_RENDER_SHADEDROW_ONCE
 #define ZX_RENDER_SHADEDROW_ONCE
 namespace Zx3D {
+
+/// Pixels of a row, all of them covered. Addresses are those of the first; without a stencil test,
+/// that of the stencil is null.
+struct TShadedSpan {
+  TRenderCPU& Context;
+  const TRenderCPU::EDGE& Span;
+  TRenderCPU::FS_DATA* Record; ///< its row is set
+  int First;                   ///< column
+  int End;                     ///< column after the last
+  unsigned char* Color;
+  std::ptrdiff_t ColorStep;
+  unsigned char* Depth;
+  unsigned char* Stencil;
+
+  unsigned char* ColorAt(int x) const { return Color + (x - First) * ColorStep; }
+  unsigned char* DepthAt(int x) const {
+    return Depth + (x - First) * static_cast<std::ptrdiff_t>(sizeof(float));
+  }
+  unsigned char* StencilAt(int x) const {
+    return Stencil != nullptr ? Stencil + (x - First) : nullptr;
+  }
+};
 
 /// A fragment as the stages around its shader see it. Compiled without an instruction set of its
 /// own, as those are, so that they can be inlined.
@@ -57,182 +80,164 @@ using D4 = hn::CappedTag<double, 4>;
 using V4 = hn::Vec<D4>;
 inline constexpr std::size_t kLanes4 = hn::MaxLanes(D4());
 
-// The slots of a fragment at t. With perspective every slot is multiplied by q, the position too.
-HWY_INLINE HWY_ATTR void InterpolateSlots(TRenderCPU* gl, const TRenderCPU::EDGE& span, double t) {
+// --- Slots
+
+// The first `count` slots at t. With perspective every slot is multiplied by q, the position too.
+HWY_INLINE HWY_ATTR void Interpolate(const TRenderCPU::EDGE& edge, double t, int count,
+                                     bool perspective, TRenderCPU::VAR_DATA* to) {
   const D4 d;
-  const auto* const delta = reinterpret_cast<const double*>(&span.Delta);
-  const auto* const begin = reinterpret_cast<const double*>(span.Begin);
-  auto* const out = reinterpret_cast<double*>(&gl->m_VarFragment);
+  const auto* const delta = reinterpret_cast<const double*>(&edge.Delta);
+  const auto* const begin = reinterpret_cast<const double*>(edge.Begin);
+  auto* const out = reinterpret_cast<double*>(to);
   const V4 at = hn::Set(d, t);
-  const bool perspective = gl->m_PerspectiveHint != GL_FASTEST;
   const V4 q = perspective ? hn::Set(d, 1.0 / (delta[3] * t + begin[3])) : at;
-  const auto count = static_cast<std::size_t>(gl->m_VarCount);
 #pragma GCC unroll 8 // straight code: no end of a loop to predict
-  for (std::size_t slot = 0; slot < kSlots; ++slot) {
+  for (int slot = 0; slot < static_cast<int>(kSlots); ++slot) {
     if (slot >= count) {
       break;
     }
-    for (std::size_t i = 4 * slot; i < 4 * slot + 4; i += kLanes4) {
+    for (int i = 4 * slot; i < 4 * slot + 4; i += static_cast<int>(kLanes4)) {
       const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
       hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
   }
 }
 
-// Two doubles, each loaded by itself: a load of both would wait for a shader's stores of one at a
-// time to reach memory.
-HWY_INLINE HWY_ATTR hn::Vec<hn::CappedTag<double, 2>> LoadPair(const double* from) {
-  const hn::CappedTag<double, 2> d;
-  return hn::InterleaveLower(d, hn::Set(d, from[0]), hn::Set(d, from[1]));
+// The values of two edges at a row, and the row between them. Whole slots are stored as they will
+// be loaded: a load of what was stored in pieces waits until all of it has reached memory.
+HWY_INLINE HWY_ATTR void SetUpSpan(TRenderCPU* gl, const TRenderCPU::EDGE& a, double ta,
+                                   const TRenderCPU::EDGE& b, double tb) {
+  const D4 d;
+  const int count = gl->m_VarCount;
+  Interpolate(a, ta, count, false, &gl->m_VarEdgeA);
+  Interpolate(b, tb, count, false, &gl->m_VarEdgeB);
+  const bool rightward = gl->m_VarEdgeB.Slots[0].x >= gl->m_VarEdgeA.Slots[0].x;
+  gl->m_Span.Begin = rightward ? &gl->m_VarEdgeA : &gl->m_VarEdgeB;
+  gl->m_Span.End = rightward ? &gl->m_VarEdgeB : &gl->m_VarEdgeA;
+  const auto* const begin = reinterpret_cast<const double*>(gl->m_Span.Begin);
+  const auto* const end = reinterpret_cast<const double*>(gl->m_Span.End);
+  auto* const delta = reinterpret_cast<double*>(&gl->m_Span.Delta);
+  for (int i = 0; i < 4 * count; i += static_cast<int>(kLanes4)) {
+    hn::StoreU(hn::Sub(hn::LoadU(d, end + i), hn::LoadU(d, begin + i)), d, delta + i);
+  }
 }
+
+// Columns from x on: constants and a sum, where `Iota` of a variable goes through memory.
+template <class DInt> HWY_INLINE HWY_ATTR hn::Vec<DInt> Columns(DInt d, int x) {
+  return hn::Add(hn::Set(d, x), hn::Iota(d, 0));
+}
+
+// --- One by one
 
 // A colour as bytes in a word, red the lowest: each the low byte of the truncation of 255 c + 0.5.
+// Channels are loaded one by one: a load of several would wait for a shader's stores of one at a
+// time to reach memory.
 HWY_INLINE HWY_ATTR std::uint32_t PackedBytes(const vec_t_<double, 4>& color) {
   const D4 d;
-  const hn::Rebind<std::int32_t, D4> di;
-  const hn::CappedTag<std::int32_t, 4> d4;
-  const V4 limit = hn::Set(d, 2147483648.0);
-  const V4 scale = hn::Set(d, 255.0);
-  const V4 half = hn::Set(d, 0.5);
+  const hn::CappedTag<std::uint32_t, 4> d4;
+  bool fits = true;
+  const auto pair = [](const double* from) HWY_ATTR {
+    const hn::CappedTag<double, 1> d1;
+    return hn::Combine(hn::CappedTag<double, 2>(), hn::LoadU(d1, from + 1), hn::LoadU(d1, from));
+  };
+  const auto truncated = [d, &fits](V4 channels) HWY_ATTR {
+    const V4 value = hn::Add(hn::Mul(channels, hn::Set(d, 255.0)), hn::Set(d, 0.5));
+    const auto inRange = hn::Lt(hn::Abs(value), hn::Set(d, 2147483648.0));
+    fits = fits && hn::AllTrue(d, inRange);
+    return hn::DemoteTo(hn::Rebind<std::int32_t, D4>(), hn::IfThenElseZero(inRange, value));
+  };
 #if ZX_HAS_ONE_BLOCK
-  const V4 low = hn::Add(hn::Mul(LoadPair(&color.x), scale), half);
-  const V4 high = hn::Add(hn::Mul(LoadPair(&color.z), scale), half);
-  const auto inRange = hn::And(hn::Lt(hn::Abs(low), limit), hn::Lt(hn::Abs(high), limit));
+  const auto high = truncated(pair(&color.z));
+  const auto channels = hn::BitCast(
+      d4, hn::Combine(hn::RebindToSigned<decltype(d4)>(), high, truncated(pair(&color.x))));
 #else
-  const V4 all = hn::Combine(d, LoadPair(&color.z), LoadPair(&color.x));
-  const V4 low = hn::Add(hn::Mul(all, scale), half);
-  const auto inRange = hn::Lt(hn::Abs(low), limit);
+  const auto channels = hn::BitCast(d4, truncated(hn::Combine(d, pair(&color.z), pair(&color.x))));
 #endif
-  if (HWY_UNLIKELY(!hn::AllTrue(d, inRange))) {
-    return PackedBytesOfAny(color);
-  }
-#if ZX_HAS_ONE_BLOCK
-  const auto channels = hn::Combine(d4, hn::DemoteTo(di, high), hn::DemoteTo(di, low));
-#else
-  const auto channels = hn::DemoteTo(di, low);
-#endif
-  const hn::Rebind<std::uint8_t, decltype(d4)> d8;
-  const auto bytes = hn::DemoteTo(d8, hn::And(channels, hn::Set(d4, 255)));
-  return hn::GetLane(hn::BitCast(hn::CappedTag<std::uint32_t, 1>(), bytes));
-}
-
-// t of pixels from column x on; up to a whole vector more is written.
-HWY_INLINE HWY_ATTR void SetParameters(const TRenderCPU::EDGE& span, int x, int count, double* t) {
-  const DD d;
-  const DI di;
-  const VD begin = hn::Set(d, span.Begin->Slots[0].x);
-  const VD delta = hn::Set(d, span.Delta.Slots[0].x);
-  for (int i = 0; i < count; i += kLanes) {
-    const VD column = hn::PromoteTo(d, hn::Iota(di, x + i));
-    hn::Store(hn::Div(hn::Sub(column, begin), delta), d, t + i);
-  }
+  const auto bytes = hn::TruncateTo(hn::Rebind<std::uint8_t, decltype(d4)>(), channels);
+  return HWY_LIKELY(fits) ? hn::GetLane(hn::BitCast(hn::CappedTag<std::uint32_t, 1>(), bytes))
+                          : PackedBytesOfAny(color);
 }
 
 // t of as many pixels from column x on as a slot's vector has lanes: wider vectors take longer to
 // divide in than they save, beside code that has none.
-HWY_INLINE HWY_ATTR void SetFewParameters(double begin, double delta, int x, double* t) {
+HWY_INLINE HWY_ATTR void SetParameters(const TRenderCPU::EDGE& span, int x, double* t) {
   const D4 d;
-  const hn::Rebind<std::int32_t, D4> di;
-  const V4 column = hn::PromoteTo(d, hn::Iota(di, x));
-  hn::Store(hn::Div(hn::Sub(column, hn::Set(d, begin)), hn::Set(d, delta)), d, t);
+  const V4 column = hn::PromoteTo(d, Columns(hn::Rebind<std::int32_t, D4>(), x));
+  const V4 begin = hn::Set(d, span.Begin->Slots[0].x);
+  hn::StoreU(hn::Div(hn::Sub(column, begin), hn::Set(d, span.Delta.Slots[0].x)), d, t);
 }
 
-template <bool kStencil> HWY_INLINE HWY_ATTR void ShadePixels(const TShadedSpan& row) {
+template <bool kStencil> HWY_NOINLINE HWY_ATTR void ShadePixels(const TShadedSpan& row) {
   TRenderCPU& gl = row.Context;
   TRenderCPU::FS_DATA* const record = row.Record;
-  const double begin = row.Span.Begin->Slots[0].x;
-  const double delta = row.Span.Delta.Slots[0].x;
-  HWY_ALIGN double parameters[kLanes4];
+  double t[kLanes4];
+  const double* at = t + kLanes4;
   unsigned char* color = row.Color;
   unsigned char* depth = row.Depth;
-  unsigned char* stencil = row.Stencil;
-  const auto shade = [&](int x, double t) HWY_ATTR __attribute__((always_inline)) {
-    const TShadedFragment fragment = {gl, row.Span, record, t};
-    if (!PassesBeforeShading(gl, depth, kStencil ? stencil : nullptr, fragment)) {
-      return;
+  for (int x = row.First; x < row.End; ++x) {
+    if (at == t + kLanes4) {
+      at = t;
+      SetParameters(row.Span, x, t);
     }
-    InterpolateSlots(&gl, row.Span, t);
-    record->X = x;
-    if (!gl.m_FragmentShader->Execute(&gl.m_VarFragment, record) ||
-        !PassesAfterShading(gl, depth, kStencil ? stencil : nullptr, fragment)) {
-      return;
+    const TShadedFragment fragment = {gl, row.Span, record, *at};
+    unsigned char* const stencil = kStencil ? row.StencilAt(x) : nullptr;
+    if (PassesBeforeShading(gl, depth, stencil, fragment)) {
+      Interpolate(row.Span, *at, gl.m_VarCount, gl.m_PerspectiveHint != GL_FASTEST,
+                  &gl.m_VarFragment);
+      record->X = x;
+      if (gl.m_FragmentShader->Execute(&gl.m_VarFragment, record) &&
+          PassesAfterShading(gl, depth, stencil, fragment)) {
+        if (HWY_UNLIKELY(gl.m_PixelWrite != nullptr)) {
+          gl.m_PixelWrite(color, record->Color);
+        } else {
+          WritePacked(gl, color, PackedBytes(record->Color));
+        }
+      }
     }
-    if (HWY_UNLIKELY(gl.m_PixelWrite != nullptr)) {
-      gl.m_PixelWrite(color, record->Color);
-    } else {
-      WritePacked(gl, color, PackedBytes(record->Color));
-    }
-  };
-  for (std::size_t i = 0; i < static_cast<std::size_t>(row.Count); ++i) {
-    const int x = row.First + static_cast<int>(i);
-    const std::size_t lane = i % kLanes4;
-    if (lane == 0) {
-      SetFewParameters(begin, delta, x, parameters);
-    }
-    shade(x, parameters[lane]);
+    ++at;
     color += row.ColorStep;
     depth += sizeof(float);
-    stencil += kStencil ? 1 : 0;
-  }
-}
-
-inline HWY_ATTR void ShadeSpan(const TShadedSpan& row) {
-  if (row.Stencil != nullptr) {
-    ShadePixels<true>(row);
-  } else {
-    ShadePixels<false>(row);
   }
 }
 
 // --- At once
 
-// Window depths of `count` pixels with parameters t.
-inline HWY_ATTR void SetDepths(const TShadedSpan& row, int count, const double* t, float* out) {
+// Of `count` pixels from column x on, those that pass the tests before shading: their number, t,
+// depths and columns.
+inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int x, int count, TShadedRow* out) {
+  const TRenderCPU& gl = row.Context;
   const DD d;
   const DF df;
-  const bool offset = row.Context.m_PolygonOffsetFill;
-  const VF added = hn::Set(df, row.Context.m_PolygonOffsetFactor);
-  const VD delta = hn::Set(d, row.Span.Delta.Slots[0].z);
-  const VD begin = hn::Set(d, row.Span.Begin->Slots[0].z);
+  const auto& begin = row.Span.Begin->Slots[0];
+  const auto& delta = row.Span.Delta.Slots[0];
+  const bool late = gl.m_CalcDepth;
+  float& recorded = row.Record->Depth;
   for (int i = 0; i < count; i += kLanes) {
-    const VF depth = hn::DemoteTo(df, hn::Add(hn::Mul(delta, hn::Load(d, t + i)), begin));
-    hn::Store(offset ? hn::Add(depth, added) : depth, df, out + i);
+    const VI columns = Columns(DI(), x + i);
+    const VD t =
+        hn::Div(hn::Sub(hn::PromoteTo(d, columns), hn::Set(d, begin.x)), hn::Set(d, delta.x));
+    VF depth = hn::DemoteTo(df, hn::Add(hn::Mul(hn::Set(d, delta.z), t), hn::Set(d, begin.z)));
+    depth = gl.m_PolygonOffsetFill ? hn::Add(depth, hn::Set(df, gl.m_PolygonOffsetFactor)) : depth;
+    hn::Store(t, d, out->T + i);
+    hn::Store(late ? hn::Set(df, recorded) : depth, df, out->Depth + i);
+    hn::Store(columns, DI(), out->X + i);
   }
-}
-
-// Of `count` pixels from number `first` of the row on, whose parameters are `t`, those that pass
-// the tests before shading: their t, depths and columns.
-inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int first, int count, const double* t,
-                                    TShadedRow* out) {
-  const TRenderCPU& gl = row.Context;
-  const unsigned char* const depths =
-      row.Depth + first * static_cast<std::ptrdiff_t>(sizeof(float));
-  const auto passesStencil = [&](int i) {
-    return PassesStencil(gl, row.Stencil != nullptr ? row.Stencil + first + i : nullptr);
-  };
-  int selected = 0;
-  const auto select = [&](int i, float depth) {
-    out->T[selected] = t[i];
-    out->Depth[selected] = depth;
-    out->X[selected] = row.First + first + i;
-  };
-  if (gl.m_CalcDepth) {
+  int selected = count;
+  if (gl.m_StencilTest || (gl.m_DepthTest && !late)) {
+    selected = 0;
     for (int i = 0; i < count; ++i) {
-      select(i, row.Record->Depth);
-      selected += passesStencil(i) ? 1 : 0;
-    }
-  } else {
-    HWY_ALIGN float own[kRun];
-    SetDepths(row, count, t, own);
-    for (int i = 0; i < count; ++i) {
-      if (passesStencil(i)) {
-        unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + first + i : nullptr;
-        select(i, own[i]);
-        const unsigned char* const depth = depths + static_cast<std::size_t>(i) * sizeof(float);
-        selected += PassesDepth(gl, depth, own[i], stencil) ? 1 : 0;
-        row.Record->Depth = own[i];
+      unsigned char* const stencil = row.StencilAt(x + i);
+      if (PassesStencil(gl, stencil)) {
+        const float depth = out->Depth[i];
+        out->T[selected] = out->T[i];
+        out->Depth[selected] = depth;
+        out->X[selected] = x + i;
+        selected += late || PassesDepth(gl, row.DepthAt(x + i), depth, stencil) ? 1 : 0;
+        recorded = depth;
       }
     }
+  } else {
+    recorded = out->Depth[count - 1];
   }
   // Lanes past the last fragment divide as that one does, and raise nothing.
   for (int i = selected; i % kLanes != 0; ++i) {
@@ -279,14 +284,15 @@ HWY_INLINE HWY_ATTR bool PackGroup(const TShadedRow& arrays, int i, std::uint32_
   return hn::AllTrue(d, fits);
 }
 
-// Whether nothing but writing follows shading, of all fragments, which are neighbours.
+// Whether nothing but writing bytes follows shading, of all fragments, which are neighbours.
 inline bool AreWritten(const TShadedSpan& row, int count, const TShadedRow& arrays) {
-  return !row.Context.m_CalcDepth && row.ColorStep == kPixelBytes &&
-         arrays.X[count - 1] - arrays.X[0] == count - 1 &&
+  return row.Context.m_PixelWrite == nullptr && !row.Context.m_CalcDepth &&
+         row.ColorStep == kPixelBytes && arrays.X[count - 1] - arrays.X[0] == count - 1 &&
          std::memchr(arrays.Keep, 0, static_cast<std::size_t>(count)) == nullptr;
 }
 
-// The stages after shading, of fragments from left to right. The arrays hold the shader's results.
+// The stages after shading, of fragments from left to right, or target by target. The arrays hold
+// the shader's results.
 inline HWY_ATTR void WriteFragments(const TShadedSpan& row, int count, const TShadedRow& arrays) {
   const TRenderCPU& gl = row.Context;
   HWY_ALIGN std::uint32_t packed[kRun];
@@ -294,58 +300,43 @@ inline HWY_ATTR void WriteFragments(const TShadedSpan& row, int count, const TSh
   for (int i = 0; i < count; i += kLanes) {
     fit = PackGroup(arrays, i, packed) && fit;
   }
-  const auto depthAt = [&row](std::ptrdiff_t place) {
-    return row.Depth + place * static_cast<std::ptrdiff_t>(sizeof(float));
-  };
-  TSpanJob job;
-  SetUpOutput(gl, &job.Draw);
-  if (fit && AreWritten(row, count, arrays) && KnowsWrites(gl, job.Draw)) {
-    const std::ptrdiff_t place = arrays.X[0] - row.First;
+  if (fit && AreWritten(row, count, arrays)) {
     const std::size_t bytes = static_cast<std::size_t>(count) * 4;
     for (int i = 0; i < count && row.Stencil != nullptr; ++i) {
-      RunStencil(gl, gl.m_StencilZPassOp, row.Stencil + place + i);
+      RunStencil(gl, gl.m_StencilZPassOp, row.StencilAt(arrays.X[i]));
     }
     if (gl.m_DepthMask) {
-      std::memcpy(depthAt(place), arrays.Depth, bytes);
+      std::memcpy(row.DepthAt(arrays.X[0]), arrays.Depth, bytes);
     }
-    unsigned char* const color = row.Color + place * row.ColorStep;
-    const auto* const from = reinterpret_cast<const unsigned char*>(packed);
+    unsigned char* const color = row.ColorAt(arrays.X[0]);
     if (IsCopy(gl)) {
-      std::memcpy(color, from, bytes);
-    } else if (gl.m_ColorMask != 0) {
-      DrawPixelRow(job, from, color, count);
+      std::memcpy(color, packed, bytes);
+    } else {
+      TSpanJob job;
+      SetUpOutput(gl, &job.Draw);
+      DrawPixelRow(job, reinterpret_cast<const unsigned char*>(packed), color, count);
     }
     return;
   }
   for (int i = 0; i < count; ++i) {
-    if (!arrays.Keep[i]) {
+    const int x = arrays.X[i];
+    const TRowFragment fragment = {arrays.Depth[i]};
+    if (!arrays.Keep[i] || !PassesAfterShading(gl, row.DepthAt(x), row.StencilAt(x), fragment)) {
       continue;
     }
-    const std::ptrdiff_t place = arrays.X[i] - row.First;
-    unsigned char* const stencil = row.Stencil != nullptr ? row.Stencil + place : nullptr;
-    if (!PassesAfterShading(gl, depthAt(place), stencil, TRowFragment{arrays.Depth[i]})) {
-      continue;
-    }
-    unsigned char* const color = row.Color + place * row.ColorStep;
     if (fit && gl.m_PixelWrite == nullptr) {
-      WritePacked(gl, color, packed[i]);
+      WritePacked(gl, row.ColorAt(x), packed[i]);
     } else {
-      WriteColor(gl, color,
-                 {arrays.Color[0][i], arrays.Color[1][i], arrays.Color[2][i], arrays.Color[3][i]});
+      WriteColor(gl, row.ColorAt(x), arrays.ColorOf(i));
     }
   }
 }
 
-inline HWY_ATTR void ShadeRow(const TShadedSpan& span, TRowFragmentShaderCPU* shader,
-                              TShadedRow* arrays) {
+inline HWY_ATTR void ShadeAtOnce(const TShadedSpan& span, TRowFragmentShaderCPU* shader,
+                                 TShadedRow* arrays) {
   TRenderCPU& gl = span.Context;
   TRenderCPU::FS_DATA* const record = span.Record;
-  FS_ROW row = {};
-  row.Y = record->Y;
-  row.FrontFacing = record->FrontFacing;
-  row.X = arrays->X;
-  row.Depth = arrays->Depth;
-  row.Keep = arrays->Keep;
+  FS_ROW row = {0, record->Y, record->FrontFacing, arrays->X, {}, {}, arrays->Depth, arrays->Keep};
   const int slots = std::min(gl.m_VarCount, static_cast<int>(kSlots));
   for (int i = 0; i < 4; ++i) {
     row.Color[i] = arrays->Color[i];
@@ -353,18 +344,15 @@ inline HWY_ATTR void ShadeRow(const TShadedSpan& span, TRowFragmentShaderCPU* sh
       row.Slots[s][i] = arrays->Slots[s][i];
     }
   }
-  HWY_ALIGN double t[kRun];
-  for (int i = 0; i < span.Count; i += kRun) {
-    const int pixels = std::min(kRun, span.Count - i);
-    SetParameters(span.Span, span.First + i, pixels, t);
-    row.Count = SelectFragments(span, i, pixels, t, arrays);
+  for (int x = span.First; x < span.End; x += kRun) {
+    row.Count = SelectFragments(span, x, std::min(kRun, span.End - x), arrays);
     if (row.Count == 0) {
       continue;
     }
     const int last = row.Count - 1;
-    const float depth = record->Depth; // of the last pixel, which a test may have rejected
     InterpolateRow(span, slots, row.Count, arrays);
-    InterpolateSlots(&gl, span.Span, arrays->T[last]);
+    Interpolate(span.Span, arrays->T[last], slots, gl.m_PerspectiveHint != GL_FASTEST,
+                &gl.m_VarFragment);
     record->X = arrays->X[last];
     std::memset(arrays->Keep, 1, sizeof arrays->Keep);
     shader->ExecuteRow(row);
@@ -373,17 +361,73 @@ inline HWY_ATTR void ShadeRow(const TShadedSpan& span, TRowFragmentShaderCPU* sh
       --kept;
     }
     if (kept >= 0) {
-      for (std::size_t c = 0; c < 4; ++c) {
-        record->Color[c] = arrays->Color[c][kept];
-      }
-    }
-    if (gl.m_CalcDepth && kept >= 0) {
-      record->Depth = arrays->Depth[kept];
-    } else {
-      record->Depth = depth;
+      record->Color = arrays->ColorOf(kept);
+      record->Depth = gl.m_CalcDepth ? arrays->Depth[kept] : record->Depth;
     }
     WriteFragments(span, row.Count, *arrays);
   }
+}
+
+// --- Rows
+
+inline HWY_ATTR void ShadeSpan(TRenderEngine* engine, const TRenderCPU::EDGE& span, int y,
+                               TRenderCPU::FS_DATA* fs) {
+  TRenderCPU& gl = engine->gl;
+  int start = 0;
+  int last = 0;
+  if (!FindColumns(gl, span, y, &start, &last)) {
+    return;
+  }
+  int first = start;
+  int end = last + 1;
+  const bool trimmed = TrimToCovered(span, &first, &end);
+  if (trimmed && first >= end) {
+    return;
+  }
+  const TTargets& targets = engine->Targets;
+  if (HWY_UNLIKELY(!AreCurrent(gl, targets))) {
+    engine->MeasureTargets();
+  }
+  TKernelCounters* const counters = ActiveKernelCounters();
+  const bool atOnce = engine->RowShader != nullptr && Meets(counters, engine->SetUpShadedRow());
+  if (HWY_UNLIKELY(!targets.Fit || !trimmed)) {
+    engine->WalkSpan(span, y, start, last, fs);
+    return;
+  }
+  if (HWY_UNLIKELY(counters != nullptr)) {
+    counters->StartRow();
+    counters->Add(atOnce ? TKernel::ShadedRows : TKernel::Reference, end - first);
+  }
+  // Steps within a row are not those between pixels of the surface.
+  const auto address = [start, first, y](const TTarget& target) {
+    return target.Data + target.OffsetOf(start, y) + (first - start) * target.Step;
+  };
+  const TShadedSpan row = {gl,
+                           span,
+                           fs,
+                           first,
+                           end,
+                           address(targets.Color),
+                           targets.Color.Step,
+                           address(targets.Depth),
+                           gl.m_StencilTest ? address(targets.Stencil) : nullptr};
+  if (HWY_UNLIKELY(atOnce)) {
+    ShadeAtOnce(row, engine->RowShader, engine->Row());
+  } else if (row.Stencil != nullptr) {
+    ShadePixels<true>(row);
+  } else {
+    ShadePixels<false>(row);
+  }
+}
+
+inline HWY_ATTR void ShadeRows(TRenderEngine* engine, const TRenderCPU::EDGE& a,
+                               const TRenderCPU::EDGE& b, TRenderCPU::FS_DATA* fs) {
+  TRenderCPU& gl = engine->gl;
+  ForEachRow(a, b, gl.m_Height, [&](int y, double ta, double tb) HWY_ATTR {
+    SetUpSpan(&gl, a, ta, b, tb);
+    fs->Y = y;
+    ShadeSpan(engine, gl.m_Span, y, fs);
+  });
 }
 
 } // namespace HWY_NAMESPACE

@@ -18,8 +18,7 @@ struct TShapeColumns;
 struct TInsideBits;
 struct TTriangleRows;
 struct TLineEnds;
-struct TShadedRow;
-class TRowFragmentShaderCPU;
+struct TRenderEngine;
 
 /// The comparison of a depth or stencil test, in the order of the enums from GL_NEVER on.
 enum class TCompare : std::uint8_t {
@@ -280,26 +279,8 @@ void SetUpOutput(const TRenderCPU& gl, TDrawState* draw);
 /// Whether no function of the stencil is a caller's.
 bool KnowsStencil(const TDrawState& draw);
 
-/// Whether no function that writes a fragment is a caller's, so that a row may be written target by
-/// target. The output is set up.
-bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw);
-
 /// Whether a sampler fetches by a function of its own, not by one that a caller installed.
 bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
-
-/// Pixels of a row that a caller's shader computes, all of them covered. Addresses are those of
-/// the first; without a stencil surface, or its test, that of the stencil is null.
-struct TShadedSpan {
-  TRenderCPU& Context;
-  const TRenderCPU::EDGE& Span;
-  TRenderCPU::FS_DATA* Record; ///< its row is set
-  int First;                   ///< column
-  int Count;
-  unsigned char* Color;
-  std::ptrdiff_t ColorStep;
-  unsigned char* Depth;
-  unsigned char* Stencil;
-};
 
 /// The routines of one instruction set.
 struct TSpanKernels {
@@ -325,8 +306,11 @@ struct TSpanKernels {
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
   void (*PackColors)(const double* colors, int count, TPointBatch* out);
-  void (*ShadeSpan)(const TShadedSpan& span);
-  void (*ShadeRow)(const TShadedSpan& span, TRowFragmentShaderCPU* shader, TShadedRow* arrays);
+  /// As `DrawSpansBetweenEdges` and `DrawSpan`, for the reference walker's states.
+  void (*ShadeRows)(TRenderEngine* engine, const TRenderCPU::EDGE& a, const TRenderCPU::EDGE& b,
+                    TRenderCPU::FS_DATA* fs);
+  void (*ShadeSpan)(TRenderEngine* engine, const TRenderCPU::EDGE& span, int y,
+                    TRenderCPU::FS_DATA* fs);
   void (*DrawPixelRow)(const TSpanJob& job, const unsigned char* from, unsigned char* to,
                        std::ptrdiff_t count);
 };

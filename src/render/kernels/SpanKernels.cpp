@@ -73,8 +73,8 @@ inline constexpr TSpanKernels kKernels = {kLevel,
                                           ProjectLines,
                                           ProjectPoints,
                                           PackColors,
+                                          ShadeRows,
                                           ShadeSpan,
-                                          ShadeRow,
                                           DrawPixelRow};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }

@@ -377,11 +377,6 @@ void SetUpOutput(const TRenderCPU& gl, TDrawState* draw) {
                     : BlendOf(gl.m_BlendFuncM, &TRenderCPU::_BlendM_SrcA_1_SrcA_RGBAub);
 }
 
-bool KnowsWrites(const TRenderCPU& gl, const TDrawState& draw) {
-  return gl.m_PixelWrite == nullptr && draw.Blend != TBlend::Unknown &&
-         StencilStepOf(gl.m_StencilZPassOp) != TStencilStep::Unknown;
-}
-
 TCondition TRenderEngine::SetUpDepthStencil(TDrawState* out) const {
   TDrawState& draw = *out;
   draw.DepthTest = gl.m_DepthTest;

@@ -18,7 +18,7 @@ namespace Zx3D {
 
 inline void RunStencil(const TRenderCPU& gl, TRenderCPU::TStencilFunction operation,
                        unsigned char* stencil) {
-  if (stencil != nullptr) {
+  if (stencil != nullptr && operation != KeepM_1u8) {
     operation(stencil, static_cast<unsigned char>(gl.m_StencilRef),
               static_cast<unsigned char>(gl.m_StencilWriteMask));
   }
@@ -29,7 +29,8 @@ inline bool PassesStencil(const TRenderCPU& gl, unsigned char* stencil) {
     return true;
   }
   const unsigned char value = stencil != nullptr ? *stencil : 0;
-  if (gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
+  if (gl.m_StencilCompare == AlwaysM_1u8 ||
+      gl.m_StencilCompare(static_cast<unsigned char>(gl.m_StencilRef), value,
                           static_cast<unsigned char>(gl.m_StencilValueMask))) {
     return true;
   }
@@ -52,6 +53,20 @@ inline bool PassesDepth(const TRenderCPU& gl, const unsigned char* depth, float 
     return false;
   }
   return true;
+}
+
+/// Source over destination in bytes, truncating: (dst (255 - alpha) + src alpha) / 255.
+///
+/// All channels at once, each in 16 bits of a word: the sum v is at most 255^2. Its quotient k is
+/// the upper byte of v + 1 + (v >> 8). For with v = 255 k + r, v >> 8 is k if r >= k, else k - 1,
+/// so that the sum is 256 k + r + 1, where r + 1 < 256, or 256 k + r.
+[[gnu::always_inline]] inline std::uint32_t Blended(std::uint32_t src, std::uint32_t dst) {
+  constexpr std::uint64_t kBytes = 0x00FF00FF00FF00FF;
+  const auto spread = [](std::uint64_t word) { return (word | word << 24) & kBytes; };
+  const std::uint64_t alpha = src >> 24;
+  const std::uint64_t v = spread(dst) * (255 - alpha) + spread(src) * alpha;
+  const std::uint64_t quotients = ((v + 0x0001000100010001 + (v >> 8 & kBytes)) >> 8) & kBytes;
+  return static_cast<std::uint32_t>(quotients | quotients >> 24);
 }
 
 /// Whether colours are written as they are, without mask and blending.
@@ -88,6 +103,13 @@ inline void WriteBytes(const TRenderCPU& gl, unsigned char* to, const unsigned c
                                                std::uint32_t packed) {
   if (IsCopy(gl)) [[likely]] {
     std::memcpy(to, &packed, kPixelBytes);
+    return;
+  }
+  if (gl.m_ColorMask == kAllChannels && gl.m_BlendFunc == TRenderCPU::_Blend_SrcA_1_SrcA_RGBAub) {
+    std::uint32_t stored;
+    std::memcpy(&stored, to, kPixelBytes);
+    stored = Blended(packed, stored);
+    std::memcpy(to, &stored, kPixelBytes);
     return;
   }
   unsigned char bytes[kPixelBytes];

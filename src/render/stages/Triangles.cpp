@@ -3,10 +3,10 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/GLEnums.h>
-#include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/common/Engine.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/Facing.h>
+#include <ZxCore3D/render/stages/RowWalk.h>
 #include <ZxCore3D/render/stages/SlotMath.h>
 
 namespace Zx3D {
@@ -40,19 +40,8 @@ void TRenderCPU::Value(const EDGE& e, double t, VAR_DATA* out) {
 
 // Whether culling discards a triangle of this facing.
 bool TRenderEngine::IsCulled(bool front) const {
-  if (!gl.m_CullFaceEnabled) {
-    return false;
-  }
-  switch (gl.m_CullFaceMode) {
-  case GL_FRONT_AND_BACK:
-    return true;
-  case GL_BACK:
-    return !front;
-  case GL_FRONT:
-    return front;
-  default:
-    return false;
-  }
+  return gl.m_CullFaceEnabled && (gl.m_CullFaceMode == GL_FRONT_AND_BACK ||
+                                  gl.m_CullFaceMode == (front ? GL_FRONT : GL_BACK));
 }
 
 // Divides by w, which becomes 1/w.
@@ -148,33 +137,17 @@ void TRenderEngine::DrawEdges(VAR_DATA* v) {
 // --- Rows
 
 void TRenderCPU::DrawSpansBetweenEdges(EDGE* a, EDGE* b, FS_DATA* fs) {
-  const double deltaA = a->Delta.Slots[0].y;
-  const double deltaB = b->Delta.Slots[0].y;
-  if (deltaA == 0.0 || deltaB == 0.0) {
+  if (const TSpanKernels* const kernels = GetSpanKernels()) {
+    kernels->ShadeRows(m_Engine, *a, *b, fs);
     return;
   }
-  const double beginA = a->Begin->Slots[0].y;
-  const double beginB = b->Begin->Slots[0].y;
-  int first = 0;
-  int last = 0;
-  if (!PixelRange(beginB + 0.5, b->End->Slots[0].y, m_Height, &first, &last)) {
-    return;
-  }
-  for (int y = first; y <= last; ++y) {
-    const double ta = (y - beginA) / deltaA;
-    if (ta < 0.0 || ta >= 1.0) {
-      continue;
-    }
-    const double tb = (y - beginB) / deltaB;
-    if (tb < 0.0 || tb >= 1.0) {
-      continue;
-    }
+  ForEachRow(*a, *b, m_Height, [=, this](int y, double ta, double tb) {
     Value(*a, ta, &m_VarEdgeA);
     Value(*b, tb, &m_VarEdgeB);
     SetSpan(&m_Span, &m_VarEdgeA, &m_VarEdgeB);
     fs->Y = y;
     DrawSpan(&m_Span, y, fs);
-  }
+  });
 }
 
 // --- State

@@ -24,20 +24,6 @@ namespace Zx3D {
 
 namespace {
 
-// Whether two records are the same, byte by byte.
-bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
-  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
-  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
-  std::uint64_t differing = 0;
-  for (const std::size_t place : kPlaces) {
-    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
-    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
-    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
-    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
-  }
-  return differing == 0;
-}
-
 // Whether all pixels are addresses of 32-bit words.
 bool IsAligned(const DATASURFACE& surface) {
   return reinterpret_cast<std::uintptr_t>(surface.Data) % 4 == 0 && surface.RowStride % 4 == 0;
@@ -53,31 +39,6 @@ std::ptrdiff_t WriteSizeOf(const DATASURFACE& surface, TRenderCPU::TPixelWrite w
                                  : write == &SetValue1d ? 8
                                                         : 4;
   return std::max(pixel, written);
-}
-
-// The targets of the state as it is. A draw buffer stands in the place of the colour surface.
-TTargetSource SourceOf(const TRenderCPU& gl) {
-  return {{gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer : gl.m_ColorSurface, gl.m_DepthSurface,
-           gl.m_StencilSurface},
-          gl.m_Width,
-          gl.m_Height,
-          gl.m_DrawBuffer != nullptr,
-          gl.m_PixelWrite};
-}
-
-// Whether targets are those of the state as it is: in registers alone, since this runs before each
-// primitive.
-inline bool AreCurrent(const TRenderCPU& gl, const TTargets& targets) {
-  const TTargetSource source = SourceOf(gl);
-  const TTargetSource& measured = targets.Source;
-  const auto isSame = [&](std::size_t i) __attribute__((always_inline)) {
-    const DATASURFACE* const surface = source.Surfaces[i];
-    return surface == measured.Surfaces[i] &&
-           (surface == nullptr || IsSameRecord(*surface, targets.Records[i]));
-  };
-  return isSame(0) && isSame(1) && isSame(2) && source.Width == measured.Width &&
-         source.Height == measured.Height && source.DrawBuffer == measured.DrawBuffer &&
-         source.Write == measured.Write;
 }
 
 // A target whose pixels are `stride` bytes apart, as drawing takes them, and `step` within a span.
@@ -111,8 +72,8 @@ TTargets Measure(const TTargetSource& source) {
                 : MeasureTarget(source, color, kPixelBytes, kPixelBytes, stride);
   t.Depth = MeasureTarget(source, t.Records[1], sizeof(float), sizeof(float), sizeof(float));
   t.Stencil = MeasureTarget(source, t.Records[2], 1, 1, 1);
-  if (t.Color.Fits && t.Depth.Fits && t.Stencil.Fits && IsAligned(t.Records[0]) &&
-      IsAligned(t.Records[1])) {
+  t.Fit = t.Color.Fits && t.Depth.Fits && t.Stencil.Fits;
+  if (t.Fit && IsAligned(t.Records[0]) && IsAligned(t.Records[1])) {
     const TBlock blocks[] = {BlockOf(t.Records[0]), BlockOf(t.Records[1]), BlockOf(t.Records[2])};
     t.Kernels = !blocks[0].Overlaps(blocks[1]) && !blocks[0].Overlaps(blocks[2]) &&
                 !blocks[1].Overlaps(blocks[2]);
@@ -123,7 +84,7 @@ TTargets Measure(const TTargetSource& source) {
 } // namespace
 
 [[gnu::noinline]] void TRenderEngine::MeasureTargets() {
-  Targets = Measure(SourceOf(gl));
+  Targets = Measure(TTargetSource::Of(gl));
   DrawJob = nullptr; // it holds addresses of the old ones
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
@@ -46,6 +48,16 @@ struct TTargetSource {
   int Height;
   bool DrawBuffer;               ///< whether the first is one
   TRenderCPU::TPixelWrite Write; ///< its writer
+
+  /// Of the state as it is. A draw buffer stands in the place of the colour surface.
+  static TTargetSource Of(const TRenderCPU& gl) {
+    return {{gl.m_DrawBuffer != nullptr ? gl.m_DrawBuffer : gl.m_ColorSurface, gl.m_DepthSurface,
+             gl.m_StencilSurface},
+            gl.m_Width,
+            gl.m_Height,
+            gl.m_DrawBuffer != nullptr,
+            gl.m_PixelWrite};
+  }
 };
 
 /// What drawing goes to, as `UpdateTargets` measured it.
@@ -55,8 +67,38 @@ struct TTargets {
   TTarget Color;
   TTarget Depth;
   TTarget Stencil;
+  bool Fit;     ///< all of them
   bool Kernels; ///< all fit, are aligned and apart: many pixels may be drawn at a time
 };
+
+/// Whether two records are the same, byte by byte.
+inline bool IsSameRecord(const DATASURFACE& a, const DATASURFACE& b) {
+  constexpr std::size_t kPlaces[] = {0, 16, 32, sizeof(DATASURFACE) - 16};
+  static_assert(sizeof(DATASURFACE) >= 48 && sizeof(DATASURFACE) <= 64);
+  std::uint64_t differing = 0;
+  for (const std::size_t place : kPlaces) {
+    std::uint64_t words[2][2]; // of each record, 16 bytes: a vector for the compiler
+    std::memcpy(words[0], reinterpret_cast<const unsigned char*>(&a) + place, sizeof words[0]);
+    std::memcpy(words[1], reinterpret_cast<const unsigned char*>(&b) + place, sizeof words[1]);
+    differing |= (words[0][0] ^ words[1][0]) | (words[0][1] ^ words[1][1]);
+  }
+  return differing == 0;
+}
+
+/// Whether targets are those of the state as it is: in registers alone, since this runs before each
+/// primitive, and in line for rows.
+[[gnu::always_inline]] inline bool AreCurrent(const TRenderCPU& gl, const TTargets& targets) {
+  const TTargetSource source = TTargetSource::Of(gl);
+  const TTargetSource& measured = targets.Source;
+  const auto isSame = [&](std::size_t i) __attribute__((always_inline)) {
+    const DATASURFACE* const surface = source.Surfaces[i];
+    return surface == measured.Surfaces[i] &&
+           (surface == nullptr || IsSameRecord(*surface, targets.Records[i]));
+  };
+  return isSame(0) && isSame(1) && isSame(2) && source.Width == measured.Width &&
+         source.Height == measured.Height && source.DrawBuffer == measured.DrawBuffer &&
+         source.Write == measured.Write;
+}
 
 /// Whether texels of a texture share memory with a target.
 bool SharesMemory(const DATASURFACE& texture, const TTargets& targets);
