@@ -36,8 +36,8 @@ struct TShape {
   /// One byte more from pixel to pixel, never between two.
   double Colors[2][4] = {{10.2 / 255, 20.3 / 255, 30.1 / 255, 1},
                          {159.2 / 255, 169.3 / 255, 179.1 / 255, 1}};
-  double S[2] = {0.2, 0.8};
-  double T = 0.5;
+  double S[2] = {0.21, 0.79};
+  double T = 0.53; ///< on no texel's edge
   bool IsLine = false;
   double LineTop = kRow;                 ///< of the line's end
   bool IsDirect = false;                 ///< handed to the rasteriser as it is, past the clipper
@@ -398,12 +398,22 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
   add(C::FloatRowChannelBound, kFloat, Nothing, tooBright);
   add(C::FloatRowRatioOfW, kFloat, Perspective,
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 200; });
+  add(C::FloatRowTexelBound, kTexture, Texture,
+      [](TRenderCPU&, TShape& shape) { shape.S[1] = 1e7; });
 
   add(C::FloatRunUntextured, kFloat, Nothing, Texture);
   add(C::FloatRunFloatColors, kFloat, Nothing, tooBright);
 
   add(
-      C::TexelsFit, kTexture, Texture, [](TRenderCPU&, TShape& shape) { shape.S[1] = 1e12; }, true);
+      C::TexelsFit, TKernel::ExactRuns,
+      [](TRenderCPU& gl, TShape& shape) {
+        Texture(gl, shape);
+        shape.S[1] = 1e7;
+      },
+      [](TRenderCPU&, TShape& shape) { shape.S[1] = 1e12; }, true);
+  add(
+      C::TexelsSureFloors, kTexture, Texture, [](TRenderCPU&, TShape& shape) { shape.T = 0.5; },
+      true);
   add(
       C::TexelsInside, kTexture, LinearTexture,
       [](TRenderCPU& gl, TShape& shape) {

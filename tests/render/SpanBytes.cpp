@@ -185,9 +185,13 @@ TEST_F(SpanBytes, TexelsOnTheEdgeOfAByte) {
 // Colours that are the same at all corners, over texels of every byte: where a product of the two
 // lies between two bytes, or so near to it that only the rounding of each pixel decides.
 TEST_F(SpanBytes, ConstantColoursOverEveryByte) {
-  std::vector<unsigned char> texels(256 * 4);
+  // Blocks of nine texels, so that a linear filter finds four of one byte as well.
+  constexpr std::size_t kSide = 48;
+  std::vector<unsigned char> texels(kSide * kSide * 4);
   for (std::size_t i = 0; i < texels.size(); ++i) {
-    texels[i] = static_cast<unsigned char>(i / 4 * (2 * (i % 4) + 1)); // each channel in its order
+    const std::size_t texel = i / 4;
+    const std::size_t block = texel / kSide / 3 * 16 + texel % kSide / 3;
+    texels[i] = static_cast<unsigned char>(block * (2 * (i % 4) + 1)); // each channel in its order
   }
   std::vector<double> channels = {0.0, 1e-310, 1e-9, 0.5, 0.9, 0.9f, 128.0 / 255.0, 1.0};
   for (const auto& [k, b] : {std::pair{4, 5}, {31, 35}, {0, 1}, {0, 255}, {127, 255}, {253, 254}}) {
@@ -201,6 +205,7 @@ TEST_F(SpanBytes, ConstantColoursOverEveryByte) {
   for (std::size_t i = 0; i < channels.size(); ++i) {
     for (const double far : {1.0, 1.0000001, 3.0, 60.0, 65536.0}) {
       for (const bool all : {false, true}) {
+        const unsigned int filter = (i + (all ? 1 : 0)) % 2 != 0 ? GL_NEAREST : GL_LINEAR;
         const double c = channels[i];
         const double other = channels[(i + 5) % channels.size()];
         const TCorner corners[4] = {{-1, -1, 1, all ? c : 0.3, other, c, c, 0, 0},
@@ -208,8 +213,8 @@ TEST_F(SpanBytes, ConstantColoursOverEveryByte) {
                                     {1, 1, far, all ? c : 0.1, other, c, c, 3, 1.5},
                                     {-1, 1, 1, all ? c : 0.9, other, c, c, 0, 1.5}};
         Expect("channel " + std::to_string(i) + " w " + std::to_string(far), [&](TRenderCPU& gl) {
-          SetTexture(gl, 16, 16, GL_NEAREST);
-          gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 16, 16, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+          SetTexture(gl, 16, 16, filter);
+          gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, kSide, kSide, 0, GL_RGBA, GL_UNSIGNED_BYTE,
                         texels.data());
           DrawQuad(gl, corners);
         });

@@ -203,7 +203,7 @@ struct TRenderEngine {
   // --- kernels/SpanSetup.cpp: choosing a kernel and running it
 
   /// Set-up; a condition that is returned leaves what is drawn to the reference walker.
-  TCondition SetUpDraw(TPrimitiveKind kind, TSpanJob* job) const;
+  TCondition SetUpDraw(TPrimitiveKind kind, TSpanJob* job);
   TCondition SetUpSources(TPrimitiveKind kind, TPrimitive* primitive) const;
   TCondition SetUpTargets(TDrawState* draw) const;
   TCondition SetUpDepthStencil(TDrawState* draw) const;
@@ -221,6 +221,7 @@ struct TRenderEngine {
   void ComputeDeferredFragment();
 
   TKnownTints KnownTints;
+  int ExactRuns = 0; ///< of textures, that take exact coordinates since many pixels wanted them
   TDeferredFragment DeferredFragment;
   TSpanJob* DrawJob =
       nullptr; ///< set up for all lines or triangles of an array draw, while it lasts

@@ -59,8 +59,9 @@
 
 #define ZX_FLOAT_ROW_CONDITIONS(X) \
   X(FloatRow,        ChannelBound,    primitive.ChannelBound > 0.0,                           "FloatColors has set it") \
-  X(FloatRow,        RatioOfW,        !ratioMatters || \
-                                      (ratio = RatioOfW(row)) <= kMaxFloatRatio,              "the margin of the bytes grows with the ratio")
+  X(FloatRow,        RatioOfW,        !primitive.UsesVertexColor || ratio <= kMaxFloatRatio,  "the margin of the bytes grows with the ratio") \
+  X(FloatRow,        TexelBound,      !HasByteTexels(primitive.Texels) || \
+                                      ratio * primitive.TexelBound <= kMaxNearTexels,         "so does the error of coordinates without a division a pixel")
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
@@ -78,6 +79,7 @@
 
 #define ZX_TEXEL_CONDITIONS(X) \
   X(Texels,          Fit,             fits,                                                   "indices are 32-bit integers") \
+  X(Texels,          SureFloors,      sureFloors,                                             "near a whole number the exact path may find another texel") \
   X(Texels,          Inside,          !isBordered,                                            "a border's colour is no bytes")
 
 #define ZX_LINE_RUN_CONDITIONS(X) \
@@ -141,7 +143,8 @@ inline constexpr int kShortPixels = 32;           ///< of a short row: more gain
 inline constexpr int kJoinedPixels = 14;          ///< of a short row with a texture
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
-inline constexpr int kExactRuns = 7; ///< of a texture after one in which all channels of all groups fell back
+inline constexpr int kExactRuns = 512;            ///< with a texture that have exact coordinates, after one in which
+inline constexpr int kMostUnsure = 4;             ///< one pixel in so many had to have them
 
 inline constexpr double kClearMargin = 1.0 / (1 << 20); ///< of a plane's distance: `LiesBeyond`
 inline constexpr double kMinClearSum = 0x1p-900;  ///< magnitudes that neither overflow nor underflow
@@ -161,6 +164,8 @@ inline constexpr double kMaxDepthBound = 1e20;
 inline constexpr double kMaxUnitTexCoord = 1e15;  ///< above, a double has no fraction to mix texels by
 inline constexpr double kMaxIndex = 2147483000.0; ///< truncates to 32 bits, with room for a neighbour
 inline constexpr double kInRangeRepeat = 1048576.0; ///< texel coordinates near enough to be placed by a floor
+inline constexpr double kMaxNearTexels = 16777216.0; ///< times the ratio of 1/w: SpanFloatColors-inl.h
+inline constexpr double kMaxTexelError = 1.0 / 8388608.0; ///< of near coordinates, in texels: the same
 inline constexpr double kTexelMargin = 1e-9;      ///< of texel coordinates, relative: SpanSetup.cpp
 inline constexpr int kMaxTextureSide = 1 << 20;   ///< with kMaxTextureBytes: offsets fit 32 bits
 inline constexpr std::int64_t kMaxTextureBytes = std::int64_t{1} << 31;

@@ -58,6 +58,8 @@ HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, TCompare func, hn::Vec<D> fragmen
 
 // Computed for a run of pixels before any test: one of the two t, and depth where that is used.
 struct TRunValues {
+  bool IsNear;  ///< t as a product, where nothing needs the quotient
+  bool IsFloat; ///< t in float alone
   HWY_ALIGN double T[kRun + kFloatLanes];
   HWY_ALIGN float FloatT[kRun + kFloatLanes];
   HWY_ALIGN float Depth[kRun + kFloatLanes];
@@ -86,11 +88,12 @@ inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x
   VD column = hn::Iota(d, static_cast<double>(x));
   const auto nextT = [&](int i) HWY_ATTR {
     const VD inside = hn::Sub(column, from);
-    const VD t = kExact ? hn::Min(hn::Div(inside, by), hn::Set(d, 1.0)) : hn::Mul(inside, by);
+    VD t = kExact ? hn::Div(inside, by) : hn::Mul(inside, by);
     column = hn::Add(column, hn::Set(d, kLanes));
     if (kFloatT) {
       hn::Store(hn::DemoteTo(df, t), df, values->FloatT + i);
     } else {
+      t = hn::Min(t, hn::Set(d, 1.0));
       hn::Store(t, d, values->T + i);
     }
     return t;
@@ -120,14 +123,16 @@ inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x
   ZX_RETURN_FIRST_UNMET(ZX_DEPTH_ROUNDING_TEST);
 }
 
-// With `floatT` t in float, else in double.
 HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int x, int count,
-                                      bool floatT, TRunValues* values) {
-  if (!floatT) {
-    SetValues<true, false>(job, row, x, count, values);
-  } else if (!job.Meets(SetValues<false, true>(job, row, x, count, values), count)) {
-    SetValues<true, true>(job, row, x, count, values);
+                                      TRunValues* values) {
+  const bool isFloat = values->IsFloat;
+  if (values->IsNear && job.Meets(isFloat ? SetValues<false, true>(job, row, x, count, values)
+                                          : SetValues<false, false>(job, row, x, count, values),
+                                  count)) {
+    return;
   }
+  isFloat ? SetValues<true, true>(job, row, x, count, values)
+          : SetValues<true, false>(job, row, x, count, values);
 }
 
 // Which pixels of `live` pass; those get their depth, where it is written.

@@ -141,15 +141,14 @@ HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots
 template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots,
                                    const TRowOfGroup& row, VD t) {
-  const VU constant = hn::Set(DU(), job.Primitive.ConstColor);
   if constexpr (kTexels != TTexelSource::None) {
     TFetchedTexels fetched;
     FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, &fetched);
     return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, kAllChannels,
-                                                constant);
+                                                hn::Zero(DU()));
   }
   return job.Primitive.HasConstColor()
-             ? constant
+             ? hn::Set(DU(), job.Primitive.ConstColor)
              : ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
                                              job.Primitive.ConstMask, t);
 }

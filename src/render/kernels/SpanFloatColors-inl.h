@@ -89,11 +89,20 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // - The numerator times the reciprocal, both rounded, is off by u (3 E + 2 C) p + u C (4 p - 1)
 //   + u C: below 9 u E p. Without perspective it is less, p being 1. A secondary colour, which C
 //   and E count in, adds a rounding of the sum: u C.
+// - Where 1/w is the same at all pixels of a row, its reciprocal is multiplied into begin and delta
+//   in double, and p is 1.
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
 //   the two fractions, three products, three sums and a difference, of which no pixel meets more
 //   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
-//   multiplied by 255 at most: 7 * 128 u. The fractions are those of the exact path, or mix to the
-//   same mean.
+//   multiplied by 255 at most: 7 * 128 u.
+// - The coordinates that are mixed by are near those of the exact path. With U = 2^-53 and S the
+//   greatest |coordinate| in texels at the corners: t as a product is off by 3 U, so that a
+//   numerator is by 11 U S R, and by 5 U S R on the exact path, with half a texel of a filter taken
+//   away before or after; 1/w by (4 p + 1) U and (2 p + 1) U of itself; products and quotient by
+//   6 U more. Together that is below 34 U p S. `TexelBound` times p being 2^24 at most, both
+//   coordinates together are off by 34 * 2^-29 texels (kMaxTexelError is more). The mean of texels
+//   has no jumps, also where a repeat or an edge begins, and changes by 255 a texel at most: it is
+//   off by 255 * 2^-23.9.
 // - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
 //   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
 // - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
@@ -115,7 +124,7 @@ inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
     bounds = texels ? 4.0 + 5.0 * ratio : 2.0 + 9.0 * ratio;
   }
   if (primitive.Texels == TTexelSource::Linear) {
-    bounds += 3.6;
+    bounds += 3.6 + 1.1;
   }
   return kUnit * (1.5 + primitive.ChannelBound * bounds);
 }
@@ -131,12 +140,13 @@ HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double
 inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     TRowFloats* floats) {
   const bool texels = job.Primitive.Texels != TTexelSource::None;
-  const double scale = texels ? 1.0 : 255.0;
+  const double once = job.Primitive.Perspective && HasOneW(row) ? 1.0 / row.Begin[3] : 1.0;
+  const double scale = texels ? once : once * 255.0;
   SetFloats(row.Begin, slots.Color, scale, floats->Begin);
   SetFloats(row.Delta, slots.Color, scale, floats->Delta);
   if (slots.Secondary >= 0) {
-    SetFloats(row.Begin, slots.Secondary, 255.0, floats->SecondaryBegin);
-    SetFloats(row.Delta, slots.Secondary, 255.0, floats->SecondaryDelta);
+    SetFloats(row.Begin, slots.Secondary, once * 255.0, floats->SecondaryBegin);
+    SetFloats(row.Delta, slots.Secondary, once * 255.0, floats->SecondaryDelta);
     floats->SecondaryBegin[3] = 0.0f;
     floats->SecondaryDelta[3] = 0.0f;
   }
@@ -149,20 +159,41 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
   }
 }
 
+// A coordinate in texels is TexelBegin + TexelDelta * t, times q where 1/w varies. The shift of a
+// filter is a shift by as many 1/w.
+inline HWY_ATTR void SetUpRowTexels(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                    TRowFloats* floats) {
+  const TPrimitive& primitive = job.Primitive;
+  double once = 1.0;
+  double shift = ShiftOf(primitive.Texels);
+  double shiftDelta = 0.0;
+  if (primitive.Perspective && HasOneW(row)) {
+    once = 1.0 / row.Begin[3];
+  } else if (primitive.Perspective) {
+    shiftDelta = shift * row.Delta[3];
+    shift *= row.Begin[3];
+  }
+  const auto setUp = [&](int i, double size) HWY_ATTR {
+    floats->TexelBegin[i] = row.Begin[slots.Tex + i] * once * size - shift;
+    floats->TexelDelta[i] = row.Delta[slots.Tex + i] * once * size - shiftDelta;
+  };
+  setUp(0, primitive.AxisX.Size);
+  setUp(1, primitive.AxisY.Size);
+}
+
 inline HWY_ATTR double RatioOfW(const TRow& row) {
   const double begin = row.Begin[3];
   const double end = begin + row.Delta[3];
-  return std::max(begin, end) / std::min(begin, end);
+  return HasOneW(row) ? 1.0 : std::max(begin, end) / std::min(begin, end);
 }
 
 // Sets up a row for float colours, unless a condition rules them out.
 inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
                                           const TRow& row, TRowFloats* floats) {
   const TPrimitive& primitive = job.Primitive;
-  const bool ratioMatters = primitive.UsesVertexColor && primitive.Perspective;
-  double ratio = 1.0;
+  const double ratio = primitive.Perspective ? RatioOfW(row) : 1.0;
   ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
-  if (ratioMatters) {
+  if (primitive.Perspective) {
     floats->WBegin = static_cast<float>(row.Begin[3]);
     floats->WDelta = static_cast<float>(row.Delta[3]);
   }
@@ -170,6 +201,10 @@ inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& 
     SetUpRowColors(job, slots, row, floats);
   }
   floats->Margin = static_cast<float>(MarginOf(primitive, ratio));
+  floats->NearTexels = HasByteTexels(primitive.Texels) && *job.ExactRuns == 0;
+  if (floats->NearTexels) {
+    SetUpRowTexels(job, slots, row, floats);
+  }
   for (int i = 0; i < 4; ++i) {
     floats->ChannelMargins[i] = (primitive.TintMask >> i & 1u) != 0 ? 0.0f : floats->Margin;
   }
@@ -246,7 +281,7 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
   return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
 }
 
-// Computes coordinates and fetches texels; false where they are no bytes.
+// Computes the exact path's coordinates and fetches texels; false where they are no bytes.
 template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach, class TRowOfGroup>
 HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slots,
                                        const TRowOfGroup& row, VD t, TFetchedTexels* ready) {
@@ -256,9 +291,14 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
     ready->Fits = false;
     return false;
   } else {
-    const VD across = Interpolated<kPerspective>(row, slots.Tex, t, q);
-    const VD along = Interpolated<kPerspective>(row, slots.Tex + 1, t, q);
-    return job.Meets(FetchTexels<kTexels, kReach>(job.Primitive, across, along, ready));
+    const DD d;
+    const auto at = [&](int i, const TTexelAxis& axis) HWY_ATTR {
+      const VD place =
+          hn::Mul(Interpolated<kPerspective>(row, slots.Tex + i, t, q), hn::Set(d, axis.Size));
+      return hn::Sub(place, hn::Set(d, ShiftOf(kTexels)));
+    };
+    return job.Meets(FetchTexels<kTexels, kReach, false>(job.Primitive, at(0, job.Primitive.AxisX),
+                                                         at(1, job.Primitive.AxisY), ready));
   }
 }
 
@@ -290,8 +330,9 @@ HWY_INLINE HWY_ATTR TChannels MixTexels(const TFetchedTexels& texels) {
                 fv.High)};
 }
 
-// Packed colours of textured pixels at t; the mask is that of `BytesByRoundingTest`.
-template <TTexelSource kTexels, bool kPerspective>
+// Packed colours of textured pixels at t, with perspective if `kDivides`. The mask is that
+// of `BytesByRoundingTest`.
+template <TTexelSource kTexels, bool kDivides>
 HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
                                       const TRowFloats& floats, VD at, const TFetchedTexels& ready,
                                       VU* packed) {
@@ -301,22 +342,22 @@ HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slot
     *packed = hn::LowerHalf(DU(), ready.Left);
     return AllLanes(DFI());
   }
-  const VFF margins = hn::LoadDup128(DFF(), floats.ChannelMargins);
+  const DFF d;
+  const VFF margins = hn::LoadDup128(d, floats.ChannelMargins);
   TChannels value = kTexels == TTexelSource::Nearest ? ChannelsOf(hn::LowerHalf(DU(), ready.Left))
                                                      : MixTexels(ready);
   if (job.Primitive.UsesVertexColor) {
     const TChannels t = Spread(hn::DemoteTo(DF(), at));
-    const TChannels q = kPerspective ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
-    TChannels tint = SlotAt<kPerspective>(floats.Begin, floats.Delta, t, q);
-    if (kPerspective && job.Primitive.TintMask != 0) {
-      const VFF begin = hn::LoadDup128(DFF(), floats.Begin);
-      const auto same = hn::Eq(margins, hn::Zero(DFF()));
-      tint = {hn::IfThenElse(same, begin, tint.Low), hn::IfThenElse(same, begin, tint.High)};
+    const TChannels q = kDivides ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
+    TChannels color = SlotAt<kDivides>(floats.Begin, floats.Delta, t, q);
+    if (kDivides && job.Primitive.TintMask != 0) {
+      const VFF begin = hn::LoadDup128(d, floats.Begin);
+      const auto same = hn::Eq(margins, hn::Zero(d));
+      color = {hn::IfThenElse(same, begin, color.Low), hn::IfThenElse(same, begin, color.High)};
     }
-    value = {hn::Mul(value.Low, tint.Low), hn::Mul(value.High, tint.High)};
+    value = {hn::Mul(value.Low, color.Low), hn::Mul(value.High, color.High)};
     if (slots.Secondary >= 0) {
-      const TChannels sum =
-          SlotAt<kPerspective>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
+      const TChannels sum = SlotAt<kDivides>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
       value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
     }
   }
@@ -326,15 +367,15 @@ HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slot
 // --- Without a texture, channel by channel
 
 // Packed colours of pixels of a row at t; `sure` loses those whose rounding test fails.
-template <bool kPerspective>
+template <bool kDivides>
 HWY_INLINE HWY_ATTR VFU UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
                                         const TRowFloats& floats, std::uint32_t constMask, VFF t,
                                         MFI* sure) {
   const DFF d;
   const DFU du;
-  const VFF q = PerspectiveAt<kPerspective>(d, floats.WBegin, floats.WDelta, t);
+  const VFF q = PerspectiveAt<kDivides>(d, floats.WBegin, floats.WDelta, t);
   const auto at = [&](const float* begin, const float* delta, int i) HWY_ATTR {
-    return Interpolated<kPerspective>(hn::Set(d, begin[i]), hn::Set(d, delta[i]), t, q);
+    return Interpolated<kDivides>(hn::Set(d, begin[i]), hn::Set(d, delta[i]), t, q);
   };
   const auto byteOf = [&](int i) HWY_ATTR {
     VFF value = at(floats.Begin, floats.Delta, i);

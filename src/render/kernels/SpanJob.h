@@ -148,6 +148,7 @@ struct TPrimitiveValues {
   bool ZeroSecondary = false; ///< a secondary colour of 0 is still added to the fragment record
 
   TTexelReach Reach = TTexelReach::Anywhere;
+  double TexelBound = 0.0; ///< with byte texels, of |x| + |y| in texels at any vertex
 
   // --- Colour
   bool Clamp = true;           ///< channels may lie outside 0 to 1, or be NaN
@@ -201,6 +202,7 @@ struct TSpanJob {
   TPrimitive Primitive;
   TSpanResult Result;
   TKernelCounters* Counters; ///< null: nobody counts
+  int* ExactRuns; ///< those of the context, with a texture, whose coordinates will be exact
 
   void StartPrimitive() {
     Result.YSet = Result.DepthSet = Result.ColorSet = false;

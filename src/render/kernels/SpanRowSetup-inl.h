@@ -71,7 +71,9 @@ struct TRowFloats {
   float WDelta;
   float Margin;
   alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
-  int ExactRuns = 0; ///< textured runs that take the exact path, all groups of one having failed
+  bool NearTexels;                     ///< by coordinates near the exact ones:
+  double TexelBegin[2];                ///< in texels, less what the filter shifts by
+  double TexelDelta[2];
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.

@@ -281,21 +281,22 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                  int x, int count, const TGroupTargets& to, TRowResult* result) {
-  const bool floatT = job.Meets(UnmetByFloatRun<kTexels>(job, row));
-  job.Count(floatT                                      ? TKernel::FloatRuns
-            : HasByteTexels(kTexels) && row.HasFloats() ? TKernel::TextureRuns
-                                                        : TKernel::ExactRuns,
-            count);
+  const bool inFloat = HasByteTexels(kTexels) && row.HasFloats();
   TRunValues values;
+  values.IsFloat = job.Meets(UnmetByFloatRun<kTexels>(job, row));
+  values.IsNear = values.IsFloat || (inFloat && row.Floats->NearTexels && *job.ExactRuns == 0);
+  job.Count(values.IsFloat ? TKernel::FloatRuns
+            : inFloat      ? TKernel::TextureRuns
+                           : TKernel::ExactRuns,
+            count);
   const auto drawDepths = [&](std::uint64_t tested) HWY_ATTR {
-    SetRunValues(job, row, x, count, floatT, &values);
+    SetRunValues(job, row, x, count, &values);
     return job.Draw.UsesDepth() ? DrawDepths(job, count, values.Depth, tested, to.Depth) : tested;
   };
   const TGroupResult drawn = TestRun<kStencil>(job, count, to.Stencil, drawDepths);
   RecordGroup(drawn, x, result);
   if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, values, floatT, drawn.Shaded,
-                                      to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, values, drawn.Shaded, to.Color);
   }
 }
 

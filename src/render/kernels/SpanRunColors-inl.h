@@ -44,8 +44,8 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
                      exact(0, hn::LowerHalf(du, packed)));
 }
 
-// Draws the colours of a run, from column x on, by pairs of groups.
-template <bool kPerspective>
+// Draws the colours of a run, from column x on, by pairs of groups. `kDivides`: 1/w varies.
+template <bool kPerspective, bool kDivides>
 HWY_INLINE HWY_ATTR void
 DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row, int x, int count,
                      const TRunValues& values, std::uint64_t shaded, std::uint32_t* color) {
@@ -71,8 +71,8 @@ DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& ro
     if (varying != 0) {
       const VFF t = hn::Load(df, values.FloatT + i);
       MFI sure = AllLanes(DFI());
-      packed = UntexturedBytes<kPerspective>(job, slots, *row.Floats,
-                                             job.Primitive.ConstMask | ties, t, &sure);
+      packed = UntexturedBytes<kDivides>(job, slots, *row.Floats, job.Primitive.ConstMask | ties, t,
+                                         &sure);
       if (kPerspective && !sameTies) {
         tied = exact(i, ties, bits, tied);
       }
@@ -93,17 +93,38 @@ DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& ro
 // --- With a texture, in stages: divisions, then texels and bytes. Fused, the dependency chain
 // would exceed the out-of-order window.
 
-// Fetches the texels of a run, of each group that has a pixel in `shaded`. Returns the pixels whose
-// texels are no bytes.
-template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach>
-HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, int count, std::uint64_t shaded,
-                                           const double* t, TFetchedTexels* ready) {
+// Fetches the texels of a group near t by the float set-up of its row. False where they may be
+// others than the exact path's, or no bytes.
+template <TTexelSource kTexels, bool kDivides, TTexelReach kReach>
+HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TRow& row, VD t,
+                                   TFetchedTexels* ready) {
+  const DD d;
+  const TRowFloats& floats = *row.Floats;
+  ready->Q = PerspectiveAt<kDivides>(row, t);
+  const auto texel = [&](int axis) HWY_ATTR {
+    return Interpolated<kDivides>(hn::Set(d, floats.TexelBegin[axis]),
+                                  hn::Set(d, floats.TexelDelta[axis]), t, ready->Q);
+  };
+  return job.Meets(FetchTexels<kTexels, kReach, true>(job.Primitive, texel(0), texel(1), ready));
+}
+
+// Fetches the exact path's texels of a group in place of others. Returns the exact t.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR VD FetchExactly(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                      int x, TFetchedTexels* ready) {
+  const VD t = ColumnParameter(row, x);
+  FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, ready);
+  return t;
+}
+
+// Fetches the texels of a run by `fetch`, of each group that has a pixel in `shaded`. Returns the
+// pixels whose texels are no bytes.
+template <class TFetch>
+HWY_INLINE HWY_ATTR std::uint64_t FetchRun(int count, std::uint64_t shaded, const TFetch& fetch) {
   std::uint64_t unsure = 0;
   for (int i = 0; i < count; i += kLanes) {
     const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits != 0 && HWY_UNLIKELY((!FetchTexelsAt<kTexels, kPerspective, kReach>(
-                         job, slots, row, hn::Load(DD(), t + i), &ready[i / kLanes])))) {
+    if (bits != 0 && HWY_UNLIKELY(!fetch(i))) {
       unsure |= bits << i;
     }
   }
@@ -111,34 +132,47 @@ HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots&
 }
 
 // The packed colours of a run, in whole vectors: those of each group that has a pixel in `shaded`.
-// Rounding tests that fail are seen to at the end: a branch upon each
-// would be foretold wrong as often, and known to be so after all of a group's steps.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRow& row, int count, std::uint64_t shaded,
-                                        const double* t, std::uint32_t* packed) {
-  const DD d;
+// Rounding tests that fail are seen to at the end: a branch upon each would be foretold wrong as
+// often, and known to be so after all of a group's steps. Returns how many groups failed.
+template <TTexelSource kTexels, bool kPerspective, bool kDivides>
+HWY_INLINE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                       int x, int count, std::uint64_t shaded,
+                                       const TRunValues& values, std::uint32_t* packed) {
   TFetchedTexels ready[kRun / kLanes];
-  const std::uint64_t unsure = ByReach(job.Primitive.Reach, [&](auto reach) HWY_ATTR {
-    return FetchRun<kTexels, kPerspective, decltype(reach)::value>(job, slots, row, count, shaded,
-                                                                   t, ready);
-  });
+  const std::uint64_t unsure = ByReach(
+      job.Primitive.Reach, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
+        constexpr TTexelReach kReach = decltype(constant)::value;
+        const auto tAt = [&](int i) HWY_ATTR { return hn::Load(DD(), values.T + i); };
+        return values.IsNear
+                   ? FetchRun(
+                         count, shaded,
+                         [&](int i) HWY_ATTR __attribute__((always_inline)) {
+                           return FetchNear<kTexels, kDivides, kReach>(job, row, tAt(i),
+                                                                       &ready[i / kLanes]);
+                         })
+                   : FetchRun(
+                         count, shaded, [&](int i) HWY_ATTR __attribute__((always_inline)) {
+                           return FetchTexelsAt<kTexels, kPerspective, kReach>(
+                               job, slots, row, tAt(i), &ready[i / kLanes]);
+                         });
+      });
   std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
   std::memset(sure, 0xFF, sizeof sure);
-  MFI all = AllLanes(DFI());
+  MFI allSure = AllLanes(DFI());
   for (int i = 0; i < count; i += kLanes) {
     if (((shaded & ~unsure) >> i & FirstBits(kLanes)) == 0) {
       continue;
     }
     VU colors;
-    const MFI group = TexturedBytes<kTexels, kPerspective>(
-        job, slots, *row.Floats, hn::Load(d, t + i), ready[i / kLanes], &colors);
-    all = hn::And(all, group);
+    const MFI group = TexturedBytes<kTexels, kDivides>(
+        job, slots, *row.Floats, hn::Load(DD(), values.T + i), ready[i / kLanes], &colors);
+    allSure = hn::And(allSure, group);
     hn::StoreMaskBits(DFI(), group, sure[i / kLanes]);
     hn::Store(colors, DU(), packed + i);
   }
-  if (unsure == 0 && hn::AllTrue(DFI(), all)) {
-    return;
+  int exact = 0;
+  if (unsure == 0 && hn::AllTrue(DFI(), allSure)) {
+    return exact;
   }
   for (int i = 0; i < count; i += kLanes) {
     if ((shaded >> i & FirstBits(kLanes)) == 0) {
@@ -148,34 +182,63 @@ HWY_INLINE HWY_ATTR void TexturedColors(const TSpanJob& job, const TRowSlots& sl
     std::memcpy(&bits, sure[i / kLanes], sizeof bits);
     const std::uint32_t channels =
         (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
-    if (channels != 0) {
-      const VU exact = ExactFallback<kTexels, kPerspective>(
-          job, slots, row, hn::Load(d, t + i), ready[i / kLanes], channels,
-          channels == kAllChannels ? hn::Zero(DU()) : hn::Load(DU(), packed + i));
-      hn::Store(exact, DU(), packed + i);
+    if (channels == 0) {
+      continue;
     }
+    ++exact;
+    const bool all = channels == kAllChannels;
+    const VD t = values.IsNear ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i,
+                                                                     &ready[i / kLanes])
+                               : hn::Load(DD(), values.T + i);
+    hn::Store(
+        ExactFallback<kTexels, kPerspective>(job, slots, row, t, ready[i / kLanes], channels,
+                                             all ? hn::Zero(DU()) : hn::Load(DU(), packed + i)),
+        DU(), packed + i);
   }
+  return exact;
 }
 
-// The colours of a run; with `floatT` its t is there in float alone.
+// What a function gives for whether 1/w varies in a row, which it takes by its type.
+template <bool kPerspective, class TFunction>
+HWY_INLINE HWY_ATTR auto ByDivision(const TRow& row, const TFunction& function) {
+  if constexpr (kPerspective) {
+    if (!HasOneW(row)) {
+      return function(std::true_type());
+    }
+  }
+  return function(std::false_type());
+}
+
+// The colours of a run.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    int x, int count, const TRunValues& values, bool floatT,
+                                    int x, int count, const TRunValues& values,
                                     std::uint64_t shaded, std::uint32_t* color) {
-  const DD d;
   const DU du;
   if constexpr (kTexels == TTexelSource::None) {
-    if (floatT) {
-      DrawUntexturedColors<kPerspective>(job, slots, row, x, count, values, shaded, color);
+    if (values.IsFloat) {
+      ByDivision<kPerspective>(
+          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+            DrawUntexturedColors<kPerspective, decltype(divides)::value>(job, slots, row, x, count,
+                                                                         values, shaded, color);
+          });
       return;
     }
   }
-  bool staged = false;
+  const bool staged = HasByteTexels(kTexels) && row.HasFloats();
   HWY_ALIGN std::uint32_t colors[kRun + kLanes];
-  if constexpr (kTexels == TTexelSource::Nearest || kTexels == TTexelSource::Linear) {
-    if (row.HasFloats()) {
-      TexturedColors<kTexels, kPerspective>(job, slots, row, count, shaded, values.T, colors);
-      staged = true;
+  if constexpr (HasByteTexels(kTexels)) {
+    if (staged) {
+      const int exact = ByDivision<kPerspective>(
+          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+            return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
+                job, slots, row, x, count, shaded, values, colors);
+          });
+      if (values.IsNear && exact * kLanes * kMostUnsure > count) {
+        *job.ExactRuns = kExactRuns;
+      } else if (*job.ExactRuns > 0) {
+        --*job.ExactRuns;
+      }
     }
   }
   for (int i = 0; i < count; i += kLanes) {
@@ -186,7 +249,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
     const auto live = MaskOfBits(du, bits);
     VU packed =
         staged ? hn::Load(du, colors + i)
-               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(d, values.T + i));
+               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(DD(), values.T + i));
     if (job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
     }

@@ -26,7 +26,7 @@ using DU2 = hn::Repartition<std::uint32_t, DD>;
 struct TFetchedTexels {
   hn::Vec<DU2> Left, Right;
   VD FractionU, FractionV;     ///< by which the four are mixed
-  VD Q;                        ///< 1 over 1/w
+  VD Q;                        ///< 1 over 1/w, where that is used
   MD OutsideX[2], OutsideY[2]; ///< of the first and the second texel along an axis, if bordered
   bool IsBordered;             ///< texels outside have the border's colour
   bool Fits;                   ///< else nothing is fetched: an index has more than 32 bits
@@ -170,19 +170,32 @@ HWY_NOINLINE HWY_ATTR void FetchApart(const DATASURFACE& surface, VU64 x0, VU64 
   out->Right = fetch(x1);
 }
 
-// Fetches by texture coordinates, all of which lie as `kReach` says.
-template <TTexelSource kTexels, TTexelReach kReach>
-HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD s, VD t,
+// By how much a coordinate is less than the pixel's place in the texture.
+constexpr double ShiftOf(TTexelSource texels) { return texels == TTexelSource::Linear ? 0.5 : 0.0; }
+
+// Whether the exact coordinates have the same floors as these, which are off by kMaxTexelError at
+// most.
+HWY_INLINE HWY_ATTR bool HaveSureFloors(VD u, VD v) {
+  const DD d;
+  const auto fromMiddle = [&](VD at) HWY_ATTR {
+    return hn::Abs(hn::Sub(hn::Sub(at, hn::Floor(at)), hn::Set(d, 0.5)));
+  };
+  const VD most = hn::Max(fromMiddle(u), fromMiddle(v));
+  return hn::AllTrue(d, hn::Lt(most, hn::Set(d, 0.5 - kMaxTexelError)));
+}
+
+// Fetches by coordinates in texels, all of which lie as `kReach` says.
+template <TTexelSource kTexels, TTexelReach kReach, bool kNear>
+HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD u, VD v,
                                            TFetchedTexels* out) {
   constexpr bool kLinear = kTexels == TTexelSource::Linear;
   constexpr bool kAnywhere = kReach == TTexelReach::Anywhere;
   const DD d;
   const DU2 du;
   const DU64 du64;
-  const VD shift = hn::Set(d, kLinear ? 0.5 : 0.0);
-  const VD u = hn::Sub(hn::Mul(s, hn::Set(d, primitive.AxisX.Size)), shift);
-  const VD v = hn::Sub(hn::Mul(t, hn::Set(d, primitive.AxisY.Size)), shift);
-  const bool fits = !kAnywhere || FitIndices(u, v);
+  // A mean of texels has no jumps that a floor could decide on, not even where a repeat begins.
+  const bool sureFloors = !kNear || kLinear || HaveSureFloors(u, v);
+  const bool fits = !kAnywhere || kNear || FitIndices(u, v);
   bool isBordered = false;
   if (HWY_LIKELY(fits)) {
     const bool mayBorder = kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||

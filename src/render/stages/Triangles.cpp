@@ -99,16 +99,6 @@ void TRenderEngine::DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet) {
   }
 }
 
-void TDeferredFragment::KeepVertices() {
-  for (int i = 0; i < 3 && Set && Vertex[i] != Kept[i]; ++i) {
-    if (i == 2 && MinorEdge == 0) {
-      break;
-    }
-    CopySlots(Kept[i], Vertex[i], Count);
-    Vertex[i] = Kept[i];
-  }
-}
-
 // Directs each edge of a triangle upwards and finds the major one.
 void TRenderEngine::SetEdges(VAR_DATA* v, EDGE* edges, int* major) {
   gl.SetEdge(&edges[0], &v[0], &v[1]);
