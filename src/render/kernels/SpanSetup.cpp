@@ -298,8 +298,8 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
   return TCondition::None;
 }
 
-// Finds where the texel coordinates of a primitive lie. The bound is no number if one of them is
-// none, or may be none between the vertices.
+// Finds where the texel coordinates of a primitive lie. The bound is NaN if one of them is, or may
+// be between the vertices.
 void SetUpReach(TPrimitive* primitive) {
   const TVertices& v = primitive->Vertex;
   primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
