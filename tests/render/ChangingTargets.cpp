@@ -259,6 +259,33 @@ TEST_P(ChangingTargets, AShaderBindsAnotherSurface) {
   s->BindColorSurface(nullptr);
 }
 
+// The first row of a triangle goes to the surface that was bound before, all others to the new one.
+TEST(WithinATriangle, RowsGoToTheSurfaceThatIsBoundByThen) {
+  for (const char* level : Zx3D::kSpanPaths) {
+    if (!LimitSpanLevel(level)) {
+      continue;
+    }
+    SCOPED_TRACE(level);
+    TScene s(kSize, kSize);
+    TDataSurface other;
+    ASSERT_TRUE(other.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
+    auto* const shader = new TBindingShader(&other);
+    s->_SetFragmentShader(shader);
+    shader->Release();
+    s->Begin(GL_TRIANGLES);
+    s->Vertex2d(-1, -1);
+    s->Vertex2d(1, -1);
+    s->Vertex2d(-1, 1);
+    s->End();
+    for (int y = 0; y < kSize - 1; ++y) {
+      EXPECT_EQ(y == 0 ? kWhite : kClear, PixelOf(*s->m_FrameBuffer->Color, 0, y)) << y;
+      EXPECT_EQ(y == 0 ? kClear : kWhite, PixelOf(other, 0, y)) << y;
+    }
+    s->BindColorSurface(nullptr);
+  }
+  LimitSpanLevel(nullptr);
+}
+
 // A writer that was installed by hand writes more than the one that the buffer was given.
 TEST_P(ChangingTargets, AWiderWriterStaysInsideTheDrawBuffer) {
   TScene s(kSize, kSize);
