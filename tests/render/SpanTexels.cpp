@@ -180,6 +180,7 @@ TEST_F(SpanTexels, PixelsOnTheEdgesOfTexels) {
                      std::to_string(wrap) + ", " + std::to_string(step) + " a pixel",
                  [&](TRenderCPU& gl) {
                    Texture(gl, size, size, filter, wrap, wrap);
+                   gl.m_TexUnits[0].Sampler.m_BorderColor = {1e13, 1e15, 0.5, 1e14};
                    gl.MatrixMode(GL_PROJECTION);
                    gl.LoadMatrixd(kWIsZ);
                    for (int y = 0; y < kHeight; ++y) {

@@ -193,13 +193,14 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD u, VD
   const DD d;
   const DU2 du;
   const DU64 du64;
-  // A mean of texels has no jumps that a floor could decide on, not even where a repeat begins.
-  const bool sureFloors = !kNear || kLinear || HaveSureFloors(u, v);
+  const bool mayBorder = kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||
+                                       primitive.AxisY.Wrap == TTexelWrap::Border);
+  // A mean of texels has no jumps that a floor could decide on, not even where a repeat begins; but
+  // beside a border of any colour the least part of it may count.
+  const bool sureFloors = !kNear || (kLinear && !mayBorder) || HaveSureFloors(u, v);
   const bool fits = !kAnywhere || kNear || FitIndices(u, v);
   bool isBordered = false;
   if (HWY_LIKELY(fits)) {
-    const bool mayBorder = kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||
-                                         primitive.AxisY.Wrap == TTexelWrap::Border);
     if (mayBorder) {
       for (int i = 0; i < 2; ++i) {
         out->OutsideX[i] = out->OutsideY[i] = NoLanes(d);
