@@ -237,6 +237,14 @@ private:
   TDataSurface* m_Other;
 };
 
+/// Has the context's fragment shader bind `other`, which is as large as the picture.
+void BindWhileShading(TRenderCPU* gl, TDataSurface* other) {
+  ASSERT_TRUE(other->Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
+  auto* const shader = new TBindingShader(other);
+  gl->_SetFragmentShader(shader);
+  shader->Release();
+}
+
 } // namespace
 
 // Points and the pixels of lines are written to the surface that is bound when their shader is
@@ -244,10 +252,7 @@ private:
 TEST_P(ChangingTargets, AShaderBindsAnotherSurface) {
   TScene s(kSize, kSize);
   TDataSurface other;
-  ASSERT_TRUE(other.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
-  auto* const shader = new TBindingShader(&other);
-  s->_SetFragmentShader(shader);
-  shader->Release();
+  BindWhileShading(&*s, &other);
   s->Begin(ModeOf(GetParam()));
   Shape(*s, GetParam(), 2);
   Shape(*s, GetParam(), 4);
@@ -268,10 +273,7 @@ TEST(WithinATriangle, RowsGoToTheSurfaceThatIsBoundByThen) {
     SCOPED_TRACE(level);
     TScene s(kSize, kSize);
     TDataSurface other;
-    ASSERT_TRUE(other.Create(kSize, kSize, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));
-    auto* const shader = new TBindingShader(&other);
-    s->_SetFragmentShader(shader);
-    shader->Release();
+    BindWhileShading(&*s, &other);
     s->Begin(GL_TRIANGLES);
     s->Vertex2d(-1, -1);
     s->Vertex2d(1, -1);
