@@ -75,11 +75,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// The components of a slot, in one vector or two.
-using D4 = hn::CappedTag<double, 4>;
-using V4 = hn::Vec<D4>;
-inline constexpr std::size_t kLanes4 = hn::MaxLanes(D4());
-
 // --- Slots
 
 // The first `count` slots at t. With perspective every slot is multiplied by q, the position too.
@@ -96,7 +91,7 @@ HWY_INLINE HWY_ATTR void Interpolate(const TRenderCPU::EDGE& edge, double t, int
     if (slot >= count) {
       break;
     }
-    for (int i = 4 * slot; i < 4 * slot + 4; i += static_cast<int>(kLanes4)) {
+    for (int i = 4 * slot; i < 4 * slot + 4; i += kLanes4) {
       const V4 v = hn::Add(hn::Mul(hn::LoadU(d, delta + i), at), hn::LoadU(d, begin + i));
       hn::StoreU(perspective ? hn::Mul(v, q) : v, d, out + i);
     }
@@ -117,7 +112,7 @@ HWY_INLINE HWY_ATTR void SetUpSpan(TRenderCPU* gl, const TRenderCPU::EDGE& a, do
   const auto* const begin = reinterpret_cast<const double*>(gl->m_Span.Begin);
   const auto* const end = reinterpret_cast<const double*>(gl->m_Span.End);
   auto* const delta = reinterpret_cast<double*>(&gl->m_Span.Delta);
-  for (int i = 0; i < 4 * count; i += static_cast<int>(kLanes4)) {
+  for (int i = 0; i < 4 * count; i += kLanes4) {
     hn::StoreU(hn::Sub(hn::LoadU(d, end + i), hn::LoadU(d, begin + i)), d, delta + i);
   }
 }

@@ -282,10 +282,20 @@ bool KnowsStencil(const TDrawState& draw);
 /// Whether a sampler fetches by a function of its own, not by one that a caller installed.
 bool IsKnownSampler(const TRenderCPU::TTexSampler& sampler);
 
+/// What the vertices of a primitive prove of a slot that has colours; a bit for each channel.
+struct TSlotFacts {
+  std::uint32_t Unit;  ///< in 0 to 1 at all vertices
+  std::uint32_t Same;  ///< the same at all vertices
+  std::uint32_t Sure;  ///< of those that are both: the byte of `Bytes` at all pixels
+  std::uint32_t Bytes; ///< 0 for all other channels
+};
+
 /// The routines of one instruction set.
 struct TSpanKernels {
   const char* Level; ///< the name of the instruction set
   int Lanes;         ///< doubles in a vector
+  /// `Sure` and `Bytes` hold where 1/w is steady: see `kMaxSteadyRatio`.
+  void (*FindFacts)(const TPrimitive& primitive, int slot, TSlotFacts* out);
   void (*DrawTriangle)(TSpanJob* job);
   /// Within the scope of quiet floats of a draw, as `TransformBatch` to `PackColors`.
   void (*DrawPlannedTriangle)(TSpanJob* job, const TTriangleRows& rows, int shape);

@@ -27,6 +27,7 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 #include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/ShadedRow-inl.h>
+#include <ZxCore3D/render/kernels/SlotFacts-inl.h>
 #include <ZxCore3D/render/kernels/SpanLine-inl.h>
 #include <ZxCore3D/render/kernels/SpanTriangle-inl.h>
 #include <ZxCore3D/render/kernels/VertexBatch-inl.h>
@@ -60,6 +61,7 @@ static_assert(kLevel != nullptr, "an instruction set without a name");
 
 inline constexpr TSpanKernels kKernels = {kLevel,
                                           kLanes,
+                                          FindFacts,
                                           TQuiet<DrawTriangleJob>::Call,
                                           DrawPlannedTriangle,
                                           TQuiet<DrawLines>::Call,

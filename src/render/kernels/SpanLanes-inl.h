@@ -50,6 +50,11 @@ using MFI = hn::Mask<DFI>;
 inline constexpr int kLanes = static_cast<int>(HWY_LANES(double));
 inline constexpr int kFloatLanes = 2 * kLanes;
 
+// The four components of a slot, or as many of them as a vector holds.
+using D4 = hn::CappedTag<double, 4>;
+using V4 = hn::Vec<D4>;
+inline constexpr int kLanes4 = static_cast<int>(hn::MaxLanes(D4()));
+
 // Pixels of a run; sets of them are the bits of a word.
 inline constexpr int kRun = 64;
 

@@ -26,10 +26,6 @@ namespace {
 using TVec4 = vec_t_<double, 4>;
 using TVertices = const TVec4* [3];
 
-// A constant byte is proven by two bounds: kMaxSteadyRatio of the 1/w of a triangle, and
-// kByteMargin of the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of
-// the last place times that ratio, far below the margin.
-
 // --- The chosen functions as enums
 
 // The place in a list that has the order of an enum; `Unknown` for a function that a caller
@@ -57,51 +53,15 @@ template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlph
 
 // --- What a triangle's values prove
 
-// What holds for the components of a slot.
-struct TComponents {
-  TPairMask Low, High;
-
-  TComponents operator&(const TComponents& other) const {
-    return {Low & other.Low, High & other.High};
+// Whether some components have one value at all vertices, `same` being those that have any.
+bool IsThroughout(const TVec4& first, double value, unsigned int components, unsigned int same) {
+  for (; components != 0; components &= components - 1) {
+    const int i = std::countr_zero(components);
+    if ((same >> i & 1) == 0 || first[static_cast<std::size_t>(i)] != value) {
+      return false;
+    }
   }
-  // A bit for each component.
-  unsigned int Bits() const {
-    const TPairMask bits = (Low & TPairMask{1, 2}) | (High & TPairMask{4, 8});
-    return static_cast<unsigned int>(bits[0] | bits[1]);
-  }
-};
-
-// A slot as two pairs.
-struct TPairs {
-  TPair Low, High;
-
-  explicit TPairs(const TVec4& v) : Low{v.x, v.y}, High{v.z, v.w} {}
-};
-
-TComponents Equal(const TPairs& a, const TPairs& b) { return {a.Low == b.Low, a.High == b.High}; }
-
-// The components that lie in 0 to 1.
-TComponents Unit(const TPairs& v) {
-  constexpr TPair kZero = {0.0, 0.0};
-  constexpr TPair kOne = {1.0, 1.0};
-  return {(v.Low >= kZero) & (v.Low <= kOne), (v.High >= kZero) & (v.High <= kOne)};
-}
-
-TComponents UnitComponents(const TVertices& v, int slot) {
-  return Unit(TPairs(v[0][slot])) & Unit(TPairs(v[1][slot])) & Unit(TPairs(v[2][slot]));
-}
-
-// The components that are the same at all vertices.
-TComponents SameComponents(const TVertices& v, int slot) {
-  const TPairs first(v[0][slot]);
-  return Equal(first, TPairs(v[1][slot])) & Equal(first, TPairs(v[2][slot]));
-}
-
-// Whether some components have one value at all vertices.
-bool IsThroughout(const TVertices& v, int slot, double value, unsigned int components) {
-  const TPairs wanted(TVec4{value, value, value, value});
-  const TComponents found = SameComponents(v, slot) & Equal(wanted, TPairs(v[0][slot]));
-  return (found.Bits() & components) == components;
+  return true;
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
@@ -156,44 +116,6 @@ TCondition SetUpFloatColors(bool steady, bool inUnit, TPrimitive* out) {
   ZX_FLOAT_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   out->ChannelBound = bound;
   return TCondition::None;
-}
-
-// Whether channels that are c, 0 to 1, at all vertices have the byte of c at all pixels.
-TPairMask AreConstantBytes(TPair c) {
-  constexpr double kWhole = 4503599627370496.0; // 2^52: from there on doubles are whole
-  const TPair value = c * 255.0 + 0.5;
-  const TPair apart = value - ((value + kWhole) - kWhole);
-  return (apart > kByteMargin) | (apart < -kByteMargin);
-}
-
-// Channels whose byte is the same at all pixels. With one w for all vertices the differences are
-// zeros, and every pixel computes the same value; otherwise one that rounds alike. Without
-// branches: which channels these are is seldom foretold.
-void SetUpConstantChannels(TComponents same, TPrimitive* primitive) {
-  const TVertices& v = primitive->Vertex;
-  TPairs value(v[0][primitive->ColorSlot]);
-  if (primitive->Perspective) {
-    const double r = v[0][0].w;
-    if (v[1][0].w == r && v[2][0].w == r) {
-      const auto atPixels = [r](TPair c) {
-        const TPair product = (c * r) * (1.0 / r);
-        return product < 1.0 ? product : TPair{1.0, 1.0};
-      };
-      value.Low = atPixels(value.Low);
-      value.High = atPixels(value.High);
-    } else {
-      const TComponents sure =
-          same & TComponents{AreConstantBytes(value.Low), AreConstantBytes(value.High)};
-      primitive->TieMask = same.Bits() & ~sure.Bits();
-      same = sure;
-    }
-  }
-  primitive->ConstMask = same.Bits();
-  const auto bytes = [](TPair channels, TPairMask live) {
-    const TPair scaled = (TPair)((TPairMask)channels & live) * 255.0 + 0.5;
-    return static_cast<std::uint32_t>(scaled[0]) | static_cast<std::uint32_t>(scaled[1]) << 8;
-  };
-  primitive->ConstColor = bytes(value.Low, same.Low) | bytes(value.High, same.High) << 16;
 }
 
 // A factor f with which f b, in floats, rounds to the byte of a texel's byte b under the channel c,
@@ -316,6 +238,8 @@ void SetUpReach(TPrimitive* primitive) {
   primitive->TexelBound = boundOf(0) * primitive->AxisX.Size + boundOf(1) * primitive->AxisY.Size;
 }
 
+bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
+
 // Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
 // great to have a fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TPrimitive& primitive) {
@@ -329,17 +253,17 @@ bool AreUnitTexels(const TPrimitive& primitive) {
   } else if (primitive.Texels != TTexelSource::Nearest) {
     return false;
   }
-  return Unit(TPairs(primitive.Sampler->m_BorderColor)).Bits() == kAllChannels;
+  const TVec4& border = primitive.Sampler->m_BorderColor;
+  return IsUnit(border.x) && IsUnit(border.y) && IsUnit(border.z) && IsUnit(border.w);
 }
 
 bool AreInReach(const TVertices& v) {
-  constexpr TPair kMost = {kMaxWindow, kMaxWindow};
-  TPairMask inside = {-1, -1};
-  for (const TVec4* const at : v) {
-    const TPair xy = PairAt(&at[0].x);
-    inside &= (xy < kMost) & (xy > -kMost);
-  }
-  return (inside[0] & inside[1]) != 0;
+  const auto size = [](const TVec4* at) {
+    constexpr std::int64_t kAllButSign = std::numeric_limits<std::int64_t>::max();
+    return (TPair)((TPairMask)PairAt(&at[0].x) & TPairMask{kAllButSign, kAllButSign});
+  };
+  const TPair sum = size(v[0]) + size(v[1]) + size(v[2]);
+  return sum[0] < kMaxWindow && sum[1] < kMaxWindow;
 }
 
 } // namespace
@@ -449,25 +373,32 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   }
   ZX_VERTEX_COLOR_CONDITIONS(ZX_RETURN_UNMET)
   primitive.ColorSlot = color;
+  const TSpanKernels& kernels = *GetSpanKernels();
   if (gl.m_Lighting) {
-    primitive.ZeroSecondary = IsThroughout(v, secondary, 0.0, kAllChannels & ~kAlphaOnly);
+    constexpr unsigned int kAdded = kAllChannels & ~kAlphaOnly;
+    TSlotFacts added;
+    kernels.FindFacts(primitive, secondary, &added);
+    primitive.ZeroSecondary = IsThroughout(v[0][secondary], 0.0, kAdded, added.Same);
     primitive.SecondarySlot = primitive.ZeroSecondary ? -1 : secondary;
   }
-  const TComponents unit = UnitComponents(v, color);
-  const bool inUnit = primitive.SecondarySlot < 0 && unit.Bits() == kAllChannels;
+  TSlotFacts facts;
+  kernels.FindFacts(primitive, color, &facts);
+  const bool inUnit = primitive.SecondarySlot < 0 && facts.Unit == kAllChannels;
   primitive.Clamp = !steady || !inUnit || (textured && !AreUnitTexels(primitive));
-  TComponents same = unit & SameComponents(v, color);
-  if (primitive.SecondarySlot >= 0) { // it is not added to alpha
-    same = same & TComponents{{0, 0}, {0, -1}};
-  }
+  // The secondary colour is not added to alpha.
+  const std::uint32_t same =
+      facts.Unit & facts.Same & (primitive.SecondarySlot >= 0 ? kAlphaOnly : kAllChannels);
   if (steady && !textured) {
-    SetUpConstantChannels(same, &primitive);
+    primitive.ConstMask = same & facts.Sure;
+    primitive.TieMask = same & ~facts.Sure;
+    primitive.ConstColor = primitive.SecondarySlot >= 0 ? facts.Bytes & 0xFF000000u : facts.Bytes;
   }
   if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
-    primitive.UsesVertexColor = !textured || !inUnit || !IsThroughout(v, color, 1.0, kAllChannels);
+    primitive.UsesVertexColor =
+        !textured || !inUnit || !IsThroughout(v[0][color], 1.0, kAllChannels, facts.Same);
     if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
         WidthOf(v) >= kMinTintWidth) {
-      SetUpTints(same.Bits(), &KnownTints, &primitive);
+      SetUpTints(same, &KnownTints, &primitive);
     }
   }
   return TCondition::None;
