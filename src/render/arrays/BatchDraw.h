@@ -260,11 +260,8 @@ struct TBatchDraw {
     return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
   }
 
-  // The other values of the batch, fetched when the first of its shapes is drawn.
-  void FetchValues() {
-    if (Fetched) {
-      return;
-    }
+  // Fetches the other values of the batch, when the first of its shapes is drawn.
+  [[gnu::noinline]] void FetchValues() {
     Fetched = true;
     for (int i = 0; i < 3; ++i) {
       if (Values[i].Pointer != nullptr) {

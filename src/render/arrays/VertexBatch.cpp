@@ -27,18 +27,31 @@ static bool IsSpareSlotZero(const TRenderCPU& gl) {
   });
 }
 
-// Fills a record with a vertex of a batch, as the shader does; `entry` is one of its entries. By
-// the batch its position is what stands there, in clip space or in the window.
-void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record) {
-  const TVertexBatch& batch = draw->Batch;
-  const int vertex = draw->Shapes.Vertex[entry];
+// Fills a record with a vertex of a batch by the shader. Apart from `ShadeBatched`, which needs few
+// registers without it.
+[[gnu::noinline]] void TRenderEngine::ShadeFetched(TBatchDraw* draw, int vertex, VAR_DATA* record) {
   if (gl.m_Lighting && draw->IsShared()) {
     LoadShared(draw->Arrays, draw->Tags, draw->ElementOf(vertex), record);
-  } else if (gl.m_Lighting || !byBatch) {
+  } else {
     draw->Arrays.Fetch(&gl, draw->ElementOf(vertex));
     ShadeVertex(&gl, record, draw->Arrays.Lighting);
+  }
+}
+
+// Fills a record with a vertex of a batch, as the shader does; `entry` is one of its entries. By
+// the batch its position is what stands there, in clip space or in the window.
+[[gnu::always_inline]] static inline void FillRecord(TRenderEngine* engine, TBatchDraw* draw,
+                                                     int entry, bool byBatch,
+                                                     TRenderCPU::VAR_DATA* record) {
+  const TRenderCPU& gl = engine->gl;
+  const TVertexBatch& batch = draw->Batch;
+  const int vertex = draw->Shapes.Vertex[entry];
+  if (gl.m_Lighting || !byBatch) {
+    engine->ShadeFetched(draw, vertex, record);
   } else {
-    draw->FetchValues();
+    if (!draw->Fetched) [[unlikely]] {
+      draw->FetchValues();
+    }
     record->Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
     if (gl.m_TexUnits[0].TexEnabled) {
       record->Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
@@ -47,6 +60,10 @@ void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_
   if (byBatch) {
     StoreVector(&record->Slots[0], batch.X[entry], batch.Y[entry], batch.Z[entry], batch.W[entry]);
   }
+}
+
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record) {
+  FillRecord(this, draw, entry, byBatch, record);
 }
 
 // Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
@@ -75,7 +92,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
 void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
   TVertexCache& cache = *VertexCache;
   VAR_DATA& record = cache.Corners[place];
-  ShadeBatched(draw, entry, true, &record);
+  FillRecord(this, draw, entry, true, &record);
   if (!gl.m_TexUnits[0].TexEnabled) {
     record.Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
   }

@@ -197,6 +197,7 @@ struct TRenderEngine {
   void DrawLines(TBatchDraw* draw);
   void ShadeCorner(TBatchDraw* draw, int entry, int place);
   void ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record);
+  void ShadeFetched(TBatchDraw* draw, int vertex, VAR_DATA* record);
 
   TVertexCache* VertexCache = nullptr;
 
