@@ -73,14 +73,14 @@ HWY_INLINE HWY_ATTR hn::Vec<D> OutputColors(D d, const TDrawState& draw, hn::Vec
 // Colours without a texture, operation by operation in double.
 template <bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& row, int color,
-                                       int secondary, std::uint32_t constMask, VD t) {
+                                       int secondary, std::uint32_t constMask, bool clamp, VD t) {
   const VD q = PerspectiveAt<kPerspective>(row, t);
   const auto byteOf = [&](int i) HWY_ATTR {
     VD value = Interpolated<kPerspective>(row, color + i, t, q);
     if (secondary >= 0 && i < 3) {
       value = hn::Add(value, Interpolated<kPerspective>(row, secondary + i, t, q));
     }
-    return ChannelByte(value, job.Primitive.Clamp);
+    return ChannelByte(value, clamp);
   };
   return PackChannels(DU(), constMask, hn::Set(DU(), job.Primitive.ConstColor), byteOf);
 }
@@ -150,7 +150,7 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots,
   return job.Primitive.HasConstColor()
              ? hn::Set(DU(), job.Primitive.ConstColor)
              : ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
-                                             job.Primitive.ConstMask, t);
+                                             job.Primitive.ConstMask, job.Primitive.Clamp, t);
 }
 
 // The exact channels of a group that failed a rounding test, the others from `packed`.

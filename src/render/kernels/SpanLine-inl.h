@@ -182,9 +182,9 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
     const VD i = hn::Iota(d, static_cast<double>(first));
     color.Find(0, steps.Along(i), steps.Aside(i));
     const VD t = steps.T(i);
-    const VU colors = isOpaque
-                          ? ExactUntextured<kPerspective>(job, row, slots.Color, -1, kAlphaOnly, t)
-                          : ExactColors<kTexels, kPerspective>(job, slots, row, t);
+    const VU colors = isOpaque ? ExactUntextured<kPerspective>(job, row, slots.Color, -1,
+                                                               kAlphaOnly, job.Primitive.Clamp, t)
+                               : ExactColors<kTexels, kPerspective>(job, slots, row, t);
     if (mayJoin && color.At(count - 1) - color.At(0) == count - 1) {
       StoreMasked(du, colors, hn::FirstN(du, static_cast<std::size_t>(count)), color.At(0));
       continue;
@@ -341,10 +341,7 @@ class TLineValues {
 public:
   HWY_INLINE HWY_ATTR void Set(const TPrimitive& primitive) {
     const auto placeOf = [](int slot) { return slot >= 0 ? 4 * slot : -1; };
-    Slots = {0,
-             {},
-             placeOf(primitive.ColorSlot),
-             placeOf(primitive.SecondarySlot),
+    Slots = {placeOf(primitive.ColorSlot), placeOf(primitive.SecondarySlot),
              placeOf(primitive.TexSlot)};
     const double* const begin = &primitive.Vertex[0][0].x;
     const double* const end = &primitive.Vertex[1][0].x;

@@ -11,8 +11,6 @@
 #endif
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
 
 #include <ZxCore3D/render/common/Conversions.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
@@ -22,32 +20,25 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// The most slots that a row keeps; slots that nothing reads are left out.
+// The slots that a row of a triangle has room for, the position first, and where they stand.
 inline constexpr int kMaxSlots = 4;
+inline constexpr int kColorPlace = 4;
+inline constexpr int kSecondaryPlace = 8;
+inline constexpr int kTexPlace = 12;
 
-// Where the interpolated slots stand within a row, in doubles; -1 for those left out.
+// Where the interpolated slots stand within a row, in doubles; -1 for those that nothing reads.
 struct TRowSlots {
-  int Count; ///< slots, the position among them
-  int Source[kMaxSlots];
   int Color;
   int Secondary;
   int Tex;
 };
 
-inline HWY_ATTR TRowSlots RowSlotsOf(const TSpanJob& job) {
-  TRowSlots slots = {1, {0, 0, 0, 0}, -1, -1, -1};
-  const bool readsColor = job.Primitive.RecordColor || !job.Primitive.HasConstColor();
-  const std::pair<int, int*> wanted[] = {{readsColor ? job.Primitive.ColorSlot : -1, &slots.Color},
-                                         {job.Primitive.SecondarySlot, &slots.Secondary},
-                                         {job.Primitive.TexSlot, &slots.Tex}};
-  static_assert(1 + std::size(wanted) <= kMaxSlots);
-  for (const auto& [source, place] : wanted) {
-    if (source >= 0) {
-      *place = 4 * slots.Count;
-      slots.Source[slots.Count++] = source;
-    }
-  }
-  return slots;
+HWY_INLINE TRowSlots RowSlotsOf(const TSpanJob& job) {
+  const TPrimitive& primitive = job.Primitive;
+  const bool readsColor = primitive.RecordColor || !primitive.HasConstColor();
+  return {readsColor && primitive.ColorSlot >= 0 ? kColorPlace : -1,
+          primitive.SecondarySlot >= 0 ? kSecondaryPlace : -1,
+          primitive.TexSlot >= 0 ? kTexPlace : -1};
 }
 
 // One row's values among those of the rows that were set up together.

@@ -71,11 +71,11 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
       store(df, depth, to.Depth);
     }
   }
-  const std::uint64_t shaded = BitsOfMask(DI(), pass);
+  const std::uint64_t shaded = kTests == TTests::None ? live : BitsOfMask(DI(), pass);
   if constexpr (kTests == TTests::AnyWithStencil) {
     StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
   }
-  if (shaded == 0 || (kAny && job.Draw.ColorMask == 0)) {
+  if ((kTests != TTests::None && shaded == 0) || (kAny && job.Draw.ColorMask == 0)) {
     return {tested, shaded};
   }
   VU packed = colors();

@@ -38,7 +38,8 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
       return others;
     }
     return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
-                                         kAllChannels & ~channels, ColumnParameter(row, x + k));
+                                         kAllChannels & ~channels, job.Primitive.Clamp,
+                                         ColumnParameter(row, x + k));
   };
   return hn::Combine(DFU(), exact(kLanes, hn::UpperHalf(du, packed)),
                      exact(0, hn::LowerHalf(du, packed)));

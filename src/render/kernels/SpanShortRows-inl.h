@@ -23,23 +23,26 @@ using TDrawRows = void (*)(const TSpanJob& job, const TRowSlots& slots, const TR
 
 // --- Without a texture
 
-// The channels that vary: any, all but alpha, without a secondary colour, or none.
+// The channels that vary: any; all but alpha, within 0 to 1 without a secondary colour; or none.
 enum class TShortColors : std::uint8_t { Any, ConstAlpha, Const };
 
 // Constant channels other than alpha are computed too, beside others: they come to the byte that
-// `ConstColor` has.
+// `ConstColor` has. A sum with a secondary colour may always lie outside 0 to 1.
 template <bool kPerspective, TShortColors kColors>
 HWY_INLINE HWY_ATTR VU ShortColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                    VD t) {
-  switch (kColors) {
-  case TShortColors::Const:
-    return hn::Set(DU(), job.Primitive.ConstColor);
-  case TShortColors::ConstAlpha:
-    return ExactUntextured<kPerspective>(job, row, slots.Color, -1, kAlphaOnly, t);
-  default:
-    return ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
-                                         job.Primitive.ConstMask & kAlphaOnly, t);
+  const TPrimitive& primitive = job.Primitive;
+  if (kColors == TShortColors::Const) {
+    return hn::Set(DU(), primitive.ConstColor);
   }
+  if (kColors == TShortColors::ConstAlpha) {
+    return ExactUntextured<kPerspective>(job, row, kColorPlace, -1, kAlphaOnly, false, t);
+  }
+  const std::uint32_t constMask = primitive.ConstMask & kAlphaOnly;
+  return slots.Secondary >= 0 ? ExactUntextured<kPerspective>(job, row, kColorPlace,
+                                                              kSecondaryPlace, constMask, true, t)
+                              : ExactUntextured<kPerspective>(job, row, kColorPlace, -1, constMask,
+                                                              primitive.Clamp, t);
 }
 
 template <bool kPerspective, TShortColors kColors, TTests kTests>
@@ -300,25 +303,18 @@ inline constexpr TDrawRows kJoinedRowKernels[4][2] = {
 
 // --- The choice
 
-struct TShortRowKernel {
-  TDrawRows Draw;
-  TKernel Kernel;
-  int MostPixels; ///< of a row
-};
-
-inline HWY_ATTR TShortRowKernel ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
+inline TDrawRows ChooseShortRowKernel(const TSpanJob& job, const TRowSlots& slots) {
   const TPrimitive& primitive = job.Primitive;
   const int perspective = primitive.Perspective ? 1 : 0;
   if (primitive.Texels != TTexelSource::None) {
-    return {kJoinedRowKernels[static_cast<int>(primitive.Texels)][perspective], TKernel::JoinedRows,
-            kJoinedPixels};
+    return kJoinedRowKernels[static_cast<int>(primitive.Texels)][perspective];
   }
-  const bool constAlpha = (primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0;
+  const bool constAlpha =
+      (primitive.ConstMask & kAlphaOnly) != 0 && slots.Secondary < 0 && !primitive.Clamp;
   const TShortColors colors = primitive.HasConstColor() ? TShortColors::Const
                               : constAlpha              ? TShortColors::ConstAlpha
                                                         : TShortColors::Any;
-  return {kShortRowKernels[perspective][static_cast<int>(colors)][static_cast<int>(TestsOf(job))],
-          TKernel::ShortRows, kShortPixels};
+  return kShortRowKernels[perspective][static_cast<int>(colors)][static_cast<int>(TestsOf(job))];
 }
 
 } // namespace HWY_NAMESPACE

@@ -55,16 +55,22 @@ inline HWY_ATTR double RowParameter(const TRow& row, int x) {
   return (x - row.Begin[0]) / row.Delta[0];
 }
 
+HWY_NOINLINE HWY_ATTR void SetUpRowsAgain(const TSpanJob& job, const TRowSlots& slots,
+                                          const TRowPlan& plan, int start, TRows* rows) {
+  SetUpRows(job, slots, plan, start, 0, rows);
+}
+
 // Stores the result for the fragment record. Rows that were replaced meanwhile are set up again.
-inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, const TRowPlan& plan,
-                                      const TLastPixels& last, int current, TRows* rows) {
-  const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR {
-    const int lane = pixel.Row % kLanes;
-    if (current != pixel.Row - lane) {
-      current = pixel.Row - lane;
-      SetUpRows(*job, slots, plan, current, 0, rows);
+HWY_INLINE HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots,
+                                          const TRowPlan& plan, const TLastPixels& last,
+                                          int current, TRows* rows) {
+  const auto rowOf = [&](const TLastPixel& pixel) HWY_ATTR __attribute__((always_inline)) {
+    const int start = pixel.Row & -kLanes;
+    if (HWY_UNLIKELY(current != start)) {
+      current = start;
+      SetUpRowsAgain(*job, slots, plan, start, rows);
     }
-    return rows->At(lane);
+    return rows->At(pixel.Row - start);
   };
   if (last.DepthTested.Row >= 0) {
     const TRow row = rowOf(last.DepthTested);
@@ -83,11 +89,12 @@ inline HWY_ATTR void RecordLastPixels(TSpanJob* job, const TRowSlots& slots, con
   }
 }
 
-inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t covered,
-                           TKernel kernel) {
+inline void CountShortRows(const TSpanJob& job, const TRows& rows, std::uint64_t covered) {
+  const bool textured = job.Primitive.Texels != TTexelSource::None;
   for (; covered != 0; covered &= covered - 1) {
     job.StartRow();
-    job.Count(kernel, PixelsOf(rows.At(FirstBit(covered))));
+    job.Count(textured ? TKernel::JoinedRows : TKernel::ShortRows,
+              PixelsOf(rows.At(FirstBit(covered))));
   }
 }
 
@@ -96,17 +103,16 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   if (count == 0) {
     return;
   }
+  const TPrimitive& primitive = job->Primitive;
   const TRowSlots slots = RowSlotsOf(*job);
-  const TDrawRows drawRows =
-      kRowKernels[static_cast<int>(job->Primitive.Texels)][job->Primitive.Perspective ? 1 : 0]
-                 [job->Draw.StencilTest ? 1 : 0];
-  const TShortRowKernel shortRows = ChooseShortRowKernel(*job, slots);
+  const TDrawRows drawShortRows = ChooseShortRowKernel(*job, slots);
+  const int shortPixels = primitive.Texels != TTexelSource::None ? kJoinedPixels : kShortPixels;
   TRows rows;
   TLastPixels lastShort;
   TLastPixels lastLong;
   int current = -1;
   for (int start = 0; start < count; start += kLanes) {
-    const TRowSets live = SetUpRows(*job, slots, plan, start, shortRows.MostPixels, &rows);
+    const TRowSets live = SetUpRows(*job, slots, plan, start, shortPixels, &rows);
     current = start;
     if (live.Crossed != 0) {
       job->Result.YSet = true;
@@ -114,12 +120,13 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
     }
     if (live.Short != 0) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
-        CountShortRows(*job, rows, live.Short, shortRows.Kernel);
+        CountShortRows(*job, rows, live.Short);
       }
-      shortRows.Draw(*job, slots, rows, live.Short, start, &lastShort);
+      drawShortRows(*job, slots, rows, live.Short, start, &lastShort);
     }
     if (live.Long != 0) {
-      drawRows(*job, slots, rows, live.Long, start, &lastLong);
+      kRowKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0]
+                 [job->Draw.StencilTest ? 1 : 0](*job, slots, rows, live.Long, start, &lastLong);
     }
   }
   const auto later = [](const TLastPixel& a, const TLastPixel& b) { return a.Row > b.Row ? a : b; };

@@ -3,7 +3,6 @@
 //
 // Tested by: tests/render/Triangles.cpp (Triangles.*), tests/render/SpanLevels.cpp (SpanLevels.*)
 
-#include <algorithm>
 #include <utility>
 
 #include <ZxCore3D/render/ShaderCPU.h>
@@ -99,7 +98,9 @@ void TRenderEngine::RecordPrimitive(const TSpanJob& job) {
   pending.Y = result.LastY;
   pending.MinorEdge = result.LastMinorEdge;
   pending.T = result.LastT;
-  std::copy_n(job.Primitive.Vertex, 3, pending.Vertex);
+  for (int i = 0; i < 3; ++i) { // no call for three pointers
+    pending.Vertex[i] = job.Primitive.Vertex[i];
+  }
 }
 
 // Computes the slots of the last fragment of a primitive by the operations of the reference path.
