@@ -11,6 +11,7 @@
 #endif
 
 #include <algorithm>
+#include <cmath>
 #include <type_traits>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
@@ -79,6 +80,12 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // among them; where two bytes meet within the margin the test fails. What remains is to bound
 // |F - 255 v|.
 //
+// Without a texture a channel is worked out from n, the columns after the row's first pixel, which
+// a float holds exactly: `delta * n + begin`, both set up in double, in fixed point. The fraction
+// of a byte has kFixedBits bits; the half byte that the exact path adds, the margin and 2^23, from
+// where on floats are whole, are part of `begin`. The low bits of the sum are then the byte and its
+// fraction, and the byte is taken unless the fraction lies below two margins.
+//
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
 // row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
 // difference of two corners, both times 1/w where there is perspective:
@@ -86,9 +93,13 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 //   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
 //   rounding begin and the sum 2 u C R: u (3 E + 2 C) p relative to 1/w. Of 1/w itself |delta| is
 //   at most R - r: relative to it, it is off by u (3 (p - 1) + p + 1) = u (4 p - 2).
+// - From n no t is rounded: u (2 E + 2 C) p for a numerator, and no more than that for 1/w. What is
+//   part of `begin` counts in C as 1.01, with perspective, where 2^23 is added at the end, as 0.01;
+//   the sum is off by half of 2^-kFixedBits then, 1.01 * 255 u of a byte, and the margin is a whole
+//   number of these units, rounded up.
 // - The numerator times the reciprocal, both rounded, is off by u (3 E + 2 C) p + u C (4 p - 1)
 //   + u C: below 9 u E p. Without perspective it is less, p being 1. A secondary colour, which C
-//   and E count in, adds a rounding of the sum: u C.
+//   and E count in, adds a rounding of the sum: u C. Without a texture it is added in double.
 // - Where 1/w is the same at all pixels of a row, its reciprocal is multiplied into begin and delta
 //   in double, and p is 1.
 // - Texels are whole numbers up to 255, and so are their differences, exactly. Mixing them rounds
@@ -114,6 +125,7 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // job's `ChannelBound` is E, set only for numbers up to 4 and 1/w within 1e-15 to 1e15. Pixels that
 // do not exist may have any value, but they are not stored.
 inline constexpr double kRounding = 1.0 / 16777216.0;
+inline constexpr int kFixedBits = 15; // of a fraction of a byte
 
 // The margin of a row with a ratio of its 1/w.
 inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
@@ -126,7 +138,7 @@ inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
   if (primitive.Texels == TTexelSource::Linear) {
     bounds += 3.6 + 1.1;
   }
-  return kUnit * (1.5 + primitive.ChannelBound * bounds);
+  return kUnit * ((texels ? 1.5 : 2.1) + primitive.ChannelBound * bounds);
 }
 
 // --- What a row has ready
@@ -137,13 +149,46 @@ HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double
   }
 }
 
+// The colours of a row without a texture, by columns.
+inline HWY_ATTR void SetUpRowColumns(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
+                                     double margin, TRowFloats* floats) {
+  constexpr double kUnit = 1 << kFixedBits;
+  const double units = std::ceil(margin * kUnit);
+  const double bias = 0.5 * kUnit + units;
+  const bool divides = job.Primitive.Perspective && !HasOneW(row);
+  const double once = job.Primitive.Perspective && !divides ? 1.0 / row.Begin[3] : 1.0;
+  const double shift = divides ? 0.0 : kWholeFloats + bias;
+  const double step = 1.0 / row.Delta[0];
+  const double before = (row.First - row.Begin[0]) * step;
+  const auto setUp = [&](double begin, double delta, float* from, float* by) HWY_ATTR {
+    *from = static_cast<float>(delta * before + begin);
+    *by = static_cast<float>(delta * step);
+  };
+  for (int i = 0; i < 4; ++i) {
+    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
+      continue;
+    }
+    const auto sumOf = [&](const TRowComponents& from, double ofOne) HWY_ATTR {
+      const bool adds = slots.Secondary >= 0 && i < 3;
+      const double sum = from[slots.Color + i] + (adds ? from[slots.Secondary + i] : 0.0);
+      return sum * (255.0 * kUnit * once) + (divides ? bias * from[3] : ofOne);
+    };
+    setUp(sumOf(row.Begin, shift), sumOf(row.Delta, 0.0), &floats->Begin[i], &floats->Delta[i]);
+  }
+  if (divides) {
+    setUp(row.Begin[3], row.Delta[3], &floats->WBegin, &floats->WDelta);
+  }
+  floats->Least = static_cast<float>(kWholeFloats + bias);
+  floats->Most = static_cast<float>(kWholeFloats + bias + 255.0 * kUnit);
+  floats->LeastSure = static_cast<std::uint32_t>(2.0 * units) << (32 - kFixedBits);
+}
+
+// The colours of a row that are multiplied by texels, by t.
 inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     TRowFloats* floats) {
-  const bool texels = job.Primitive.Texels != TTexelSource::None;
   const double once = job.Primitive.Perspective && HasOneW(row) ? 1.0 / row.Begin[3] : 1.0;
-  const double scale = texels ? once : once * 255.0;
-  SetFloats(row.Begin, slots.Color, scale, floats->Begin);
-  SetFloats(row.Delta, slots.Color, scale, floats->Delta);
+  SetFloats(row.Begin, slots.Color, once, floats->Begin);
+  SetFloats(row.Delta, slots.Color, once, floats->Delta);
   if (slots.Secondary >= 0) {
     SetFloats(row.Begin, slots.Secondary, once * 255.0, floats->SecondaryBegin);
     SetFloats(row.Delta, slots.Secondary, once * 255.0, floats->SecondaryDelta);
@@ -151,9 +196,8 @@ inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots,
     floats->SecondaryDelta[3] = 0.0f;
   }
   for (int i = 0; i < 4; ++i) {
-    const bool tinted = (job.Primitive.TintMask >> i & 1u) != 0;
-    if (tinted || (job.Primitive.ConstMask >> i & 1u) != 0) {
-      floats->Begin[i] = tinted ? job.Primitive.Tint[i] : 0.0f;
+    if ((job.Primitive.TintMask >> i & 1u) != 0) {
+      floats->Begin[i] = job.Primitive.Tint[i];
       floats->Delta[i] = 0.0f;
     }
   }
@@ -193,14 +237,15 @@ inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& 
   const TPrimitive& primitive = job.Primitive;
   const double ratio = primitive.Perspective ? RatioOfW(row) : 1.0;
   ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
-  if (primitive.Perspective) {
-    floats->WBegin = static_cast<float>(row.Begin[3]);
-    floats->WDelta = static_cast<float>(row.Delta[3]);
+  const double margin = MarginOf(primitive, ratio);
+  if (primitive.Texels == TTexelSource::None) {
+    SetUpRowColumns(job, slots, row, margin, floats);
+    return TCondition::None;
   }
   if (primitive.UsesVertexColor) {
     SetUpRowColors(job, slots, row, floats);
   }
-  floats->Margin = static_cast<float>(MarginOf(primitive, ratio));
+  floats->Margin = static_cast<float>(margin);
   floats->NearTexels = HasByteTexels(primitive.Texels) && *job.ExactRuns == 0;
   if (floats->NearTexels) {
     SetUpRowTexels(job, slots, row, floats);
@@ -366,27 +411,47 @@ HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slot
 
 // --- Without a texture, channel by channel
 
-// Packed colours of pixels of a row at t; `sure` loses those whose rounding test fails.
-template <bool kDivides>
-HWY_INLINE HWY_ATTR VFU UntexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                        const TRowFloats& floats, std::uint32_t constMask, VFF t,
-                                        MFI* sure) {
+// Packed colours of pixels of a row, by how many columns they lie after its first one, with the
+// constant ones of `packed`. The mask loses those whose rounding test fails.
+template <bool kDivides, bool kClamp>
+HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRowFloats& floats, std::uint32_t constMask,
+                                        VFF after, VFU* packed) {
   const DFF d;
   const DFU du;
-  const VFF q = PerspectiveAt<kDivides>(d, floats.WBegin, floats.WDelta, t);
-  const auto at = [&](const float* begin, const float* delta, int i) HWY_ATTR {
-    return Interpolated<kDivides>(hn::Set(d, begin[i]), hn::Set(d, delta[i]), t, q);
+  const auto at = [&](float begin, float delta) HWY_ATTR __attribute__((always_inline)) {
+    return Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), after, after);
   };
-  const auto byteOf = [&](int i) HWY_ATTR {
-    VFF value = at(floats.Begin, floats.Delta, i);
-    if (slots.Secondary >= 0) {
-      value = hn::Add(value, at(floats.SecondaryBegin, floats.SecondaryDelta, i));
+  const VFF q = kDivides ? hn::Div(hn::Set(d, 1.0f), at(floats.WBegin, floats.WDelta)) : after;
+  VFU least = hn::Set(du, ~0u);
+  const auto byteOf = [&](auto shift, int i) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kShift = decltype(shift)::value;
+    VFF value = at(floats.Begin[i], floats.Delta[i]);
+    if (kDivides) {
+      value = hn::Add(hn::Mul(value, q), hn::Set(d, kWholeFloats));
     }
-    const VFU byte =
-        ByteByRoundingTest(d, value, job.Primitive.Clamp, hn::Set(d, floats.Margin), sure);
-    return i == 0 ? hn::And(byte, hn::Set(du, 255u)) : byte; // else what is above is shifted out
+    if (kClamp) {
+      value = hn::Min(hn::Max(value, hn::Set(d, floats.Least)), hn::Set(d, floats.Most));
+    }
+    const VFU fixed = hn::BitCast(du, value);
+    least = hn::Min(least, hn::ShiftLeft<32 - kFixedBits>(fixed));
+    if constexpr (kShift < kFixedBits) {
+      return hn::ShiftRight<kFixedBits - kShift>(fixed);
+    } else {
+      return hn::ShiftLeft<kShift - kFixedBits>(fixed);
+    }
   };
-  return PackChannels(du, constMask, hn::Set(du, job.Primitive.ConstColor), byteOf);
+  const auto put = [&](auto shift) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kShift = decltype(shift)::value;
+    if (HWY_LIKELY((constMask >> kShift / 8 & 1u) == 0)) {
+      *packed = hn::OrAnd(*packed, byteOf(shift, kShift / 8), hn::Set(du, 0xFFu << kShift));
+    }
+  };
+  put(std::integral_constant<int, 0>());
+  put(std::integral_constant<int, 8>());
+  put(std::integral_constant<int, 16>());
+  put(std::integral_constant<int, 24>());
+  const VFU sure = hn::Set(du, floats.LeastSure);
+  return hn::RebindMask(DFI(), hn::Eq(hn::Min(least, sure), sure));
 }
 
 } // namespace HWY_NAMESPACE

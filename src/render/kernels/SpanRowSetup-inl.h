@@ -58,9 +58,12 @@ struct TRowFloats {
   alignas(16) float Delta[4];
   alignas(16) float SecondaryBegin[4];
   alignas(16) float SecondaryDelta[4];
-  float WBegin;
+  float WBegin; ///< without a texture
   float WDelta;
-  float Margin;
+  float Least;
+  float Most;
+  std::uint32_t LeastSure;
+  float Margin;                        ///< with a texture
   alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
   bool NearTexels;                     ///< by coordinates near the exact ones:
   double TexelBegin[2];                ///< in texels, less what the filter shifts by

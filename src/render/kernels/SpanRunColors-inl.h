@@ -45,15 +45,19 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
                      exact(0, hn::LowerHalf(du, packed)));
 }
 
-// Draws the colours of a run, from column x on, by pairs of groups. `kDivides`: 1/w varies.
-template <bool kPerspective, bool kDivides>
-HWY_INLINE HWY_ATTR void
-DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row, int x, int count,
-                     const TRunValues& values, std::uint64_t shaded, std::uint32_t* color) {
+// Draws the colours of a run, from column x on, by pairs of groups. `kDivides`: 1/w varies;
+// `kClamp`: channels may lie outside 0 to 1.
+template <bool kPerspective, bool kDivides, bool kClamp>
+HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots,
+                                              const TRow& row, int x, int count,
+                                              std::uint64_t shaded, std::uint32_t* color) {
   const DFF df;
   const DFU du;
   const std::uint32_t ties = job.Primitive.TieMask;
-  const std::uint32_t varying = kAllChannels & ~job.Primitive.ConstMask;
+  const std::uint32_t constant = job.Primitive.ConstMask;
+  const std::uint32_t varying = kAllChannels & ~constant;
+  const VFU constColor = hn::Set(du, job.Primitive.ConstColor);
+  const bool reads = job.Draw.ReadsColor();
   const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
     return ExactPair<kPerspective>(job, slots, row, x + i, channels, pixels, packed);
   };
@@ -68,12 +72,11 @@ DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& ro
       continue;
     }
     const auto live = MaskOfBits(du, bits);
-    VFU packed = hn::Set(du, job.Primitive.ConstColor);
+    VFU packed = constColor;
     if (varying != 0) {
-      const VFF t = hn::Load(df, values.FloatT + i);
-      MFI sure = AllLanes(DFI());
-      packed = UntexturedBytes<kDivides>(job, slots, *row.Floats, job.Primitive.ConstMask | ties, t,
-                                         &sure);
+      const MFI sure = UntexturedBytes<kDivides, kClamp>(
+          *row.Floats, constant | ties, hn::Iota(df, static_cast<float>(x - row.First + i)),
+          &packed);
       if (kPerspective && !sameTies) {
         tied = exact(i, ties, bits, tied);
       }
@@ -84,7 +87,7 @@ DrawUntexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& ro
         packed = exact(i, varying, BitsOfMask(du, unsure), packed);
       }
     }
-    if (job.Draw.ReadsColor()) {
+    if (reads) {
       packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
     }
     StoreMasked(du, packed, live, color + i);
@@ -220,8 +223,12 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
     if (values.IsFloat) {
       ByDivision<kPerspective>(
           row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
-            DrawUntexturedColors<kPerspective, decltype(divides)::value>(job, slots, row, x, count,
-                                                                         values, shaded, color);
+            constexpr bool kDivides = decltype(divides)::value;
+            job.Primitive.Clamp
+                ? DrawUntexturedColors<kPerspective, kDivides, true>(job, slots, row, x, count,
+                                                                     shaded, color)
+                : DrawUntexturedColors<kPerspective, kDivides, false>(job, slots, row, x, count,
+                                                                      shaded, color);
           });
       return;
     }
