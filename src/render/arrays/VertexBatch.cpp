@@ -27,7 +27,7 @@ static bool IsSpareSlotZero(const TRenderCPU& gl) {
   });
 }
 
-// Fills a record with a vertex of a batch by the shader. Apart from `ShadeBatched`, which needs few
+// Fills a record with a vertex of a batch by the shader. Apart from `FillRecord`, which needs few
 // registers without it.
 [[gnu::noinline]] void TRenderEngine::ShadeFetched(TBatchDraw* draw, int vertex, VAR_DATA* record) {
   if (gl.m_Lighting && draw->IsShared()) {

@@ -93,10 +93,10 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 //   no negative channel E = C, otherwise 2 C. Rounding delta, t and the product costs 3 u E R,
 //   rounding begin and the sum 2 u C R: u (3 E + 2 C) p relative to 1/w. Of 1/w itself |delta| is
 //   at most R - r: relative to it, it is off by u (3 (p - 1) + p + 1) = u (4 p - 2).
-// - From n no t is rounded: u (2 E + 2 C) p for a numerator, and no more than that for 1/w. What is
-//   part of `begin` counts in C as 1.01, with perspective, where 2^23 is added at the end, as 0.01;
-//   the sum is off by half of 2^-kFixedBits then, 1.01 * 255 u of a byte, and the margin is a whole
-//   number of these units, rounded up.
+// - From n no t is rounded: u (2 E + 2 C) p for a numerator, and the same as from t for 1/w. What
+//   is part of `begin` counts in C as 1.01; where 1/w varies, and 2^23 is added at the end, as
+//   0.01, and that sum is off by half of 2^-kFixedBits, 1.01 * 255 u of a byte. The margin is a
+//   whole number of these units, rounded up.
 // - The numerator times the reciprocal, both rounded, is off by u (3 E + 2 C) p + u C (4 p - 1)
 //   + u C: below 9 u E p. Without perspective it is less, p being 1. A secondary colour, which C
 //   and E count in, adds a rounding of the sum: u C. Without a texture it is added in double.
@@ -423,9 +423,13 @@ HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRowFloats& floats, std::uint32_t 
   };
   const VFF q = kDivides ? hn::Div(hn::Set(d, 1.0f), at(floats.WBegin, floats.WDelta)) : after;
   VFU least = hn::Set(du, ~0u);
-  const auto byteOf = [&](auto shift, int i) HWY_ATTR __attribute__((always_inline)) {
+  const auto put = [&](auto shift) HWY_ATTR __attribute__((always_inline)) {
     constexpr int kShift = decltype(shift)::value;
-    VFF value = at(floats.Begin[i], floats.Delta[i]);
+    constexpr int kChannel = kShift / 8;
+    if (HWY_UNLIKELY((constMask >> kChannel & 1u) != 0)) {
+      return;
+    }
+    VFF value = at(floats.Begin[kChannel], floats.Delta[kChannel]);
     if (kDivides) {
       value = hn::Add(hn::Mul(value, q), hn::Set(d, kWholeFloats));
     }
@@ -434,17 +438,13 @@ HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRowFloats& floats, std::uint32_t 
     }
     const VFU fixed = hn::BitCast(du, value);
     least = hn::Min(least, hn::ShiftLeft<32 - kFixedBits>(fixed));
+    VFU byte = fixed;
     if constexpr (kShift < kFixedBits) {
-      return hn::ShiftRight<kFixedBits - kShift>(fixed);
+      byte = hn::ShiftRight<kFixedBits - kShift>(fixed);
     } else {
-      return hn::ShiftLeft<kShift - kFixedBits>(fixed);
+      byte = hn::ShiftLeft<kShift - kFixedBits>(fixed);
     }
-  };
-  const auto put = [&](auto shift) HWY_ATTR __attribute__((always_inline)) {
-    constexpr int kShift = decltype(shift)::value;
-    if (HWY_LIKELY((constMask >> kShift / 8 & 1u) == 0)) {
-      *packed = hn::OrAnd(*packed, byteOf(shift, kShift / 8), hn::Set(du, 0xFFu << kShift));
-    }
+    *packed = hn::OrAnd(*packed, byte, hn::Set(du, 0xFFu << kShift));
   };
   put(std::integral_constant<int, 0>());
   put(std::integral_constant<int, 8>());

@@ -54,17 +54,21 @@ HWY_INLINE HWY_ATTR VD ValuesOf(const TRowComponents& components, int place) {
 
 // A row's inputs of float colours: see SpanFloatColors-inl.h.
 struct TRowFloats {
-  alignas(16) float Begin[4]; ///< of the colour
+  alignas(16) float Begin[4]; ///< of the colour, by t; without a texture by columns
   alignas(16) float Delta[4];
   alignas(16) float SecondaryBegin[4];
   alignas(16) float SecondaryDelta[4];
-  float WBegin; ///< without a texture
+
+  // --- Without a texture
+  float WBegin; ///< where 1/w varies
   float WDelta;
-  float Least;
+  float Least; ///< of a channel, in fixed point
   float Most;
-  std::uint32_t LeastSure;
-  float Margin;                        ///< with a texture
-  alignas(16) float ChannelMargins[4]; ///< with a texture: 0 for those that `Tint` gives
+  std::uint32_t LeastSure; ///< of a fraction, in the high bits
+
+  // --- With a texture
+  float Margin;
+  alignas(16) float ChannelMargins[4]; ///< 0 for those that `Tint` gives
   bool NearTexels;                     ///< by coordinates near the exact ones:
   double TexelBegin[2];                ///< in texels, less what the filter shifts by
   double TexelDelta[2];
