@@ -38,21 +38,16 @@ HWY_INLINE HWY_ATTR VD Interpolated(const TRowOfGroup& row, int place, VD t, VD 
 HWY_INLINE bool HasOneW(const TRow& row) { return row.Delta[3] == 0.0; }
 
 // q = 1 / (1/w at t); without perspective it is not read.
-template <bool kPerspective, class D>
-HWY_INLINE HWY_ATTR hn::Vec<D> PerspectiveAt(D d, hn::TFromD<D> begin, hn::TFromD<D> delta,
-                                             hn::Vec<D> t) {
-  const hn::TFromD<D> one = 1;
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRowOfGroup& row, VD t) {
+  const DD d;
   if (!kPerspective) {
     return t;
   }
-  if (delta == 0) { // one division for all lanes
-    return hn::Set(d, one / begin);
+  if (row.Delta[3] == 0.0) { // one division for all lanes
+    return hn::Set(d, 1.0 / row.Begin[3]);
   }
-  return hn::Div(hn::Set(d, one), Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), t, t));
-}
-
-template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRow& row, VD t) {
-  return kPerspective ? PerspectiveAt<true>(DD(), row.Begin[3], row.Delta[3], t) : t;
+  return hn::Div(hn::Set(d, 1.0), Interpolated<false>(row, 3, t, t));
 }
 
 // Packed pixels: `packed`, with the bytes that `byteOf` gives for the channels outside `mask`.

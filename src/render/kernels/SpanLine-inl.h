@@ -40,10 +40,6 @@ struct TLineRow {
   TLineComponents Delta;
 };
 
-template <bool kPerspective> HWY_INLINE HWY_ATTR VD PerspectiveAt(const TLineRow& row, VD t) {
-  return kPerspective ? PerspectiveAt<true>(DD(), row.Begin[3], row.Delta[3], t) : t;
-}
-
 inline HWY_ATTR double LineParameter(const TLineWalk& walk, int i) {
   return Clamped01((walk.From[walk.Axis] + walk.Step[walk.Axis] * i - walk.Begin) / walk.Delta);
 }
