@@ -18,6 +18,7 @@
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
+#include <ZxCore3D/render/stages/LineWalk.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
