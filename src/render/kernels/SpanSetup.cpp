@@ -53,15 +53,11 @@ template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlph
 
 // --- What a triangle's values prove
 
-// Whether some components have one value at all vertices, `same` being those that have any.
+// Whether all components, or all but alpha, have one value at all vertices, `same` being those that
+// have any.
 bool IsThroughout(const TVec4& first, double value, unsigned int components, unsigned int same) {
-  for (; components != 0; components &= components - 1) {
-    const int i = std::countr_zero(components);
-    if ((same >> i & 1) == 0 || first[static_cast<std::size_t>(i)] != value) {
-      return false;
-    }
-  }
-  return true;
+  return (same & components) == components && first.x == value && first.y == value &&
+         first.z == value && (components != kAllChannels || first.w == value);
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
@@ -72,12 +68,7 @@ bool HasSteadyW(const TVertices& v) {
   const double c = v[2][0].w;
   const double least = std::min(std::min(a, b), c);
   const double most = std::max(std::max(a, b), c);
-  return least > kMinSteadyW && most <= least * kMaxSteadyRatio && least < kMaxSteadyW;
-}
-
-bool HasFloatW(const TVertices& v) {
-  return std::all_of(std::begin(v), std::end(v),
-                     [](const TVec4* at) { return at[0].w > kMinFloatW && at[0].w < kMaxFloatW; });
+  return least > kMinSteadyW && most < kMaxSteadyW && most <= least * kMaxSteadyRatio;
 }
 
 double WidthOf(const TVertices& v) {
@@ -243,27 +234,16 @@ bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
 // Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
 // great to have a fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TPrimitive& primitive) {
-  if (primitive.Texels == TTexelSource::Linear) {
-    for (const TVec4* const at : primitive.Vertex) {
-      const TVec4& st = at[primitive.TexSlot];
-      if (!(std::fabs(st.x) < kMaxUnitTexCoord && std::fabs(st.y) < kMaxUnitTexCoord)) {
-        return false;
-      }
-    }
-  } else if (primitive.Texels != TTexelSource::Nearest) {
-    return false;
-  }
   const TVec4& border = primitive.Sampler->m_BorderColor;
-  return IsUnit(border.x) && IsUnit(border.y) && IsUnit(border.z) && IsUnit(border.w);
+  return HasByteTexels(primitive.Texels) && primitive.TexelBound < kMaxUnitTexCoord &&
+         IsUnit(border.x) && IsUnit(border.y) && IsUnit(border.z) && IsUnit(border.w);
 }
 
 bool AreInReach(const TVertices& v) {
-  const auto size = [](const TVec4* at) {
-    constexpr std::int64_t kAllButSign = std::numeric_limits<std::int64_t>::max();
-    return (TPair)((TPairMask)PairAt(&at[0].x) & TPairMask{kAllButSign, kAllButSign});
+  const auto sumOf = [&v](double TVec4::*i) {
+    return std::fabs(v[0][0].*i) + std::fabs(v[1][0].*i) + std::fabs(v[2][0].*i);
   };
-  const TPair sum = size(v[0]) + size(v[1]) + size(v[2]);
-  return sum[0] < kMaxWindow && sum[1] < kMaxWindow;
+  return sumOf(&TVec4::x) < kMaxWindow && sumOf(&TVec4::y) < kMaxWindow;
 }
 
 } // namespace
