@@ -47,7 +47,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kTests == TTests::AnyWithStencil) {
-    LoadStencils<kLanes>(to.Stencil, count, &stencil);
+    LoadStencils(to.Stencil, count, &stencil);
     tested &= StencilBits(job, stencil);
   }
   MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
@@ -73,7 +73,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
   }
   const std::uint64_t shaded = kTests == TTests::None ? live : BitsOfMask(DI(), pass);
   if constexpr (kTests == TTests::AnyWithStencil) {
-    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
+    StepStencils(job, count, tested, shaded, &stencil, to.Stencil);
   }
   if ((kTests != TTests::None && shaded == 0) || (kAny && job.Draw.ColorMask == 0)) {
     return {tested, shaded};
@@ -133,20 +133,6 @@ struct TStagedRun {
   HWY_ALIGN float Depth[kRun];
   HWY_ALIGN unsigned char Stencil[kRun];
 };
-
-// Writes the elements of a set of pixels, most often all of the first `count`.
-template <class TWrite>
-HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) {
-  if (HWY_LIKELY(pixels == FirstBits(count))) {
-    for (int k = 0; k < count; ++k) {
-      write(k);
-    }
-    return;
-  }
-  for (; pixels != 0; pixels &= pixels - 1) {
-    write(FirstBit(pixels));
-  }
-}
 
 // A run of pixels, no two at one place; `targetsAt` tells where they are. Only what takes part is
 // read, and all of it before the first test: scattered loads are long waited for, and those behind
@@ -271,10 +257,10 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
     return {live, drawDepths(live)};
   }
   TStencilRun stencil;
-  LoadStencils<kRun>(stencils, count, &stencil);
+  LoadStencils(stencils, count, &stencil);
   const std::uint64_t tested = live & StencilBits(job, stencil);
   const std::uint64_t shaded = tested != 0 ? drawDepths(tested) : 0;
-  StepStencils(job, live, tested, shaded, &stencil, stencils);
+  StepStencils(job, count, tested, shaded, &stencil, stencils);
   return {tested, shaded};
 }
 
