@@ -17,6 +17,7 @@
 
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
+#include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
 #include <ZxCore3D/render/stages/LineWalk.h>
 
@@ -366,6 +367,7 @@ struct TLastLinePixel {
 
 inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks,
                                int count) {
+  const TQuietFloats quiet; // as for a triangle
   TPrimitive& primitive = job->Primitive;
   TLineValues values;
   TLastLinePixel tested;

@@ -10,6 +10,7 @@
 #endif
 
 #include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/SpanShortRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -135,7 +136,10 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
-HWY_ATTR void DrawTriangleJob(TSpanJob* job) { DrawPlan(job, PlanRows(*job)); }
+HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
+  const TQuietFloats quiet; // lanes past the last pixel may raise any exception
+  DrawPlan(job, PlanRows(*job));
+}
 
 // A triangle of a batch.
 HWY_ATTR void DrawPlannedTriangle(TSpanJob* job, const TTriangleRows& rows, int shape) {
