@@ -71,6 +71,15 @@ public:
   T* At(int k) const {
     return reinterpret_cast<T*>(m_First + std::bit_cast<std::uint64_t>(m_Offsets[k]));
   }
+  // Copies the first `count`, or a set of them, from or to a run.
+  HWY_INLINE void Read(int count, T* to) const {
+    for (int k = 0; k < count; ++k) {
+      to[k] = *At(k);
+    }
+  }
+  HWY_INLINE void Write(const T* from, std::uint64_t pixels, int count) const {
+    ForPixels(pixels, count, [&](int k) { *At(k) = from[k]; });
+  }
 
 private:
   std::uintptr_t m_First; ///< sums wrap
@@ -168,7 +177,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   TLineAhead ahead(job.Draw.Color, next);
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
-  const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
   // The commonest case, with a mask that is known here; other constant channels find their byte.
   const bool isOpaque = kTexels == TTexelSource::None && slots.Secondary < 0 &&
                         (job.Primitive.ConstMask & kAlphaOnly) != 0 &&
@@ -183,10 +191,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
     const VU colors = isOpaque ? ExactUntextured<kPerspective>(job, row, slots.Color, -1,
                                                                kAlphaOnly, job.Primitive.Clamp, t)
                                : ExactColors<kTexels, kPerspective>(job, slots, row, t);
-    if (mayJoin && color.At(count - 1) - color.At(0) == count - 1) {
-      StoreMasked(du, colors, hn::FirstN(du, static_cast<std::size_t>(count)), color.At(0));
-      continue;
-    }
     hn::Store(colors, du, packed);
     for (int k = 0; k < count; ++k) {
       *color.At(k) = packed[k];
@@ -231,7 +235,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
     const VD columns = hn::Iota(d, static_cast<double>(x - walk.From[0]));
     return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
   };
-  TRowResult result = {-1, -1};
+  TRowResult result;
   int x = run.First;
   for (; x + kLanes - 1 <= run.Last; x += kLanes) {
     const VD t = parameterAt(x);
@@ -248,38 +252,66 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   return result;
 }
 
-// Draws scattered pixels, no two at one place, through staging copies; the results are numbers of
-// pixels along the line.
+// Draws scattered pixels, no two at one place, through staging copies. Only what takes part is
+// read, and all of a run before the first test: scattered loads are long waited for, and those
+// behind a branch that is foretold wrong are begun again.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
                                                const TLineRow& row, const TLineWalk& walk) {
   const DD d;
+  const TDrawState& draw = job.Draw;
   const TLineSteps steps(walk);
-  TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
-  TLinePixels<float> depth(job.Draw.Depth, walk);
-  TLinePixels<unsigned char> stencil(job.Draw.Stencil, walk);
+  TLinePixels<std::uint32_t> color(draw.Color, walk);
+  TLinePixels<float> depth(draw.Depth, walk);
+  TLinePixels<unsigned char> stencil(draw.Stencil, walk);
   TStagedRun run;
-  TRowResult result = {-1, -1};
+  TRowResult result;
   for (int first = walk.First; first <= walk.Last; first += kRun) {
-    const int count = walk.Last - first + 1 < kRun ? walk.Last - first + 1 : kRun;
+    const int count = std::min(walk.Last - first + 1, kRun);
     for (int k = 0; k < count; k += kLanes) {
       const VD i = hn::Iota(d, static_cast<double>(first + k));
       const VD along = steps.Along(i);
       const VD aside = steps.Aside(i);
       color.Find(k, along, aside);
-      if (job.Draw.UsesDepth()) {
+      if (draw.UsesDepth()) {
         depth.Find(k, along, aside);
       }
-      if (job.Draw.StencilTest) {
+      if (draw.StencilTest) {
         stencil.Find(k, along, aside);
       }
       hn::Store(steps.T(i), d, run.T + k);
     }
-    const auto targetsAt = [&](int k) HWY_ATTR {
-      return TGroupTargets{color.At(k), depth.At(k), stencil.At(k)};
-    };
-    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run),
-                first, &result);
+    if (draw.DepthTest) {
+      depth.Read(count, run.Depth);
+    }
+    if (draw.ReadsColor()) {
+      color.Read(count, run.Color);
+    }
+    if (draw.StencilTest) {
+      stencil.Read(count, run.Stencil);
+    }
+    TGroupResult drawn = {0, 0};
+    for (int k = 0; k < count; k += kLanes) {
+      const VD t = hn::Load(d, run.T + k);
+      const int next = std::min(count - k, kLanes);
+      const TGroupTargets to = {run.Color + k, run.Depth + k, run.Stencil + k};
+      const TGroupResult group =
+          draw.StencilTest ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
+                           : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
+      drawn.Tested |= group.Tested << k;
+      drawn.Shaded |= group.Shaded << k;
+    }
+    if (draw.ColorMask != 0) {
+      color.Write(run.Color, drawn.Shaded, count);
+    }
+    if (draw.DepthWrite) {
+      depth.Write(run.Depth, drawn.Shaded, count);
+    }
+    if (draw.StencilTest) {
+      stencil.Write(run.Stencil, SteppedPixels(job, FirstBits(count), drawn.Tested, drawn.Shaded),
+                    count);
+    }
+    RecordGroup(drawn, first, &result);
   }
   return result;
 }
@@ -297,7 +329,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
-  TRowResult result = {-1, -1};
+  TRowResult result;
   const bool leftward = walk.Step[0] < 0;
   for (int first = walk.First; first <= walk.Last;) {
     const long long k = walk.MinorStepsAt(first);
@@ -359,19 +391,12 @@ private:
   HWY_ALIGN double m_Delta[4 * kSlots];
 };
 
-// A pixel by its line.
-struct TLastLinePixel {
-  int Line = -1;
-  int Pixel = 0;
-};
-
 inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks,
                                int count) {
   const TQuietFloats quiet; // as for a triangle
   TPrimitive& primitive = job->Primitive;
   TLineValues values;
-  TLastLinePixel tested;
-  TLastLinePixel shaded;
+  TLastPixels last;
   const auto take = [&](int i) HWY_ATTR {
     if (lines + i != &primitive) { // as a whole, it would be copied by an instruction to wait for
       static_cast<TPrimitiveValues&>(primitive) = lines[i];
@@ -384,31 +409,23 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     const TLineWalk* const next = i + 1 < count ? &walks[i + 1] : nullptr;
     job->StartPrimitive();
     take(i);
-    const TRowResult result =
-        kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
-            *job, values.Slots, values.Row, walks[i], next);
-    if (result.LastDepthTested >= 0) {
-      tested = {i, result.LastDepthTested};
-    }
-    if (result.LastShaded >= 0) {
-      shaded = {i, result.LastShaded};
-    }
+    last.Record(i, kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
+                       *job, values.Slots, values.Row, walks[i], next));
   }
-  if (tested.Line >= 0) {
-    take(tested.Line);
+  if (const TLastPixel tested = last.DepthTested; tested.Row >= 0) {
+    take(tested.Row);
     job->Result.DepthSet = true;
-    job->Result.LastDepth =
-        DepthAtT(*job, values.Row, LineParameter(walks[tested.Line], tested.Pixel));
+    job->Result.LastDepth = DepthAtT(*job, values.Row, LineParameter(walks[tested.Row], tested.X));
   }
-  if (shaded.Line >= 0) {
-    const TLineWalk& walk = walks[shaded.Line];
-    take(shaded.Line);
+  if (const TLastPixel shaded = last.Shaded; shaded.Row >= 0) {
+    const TLineWalk& walk = walks[shaded.Row];
+    take(shaded.Row);
     TSpanResult& result = job->Result;
     result.ColorSet = result.YSet = true;
     result.LastMinorEdge = 0;
-    walk.At(shaded.Pixel, &result.LastX, &result.LastY);
+    walk.At(shaded.X, &result.LastX, &result.LastY);
     result.Y = result.LastY;
-    result.LastT = LineParameter(walk, shaded.Pixel);
+    result.LastT = LineParameter(walk, shaded.X);
     if (primitive.RecordColor) {
       SetLastColor(*job, values.Slots, values.Row, result.LastT, &result);
     }

@@ -28,13 +28,7 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
     if (job.Meets(SetUpRowFloats(job, slots, row, &floats))) {
       row.Floats = &floats;
     }
-    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
-    if (result.LastDepthTested >= 0) {
-      last->DepthTested = {start + lane, result.LastDepthTested};
-    }
-    if (result.LastShaded >= 0) {
-      last->Shaded = {start + lane, result.LastShaded};
-    }
+    last->Record(start + lane, DrawRow<kTexels, kPerspective, kStencil>(job, slots, row));
   }
 }
 
@@ -109,8 +103,7 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   const TDrawRows drawShortRows = ChooseShortRowKernel(*job, slots);
   const int shortPixels = primitive.Texels != TTexelSource::None ? kJoinedPixels : kShortPixels;
   TRows rows;
-  TLastPixels lastShort;
-  TLastPixels lastLong;
+  TLastPixels last;
   int current = -1;
   for (int start = 0; start < count; start += kLanes) {
     const TRowSets live = SetUpRows(*job, slots, plan, start, shortPixels, &rows);
@@ -123,16 +116,13 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
         CountShortRows(*job, rows, live.Short);
       }
-      drawShortRows(*job, slots, rows, live.Short, start, &lastShort);
+      drawShortRows(*job, slots, rows, live.Short, start, &last);
     }
     if (live.Long != 0) {
       kRowKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0]
-                 [job->Draw.StencilTest ? 1 : 0](*job, slots, rows, live.Long, start, &lastLong);
+                 [job->Draw.StencilTest ? 1 : 0](*job, slots, rows, live.Long, start, &last);
     }
   }
-  const auto later = [](const TLastPixel& a, const TLastPixel& b) { return a.Row > b.Row ? a : b; };
-  const TLastPixels last = {later(lastShort.DepthTested, lastLong.DepthTested),
-                            later(lastShort.Shaded, lastLong.Shaded)};
   RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
