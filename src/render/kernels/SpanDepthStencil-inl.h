@@ -140,8 +140,7 @@ HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int 
                                   count)) {
     return;
   }
-  isFloat ? SetValues<true, true>(job, row, x, count, values)
-          : SetValues<true, false>(job, row, x, count, values);
+  SetValues<true, false>(job, row, x, count, values);
 }
 
 // Which pixels of `live` pass; those get their depth, where it is written.
