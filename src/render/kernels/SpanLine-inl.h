@@ -42,10 +42,6 @@ struct TLineRow {
   TLineComponents Delta;
 };
 
-inline HWY_ATTR double LineParameter(const TLineWalk& walk, int i) {
-  return Clamped01((walk.From[walk.Axis] + walk.Step[walk.Axis] * i - walk.Begin) / walk.Delta);
-}
-
 // The pixels of a run of a line in one target. Offsets within a target, in bytes, are below 2^47:
 // as doubles they are exact, and plus `kSignedWholeDoubles` they stand in the low bits.
 template <class T> class TLinePixels {
@@ -415,7 +411,7 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
   if (const TLastPixel tested = last.DepthTested; tested.Row >= 0) {
     take(tested.Row);
     job->Result.DepthSet = true;
-    job->Result.LastDepth = DepthAtT(*job, values.Row, LineParameter(walks[tested.Row], tested.X));
+    job->Result.LastDepth = DepthAtT(*job, values.Row, walks[tested.Row].ParameterAt(tested.X));
   }
   if (const TLastPixel shaded = last.Shaded; shaded.Row >= 0) {
     const TLineWalk& walk = walks[shaded.Row];
@@ -425,7 +421,7 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     result.LastMinorEdge = 0;
     walk.At(shaded.X, &result.LastX, &result.LastY);
     result.Y = result.LastY;
-    result.LastT = LineParameter(walk, shaded.X);
+    result.LastT = walk.ParameterAt(shaded.X);
     if (primitive.RecordColor) {
       SetLastColor(*job, values.Slots, values.Row, result.LastT, &result);
     }

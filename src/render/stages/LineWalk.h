@@ -5,6 +5,8 @@
 
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <ZxCore3D/render/common/Conversions.h>
+
 namespace Zx3D {
 
 /// The pixels of a line. Number i, of those from `First` to `Last`, lies i steps along the axis of
@@ -26,6 +28,10 @@ struct TLineWalk {
   /// t of a pixel is (coordinate along `Axis` - Begin) / Delta, limited to 0 to 1.
   double Begin = 0.0;
   double Delta = 1.0;
+
+  double ParameterAt(int i) const {
+    return Clamped01((From[Axis] + Step[Axis] * i - Begin) / Delta);
+  }
 
   /// Steps along the minor axis at pixel i, 0 to Major - 1: floor(n / d), n = 2 Minor i + Major,
   /// d = 2 Major. As n is an integer, that is floor((n + 1/2) / d) too, a quotient that lies
