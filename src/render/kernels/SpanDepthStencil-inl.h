@@ -72,32 +72,24 @@ struct TRunValues {
 //   t = (x - begin x) / delta x, or (x - begin x) * (1 / delta x),   depth = delta z * t + begin z
 //
 // With u = 2^-53, the product is off the quotient's rounding by 3 u at most, t being below 1. So is
-// depth by 9 u (|delta z| + |begin z|), with the roundings of product and sum on both paths. Where
-// nothing else needs t, depth is `delta * n + begin` of the n columns after the row's first pixel:
-// the exact path is off by 4 u |delta z| + u |begin z|, `begin` by 6 u and 2 u of these, with the
-// margin in it, the product by 3 u |delta z| and the sum by u of both, 14 u and 4 u together. If
-// the depths 16 u (|delta z| + |begin z|) below and above round to one float, that is the exact
-// one's, since rounding is monotone. The limits of the sum keep this margin above all that a float
-// cannot tell from zero. Where delta z is 0, the product is a zero of its sign for every t, none
-// being negative: depth is the exact path's. Lanes past the last pixel have an exact t of 1 at
-// most, so that what they fetch from a texture is there.
+// depth by 9 u (|delta z| + |begin z|), with the roundings of product and sum on both paths, and of
+// `begin z` with the margin in it. If the depths 16 u (|delta z| + |begin z|) below and above round
+// to one float, that is the exact one's, since rounding is monotone. The limits of the sum keep
+// this margin above all that a float cannot tell from zero. Where delta z is 0, the product is a
+// zero of its sign for every t, none being negative: depth is the exact path's. Lanes past the last
+// pixel have an exact t of 1 at most, so that what they fetch from a texture is there.
 template <bool kExact, bool kDepthAlone>
 inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x, int count,
                                      TRunValues* values) {
   const DD d;
   const DF df;
-  constexpr bool kByColumns = kDepthAlone && !kExact;
   const double step = 1.0 / row.Delta[0];
-  const double before = (row.First - row.Begin[0]) * step;
-  const VD from = hn::Set(d, kByColumns ? row.First : row.Begin[0]);
+  const VD from = hn::Set(d, row.Begin[0]);
   const VD by = hn::Set(d, kExact ? row.Delta[0] : step);
   VD column = hn::Iota(d, static_cast<double>(x));
   const auto nextT = [&](int i) HWY_ATTR {
     const VD inside = hn::Sub(column, from);
     column = hn::Add(column, hn::Set(d, kLanes));
-    if (kByColumns) {
-      return inside;
-    }
     VD t = kExact ? hn::Div(inside, by) : hn::Mul(inside, by);
     if (!kDepthAlone) {
       t = hn::Min(t, hn::Set(d, 1.0));
@@ -114,11 +106,10 @@ inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x
   const bool sameDepth = kExact || row.Delta[2] == 0.0;
   const double depthBound = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
   ZX_DEPTH_RANGE_CONDITION(ZX_RETURN_UNMET)
-  const double begin = kByColumns ? row.Delta[2] * before + row.Begin[2] : row.Begin[2];
   const double margin = sameDepth ? 0.0 : depthBound * kDepthMargin;
-  const VD least = hn::Set(d, begin - margin);
-  const VD most = hn::Set(d, begin + margin);
-  const VD delta = hn::Set(d, kByColumns ? row.Delta[2] * step : row.Delta[2]);
+  const VD least = hn::Set(d, row.Begin[2] - margin);
+  const VD most = hn::Set(d, row.Begin[2] + margin);
+  const VD delta = hn::Set(d, row.Delta[2]);
   hn::Mask<DF> sure = AllLanes(df);
   for (int i = 0; i < count; i += kLanes) {
     const VD product = hn::Mul(delta, nextT(i));
