@@ -175,8 +175,8 @@ HWY_INLINE void AddRowsStrip(D d, const double* a, const double* v, double* res,
   }
 }
 
-/// `AddRowsStrip` for the columns from `x` to `end`, in strips of `Vectors` vectors and then of
-/// fewer. Columns that don't fill the last vector share it with columns before them: these are
+/// `AddRowsStrip` for the columns from `x` to `end`: strips of `Vectors` vectors, and then of eight
+/// or fewer. Columns that don't fill the last vector share it with columns before them: these are
 /// summed twice, which needs `fresh`.
 template <size_t Vectors, class D>
 HWY_INLINE void AddRowsStrips(D d, const double* a, const double* v, double* res, size_t rows,
@@ -185,16 +185,28 @@ HWY_INLINE void AddRowsStrips(D d, const double* a, const double* v, double* res
   for (; x + Vectors * lanes <= end; x += Vectors * lanes) {
     AddRowsStrip<Vectors>(d, a + x, v, res + x, rows, columns, (Vectors - 1) * lanes, fresh);
   }
-  if constexpr (Vectors > 4) {
-    AddRowsStrips<Vectors / 2>(d, a, v, res, rows, columns, x, end, fresh);
-  } else if (x + 3 * lanes < end) {
-    AddRowsStrip<4>(d, a + x, v, res + x, rows, columns, end - x - lanes, fresh);
-  } else if (x + 2 * lanes < end) {
-    AddRowsStrip<3>(d, a + x, v, res + x, rows, columns, end - x - lanes, fresh);
-  } else if (x + lanes < end) {
-    AddRowsStrip<2>(d, a + x, v, res + x, rows, columns, end - x - lanes, fresh);
-  } else if (x < end) {
-    AddRowsStrip<1>(d, a + end - lanes, v, res + end - lanes, rows, columns, 0, fresh);
+  if constexpr (Vectors > 8) {
+    AddRowsStrips<8>(d, a, v, res, rows, columns, x, end, fresh);
+  } else {
+    switch ((end - x + lanes - 1) / lanes) {
+#define ZX_LAST_STRIP(count)                                                                       \
+  case count:                                                                                      \
+    AddRowsStrip<count>(d, a + x, v, res + x, rows, columns, end - x - lanes, fresh);              \
+    break
+      ZX_LAST_STRIP(8);
+      ZX_LAST_STRIP(7);
+      ZX_LAST_STRIP(6);
+      ZX_LAST_STRIP(5);
+      ZX_LAST_STRIP(4);
+      ZX_LAST_STRIP(3);
+      ZX_LAST_STRIP(2);
+#undef ZX_LAST_STRIP
+    case 1:
+      AddRowsStrip<1>(d, a + end - lanes, v, res + end - lanes, rows, columns, 0, fresh);
+      break;
+    default:
+      break;
+    }
   }
 }
 

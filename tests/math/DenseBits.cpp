@@ -176,7 +176,8 @@ TEST(DenseBits, MatrixByVector) {
 /// those where strips, blocks of rows and aligned vectors begin.
 TEST(DenseBits, TransposedMatrixByVector) {
   std::vector<unsigned long> columnCounts = SizesAround({4, 8, 16, 32, 64, 72, 96, 128, 256});
-  columnCounts.insert(columnCounts.end(), {1, 2, 12, 14, 20, 24, 40, 80, 88, 100, 264, 400});
+  columnCounts.insert(columnCounts.end(),
+                      {1, 2, 6, 12, 14, 20, 22, 24, 26, 30, 40, 45, 50, 60, 80, 88, 100, 264, 400});
   AtEveryInstructionSet([&] {
     std::mt19937_64 random(14);
     for (const unsigned long columns : columnCounts) {
