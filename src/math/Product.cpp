@@ -210,7 +210,7 @@ HWY_INLINE void AddRowsStrips(D d, const double* a, const double* v, double* res
   }
 }
 
-/// For rows of at least two vectors.
+/// Long rows, of at least two vectors: in blocks, and in aligned vectors where all rows can be.
 void AddLongRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
   const DOUBLES d;
   const size_t lanes = hn::Lanes(d);
@@ -218,7 +218,7 @@ void AddLongRows(const double* a, const double* v, double* res, size_t rows, siz
   const size_t begin = columns % lanes == 0 ? beforeAligned : 0;
   const size_t end = columns - (columns - begin) % lanes;
   if (end != columns) {
-    // The columns outside the whole vectors at both ends. The blocks then start the others afresh.
+    // What whole vectors leave at both ends. The columns next to it are started afresh below.
     AddRowsStrip<2>(d, a, v, res, rows, columns, columns - lanes, true);
   }
   for (size_t top = 0; top < rows; top += kBlockedRows) {
@@ -233,8 +233,7 @@ void AddRows(const double* a, const double* v, double* res, size_t rows, size_t 
     AddLongRows(a, v, res, rows, columns);
     return;
   }
-  // With few columns each row's additions wait for the last row's: vectors of four add sooner than
-  // those of eight.
+  // With few columns the latency of an addition counts, which is half as long in vectors of four.
   const size_t widest = columns < 32 ? std::min<size_t>(columns, 4) : columns;
   WithLanesUpTo(
       widest, [=](auto d) __attribute__((always_inline)) {
@@ -252,7 +251,7 @@ struct TRowSums {
 };
 
 /// The sums of as many rows from `top` on as `Groups` vectors have lanes: each lane is a row's sum.
-/// Rows that don't fill the last vector share it with rows before them, whose sums come out again.
+/// Rows that don't fill the last vector share it with rows before them, whose sums are made twice.
 template <size_t Groups, class D>
 HWY_INLINE void MultiplyRowGroups(D d, const TRowSums& p, size_t top) {
   constexpr size_t lanes = hn::MaxLanes(D());
@@ -277,7 +276,7 @@ HWY_INLINE void MultiplyRowGroups(D d, const TRowSums& p, size_t top) {
       }
     }
   }
-  // The last columns are in a block with some that are done.
+  // The last columns come in a block that repeats some before them.
   const size_t first = p.columns - lanes;
   HWY_UNROLL(4)
   for (size_t g = 0; g < Groups; ++g) {
@@ -298,29 +297,17 @@ HWY_INLINE void MultiplyRowGroups(D d, const TRowSums& p, size_t top) {
 /// There must be at least as many rows and columns as a vector of `d` has lanes.
 template <class D> HWY_INLINE void MultiplyRowsBy(D d, const TRowSums& p) {
   constexpr size_t lanes = hn::MaxLanes(D());
-  // Four chains of additions hide the latency of an addition. One alone takes the time of three,
-  // so that five vectors are three and two.
   size_t top = 0;
-  size_t groups = (p.rows + lanes - 1) / lanes;
-  for (; groups > 5 || groups == 4; groups -= 4, top += 4 * lanes) {
+  // Four vectors of sums side by side hide the latency of their additions.
+  for (; top + 3 * lanes < p.rows; top += 4 * lanes) {
     MultiplyRowGroups<4>(d, p, top);
   }
-  switch (groups) {
-  case 5:
+  if (top + 2 * lanes < p.rows) {
     MultiplyRowGroups<3>(d, p, top);
-    top += 3 * lanes;
-    [[fallthrough]];
-  case 2:
+  } else if (top + lanes < p.rows) {
     MultiplyRowGroups<2>(d, p, top);
-    break;
-  case 3:
-    MultiplyRowGroups<3>(d, p, top);
-    break;
-  case 1:
+  } else if (top < p.rows) {
     MultiplyRowGroups<1>(d, p, top);
-    break;
-  default:
-    break;
   }
 }
 
