@@ -173,19 +173,20 @@ TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {
 // Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
 // what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
 // ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more, of what the
-// coordinates were before the filter shifted them.
-TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, bool linear,
-                         const TTexelAxis& axis) {
-  const double a = v[0][slot][component];
-  const double b = v[1][slot][component];
-  const double c = v[2][slot][component];
+// coordinates were before the filter shifted them. Adds the vertices' magnitudes, in texels, to the
+// bound: a NaN, which makes that one, leads anywhere.
+TTexelReach TexelReachOf(std::size_t component, const TTexelAxis& axis, TPrimitive* primitive) {
+  const double a = primitive->Vertex[0][primitive->TexSlot][component];
+  const double b = primitive->Vertex[1][primitive->TexSlot][component];
+  const double c = primitive->Vertex[2][primitive->TexSlot][component];
+  const bool linear = primitive->Texels == TTexelSource::Linear;
   const double shift = linear ? 0.5 : 0.0;
   const double least = std::min({a, b, c}) * axis.Size - shift;
   const double most = std::max({a, b, c}) * axis.Size - shift;
-  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most) + 1.0);
-  // NaNs are found by the sum.
-  if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
-        most < kInRangeRepeat)) {
+  const double sum = (std::fabs(a) + std::fabs(b) + std::fabs(c)) * axis.Size;
+  const double margin = kTexelMargin * (2.0 * sum + 2.0);
+  primitive->TexelBound += sum;
+  if (!(least > -kInRangeRepeat && most < kInRangeRepeat && sum < 4.0 * kInRangeRepeat)) {
     return TTexelReach::Anywhere;
   }
   if (margin <= least && most + margin < axis.Size - (linear ? 1 : 0)) {
@@ -214,19 +215,12 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
 // Finds where the texel coordinates of a primitive lie. The bound is NaN if one of them is, or may
 // be between the vertices.
 void SetUpReach(TPrimitive* primitive) {
-  const TVertices& v = primitive->Vertex;
-  primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
-  if (primitive->Perspective && !HasSteadyW(v)) {
+  if (primitive->Perspective && !HasSteadyW(primitive->Vertex)) {
+    primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
     return;
   }
-  const bool linear = primitive->Texels == TTexelSource::Linear;
-  const int slot = primitive->TexSlot;
-  primitive->Reach = std::min(TexelReachOf(v, slot, 0, linear, primitive->AxisX),
-                              TexelReachOf(v, slot, 1, linear, primitive->AxisY));
-  const auto boundOf = [&](std::size_t i) {
-    return std::fabs(v[0][slot][i]) + std::fabs(v[1][slot][i]) + std::fabs(v[2][slot][i]);
-  };
-  primitive->TexelBound = boundOf(0) * primitive->AxisX.Size + boundOf(1) * primitive->AxisY.Size;
+  primitive->Reach = std::min(TexelReachOf(0, primitive->AxisX, primitive),
+                              TexelReachOf(1, primitive->AxisY, primitive));
 }
 
 bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
