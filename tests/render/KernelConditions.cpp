@@ -467,11 +467,15 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::RejectionOneWay, TKernel::Rejection, Hidden,
       [](TRenderCPU& gl, TShape&) { gl.DepthFunc(GL_EQUAL); });
 
-  add(C::LineRunAlongRows, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
+  const TSetUp testedLine = [](TRenderCPU& gl, TShape& shape) {
+    Line(gl, shape);
+    DepthTest(gl, shape);
+  };
+  add(C::LineRunAlongRows, TKernel::LineRuns, testedLine, [](TRenderCPU&, TShape& shape) {
     shape.Right = shape.Left;
     shape.LineTop = kHeight - 1;
   });
-  add(C::LineRunLong, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
+  add(C::LineRunLong, TKernel::LineRuns, testedLine, [](TRenderCPU&, TShape& shape) {
     shape.Right = 50;
     shape.LineTop = kRow + 50;
   });

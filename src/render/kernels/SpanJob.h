@@ -112,6 +112,8 @@ struct TDrawState {
   /// Whether what is written depends on the pixel that was there.
   bool ReadsColor() const { return Blend != TBlend::None || ColorMask != kAllChannels; }
   bool UsesDepth() const { return DepthTest || DepthWrite; }
+  /// Whether colours are stored, and nothing else happens to a pixel.
+  bool IsPlain() const { return !UsesDepth() && !StencilTest && !ReadsColor(); }
 };
 
 /// Where the texel coordinates of a primitive may lie, from those of its vertices.

@@ -127,7 +127,7 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
 
 // Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
 // their stores would wait for memory, and all others behind them. Pixels that are read need none of
-// it, since all loads of a run are under way at once, and runs along a row are few stores.
+// it, since all loads of a run are under way at once, and runs along a row lie on few cache lines.
 class TLineAhead {
 public:
   TLineAhead(const TTargetRows& color, const TLineWalk* walk) : m_Color(color) {
@@ -317,9 +317,10 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
                                           const TLineRow& row, const TLineWalk& walk,
                                           const TLineWalk* next) {
-  const bool byRuns = job.Meets(UnmetByLineRuns(walk));
+  const bool isPlain = job.Draw.IsPlain();
+  const bool byRuns = !isPlain && job.Meets(UnmetByLineRuns(walk));
   job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
-  if (!job.Draw.UsesDepth() && !job.Draw.StencilTest && !job.Draw.ReadsColor()) {
+  if (isPlain) {
     return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
   }
   if (!byRuns) {
