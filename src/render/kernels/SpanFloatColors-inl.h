@@ -70,16 +70,17 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 // --- The proof
 //
 // The exact path works out a channel's value v in doubles and takes the truncation of v * 255 +
-// 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
-// F + margin round to it: then every value within the margin of F has this byte, the exact one
-// among them; where two bytes meet within the margin the test fails. What remains is to bound
-// |F - 255 v|.
+// 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if F - margin and F +
+// margin, each with the half added, have the same: then every value within the margin of F has this
+// byte, the exact one among them; where two bytes meet within the margin the test fails. What
+// remains is to bound |F - 255 v|.
 //
-// Without a texture a channel is worked out from n, the columns after the row's first pixel, which
-// a float holds exactly: `delta * n + begin`, both set up in double, in fixed point. The fraction
-// of a byte has kFixedBits bits; the half byte that the exact path adds, the margin and 2^23, from
-// where on floats are whole, are part of `begin`. The low bits of the sum are then the byte and its
-// fraction, and the byte is taken unless the fraction lies below two margins.
+// F is in fixed point. The fraction of a byte has kFixedBits bits; the half byte, the margin and
+// 2^23, from where on floats are whole, are added on the way. The low bits of the sum are then the
+// byte and its fraction, and the byte is taken unless the fraction lies below two margins. Colours
+// are worked out from n, the columns after the row's first pixel, which a float holds exactly:
+// `delta * n + begin`, both set up in double. Without a texture what is added is part of `begin`,
+// with one it is part of a secondary colour's, or a constant.
 //
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
 // row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
@@ -109,10 +110,12 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 //   coordinates together are off by 34 * 2^-29 texels (kMaxTexelError is more). The mean of texels
 //   has no jumps, also where a repeat or an edge begins, and changes by 255 a texel at most: it is
 //   off by 255 * 2^-23.9.
-// - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
-//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
-// - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
-//   no two values further apart: 128 u.
+// - With texels the reciprocal is one of doubles. The numerator, from n, is off by 4 u E p, its
+//   product with a texel by 255 u C p more, that with the reciprocal and the reciprocal itself by
+//   255 * 2 u C; the texel, times the colour, by 7 * 128 u C + 255 u C. Together with a secondary
+//   colour the deltas may reach 2 E, and their sum is rounded: 255 u (8 p + 2) E for 255 u (5 p +
+//   2) E. Its `begin` and the sum with it hold 2^23 as well where 1/w does not vary, and are off by
+//   half of 2^-kFixedBits each.
 // What the doubles lose, about 2^-50 p, is below the 255 u that are added, p being limited; the
 // terms of second order are below a thousandth of the first for p E up to 512.
 //
@@ -122,204 +125,141 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 inline constexpr double kRounding = 1.0 / 16777216.0;
 inline constexpr int kFixedBits = 15; // of a fraction of a byte
 
-// The margin of a row with a ratio of its 1/w.
-inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
-  constexpr double kUnit = 255.0 * kRounding * 1.001;
-  const bool texels = primitive.Texels != TTexelSource::None;
-  double bounds = 0.0;
-  if (primitive.UsesVertexColor) {
-    bounds = texels ? 4.0 + 5.0 * ratio : 2.0 + 9.0 * ratio;
-  }
-  if (primitive.Texels == TTexelSource::Linear) {
-    bounds += 3.6 + 1.1;
-  }
-  return kUnit * ((texels ? 1.5 : 2.1) + primitive.ChannelBound * bounds);
-}
+// A texel's channel is taken as it stands in its word, unless that is where the sign is.
+inline constexpr float kTexelScale[4] = {1.0f, 256.0f, 65536.0f, 1.0f};
 
-// --- What a row has ready
+// --- What rows have ready
 
-HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double scale, float* to) {
-  for (int i = 0; i < 4; ++i) {
-    to[i] = static_cast<float>(from[place + i] * scale);
-  }
-}
-
-// The colours of a row without a texture, by columns.
-inline HWY_ATTR void SetUpRowColumns(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                     double margin, TRowFloats* floats) {
-  constexpr double kUnit = 1 << kFixedBits;
-  const double units = std::ceil(margin * kUnit);
-  const double bias = 0.5 * kUnit + units;
-  const bool divides = job.Primitive.Perspective && !HasOneW(row);
-  const double once = job.Primitive.Perspective && !divides ? 1.0 / row.Begin[3] : 1.0;
-  const double shift = divides ? 0.0 : kWholeFloats + bias;
-  const double step = 1.0 / row.Delta[0];
-  const double before = (row.First - row.Begin[0]) * step;
-  const auto setUp = [&](double begin, double delta, float* from, float* by) HWY_ATTR {
-    *from = static_cast<float>(delta * before + begin);
-    *by = static_cast<float>(delta * step);
-  };
-  for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
-      continue;
-    }
-    const auto sumOf = [&](const TRowComponents& from, double ofOne) HWY_ATTR {
-      const bool adds = slots.Secondary >= 0 && i < 3;
-      const double sum = from[slots.Color + i] + (adds ? from[slots.Secondary + i] : 0.0);
-      return sum * (255.0 * kUnit * once) + (divides ? bias * from[3] : ofOne);
-    };
-    setUp(sumOf(row.Begin, shift), sumOf(row.Delta, 0.0), &floats->Begin[i], &floats->Delta[i]);
-  }
-  if (divides) {
-    setUp(row.Begin[3], row.Delta[3], &floats->WBegin, &floats->WDelta);
-  }
-  floats->Least = static_cast<float>(kWholeFloats + bias);
-  floats->Most = static_cast<float>(kWholeFloats + bias + 255.0 * kUnit);
-  floats->LeastSure = static_cast<std::uint32_t>(2.0 * units) << (32 - kFixedBits);
-}
-
-// The colours of a row that are multiplied by texels, by t.
-inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const double once = job.Primitive.Perspective && HasOneW(row) ? 1.0 / row.Begin[3] : 1.0;
-  SetFloats(row.Begin, slots.Color, once, floats->Begin);
-  SetFloats(row.Delta, slots.Color, once, floats->Delta);
-  if (slots.Secondary >= 0) {
-    SetFloats(row.Begin, slots.Secondary, once * 255.0, floats->SecondaryBegin);
-    SetFloats(row.Delta, slots.Secondary, once * 255.0, floats->SecondaryDelta);
-    floats->SecondaryBegin[3] = 0.0f;
-    floats->SecondaryDelta[3] = 0.0f;
-  }
-  for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.TintMask >> i & 1u) != 0) {
-      floats->Begin[i] = job.Primitive.Tint[i];
-      floats->Delta[i] = 0.0f;
-    }
-  }
-}
-
-// A coordinate in texels is TexelBegin + TexelDelta * t, times q where 1/w varies. The shift of a
-// filter is a shift by as many 1/w.
-inline HWY_ATTR void SetUpRowTexels(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const TPrimitive& primitive = job.Primitive;
-  double once = 1.0;
-  double shift = ShiftOf(primitive.Texels);
-  double shiftDelta = 0.0;
-  if (primitive.Perspective && HasOneW(row)) {
-    once = 1.0 / row.Begin[3];
-  } else if (primitive.Perspective) {
-    shiftDelta = shift * row.Delta[3];
-    shift *= row.Begin[3];
-  }
-  const auto setUp = [&](int i, double size) HWY_ATTR {
-    floats->TexelBegin[i] = row.Begin[slots.Tex + i] * once * size - shift;
-    floats->TexelDelta[i] = row.Delta[slots.Tex + i] * once * size - shiftDelta;
-  };
-  setUp(0, primitive.AxisX.Size);
-  setUp(1, primitive.AxisY.Size);
-}
-
-inline HWY_ATTR double RatioOfW(const TRow& row) {
-  const double begin = row.Begin[3];
-  const double end = begin + row.Delta[3];
-  return HasOneW(row) ? 1.0 : std::max(begin, end) / std::min(begin, end);
-}
-
-// Sets up a row for float colours, unless a condition rules them out.
-inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, TRowFloats* floats) {
-  const TPrimitive& primitive = job.Primitive;
-  const double ratio = primitive.Perspective ? RatioOfW(row) : 1.0;
-  ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
-  const double margin = MarginOf(primitive, ratio);
-  if (primitive.Texels == TTexelSource::None) {
-    SetUpRowColumns(job, slots, row, margin, floats);
-    return TCondition::None;
-  }
-  if (primitive.UsesVertexColor) {
-    SetUpRowColors(job, slots, row, floats);
-  }
-  floats->Margin = static_cast<float>(margin);
-  floats->NearTexels = HasByteTexels(primitive.Texels) && *job.ExactRuns == 0;
-  if (floats->NearTexels) {
-    SetUpRowTexels(job, slots, row, floats);
-  }
-  for (int i = 0; i < 4; ++i) {
-    floats->ChannelMargins[i] = (primitive.TintMask >> i & 1u) != 0 ? 0.0f : floats->Margin;
-  }
-  return TCondition::None;
-}
-
-// --- Channels, pixel by pixel, in two whole vectors
-
-struct TChannels {
-  VFF Low, High;
+// The margin of a row is `Least + ByRatio * ratio`, with the ratio of its 1/w.
+struct TMargin {
+  double Least;
+  double ByRatio;
 };
 
-// Repeats each pixel's value for its four channels.
-HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
-  const DFF d;
-  const VFF whole = hn::ZeroExtendVector(d, value);
-#if ZX_HAS_ONE_BLOCK
-  return {hn::Broadcast<0>(whole), hn::Broadcast<1>(whole)};
-#else
-  constexpr int kHalf = HWY_LANES(double) / 2;
-  HWY_ALIGN static constexpr std::int32_t kLow[16] = {0, 0, 0, 0, 1, 1, 1, 1,
-                                                      2, 2, 2, 2, 3, 3, 3, 3};
-  HWY_ALIGN static constexpr std::int32_t kHigh[16] = {
-      kHalf,     kHalf,     kHalf,     kHalf,     kHalf + 1, kHalf + 1, kHalf + 1, kHalf + 1,
-      kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 3, kHalf + 3, kHalf + 3, kHalf + 3};
-  return {hn::TableLookupLanes(whole, hn::SetTableIndices(d, kLow)),
-          hn::TableLookupLanes(whole, hn::SetTableIndices(d, kHigh))};
-#endif
+inline TMargin MarginOf(const TPrimitive& primitive) {
+  constexpr double kUnit = 255.0 * kRounding * 1.001;
+  const bool texels = primitive.Texels != TTexelSource::None;
+  const bool adds = texels && primitive.SecondarySlot >= 0;
+  const double bound = primitive.ChannelBound * kUnit;
+  TMargin margin = {(adds ? 4.2 : 2.1) * kUnit, 0.0};
+  if (primitive.UsesVertexColor) {
+    margin.Least += 2.0 * bound;
+    margin.ByRatio = (!texels ? 9.0 : adds ? 8.0 : 5.0) * bound;
+  }
+  if (primitive.Texels == TTexelSource::Linear) {
+    margin.Least += (3.6 + 1.1) * bound;
+  }
+  return margin;
 }
 
-HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
-  const DFF d;
-  const DFI di;
-  const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
-  return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
-          hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
+// Sets up all rows that were set up together.
+inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                                    TRowFloats* floats) {
+  constexpr double kUnit = 1 << kFixedBits;
+  const DD d;
+  const DF df;
+  const TPrimitive& primitive = job.Primitive;
+  const bool textured = primitive.Texels != TTexelSource::None;
+  const VD zero = hn::Zero(d);
+  const VD one = hn::Set(d, 1.0);
+  const auto begin = [&](int place) HWY_ATTR { return hn::Load(d, rows.Begin[place]); };
+  const auto delta = [&](int place) HWY_ATTR { return hn::Load(d, rows.Delta[place]); };
+
+  MD divides = NoLanes(d);
+  VD ratio = one;
+  VD once = one; // by which slots are multiplied where no pixel has its own 1/w
+  if (primitive.Perspective) {
+    const VD w = begin(3);
+    const VD end = hn::Add(w, delta(3));
+    divides = hn::Not(hn::Eq(delta(3), zero));
+    ratio = hn::IfThenElse(divides, hn::Div(hn::Max(w, end), hn::Min(w, end)), one);
+    once = hn::IfThenElse(divides, one, hn::Div(one, w));
+  }
+  hn::Store(ratio, d, floats->Ratio);
+
+  const TMargin margin = MarginOf(primitive);
+  const VD units = hn::Ceil(hn::Add(hn::Mul(ratio, hn::Set(d, margin.ByRatio * kUnit)),
+                                    hn::Set(d, margin.Least * kUnit)));
+  const VD bias = hn::Add(hn::Set(d, 0.5 * kUnit), units);
+  const VD least = hn::Add(hn::Set(d, kWholeFloats), bias);
+  hn::Store(hn::DemoteTo(df, least), df, floats->Least);
+  hn::Store(hn::DemoteTo(df, hn::Add(least, hn::Set(d, 255.0 * kUnit))), df, floats->Most);
+  hn::Store(hn::ShiftLeft<33 - kFixedBits>(hn::DemoteTo(DI(), units)), DI(), floats->LeastSure);
+
+  const VD step = hn::Div(one, delta(0));
+  const VD before = hn::Mul(hn::Sub(hn::PromoteTo(d, hn::Load(DI(), rows.First)), begin(0)),
+                            step); // t of the first pixel
+  const auto setUp = [&](VD from, VD by, float* outFrom, float* outBy) HWY_ATTR
+      __attribute__((always_inline)) {
+    hn::Store(hn::DemoteTo(df, hn::Add(hn::Mul(by, before), from)), df, outFrom);
+    hn::Store(hn::DemoteTo(df, hn::Mul(by, step)), df, outBy);
+  };
+  const VD scale = hn::Mul(once, hn::Set(d, kUnit));
+  const VD byteScale = hn::Mul(scale, hn::Set(d, 255.0));
+  // What a channel that is 0 begins with, unless that is added to each pixel.
+  const VD shift = hn::IfThenZeroElse(divides, least);
+  for (int i = 0; i < 4; ++i) {
+    const bool adds = slots.Secondary >= 0 && i < 3;
+    const VD ofTexel = hn::Set(d, 1.0 / kTexelScale[i]);
+    if (textured && !primitive.UsesVertexColor) {
+      hn::Store(hn::Set(df, static_cast<float>(kUnit / kTexelScale[i])), df, floats->Begin[i]);
+    } else if ((primitive.TintMask >> i & 1u) != 0) {
+      hn::Store(hn::Set(df, primitive.Tint[i] / kTexelScale[i]), df, floats->Begin[i]);
+    } else if (textured) {
+      const VD by = hn::Mul(scale, ofTexel);
+      setUp(hn::Mul(begin(slots.Color + i), by), hn::Mul(delta(slots.Color + i), by),
+            floats->Begin[i], floats->Delta[i]);
+      if (adds) {
+        setUp(hn::Add(hn::Mul(begin(slots.Secondary + i), byteScale), shift),
+              hn::Mul(delta(slots.Secondary + i), byteScale), floats->SecondaryBegin[i],
+              floats->SecondaryDelta[i]);
+      }
+    } else if ((primitive.ConstMask >> i & 1u) == 0) {
+      VD from = begin(slots.Color + i);
+      VD by = delta(slots.Color + i);
+      if (adds) {
+        from = hn::Add(from, begin(slots.Secondary + i));
+        by = hn::Add(by, delta(slots.Secondary + i));
+      }
+      from = hn::Add(hn::Mul(from, byteScale), shift);
+      by = hn::Mul(by, byteScale);
+      if (primitive.Perspective) {
+        from = hn::Add(from, hn::IfThenElseZero(divides, hn::Mul(bias, begin(3))));
+        by = hn::Add(by, hn::IfThenElseZero(divides, hn::Mul(bias, delta(3))));
+      }
+      setUp(from, by, floats->Begin[i], floats->Delta[i]);
+    }
+  }
+  if (primitive.Perspective) {
+    setUp(begin(3), delta(3), floats->WBegin, floats->WDelta);
+  }
+  if (HasByteTexels(primitive.Texels)) {
+    // A coordinate in texels is TexelBegin + TexelDelta * t, times q where 1/w varies. The shift of
+    // a filter is a shift by as many 1/w.
+    const VD filter = hn::Set(d, ShiftOf(primitive.Texels));
+    VD shiftBegin = filter;
+    VD shiftDelta = zero;
+    if (primitive.Perspective) {
+      shiftBegin = hn::IfThenElse(divides, hn::Mul(filter, begin(3)), filter);
+      shiftDelta = hn::Mul(filter, delta(3));
+    }
+    for (int i = 0; i < 2; ++i) {
+      const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
+      const VD by = hn::Mul(once, hn::Set(d, size));
+      hn::Store(hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin), d, floats->TexelBegin[i]);
+      hn::Store(hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta), d, floats->TexelDelta[i]);
+    }
+  }
 }
 
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
-                                     const TChannels& q) {
-  const DFF d;
-  const VFF b = hn::LoadDup128(d, begin);
-  const VFF m = hn::LoadDup128(d, delta);
-  return {Interpolated<kPerspective>(b, m, t.Low, q.Low),
-          Interpolated<kPerspective>(b, m, t.High, q.High)};
-}
-
-// The bytes of channels in 0 to 255. The mask that is returned loses what fails the rounding test:
-// bits of a channel and a pixel, of either vector.
-HWY_INLINE HWY_ATTR MFI BytesByRoundingTest(TChannels value, bool clamp, VFF by, VU* packed) {
-  const DFF d;
-  MFI sure = AllLanes(DFI());
-  const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
-  const VFU high = ByteByRoundingTest(d, value.High, clamp, by, &sure);
-  const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
-                                 hn::TruncateTo(half, low));
-  *packed = hn::BitCast(DU(), bytes);
-  return sure;
-}
-
-// The channels that failed, of the bits of that mask.
-inline std::uint32_t UnsureChannels(std::uint64_t sure) {
-  std::uint64_t unsure = ~sure & FirstBits(kFloatLanes);
-  unsure |= unsure >> 8;
-  return static_cast<std::uint32_t>((unsure | unsure >> 4) & kAllChannels);
+// The condition that rules out float colours in one of these rows.
+inline TCondition UnmetByFloatRow(const TSpanJob& job, const TRowFloats& floats, int lane) {
+  const TPrimitive& primitive = job.Primitive;
+  const double ratio = floats.Ratio[lane];
+  ZX_RETURN_FIRST_UNMET(ZX_FLOAT_ROW_CONDITIONS);
 }
 
 // --- Texels
-
-HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
-  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
-}
 
 // Computes the exact path's coordinates and fetches texels; false where they are no bytes.
 template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach, class TRowOfGroup>
@@ -355,98 +295,168 @@ HWY_INLINE HWY_ATTR auto ByReach(TTexelReach reach, const TFunction& function) {
   }
 }
 
-// Mixes four texels of each pixel, by the steps of the sampler.
-HWY_INLINE HWY_ATTR TChannels MixTexels(const TFetchedTexels& texels) {
-  const DU du;
-  const TChannels fu = Spread(hn::DemoteTo(DF(), texels.FractionU));
-  const TChannels fv = Spread(hn::DemoteTo(DF(), texels.FractionV));
-  const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
-  const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
-  const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
-  const TChannels c11 = ChannelsOf(hn::UpperHalf(du, texels.Right));
-  return {
-      MixFloats(MixFloats(c00.Low, c10.Low, fu.Low), MixFloats(c01.Low, c11.Low, fu.Low), fv.Low),
-      MixFloats(MixFloats(c00.High, c10.High, fu.High), MixFloats(c01.High, c11.High, fu.High),
-                fv.High)};
+// --- Bytes, channel by channel
+
+// Calls a function with each channel's number, as a type.
+template <class TFunction> HWY_INLINE HWY_ATTR void ForEachChannel(const TFunction& function) {
+  function(std::integral_constant<int, 0>());
+  function(std::integral_constant<int, 1>());
+  function(std::integral_constant<int, 2>());
+  function(std::integral_constant<int, 3>());
 }
 
-// Packed colours of textured pixels at t, with perspective if `kDivides`. The mask is that
-// of `BytesByRoundingTest`.
-template <TTexelSource kTexels, bool kDivides>
-HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                      const TRowFloats& floats, VD at, const TFetchedTexels& ready,
-                                      VU* packed) {
-  if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
-    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
-    // place, even after multiplication by an interpolated 1 that is off by as much.
-    *packed = hn::LowerHalf(DU(), ready.Left);
-    return AllLanes(DFI());
+// Puts the byte of a channel in fixed point where `packed` has none yet. Returns its fraction, in
+// the high bits.
+template <int kChannel> HWY_INLINE HWY_ATTR VFU PutByte(VFF value, VFU* packed) {
+  constexpr int kShift = 8 * kChannel;
+  const DFU du;
+  const VFU fixed = hn::BitCast(du, value);
+  VFU byte = fixed;
+  if constexpr (kShift < kFixedBits) {
+    byte = hn::ShiftRight<kFixedBits - kShift>(fixed);
+  } else {
+    byte = hn::ShiftLeft<kShift - kFixedBits>(fixed);
   }
+  *packed = hn::OrAnd(*packed, byte, hn::Set(du, 0xFFu << kShift));
+  return hn::ShiftLeft<32 - kFixedBits>(fixed);
+}
+
+HWY_INLINE HWY_ATTR VFF ClampedFixed(const TRow& row, VFF value) {
   const DFF d;
-  const VFF margins = hn::LoadDup128(d, floats.ChannelMargins);
-  TChannels value = kTexels == TTexelSource::Nearest ? ChannelsOf(hn::LowerHalf(DU(), ready.Left))
-                                                     : MixTexels(ready);
-  if (job.Primitive.UsesVertexColor) {
-    const TChannels t = Spread(hn::DemoteTo(DF(), at));
-    const TChannels q = kDivides ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
-    TChannels color = SlotAt<kDivides>(floats.Begin, floats.Delta, t, q);
-    if (kDivides && job.Primitive.TintMask != 0) {
-      const VFF begin = hn::LoadDup128(d, floats.Begin);
-      const auto same = hn::Eq(margins, hn::Zero(d));
-      color = {hn::IfThenElse(same, begin, color.Low), hn::IfThenElse(same, begin, color.High)};
-    }
-    value = {hn::Mul(value.Low, color.Low), hn::Mul(value.High, color.High)};
-    if (slots.Secondary >= 0) {
-      const TChannels sum = SlotAt<kDivides>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
-      value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
-    }
-  }
-  return BytesByRoundingTest(value, job.Primitive.Clamp, margins, packed);
+  return hn::Min(hn::Max(value, hn::Set(d, row.Floats->Least[row.Lane])),
+                 hn::Set(d, row.Floats->Most[row.Lane]));
 }
 
-// --- Without a texture, channel by channel
+// A value that is linear by columns, at the pixels so many columns after a row's first.
+HWY_INLINE HWY_ATTR VFF ValueAfter(const TRow& row, const float* begin, const float* delta,
+                                   VFF after) {
+  const DFF d;
+  return hn::Add(hn::Mul(hn::Set(d, delta[row.Lane]), after), hn::Set(d, begin[row.Lane]));
+}
 
-// Packed colours of pixels of a row, by how many columns they lie after its first one, with the
-// constant ones of `packed`. The mask loses those whose rounding test fails.
+// Packed colours of pixels of a row without a texture, by how many columns they lie after its first
+// one, with the constant ones of `packed`. The mask loses those whose rounding test fails.
 template <bool kDivides, bool kClamp>
-HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRowFloats& floats, std::uint32_t constMask,
-                                        VFF after, VFU* packed) {
+HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRow& row, std::uint32_t constMask, VFF after,
+                                        VFU* packed) {
   const DFF d;
   const DFU du;
-  const auto at = [&](float begin, float delta) HWY_ATTR __attribute__((always_inline)) {
-    return Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), after, after);
-  };
-  const VFF q = kDivides ? hn::Div(hn::Set(d, 1.0f), at(floats.WBegin, floats.WDelta)) : after;
+  const TRowFloats& floats = *row.Floats;
+  const VFF q =
+      kDivides ? hn::Div(hn::Set(d, 1.0f), ValueAfter(row, floats.WBegin, floats.WDelta, after))
+               : after;
   VFU least = hn::Set(du, ~0u);
-  const auto put = [&](auto shift) HWY_ATTR __attribute__((always_inline)) {
-    constexpr int kShift = decltype(shift)::value;
-    constexpr int kChannel = kShift / 8;
+  ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kChannel = decltype(channel)::value;
     if (HWY_UNLIKELY((constMask >> kChannel & 1u) != 0)) {
       return;
     }
-    VFF value = at(floats.Begin[kChannel], floats.Delta[kChannel]);
+    VFF value = ValueAfter(row, floats.Begin[kChannel], floats.Delta[kChannel], after);
     if (kDivides) {
       value = hn::Add(hn::Mul(value, q), hn::Set(d, kWholeFloats));
     }
     if (kClamp) {
-      value = hn::Min(hn::Max(value, hn::Set(d, floats.Least)), hn::Set(d, floats.Most));
+      value = ClampedFixed(row, value);
     }
-    const VFU fixed = hn::BitCast(du, value);
-    least = hn::Min(least, hn::ShiftLeft<32 - kFixedBits>(fixed));
-    VFU byte = fixed;
-    if constexpr (kShift < kFixedBits) {
-      byte = hn::ShiftRight<kFixedBits - kShift>(fixed);
-    } else {
-      byte = hn::ShiftLeft<kShift - kFixedBits>(fixed);
-    }
-    *packed = hn::OrAnd(*packed, byte, hn::Set(du, 0xFFu << kShift));
-  };
-  put(std::integral_constant<int, 0>());
-  put(std::integral_constant<int, 8>());
-  put(std::integral_constant<int, 16>());
-  put(std::integral_constant<int, 24>());
-  const VFU sure = hn::Set(du, floats.LeastSure);
+    least = hn::Min(least, PutByte<kChannel>(value, packed));
+  });
+  const VFU sure = hn::Set(du, floats.LeastSure[row.Lane]);
   return hn::RebindMask(DFI(), hn::Eq(hn::Min(least, sure), sure));
+}
+
+// A channel of texels, times its `kTexelScale`.
+template <int kChannel> HWY_INLINE HWY_ATTR VFF TexelChannel(VFU texels) {
+  VFU byte;
+  if constexpr (kChannel == 3) {
+    byte = hn::ShiftRight<24>(texels);
+  } else {
+    byte = hn::And(texels, hn::Set(DFU(), 0xFFu << 8 * kChannel));
+  }
+  return hn::ConvertTo(DFF(), hn::BitCast(DFI(), byte));
+}
+
+HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
+  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
+}
+
+// What texels are multiplied by, and added to.
+enum class TTint : std::uint8_t { None, Color, ColorAndSecondary };
+
+// The pixels whose rounding test fails, of two groups: 16 bits a channel.
+using TUnsureBits = std::uint64_t;
+
+// Packed colours of the textured pixels of two groups, by how many columns they lie after the row's
+// first, 1/w varying if `kDivides`.
+template <TTexelSource kTexels, bool kDivides, TTint kTint>
+HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& row, VFF after,
+                                      const TFetchedTexels& first, const TFetchedTexels& second,
+                                      TUnsureBits* unsure) {
+  constexpr bool kLinear = kTexels == TTexelSource::Linear;
+  const DFF d;
+  const DFU du;
+  *unsure = 0;
+  const VFU lowLeft = hn::ConcatLowerLower(du, second.Left, first.Left);
+  if (!kLinear && kTint == TTint::None) {
+    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
+    // place, even after multiplication by an interpolated 1 that is off by as much.
+    return lowLeft;
+  }
+  const auto join = [&](VD low, VD high) HWY_ATTR __attribute__((always_inline)) {
+    return hn::Combine(d, hn::DemoteTo(DF(), high), hn::DemoteTo(DF(), low));
+  };
+  VFU lowRight, highLeft, highRight;
+  VFF u, v;
+  if constexpr (kLinear) {
+    lowRight = hn::ConcatLowerLower(du, second.Right, first.Right);
+    highLeft = hn::ConcatUpperUpper(du, second.Left, first.Left);
+    highRight = hn::ConcatUpperUpper(du, second.Right, first.Right);
+    u = join(first.FractionU, second.FractionU);
+    v = join(first.FractionV, second.FractionV);
+  }
+  const VFF q = kDivides && kTint != TTint::None ? join(first.Q, second.Q) : after;
+  const TRowFloats& floats = *row.Floats;
+  const int lane = row.Lane;
+  const VFF zero = hn::Set(d, floats.Least[lane]);
+  VFU packed = hn::Zero(du);
+  ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kChannel = decltype(channel)::value;
+    constexpr bool kAdds = kTint == TTint::ColorAndSecondary && kChannel < 3;
+    VFF value = TexelChannel<kChannel>(lowLeft);
+    if constexpr (kLinear) {
+      value = MixFloats(
+          MixFloats(value, TexelChannel<kChannel>(lowRight), u),
+          MixFloats(TexelChannel<kChannel>(highLeft), TexelChannel<kChannel>(highRight), u), v);
+    }
+    if (!kLinear && HWY_UNLIKELY((primitive.TintMask >> kChannel & 1u) != 0)) {
+      const VFF tinted = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
+      const VFU byte = hn::BitCast(du, hn::Add(tinted, hn::Set(d, kWholeFloats)));
+      packed = hn::Or(packed, hn::ShiftLeft<8 * kChannel>(hn::And(byte, hn::Set(du, 255u))));
+      return;
+    }
+    if (kTint == TTint::None) {
+      value = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
+    } else {
+      value =
+          hn::Mul(value, ValueAfter(row, floats.Begin[kChannel], floats.Delta[kChannel], after));
+    }
+    if (kDivides && kTint != TTint::None) {
+      value = kAdds ? hn::Add(value, ValueAfter(row, floats.SecondaryBegin[kChannel],
+                                                floats.SecondaryDelta[kChannel], after))
+                    : value;
+      value = hn::Add(hn::Mul(value, q), zero);
+    } else {
+      value = hn::Add(value, kAdds ? ValueAfter(row, floats.SecondaryBegin[kChannel],
+                                                floats.SecondaryDelta[kChannel], after)
+                                   : zero);
+    }
+    if (primitive.Clamp) {
+      value = ClampedFixed(row, value);
+    }
+    const VFU fraction = PutByte<kChannel>(value, &packed);
+    *unsure |= BitsOfMask(du, hn::Lt(fraction, hn::Set(du, floats.LeastSure[lane])))
+               << 16 * kChannel;
+  });
+  return packed;
 }
 
 } // namespace HWY_NAMESPACE

@@ -284,7 +284,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   const bool inFloat = HasByteTexels(kTexels) && row.HasFloats();
   TRunValues values;
   values.IsFloat = job.Meets(UnmetByFloatRun<kTexels>(job, row));
-  values.IsNear = values.IsFloat || (inFloat && row.Floats->NearTexels && *job.ExactRuns == 0);
+  values.IsNear = values.IsFloat || (inFloat && *job.ExactRuns <= 0);
   job.Count(values.IsFloat ? TKernel::FloatRuns
             : inFloat      ? TKernel::TextureRuns
                            : TKernel::ExactRuns,

@@ -75,8 +75,7 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     VFU packed = constColor;
     if (varying != 0) {
       const MFI sure = UntexturedBytes<kDivides, kClamp>(
-          *row.Floats, constant | ties, hn::Iota(df, static_cast<float>(x - row.First + i)),
-          &packed);
+          row, constant | ties, hn::Iota(df, static_cast<float>(x - row.First + i)), &packed);
       if (kPerspective && !sameTies) {
         tied = exact(i, ties, bits, tied);
       }
@@ -106,8 +105,8 @@ HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TRow& row, VD t,
   const TRowFloats& floats = *row.Floats;
   ready->Q = PerspectiveAt<kDivides>(row, t);
   const auto texel = [&](int axis) HWY_ATTR {
-    return Interpolated<kDivides>(hn::Set(d, floats.TexelBegin[axis]),
-                                  hn::Set(d, floats.TexelDelta[axis]), t, ready->Q);
+    return Interpolated<kDivides>(hn::Set(d, floats.TexelBegin[axis][row.Lane]),
+                                  hn::Set(d, floats.TexelDelta[axis][row.Lane]), t, ready->Q);
   };
   return job.Meets(FetchTexels<kTexels, kReach, true>(job.Primitive, texel(0), texel(1), ready));
 }
@@ -121,85 +120,129 @@ HWY_NOINLINE HWY_ATTR VD FetchExactly(const TSpanJob& job, const TRowSlots& slot
   return t;
 }
 
-// Fetches the texels of a run by `fetch`, of each group that has a pixel in `shaded`. Returns the
-// pixels whose texels are no bytes.
-template <class TFetch>
-HWY_INLINE HWY_ATTR std::uint64_t FetchRun(int count, std::uint64_t shaded, const TFetch& fetch) {
-  std::uint64_t unsure = 0;
-  for (int i = 0; i < count; i += kLanes) {
-    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits != 0 && HWY_UNLIKELY(!fetch(i))) {
-      unsure |= bits << i;
+// The texels of a run, those of each group that has a pixel in `shaded`. Returns the pixels whose
+// texels are no bytes.
+template <TTexelSource kTexels, bool kPerspective, bool kDivides>
+HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& slots,
+                                           const TRow& row, int count, std::uint64_t shaded,
+                                           const TRunValues& values, TFetchedTexels* ready) {
+  std::uint64_t unfetched = 0;
+  const auto fetchBy = [&](const auto& fetch) HWY_ATTR __attribute__((always_inline)) {
+    for (int i = 0; i < count; i += kLanes) {
+      const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
+      if (bits != 0 && HWY_UNLIKELY(!fetch(hn::Load(DD(), values.T + i), &ready[i / kLanes]))) {
+        unfetched |= bits << i;
+      }
     }
-  }
-  return unsure;
+  };
+  ByReach(
+      job.Primitive.Reach, [&](auto reach) HWY_ATTR __attribute__((always_inline)) {
+        constexpr TTexelReach kReach = decltype(reach)::value;
+        if (values.IsNear) {
+          fetchBy([&](VD t, TFetchedTexels * to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchNear<kTexels, kDivides, kReach>(job, row, t, to);
+          });
+        } else {
+          fetchBy([&](VD t, TFetchedTexels * to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchTexelsAt<kTexels, kPerspective, kReach>(job, slots, row, t, to);
+          });
+        }
+      });
+  return unfetched;
 }
 
-// The packed colours of a run, in whole vectors: those of each group that has a pixel in `shaded`.
-// Rounding tests that fail are seen to at the end: a branch upon each would be foretold wrong as
-// often, and known to be so after all of a group's steps. Returns how many groups failed.
+// The pixels of a run whose rounding test failed, or whose texels are no bytes, by pairs of groups.
+struct TUnsureRun {
+  TUnsureBits Pair[kRun / kFloatLanes];
+  TUnsureBits Any;
+
+  // The channels of a group, from pixel i on, that such pixels have.
+  HWY_INLINE std::uint32_t Channels(int i) const {
+    const TUnsureBits bits = Pair[i / kFloatLanes] >> i % kFloatLanes;
+    std::uint32_t channels = 0;
+    for (int k = 0; k < 4; ++k) {
+      channels |= (bits >> 16 * k & FirstBits(kLanes)) != 0 ? 1u << k : 0;
+    }
+    return channels;
+  }
+};
+
+// The packed colours of a run from its texels, in whole vectors.
+template <TTexelSource kTexels, bool kDivides, TTint kTint>
+HWY_INLINE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int count,
+                                 std::uint64_t shaded, std::uint64_t unfetched,
+                                 const TFetchedTexels* ready, std::uint32_t* packed,
+                                 TUnsureRun* unsure) {
+  constexpr std::uint64_t kEachChannel = 0x0001000100010001u;
+  unsure->Any = 0;
+  for (int i = 0; i < count; i += kFloatLanes, ready += 2) {
+    TUnsureBits& bits = unsure->Pair[i / kFloatLanes];
+    const std::uint64_t wanted = shaded >> i & FirstBits(kFloatLanes);
+    const std::uint64_t there = wanted & ~(unfetched >> i);
+    bits = 0;
+    if (there != 0) {
+      // Where one of the groups has no pixel, nothing was fetched.
+      const TFetchedTexels& low = ready[(there & FirstBits(kLanes)) != 0 ? 0 : 1];
+      const TFetchedTexels& high = ready[there >> kLanes != 0 ? 1 : 0];
+      const VFF after = hn::Iota(DFF(), static_cast<float>(x - row.First + i));
+      const VFU colors =
+          TexturedBytes<kTexels, kDivides, kTint>(job.Primitive, row, after, low, high, &bits);
+      hn::Store(colors, DFU(), packed + i);
+    }
+    bits = (bits & there * kEachChannel) | (wanted & ~there) * kEachChannel;
+    unsure->Any |= bits;
+  }
+}
+
+// The packed colours of a run: those of each group that has a pixel in `shaded`. Rounding tests
+// that fail are seen to at the end: a branch upon each would be foretold wrong as often, and known
+// to be so after all of a group's steps. Returns how many groups failed.
 template <TTexelSource kTexels, bool kPerspective, bool kDivides>
 HWY_INLINE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        int x, int count, std::uint64_t shaded,
                                        const TRunValues& values, std::uint32_t* packed) {
   TFetchedTexels ready[kRun / kLanes];
-  const std::uint64_t unsure = ByReach(
-      job.Primitive.Reach, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
-        constexpr TTexelReach kReach = decltype(constant)::value;
-        const auto tAt = [&](int i) HWY_ATTR { return hn::Load(DD(), values.T + i); };
-        return values.IsNear
-                   ? FetchRun(
-                         count, shaded,
-                         [&](int i) HWY_ATTR __attribute__((always_inline)) {
-                           return FetchNear<kTexels, kDivides, kReach>(job, row, tAt(i),
-                                                                       &ready[i / kLanes]);
-                         })
-                   : FetchRun(
-                         count, shaded, [&](int i) HWY_ATTR __attribute__((always_inline)) {
-                           return FetchTexelsAt<kTexels, kPerspective, kReach>(
-                               job, slots, row, tAt(i), &ready[i / kLanes]);
-                         });
-      });
-  std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
-  std::memset(sure, 0xFF, sizeof sure);
-  MFI allSure = AllLanes(DFI());
-  for (int i = 0; i < count; i += kLanes) {
-    if (((shaded & ~unsure) >> i & FirstBits(kLanes)) == 0) {
-      continue;
-    }
-    VU colors;
-    const MFI group = TexturedBytes<kTexels, kDivides>(
-        job, slots, *row.Floats, hn::Load(DD(), values.T + i), ready[i / kLanes], &colors);
-    allSure = hn::And(allSure, group);
-    hn::StoreMaskBits(DFI(), group, sure[i / kLanes]);
-    hn::Store(colors, DU(), packed + i);
+  TUnsureRun unsure;
+  const std::uint64_t unfetched =
+      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, count, shaded, values, ready);
+  const auto pack = [&](auto tint) HWY_ATTR __attribute__((always_inline)) {
+    PackRun<kTexels, kDivides, decltype(tint)::value>(job, row, x, count, shaded, unfetched, ready,
+                                                      packed, &unsure);
+  };
+  if (!job.Primitive.UsesVertexColor) {
+    pack(std::integral_constant<TTint, TTint::None>());
+  } else if (slots.Secondary < 0) {
+    pack(std::integral_constant<TTint, TTint::Color>());
+  } else {
+    pack(std::integral_constant<TTint, TTint::ColorAndSecondary>());
   }
   int exact = 0;
-  if (unsure == 0 && hn::AllTrue(DFI(), allSure)) {
-    return exact;
-  }
-  for (int i = 0; i < count; i += kLanes) {
-    if ((shaded >> i & FirstBits(kLanes)) == 0) {
-      continue;
-    }
-    std::uint64_t bits;
-    std::memcpy(&bits, sure[i / kLanes], sizeof bits);
-    const std::uint32_t channels =
-        (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
+  for (int i = 0; i < count && HWY_UNLIKELY(unsure.Any != 0); i += kLanes) {
+    const std::uint32_t channels = unsure.Channels(i);
     if (channels == 0) {
       continue;
     }
     ++exact;
-    const bool all = channels == kAllChannels;
-    const VD t = values.IsNear ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i,
-                                                                     &ready[i / kLanes])
-                               : hn::Load(DD(), values.T + i);
-    hn::Store(
-        ExactFallback<kTexels, kPerspective>(job, slots, row, t, ready[i / kLanes], channels,
-                                             all ? hn::Zero(DU()) : hn::Load(DU(), packed + i)),
-        DU(), packed + i);
+    TFetchedTexels& texels = ready[i / kLanes];
+    const VD t = values.IsNear
+                     ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i, &texels)
+                     : hn::Load(DD(), values.T + i);
+    const VU others = channels == kAllChannels ? hn::Zero(DU()) : hn::Load(DU(), packed + i);
+    hn::Store(ExactFallback<kTexels, kPerspective>(job, slots, row, t, texels, channels, others),
+              DU(), packed + i);
   }
   return exact;
+}
+
+// Keeps account of the groups that wanted exact coordinates: `exactRuns` are the runs that will
+// have them, or below zero the pixels that had them lately beyond one in kMostUnsure.
+inline void CountExactGroups(int groups, int count, bool isNear, int* exactRuns) {
+  if (isNear) {
+    const int beyond = std::max(groups * kLanes * kMostUnsure - count - *exactRuns, 0);
+    *exactRuns = beyond > kMostUnsurePixels ? kExactRuns : -beyond;
+  } else if (*exactRuns > 0) {
+    --*exactRuns;
+  }
 }
 
 // What a function gives for whether 1/w varies in a row, which it takes by its type.
@@ -234,7 +277,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
     }
   }
   const bool staged = HasByteTexels(kTexels) && row.HasFloats();
-  HWY_ALIGN std::uint32_t colors[kRun + kLanes];
+  HWY_ALIGN std::uint32_t colors[kRun + kFloatLanes];
   if constexpr (HasByteTexels(kTexels)) {
     if (staged) {
       const int exact = ByDivision<kPerspective>(
@@ -242,11 +285,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
             return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
                 job, slots, row, x, count, shaded, values, colors);
           });
-      if (values.IsNear && exact * kLanes * kMostUnsure > count) {
-        *job.ExactRuns = kExactRuns;
-      } else if (*job.ExactRuns > 0) {
-        --*job.ExactRuns;
-      }
+      CountExactGroups(exact, count, values.IsNear, job.ExactRuns);
     }
   }
   for (int i = 0; i < count; i += kLanes) {
