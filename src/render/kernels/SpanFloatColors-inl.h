@@ -103,10 +103,11 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 //   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
 //   multiplied by 255 at most: 7 * 128 u.
 // - The coordinates that are mixed by are near those of the exact path. With U = 2^-53 and S the
-//   greatest |coordinate| in texels at the corners: t as a product is off by 3 U, so that a
-//   numerator is by 11 U S R, and by 5 U S R on the exact path, with half a texel of a filter taken
-//   away before or after; 1/w by (4 p + 1) U and (2 p + 1) U of itself; products and quotient by
-//   6 U more. Together that is below 34 U p S. `TexelBound` times p being 2^24 at most, both
+//   greatest |coordinate| in texels at the corners, |delta| is at most 2 S R. A numerator of the
+//   exact path is off by 7 U S R, its 1/w by (4 p - 3) U of itself, and what follows by 4 U S. By
+//   columns, `delta` times n, and what is part of `begin`, are off by 5 U of delta, and `begin`,
+//   the shift and the sums by U S R each: 14 U S R; 1/w by (9 p - 5) U, and what is common to both
+//   by 4 U S. Together that is 34 U p S at most. `TexelBound` times p being 2^24 at most, both
 //   coordinates together are off by 34 * 2^-29 texels (kMaxTexelError is more). The mean of texels
 //   has no jumps, also where a repeat or an edge begins, and changes by 255 a texel at most: it is
 //   off by 255 * 2^-23.9.
@@ -194,6 +195,10 @@ inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
     hn::Store(hn::DemoteTo(df, hn::Add(hn::Mul(by, before), from)), df, outFrom);
     hn::Store(hn::DemoteTo(df, hn::Mul(by, step)), df, outBy);
   };
+  const auto setUpPlace = [&](int i, VD from, VD by) HWY_ATTR __attribute__((always_inline)) {
+    hn::Store(hn::Add(hn::Mul(by, before), from), d, floats->PlaceBegin[i]);
+    hn::Store(hn::Mul(by, step), d, floats->PlaceDelta[i]);
+  };
   const VD scale = hn::Mul(once, hn::Set(d, kUnit));
   const VD byteScale = hn::Mul(scale, hn::Set(d, 255.0));
   // What a channel that is 0 begins with, unless that is added to each pixel.
@@ -234,20 +239,20 @@ inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
     setUp(begin(3), delta(3), floats->WBegin, floats->WDelta);
   }
   if (HasByteTexels(primitive.Texels)) {
-    // A coordinate in texels is TexelBegin + TexelDelta * t, times q where 1/w varies. The shift of
-    // a filter is a shift by as many 1/w.
+    // The shift of a filter is a shift by as many 1/w.
     const VD filter = hn::Set(d, ShiftOf(primitive.Texels));
     VD shiftBegin = filter;
     VD shiftDelta = zero;
     if (primitive.Perspective) {
       shiftBegin = hn::IfThenElse(divides, hn::Mul(filter, begin(3)), filter);
       shiftDelta = hn::Mul(filter, delta(3));
+      setUpPlace(2, begin(3), delta(3));
     }
     for (int i = 0; i < 2; ++i) {
       const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
       const VD by = hn::Mul(once, hn::Set(d, size));
-      hn::Store(hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin), d, floats->TexelBegin[i]);
-      hn::Store(hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta), d, floats->TexelDelta[i]);
+      setUpPlace(i, hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin),
+                 hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta));
     }
   }
 }
@@ -272,13 +277,14 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
     return false;
   } else {
     const DD d;
+    const TTexture texture(job.Primitive);
     const auto at = [&](int i, const TTexelAxis& axis) HWY_ATTR {
       const VD place =
           hn::Mul(Interpolated<kPerspective>(row, slots.Tex + i, t, q), hn::Set(d, axis.Size));
       return hn::Sub(place, hn::Set(d, ShiftOf(kTexels)));
     };
-    return job.Meets(FetchTexels<kTexels, kReach, false>(job.Primitive, at(0, job.Primitive.AxisX),
-                                                         at(1, job.Primitive.AxisY), ready));
+    return job.Meets(
+        FetchTexels<kTexels, kReach, false>(texture, at(0, texture.X), at(1, texture.Y), ready));
   }
 }
 

@@ -202,7 +202,7 @@ struct TSpanJob {
   TPrimitive Primitive;
   TSpanResult Result;
   TKernelCounters* Counters; ///< null: nobody counts
-  int* ExactRuns; ///< the context's account of exact coordinates: `CountExactGroups`
+  int* ExactRuns;            ///< the context's account of exact coordinates: `CountExactGroups`
 
   void StartPrimitive() {
     Result.YSet = Result.DepthSet = Result.ColorSet = false;

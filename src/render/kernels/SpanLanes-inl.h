@@ -63,6 +63,11 @@ inline constexpr int kRun = 64;
 using DB = hn::CappedTag<std::uint8_t, kRun>;
 using VB = hn::Vec<DB>;
 
+// Columns from x on: constants and a sum, where `Iota` of a variable goes through memory.
+template <class D> HWY_INLINE HWY_ATTR hn::Vec<D> Columns(D d, int x) {
+  return hn::Add(hn::Set(d, static_cast<hn::TFromD<D>>(x)), hn::Iota(d, 0));
+}
+
 // --- Masks and bits: bit i is lane i
 
 inline constexpr std::uint64_t FirstBits(int count) {

@@ -64,9 +64,9 @@ struct TRowFloats {
   HWY_ALIGN float Least[kLanes]; ///< of a channel: what is 0
   HWY_ALIGN float Most[kLanes];
   HWY_ALIGN std::int32_t LeastSure[kLanes]; ///< of a fraction, in the high bits
-  HWY_ALIGN double TexelBegin[2][kLanes];   ///< in texels, less what the filter shifts by
-  HWY_ALIGN double TexelDelta[2][kLanes];   ///< by t
-  HWY_ALIGN double Ratio[kLanes];           ///< of the greatest 1/w to the least
+  HWY_ALIGN double PlaceBegin[3][kLanes];   ///< in texels, less what the filter shifts by; and 1/w
+  HWY_ALIGN double PlaceDelta[3][kLanes];
+  HWY_ALIGN double Ratio[kLanes]; ///< of the greatest 1/w to the least
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
@@ -202,7 +202,7 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
   const DI di;
   const VD zero = hn::Zero(d);
   const VD one = hn::Set(d, 1.0);
-  const VD index = hn::Iota(d, static_cast<double>(start));
+  const VD index = Columns(d, start);
   const MD second = hn::Ge(index, hn::Set(d, plan.Count[0]));
   const VD y = hn::Add(index, hn::IfThenElse(second, hn::Set(d, plan.First[1] - plan.Count[0]),
                                              hn::Set(d, plan.First[0])));

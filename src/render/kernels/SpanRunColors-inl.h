@@ -66,7 +66,8 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   if (kPerspective && ties != 0 && sameTies) {
     tied = exact(0, ties, FirstBits(kFloatLanes), tied);
   }
-  for (int i = 0; i < count; i += kFloatLanes) {
+  VFF after = Columns(df, x - row.First);
+  for (int i = 0; i < count; i += kFloatLanes, after = hn::Add(after, hn::Set(df, kFloatLanes))) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
       continue;
@@ -74,8 +75,7 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     const auto live = MaskOfBits(du, bits);
     VFU packed = constColor;
     if (varying != 0) {
-      const MFI sure = UntexturedBytes<kDivides, kClamp>(
-          row, constant | ties, hn::Iota(df, static_cast<float>(x - row.First + i)), &packed);
+      const MFI sure = UntexturedBytes<kDivides, kClamp>(row, constant | ties, after, &packed);
       if (kPerspective && !sameTies) {
         tied = exact(i, ties, bits, tied);
       }
@@ -96,19 +96,24 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
 // --- With a texture, in stages: divisions, then texels and bytes. Fused, the dependency chain
 // would exceed the out-of-order window.
 
-// Fetches the texels of a group near t by the float set-up of its row. False where they may be
-// others than the exact path's, or no bytes.
+// Fetches the texels of a group by the float set-up of its row, so many columns after the first
+// pixel. False where they may be others than the exact path's, or no bytes.
 template <TTexelSource kTexels, bool kDivides, TTexelReach kReach>
-HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TRow& row, VD t,
-                                   TFetchedTexels* ready) {
+HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TTexture& texture, const TRow& row,
+                                   VD after, TFetchedTexels* ready) {
   const DD d;
-  const TRowFloats& floats = *row.Floats;
-  ready->Q = PerspectiveAt<kDivides>(row, t);
-  const auto texel = [&](int axis) HWY_ATTR {
-    return Interpolated<kDivides>(hn::Set(d, floats.TexelBegin[axis][row.Lane]),
-                                  hn::Set(d, floats.TexelDelta[axis][row.Lane]), t, ready->Q);
+  const auto at = [&](int i) HWY_ATTR __attribute__((always_inline)) {
+    return hn::Add(hn::Mul(hn::Set(d, row.Floats->PlaceDelta[i][row.Lane]), after),
+                   hn::Set(d, row.Floats->PlaceBegin[i][row.Lane]));
   };
-  return job.Meets(FetchTexels<kTexels, kReach, true>(job.Primitive, texel(0), texel(1), ready));
+  VD u = at(0);
+  VD v = at(1);
+  if (kDivides) {
+    ready->Q = hn::Div(hn::Set(d, 1.0), at(2));
+    u = hn::Mul(u, ready->Q);
+    v = hn::Mul(v, ready->Q);
+  }
+  return job.Meets(FetchTexels<kTexels, kReach, true>(texture, u, v, ready));
 }
 
 // Fetches the exact path's texels of a group in place of others. Returns the exact t.
@@ -124,13 +129,15 @@ HWY_NOINLINE HWY_ATTR VD FetchExactly(const TSpanJob& job, const TRowSlots& slot
 // texels are no bytes.
 template <TTexelSource kTexels, bool kPerspective, bool kDivides>
 HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& slots,
-                                           const TRow& row, int count, std::uint64_t shaded,
+                                           const TRow& row, int x, int count, std::uint64_t shaded,
                                            const TRunValues& values, TFetchedTexels* ready) {
+  const DD d;
   std::uint64_t unfetched = 0;
   const auto fetchBy = [&](const auto& fetch) HWY_ATTR __attribute__((always_inline)) {
-    for (int i = 0; i < count; i += kLanes) {
+    VD after = Columns(d, x - row.First);
+    for (int i = 0; i < count; i += kLanes, after = hn::Add(after, hn::Set(d, kLanes))) {
       const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-      if (bits != 0 && HWY_UNLIKELY(!fetch(hn::Load(DD(), values.T + i), &ready[i / kLanes]))) {
+      if (bits != 0 && HWY_UNLIKELY(!fetch(i, after, &ready[i / kLanes]))) {
         unfetched |= bits << i;
       }
     }
@@ -139,12 +146,17 @@ HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots&
       job.Primitive.Reach, [&](auto reach) HWY_ATTR __attribute__((always_inline)) {
         constexpr TTexelReach kReach = decltype(reach)::value;
         if (values.IsNear) {
-          fetchBy([&](VD t, TFetchedTexels * to) HWY_ATTR __attribute__((always_inline)) {
-            return FetchNear<kTexels, kDivides, kReach>(job, row, t, to);
+          const TTexture texture(job.Primitive);
+          // Past the last pixel other texels may lie than within reach.
+          const VD last = hn::Set(d, row.Last - row.First);
+          fetchBy([&](int, VD after, TFetchedTexels* to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchNear<kTexels, kDivides, kReach>(job, texture, row, hn::Min(after, last),
+                                                        to);
           });
         } else {
-          fetchBy([&](VD t, TFetchedTexels * to) HWY_ATTR __attribute__((always_inline)) {
-            return FetchTexelsAt<kTexels, kPerspective, kReach>(job, slots, row, t, to);
+          fetchBy([&](int i, VD, TFetchedTexels* to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchTexelsAt<kTexels, kPerspective, kReach>(job, slots, row,
+                                                                hn::Load(d, values.T + i), to);
           });
         }
       });
@@ -173,18 +185,20 @@ HWY_INLINE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, in
                                  std::uint64_t shaded, std::uint64_t unfetched,
                                  const TFetchedTexels* ready, std::uint32_t* packed,
                                  TUnsureRun* unsure) {
+  const DFF df;
   constexpr std::uint64_t kEachChannel = 0x0001000100010001u;
   unsure->Any = 0;
-  for (int i = 0; i < count; i += kFloatLanes, ready += 2) {
+  VFF after = Columns(df, x - row.First);
+  for (int i = 0; i < count; i += kFloatLanes, after = hn::Add(after, hn::Set(df, kFloatLanes))) {
     TUnsureBits& bits = unsure->Pair[i / kFloatLanes];
     const std::uint64_t wanted = shaded >> i & FirstBits(kFloatLanes);
     const std::uint64_t there = wanted & ~(unfetched >> i);
     bits = 0;
     if (there != 0) {
       // Where one of the groups has no pixel, nothing was fetched.
-      const TFetchedTexels& low = ready[(there & FirstBits(kLanes)) != 0 ? 0 : 1];
-      const TFetchedTexels& high = ready[there >> kLanes != 0 ? 1 : 0];
-      const VFF after = hn::Iota(DFF(), static_cast<float>(x - row.First + i));
+      const TFetchedTexels* const groups = &ready[i / kLanes];
+      const TFetchedTexels& low = groups[(there & FirstBits(kLanes)) != 0 ? 0 : 1];
+      const TFetchedTexels& high = groups[there >> kLanes != 0 ? 1 : 0];
       const VFU colors =
           TexturedBytes<kTexels, kDivides, kTint>(job.Primitive, row, after, low, high, &bits);
       hn::Store(colors, DFU(), packed + i);
@@ -204,7 +218,7 @@ HWY_INLINE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slo
   TFetchedTexels ready[kRun / kLanes];
   TUnsureRun unsure;
   const std::uint64_t unfetched =
-      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, count, shaded, values, ready);
+      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, values, ready);
   const auto pack = [&](auto tint) HWY_ATTR __attribute__((always_inline)) {
     PackRun<kTexels, kDivides, decltype(tint)::value>(job, row, x, count, shaded, unfetched, ready,
                                                       packed, &unsure);
