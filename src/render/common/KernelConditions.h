@@ -65,7 +65,7 @@
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
-  X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
+  X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats,             "else t is needed in double")
 
 #define ZX_FILL_CONDITIONS(X) \
   X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \

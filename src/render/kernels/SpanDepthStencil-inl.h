@@ -91,13 +91,11 @@ inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x
   const bool sameDepth = kExact || row.Delta[2] == 0.0;
   const double depthBound = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
   ZX_DEPTH_RANGE_CONDITION(ZX_RETURN_UNMET)
-  const double step = 1.0 / row.Delta[0];
-  const double before = (row.First - row.Begin[0]) * step;
-  const double begin = kExact ? row.Begin[2] : row.Delta[2] * before + row.Begin[2];
+  const double begin = kExact ? row.Begin[2] : row.Floats->DepthBegin[row.Lane];
   const double margin = sameDepth ? 0.0 : depthBound * kDepthMargin;
   const VD least = hn::Set(d, begin - margin);
   const VD most = hn::Set(d, begin + margin);
-  const VD delta = hn::Set(d, kExact ? row.Delta[2] : row.Delta[2] * step);
+  const VD delta = hn::Set(d, kExact ? row.Delta[2] : row.Floats->DepthDelta[row.Lane]);
   VD column = Columns(d, kExact ? x : x - row.First);
   hn::Mask<DF> sure = AllLanes(df);
   for (int i = 0; i < count; i += kLanes) {

@@ -50,21 +50,24 @@ HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRowOfGroup& row, VD t) {
   return hn::Div(hn::Set(d, 1.0), Interpolated<false>(row, 3, t, t));
 }
 
-// Packed pixels: `packed`, with the bytes that `byteOf` gives for the channels outside `mask`.
-template <class D, class TByteOf>
-HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> packed,
-                                            const TByteOf& byteOf) {
-  // Called so often that the compiler would not inline it by itself.
-  const auto put = [&](int i, auto shift) HWY_ATTR __attribute__((always_inline)) {
-    if (HWY_LIKELY((mask >> i & 1u) == 0)) {
-      packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
+// Calls a function with each channel's number, as a type.
+template <class TFunction> HWY_INLINE HWY_ATTR void ForEachChannel(const TFunction& function) {
+  function(std::integral_constant<int, 0>());
+  function(std::integral_constant<int, 1>());
+  function(std::integral_constant<int, 2>());
+  function(std::integral_constant<int, 3>());
+}
+
+// What a function gives for a value that is one of several, the last if none of the others, which
+// it takes by its type.
+template <auto kFirst, auto... kOthers, class T, class TFunction>
+HWY_INLINE HWY_ATTR auto ByValue(T value, const TFunction& function) {
+  if constexpr (sizeof...(kOthers) != 0) {
+    if (value != kFirst) {
+      return ByValue<kOthers...>(value, function);
     }
-  };
-  put(0, std::integral_constant<int, 0>());
-  put(1, std::integral_constant<int, 8>());
-  put(2, std::integral_constant<int, 16>());
-  put(3, std::integral_constant<int, 24>());
-  return packed;
+  }
+  return function(std::integral_constant<T, kFirst>());
 }
 
 // --- The proof
@@ -195,10 +198,12 @@ inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
     hn::Store(hn::DemoteTo(df, hn::Add(hn::Mul(by, before), from)), df, outFrom);
     hn::Store(hn::DemoteTo(df, hn::Mul(by, step)), df, outBy);
   };
-  const auto setUpPlace = [&](int i, VD from, VD by) HWY_ATTR __attribute__((always_inline)) {
-    hn::Store(hn::Add(hn::Mul(by, before), from), d, floats->PlaceBegin[i]);
-    hn::Store(hn::Mul(by, step), d, floats->PlaceDelta[i]);
+  const auto setUpInDouble = [&](VD from, VD by, double* outFrom, double* outBy) HWY_ATTR
+      __attribute__((always_inline)) {
+    hn::Store(hn::Add(hn::Mul(by, before), from), d, outFrom);
+    hn::Store(hn::Mul(by, step), d, outBy);
   };
+  setUpInDouble(begin(2), delta(2), floats->DepthBegin, floats->DepthDelta);
   const VD scale = hn::Mul(once, hn::Set(d, kUnit));
   const VD byteScale = hn::Mul(scale, hn::Set(d, 255.0));
   // What a channel that is 0 begins with, unless that is added to each pixel.
@@ -246,21 +251,21 @@ inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
     if (primitive.Perspective) {
       shiftBegin = hn::IfThenElse(divides, hn::Mul(filter, begin(3)), filter);
       shiftDelta = hn::Mul(filter, delta(3));
-      setUpPlace(2, begin(3), delta(3));
+      setUpInDouble(begin(3), delta(3), floats->PlaceBegin[2], floats->PlaceDelta[2]);
     }
     for (int i = 0; i < 2; ++i) {
       const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
       const VD by = hn::Mul(once, hn::Set(d, size));
-      setUpPlace(i, hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin),
-                 hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta));
+      setUpInDouble(hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin),
+                    hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta), floats->PlaceBegin[i],
+                    floats->PlaceDelta[i]);
     }
   }
 }
 
 // The condition that rules out float colours in one of these rows.
-inline TCondition UnmetByFloatRow(const TSpanJob& job, const TRowFloats& floats, int lane) {
+inline TCondition UnmetByFloatRow(const TSpanJob& job, double ratio) {
   const TPrimitive& primitive = job.Primitive;
-  const double ratio = floats.Ratio[lane];
   ZX_RETURN_FIRST_UNMET(ZX_FLOAT_ROW_CONDITIONS);
 }
 
@@ -291,25 +296,10 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
 // What a function gives for the reach of a primitive, which it takes by its type.
 template <class TFunction>
 HWY_INLINE HWY_ATTR auto ByReach(TTexelReach reach, const TFunction& function) {
-  switch (reach) {
-  case TTexelReach::Plain:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Plain>());
-  case TTexelReach::Periodic:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Periodic>());
-  default:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Anywhere>());
-  }
+  return ByValue<TTexelReach::Plain, TTexelReach::Periodic, TTexelReach::Anywhere>(reach, function);
 }
 
 // --- Bytes, channel by channel
-
-// Calls a function with each channel's number, as a type.
-template <class TFunction> HWY_INLINE HWY_ATTR void ForEachChannel(const TFunction& function) {
-  function(std::integral_constant<int, 0>());
-  function(std::integral_constant<int, 1>());
-  function(std::integral_constant<int, 2>());
-  function(std::integral_constant<int, 3>());
-}
 
 // Puts the byte of a channel in fixed point where `packed` has none yet. Returns its fraction, in
 // the high bits.

@@ -52,7 +52,7 @@ HWY_INLINE HWY_ATTR VD ValuesOf(const TRowComponents& components, int place) {
   return hn::Set(DD(), components[place]);
 }
 
-// The inputs of float colours, of rows that were set up together: see SpanFloatColors-inl.h. What
+// The inputs of near values, of rows that were set up together: see SpanFloatColors-inl.h. What
 // is linear in t is by columns after a row's first pixel.
 struct TRowFloats {
   HWY_ALIGN float Begin[4][kLanes]; ///< of the colour, in fixed point
@@ -66,6 +66,8 @@ struct TRowFloats {
   HWY_ALIGN std::int32_t LeastSure[kLanes]; ///< of a fraction, in the high bits
   HWY_ALIGN double PlaceBegin[3][kLanes];   ///< in texels, less what the filter shifts by; and 1/w
   HWY_ALIGN double PlaceDelta[3][kLanes];
+  HWY_ALIGN double DepthBegin[kLanes];
+  HWY_ALIGN double DepthDelta[kLanes];
   HWY_ALIGN double Ratio[kLanes]; ///< of the greatest 1/w to the least
 };
 
@@ -77,9 +79,8 @@ struct TRow {
   int Last;  ///< last covered pixel
   int Y;
   int Lane;
-  const TRowFloats* Floats; ///< null: the exact path
-
-  bool HasFloats() const { return Floats != nullptr; }
+  const TRowFloats* Floats; ///< of long rows
+  bool HasFloats;           ///< colours may be worked out from these
 };
 
 HWY_INLINE int PixelsOf(const TRow& row) { return row.Last - row.First + 1; }
@@ -93,7 +94,10 @@ struct TRows {
   HWY_ALIGN int Y[kLanes];
 
   TRow At(int lane) const {
-    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], lane, nullptr};
+    return {{&Begin[0][lane]}, {&Delta[0][lane]},
+            First[lane],       Last[lane],
+            Y[lane],           lane,
+            nullptr,           false};
   }
 };
 

@@ -45,6 +45,17 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
                      exact(0, hn::LowerHalf(du, packed)));
 }
 
+// Writes a pair of groups, of which the pixels of `bits` are shaded.
+HWY_INLINE HWY_ATTR void WriteColors(const TSpanJob& job, std::uint64_t bits, VFU packed,
+                                     std::uint32_t* color) {
+  const DFU du;
+  const auto live = MaskOfBits(du, bits);
+  if (job.Draw.ReadsColor()) {
+    packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color));
+  }
+  StoreMasked(du, packed, live, color);
+}
+
 // Draws the colours of a run, from column x on, by pairs of groups. `kDivides`: 1/w varies;
 // `kClamp`: channels may lie outside 0 to 1.
 template <bool kPerspective, bool kDivides, bool kClamp>
@@ -57,7 +68,6 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   const std::uint32_t constant = job.Primitive.ConstMask;
   const std::uint32_t varying = kAllChannels & ~constant;
   const VFU constColor = hn::Set(du, job.Primitive.ConstColor);
-  const bool reads = job.Draw.ReadsColor();
   const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
     return ExactPair<kPerspective>(job, slots, row, x + i, channels, pixels, packed);
   };
@@ -72,7 +82,6 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
     if (bits == 0) {
       continue;
     }
-    const auto live = MaskOfBits(du, bits);
     VFU packed = constColor;
     if (varying != 0) {
       const MFI sure = UntexturedBytes<kDivides, kClamp>(row, constant | ties, after, &packed);
@@ -80,16 +89,13 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
         tied = exact(i, ties, bits, tied);
       }
       packed = hn::Or(packed, tied);
-      const auto unsure = hn::AndNot(hn::RebindMask(du, sure), live);
-      if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
+      const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
+      if (HWY_UNLIKELY(unsure != 0)) {
         job.Meets(TCondition::ValuesBytes, kLanes);
-        packed = exact(i, varying, BitsOfMask(du, unsure), packed);
+        packed = exact(i, varying, unsure, packed);
       }
     }
-    if (reads) {
-      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
-    }
-    StoreMasked(du, packed, live, color + i);
+    WriteColors(job, bits, packed, color + i);
   }
 }
 
@@ -219,17 +225,14 @@ HWY_INLINE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slo
   TUnsureRun unsure;
   const std::uint64_t unfetched =
       FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, values, ready);
-  const auto pack = [&](auto tint) HWY_ATTR __attribute__((always_inline)) {
-    PackRun<kTexels, kDivides, decltype(tint)::value>(job, row, x, count, shaded, unfetched, ready,
-                                                      packed, &unsure);
-  };
-  if (!job.Primitive.UsesVertexColor) {
-    pack(std::integral_constant<TTint, TTint::None>());
-  } else if (slots.Secondary < 0) {
-    pack(std::integral_constant<TTint, TTint::Color>());
-  } else {
-    pack(std::integral_constant<TTint, TTint::ColorAndSecondary>());
-  }
+  const TTint tint = !job.Primitive.UsesVertexColor ? TTint::None
+                     : slots.Secondary < 0          ? TTint::Color
+                                                    : TTint::ColorAndSecondary;
+  ByValue<TTint::None, TTint::Color, TTint::ColorAndSecondary>(
+      tint, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
+        PackRun<kTexels, kDivides, decltype(constant)::value>(job, row, x, count, shaded, unfetched,
+                                                              ready, packed, &unsure);
+      });
   int exact = 0;
   for (int i = 0; i < count && HWY_UNLIKELY(unsure.Any != 0); i += kLanes) {
     const std::uint32_t channels = unsure.Channels(i);
@@ -259,62 +262,49 @@ inline void CountExactGroups(int groups, int count, bool isNear, int* exactRuns)
   }
 }
 
-// What a function gives for whether 1/w varies in a row, which it takes by its type.
-template <bool kPerspective, class TFunction>
-HWY_INLINE HWY_ATTR auto ByDivision(const TRow& row, const TFunction& function) {
-  if constexpr (kPerspective) {
-    if (!HasOneW(row)) {
-      return function(std::true_type());
-    }
-  }
-  return function(std::false_type());
-}
-
 // The colours of a run.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     int x, int count, const TRunValues& values,
                                     std::uint64_t shaded, std::uint32_t* color) {
-  const DU du;
+  const auto byDivision = [&](const auto& function) HWY_ATTR __attribute__((always_inline)) {
+    return ByValue<false, kPerspective>(kPerspective && !HasOneW(row), function);
+  };
   if constexpr (kTexels == TTexelSource::None) {
     if (values.IsFloat) {
-      ByDivision<kPerspective>(
-          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
-            constexpr bool kDivides = decltype(divides)::value;
-            job.Primitive.Clamp
-                ? DrawUntexturedColors<kPerspective, kDivides, true>(job, slots, row, x, count,
-                                                                     shaded, color)
-                : DrawUntexturedColors<kPerspective, kDivides, false>(job, slots, row, x, count,
-                                                                      shaded, color);
-          });
+      byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+        ByValue<false, true>(
+            job.Primitive.Clamp, [&](auto clamp) HWY_ATTR __attribute__((always_inline)) {
+              DrawUntexturedColors<kPerspective, decltype(divides)::value, decltype(clamp)::value>(
+                  job, slots, row, x, count, shaded, color);
+            });
+      });
       return;
     }
   }
-  const bool staged = HasByteTexels(kTexels) && row.HasFloats();
-  HWY_ALIGN std::uint32_t colors[kRun + kFloatLanes];
+  HWY_ALIGN std::uint32_t packed[kRun + kFloatLanes];
+  bool staged = false;
   if constexpr (HasByteTexels(kTexels)) {
+    staged = row.HasFloats;
     if (staged) {
-      const int exact = ByDivision<kPerspective>(
-          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
-            return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
-                job, slots, row, x, count, shaded, values, colors);
-          });
+      const int exact = byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+        return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
+            job, slots, row, x, count, shaded, values, packed);
+      });
       CountExactGroups(exact, count, values.IsNear, job.ExactRuns);
     }
   }
-  for (int i = 0; i < count; i += kLanes) {
-    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits == 0) {
-      continue;
+  for (int i = 0; i < count && !staged; i += kLanes) {
+    if ((shaded >> i & FirstBits(kLanes)) != 0) {
+      const VD t = hn::Load(DD(), values.T + i);
+      hn::Store(ExactColors<kTexels, kPerspective>(job, slots, row, t), DU(), packed + i);
     }
-    const auto live = MaskOfBits(du, bits);
-    VU packed =
-        staged ? hn::Load(du, colors + i)
-               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(DD(), values.T + i));
-    if (job.Draw.ReadsColor()) {
-      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
+  }
+  for (int i = 0; i < count; i += kFloatLanes) {
+    const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
+    if (bits != 0) {
+      WriteColors(job, bits, hn::Load(DFU(), packed + i), color + i);
     }
-    StoreMasked(du, packed, live, color + i);
   }
 }
 
