@@ -252,10 +252,10 @@ TEST_F(SpanBytes, SecondaryColoursBesideTexels) {
         for (const double beside : {0.0, 2e-9, 2e-8, 6e-8, 2e-7, 6e-7, 2e-6, 2e-5}) {
           for (const double sign : {-1.0, 1.0}) {
             const double sum = (k + 0.5) / 255.0 + sign * beside;
-            const TCorner corners[4] = {{-1, -1, 1, 0, sum, -1, 1, 0, 0},
-                                        {1, -1, far, sum, 0, 3, 1, 3, 0},
-                                        {1, 1, far, sum, 0.1, 3, 1, 3, 3},
-                                        {-1, 1, 1, 0, sum, -1, 1, 0, 3}};
+            const TCorner corners[4] = {{-1, -1, 1, 0, sum, 0.3 * sum, 1, 0, 0},
+                                        {1, -1, far, sum, 0, 0, 1, 3, 0},
+                                        {1, 1, far, sum, 0.1 * sum, sum, 1, 3, 3},
+                                        {-1, 1, 1, 0, sum, 0.7 * sum, 1, 0, 3}};
             Expect("sum " + std::to_string(sum) + " w " + std::to_string(far), [&](TRenderCPU& gl) {
               SetTexture(gl, 4, 4, filter);
               gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE,
