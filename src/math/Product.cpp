@@ -143,97 +143,190 @@ void Product(const double* l, size_t rowStride, size_t stepStride, const double*
 /// Vectors of sums that the registers hold: the longer the part of a row that is read at once, the
 /// better the processor reads ahead.
 constexpr size_t kWideSums = ZX_HAS_MASK_REGISTERS ? 16 : 8;
+/// Rows of at least so many columns are added in blocks of `kBlockedRows`, which prefetching
+/// follows where single strips of all rows jump from page to page.
+constexpr size_t kLongRow = 256;
+/// The same for rows that are multiples of a vector, since their vectors can all be aligned.
+constexpr size_t kAlignableRow = 72;
+constexpr size_t kBlockedRows = 32;
 
-/// res[x] = the sum of row[x] * v[r] over the rows in order, `Vectors` vectors at a time.
+/// Adds a(r, x) * v[r] to res[x] over the rows in order, for `Vectors` vectors of columns side by
+/// side, of which the last begins at column `last`. With `fresh` the sums start at 0.0 instead of
+/// at their old values.
 template <size_t Vectors, class D>
 HWY_INLINE void AddRowsStrip(D d, const double* a, const double* v, double* res, size_t rows,
-                             size_t columns) {
-  const size_t lanes = hn::Lanes(d);
+                             size_t columns, size_t last, bool fresh) {
+  const auto column = [last](size_t i) { return i + 1 == Vectors ? last : i * hn::MaxLanes(D()); };
   hn::Vec<D> sums[Vectors];
   HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
-    sums[i] = hn::Zero(d);
+    sums[i] = fresh ? hn::Zero(d) : hn::LoadU(d, res + column(i));
   }
   for (size_t r = 0; r < rows; ++r) {
     const hn::Vec<D> factor = hn::Set(d, v[r]);
     HWY_UNROLL(16)
     for (size_t i = 0; i < Vectors; ++i) {
-      sums[i] = hn::Add(sums[i], hn::Mul(hn::LoadU(d, a + r * columns + i * lanes), factor));
+      sums[i] = hn::Add(sums[i], hn::Mul(hn::LoadU(d, a + r * columns + column(i)), factor));
     }
   }
   HWY_UNROLL(16)
   for (size_t i = 0; i < Vectors; ++i) {
-    hn::StoreU(sums[i], d, res + i * lanes);
+    hn::StoreU(sums[i], d, res + column(i));
+  }
+}
+
+/// `AddRowsStrip` for the columns from `x` to `end`: strips of `Vectors` vectors, and then of eight
+/// or fewer. Columns that don't fill the last vector share it with columns before them: these are
+/// summed twice, which needs `fresh`.
+template <size_t Vectors, class D>
+HWY_INLINE void AddRowsStrips(D d, const double* a, const double* v, double* res, size_t rows,
+                              size_t columns, size_t x, size_t end, bool fresh) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  for (; x + Vectors * lanes <= end; x += Vectors * lanes) {
+    AddRowsStrip<Vectors>(d, a + x, v, res + x, rows, columns, (Vectors - 1) * lanes, fresh);
+  }
+  if constexpr (Vectors > 8) {
+    AddRowsStrips<8>(d, a, v, res, rows, columns, x, end, fresh);
+  } else {
+    switch ((end - x + lanes - 1) / lanes) {
+#define ZX_LAST_STRIP(count)                                                                       \
+  case count:                                                                                      \
+    AddRowsStrip<count>(d, a + x, v, res + x, rows, columns, end - x - lanes, fresh);              \
+    break
+      ZX_LAST_STRIP(8);
+      ZX_LAST_STRIP(7);
+      ZX_LAST_STRIP(6);
+      ZX_LAST_STRIP(5);
+      ZX_LAST_STRIP(4);
+      ZX_LAST_STRIP(3);
+      ZX_LAST_STRIP(2);
+#undef ZX_LAST_STRIP
+    case 1:
+      AddRowsStrip<1>(d, a + end - lanes, v, res + end - lanes, rows, columns, 0, fresh);
+      break;
+    default:
+      break;
+    }
+  }
+}
+
+/// Long rows, of at least two vectors: in blocks, and in aligned vectors where all rows can be.
+void AddLongRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
+  const DOUBLES d;
+  const size_t lanes = hn::Lanes(d);
+  const size_t beforeAligned = (0 - reinterpret_cast<uintptr_t>(a)) / sizeof(double) % lanes;
+  const size_t begin = columns % lanes == 0 ? beforeAligned : 0;
+  const size_t end = columns - (columns - begin) % lanes;
+  if (end != columns) {
+    // What whole vectors leave at both ends. The columns next to it are started afresh below.
+    AddRowsStrip<2>(d, a, v, res, rows, columns, columns - lanes, true);
+  }
+  for (size_t top = 0; top < rows; top += kBlockedRows) {
+    AddRowsStrips<kWideSums>(d, a + top * columns, v + top, res, std::min(kBlockedRows, rows - top),
+                             columns, begin, end, top == 0);
   }
 }
 
 void AddRows(const double* a, const double* v, double* res, size_t rows, size_t columns) {
-  WithLanesUpTo(columns, [&](auto d) {
-    const size_t lanes = hn::Lanes(d);
-    size_t x = 0;
-    for (; x + kWideSums * lanes <= columns; x += kWideSums * lanes) {
-      AddRowsStrip<kWideSums>(d, a + x, v, res + x, rows, columns);
-    }
-    for (; x + 4 * lanes <= columns; x += 4 * lanes) {
-      AddRowsStrip<4>(d, a + x, v, res + x, rows, columns);
-    }
-    for (; x < columns; x += lanes) {
-      // The last columns may be done once more, with the same sums.
-      x = std::min(x, columns - lanes);
-      AddRowsStrip<1>(d, a + x, v, res + x, rows, columns);
-    }
-  });
+  const bool isAlignable = columns % hn::Lanes(DOUBLES()) == 0;
+  if (columns >= (isAlignable ? kAlignableRow : kLongRow)) {
+    AddLongRows(a, v, res, rows, columns);
+    return;
+  }
+  // With few columns the latency of an addition counts, which is half as long in vectors of four.
+  const size_t widest = columns < 32 ? std::min<size_t>(columns, 4) : columns;
+  WithLanesUpTo(
+      widest, [=](auto d) __attribute__((always_inline)) {
+        AddRowsStrips<8>(d, a, v, res, rows, columns, 0, columns, true);
+      });
 }
 
-/// res[y + i] = the dot products of `Groups` times as many rows from y on as a vector of `d` has
-/// lanes with `v`: each lane is a row's sum. There must be at least as many columns as lanes.
+/// res[y] = the dot product of row y of m and v.
+struct TRowSums {
+  const double* m;
+  const double* v;
+  double* res;
+  size_t rows;
+  size_t columns;
+};
+
+/// The sums of as many rows from `top` on as `Groups` vectors have lanes: each lane is a row's sum.
+/// Rows that don't fill the last vector share it with rows before them, whose sums are made twice.
 template <size_t Groups, class D>
-HWY_INLINE void MultiplyRowGroups(D d, const double* HWY_RESTRICT rows,
-                                  const double* HWY_RESTRICT v, double* HWY_RESTRICT res,
-                                  size_t columns) {
+HWY_INLINE void MultiplyRowGroups(D d, const TRowSums& p, size_t top) {
   constexpr size_t lanes = hn::MaxLanes(D());
+  const size_t last = std::min(top + (Groups - 1) * lanes, p.rows - lanes);
+  const double* blocks[Groups];
   hn::Vec<D> sums[Groups];
+  HWY_UNROLL(4)
   for (size_t g = 0; g < Groups; ++g) {
+    blocks[g] = p.m + (g + 1 == Groups ? last : top + g * lanes) * p.columns;
     sums[g] = hn::Zero(d);
   }
   size_t x = 0;
-  for (; x + lanes <= columns; x += lanes) {
+  for (; x + lanes <= p.columns; x += lanes) {
     HWY_UNROLL(4)
     for (size_t g = 0; g < Groups; ++g) {
       hn::Vec<D> block[lanes];
-      LoadTransposed(d, rows + g * lanes * columns + x, columns, block);
-      HWY_UNROLL(8)
+      LoadTransposed(d, blocks[g], p.columns, block);
+      blocks[g] += lanes;
+      HWY_UNROLL(4)
       for (size_t c = 0; c < lanes; ++c) {
-        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[x + c])));
+        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, p.v[x + c])));
       }
     }
   }
+  // The last columns come in a block that repeats some before them.
+  const size_t first = p.columns - lanes;
+  HWY_UNROLL(4)
   for (size_t g = 0; g < Groups; ++g) {
-    if (x < columns) {
+    if (x < p.columns) {
       hn::Vec<D> block[lanes];
-      LoadTransposed(d, rows + g * lanes * columns + columns - lanes, columns, block);
-      for (size_t c = lanes - (columns - x); c < lanes; ++c) {
-        sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, v[columns - lanes + c])));
+      LoadTransposed(d, blocks[g] + first - x, p.columns, block);
+      HWY_UNROLL(4)
+      for (size_t c = 1; c < lanes; ++c) {
+        if (first + c >= x) {
+          sums[g] = hn::Add(sums[g], hn::Mul(block[c], hn::Set(d, p.v[first + c])));
+        }
       }
     }
-    hn::StoreU(sums[g], d, res + g * lanes);
+    hn::StoreU(sums[g], d, p.res + (g + 1 == Groups ? last : top + g * lanes));
   }
 }
 
-/// There must be at least as many rows and columns as a vector has lanes.
-void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
-  // Sums wait for themselves, so that several vectors of them go side by side.
-  const DOUBLES d;
-  constexpr size_t lanes = hn::MaxLanes(DOUBLES());
-  constexpr size_t groups = lanes == 8 ? 2 : 4;
-  size_t y = 0;
-  for (; y + groups * lanes <= rows; y += groups * lanes) {
-    MultiplyRowGroups<groups>(d, m + y * columns, v, res + y, columns);
+/// There must be at least as many rows and columns as a vector of `d` has lanes.
+template <class D> HWY_INLINE void MultiplyRowsBy(D d, const TRowSums& p) {
+  constexpr size_t lanes = hn::MaxLanes(D());
+  size_t top = 0;
+  // Four vectors of sums side by side hide the latency of their additions.
+  for (; top + 3 * lanes < p.rows; top += 4 * lanes) {
+    MultiplyRowGroups<4>(d, p, top);
   }
-  for (; y < rows; y += lanes) {
-    // The last rows may be done once more, with the same sums.
-    y = std::min(y, rows - lanes);
-    MultiplyRowGroups<1>(d, m + y * columns, v, res + y, columns);
+  if (top + 2 * lanes < p.rows) {
+    MultiplyRowGroups<3>(d, p, top);
+  } else if (top + lanes < p.rows) {
+    MultiplyRowGroups<2>(d, p, top);
+  } else if (top < p.rows) {
+    MultiplyRowGroups<1>(d, p, top);
+  }
+}
+
+/// There must be a row and a column.
+void MultiplyRows(const double* m, const double* v, double* res, size_t rows, size_t columns) {
+  if (columns == 1) {
+    AddRows(m, v, res, 1, rows);
+    return;
+  }
+  const TRowSums p = {m, v, res, rows, columns};
+  const size_t least = std::min(rows, columns);
+  // Vectors of eight would need two thirds of the operations, but have two ports for them where
+  // vectors of four have three.
+  if (least >= 4) {
+    MultiplyRowsBy(hn::CappedTag<double, 4>(), p);
+  } else if (least >= 2) {
+    MultiplyRowsBy(hn::CappedTag<double, 2>(), p);
+  } else {
+    MultiplyRowsBy(hn::CappedTag<double, 1>(), p);
   }
 }
 
@@ -281,29 +374,17 @@ HWY_EXPORT(AddRows);
 HWY_EXPORT(MultiplyRows);
 HWY_EXPORT(Transpose);
 
-/// Below so many rows or columns plain loops win against turning blocks.
-constexpr unsigned long SmallMap = 24;
+/// Up to so many elements a plain loop is done before the vectors have started.
+constexpr unsigned long kPlainElements = 25;
 
 /// res[y] = the dot product of row y and v.
 void MapVector(const double* m, const double* v, double* res, unsigned long rows,
                unsigned long columns) {
-  if (rows >= SmallMap && columns >= SmallMap) {
+  if (rows * columns > kPlainElements) {
     HWY_DYNAMIC_DISPATCH(MultiplyRows)(m, v, res, rows, columns);
     return;
   }
-  // Each sum waits for itself, so that several rows go side by side.
-  constexpr unsigned long side = 8;
-  unsigned long y = 0;
-  for (; y + side <= rows; y += side, m += side * columns) {
-    double sums[side] = {};
-    for (unsigned long x = 0; x < columns; ++x) {
-      for (unsigned long i = 0; i < side; ++i) {
-        sums[i] += m[i * columns + x] * v[x];
-      }
-    }
-    std::copy_n(sums, side, res + y);
-  }
-  for (; y < rows; ++y, m += columns) {
+  for (unsigned long y = 0; y < rows; ++y, m += columns) {
     double sum = 0.0;
     for (unsigned long x = 0; x < columns; ++x) {
       sum += m[x] * v[x];

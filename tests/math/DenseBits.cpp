@@ -164,6 +164,42 @@ TEST(DenseBits, MatrixByVector) {
     for (const unsigned long n : SizesAround({64, 128, 256, 512, 1024})) {
       ASSERT_NO_FATAL_FAILURE(check(n, 29, Fill::Special));
       ASSERT_NO_FATAL_FAILURE(check(27, n, Fill::Special));
+      for (const unsigned long few : {1ul, 2ul, 3ul, 6ul}) {
+        ASSERT_NO_FATAL_FAILURE(check(n, few, Fill::Special));
+        ASSERT_NO_FATAL_FAILURE(check(few, n, Fill::Special));
+      }
+    }
+  });
+}
+
+/// `mul_mtv` of a matrix that begins at any double of a cache line, with rows of any length around
+/// those where strips, blocks of rows and aligned vectors begin.
+TEST(DenseBits, TransposedMatrixByVector) {
+  std::vector<unsigned long> columnCounts = SizesAround({4, 8, 16, 32, 64, 72, 96, 128, 256});
+  columnCounts.insert(columnCounts.end(),
+                      {1, 2, 6, 12, 14, 20, 22, 24, 26, 30, 40, 45, 50, 60, 80, 88, 100, 264, 400});
+  AtEveryInstructionSet([&] {
+    std::mt19937_64 random(14);
+    for (const unsigned long columns : columnCounts) {
+      for (const unsigned long rows : {0ul, 1ul, 2ul, 31ul, 32ul, 33ul, 65ul}) {
+        for (const Fill kind : {Fill::Plain, Fill::Zeros, Fill::Special}) {
+          const Values a = RandomValues(rows * columns, kind, random);
+          Values v = RandomValues(rows, kind, random), expected(columns);
+          reference::MulMtv(a.data(), v.data(), expected.data(), rows, columns);
+          for (unsigned long offset = 0; offset < 8; ++offset) {
+            Values moved(offset + rows * columns + 1), res(columns + 2, 77.0);
+            std::copy(a.begin(), a.end(), moved.data() + offset);
+            TVectorD left, product;
+            left.Create(rows, v.data());
+            product.Create(columns, res.data() + 1);
+            mul_mtv(TMatrixD(columns, rows, moved.data() + offset), left, &product);
+            ASSERT_TRUE(SameBits(res.data() + 1, expected.data(), columns))
+                << rows << " rows of " << columns << " from " << offset;
+            ASSERT_EQ(res.front(), 77.0) << "is not the result's";
+            ASSERT_EQ(res.back(), 77.0) << "is not the result's";
+          }
+        }
+      }
     }
   });
 }
