@@ -156,109 +156,145 @@ inline TMargin MarginOf(const TPrimitive& primitive) {
   return margin;
 }
 
-// Sets up all rows that were set up together.
+// What all near values of rows that were set up together have in common.
+struct TRowScale {
+  const TRows& Rows;
+  VD Step;    ///< t from one column to the next
+  VD Before;  ///< t of the first pixel
+  VD Once;    ///< by which all is multiplied where 1/w does not vary
+  MD Divides; ///< where it does
+  VD Bias;    ///< the half byte and the margin, in fixed point
+  VD Least;   ///< with 2^23, a channel that is 0
+
+  HWY_INLINE HWY_ATTR VD Begin(int place) const { return hn::Load(DD(), Rows.Begin[place]); }
+  HWY_INLINE HWY_ATTR VD Delta(int place) const { return hn::Load(DD(), Rows.Delta[place]); }
+
+  // From what is linear in t to what is linear by columns.
+  HWY_INLINE HWY_ATTR void SetUp(VD begin, VD delta, double* from, double* by) const {
+    hn::Store(hn::Add(hn::Mul(delta, Before), begin), DD(), from);
+    hn::Store(hn::Mul(delta, Step), DD(), by);
+  }
+  HWY_INLINE HWY_ATTR void SetUp(VD begin, VD delta, float* from, float* by) const {
+    hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, Before), begin)), DF(), from);
+    hn::Store(hn::DemoteTo(DF(), hn::Mul(delta, Step)), DF(), by);
+  }
+};
+
+inline constexpr double kFixedUnit = 1 << kFixedBits;
+
+inline HWY_ATTR void SetUpUntexturedColors(const TPrimitive& primitive, const TRowSlots& slots,
+                                           const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  const VD scale = hn::Mul(row.Once, hn::Set(d, 255.0 * kFixedUnit));
+  const VD shift = hn::IfThenZeroElse(row.Divides, row.Least);
+  for (int i = 0; i < 4; ++i) {
+    if ((primitive.ConstMask >> i & 1u) != 0) {
+      continue;
+    }
+    VD begin = row.Begin(slots.Color + i);
+    VD delta = row.Delta(slots.Color + i);
+    if (slots.Secondary >= 0 && i < 3) {
+      begin = hn::Add(begin, row.Begin(slots.Secondary + i));
+      delta = hn::Add(delta, row.Delta(slots.Secondary + i));
+    }
+    begin = hn::Add(hn::Mul(begin, scale), shift);
+    delta = hn::Mul(delta, scale);
+    if (primitive.Perspective) {
+      const VD bias = hn::IfThenElseZero(row.Divides, row.Bias);
+      begin = hn::Add(begin, hn::Mul(bias, row.Begin(3)));
+      delta = hn::Add(delta, hn::Mul(bias, row.Delta(3)));
+    }
+    row.SetUp(begin, delta, floats->Begin[i], floats->Delta[i]);
+  }
+  if (primitive.Perspective) {
+    row.SetUp(row.Begin(3), row.Delta(3), floats->WBegin, floats->WDelta);
+  }
+}
+
+inline HWY_ATTR void SetUpTexturedColors(const TPrimitive& primitive, const TRowSlots& slots,
+                                         const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  const DF df;
+  for (int i = 0; i < 4; ++i) {
+    const double unit = kFixedUnit / kTexelScale[i];
+    if (!primitive.UsesVertexColor) {
+      hn::Store(hn::Set(df, static_cast<float>(unit)), df, floats->Begin[i]);
+    } else if ((primitive.TintMask >> i & 1u) != 0) {
+      hn::Store(hn::Set(df, primitive.Tint[i] / kTexelScale[i]), df, floats->Begin[i]);
+    } else {
+      const VD scale = hn::Mul(row.Once, hn::Set(d, unit));
+      row.SetUp(hn::Mul(row.Begin(slots.Color + i), scale),
+                hn::Mul(row.Delta(slots.Color + i), scale), floats->Begin[i], floats->Delta[i]);
+    }
+  }
+  if (primitive.UsesVertexColor && slots.Secondary >= 0) {
+    const VD scale = hn::Mul(row.Once, hn::Set(d, 255.0 * kFixedUnit));
+    const VD shift = hn::IfThenZeroElse(row.Divides, row.Least);
+    for (int i = 0; i < 3; ++i) {
+      row.SetUp(hn::Add(hn::Mul(row.Begin(slots.Secondary + i), scale), shift),
+                hn::Mul(row.Delta(slots.Secondary + i), scale), floats->SecondaryBegin[i],
+                floats->SecondaryDelta[i]);
+    }
+  }
+}
+
+// Coordinates in texels. The shift of a filter is a shift by as many 1/w.
+inline HWY_ATTR void SetUpPlaces(const TPrimitive& primitive, const TRowSlots& slots,
+                                 const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  VD shift = hn::Set(d, ShiftOf(primitive.Texels));
+  VD shiftDelta = hn::Zero(d);
+  if (primitive.Perspective) {
+    shiftDelta = hn::Mul(shift, row.Delta(3));
+    shift = hn::IfThenElse(row.Divides, hn::Mul(shift, row.Begin(3)), shift);
+    row.SetUp(row.Begin(3), row.Delta(3), floats->PlaceBegin[2], floats->PlaceDelta[2]);
+  }
+  for (int i = 0; i < 2; ++i) {
+    const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
+    const VD scale = hn::Mul(row.Once, hn::Set(d, size));
+    row.SetUp(hn::Sub(hn::Mul(row.Begin(slots.Tex + i), scale), shift),
+              hn::Sub(hn::Mul(row.Delta(slots.Tex + i), scale), shiftDelta), floats->PlaceBegin[i],
+              floats->PlaceDelta[i]);
+  }
+}
+
+// Sets up the near values of all rows that were set up together.
 inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     TRowFloats* floats) {
-  constexpr double kUnit = 1 << kFixedBits;
   const DD d;
   const DF df;
   const TPrimitive& primitive = job.Primitive;
-  const bool textured = primitive.Texels != TTexelSource::None;
-  const VD zero = hn::Zero(d);
   const VD one = hn::Set(d, 1.0);
-  const auto begin = [&](int place) HWY_ATTR { return hn::Load(d, rows.Begin[place]); };
-  const auto delta = [&](int place) HWY_ATTR { return hn::Load(d, rows.Delta[place]); };
-
-  MD divides = NoLanes(d);
+  const VD x = hn::Load(d, rows.Begin[0]);
+  const VD step = hn::Div(one, hn::Load(d, rows.Delta[0]));
+  const VD first = hn::PromoteTo(d, hn::Load(DI(), rows.First));
+  TRowScale row = {rows, step, hn::Mul(hn::Sub(first, x), step), one, NoLanes(d), one, one};
   VD ratio = one;
-  VD once = one; // by which slots are multiplied where no pixel has its own 1/w
   if (primitive.Perspective) {
-    const VD w = begin(3);
-    const VD end = hn::Add(w, delta(3));
-    divides = hn::Not(hn::Eq(delta(3), zero));
-    ratio = hn::IfThenElse(divides, hn::Div(hn::Max(w, end), hn::Min(w, end)), one);
-    once = hn::IfThenElse(divides, one, hn::Div(one, w));
+    const VD w = row.Begin(3);
+    const VD end = hn::Add(w, row.Delta(3));
+    row.Divides = hn::Not(hn::Eq(row.Delta(3), hn::Zero(d)));
+    row.Once = hn::IfThenElse(row.Divides, one, hn::Div(one, w));
+    ratio = hn::IfThenElse(row.Divides, hn::Div(hn::Max(w, end), hn::Min(w, end)), one);
   }
   hn::Store(ratio, d, floats->Ratio);
 
   const TMargin margin = MarginOf(primitive);
-  const VD units = hn::Ceil(hn::Add(hn::Mul(ratio, hn::Set(d, margin.ByRatio * kUnit)),
-                                    hn::Set(d, margin.Least * kUnit)));
-  const VD bias = hn::Add(hn::Set(d, 0.5 * kUnit), units);
-  const VD least = hn::Add(hn::Set(d, kWholeFloats), bias);
-  hn::Store(hn::DemoteTo(df, least), df, floats->Least);
-  hn::Store(hn::DemoteTo(df, hn::Add(least, hn::Set(d, 255.0 * kUnit))), df, floats->Most);
+  const VD units = hn::Ceil(hn::Add(hn::Mul(ratio, hn::Set(d, margin.ByRatio * kFixedUnit)),
+                                    hn::Set(d, margin.Least * kFixedUnit)));
+  row.Bias = hn::Add(hn::Set(d, 0.5 * kFixedUnit), units);
+  row.Least = hn::Add(hn::Set(d, kWholeFloats), row.Bias);
+  hn::Store(hn::DemoteTo(df, row.Least), df, floats->Least);
+  hn::Store(hn::DemoteTo(df, hn::Add(row.Least, hn::Set(d, 255.0 * kFixedUnit))), df, floats->Most);
   hn::Store(hn::ShiftLeft<33 - kFixedBits>(hn::DemoteTo(DI(), units)), DI(), floats->LeastSure);
 
-  const VD step = hn::Div(one, delta(0));
-  const VD before = hn::Mul(hn::Sub(hn::PromoteTo(d, hn::Load(DI(), rows.First)), begin(0)),
-                            step); // t of the first pixel
-  const auto setUp = [&](VD from, VD by, float* outFrom, float* outBy) HWY_ATTR
-      __attribute__((always_inline)) {
-    hn::Store(hn::DemoteTo(df, hn::Add(hn::Mul(by, before), from)), df, outFrom);
-    hn::Store(hn::DemoteTo(df, hn::Mul(by, step)), df, outBy);
-  };
-  const auto setUpInDouble = [&](VD from, VD by, double* outFrom, double* outBy) HWY_ATTR
-      __attribute__((always_inline)) {
-    hn::Store(hn::Add(hn::Mul(by, before), from), d, outFrom);
-    hn::Store(hn::Mul(by, step), d, outBy);
-  };
-  setUpInDouble(begin(2), delta(2), floats->DepthBegin, floats->DepthDelta);
-  const VD scale = hn::Mul(once, hn::Set(d, kUnit));
-  const VD byteScale = hn::Mul(scale, hn::Set(d, 255.0));
-  // What a channel that is 0 begins with, unless that is added to each pixel.
-  const VD shift = hn::IfThenZeroElse(divides, least);
-  for (int i = 0; i < 4; ++i) {
-    const bool adds = slots.Secondary >= 0 && i < 3;
-    const VD ofTexel = hn::Set(d, 1.0 / kTexelScale[i]);
-    if (textured && !primitive.UsesVertexColor) {
-      hn::Store(hn::Set(df, static_cast<float>(kUnit / kTexelScale[i])), df, floats->Begin[i]);
-    } else if ((primitive.TintMask >> i & 1u) != 0) {
-      hn::Store(hn::Set(df, primitive.Tint[i] / kTexelScale[i]), df, floats->Begin[i]);
-    } else if (textured) {
-      const VD by = hn::Mul(scale, ofTexel);
-      setUp(hn::Mul(begin(slots.Color + i), by), hn::Mul(delta(slots.Color + i), by),
-            floats->Begin[i], floats->Delta[i]);
-      if (adds) {
-        setUp(hn::Add(hn::Mul(begin(slots.Secondary + i), byteScale), shift),
-              hn::Mul(delta(slots.Secondary + i), byteScale), floats->SecondaryBegin[i],
-              floats->SecondaryDelta[i]);
-      }
-    } else if ((primitive.ConstMask >> i & 1u) == 0) {
-      VD from = begin(slots.Color + i);
-      VD by = delta(slots.Color + i);
-      if (adds) {
-        from = hn::Add(from, begin(slots.Secondary + i));
-        by = hn::Add(by, delta(slots.Secondary + i));
-      }
-      from = hn::Add(hn::Mul(from, byteScale), shift);
-      by = hn::Mul(by, byteScale);
-      if (primitive.Perspective) {
-        from = hn::Add(from, hn::IfThenElseZero(divides, hn::Mul(bias, begin(3))));
-        by = hn::Add(by, hn::IfThenElseZero(divides, hn::Mul(bias, delta(3))));
-      }
-      setUp(from, by, floats->Begin[i], floats->Delta[i]);
-    }
-  }
-  if (primitive.Perspective) {
-    setUp(begin(3), delta(3), floats->WBegin, floats->WDelta);
-  }
-  if (HasByteTexels(primitive.Texels)) {
-    // The shift of a filter is a shift by as many 1/w.
-    const VD filter = hn::Set(d, ShiftOf(primitive.Texels));
-    VD shiftBegin = filter;
-    VD shiftDelta = zero;
-    if (primitive.Perspective) {
-      shiftBegin = hn::IfThenElse(divides, hn::Mul(filter, begin(3)), filter);
-      shiftDelta = hn::Mul(filter, delta(3));
-      setUpInDouble(begin(3), delta(3), floats->PlaceBegin[2], floats->PlaceDelta[2]);
-    }
-    for (int i = 0; i < 2; ++i) {
-      const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
-      const VD by = hn::Mul(once, hn::Set(d, size));
-      setUpInDouble(hn::Sub(hn::Mul(begin(slots.Tex + i), by), shiftBegin),
-                    hn::Sub(hn::Mul(delta(slots.Tex + i), by), shiftDelta), floats->PlaceBegin[i],
-                    floats->PlaceDelta[i]);
+  row.SetUp(row.Begin(2), row.Delta(2), floats->DepthBegin, floats->DepthDelta);
+  if (primitive.Texels == TTexelSource::None) {
+    SetUpUntexturedColors(primitive, slots, row, floats);
+  } else {
+    SetUpTexturedColors(primitive, slots, row, floats);
+    if (HasByteTexels(primitive.Texels)) {
+      SetUpPlaces(primitive, slots, row, floats);
     }
   }
 }
