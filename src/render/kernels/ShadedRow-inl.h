@@ -117,11 +117,6 @@ HWY_INLINE HWY_ATTR void SetUpSpan(TRenderCPU* gl, const TRenderCPU::EDGE& a, do
   }
 }
 
-// Columns from x on: constants and a sum, where `Iota` of a variable goes through memory.
-template <class DInt> HWY_INLINE HWY_ATTR hn::Vec<DInt> Columns(DInt d, int x) {
-  return hn::Add(hn::Set(d, x), hn::Iota(d, 0));
-}
-
 // --- One by one
 
 // A colour as bytes in a word, red the lowest: each the low byte of the truncation of 255 c + 0.5.
