@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ZxCore3D/render/ProgramCPU.h>
+
 #include "LevelTest.h"
 
 namespace {
@@ -218,6 +220,56 @@ TEST_F(SpanBytes, ConstantColoursOverEveryByte) {
                         texels.data());
           DrawQuad(gl, corners);
         });
+      }
+    }
+  }
+}
+
+// Passes a colour, texture coordinates, and as the secondary colour what is missing to a sum.
+class TSumShader : public zx_test::TPassVertexShader {
+public:
+  TSumShader() : TPassVertexShader(4) {}
+  void Begin() override {
+    TPassVertexShader::Begin();
+    m_Render->m_VarSecondary = 3;
+  }
+  void Execute(TRenderCPU::VAR_DATA* v) override {
+    TPassVertexShader::Execute(v);
+    const auto& color = (*v)[1];
+    (*v)[3] = {Sum - color.x, Sum - color.y, Sum - color.z, 0.0};
+  }
+
+  double Sum = 0.0;
+};
+
+// Over white texels, a colour and a secondary colour that run against each other: their sum stands
+// on the edge of a byte at each pixel, or near to it.
+TEST_F(SpanBytes, SecondaryColoursBesideTexels) {
+  const std::vector<unsigned char> white(4 * 4 * 4, 255);
+  for (const unsigned int filter : {unsigned{GL_NEAREST}, unsigned{GL_LINEAR}}) {
+    for (const double far : {1.0, 1.5, 40.0}) {
+      for (int k = 3; k < 254; k += 25) {
+        for (const double beside : {0.0, 2e-9, 2e-8, 6e-8, 2e-7, 6e-7, 2e-6, 2e-5}) {
+          for (const double sign : {-1.0, 1.0}) {
+            const double sum = (k + 0.5) / 255.0 + sign * beside;
+            const TCorner corners[4] = {{-1, -1, 1, 0, sum, 0.3 * sum, 1, 0, 0},
+                                        {1, -1, far, sum, 0, 0, 1, 3, 0},
+                                        {1, 1, far, sum, 0.1 * sum, sum, 1, 3, 3},
+                                        {-1, 1, 1, 0, sum, 0.7 * sum, 1, 0, 3}};
+            Expect("sum " + std::to_string(sum) + " w " + std::to_string(far), [&](TRenderCPU& gl) {
+              SetTexture(gl, 4, 4, filter);
+              gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 4, 4, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                            white.data());
+              gl.Enable(GL_LIGHTING);
+              const zx_test::THeld<TSumShader> shader;
+              shader->Sum = sum;
+              const zx_test::THeld<Zx3D::TProgramCPU> program;
+              program->SetShaderV(shader.Get());
+              gl.SetProgram(program.Get());
+              DrawQuad(gl, corners);
+            });
+          }
+        }
       }
     }
   }

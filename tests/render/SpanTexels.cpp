@@ -9,6 +9,9 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <ZxCore3D/render/common/KernelCounters.h>
+#include <ZxCore3D/render/kernels/SpanJob.h>
+
 #include "LevelTest.h"
 #include "StateChecks.h"
 
@@ -202,6 +205,47 @@ TEST_F(SpanTexels, PixelsOnTheEdgesOfTexels) {
       }
     }
   }
+}
+
+// Near coordinates give way where many pixels lie on the edges of texels, as where an image is
+// drawn texel by pixel, and come back; but not for a few pixels, even if those are half of a row's
+// rest.
+TEST_F(SpanTexels, ExactCoordinatesWhereManyPixelsAskForThem) {
+  if (GetSpanKernels() == nullptr) {
+    GTEST_SKIP() << "at this level all coordinates are exact";
+  }
+  constexpr int kColumns = 72; // a run and a rest
+  constexpr int kRows = 24;
+  constexpr int kSize = 128;
+  const zx_test::TScene s(kColumns, kRows);
+  Texture(*s, kSize, kSize, GL_NEAREST, GL_REPEAT, GL_REPEAT);
+  // Draws all rows, the pixels of column x at first + step * x texels. Returns how many groups were
+  // unsure of their texel.
+  const auto draw = [&s](double first, double step) {
+    StartKernelCounters();
+    s->Begin(GL_TRIANGLES);
+    for (int y = 0; y < kRows; ++y) { // one triangle a row, with its apex at the right
+      for (int k = 0; k < 3; ++k) {
+        const double column = k == 1 ? kColumns - 0.55 : -0.45;
+        s->TexCoord2d((first + step * column) / kSize, 3.5 / kSize);
+        s->Vertex2d(zx_test::Clip(column, kColumns), zx_test::Clip(y + 0.4 * (k - 1), kRows));
+      }
+    }
+    s->End();
+    StopKernelCounters();
+    return KernelCounters().Unmet(TCondition::TexelsSureFloors);
+  };
+  constexpr double kOneInTheRest = 26 - 70 * 0.37; // 0.37 times a column is whole at 0 alone
+  EXPECT_EQ(std::uint64_t{kRows}, draw(kOneInTheRest, 0.37));
+  EXPECT_EQ(std::uint64_t{kRows}, draw(kOneInTheRest, 0.37));
+  const std::uint64_t inARun = draw(0.0, 1.0);
+  EXPECT_GE(inARun, 64u / 8);
+  EXPECT_LE(inARun, 64u / 2);
+  EXPECT_EQ(0u, draw(kOneInTheRest, 0.37));
+  for (int runs = 0; runs < 2 * kExactRuns; runs += 2 * kRows) {
+    draw(0.5, 0.0);
+  }
+  EXPECT_EQ(std::uint64_t{kRows}, draw(kOneInTheRest, 0.37));
 }
 
 // Beyond its edges a clamped texture keeps the bytes there; half of the odd ones lies between two

@@ -222,7 +222,7 @@ struct TRenderEngine {
   void ComputeDeferredFragment();
 
   TKnownTints KnownTints;
-  int ExactRuns = 0; ///< of textures, that take exact coordinates since many pixels wanted them
+  int ExactRuns = 0; ///< of textures, that take exact coordinates: `CountExactGroups`
   TDeferredFragment DeferredFragment;
   TSpanJob* DrawJob =
       nullptr; ///< set up for all lines or triangles of an array draw, while it lasts

@@ -64,7 +64,7 @@
 
 #define ZX_FLOAT_RUN_CONDITIONS(X) \
   X(FloatRun,        Untextured,      kTexels == TTexelSource::None,                          "texel coordinates are computed in double") \
-  X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats(),           "else t is needed in double")
+  X(FloatRun,        FloatColors,     primitive.HasConstColor() || row.HasFloats,             "else t is needed in double")
 
 #define ZX_FILL_CONDITIONS(X) \
   X(Fill,            OneColor,        primitive.Texels == TTexelSource::None && \
@@ -142,8 +142,9 @@ inline constexpr int kShortPixels = 32;           ///< of a short row: more gain
 inline constexpr int kJoinedPixels = 14;          ///< of a short row with a texture
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
-inline constexpr int kExactRuns = 512;            ///< with a texture that have exact coordinates, after one in which
-inline constexpr int kMostUnsure = 4;             ///< one pixel in so many had to have them
+inline constexpr int kExactRuns = 512;            ///< with a texture that have exact coordinates, after runs in which
+inline constexpr int kMostUnsure = 4;             ///< more than one pixel in so many had to have them,
+inline constexpr int kMostUnsurePixels = 128;     ///< by so many times that number
 
 inline constexpr double kClearMargin = 1.0 / (1 << 20); ///< of a plane's distance: `LiesBeyond`
 inline constexpr double kMinClearSum = 0x1p-900;  ///< magnitudes that neither overflow nor underflow

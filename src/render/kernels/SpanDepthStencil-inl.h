@@ -26,7 +26,7 @@ template <class TRowOfGroup> HWY_INLINE HWY_ATTR VD ColumnParameter(const TRowOf
 }
 
 HWY_INLINE HWY_ATTR VD ColumnParameter(const TRow& row, int x) {
-  return ColumnParameter(row, hn::Iota(DD(), static_cast<double>(x)));
+  return ColumnParameter(row, Columns(DD(), x));
 }
 
 // --- Depth
@@ -59,60 +59,54 @@ HWY_INLINE HWY_ATTR hn::Mask<D> DepthMask(D d, TCompare func, hn::Vec<D> fragmen
 // Computed for a run of pixels before any test: t, unless colours do without, and depth where that
 // is used.
 struct TRunValues {
-  bool IsNear;  ///< t as a product, where nothing needs the quotient
-  bool IsFloat; ///< colours without t
+  bool IsNear;  ///< nothing needs t
+  bool IsFloat; ///< nor a texture
   HWY_ALIGN double T[kRun + kFloatLanes];
   HWY_ALIGN float Depth[kRun + kFloatLanes];
 };
 
-// Values of a run by the operations of the exact path, or without a division a pixel. Returns the
-// test that failed, if a depth may round to another float than the exact path finds; `values`
-// are void then.
+// Values of a run by the operations of the exact path, or depths alone, without a division a pixel.
+// Returns the test that failed, if a depth may round to another float than the exact path finds;
+// `values` are void then.
 //
-//   t = (x - begin x) / delta x, or (x - begin x) * (1 / delta x),   depth = delta z * t + begin z
+//   t = (x - begin x) / delta x,   depth = delta z * t + begin z
 //
-// With u = 2^-53, the product is off the quotient's rounding by 3 u at most, t being below 1. So is
-// depth by 9 u (|delta z| + |begin z|), with the roundings of product and sum on both paths, and of
-// `begin z` with the margin in it. If the depths 16 u (|delta z| + |begin z|) below and above round
-// to one float, that is the exact one's, since rounding is monotone. The limits of the sum keep
-// this margin above all that a float cannot tell from zero. Where delta z is 0, the product is a
-// zero of its sign for every t, none being negative: depth is the exact path's. Lanes past the last
-// pixel have an exact t of 1 at most, so that what they fetch from a texture is there.
-template <bool kExact, bool kDepthAlone>
+// With u = 2^-53, what the exact path loses is 4 u |delta z| + u |begin z| at most, t being
+// below 1. Without t, depth is `delta * n + begin` of the n columns after the row's first pixel:
+// `begin` is off by 6 u |delta z| + 2 u |begin z|, with the margin in it, the product by 3 u |delta
+// z| and the sum by u of both, 14 u and 4 u together. If the depths 16 u (|delta z| + |begin z|)
+// below and above round to one float, that is the exact one's, since rounding is monotone. The
+// limits of the sum keep this margin above all that a float cannot tell from zero. Where delta z is
+// 0, the product is a zero of its sign for every t, none being negative: depth is the exact path's.
+// Lanes past the last pixel have an exact t of 1 at most, so that what they fetch from a texture is
+// there.
+template <bool kExact>
 inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x, int count,
                                      TRunValues* values) {
   const DD d;
   const DF df;
-  const double step = 1.0 / row.Delta[0];
-  const VD from = hn::Set(d, row.Begin[0]);
-  const VD by = hn::Set(d, kExact ? row.Delta[0] : step);
-  VD column = hn::Iota(d, static_cast<double>(x));
-  const auto nextT = [&](int i) HWY_ATTR {
-    const VD inside = hn::Sub(column, from);
-    column = hn::Add(column, hn::Set(d, kLanes));
-    VD t = kExact ? hn::Div(inside, by) : hn::Mul(inside, by);
-    if (!kDepthAlone) {
-      t = hn::Min(t, hn::Set(d, 1.0));
-      hn::Store(t, d, values->T + i);
-    }
-    return t;
-  };
-  if (!job.Draw.UsesDepth()) {
-    for (int i = 0; i < count; i += kLanes) {
-      nextT(i);
-    }
+  if (!kExact && !job.Draw.UsesDepth()) {
     return TCondition::None;
   }
   const bool sameDepth = kExact || row.Delta[2] == 0.0;
   const double depthBound = std::fabs(row.Delta[2]) + std::fabs(row.Begin[2]);
   ZX_DEPTH_RANGE_CONDITION(ZX_RETURN_UNMET)
+  const double begin = kExact ? row.Begin[2] : row.Floats->DepthBegin[row.Lane];
   const double margin = sameDepth ? 0.0 : depthBound * kDepthMargin;
-  const VD least = hn::Set(d, row.Begin[2] - margin);
-  const VD most = hn::Set(d, row.Begin[2] + margin);
-  const VD delta = hn::Set(d, row.Delta[2]);
+  const VD least = hn::Set(d, begin - margin);
+  const VD most = hn::Set(d, begin + margin);
+  const VD delta = hn::Set(d, kExact ? row.Delta[2] : row.Floats->DepthDelta[row.Lane]);
+  VD column = Columns(d, kExact ? x : x - row.First);
   hn::Mask<DF> sure = AllLanes(df);
   for (int i = 0; i < count; i += kLanes) {
-    const VD product = hn::Mul(delta, nextT(i));
+    VD t = column;
+    if (kExact) {
+      t = hn::Div(hn::Sub(column, hn::Set(d, row.Begin[0])), hn::Set(d, row.Delta[0]));
+      t = hn::Min(t, hn::Set(d, 1.0));
+      hn::Store(t, d, values->T + i);
+    }
+    column = hn::Add(column, hn::Set(d, kLanes));
+    const VD product = hn::Mul(delta, t);
     const VF low = hn::DemoteTo(df, hn::Add(product, least));
     if (!kExact) {
       sure = hn::And(sure, hn::Eq(low, hn::DemoteTo(df, hn::Add(product, most))));
@@ -125,13 +119,9 @@ inline HWY_ATTR TCondition SetValues(const TSpanJob& job, const TRow& row, int x
 
 HWY_INLINE HWY_ATTR void SetRunValues(const TSpanJob& job, const TRow& row, int x, int count,
                                       TRunValues* values) {
-  const bool isFloat = values->IsFloat;
-  if (values->IsNear && job.Meets(isFloat ? SetValues<false, true>(job, row, x, count, values)
-                                          : SetValues<false, false>(job, row, x, count, values),
-                                  count)) {
-    return;
+  if (!values->IsNear || !job.Meets(SetValues<false>(job, row, x, count, values), count)) {
+    SetValues<true>(job, row, x, count, values);
   }
-  SetValues<true, false>(job, row, x, count, values);
 }
 
 // Which pixels of `live` pass; those get their depth, where it is written.

@@ -75,14 +75,20 @@ template <bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& row, int color,
                                        int secondary, std::uint32_t constMask, bool clamp, VD t) {
   const VD q = PerspectiveAt<kPerspective>(row, t);
-  const auto byteOf = [&](int i) HWY_ATTR {
-    VD value = Interpolated<kPerspective>(row, color + i, t, q);
-    if (secondary >= 0 && i < 3) {
-      value = hn::Add(value, Interpolated<kPerspective>(row, secondary + i, t, q));
+  VU packed = hn::Set(DU(), job.Primitive.ConstColor);
+  // Called so often that the compiler would not inline it by itself.
+  ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kChannel = decltype(channel)::value;
+    if (HWY_UNLIKELY((constMask >> kChannel & 1u) != 0)) {
+      return;
     }
-    return ChannelByte(value, clamp);
-  };
-  return PackChannels(DU(), constMask, hn::Set(DU(), job.Primitive.ConstColor), byteOf);
+    VD value = Interpolated<kPerspective>(row, color + kChannel, t, q);
+    if (secondary >= 0 && kChannel < 3) {
+      value = hn::Add(value, Interpolated<kPerspective>(row, secondary + kChannel, t, q));
+    }
+    packed = hn::Or(packed, hn::ShiftLeft<8 * kChannel>(ChannelByte(value, clamp)));
+  });
+  return packed;
 }
 
 // The bytes of textured channels, operation by operation in double. With P the primary colour, S

@@ -50,36 +50,40 @@ HWY_INLINE HWY_ATTR VD PerspectiveAt(const TRowOfGroup& row, VD t) {
   return hn::Div(hn::Set(d, 1.0), Interpolated<false>(row, 3, t, t));
 }
 
-// Packed pixels: `packed`, with the bytes that `byteOf` gives for the channels outside `mask`.
-template <class D, class TByteOf>
-HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> packed,
-                                            const TByteOf& byteOf) {
-  // Called so often that the compiler would not inline it by itself.
-  const auto put = [&](int i, auto shift) HWY_ATTR __attribute__((always_inline)) {
-    if (HWY_LIKELY((mask >> i & 1u) == 0)) {
-      packed = hn::Or(packed, hn::ShiftLeft<decltype(shift)::value>(byteOf(i)));
+// Calls a function with each channel's number, as a type.
+template <class TFunction> HWY_INLINE HWY_ATTR void ForEachChannel(const TFunction& function) {
+  function(std::integral_constant<int, 0>());
+  function(std::integral_constant<int, 1>());
+  function(std::integral_constant<int, 2>());
+  function(std::integral_constant<int, 3>());
+}
+
+// What a function gives for a value that is one of several, the last if none of the others, which
+// it takes by its type.
+template <auto kFirst, auto... kOthers, class T, class TFunction>
+HWY_INLINE HWY_ATTR auto ByValue(T value, const TFunction& function) {
+  if constexpr (sizeof...(kOthers) != 0) {
+    if (value != kFirst) {
+      return ByValue<kOthers...>(value, function);
     }
-  };
-  put(0, std::integral_constant<int, 0>());
-  put(1, std::integral_constant<int, 8>());
-  put(2, std::integral_constant<int, 16>());
-  put(3, std::integral_constant<int, 24>());
-  return packed;
+  }
+  return function(std::integral_constant<T, kFirst>());
 }
 
 // --- The proof
 //
 // The exact path works out a channel's value v in doubles and takes the truncation of v * 255 +
-// 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if both F - margin and
-// F + margin round to it: then every value within the margin of F has this byte, the exact one
-// among them; where two bytes meet within the margin the test fails. What remains is to bound
-// |F - 255 v|.
+// 0.5. Here 255 * v is worked out in floats as F, and the byte is taken only if F - margin and F +
+// margin, each with the half added, have the same: then every value within the margin of F has this
+// byte, the exact one among them; where two bytes meet within the margin the test fails. What
+// remains is to bound |F - 255 v|.
 //
-// Without a texture a channel is worked out from n, the columns after the row's first pixel, which
-// a float holds exactly: `delta * n + begin`, both set up in double, in fixed point. The fraction
-// of a byte has kFixedBits bits; the half byte that the exact path adds, the margin and 2^23, from
-// where on floats are whole, are part of `begin`. The low bits of the sum are then the byte and its
-// fraction, and the byte is taken unless the fraction lies below two margins.
+// F is in fixed point. The fraction of a byte has kFixedBits bits; the half byte, the margin and
+// 2^23, from where on floats are whole, are added on the way. The low bits of the sum are then the
+// byte and its fraction, and the byte is taken unless the fraction lies below two margins. Colours
+// are worked out from n, the columns after the row's first pixel, which a float holds exactly:
+// `delta * n + begin`, both set up in double. Without a texture what is added is part of `begin`,
+// with one it is part of a secondary colour's, or a constant.
 //
 // With u = 2^-24, the relative error of one rounding, R the greatest and r the least 1/w of the
 // row's two ends, p = R / r, C the greatest |c| of a channel at the corners and D the greatest
@@ -102,17 +106,20 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 //   than 7 in full. A number below 256 is rounded by 128 u at most, a fraction by u / 2, which is
 //   multiplied by 255 at most: 7 * 128 u.
 // - The coordinates that are mixed by are near those of the exact path. With U = 2^-53 and S the
-//   greatest |coordinate| in texels at the corners: t as a product is off by 3 U, so that a
-//   numerator is by 11 U S R, and by 5 U S R on the exact path, with half a texel of a filter taken
-//   away before or after; 1/w by (4 p + 1) U and (2 p + 1) U of itself; products and quotient by
-//   6 U more. Together that is below 34 U p S. `TexelBound` times p being 2^24 at most, both
+//   greatest |coordinate| in texels at the corners, |delta| is at most 2 S R. A numerator of the
+//   exact path is off by 7 U S R, its 1/w by (4 p - 3) U of itself, and what follows by 4 U S. By
+//   columns, `delta` times n, and what is part of `begin`, are off by 5 U of delta, and `begin`,
+//   the shift and the sums by U S R each: 14 U S R; 1/w by (9 p - 5) U, and what is common to both
+//   by 4 U S. Together that is 34 U p S at most. `TexelBound` times p being 2^24 at most, both
 //   coordinates together are off by 34 * 2^-29 texels (kMaxTexelError is more). The mean of texels
 //   has no jumps, also where a repeat or an edge begins, and changes by 255 a texel at most: it is
 //   off by 255 * 2^-23.9.
-// - With texels the reciprocal is one of doubles: a colour is off by u E (5 p + 2), and texel times
-//   colour by 255 u E (5 p + 2) + 7 * 128 u C + 255 u C; a secondary colour as above.
-// - Adding or taking away the margin rounds a number below 256 once, after the clamp, which brings
-//   no two values further apart: 128 u.
+// - With texels the reciprocal is one of doubles. The numerator, from n, is off by 4 u E p, its
+//   product with a texel by 255 u C p more, that with the reciprocal and the reciprocal itself by
+//   255 * 2 u C; the texel, times the colour, by 7 * 128 u C + 255 u C. Together with a secondary
+//   colour the deltas may reach 2 E, and their sum is rounded: 255 u (8 p + 2) E for 255 u (5 p +
+//   2) E. Its `begin` and the sum with it hold 2^23 as well where 1/w does not vary, and are off by
+//   half of 2^-kFixedBits each.
 // What the doubles lose, about 2^-50 p, is below the 255 u that are added, p being limited; the
 // terms of second order are below a thousandth of the first for p E up to 512.
 //
@@ -122,204 +129,183 @@ HWY_INLINE HWY_ATTR hn::Vec<D> PackChannels(D, std::uint32_t mask, hn::Vec<D> pa
 inline constexpr double kRounding = 1.0 / 16777216.0;
 inline constexpr int kFixedBits = 15; // of a fraction of a byte
 
-// The margin of a row with a ratio of its 1/w.
-inline HWY_ATTR double MarginOf(const TPrimitive& primitive, double ratio) {
-  constexpr double kUnit = 255.0 * kRounding * 1.001;
-  const bool texels = primitive.Texels != TTexelSource::None;
-  double bounds = 0.0;
-  if (primitive.UsesVertexColor) {
-    bounds = texels ? 4.0 + 5.0 * ratio : 2.0 + 9.0 * ratio;
-  }
-  if (primitive.Texels == TTexelSource::Linear) {
-    bounds += 3.6 + 1.1;
-  }
-  return kUnit * ((texels ? 1.5 : 2.1) + primitive.ChannelBound * bounds);
-}
+// A texel's channel is taken as it stands in its word, unless that is where the sign is.
+inline constexpr float kTexelScale[4] = {1.0f, 256.0f, 65536.0f, 1.0f};
 
-// --- What a row has ready
+// --- What rows have ready
 
-HWY_INLINE HWY_ATTR void SetFloats(const TRowComponents& from, int place, double scale, float* to) {
-  for (int i = 0; i < 4; ++i) {
-    to[i] = static_cast<float>(from[place + i] * scale);
-  }
-}
-
-// The colours of a row without a texture, by columns.
-inline HWY_ATTR void SetUpRowColumns(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                     double margin, TRowFloats* floats) {
-  constexpr double kUnit = 1 << kFixedBits;
-  const double units = std::ceil(margin * kUnit);
-  const double bias = 0.5 * kUnit + units;
-  const bool divides = job.Primitive.Perspective && !HasOneW(row);
-  const double once = job.Primitive.Perspective && !divides ? 1.0 / row.Begin[3] : 1.0;
-  const double shift = divides ? 0.0 : kWholeFloats + bias;
-  const double step = 1.0 / row.Delta[0];
-  const double before = (row.First - row.Begin[0]) * step;
-  const auto setUp = [&](double begin, double delta, float* from, float* by) HWY_ATTR {
-    *from = static_cast<float>(delta * before + begin);
-    *by = static_cast<float>(delta * step);
-  };
-  for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.ConstMask >> i & 1u) != 0) {
-      continue;
-    }
-    const auto sumOf = [&](const TRowComponents& from, double ofOne) HWY_ATTR {
-      const bool adds = slots.Secondary >= 0 && i < 3;
-      const double sum = from[slots.Color + i] + (adds ? from[slots.Secondary + i] : 0.0);
-      return sum * (255.0 * kUnit * once) + (divides ? bias * from[3] : ofOne);
-    };
-    setUp(sumOf(row.Begin, shift), sumOf(row.Delta, 0.0), &floats->Begin[i], &floats->Delta[i]);
-  }
-  if (divides) {
-    setUp(row.Begin[3], row.Delta[3], &floats->WBegin, &floats->WDelta);
-  }
-  floats->Least = static_cast<float>(kWholeFloats + bias);
-  floats->Most = static_cast<float>(kWholeFloats + bias + 255.0 * kUnit);
-  floats->LeastSure = static_cast<std::uint32_t>(2.0 * units) << (32 - kFixedBits);
-}
-
-// The colours of a row that are multiplied by texels, by t.
-inline HWY_ATTR void SetUpRowColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const double once = job.Primitive.Perspective && HasOneW(row) ? 1.0 / row.Begin[3] : 1.0;
-  SetFloats(row.Begin, slots.Color, once, floats->Begin);
-  SetFloats(row.Delta, slots.Color, once, floats->Delta);
-  if (slots.Secondary >= 0) {
-    SetFloats(row.Begin, slots.Secondary, once * 255.0, floats->SecondaryBegin);
-    SetFloats(row.Delta, slots.Secondary, once * 255.0, floats->SecondaryDelta);
-    floats->SecondaryBegin[3] = 0.0f;
-    floats->SecondaryDelta[3] = 0.0f;
-  }
-  for (int i = 0; i < 4; ++i) {
-    if ((job.Primitive.TintMask >> i & 1u) != 0) {
-      floats->Begin[i] = job.Primitive.Tint[i];
-      floats->Delta[i] = 0.0f;
-    }
-  }
-}
-
-// A coordinate in texels is TexelBegin + TexelDelta * t, times q where 1/w varies. The shift of a
-// filter is a shift by as many 1/w.
-inline HWY_ATTR void SetUpRowTexels(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    TRowFloats* floats) {
-  const TPrimitive& primitive = job.Primitive;
-  double once = 1.0;
-  double shift = ShiftOf(primitive.Texels);
-  double shiftDelta = 0.0;
-  if (primitive.Perspective && HasOneW(row)) {
-    once = 1.0 / row.Begin[3];
-  } else if (primitive.Perspective) {
-    shiftDelta = shift * row.Delta[3];
-    shift *= row.Begin[3];
-  }
-  const auto setUp = [&](int i, double size) HWY_ATTR {
-    floats->TexelBegin[i] = row.Begin[slots.Tex + i] * once * size - shift;
-    floats->TexelDelta[i] = row.Delta[slots.Tex + i] * once * size - shiftDelta;
-  };
-  setUp(0, primitive.AxisX.Size);
-  setUp(1, primitive.AxisY.Size);
-}
-
-inline HWY_ATTR double RatioOfW(const TRow& row) {
-  const double begin = row.Begin[3];
-  const double end = begin + row.Delta[3];
-  return HasOneW(row) ? 1.0 : std::max(begin, end) / std::min(begin, end);
-}
-
-// Sets up a row for float colours, unless a condition rules them out.
-inline HWY_ATTR TCondition SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots,
-                                          const TRow& row, TRowFloats* floats) {
-  const TPrimitive& primitive = job.Primitive;
-  const double ratio = primitive.Perspective ? RatioOfW(row) : 1.0;
-  ZX_FLOAT_ROW_CONDITIONS(ZX_RETURN_UNMET)
-  const double margin = MarginOf(primitive, ratio);
-  if (primitive.Texels == TTexelSource::None) {
-    SetUpRowColumns(job, slots, row, margin, floats);
-    return TCondition::None;
-  }
-  if (primitive.UsesVertexColor) {
-    SetUpRowColors(job, slots, row, floats);
-  }
-  floats->Margin = static_cast<float>(margin);
-  floats->NearTexels = HasByteTexels(primitive.Texels) && *job.ExactRuns == 0;
-  if (floats->NearTexels) {
-    SetUpRowTexels(job, slots, row, floats);
-  }
-  for (int i = 0; i < 4; ++i) {
-    floats->ChannelMargins[i] = (primitive.TintMask >> i & 1u) != 0 ? 0.0f : floats->Margin;
-  }
-  return TCondition::None;
-}
-
-// --- Channels, pixel by pixel, in two whole vectors
-
-struct TChannels {
-  VFF Low, High;
+// The margin of a row is `Least + ByRatio * ratio`, with the ratio of its 1/w.
+struct TMargin {
+  double Least;
+  double ByRatio;
 };
 
-// Repeats each pixel's value for its four channels.
-HWY_INLINE HWY_ATTR TChannels Spread(VF value) {
-  const DFF d;
-  const VFF whole = hn::ZeroExtendVector(d, value);
-#if ZX_HAS_ONE_BLOCK
-  return {hn::Broadcast<0>(whole), hn::Broadcast<1>(whole)};
-#else
-  constexpr int kHalf = HWY_LANES(double) / 2;
-  HWY_ALIGN static constexpr std::int32_t kLow[16] = {0, 0, 0, 0, 1, 1, 1, 1,
-                                                      2, 2, 2, 2, 3, 3, 3, 3};
-  HWY_ALIGN static constexpr std::int32_t kHigh[16] = {
-      kHalf,     kHalf,     kHalf,     kHalf,     kHalf + 1, kHalf + 1, kHalf + 1, kHalf + 1,
-      kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 2, kHalf + 3, kHalf + 3, kHalf + 3, kHalf + 3};
-  return {hn::TableLookupLanes(whole, hn::SetTableIndices(d, kLow)),
-          hn::TableLookupLanes(whole, hn::SetTableIndices(d, kHigh))};
-#endif
+inline TMargin MarginOf(const TPrimitive& primitive) {
+  constexpr double kUnit = 255.0 * kRounding * 1.001;
+  const bool texels = primitive.Texels != TTexelSource::None;
+  const bool adds = texels && primitive.SecondarySlot >= 0;
+  const double bound = primitive.ChannelBound * kUnit;
+  TMargin margin = {(adds ? 4.2 : 2.1) * kUnit, 0.0};
+  if (primitive.UsesVertexColor) {
+    margin.Least += 2.0 * bound;
+    margin.ByRatio = (!texels ? 9.0 : adds ? 8.0 : 5.0) * bound;
+  }
+  if (primitive.Texels == TTexelSource::Linear) {
+    margin.Least += (3.6 + 1.1) * bound;
+  }
+  return margin;
 }
 
-HWY_INLINE HWY_ATTR TChannels ChannelsOf(VU texels) {
-  const DFF d;
-  const DFI di;
-  const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes = hn::BitCast(hn::Repartition<std::uint8_t, DU>(), texels);
-  return {hn::ConvertTo(d, hn::PromoteTo(di, hn::LowerHalf(half, bytes))),
-          hn::ConvertTo(d, hn::PromoteTo(di, hn::UpperHalf(half, bytes)))};
+// What all near values of rows that were set up together have in common.
+struct TRowScale {
+  const TRows& Rows;
+  VD Step;    ///< t from one column to the next
+  VD Before;  ///< t of the first pixel
+  VD Once;    ///< by which all is multiplied where 1/w does not vary
+  MD Divides; ///< where it does
+  VD Bias;    ///< the half byte and the margin, in fixed point
+  VD Least;   ///< with 2^23, a channel that is 0
+
+  HWY_INLINE HWY_ATTR VD Begin(int place) const { return hn::Load(DD(), Rows.Begin[place]); }
+  HWY_INLINE HWY_ATTR VD Delta(int place) const { return hn::Load(DD(), Rows.Delta[place]); }
+
+  // From what is linear in t to what is linear by columns.
+  HWY_INLINE HWY_ATTR void SetUp(VD begin, VD delta, double* from, double* by) const {
+    hn::Store(hn::Add(hn::Mul(delta, Before), begin), DD(), from);
+    hn::Store(hn::Mul(delta, Step), DD(), by);
+  }
+  HWY_INLINE HWY_ATTR void SetUp(VD begin, VD delta, float* from, float* by) const {
+    hn::Store(hn::DemoteTo(DF(), hn::Add(hn::Mul(delta, Before), begin)), DF(), from);
+    hn::Store(hn::DemoteTo(DF(), hn::Mul(delta, Step)), DF(), by);
+  }
+};
+
+inline constexpr double kFixedUnit = 1 << kFixedBits;
+
+inline HWY_ATTR void SetUpUntexturedColors(const TPrimitive& primitive, const TRowSlots& slots,
+                                           const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  const VD scale = hn::Mul(row.Once, hn::Set(d, 255.0 * kFixedUnit));
+  const VD shift = hn::IfThenZeroElse(row.Divides, row.Least);
+  for (int i = 0; i < 4; ++i) {
+    if ((primitive.ConstMask >> i & 1u) != 0) {
+      continue;
+    }
+    VD begin = row.Begin(slots.Color + i);
+    VD delta = row.Delta(slots.Color + i);
+    if (slots.Secondary >= 0 && i < 3) {
+      begin = hn::Add(begin, row.Begin(slots.Secondary + i));
+      delta = hn::Add(delta, row.Delta(slots.Secondary + i));
+    }
+    begin = hn::Add(hn::Mul(begin, scale), shift);
+    delta = hn::Mul(delta, scale);
+    if (primitive.Perspective) {
+      const VD bias = hn::IfThenElseZero(row.Divides, row.Bias);
+      begin = hn::Add(begin, hn::Mul(bias, row.Begin(3)));
+      delta = hn::Add(delta, hn::Mul(bias, row.Delta(3)));
+    }
+    row.SetUp(begin, delta, floats->Begin[i], floats->Delta[i]);
+  }
+  if (primitive.Perspective) {
+    row.SetUp(row.Begin(3), row.Delta(3), floats->WBegin, floats->WDelta);
+  }
 }
 
-template <bool kPerspective>
-HWY_INLINE HWY_ATTR TChannels SlotAt(const float* begin, const float* delta, const TChannels& t,
-                                     const TChannels& q) {
-  const DFF d;
-  const VFF b = hn::LoadDup128(d, begin);
-  const VFF m = hn::LoadDup128(d, delta);
-  return {Interpolated<kPerspective>(b, m, t.Low, q.Low),
-          Interpolated<kPerspective>(b, m, t.High, q.High)};
+inline HWY_ATTR void SetUpTexturedColors(const TPrimitive& primitive, const TRowSlots& slots,
+                                         const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  const DF df;
+  for (int i = 0; i < 4; ++i) {
+    const double unit = kFixedUnit / kTexelScale[i];
+    if (!primitive.UsesVertexColor) {
+      hn::Store(hn::Set(df, static_cast<float>(unit)), df, floats->Begin[i]);
+    } else if ((primitive.TintMask >> i & 1u) != 0) {
+      hn::Store(hn::Set(df, primitive.Tint[i] / kTexelScale[i]), df, floats->Begin[i]);
+    } else {
+      const VD scale = hn::Mul(row.Once, hn::Set(d, unit));
+      row.SetUp(hn::Mul(row.Begin(slots.Color + i), scale),
+                hn::Mul(row.Delta(slots.Color + i), scale), floats->Begin[i], floats->Delta[i]);
+    }
+  }
+  if (primitive.UsesVertexColor && slots.Secondary >= 0) {
+    const VD scale = hn::Mul(row.Once, hn::Set(d, 255.0 * kFixedUnit));
+    const VD shift = hn::IfThenZeroElse(row.Divides, row.Least);
+    for (int i = 0; i < 3; ++i) {
+      row.SetUp(hn::Add(hn::Mul(row.Begin(slots.Secondary + i), scale), shift),
+                hn::Mul(row.Delta(slots.Secondary + i), scale), floats->SecondaryBegin[i],
+                floats->SecondaryDelta[i]);
+    }
+  }
 }
 
-// The bytes of channels in 0 to 255. The mask that is returned loses what fails the rounding test:
-// bits of a channel and a pixel, of either vector.
-HWY_INLINE HWY_ATTR MFI BytesByRoundingTest(TChannels value, bool clamp, VFF by, VU* packed) {
-  const DFF d;
-  MFI sure = AllLanes(DFI());
-  const VFU low = ByteByRoundingTest(d, value.Low, clamp, by, &sure);
-  const VFU high = ByteByRoundingTest(d, value.High, clamp, by, &sure);
-  const hn::Rebind<std::uint8_t, DFF> half;
-  const auto bytes = hn::Combine(hn::Repartition<std::uint8_t, DU>(), hn::TruncateTo(half, high),
-                                 hn::TruncateTo(half, low));
-  *packed = hn::BitCast(DU(), bytes);
-  return sure;
+// Coordinates in texels. The shift of a filter is a shift by as many 1/w.
+inline HWY_ATTR void SetUpPlaces(const TPrimitive& primitive, const TRowSlots& slots,
+                                 const TRowScale& row, TRowFloats* floats) {
+  const DD d;
+  VD shift = hn::Set(d, ShiftOf(primitive.Texels));
+  VD shiftDelta = hn::Zero(d);
+  if (primitive.Perspective) {
+    shiftDelta = hn::Mul(shift, row.Delta(3));
+    shift = hn::IfThenElse(row.Divides, hn::Mul(shift, row.Begin(3)), shift);
+    row.SetUp(row.Begin(3), row.Delta(3), floats->PlaceBegin[2], floats->PlaceDelta[2]);
+  }
+  for (int i = 0; i < 2; ++i) {
+    const double size = (i == 0 ? primitive.AxisX : primitive.AxisY).Size;
+    const VD scale = hn::Mul(row.Once, hn::Set(d, size));
+    row.SetUp(hn::Sub(hn::Mul(row.Begin(slots.Tex + i), scale), shift),
+              hn::Sub(hn::Mul(row.Delta(slots.Tex + i), scale), shiftDelta), floats->PlaceBegin[i],
+              floats->PlaceDelta[i]);
+  }
 }
 
-// The channels that failed, of the bits of that mask.
-inline std::uint32_t UnsureChannels(std::uint64_t sure) {
-  std::uint64_t unsure = ~sure & FirstBits(kFloatLanes);
-  unsure |= unsure >> 8;
-  return static_cast<std::uint32_t>((unsure | unsure >> 4) & kAllChannels);
+// Sets up the near values of all rows that were set up together.
+inline HWY_ATTR void SetUpRowFloats(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
+                                    TRowFloats* floats) {
+  const DD d;
+  const DF df;
+  const TPrimitive& primitive = job.Primitive;
+  const VD one = hn::Set(d, 1.0);
+  const VD x = hn::Load(d, rows.Begin[0]);
+  const VD step = hn::Div(one, hn::Load(d, rows.Delta[0]));
+  const VD first = hn::PromoteTo(d, hn::Load(DI(), rows.First));
+  TRowScale row = {rows, step, hn::Mul(hn::Sub(first, x), step), one, NoLanes(d), one, one};
+  VD ratio = one;
+  if (primitive.Perspective) {
+    const VD w = row.Begin(3);
+    const VD end = hn::Add(w, row.Delta(3));
+    row.Divides = hn::Not(hn::Eq(row.Delta(3), hn::Zero(d)));
+    row.Once = hn::IfThenElse(row.Divides, one, hn::Div(one, w));
+    ratio = hn::IfThenElse(row.Divides, hn::Div(hn::Max(w, end), hn::Min(w, end)), one);
+  }
+  hn::Store(ratio, d, floats->Ratio);
+
+  const TMargin margin = MarginOf(primitive);
+  const VD units = hn::Ceil(hn::Add(hn::Mul(ratio, hn::Set(d, margin.ByRatio * kFixedUnit)),
+                                    hn::Set(d, margin.Least * kFixedUnit)));
+  row.Bias = hn::Add(hn::Set(d, 0.5 * kFixedUnit), units);
+  row.Least = hn::Add(hn::Set(d, kWholeFloats), row.Bias);
+  hn::Store(hn::DemoteTo(df, row.Least), df, floats->Least);
+  hn::Store(hn::DemoteTo(df, hn::Add(row.Least, hn::Set(d, 255.0 * kFixedUnit))), df, floats->Most);
+  hn::Store(hn::ShiftLeft<33 - kFixedBits>(hn::DemoteTo(DI(), units)), DI(), floats->LeastSure);
+
+  row.SetUp(row.Begin(2), row.Delta(2), floats->DepthBegin, floats->DepthDelta);
+  if (primitive.Texels == TTexelSource::None) {
+    SetUpUntexturedColors(primitive, slots, row, floats);
+  } else {
+    SetUpTexturedColors(primitive, slots, row, floats);
+    if (HasByteTexels(primitive.Texels)) {
+      SetUpPlaces(primitive, slots, row, floats);
+    }
+  }
+}
+
+// The condition that rules out float colours in one of these rows.
+inline TCondition UnmetByFloatRow(const TSpanJob& job, double ratio) {
+  const TPrimitive& primitive = job.Primitive;
+  ZX_RETURN_FIRST_UNMET(ZX_FLOAT_ROW_CONDITIONS);
 }
 
 // --- Texels
-
-HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
-  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
-}
 
 // Computes the exact path's coordinates and fetches texels; false where they are no bytes.
 template <TTexelSource kTexels, bool kPerspective, TTexelReach kReach, class TRowOfGroup>
@@ -332,121 +318,177 @@ HWY_INLINE HWY_ATTR bool FetchTexelsAt(const TSpanJob& job, const TRowSlots& slo
     return false;
   } else {
     const DD d;
+    const TTexture texture(job.Primitive);
     const auto at = [&](int i, const TTexelAxis& axis) HWY_ATTR {
       const VD place =
           hn::Mul(Interpolated<kPerspective>(row, slots.Tex + i, t, q), hn::Set(d, axis.Size));
       return hn::Sub(place, hn::Set(d, ShiftOf(kTexels)));
     };
-    return job.Meets(FetchTexels<kTexels, kReach, false>(job.Primitive, at(0, job.Primitive.AxisX),
-                                                         at(1, job.Primitive.AxisY), ready));
+    return job.Meets(
+        FetchTexels<kTexels, kReach, false>(texture, at(0, texture.X), at(1, texture.Y), ready));
   }
 }
 
 // What a function gives for the reach of a primitive, which it takes by its type.
 template <class TFunction>
 HWY_INLINE HWY_ATTR auto ByReach(TTexelReach reach, const TFunction& function) {
-  switch (reach) {
-  case TTexelReach::Plain:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Plain>());
-  case TTexelReach::Periodic:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Periodic>());
-  default:
-    return function(std::integral_constant<TTexelReach, TTexelReach::Anywhere>());
-  }
+  return ByValue<TTexelReach::Plain, TTexelReach::Periodic, TTexelReach::Anywhere>(reach, function);
 }
 
-// Mixes four texels of each pixel, by the steps of the sampler.
-HWY_INLINE HWY_ATTR TChannels MixTexels(const TFetchedTexels& texels) {
-  const DU du;
-  const TChannels fu = Spread(hn::DemoteTo(DF(), texels.FractionU));
-  const TChannels fv = Spread(hn::DemoteTo(DF(), texels.FractionV));
-  const TChannels c00 = ChannelsOf(hn::LowerHalf(du, texels.Left));
-  const TChannels c10 = ChannelsOf(hn::LowerHalf(du, texels.Right));
-  const TChannels c01 = ChannelsOf(hn::UpperHalf(du, texels.Left));
-  const TChannels c11 = ChannelsOf(hn::UpperHalf(du, texels.Right));
-  return {
-      MixFloats(MixFloats(c00.Low, c10.Low, fu.Low), MixFloats(c01.Low, c11.Low, fu.Low), fv.Low),
-      MixFloats(MixFloats(c00.High, c10.High, fu.High), MixFloats(c01.High, c11.High, fu.High),
-                fv.High)};
+// --- Bytes, channel by channel
+
+// Puts the byte of a channel in fixed point where `packed` has none yet. Returns its fraction, in
+// the high bits.
+template <int kChannel> HWY_INLINE HWY_ATTR VFU PutByte(VFF value, VFU* packed) {
+  constexpr int kShift = 8 * kChannel;
+  const DFU du;
+  const VFU fixed = hn::BitCast(du, value);
+  VFU byte = fixed;
+  if constexpr (kShift < kFixedBits) {
+    byte = hn::ShiftRight<kFixedBits - kShift>(fixed);
+  } else {
+    byte = hn::ShiftLeft<kShift - kFixedBits>(fixed);
+  }
+  *packed = hn::OrAnd(*packed, byte, hn::Set(du, 0xFFu << kShift));
+  return hn::ShiftLeft<32 - kFixedBits>(fixed);
 }
 
-// Packed colours of textured pixels at t, with perspective if `kDivides`. The mask is that
-// of `BytesByRoundingTest`.
-template <TTexelSource kTexels, bool kDivides>
-HWY_INLINE HWY_ATTR MFI TexturedBytes(const TSpanJob& job, const TRowSlots& slots,
-                                      const TRowFloats& floats, VD at, const TFetchedTexels& ready,
-                                      VU* packed) {
-  if (kTexels == TTexelSource::Nearest && !job.Primitive.UsesVertexColor) {
-    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
-    // place, even after multiplication by an interpolated 1 that is off by as much.
-    *packed = hn::LowerHalf(DU(), ready.Left);
-    return AllLanes(DFI());
-  }
+HWY_INLINE HWY_ATTR VFF ClampedFixed(const TRow& row, VFF value) {
   const DFF d;
-  const VFF margins = hn::LoadDup128(d, floats.ChannelMargins);
-  TChannels value = kTexels == TTexelSource::Nearest ? ChannelsOf(hn::LowerHalf(DU(), ready.Left))
-                                                     : MixTexels(ready);
-  if (job.Primitive.UsesVertexColor) {
-    const TChannels t = Spread(hn::DemoteTo(DF(), at));
-    const TChannels q = kDivides ? Spread(hn::DemoteTo(DF(), ready.Q)) : t;
-    TChannels color = SlotAt<kDivides>(floats.Begin, floats.Delta, t, q);
-    if (kDivides && job.Primitive.TintMask != 0) {
-      const VFF begin = hn::LoadDup128(d, floats.Begin);
-      const auto same = hn::Eq(margins, hn::Zero(d));
-      color = {hn::IfThenElse(same, begin, color.Low), hn::IfThenElse(same, begin, color.High)};
-    }
-    value = {hn::Mul(value.Low, color.Low), hn::Mul(value.High, color.High)};
-    if (slots.Secondary >= 0) {
-      const TChannels sum = SlotAt<kDivides>(floats.SecondaryBegin, floats.SecondaryDelta, t, q);
-      value = {hn::Add(value.Low, sum.Low), hn::Add(value.High, sum.High)};
-    }
-  }
-  return BytesByRoundingTest(value, job.Primitive.Clamp, margins, packed);
+  return hn::Min(hn::Max(value, hn::Set(d, row.Floats->Least[row.Lane])),
+                 hn::Set(d, row.Floats->Most[row.Lane]));
 }
 
-// --- Without a texture, channel by channel
+// A value that is linear by columns, at the pixels so many columns after a row's first.
+HWY_INLINE HWY_ATTR VFF ValueAfter(const TRow& row, const float* begin, const float* delta,
+                                   VFF after) {
+  const DFF d;
+  return hn::Add(hn::Mul(hn::Set(d, delta[row.Lane]), after), hn::Set(d, begin[row.Lane]));
+}
 
-// Packed colours of pixels of a row, by how many columns they lie after its first one, with the
-// constant ones of `packed`. The mask loses those whose rounding test fails.
+// Packed colours of pixels of a row without a texture, by how many columns they lie after its first
+// one, with the constant ones of `packed`. The mask loses those whose rounding test fails.
 template <bool kDivides, bool kClamp>
-HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRowFloats& floats, std::uint32_t constMask,
-                                        VFF after, VFU* packed) {
+HWY_INLINE HWY_ATTR MFI UntexturedBytes(const TRow& row, std::uint32_t constMask, VFF after,
+                                        VFU* packed) {
   const DFF d;
   const DFU du;
-  const auto at = [&](float begin, float delta) HWY_ATTR __attribute__((always_inline)) {
-    return Interpolated<false>(hn::Set(d, begin), hn::Set(d, delta), after, after);
-  };
-  const VFF q = kDivides ? hn::Div(hn::Set(d, 1.0f), at(floats.WBegin, floats.WDelta)) : after;
+  const TRowFloats& floats = *row.Floats;
+  const VFF q =
+      kDivides ? hn::Div(hn::Set(d, 1.0f), ValueAfter(row, floats.WBegin, floats.WDelta, after))
+               : after;
   VFU least = hn::Set(du, ~0u);
-  const auto put = [&](auto shift) HWY_ATTR __attribute__((always_inline)) {
-    constexpr int kShift = decltype(shift)::value;
-    constexpr int kChannel = kShift / 8;
+  ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kChannel = decltype(channel)::value;
     if (HWY_UNLIKELY((constMask >> kChannel & 1u) != 0)) {
       return;
     }
-    VFF value = at(floats.Begin[kChannel], floats.Delta[kChannel]);
+    VFF value = ValueAfter(row, floats.Begin[kChannel], floats.Delta[kChannel], after);
     if (kDivides) {
       value = hn::Add(hn::Mul(value, q), hn::Set(d, kWholeFloats));
     }
     if (kClamp) {
-      value = hn::Min(hn::Max(value, hn::Set(d, floats.Least)), hn::Set(d, floats.Most));
+      value = ClampedFixed(row, value);
     }
-    const VFU fixed = hn::BitCast(du, value);
-    least = hn::Min(least, hn::ShiftLeft<32 - kFixedBits>(fixed));
-    VFU byte = fixed;
-    if constexpr (kShift < kFixedBits) {
-      byte = hn::ShiftRight<kFixedBits - kShift>(fixed);
-    } else {
-      byte = hn::ShiftLeft<kShift - kFixedBits>(fixed);
-    }
-    *packed = hn::OrAnd(*packed, byte, hn::Set(du, 0xFFu << kShift));
-  };
-  put(std::integral_constant<int, 0>());
-  put(std::integral_constant<int, 8>());
-  put(std::integral_constant<int, 16>());
-  put(std::integral_constant<int, 24>());
-  const VFU sure = hn::Set(du, floats.LeastSure);
+    least = hn::Min(least, PutByte<kChannel>(value, packed));
+  });
+  const VFU sure = hn::Set(du, floats.LeastSure[row.Lane]);
   return hn::RebindMask(DFI(), hn::Eq(hn::Min(least, sure), sure));
+}
+
+// A channel of texels, times its `kTexelScale`.
+template <int kChannel> HWY_INLINE HWY_ATTR VFF TexelChannel(VFU texels) {
+  VFU byte;
+  if constexpr (kChannel == 3) {
+    byte = hn::ShiftRight<24>(texels);
+  } else {
+    byte = hn::And(texels, hn::Set(DFU(), 0xFFu << 8 * kChannel));
+  }
+  return hn::ConvertTo(DFF(), hn::BitCast(DFI(), byte));
+}
+
+HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
+  return hn::Add(hn::Mul(hn::Sub(b, a), f), a);
+}
+
+// What texels are multiplied by, and added to.
+enum class TTint : std::uint8_t { None, Color, ColorAndSecondary };
+
+// The pixels whose rounding test fails, of two groups: 16 bits a channel.
+using TUnsureBits = std::uint64_t;
+
+// Packed colours of the textured pixels of two groups, by how many columns they lie after the row's
+// first, 1/w varying if `kDivides`.
+template <TTexelSource kTexels, bool kDivides, TTint kTint>
+HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& row, VFF after,
+                                      const TFetchedTexels& first, const TFetchedTexels& second,
+                                      TUnsureBits* unsure) {
+  constexpr bool kLinear = kTexels == TTexelSource::Linear;
+  const DFF d;
+  const DFU du;
+  *unsure = 0;
+  const VFU lowLeft = hn::ConcatLowerLower(du, second.Left, first.Left);
+  if (!kLinear && kTint == TTint::None) {
+    // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
+    // place, even after multiplication by an interpolated 1 that is off by as much.
+    return lowLeft;
+  }
+  const auto join = [&](VD low, VD high) HWY_ATTR __attribute__((always_inline)) {
+    return hn::Combine(d, hn::DemoteTo(DF(), high), hn::DemoteTo(DF(), low));
+  };
+  VFU lowRight, highLeft, highRight;
+  VFF u, v;
+  if constexpr (kLinear) {
+    lowRight = hn::ConcatLowerLower(du, second.Right, first.Right);
+    highLeft = hn::ConcatUpperUpper(du, second.Left, first.Left);
+    highRight = hn::ConcatUpperUpper(du, second.Right, first.Right);
+    u = join(first.FractionU, second.FractionU);
+    v = join(first.FractionV, second.FractionV);
+  }
+  const VFF q = kDivides && kTint != TTint::None ? join(first.Q, second.Q) : after;
+  const TRowFloats& floats = *row.Floats;
+  const int lane = row.Lane;
+  const VFF zero = hn::Set(d, floats.Least[lane]);
+  VFU packed = hn::Zero(du);
+  ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+    constexpr int kChannel = decltype(channel)::value;
+    constexpr bool kAdds = kTint == TTint::ColorAndSecondary && kChannel < 3;
+    VFF value = TexelChannel<kChannel>(lowLeft);
+    if constexpr (kLinear) {
+      value = MixFloats(
+          MixFloats(value, TexelChannel<kChannel>(lowRight), u),
+          MixFloats(TexelChannel<kChannel>(highLeft), TexelChannel<kChannel>(highRight), u), v);
+    }
+    if (!kLinear && HWY_UNLIKELY((primitive.TintMask >> kChannel & 1u) != 0)) {
+      const VFF tinted = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
+      const VFU byte = hn::BitCast(du, hn::Add(tinted, hn::Set(d, kWholeFloats)));
+      packed = hn::Or(packed, hn::ShiftLeft<8 * kChannel>(hn::And(byte, hn::Set(du, 255u))));
+      return;
+    }
+    if (kTint == TTint::None) {
+      value = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
+    } else {
+      value =
+          hn::Mul(value, ValueAfter(row, floats.Begin[kChannel], floats.Delta[kChannel], after));
+    }
+    if (kDivides && kTint != TTint::None) {
+      value = kAdds ? hn::Add(value, ValueAfter(row, floats.SecondaryBegin[kChannel],
+                                                floats.SecondaryDelta[kChannel], after))
+                    : value;
+      value = hn::Add(hn::Mul(value, q), zero);
+    } else {
+      value = hn::Add(value, kAdds ? ValueAfter(row, floats.SecondaryBegin[kChannel],
+                                                floats.SecondaryDelta[kChannel], after)
+                                   : zero);
+    }
+    if (primitive.Clamp) {
+      value = ClampedFixed(row, value);
+    }
+    const VFU fraction = PutByte<kChannel>(value, &packed);
+    *unsure |= BitsOfMask(du, hn::Lt(fraction, hn::Set(du, floats.LeastSure[lane])))
+               << 16 * kChannel;
+  });
+  return packed;
 }
 
 } // namespace HWY_NAMESPACE

@@ -205,7 +205,7 @@ struct TSpanJob {
   TPrimitive Primitive;
   TSpanResult Result;
   TKernelCounters* Counters; ///< null: nobody counts
-  int* ExactRuns; ///< those of the context, with a texture, whose coordinates will be exact
+  int* ExactRuns;            ///< the context's account of exact coordinates: `CountExactGroups`
 
   void StartPrimitive() {
     Result.YSet = Result.DepthSet = Result.ColorSet = false;

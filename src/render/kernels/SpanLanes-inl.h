@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 
 #include <ZxCore3D/types/private/InstructionSets.h>
 
@@ -62,6 +63,11 @@ inline constexpr int kRun = 64;
 using DB = hn::CappedTag<std::uint8_t, kRun>;
 using VB = hn::Vec<DB>;
 
+// Columns from x on: constants and a sum, where `Iota` of a variable goes through memory.
+template <class D> HWY_INLINE HWY_ATTR hn::Vec<D> Columns(D d, int x) {
+  return hn::Add(hn::Set(d, static_cast<hn::TFromD<D>>(x)), hn::Iota(d, 0));
+}
+
 // --- Masks and bits: bit i is lane i
 
 inline constexpr std::uint64_t FirstBits(int count) {
@@ -80,18 +86,17 @@ template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> AllLanes(D d) {
 }
 
 template <class D> HWY_INLINE HWY_ATTR std::uint64_t BitsOfMask(D d, hn::Mask<D> mask) {
-  constexpr std::size_t kBytes = (hn::MaxLanes(D()) + 7) / 8;
-  std::uint8_t bits[8] = {};
-  hn::StoreMaskBits(d, mask, bits);
-  if constexpr (kBytes == 1) { // a wider load would wait for the store
-    return bits[0];
-  }
-  if constexpr (kBytes == 2) {
-    return bits[0] | static_cast<std::uint64_t>(bits[1]) << 8;
-  }
-  std::uint64_t word;
-  std::memcpy(&word, bits, sizeof word);
-  return word;
+  constexpr std::size_t kLanesOfMask = hn::MaxLanes(D());
+  // Of the very size that is stored: a wider load would wait for the store.
+  using TBits = std::conditional_t<
+      kLanesOfMask <= 8, std::uint8_t,
+      std::conditional_t<kLanesOfMask <= 16, std::uint16_t,
+                         std::conditional_t<kLanesOfMask <= 32, std::uint32_t, std::uint64_t>>>;
+  std::uint8_t bytes[8] = {};
+  hn::StoreMaskBits(d, mask, bytes);
+  TBits bits;
+  std::memcpy(&bits, bytes, sizeof bits);
+  return bits;
 }
 
 // Bits past the last lane take no part.
@@ -183,22 +188,6 @@ template <class D, class T> HWY_INLINE HWY_ATTR void Fill(D d, T value, T* to, s
 // stands in its low bits. The like for doubles is 2^52, and half as much again for either sign.
 inline constexpr float kWholeFloats = 8388608.0f;
 inline constexpr double kSignedWholeDoubles = 6755399441055744.0;
-
-// The byte of a channel in 0 to 255, in the low bits of each lane, where value - margin and value +
-// margin round alike; `sure` loses the other lanes. Bits above the byte are not 0. Clamped, a NaN
-// becomes 0.
-template <class D, class TMask>
-HWY_INLINE HWY_ATTR hn::VFromD<hn::RebindToUnsigned<D>>
-ByteByRoundingTest(D d, hn::Vec<D> value, bool clamp, hn::Vec<D> margin, TMask* sure) {
-  if (clamp) {
-    value = hn::Min(hn::Max(value, hn::Zero(d)), hn::Set(d, 255.0f));
-  }
-  const auto whole = hn::Set(d, kWholeFloats);
-  const auto low = hn::Add(hn::Sub(value, margin), whole);
-  const auto high = hn::Add(hn::Add(value, margin), whole);
-  *sure = hn::And(*sure, hn::RebindMask(hn::RebindToSigned<D>(), hn::Eq(low, high)));
-  return hn::BitCast(hn::RebindToUnsigned<D>(), low);
-}
 
 } // namespace HWY_NAMESPACE
 } // namespace Zx3D

@@ -181,7 +181,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   for (int first = walk.First; first <= walk.Last; first += kLanes) {
     const int count = std::min(walk.Last - first + 1, kLanes);
     ahead.Ask(kLanes);
-    const VD i = hn::Iota(d, static_cast<double>(first));
+    const VD i = Columns(d, first);
     color.Find(0, steps.Along(i), steps.Aside(i));
     const VD t = steps.T(i);
     const VU colors = isOpaque ? ExactUntextured<kPerspective>(job, row, slots.Color, -1,
@@ -228,7 +228,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
   const TLineSteps steps(walk);
   const auto parameterAt = [&](int x) HWY_ATTR {
-    const VD columns = hn::Iota(d, static_cast<double>(x - walk.From[0]));
+    const VD columns = Columns(d, x - walk.From[0]);
     return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
   };
   TRowResult result;
@@ -265,7 +265,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
   for (int first = walk.First; first <= walk.Last; first += kRun) {
     const int count = std::min(walk.Last - first + 1, kRun);
     for (int k = 0; k < count; k += kLanes) {
-      const VD i = hn::Iota(d, static_cast<double>(first + k));
+      const VD i = Columns(d, first + k);
       const VD along = steps.Along(i);
       const VD aside = steps.Aside(i);
       color.Find(k, along, aside);

@@ -52,26 +52,23 @@ HWY_INLINE HWY_ATTR VD ValuesOf(const TRowComponents& components, int place) {
   return hn::Set(DD(), components[place]);
 }
 
-// A row's inputs of float colours: see SpanFloatColors-inl.h.
+// The inputs of near values, of rows that were set up together: see SpanFloatColors-inl.h. What
+// is linear in t is by columns after a row's first pixel.
 struct TRowFloats {
-  alignas(16) float Begin[4]; ///< of the colour, by t; without a texture by columns
-  alignas(16) float Delta[4];
-  alignas(16) float SecondaryBegin[4];
-  alignas(16) float SecondaryDelta[4];
-
-  // --- Without a texture
-  float WBegin; ///< where 1/w varies
-  float WDelta;
-  float Least; ///< of a channel, in fixed point
-  float Most;
-  std::uint32_t LeastSure; ///< of a fraction, in the high bits
-
-  // --- With a texture
-  float Margin;
-  alignas(16) float ChannelMargins[4]; ///< 0 for those that `Tint` gives
-  bool NearTexels;                     ///< by coordinates near the exact ones:
-  double TexelBegin[2];                ///< in texels, less what the filter shifts by
-  double TexelDelta[2];
+  HWY_ALIGN float Begin[4][kLanes]; ///< of the colour, in fixed point
+  HWY_ALIGN float Delta[4][kLanes];
+  HWY_ALIGN float SecondaryBegin[4][kLanes]; ///< beside texels
+  HWY_ALIGN float SecondaryDelta[4][kLanes];
+  HWY_ALIGN float WBegin[kLanes];
+  HWY_ALIGN float WDelta[kLanes];
+  HWY_ALIGN float Least[kLanes]; ///< of a channel: what is 0
+  HWY_ALIGN float Most[kLanes];
+  HWY_ALIGN std::int32_t LeastSure[kLanes]; ///< of a fraction, in the high bits
+  HWY_ALIGN double PlaceBegin[3][kLanes];   ///< in texels, less what the filter shifts by; and 1/w
+  HWY_ALIGN double PlaceDelta[3][kLanes];
+  HWY_ALIGN double DepthBegin[kLanes];
+  HWY_ALIGN double DepthDelta[kLanes];
+  HWY_ALIGN double Ratio[kLanes]; ///< of the greatest 1/w to the least
 };
 
 // A row between its two ends: `Begin` at the left, `Delta` to the right one.
@@ -81,9 +78,9 @@ struct TRow {
   int First; ///< first covered pixel
   int Last;  ///< last covered pixel
   int Y;
-  TRowFloats* Floats; ///< null: the exact path
-
-  bool HasFloats() const { return Floats != nullptr; }
+  int Lane;
+  const TRowFloats* Floats; ///< of long rows
+  bool HasFloats;           ///< colours may be worked out from these
 };
 
 HWY_INLINE int PixelsOf(const TRow& row) { return row.Last - row.First + 1; }
@@ -97,7 +94,10 @@ struct TRows {
   HWY_ALIGN int Y[kLanes];
 
   TRow At(int lane) const {
-    return {{&Begin[0][lane]}, {&Delta[0][lane]}, First[lane], Last[lane], Y[lane], nullptr};
+    return {{&Begin[0][lane]}, {&Delta[0][lane]},
+            First[lane],       Last[lane],
+            Y[lane],           lane,
+            nullptr,           false};
   }
 };
 
@@ -206,7 +206,7 @@ HWY_INLINE HWY_ATTR TRowSets SetUpRows(const TSpanJob& job, const TRowSlots& slo
   const DI di;
   const VD zero = hn::Zero(d);
   const VD one = hn::Set(d, 1.0);
-  const VD index = hn::Iota(d, static_cast<double>(start));
+  const VD index = Columns(d, start);
   const MD second = hn::Ge(index, hn::Set(d, plan.Count[0]));
   const VD y = hn::Add(index, hn::IfThenElse(second, hn::Set(d, plan.First[1] - plan.Count[0]),
                                              hn::Set(d, plan.First[0])));

@@ -230,10 +230,10 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                  int x, int count, const TGroupTargets& to, TRowResult* result) {
-  const bool inFloat = HasByteTexels(kTexels) && row.HasFloats();
+  const bool inFloat = HasByteTexels(kTexels) && row.HasFloats;
   TRunValues values;
   values.IsFloat = job.Meets(UnmetByFloatRun<kTexels>(job, row));
-  values.IsNear = values.IsFloat || (inFloat && row.Floats->NearTexels && *job.ExactRuns == 0);
+  values.IsNear = values.IsFloat || (inFloat && *job.ExactRuns <= 0);
   job.Count(values.IsFloat ? TKernel::FloatRuns
             : inFloat      ? TKernel::TextureRuns
                            : TKernel::ExactRuns,

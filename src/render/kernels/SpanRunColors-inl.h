@@ -45,6 +45,17 @@ HWY_NOINLINE HWY_ATTR VFU ExactPair(const TSpanJob& job, const TRowSlots& slots,
                      exact(0, hn::LowerHalf(du, packed)));
 }
 
+// Writes a pair of groups, of which the pixels of `bits` are shaded.
+HWY_INLINE HWY_ATTR void WriteColors(const TSpanJob& job, std::uint64_t bits, VFU packed,
+                                     std::uint32_t* color) {
+  const DFU du;
+  const auto live = MaskOfBits(du, bits);
+  if (job.Draw.ReadsColor()) {
+    packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color));
+  }
+  StoreMasked(du, packed, live, color);
+}
+
 // Draws the colours of a run, from column x on, by pairs of groups. `kDivides`: 1/w varies;
 // `kClamp`: channels may lie outside 0 to 1.
 template <bool kPerspective, bool kDivides, bool kClamp>
@@ -57,7 +68,6 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   const std::uint32_t constant = job.Primitive.ConstMask;
   const std::uint32_t varying = kAllChannels & ~constant;
   const VFU constColor = hn::Set(du, job.Primitive.ConstColor);
-  const bool reads = job.Draw.ReadsColor();
   const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
     return ExactPair<kPerspective>(job, slots, row, x + i, channels, pixels, packed);
   };
@@ -66,50 +76,50 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   if (kPerspective && ties != 0 && sameTies) {
     tied = exact(0, ties, FirstBits(kFloatLanes), tied);
   }
-  for (int i = 0; i < count; i += kFloatLanes) {
+  VFF after = Columns(df, x - row.First);
+  for (int i = 0; i < count; i += kFloatLanes, after = hn::Add(after, hn::Set(df, kFloatLanes))) {
     const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
     if (bits == 0) {
       continue;
     }
-    const auto live = MaskOfBits(du, bits);
     VFU packed = constColor;
     if (varying != 0) {
-      const MFI sure = UntexturedBytes<kDivides, kClamp>(
-          *row.Floats, constant | ties, hn::Iota(df, static_cast<float>(x - row.First + i)),
-          &packed);
+      const MFI sure = UntexturedBytes<kDivides, kClamp>(row, constant | ties, after, &packed);
       if (kPerspective && !sameTies) {
         tied = exact(i, ties, bits, tied);
       }
       packed = hn::Or(packed, tied);
-      const auto unsure = hn::AndNot(hn::RebindMask(du, sure), live);
-      if (HWY_UNLIKELY(!hn::AllFalse(du, unsure))) {
+      const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
+      if (HWY_UNLIKELY(unsure != 0)) {
         job.Meets(TCondition::ValuesBytes, kLanes);
-        packed = exact(i, varying, BitsOfMask(du, unsure), packed);
+        packed = exact(i, varying, unsure, packed);
       }
     }
-    if (reads) {
-      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
-    }
-    StoreMasked(du, packed, live, color + i);
+    WriteColors(job, bits, packed, color + i);
   }
 }
 
 // --- With a texture, in stages: divisions, then texels and bytes. Fused, the dependency chain
 // would exceed the out-of-order window.
 
-// Fetches the texels of a group near t by the float set-up of its row. False where they may be
-// others than the exact path's, or no bytes.
+// Fetches the texels of a group by the float set-up of its row, so many columns after the first
+// pixel. False where they may be others than the exact path's, or no bytes.
 template <TTexelSource kTexels, bool kDivides, TTexelReach kReach>
-HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TRow& row, VD t,
-                                   TFetchedTexels* ready) {
+HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TTexture& texture, const TRow& row,
+                                   VD after, TFetchedTexels* ready) {
   const DD d;
-  const TRowFloats& floats = *row.Floats;
-  ready->Q = PerspectiveAt<kDivides>(row, t);
-  const auto texel = [&](int axis) HWY_ATTR {
-    return Interpolated<kDivides>(hn::Set(d, floats.TexelBegin[axis]),
-                                  hn::Set(d, floats.TexelDelta[axis]), t, ready->Q);
+  const auto at = [&](int i) HWY_ATTR __attribute__((always_inline)) {
+    return hn::Add(hn::Mul(hn::Set(d, row.Floats->PlaceDelta[i][row.Lane]), after),
+                   hn::Set(d, row.Floats->PlaceBegin[i][row.Lane]));
   };
-  return job.Meets(FetchTexels<kTexels, kReach, true>(job.Primitive, texel(0), texel(1), ready));
+  VD u = at(0);
+  VD v = at(1);
+  if (kDivides) {
+    ready->Q = hn::Div(hn::Set(d, 1.0), at(2));
+    u = hn::Mul(u, ready->Q);
+    v = hn::Mul(v, ready->Q);
+  }
+  return job.Meets(FetchTexels<kTexels, kReach, true>(texture, u, v, ready));
 }
 
 // Fetches the exact path's texels of a group in place of others. Returns the exact t.
@@ -121,96 +131,135 @@ HWY_NOINLINE HWY_ATTR VD FetchExactly(const TSpanJob& job, const TRowSlots& slot
   return t;
 }
 
-// Fetches the texels of a run by `fetch`, of each group that has a pixel in `shaded`. Returns the
-// pixels whose texels are no bytes.
-template <class TFetch>
-HWY_INLINE HWY_ATTR std::uint64_t FetchRun(int count, std::uint64_t shaded, const TFetch& fetch) {
-  std::uint64_t unsure = 0;
-  for (int i = 0; i < count; i += kLanes) {
-    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits != 0 && HWY_UNLIKELY(!fetch(i))) {
-      unsure |= bits << i;
+// The texels of a run, those of each group that has a pixel in `shaded`. Returns the pixels whose
+// texels are no bytes.
+template <TTexelSource kTexels, bool kPerspective, bool kDivides>
+HWY_INLINE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& slots,
+                                           const TRow& row, int x, int count, std::uint64_t shaded,
+                                           const TRunValues& values, TFetchedTexels* ready) {
+  const DD d;
+  std::uint64_t unfetched = 0;
+  const auto fetchBy = [&](const auto& fetch) HWY_ATTR __attribute__((always_inline)) {
+    VD after = Columns(d, x - row.First);
+    for (int i = 0; i < count; i += kLanes, after = hn::Add(after, hn::Set(d, kLanes))) {
+      const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
+      if (bits != 0 && HWY_UNLIKELY(!fetch(i, after, &ready[i / kLanes]))) {
+        unfetched |= bits << i;
+      }
     }
-  }
-  return unsure;
+  };
+  ByReach(
+      job.Primitive.Reach, [&](auto reach) HWY_ATTR __attribute__((always_inline)) {
+        constexpr TTexelReach kReach = decltype(reach)::value;
+        if (values.IsNear) {
+          const TTexture texture(job.Primitive);
+          // Past the last pixel other texels may lie than within reach.
+          const VD last = hn::Set(d, row.Last - row.First);
+          fetchBy([&](int, VD after, TFetchedTexels* to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchNear<kTexels, kDivides, kReach>(job, texture, row, hn::Min(after, last),
+                                                        to);
+          });
+        } else {
+          fetchBy([&](int i, VD, TFetchedTexels* to) HWY_ATTR __attribute__((always_inline)) {
+            return FetchTexelsAt<kTexels, kPerspective, kReach>(job, slots, row,
+                                                                hn::Load(d, values.T + i), to);
+          });
+        }
+      });
+  return unfetched;
 }
 
-// The packed colours of a run, in whole vectors: those of each group that has a pixel in `shaded`.
-// Rounding tests that fail are seen to at the end: a branch upon each would be foretold wrong as
-// often, and known to be so after all of a group's steps. Returns how many groups failed.
+// The pixels of a run whose rounding test failed, or whose texels are no bytes, by pairs of groups.
+struct TUnsureRun {
+  TUnsureBits Pair[kRun / kFloatLanes];
+  TUnsureBits Any;
+
+  // The channels of a group, from pixel i on, that such pixels have.
+  HWY_INLINE std::uint32_t Channels(int i) const {
+    const TUnsureBits bits = Pair[i / kFloatLanes] >> i % kFloatLanes;
+    std::uint32_t channels = 0;
+    for (int k = 0; k < 4; ++k) {
+      channels |= (bits >> 16 * k & FirstBits(kLanes)) != 0 ? 1u << k : 0;
+    }
+    return channels;
+  }
+};
+
+// The packed colours of a run from its texels, in whole vectors.
+template <TTexelSource kTexels, bool kDivides, TTint kTint>
+HWY_INLINE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int count,
+                                 std::uint64_t shaded, std::uint64_t unfetched,
+                                 const TFetchedTexels* ready, std::uint32_t* packed,
+                                 TUnsureRun* unsure) {
+  const DFF df;
+  constexpr std::uint64_t kEachChannel = 0x0001000100010001u;
+  unsure->Any = 0;
+  VFF after = Columns(df, x - row.First);
+  for (int i = 0; i < count; i += kFloatLanes, after = hn::Add(after, hn::Set(df, kFloatLanes))) {
+    TUnsureBits& bits = unsure->Pair[i / kFloatLanes];
+    const std::uint64_t wanted = shaded >> i & FirstBits(kFloatLanes);
+    const std::uint64_t there = wanted & ~(unfetched >> i);
+    bits = 0;
+    if (there != 0) {
+      // Where one of the groups has no pixel, nothing was fetched.
+      const TFetchedTexels* const groups = &ready[i / kLanes];
+      const TFetchedTexels& low = groups[(there & FirstBits(kLanes)) != 0 ? 0 : 1];
+      const TFetchedTexels& high = groups[there >> kLanes != 0 ? 1 : 0];
+      const VFU colors =
+          TexturedBytes<kTexels, kDivides, kTint>(job.Primitive, row, after, low, high, &bits);
+      hn::Store(colors, DFU(), packed + i);
+    }
+    bits = (bits & there * kEachChannel) | (wanted & ~there) * kEachChannel;
+    unsure->Any |= bits;
+  }
+}
+
+// The packed colours of a run: those of each group that has a pixel in `shaded`. Rounding tests
+// that fail are seen to at the end: a branch upon each would be foretold wrong as often, and known
+// to be so after all of a group's steps. Returns how many groups failed.
 template <TTexelSource kTexels, bool kPerspective, bool kDivides>
 HWY_INLINE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                        int x, int count, std::uint64_t shaded,
                                        const TRunValues& values, std::uint32_t* packed) {
   TFetchedTexels ready[kRun / kLanes];
-  const std::uint64_t unsure = ByReach(
-      job.Primitive.Reach, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
-        constexpr TTexelReach kReach = decltype(constant)::value;
-        const auto tAt = [&](int i) HWY_ATTR { return hn::Load(DD(), values.T + i); };
-        return values.IsNear
-                   ? FetchRun(
-                         count, shaded,
-                         [&](int i) HWY_ATTR __attribute__((always_inline)) {
-                           return FetchNear<kTexels, kDivides, kReach>(job, row, tAt(i),
-                                                                       &ready[i / kLanes]);
-                         })
-                   : FetchRun(
-                         count, shaded, [&](int i) HWY_ATTR __attribute__((always_inline)) {
-                           return FetchTexelsAt<kTexels, kPerspective, kReach>(
-                               job, slots, row, tAt(i), &ready[i / kLanes]);
-                         });
+  TUnsureRun unsure;
+  const std::uint64_t unfetched =
+      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, values, ready);
+  const TTint tint = !job.Primitive.UsesVertexColor ? TTint::None
+                     : slots.Secondary < 0          ? TTint::Color
+                                                    : TTint::ColorAndSecondary;
+  ByValue<TTint::None, TTint::Color, TTint::ColorAndSecondary>(
+      tint, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
+        PackRun<kTexels, kDivides, decltype(constant)::value>(job, row, x, count, shaded, unfetched,
+                                                              ready, packed, &unsure);
       });
-  std::uint8_t sure[kRun / kLanes][8]; // a mask for each group
-  std::memset(sure, 0xFF, sizeof sure);
-  MFI allSure = AllLanes(DFI());
-  for (int i = 0; i < count; i += kLanes) {
-    if (((shaded & ~unsure) >> i & FirstBits(kLanes)) == 0) {
-      continue;
-    }
-    VU colors;
-    const MFI group = TexturedBytes<kTexels, kDivides>(
-        job, slots, *row.Floats, hn::Load(DD(), values.T + i), ready[i / kLanes], &colors);
-    allSure = hn::And(allSure, group);
-    hn::StoreMaskBits(DFI(), group, sure[i / kLanes]);
-    hn::Store(colors, DU(), packed + i);
-  }
   int exact = 0;
-  if (unsure == 0 && hn::AllTrue(DFI(), allSure)) {
-    return exact;
-  }
-  for (int i = 0; i < count; i += kLanes) {
-    if ((shaded >> i & FirstBits(kLanes)) == 0) {
-      continue;
-    }
-    std::uint64_t bits;
-    std::memcpy(&bits, sure[i / kLanes], sizeof bits);
-    const std::uint32_t channels =
-        (unsure >> i & FirstBits(kLanes)) != 0 ? kAllChannels : UnsureChannels(bits);
+  for (int i = 0; i < count && HWY_UNLIKELY(unsure.Any != 0); i += kLanes) {
+    const std::uint32_t channels = unsure.Channels(i);
     if (channels == 0) {
       continue;
     }
     ++exact;
-    const bool all = channels == kAllChannels;
-    const VD t = values.IsNear ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i,
-                                                                     &ready[i / kLanes])
-                               : hn::Load(DD(), values.T + i);
-    hn::Store(
-        ExactFallback<kTexels, kPerspective>(job, slots, row, t, ready[i / kLanes], channels,
-                                             all ? hn::Zero(DU()) : hn::Load(DU(), packed + i)),
-        DU(), packed + i);
+    TFetchedTexels& texels = ready[i / kLanes];
+    const VD t = values.IsNear
+                     ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i, &texels)
+                     : hn::Load(DD(), values.T + i);
+    const VU others = channels == kAllChannels ? hn::Zero(DU()) : hn::Load(DU(), packed + i);
+    hn::Store(ExactFallback<kTexels, kPerspective>(job, slots, row, t, texels, channels, others),
+              DU(), packed + i);
   }
   return exact;
 }
 
-// What a function gives for whether 1/w varies in a row, which it takes by its type.
-template <bool kPerspective, class TFunction>
-HWY_INLINE HWY_ATTR auto ByDivision(const TRow& row, const TFunction& function) {
-  if constexpr (kPerspective) {
-    if (!HasOneW(row)) {
-      return function(std::true_type());
-    }
+// Keeps account of the groups that wanted exact coordinates: `exactRuns` are the runs that will
+// have them, or below zero the pixels that had them lately beyond one in kMostUnsure.
+inline void CountExactGroups(int groups, int count, bool isNear, int* exactRuns) {
+  if (isNear) {
+    const int beyond = std::max(groups * kLanes * kMostUnsure - count - *exactRuns, 0);
+    *exactRuns = beyond > kMostUnsurePixels ? kExactRuns : -beyond;
+  } else if (*exactRuns > 0) {
+    --*exactRuns;
   }
-  return function(std::false_type());
 }
 
 // The colours of a run.
@@ -218,50 +267,44 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
                                     int x, int count, const TRunValues& values,
                                     std::uint64_t shaded, std::uint32_t* color) {
-  const DU du;
+  const auto byDivision = [&](const auto& function) HWY_ATTR __attribute__((always_inline)) {
+    return ByValue<false, kPerspective>(kPerspective && !HasOneW(row), function);
+  };
   if constexpr (kTexels == TTexelSource::None) {
     if (values.IsFloat) {
-      ByDivision<kPerspective>(
-          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
-            constexpr bool kDivides = decltype(divides)::value;
-            job.Primitive.Clamp
-                ? DrawUntexturedColors<kPerspective, kDivides, true>(job, slots, row, x, count,
-                                                                     shaded, color)
-                : DrawUntexturedColors<kPerspective, kDivides, false>(job, slots, row, x, count,
-                                                                      shaded, color);
-          });
+      byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+        ByValue<false, true>(
+            job.Primitive.Clamp, [&](auto clamp) HWY_ATTR __attribute__((always_inline)) {
+              DrawUntexturedColors<kPerspective, decltype(divides)::value, decltype(clamp)::value>(
+                  job, slots, row, x, count, shaded, color);
+            });
+      });
       return;
     }
   }
-  const bool staged = HasByteTexels(kTexels) && row.HasFloats();
-  HWY_ALIGN std::uint32_t colors[kRun + kLanes];
+  HWY_ALIGN std::uint32_t packed[kRun + kFloatLanes];
+  bool staged = false;
   if constexpr (HasByteTexels(kTexels)) {
+    staged = row.HasFloats;
     if (staged) {
-      const int exact = ByDivision<kPerspective>(
-          row, [&](auto divides) HWY_ATTR __attribute__((always_inline)) {
-            return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
-                job, slots, row, x, count, shaded, values, colors);
-          });
-      if (values.IsNear && exact * kLanes * kMostUnsure > count) {
-        *job.ExactRuns = kExactRuns;
-      } else if (*job.ExactRuns > 0) {
-        --*job.ExactRuns;
-      }
+      const int exact = byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
+        return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
+            job, slots, row, x, count, shaded, values, packed);
+      });
+      CountExactGroups(exact, count, values.IsNear, job.ExactRuns);
     }
   }
-  for (int i = 0; i < count; i += kLanes) {
-    const std::uint64_t bits = shaded >> i & FirstBits(kLanes);
-    if (bits == 0) {
-      continue;
+  for (int i = 0; i < count && !staged; i += kLanes) {
+    if ((shaded >> i & FirstBits(kLanes)) != 0) {
+      const VD t = hn::Load(DD(), values.T + i);
+      hn::Store(ExactColors<kTexels, kPerspective>(job, slots, row, t), DU(), packed + i);
     }
-    const auto live = MaskOfBits(du, bits);
-    VU packed =
-        staged ? hn::Load(du, colors + i)
-               : ExactColors<kTexels, kPerspective>(job, slots, row, hn::Load(DD(), values.T + i));
-    if (job.Draw.ReadsColor()) {
-      packed = OutputColors(du, job.Draw, packed, LoadMasked(du, live, color + i));
+  }
+  for (int i = 0; i < count; i += kFloatLanes) {
+    const std::uint64_t bits = shaded >> i & FirstBits(kFloatLanes);
+    if (bits != 0) {
+      WriteColors(job, bits, hn::Load(DFU(), packed + i), color + i);
     }
-    StoreMasked(du, packed, live, color + i);
   }
 }
 

@@ -171,7 +171,7 @@ TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {
 }
 
 // Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
-// what rounding adds: each of some twenty operations 2^-53 of the greatest at a vertex, times the
+// what rounding adds: each of some thirty operations 2^-53 of the greatest at a vertex, times the
 // ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more, of what the
 // coordinates were before the filter shifted them. Adds the vertices' magnitudes, in texels, to the
 // bound: a NaN, which makes that one, leads anywhere.

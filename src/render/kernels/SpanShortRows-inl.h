@@ -185,7 +185,7 @@ HWY_INLINE HWY_ATTR std::uint64_t JoinRows(const TSpanJob& job, const TRows& row
       break;
     }
     for (int i = 0; i < count; i += kLanes) {
-      hn::StoreU(hn::Iota(d, static_cast<double>(first + i)), d, run->T + end + i);
+      hn::StoreU(Columns(d, first + i), d, run->T + end + i);
       hn::StoreU(hn::Set(du, static_cast<std::uint64_t>(lane)), du, run->Lane + end + i);
     }
     const TGroupTargets from = TargetsAt(job, first, rows.Y[lane]);

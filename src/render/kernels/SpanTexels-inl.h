@@ -148,23 +148,33 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceTexels(const TTexelAxis& axis, VD coordina
 
 // --- Fetching
 
-HWY_INLINE HWY_ATTR VU64 RowOffset(const DATASURFACE& surface, VU64 y) {
+// What texels are fetched from. A copy that no store can change stays in registers.
+struct TTexture {
+  TTexelAxis X, Y;
+  const void* Data;
+  std::uint32_t RowStride;
+
+  explicit TTexture(const TPrimitive& primitive)
+      : X(primitive.AxisX), Y(primitive.AxisY), Data(primitive.Sampler->m_Surface->Data),
+        RowStride(static_cast<std::uint32_t>(primitive.Sampler->m_Surface->RowStride)) {}
+};
+
+HWY_INLINE HWY_ATTR VU64 RowOffset(const TTexture& texture, VU64 y) {
   const DU2 du;
-  return hn::MulEven(hn::BitCast(du, y),
-                     hn::Set(du, static_cast<std::uint32_t>(surface.RowStride)));
+  return hn::MulEven(hn::BitCast(du, y), hn::Set(du, texture.RowStride));
 }
 
-HWY_INLINE HWY_ATTR VU GatherTexels(const DATASURFACE& surface, VU64 x, VU64 row) {
+HWY_INLINE HWY_ATTR VU GatherTexels(const void* data, VU64 x, VU64 row) {
   const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), row);
-  return hn::GatherOffset(DU(), reinterpret_cast<const std::uint32_t*>(surface.Data),
+  return hn::GatherOffset(DU(), static_cast<const std::uint32_t*>(data),
                           hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
 }
 
 // The four texels one by one, where a row's two are not neighbours.
-HWY_NOINLINE HWY_ATTR void FetchApart(const DATASURFACE& surface, VU64 x0, VU64 x1, VU64 lowRow,
-                                      VU64 highRow, TFetchedTexels* out) {
+HWY_NOINLINE HWY_ATTR void FetchApart(const void* data, VU64 x0, VU64 x1, VU64 lowRow, VU64 highRow,
+                                      TFetchedTexels* out) {
   const auto fetch = [&](VU64 x) HWY_ATTR {
-    return hn::Combine(DU2(), GatherTexels(surface, x, highRow), GatherTexels(surface, x, lowRow));
+    return hn::Combine(DU2(), GatherTexels(data, x, highRow), GatherTexels(data, x, lowRow));
   };
   out->Left = fetch(x0);
   out->Right = fetch(x1);
@@ -186,15 +196,15 @@ HWY_INLINE HWY_ATTR bool HaveSureFloors(VD u, VD v) {
 
 // Fetches by coordinates in texels, all of which lie as `kReach` says.
 template <TTexelSource kTexels, TTexelReach kReach, bool kNear>
-HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD u, VD v,
+HWY_INLINE HWY_ATTR TCondition FetchTexels(const TTexture& texture, VD u, VD v,
                                            TFetchedTexels* out) {
   constexpr bool kLinear = kTexels == TTexelSource::Linear;
   constexpr bool kAnywhere = kReach == TTexelReach::Anywhere;
   const DD d;
   const DU2 du;
   const DU64 du64;
-  const bool mayBorder = kAnywhere && (primitive.AxisX.Wrap == TTexelWrap::Border ||
-                                       primitive.AxisY.Wrap == TTexelWrap::Border);
+  const bool mayBorder =
+      kAnywhere && (texture.X.Wrap == TTexelWrap::Border || texture.Y.Wrap == TTexelWrap::Border);
   // A mean of texels has no jumps that a floor could decide on, not even where a repeat begins; but
   // beside a border of any colour the least part of it may count.
   const bool sureFloors = !kNear || (kLinear && !mayBorder) || HaveSureFloors(u, v);
@@ -206,19 +216,18 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD u, VD
         out->OutsideX[i] = out->OutsideY[i] = NoLanes(d);
       }
     }
-    const auto x = PlaceTexels<kReach, kLinear>(primitive.AxisX, u, out->OutsideX);
-    const auto y = PlaceTexels<kReach, kLinear>(primitive.AxisY, v, out->OutsideY);
-    const DATASURFACE& surface = *primitive.Sampler->m_Surface;
-    const VU64 lowRow = RowOffset(surface, y.Index);
+    const auto x = PlaceTexels<kReach, kLinear>(texture.X, u, out->OutsideX);
+    const auto y = PlaceTexels<kReach, kLinear>(texture.Y, v, out->OutsideY);
+    const VU64 lowRow = RowOffset(texture, y.Index);
     if constexpr (kLinear) {
       out->FractionU = x.Rest;
       out->FractionV = y.Rest;
-      const VU64 highRow = RowOffset(surface, y.Next);
+      const VU64 highRow = RowOffset(texture, y.Next);
       const auto next = hn::Add(x.Index, hn::Set(du64, std::uint64_t{1}));
       const bool arePairs = hn::AllTrue(du64, hn::Eq(x.Next, next));
       // The two of a row in one load. A repeat may load one past the end, which others may not.
       if (!kAnywhere || HWY_LIKELY(arePairs)) {
-        const auto* const data = reinterpret_cast<const std::uint64_t*>(surface.Data);
+        const auto* const data = static_cast<const std::uint64_t*>(texture.Data);
         const VU64 across = hn::ShiftLeft<2>(x.Index);
         const auto fetch = [&](VU64 row) HWY_ATTR {
           const VU64 offset = hn::Add(across, row);
@@ -231,10 +240,10 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TPrimitive& primitive, VD u, VD
         out->Right = hn::ConcatOdd(du, high, low);
       }
       if (HWY_UNLIKELY(!arePairs)) {
-        FetchApart(surface, x.Index, x.Next, lowRow, highRow, out);
+        FetchApart(texture.Data, x.Index, x.Next, lowRow, highRow, out);
       }
     } else {
-      out->Left = hn::ZeroExtendVector(du, GatherTexels(surface, x.Index, lowRow));
+      out->Left = hn::ZeroExtendVector(du, GatherTexels(texture.Data, x.Index, lowRow));
     }
     if (mayBorder) {
       MD outside = hn::Or(out->OutsideX[0], out->OutsideY[0]);

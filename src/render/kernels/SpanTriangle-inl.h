@@ -21,13 +21,16 @@ template <TTexelSource kTexels, bool kPerspective, bool kStencil>
 HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots, const TRows& rows,
                                     std::uint64_t covered, int start, TLastPixels* last) {
   TRowFloats floats;
+  const bool uses = !job.Primitive.HasConstColor() || job.Draw.UsesDepth();
+  if (uses) {
+    SetUpRowFloats(job, slots, rows, &floats);
+  }
   for (; covered != 0; covered &= covered - 1) {
     const int lane = FirstBit(covered);
     TRow row = rows.At(lane);
     job.StartRow();
-    if (job.Meets(SetUpRowFloats(job, slots, row, &floats))) {
-      row.Floats = &floats;
-    }
+    row.Floats = &floats;
+    row.HasFloats = uses && job.Meets(UnmetByFloatRow(job, floats.Ratio[lane]));
     last->Record(start + lane, DrawRow<kTexels, kPerspective, kStencil>(job, slots, row));
   }
 }
