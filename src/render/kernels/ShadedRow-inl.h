@@ -188,8 +188,7 @@ inline HWY_ATTR int SelectFragments(const TShadedSpan& row, int x, int count, TS
   const bool late = gl.m_CalcDepth;
   float& recorded = row.Record->Depth;
   for (int i = 0; i < count; i += kLanes) {
-    // A constant and a sum, where `Iota` of a variable goes through memory.
-    const VI columns = hn::Add(hn::Set(DI(), x + i), hn::Iota(DI(), 0));
+    const VI columns = Columns(DI(), x + i);
     const VD t =
         hn::Div(hn::Sub(hn::PromoteTo(d, columns), hn::Set(d, begin.x)), hn::Set(d, delta.x));
     VF depth = hn::DemoteTo(df, hn::Add(hn::Mul(hn::Set(d, delta.z), t), hn::Set(d, begin.z)));
