@@ -313,13 +313,12 @@ TEST_F(BatchEdges, TrianglesGoToTheWindowInVectors) {
         continue;
       }
       SCOPED_TRACE(level);
-      Zx3D::TVertexBatch window = clip;
-      Zx3D::TVertexBatch divided;
-      divided.Pitch = kShapes;
+      Zx3D::TVertexBatch window;
+      window.Pitch = kShapes;
       const Zx3D::TSpanKernels& kernels = *Zx3D::GetSpanKernels();
-      kernels.DivideVertices(clip, 3 * kShapes, &divided);
-      const std::uint64_t front = kernels.FindFront(divided, {3, {0, 1, 2}}, kShapes, frontCCW);
-      kernels.ProjectVertices(divided, kWidth, kHeight, 3 * kShapes, &window);
+      kernels.DivideVertices(clip, 3 * kShapes, &window);
+      const std::uint64_t front = kernels.FindFront(window, {3, {0, 1, 2}}, kShapes, frontCCW);
+      kernels.ProjectVertices(clip, 3 * kShapes, kWidth, kHeight, &window);
       const auto expectSame = [](double expected, double got) {
         EXPECT_TRUE(std::isnan(expected) ? std::isnan(got)
                                          : std::memcmp(&expected, &got, sizeof got) == 0)

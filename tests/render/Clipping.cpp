@@ -1,9 +1,11 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <random>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -370,6 +372,113 @@ TEST_F(Clipping, WildRecordsStayInsideTheTargets) {
     for (int i = 0; i < s->RowStride + s->PixelStride; ++i) {
       ASSERT_EQ(0, s->Data[s->DataSize + static_cast<std::uint64_t>(i)]);
     }
+  }
+}
+
+// --- The recursion, plane by plane
+
+bool IsOutside(const TVec4& at, int plane) {
+  const double u = at[static_cast<std::size_t>(plane / 2)];
+  return !(plane % 2 == 0 ? u >= -at.w : u <= at.w);
+}
+
+// `o` mixed towards `i`, of which the plane cuts off the first.
+TRenderCPU::VAR_DATA Cut(const TRenderCPU::VAR_DATA& o, const TRenderCPU::VAR_DATA& i, int plane) {
+  const auto axis = static_cast<std::size_t>(plane / 2);
+  const double u = o[0][axis];
+  const double w = o[0].w;
+  const double t = plane % 2 == 0 ? (u + w) / (((u - i[0][axis]) + w) - i[0].w)
+                                  : (u - w) / (((u - i[0][axis]) - w) + i[0].w);
+  TRenderCPU::VAR_DATA mixed = o;
+  for (std::size_t s = 0; s < 2; ++s) {
+    for (std::size_t c = 0; c < 4; ++c) {
+      mixed[s][c] = (i[s][c] - o[s][c]) * t + o[s][c];
+    }
+  }
+  return mixed;
+}
+
+// Draws the pieces of a triangle, one plane a level; returns how many there are.
+int DrawPieces(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, int plane) {
+  if (plane == 6) {
+    gl->RasterizeTriangle(v);
+    return 1;
+  }
+  std::vector<int> outside;
+  std::vector<int> inside;
+  for (int i = 0; i < 3; ++i) {
+    (IsOutside(v[i][0], plane) ? outside : inside).push_back(i);
+  }
+  if (inside.empty()) {
+    return 0;
+  }
+  if (outside.size() == 2) {
+    for (const int o : outside) {
+      v[o] = Cut(v[o], v[inside[0]], plane);
+    }
+  } else if (outside.size() == 1) {
+    const int o = outside[0];
+    const int a = (o + 1) % 3;
+    const int b = (o + 2) % 3;
+    TRenderCPU::VAR_DATA second[3];
+    second[o] = Cut(v[o], v[b], plane);
+    v[o] = Cut(v[o], v[a], plane);
+    second[a] = v[o];
+    second[b] = v[b];
+    const int count = DrawPieces(gl, v, plane + 1);
+    return count + DrawPieces(gl, second, plane + 1);
+  }
+  return DrawPieces(gl, v, plane + 1);
+}
+
+bool IsSameNumber(double a, double b) {
+  return std::memcmp(&a, &b, sizeof a) == 0 || (std::isnan(a) && std::isnan(b));
+}
+
+// Corners all round, on the planes, and next to what is none: all fragments in order, and what the
+// clipper leaves in the records.
+TEST_F(Clipping, PiecesAreThoseOfTheRecursion) {
+  const double odd[] = {kNan, kInf, -kInf, 0.0, -0.0, 1e-310};
+  std::mt19937 random(23);
+  const auto real = [&random](double reach) { return reach * (random() / 2147483648.0 - 1.0); };
+  int pieces[5] = {};
+  for (int i = 0; i < 12000; ++i) {
+    const bool onGrid = i % 3 == 0; // where many corners lie on planes
+    TRenderCPU::VAR_DATA v[3];
+    for (auto& record : v) {
+      TVec4 at = {real(2.5), real(2.5), real(1.8), 1.2 + real(1.0)};
+      for (std::size_t c = 0; c < 4; ++c) {
+        at[c] = onGrid ? std::round(at[c] * 2) / 2 : at[c];
+        at[c] = random() % 300 == 0 ? odd[random() % std::size(odd)] : at[c];
+      }
+      record = Record(at, real(4.0));
+    }
+    const int plane = i % 4 == 0 ? i / 4 % 7 : 0;
+    TRenderCPU::VAR_DATA expected[3] = {v[0], v[1], v[2]};
+    m_Fragment->Seen.clear();
+    const int count = DrawPieces(&*m_Scene, expected, plane);
+    ++pieces[std::min(count, 4)];
+    const auto fragments = m_Fragment->Seen;
+    m_Fragment->Seen.clear();
+    m_Scene->ClipAndRasterizeTriangle(v, plane);
+    ASSERT_EQ(fragments.size(), m_Fragment->Seen.size()) << "triangle " << i;
+    for (std::size_t k = 0; k < fragments.size(); ++k) {
+      const TSeenFragment& a = fragments[k];
+      const TSeenFragment& b = m_Fragment->Seen[k];
+      ASSERT_TRUE(a.X == b.X && a.Y == b.Y && a.FrontFacing == b.FrontFacing) << "triangle " << i;
+      ASSERT_TRUE(IsSameNumber(a.Depth, b.Depth)) << "triangle " << i;
+      for (std::size_t c = 0; c < 4; ++c) {
+        ASSERT_TRUE(IsSameNumber(a.Slots[1][c], b.Slots[1][c])) << "triangle " << i;
+      }
+    }
+    for (std::size_t c = 0; c < 24 && count != 0;
+         ++c) { // a triangle that is dropped may stay uncut
+      const double kept = expected[c / 8][c / 4 % 2][c % 4];
+      ASSERT_TRUE(IsSameNumber(kept, v[c / 8][c / 4 % 2][c % 4])) << "triangle " << i;
+    }
+  }
+  for (const int triangles : pieces) { // of none, one, two, three, and more
+    EXPECT_GT(triangles, 200);
   }
 }
 

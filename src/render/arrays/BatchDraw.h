@@ -72,12 +72,12 @@ struct TBatchDraw {
   TSource Position;
   TSource Values[3]; ///< normal, colour, texture coordinate
   vec_t_<double, 4>* Current[3];
-  TVertexBatch Batch;   ///< the corners of the shapes
-  TVertexBatch Line;    ///< the vertices themselves, where shapes share them
-  TVertexBatch Divided; ///< the corners, divided by w
-  TVertexBatch DividedLine;
+  TVertexBatch Batch;  ///< the corners of the shapes
+  TVertexBatch Line;   ///< the vertices themselves, where shapes share them
+  TVertexBatch Window; ///< the corners, divided by w, then in the window
+  TVertexBatch WindowLine;
   bool HasCorners = false;                 ///< whether `Batch` is filled
-  bool IsDivided = false;                  ///< whether `Divided` is
+  bool IsDivided = false;                  ///< whether `Window` is
   int FirstPlace = 0;                      ///< of a separate triangle's records
   int Lines = 0;                           ///< that are set up and not yet drawn
   unsigned long First = 0;                 ///< element of the batch's first vertex
@@ -90,7 +90,7 @@ struct TBatchDraw {
   TBatchDraw(const TArrayDraw& arrays, const TElements& elements, const TShapes& shapes)
       : Arrays(arrays), Elements(elements), Shapes(shapes),
         Listed(elements.IsIndexed() || shapes.Mode == GL_TRIANGLE_FAN) {
-    Batch.Pitch = Divided.Pitch = shapes.Pitch;
+    Batch.Pitch = Window.Pitch = shapes.Pitch;
     Line.Pitch = 1; // one shape with all vertices as corners
   }
 
@@ -191,11 +191,8 @@ struct TBatchDraw {
 
   // Fills `Batch` from what stands in `Line`, if it is not filled.
   void FillCorners() {
-    for (const auto part :
-         {&TVertexBatch::X, &TVertexBatch::Y, &TVertexBatch::Z, &TVertexBatch::W}) {
-      if (!HasCorners) {
-        CopyCorners(Line.*part, Batch.*part);
-      }
+    if (!HasCorners) {
+      CopyCorners(Line, &Batch);
     }
     HasCorners = true;
   }
@@ -206,22 +203,21 @@ struct TBatchDraw {
     }
     IsDivided = true;
     if (Shapes.AreSeparate()) {
-      kernels.DivideVertices(Batch, Entries, &Divided);
+      kernels.DivideVertices(Batch, Entries, &Window);
       return;
     }
-    kernels.DivideVertices(Line, Entries, &DividedLine);
-    CopyCorners(DividedLine.X, Divided.X);
-    CopyCorners(DividedLine.Y, Divided.Y);
+    kernels.DivideVertices(Line, Entries, &WindowLine);
+    CopyCorners(WindowLine.X, Window.X);
+    CopyCorners(WindowLine.Y, Window.Y);
   }
 
   // Takes the corners of triangles to the window.
   void Project(const TSpanKernels& kernels, int width, int height) {
     if (Shapes.AreSeparate()) {
-      kernels.ProjectVertices(Divided, width, height, Entries, &Batch);
+      kernels.ProjectVertices(Batch, Entries, width, height, &Window);
     } else {
-      kernels.ProjectVertices(DividedLine, width, height, Entries, &Line);
-      HasCorners = false;
-      FillCorners();
+      kernels.ProjectVertices(Line, Entries, width, height, &WindowLine);
+      CopyCorners(WindowLine, &Window);
     }
   }
 
@@ -255,12 +251,19 @@ struct TBatchDraw {
     }
   }
 
+  void CopyCorners(const TVertexBatch& vertices, TVertexBatch* out) const {
+    for (const auto part :
+         {&TVertexBatch::X, &TVertexBatch::Y, &TVertexBatch::Z, &TVertexBatch::W}) {
+      CopyCorners(vertices.*part, out->*part);
+    }
+  }
+
   // Normal, colour or texture coordinate of a vertex of the batch: fetched, or the current one.
   const vec_t_<double, 4>& ValueOf(int i, int vertex) const {
     return Values[i].Pointer != nullptr ? Vectors[i][vertex] : *Current[i];
   }
 
-  // Fetches the other values of the batch, when the first of its shapes is drawn.
+  // Fetches the other values of the whole batch.
   [[gnu::noinline]] void FetchValues() {
     Fetched = true;
     for (int i = 0; i < 3; ++i) {

@@ -15,8 +15,10 @@ namespace Zx3D {
 // Colours of a batch of points: those of the fragment shader, clamped where it has to be called.
 const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count) {
   vec_t_<double, 4>* const colors = draw->Vectors[1];
-  if (!gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled) {
+  if (!gl.m_Lighting) {
     draw->FetchValues();
+  }
+  if (!gl.m_Lighting && !gl.m_TexUnits[0].TexEnabled) {
     if (draw->Values[1].Pointer == nullptr) {
       std::fill_n(colors, count, gl.m_CurColor);
     }
@@ -24,7 +26,7 @@ const vec_t_<double, 4>* TRenderEngine::PointColors(TBatchDraw* draw, int count)
   }
   FS_DATA fragment = gl.m_Fragment;
   for (int i = 0; i < count; ++i) {
-    ShadeBatched(draw, i, true, &gl.m_VarCur[0]);
+    ShadeBatched(draw, i, &gl.m_VarCur[0]);
     gl.m_FragmentShader->Execute(gl.m_VarCur, &fragment);
     colors[i] = fragment.Color;
   }

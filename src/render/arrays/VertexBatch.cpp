@@ -6,6 +6,7 @@
 #include <new>
 
 #include <ZxCore3D/render/arrays/BatchDraw.h>
+#include <ZxCore3D/render/common/KernelConditions.h>
 #include <ZxCore3D/render/common/Pairs.h>
 #include <ZxCore3D/render/stages/ClipPlanes.h>
 #include <ZxCore3D/render/stages/SlotMath.h>
@@ -38,53 +39,41 @@ static bool IsSpareSlotZero(const TRenderCPU& gl) {
   }
 }
 
-// Fills a record with a vertex of a batch, as the shader does; `entry` is one of its entries. By
-// the batch its position is what stands there, in clip space or in the window.
+// Fills a record with a vertex of a batch, as the shader does; `entry` is one of the batch's, and
+// its position what stands there, in clip space or in the window.
 [[gnu::always_inline]] static inline void FillRecord(TRenderEngine* engine, TBatchDraw* draw,
-                                                     int entry, bool byBatch,
+                                                     const TVertexBatch& batch, int entry,
                                                      TRenderCPU::VAR_DATA* record) {
   const TRenderCPU& gl = engine->gl;
-  const TVertexBatch& batch = draw->Batch;
   const int vertex = draw->Shapes.Vertex[entry];
-  if (gl.m_Lighting || !byBatch) {
+  if (gl.m_Lighting || !draw->Fetched) {
     engine->ShadeFetched(draw, vertex, record);
   } else {
-    if (!draw->Fetched) [[unlikely]] {
-      draw->FetchValues();
-    }
     record->Slots[gl.m_VarColor] = draw->ValueOf(1, vertex);
     if (gl.m_TexUnits[0].TexEnabled) {
       record->Slots[gl.m_VarTexCoord] = draw->ValueOf(2, vertex);
     }
   }
-  if (byBatch) {
-    StoreVector(&record->Slots[0], batch.X[entry], batch.Y[entry], batch.Z[entry], batch.W[entry]);
-  }
+  StoreVector(&record->Slots[0], batch.X[entry], batch.Y[entry], batch.Z[entry], batch.W[entry]);
 }
 
-void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record) {
-  FillRecord(this, draw, entry, byBatch, record);
+void TRenderEngine::ShadeBatched(TBatchDraw* draw, int entry, VAR_DATA* record) {
+  FillRecord(this, draw, draw->Batch, entry, record);
 }
 
-// Draws a shape that is neither outside nor culled: fills in its corners and hands them to the next
-// stage.
-void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
+// Hands the corners of a shape that is neither outside nor culled to the next stage.
+void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape) {
   draw->FillCorners();
   for (int c = 0; c < draw->Shapes.Corners; ++c) {
-    ShadeBatched(draw, c * draw->Batch.Pitch + shape, inside, &gl.m_VarCur[c]);
+    ShadeBatched(draw, c * draw->Batch.Pitch + shape, &gl.m_VarCur[c]);
   }
-  const int plane = inside ? kClipPlanes : 0;
-  switch (draw->Shapes.Corners) {
-  case 2:
-    gl.ClipAndRasterizeLine(gl.m_VarCur, plane);
-    break;
-  case 3:
-    gl.ClipAndRasterizeTriangle(gl.m_VarCur, plane);
-    break;
-  default:
+  if (draw->Shapes.Corners == 2) {
+    gl.ClipAndRasterizeLine(gl.m_VarCur, 0);
+  } else if (draw->Shapes.Corners == 3) {
+    gl.ClipAndRasterizeTriangle(gl.m_VarCur, 0);
+  } else {
     gl.m_Pending = 4;
     AssembleQuad();
-    break;
   }
 }
 
@@ -92,7 +81,7 @@ void TRenderEngine::DrawBatched(TBatchDraw* draw, int shape, bool inside) {
 void TRenderEngine::ShadeCorner(TBatchDraw* draw, int entry, int place) {
   TVertexCache& cache = *VertexCache;
   VAR_DATA& record = cache.Corners[place];
-  FillRecord(this, draw, entry, true, &record);
+  FillRecord(this, draw, draw->Window, entry, &record);
   if (!gl.m_TexUnits[0].TexEnabled) {
     record.Slots[gl.m_VarCount - 1] = {0, 0, 0, 0};
   }
@@ -206,7 +195,7 @@ static void Classify(const TRenderEngine& engine, TBatchDraw* draw, int shapes,
     }
     if ((classes.Inside & all) != 0 && columns.Count == 3) {
       draw->DivideCorners(kernels);
-      classes.Front = kernels.FindFront(draw->Divided, columns, shapes, engine.gl.m_FrontFaceCCW);
+      classes.Front = kernels.FindFront(draw->Window, columns, shapes, engine.gl.m_FrontFaceCCW);
       classes.Culled = classes.Inside & ((engine.IsCulled(true) ? classes.Front : 0) |
                                          (engine.IsCulled(false) ? ~classes.Front : 0));
     }
@@ -218,12 +207,12 @@ static void TakeToWindow(const TRenderCPU& gl, TBatchDraw* draw, int shapes, TWi
   const TSpanKernels& kernels = *GetSpanKernels();
   if (draw->Shapes.Corners == 2) {
     draw->FillCorners();
-    kernels.ProjectLines(gl.m_Width, gl.m_Height, shapes, &draw->Batch, &out->Ends);
+    kernels.ProjectLines(draw->Batch, shapes, gl.m_Width, gl.m_Height, &draw->Window, &out->Ends);
     return;
   }
   draw->Project(kernels, gl.m_Width, gl.m_Height);
   for (int half = 0; half < draw->Shapes.Halves(); ++half) {
-    kernels.PlanTriangles(draw->Batch, draw->Shapes.Columns[half], shapes, gl.m_Height,
+    kernels.PlanTriangles(draw->Window, draw->Shapes.Columns[half], shapes, gl.m_Height,
                           &out->Rows[half]);
   }
 }
@@ -240,12 +229,15 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
   const TShapeClasses& b = classes[1];
   Classify(*this, draw, shapes, &classes);
   const std::uint64_t all = (std::uint64_t{1} << shapes) - 1;
-  std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
+  const std::uint64_t inside = corners == 4 ? a.Inside & b.Inside : a.Inside;
   const std::uint64_t uncut = (a.Outside | a.Culled) & (b.Outside | b.Culled);
   std::uint64_t beyond =
       (a.Outside | a.Beyond | a.Culled) & (b.Outside | b.Beyond | b.Culled) & ~uncut & all;
   std::uint64_t rest = all & ~(uncut | beyond);
   const std::uint64_t culled = (a.Culled | b.Culled) & all & ~rest;
+  if (rest != 0 && !gl.m_Lighting && kMostUnfetched * __builtin_popcountll(rest) >= shapes) {
+    draw->FetchValues();
+  }
 
   // Those inside go to the window together, while nothing stands in the slot that no shader fills.
   TWindowShapes window;
@@ -306,12 +298,12 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
       continue;
     }
     DrawLines(draw);
-    DrawBatched(draw, shape, !inWindow && (inside & bit) != 0);
+    DrawBatched(draw, shape);
     if (!IsSpareSlotZero(gl)) {
       if (!draw->Shapes.AreSeparate()) {
         return shape + 1;
       }
-      inside = inWindow ? 0 : inside;
+      inWindow = false;
     }
     drawBeyond(all & ~(2 * bit - 1));
   }

@@ -188,7 +188,7 @@ struct TRenderEngine {
   void DrawPoints(const TDrawState& state, const TPointBatch& points,
                   const vec_t_<double, 4>* colors);
   const vec_t_<double, 4>* PointColors(TBatchDraw* draw, int count);
-  void DrawBatched(TBatchDraw* draw, int shape, bool inside);
+  void DrawBatched(TBatchDraw* draw, int shape);
   bool SetUpInWindow(TBatchDraw* draw, const TShapeColumns& columns, int shape,
                      TPrimitive* primitive);
   bool DrawInWindow(TBatchDraw* draw, const TTriangleRows& rows, const TShapeColumns& columns,
@@ -196,7 +196,7 @@ struct TRenderEngine {
   bool AddLine(TBatchDraw* draw, const TLineEnds& ends, int shape);
   void DrawLines(TBatchDraw* draw);
   void ShadeCorner(TBatchDraw* draw, int entry, int place);
-  void ShadeBatched(TBatchDraw* draw, int entry, bool byBatch, VAR_DATA* record);
+  void ShadeBatched(TBatchDraw* draw, int entry, VAR_DATA* record);
   void ShadeFetched(TBatchDraw* draw, int vertex, VAR_DATA* record);
 
   TVertexCache* VertexCache = nullptr;

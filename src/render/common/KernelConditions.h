@@ -142,6 +142,7 @@ inline constexpr int kShortPixels = 32;           ///< of a short row: more gain
 inline constexpr int kJoinedPixels = 14;          ///< of a short row with a texture
 inline constexpr int kMinLineRunGroups = 2;       ///< of an average run of a line drawn by runs
 inline constexpr int kMinBatch = 4;               ///< shapes that a batch is worth while for
+inline constexpr int kMostUnfetched = 4;          ///< one shape in so many drawn: values are fetched together
 inline constexpr int kExactRuns = 512;            ///< with a texture that have exact coordinates, after runs in which
 inline constexpr int kMostUnsure = 4;             ///< more than one pixel in so many had to have them,
 inline constexpr int kMostUnsurePixels = 128;     ///< by so many times that number

@@ -262,11 +262,12 @@ struct TSpanKernels {
   void (*DivideVertices)(const TVertexBatch& batch, int count, TVertexBatch* out);
   std::uint64_t (*FindFront)(const TVertexBatch& divided, const TShapeColumns& columns, int count,
                              bool frontCCW);
-  void (*ProjectVertices)(const TVertexBatch& divided, int width, int height, int count,
-                          TVertexBatch* batch);
+  void (*ProjectVertices)(const TVertexBatch& batch, int count, int width, int height,
+                          TVertexBatch* window);
   void (*PlanTriangles)(const TVertexBatch& window, const TShapeColumns& columns, int count,
                         int height, TTriangleRows* out);
-  void (*ProjectLines)(int width, int height, int count, TVertexBatch* batch, TLineEnds* out);
+  void (*ProjectLines)(const TVertexBatch& batch, int count, int width, int height,
+                       TVertexBatch* window, TLineEnds* out);
   void (*ProjectPoints)(const TVertexBatch& batch, int count, int width, int height,
                         TPointBatch* out);
   void (*PackColors)(const double* colors, int count, TPointBatch* out);

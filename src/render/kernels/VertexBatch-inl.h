@@ -122,21 +122,19 @@ inline HWY_ATTR std::uint64_t FindFront(const TVertexBatch& divided, const TShap
 }
 
 // Window coordinates of the first `count` entries, by the steps of rasterisation in their order.
-// They take the place of those in clip space; w becomes 1/w.
-inline HWY_ATTR void ProjectVertices(const TVertexBatch& divided, int width, int height, int count,
-                                     TVertexBatch* batch) {
+// They take the place of what `DivideVertices` gave.
+inline HWY_ATTR void ProjectVertices(const TVertexBatch& batch, int count, int width, int height,
+                                     TVertexBatch* window) {
   const DD d;
   const VD half = hn::Set(d, 0.5);
   const auto toWindow = [&](VD u, int size) HWY_ATTR {
     return hn::Sub(hn::Mul(hn::Add(hn::Mul(u, half), half), hn::Set(d, size)), half);
   };
   for (int i = 0; i < count; i += kLanes) {
-    const VD r = hn::Load(d, divided.W + i);
-    const VD z = hn::Mul(hn::Load(d, batch->Z + i), r);
-    hn::Store(toWindow(hn::Load(d, divided.X + i), width), d, batch->X + i);
-    hn::Store(toWindow(hn::Load(d, divided.Y + i), height), d, batch->Y + i);
-    hn::Store(hn::Add(hn::Mul(z, half), half), d, batch->Z + i);
-    hn::Store(r, d, batch->W + i);
+    const VD z = hn::Mul(hn::Load(d, batch.Z + i), hn::Load(d, window->W + i));
+    hn::Store(toWindow(hn::Load(d, window->X + i), width), d, window->X + i);
+    hn::Store(toWindow(hn::Load(d, window->Y + i), height), d, window->Y + i);
+    hn::Store(hn::Add(hn::Mul(z, half), half), d, window->Z + i);
   }
 }
 
@@ -161,25 +159,26 @@ inline HWY_ATTR void PlanTriangles(const TVertexBatch& window, const TShapeColum
 
 // Lines in the window, by the steps of rasterisation in their order, and the pixels of their ends.
 // Of those out of reach of kernels the pixels may be any.
-inline HWY_ATTR void ProjectLines(int width, int height, int count, TVertexBatch* batch,
-                                  TLineEnds* out) {
+inline HWY_ATTR void ProjectLines(const TVertexBatch& batch, int count, int width, int height,
+                                  TVertexBatch* window, TLineEnds* out) {
   const DD d;
   const DI di;
   const VD half = hn::Set(d, 0.5);
-  const auto toWindow = [&](double* at, VD h, int size, std::int32_t* pixel) HWY_ATTR {
-    const VD scaled = hn::Add(hn::Mul(hn::Load(d, at), h), half);
-    const VD u = hn::Sub(hn::Mul(hn::Set(d, size), scaled), half);
-    hn::Store(u, d, at);
-    hn::Store(hn::DemoteTo(di, hn::Add(u, half)), di, pixel);
-  };
+  const auto toWindow = [&](const double* from, VD h, int size, double* to, std::int32_t* pixel)
+                            HWY_ATTR {
+                              const VD scaled = hn::Add(hn::Mul(hn::Load(d, from), h), half);
+                              const VD u = hn::Sub(hn::Mul(hn::Set(d, size), scaled), half);
+                              hn::Store(u, d, to);
+                              hn::Store(hn::DemoteTo(di, hn::Add(u, half)), di, pixel);
+                            };
   for (int c = 0; c < 2; ++c) {
-    for (int i = c * batch->Pitch; i < c * batch->Pitch + count; i += kLanes) {
-      const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch->W + i));
+    for (int i = c * batch.Pitch; i < c * batch.Pitch + count; i += kLanes) {
+      const VD r = hn::Div(hn::Set(d, 1.0), hn::Load(d, batch.W + i));
       const VD h = hn::Mul(r, half);
-      toWindow(batch->X + i, h, width, out->X + i);
-      toWindow(batch->Y + i, h, height, out->Y + i);
-      hn::Store(hn::Add(hn::Mul(hn::Load(d, batch->Z + i), h), half), d, batch->Z + i);
-      hn::Store(r, d, batch->W + i);
+      toWindow(batch.X + i, h, width, window->X + i, out->X + i);
+      toWindow(batch.Y + i, h, height, window->Y + i, out->Y + i);
+      hn::Store(hn::Add(hn::Mul(hn::Load(d, batch.Z + i), h), half), d, window->Z + i);
+      hn::Store(r, d, window->W + i);
     }
   }
 }

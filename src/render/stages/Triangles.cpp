@@ -70,11 +70,12 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
   toWindow(&p0);
   toWindow(&p1);
   toWindow(&p2);
-  m_Engine->UpdateDerivedState();
+  // Within an array draw nothing else runs that could change state.
   if (TSpanJob* const job = m_Engine->DrawJob) {
     m_Engine->DrawTriangle(v, job, TCondition::None);
     return;
   }
+  m_Engine->UpdateDerivedState();
   TSpanJob job;
   m_Engine->DrawTriangle(v, &job, m_Engine->SetUpDraw(TPrimitiveKind::Triangle, &job));
 }
