@@ -385,11 +385,11 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
   add(C::FloatColorsTriangle, kFloat, Nothing, Line);
   add(C::FloatColorsSteadyW, kFloat, Perspective,
       [](TRenderCPU&, TShape& shape) { shape.W[1] = 2 * 65537.0; });
-  add(C::FloatColorsVarying, kFloat, Nothing, OneColor);
-  add(C::FloatColorsFloatW, kFloat, Perspective, [](TRenderCPU&, TShape& shape) {
+  add(C::FloatColorsSteadyW, kFloat, Perspective, [](TRenderCPU&, TShape& shape) {
     shape.W[0] = 2e16;
     shape.W[1] = 3e16;
   });
+  add(C::FloatColorsVarying, kFloat, Nothing, OneColor);
   add(
       C::FloatColorsWide, kFloat, [](TRenderCPU&, TShape& shape) { shape.Colors[1][0] = 2; },
       [](TRenderCPU&, TShape& shape) { shape.Right = 7; });
@@ -467,11 +467,15 @@ void KernelConditions::AddRowCases(std::vector<TCase>* cases) {
   add(C::RejectionOneWay, TKernel::Rejection, Hidden,
       [](TRenderCPU& gl, TShape&) { gl.DepthFunc(GL_EQUAL); });
 
-  add(C::LineRunAlongRows, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
+  const TSetUp testedLine = [](TRenderCPU& gl, TShape& shape) {
+    Line(gl, shape);
+    DepthTest(gl, shape);
+  };
+  add(C::LineRunAlongRows, TKernel::LineRuns, testedLine, [](TRenderCPU&, TShape& shape) {
     shape.Right = shape.Left;
     shape.LineTop = kHeight - 1;
   });
-  add(C::LineRunLong, TKernel::LineRuns, Line, [](TRenderCPU&, TShape& shape) {
+  add(C::LineRunLong, TKernel::LineRuns, testedLine, [](TRenderCPU&, TShape& shape) {
     shape.Right = 50;
     shape.LineTop = kRow + 50;
   });

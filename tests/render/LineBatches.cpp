@@ -10,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ZxCore3D/render/stages/LineWalk.h>
+
 #include "LevelTest.h"
 
 namespace {

@@ -16,6 +16,7 @@
 
 #include <ZxCore3D/render/GLEnums.h>
 #include <ZxCore3D/render/TRenderCPU.h>
+#include <ZxCore3D/render/stages/LineWalk.h>
 
 #include "LevelTest.h"
 

@@ -7,6 +7,7 @@
 
 #include <ZxCore3D/render/arrays/VertexBatch.h>
 #include <ZxCore3D/render/kernels/SpanJob.h>
+#include <ZxCore3D/render/stages/LineWalk.h>
 
 namespace Zx3D {
 

@@ -53,7 +53,6 @@
   X(FloatColors,     Triangle,        primitive.Kind == TPrimitiveKind::Triangle,             "runs of a line are too short to gain") \
   X(FloatColors,     SteadyW,         steady,                                                 "the error of interpolation is bounded by the ratio of 1/w") \
   X(FloatColors,     Varying,         !primitive.HasConstColor(),                             "constant bytes need no computing") \
-  X(FloatColors,     FloatW,          !primitive.Perspective || HasFloatW(v),                 "1/w keeps its digits as a float") \
   X(FloatColors,     Wide,            inUnit || WidthOf(v) >= shortPixels,                    "all of a narrow triangle is short rows") \
   X(FloatColors,     ChannelBound,    (bound = ChannelBoundOf(primitive, inUnit)) > 0.0,      "the proof holds for channels up to kMaxChannel")
 
@@ -154,10 +153,8 @@ inline constexpr double kMaxClearSum = 0x1p900;
 inline constexpr double kMaxWindow = 1e6;         ///< of a primitive's window coordinates, added up: row set-up is exact enough
 inline constexpr double kMaxSteadyRatio = 65536.0; ///< of 1/w: SlotFacts-inl.h, constant bytes; and clamping
 inline constexpr double kByteMargin = 1e-6;       ///< of 255 c + 0.5 from an integer: SlotFacts-inl.h
-inline constexpr double kMinSteadyW = 1e-100;     ///< of 1/w: neither it nor its reciprocal loses digits
-inline constexpr double kMaxSteadyW = 1e100;
-inline constexpr double kMinFloatW = 1e-15;       ///< of 1/w as a float: SpanFloatColors-inl.h
-inline constexpr double kMaxFloatW = 1e15;
+inline constexpr double kMinSteadyW = 1e-15;      ///< of 1/w: neither it nor its reciprocal loses digits, as a float
+inline constexpr double kMaxSteadyW = 1e15;       ///< either: SpanFloatColors-inl.h
 inline constexpr double kMaxFloatRatio = 64.0;    ///< of 1/w in a row: SpanFloatColors-inl.h
 inline constexpr double kMaxChannel = 4.0;        ///< SpanFloatColors-inl.h
 inline constexpr double kDepthMargin = 1.0 / (std::int64_t{1} << 49); ///< SpanDepthStencil-inl.h

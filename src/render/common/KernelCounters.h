@@ -20,7 +20,7 @@ enum class TKernel : std::uint8_t {
   TextureRuns, ///< runs of byte texels, colours in float
   ExactRuns,   ///< all other runs
   LineRuns,
-  ScatteredPixels, ///< of lines that have no long runs
+  ScatteredPixels, ///< of all other lines
   ShadedRows,      ///< by a caller's shader, a row at once
   PixelRows,       ///< of bytes that a caller handed over, blended or masked
 };

@@ -148,31 +148,17 @@ HWY_INLINE HWY_ATTR std::uint32_t PackedBytes(const vec_t_<double, 4>& color) {
                           : PackedBytesOfAny(color);
 }
 
-// t of as many pixels from column x on as a slot's vector has lanes: wider vectors take longer to
-// divide in than they save, beside code that has none.
-HWY_INLINE HWY_ATTR void SetParameters(const TRenderCPU::EDGE& span, int x, double* t) {
-  const D4 d;
-  const V4 column = hn::PromoteTo(d, Columns(hn::Rebind<std::int32_t, D4>(), x));
-  const V4 begin = hn::Set(d, span.Begin->Slots[0].x);
-  hn::StoreU(hn::Div(hn::Sub(column, begin), hn::Set(d, span.Delta.Slots[0].x)), d, t);
-}
-
 template <bool kStencil> HWY_NOINLINE HWY_ATTR void ShadePixels(const TShadedSpan& row) {
   TRenderCPU& gl = row.Context;
   TRenderCPU::FS_DATA* const record = row.Record;
-  double t[kLanes4];
-  const double* at = t + kLanes4;
   unsigned char* color = row.Color;
   unsigned char* depth = row.Depth;
   for (int x = row.First; x < row.End; ++x) {
-    if (at == t + kLanes4) {
-      at = t;
-      SetParameters(row.Span, x, t);
-    }
-    const TShadedFragment fragment = {gl, row.Span, record, *at};
+    const double t = (x - row.Span.Begin->Slots[0].x) / row.Span.Delta.Slots[0].x;
+    const TShadedFragment fragment = {gl, row.Span, record, t};
     unsigned char* const stencil = kStencil ? row.StencilAt(x) : nullptr;
     if (PassesBeforeShading(gl, depth, stencil, fragment)) {
-      Interpolate(row.Span, *at, gl.m_VarCount, gl.m_PerspectiveHint != GL_FASTEST,
+      Interpolate(row.Span, t, gl.m_VarCount, gl.m_PerspectiveHint != GL_FASTEST,
                   &gl.m_VarFragment);
       record->X = x;
       if (gl.m_FragmentShader->Execute(&gl.m_VarFragment, record) &&
@@ -184,7 +170,6 @@ template <bool kStencil> HWY_NOINLINE HWY_ATTR void ShadePixels(const TShadedSpa
         }
       }
     }
-    ++at;
     color += row.ColorStep;
     depth += sizeof(float);
   }

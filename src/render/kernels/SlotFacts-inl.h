@@ -16,16 +16,6 @@ HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
 
-// By pairs, as slots are stored: a wider load would wait for both.
-HWY_INLINE HWY_ATTR V4 LoadSlot(const double* from) {
-#if ZX_HAS_ONE_BLOCK
-  return hn::LoadU(D4(), from);
-#else
-  const hn::Half<D4> half;
-  return hn::Combine(D4(), hn::LoadU(half, from + 2), hn::LoadU(half, from));
-#endif
-}
-
 // A constant byte is proven by two bounds: kMaxSteadyRatio of the 1/w of a triangle, and
 // kByteMargin of the distance of 255 c + 0.5 from an integer. Interpolation loses a few units of
 // the last place times that ratio, far below the margin. With one w for all vertices the
@@ -41,9 +31,9 @@ inline HWY_ATTR void FindFacts(const TPrimitive& primitive, int slot, TSlotFacts
   const V4 one = hn::Set(d, 1.0);
   *out = {};
   for (int i = 0; i < 4; i += kLanes4) {
-    const V4 a = LoadSlot(&v[0][slot].x + i);
-    const V4 b = LoadSlot(&v[1][slot].x + i);
-    const V4 c = LoadSlot(&v[2][slot].x + i);
+    const V4 a = hn::LoadU(d, &v[0][slot].x + i);
+    const V4 b = hn::LoadU(d, &v[1][slot].x + i);
+    const V4 c = hn::LoadU(d, &v[2][slot].x + i);
     const auto isUnit = [&](V4 x) HWY_ATTR { return hn::And(hn::Ge(x, zero), hn::Le(x, one)); };
     const auto unit = hn::And(isUnit(a), hn::And(isUnit(b), isUnit(c)));
     const auto same = hn::And(hn::Eq(a, b), hn::Eq(a, c));

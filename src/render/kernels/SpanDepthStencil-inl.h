@@ -152,8 +152,7 @@ struct TStencilRun {
   HWY_ALIGN std::uint8_t Values[kRun];
 };
 
-// Loads the first `count` pixels of a run, `kMost` in most cases; the others are 0.
-template <int kMost>
+// Loads the first `count` pixels of a run; the others are 0.
 HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencilRun* run) {
 #if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
   const DB db;
@@ -161,7 +160,12 @@ HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TSte
   hn::Store(hn::MaskedLoad(live, db, from), db, run->Values);
 #else
   std::memset(run->Values, 0, sizeof run->Values);
-  CopyFirst<kMost>(from, count, run->Values);
+  if (count == kRun) {
+    std::memcpy(run->Values, from, kRun);
+  }
+  for (int k = 0; k < count % kRun; ++k) { // a copy of unknown size would be a call
+    run->Values[k] = from[k];
+  }
 #endif
 }
 
@@ -176,55 +180,38 @@ inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun
   const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
   const int func = static_cast<int>(job.Draw.StencilFunc);
   const bool opposite = func == 3 || func >= 5;
-  const std::uint64_t none = opposite ? ~std::uint64_t{0} : 0;
-  const auto compared = [&](const auto& holds) HWY_ATTR {
-    std::uint64_t bits = none;
-    for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
-      bits ^= BitsOfMask(db, holds(hn::And(hn::Load(db, run.Values + i), mask))) << i;
-    }
-    return bits;
-  };
-  switch (opposite ? 7 - func : func) {
-  case 1:
-    return compared([&](VB stored) HWY_ATTR { return hn::Lt(ref, stored); });
-  case 2:
-    return compared([&](VB stored) HWY_ATTR { return hn::Eq(ref, stored); });
-  case 4:
-    return compared([&](VB stored) HWY_ATTR { return hn::Gt(ref, stored); });
-  default:
-    return none;
+  const int asked = opposite ? 7 - func : func;
+  std::uint64_t bits = opposite ? ~std::uint64_t{0} : 0;
+  for (int i = 0; i < kRun && asked != 0; i += static_cast<int>(hn::Lanes(db))) {
+    const VB stored = hn::And(hn::Load(db, run.Values + i), mask);
+    const auto holds = asked == 1   ? hn::Lt(ref, stored)
+                       : asked == 2 ? hn::Eq(ref, stored)
+                                    : hn::Gt(ref, stored);
+    bits ^= BitsOfMask(db, holds) << i;
   }
+  return bits;
 }
 
-HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB stored) {
+// What an operation makes of the bits within the write mask.
+HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB inside, VB mask) {
   const DB db;
-  const VB mask = hn::Set(db, job.Draw.StencilWriteMask);
-  const VB inside = hn::And(stored, mask);
   const VB one = hn::Set(db, std::uint8_t{1});
-  VB value = inside;
   switch (step) {
   case TStencilStep::Zero:
-    value = hn::Zero(db);
-    break;
+    return hn::Zero(db);
   case TStencilStep::Replace:
-    value = hn::Set(db, job.Draw.StencilRef);
-    break;
+    return hn::Set(db, job.Draw.StencilRef);
   case TStencilStep::Incr:
-    value = hn::SaturatedAdd(inside, one);
-    break;
+    return hn::SaturatedAdd(inside, one);
   case TStencilStep::IncrWrap:
-    value = hn::Add(inside, one);
-    break;
+    return hn::Add(inside, one);
   case TStencilStep::Decr:
-    value = hn::SaturatedSub(inside, one);
-    break;
+    return hn::SaturatedSub(inside, one);
   case TStencilStep::Invert:
-    value = hn::Xor(inside, mask);
-    break;
+    return hn::Xor(inside, mask);
   default: // Keep
-    break;
+    return inside;
   }
-  return hn::Or(hn::And(value, mask), hn::AndNot(mask, stored));
 }
 
 // Applies a stencil operation to a set of pixels.
@@ -234,35 +221,25 @@ inline HWY_ATTR void StepStencil(const TSpanJob& job, TStencilStep step, std::ui
     return;
   }
   const DB db;
+  const VB mask = hn::Set(db, job.Draw.StencilWriteMask);
   for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
     const VB stored = hn::Load(db, run->Values + i);
-    const auto chosen = MaskOfBits(db, pixels >> i);
-    hn::Store(hn::IfThenElse(chosen, StencilValue(job, step, stored), stored), db, run->Values + i);
+    const VB value = hn::And(StencilValue(job, step, hn::And(stored, mask), mask), mask);
+    const VB stepped = hn::Or(value, hn::AndNot(mask, stored));
+    hn::Store(hn::IfThenElse(MaskOfBits(db, pixels >> i), stepped, stored), db, run->Values + i);
   }
 }
 
-// Writes the bytes of a run whose bits are set, and no others.
-inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels,
+// Writes a set of pixels of a run, most often all of the first `count`, and no others.
+inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels, int count,
                                    unsigned char* to) {
 #if ZX_HAS_MASK_REGISTERS
+  (void)count;
   const DB db;
   static_assert(hn::MaxLanes(db) == kRun);
   hn::BlendedStore(hn::Load(db, run.Values), MaskOfBits(db, pixels), db, to);
 #else
-  for (int i = 0; pixels >> i != 0; i += 8) {
-    unsigned int rest = pixels >> i & 255;
-    if (rest == 255) {
-      std::memcpy(to + i, run.Values + i, 8);
-      rest = 0;
-    }
-    for (; rest != 0; rest &= rest - 1) {
-      const int k = i + __builtin_ctz(rest);
-      to[k] = run.Values[k];
-    }
-    if (i == kRun - 8) {
-      break;
-    }
-  }
+  ForPixels(pixels, count, [&](int k) { to[k] = run.Values[k]; });
 #endif
 }
 
@@ -274,10 +251,11 @@ inline std::uint64_t SteppedPixels(const TSpanJob& job, std::uint64_t live, std:
          (job.Draw.StencilZPass != TStencilStep::Keep ? shaded : 0);
 }
 
-// Applies the three stencil operations: to pixels of `live` that fail the stencil test, that fail
-// the depth test, and that pass both.
-inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint64_t live, std::uint64_t tested,
+// Applies the three stencil operations: to those of the first `count` pixels that fail the stencil
+// test, that fail the depth test, and that pass both.
+inline HWY_ATTR void StepStencils(const TSpanJob& job, int count, std::uint64_t tested,
                                   std::uint64_t shaded, TStencilRun* run, unsigned char* to) {
+  const std::uint64_t live = FirstBits(count);
   const std::uint64_t stepped = SteppedPixels(job, live, tested, shaded);
   if (stepped == 0) {
     return;
@@ -285,7 +263,7 @@ inline HWY_ATTR void StepStencils(const TSpanJob& job, std::uint64_t live, std::
   StepStencil(job, job.Draw.StencilFail, live & ~tested, run);
   StepStencil(job, job.Draw.StencilZFail, tested & ~shaded, run);
   StepStencil(job, job.Draw.StencilZPass, shaded, run);
-  StoreStencils(*run, stepped, to);
+  StoreStencils(*run, stepped, count, to);
 }
 
 } // namespace HWY_NAMESPACE

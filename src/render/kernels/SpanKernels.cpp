@@ -24,7 +24,6 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 } // namespace Zx3D
 
 #else
-#include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/PixelRows-inl.h>
 #include <ZxCore3D/render/kernels/ShadedRow-inl.h>
 #include <ZxCore3D/render/kernels/SlotFacts-inl.h>
@@ -35,16 +34,6 @@ inline const TSpanKernels* Kernels() { return nullptr; }
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
 namespace HWY_NAMESPACE {
-
-// A routine as it is called: floating point exceptions that lanes past the last pixel or vertex
-// raise do not get out.
-template <auto kRoutine> struct TQuiet;
-template <class... TArgs, void (*kRoutine)(TArgs...)> struct TQuiet<kRoutine> {
-  static HWY_ATTR void Call(TArgs... args) {
-    const TQuietFloats quiet;
-    kRoutine(args...);
-  }
-};
 
 // The kernels rely on these traits agreeing.
 static_assert(ZX_HAS_ONE_BLOCK == (HWY_LANES(double) == 2));
@@ -59,25 +48,12 @@ inline constexpr const char* kLevel = (HWY_TARGET & ZX_TARGETS_AVX3) != 0    ? "
                                                                              : nullptr;
 static_assert(kLevel != nullptr, "an instruction set without a name");
 
-inline constexpr TSpanKernels kKernels = {kLevel,
-                                          kLanes,
-                                          FindFacts,
-                                          TQuiet<DrawTriangleJob>::Call,
-                                          DrawPlannedTriangle,
-                                          TQuiet<DrawLines>::Call,
-                                          TransformBatch,
-                                          FindInside,
-                                          FindClear,
-                                          DivideVertices,
-                                          FindFront,
-                                          ProjectVertices,
-                                          PlanTriangles,
-                                          ProjectLines,
-                                          ProjectPoints,
-                                          PackColors,
-                                          ShadeRows,
-                                          ShadeSpan,
-                                          DrawPixelRow};
+inline constexpr TSpanKernels kKernels = {
+    kLevel,     kLanes,          FindFacts,     DrawTriangleJob, DrawPlannedTriangle,
+    DrawLines,  TransformBatch,  FindInside,    FindClear,       DivideVertices,
+    FindFront,  ProjectVertices, PlanTriangles, ProjectLines,    ProjectPoints,
+    PackColors, ShadeRows,       ShadeSpan,     DrawPixelRow,
+};
 
 inline const TSpanKernels* Kernels() { return &kKernels; }
 

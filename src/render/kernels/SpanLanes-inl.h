@@ -106,6 +106,20 @@ template <class D> HWY_INLINE HWY_ATTR hn::Mask<D> MaskOfBits(D d, std::uint64_t
   return hn::LoadMaskBits(d, bytes);
 }
 
+// Calls `write` for the pixels of a set, most often all of the first `count`.
+template <class TWrite>
+HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) {
+  if (HWY_LIKELY(pixels == FirstBits(count))) {
+    for (int k = 0; k < count; ++k) {
+      write(k);
+    }
+    return;
+  }
+  for (; pixels != 0; pixels &= pixels - 1) {
+    write(FirstBit(pixels));
+  }
+}
+
 // --- Memory: the lanes of a mask and no others, since that of a pixel that does not exist, or that
 // fails its tests, may be another thread's to write, or nobody's
 
@@ -153,15 +167,6 @@ HWY_INLINE HWY_ATTR void StoreMasked(D d, hn::Vec<D> values, hn::Mask<D> mask, T
   }
 #endif
   StoreSteadily(d, values, mask, to);
-}
-
-// The first `count` elements, `kMost` in most cases: a size that the compiler knows needs no call.
-template <int kMost, class T> HWY_INLINE void CopyFirst(const T* from, int count, T* to) {
-  if (count == kMost) {
-    std::memcpy(to, from, kMost * sizeof(T));
-  } else {
-    std::memcpy(to, from, static_cast<std::size_t>(count) * sizeof(T));
-  }
 }
 
 // Fills a vector's length or more. The vectors between the first and the last are aligned, since a

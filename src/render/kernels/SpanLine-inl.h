@@ -17,7 +17,9 @@
 
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
+#include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/SpanRows-inl.h>
+#include <ZxCore3D/render/stages/LineWalk.h>
 
 HWY_BEFORE_NAMESPACE();
 namespace Zx3D {
@@ -39,10 +41,6 @@ struct TLineRow {
   TLineComponents Begin;
   TLineComponents Delta;
 };
-
-inline HWY_ATTR double LineParameter(const TLineWalk& walk, int i) {
-  return Clamped01((walk.From[walk.Axis] + walk.Step[walk.Axis] * i - walk.Begin) / walk.Delta);
-}
 
 // The pixels of a run of a line in one target. Offsets within a target, in bytes, are below 2^47:
 // as doubles they are exact, and plus `kSignedWholeDoubles` they stand in the low bits.
@@ -68,6 +66,15 @@ public:
   }
   T* At(int k) const {
     return reinterpret_cast<T*>(m_First + std::bit_cast<std::uint64_t>(m_Offsets[k]));
+  }
+  // Copies the first `count`, or a set of them, from or to a run.
+  HWY_INLINE void Read(int count, T* to) const {
+    for (int k = 0; k < count; ++k) {
+      to[k] = *At(k);
+    }
+  }
+  HWY_INLINE void Write(const T* from, std::uint64_t pixels, int count) const {
+    ForPixels(pixels, count, [&](int k) { *At(k) = from[k]; });
   }
 
 private:
@@ -120,7 +127,7 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
 
 // Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
 // their stores would wait for memory, and all others behind them. Pixels that are read need none of
-// it, since all loads of a run are under way at once, and runs along a row are few stores.
+// it, since all loads of a run are under way at once, and runs along a row lie on few cache lines.
 class TLineAhead {
 public:
   TLineAhead(const TTargetRows& color, const TLineWalk* walk) : m_Color(color) {
@@ -166,7 +173,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   TLineAhead ahead(job.Draw.Color, next);
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
-  const bool mayJoin = UnmetByLineRuns(walk) == TCondition::None && walk.Step[0] > 0;
   // The commonest case, with a mask that is known here; other constant channels find their byte.
   const bool isOpaque = kTexels == TTexelSource::None && slots.Secondary < 0 &&
                         (job.Primitive.ConstMask & kAlphaOnly) != 0 &&
@@ -181,10 +187,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
     const VU colors = isOpaque ? ExactUntextured<kPerspective>(job, row, slots.Color, -1,
                                                                kAlphaOnly, job.Primitive.Clamp, t)
                                : ExactColors<kTexels, kPerspective>(job, slots, row, t);
-    if (mayJoin && color.At(count - 1) - color.At(0) == count - 1) {
-      StoreMasked(du, colors, hn::FirstN(du, static_cast<std::size_t>(count)), color.At(0));
-      continue;
-    }
     hn::Store(colors, du, packed);
     for (int k = 0; k < count; ++k) {
       *color.At(k) = packed[k];
@@ -229,7 +231,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
     const VD columns = Columns(d, x - walk.From[0]);
     return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
   };
-  TRowResult result = {-1, -1};
+  TRowResult result;
   int x = run.First;
   for (; x + kLanes - 1 <= run.Last; x += kLanes) {
     const VD t = parameterAt(x);
@@ -246,38 +248,66 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlot
   return result;
 }
 
-// Draws scattered pixels, no two at one place, through staging copies; the results are numbers of
-// pixels along the line.
+// Draws scattered pixels, no two at one place, through staging copies. Only what takes part is
+// read, and all of a run before the first test: scattered loads are long waited for, and those
+// behind a branch that is foretold wrong are begun again.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSlots& slots,
                                                const TLineRow& row, const TLineWalk& walk) {
   const DD d;
+  const TDrawState& draw = job.Draw;
   const TLineSteps steps(walk);
-  TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
-  TLinePixels<float> depth(job.Draw.Depth, walk);
-  TLinePixels<unsigned char> stencil(job.Draw.Stencil, walk);
+  TLinePixels<std::uint32_t> color(draw.Color, walk);
+  TLinePixels<float> depth(draw.Depth, walk);
+  TLinePixels<unsigned char> stencil(draw.Stencil, walk);
   TStagedRun run;
-  TRowResult result = {-1, -1};
+  TRowResult result;
   for (int first = walk.First; first <= walk.Last; first += kRun) {
-    const int count = walk.Last - first + 1 < kRun ? walk.Last - first + 1 : kRun;
+    const int count = std::min(walk.Last - first + 1, kRun);
     for (int k = 0; k < count; k += kLanes) {
       const VD i = Columns(d, first + k);
       const VD along = steps.Along(i);
       const VD aside = steps.Aside(i);
       color.Find(k, along, aside);
-      if (job.Draw.UsesDepth()) {
+      if (draw.UsesDepth()) {
         depth.Find(k, along, aside);
       }
-      if (job.Draw.StencilTest) {
+      if (draw.StencilTest) {
         stencil.Find(k, along, aside);
       }
       hn::Store(steps.T(i), d, run.T + k);
     }
-    const auto targetsAt = [&](int k) HWY_ATTR {
-      return TGroupTargets{color.At(k), depth.At(k), stencil.At(k)};
-    };
-    RecordGroup(DrawStagedPixels<kTexels, kPerspective>(job, slots, row, count, targetsAt, &run),
-                first, &result);
+    if (draw.DepthTest) {
+      depth.Read(count, run.Depth);
+    }
+    if (draw.ReadsColor()) {
+      color.Read(count, run.Color);
+    }
+    if (draw.StencilTest) {
+      stencil.Read(count, run.Stencil);
+    }
+    TGroupResult drawn = {0, 0};
+    for (int k = 0; k < count; k += kLanes) {
+      const VD t = hn::Load(d, run.T + k);
+      const int next = std::min(count - k, kLanes);
+      const TGroupTargets to = {run.Color + k, run.Depth + k, run.Stencil + k};
+      const TGroupResult group =
+          draw.StencilTest ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
+                           : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
+      drawn.Tested |= group.Tested << k;
+      drawn.Shaded |= group.Shaded << k;
+    }
+    if (draw.ColorMask != 0) {
+      color.Write(run.Color, drawn.Shaded, count);
+    }
+    if (draw.DepthWrite) {
+      depth.Write(run.Depth, drawn.Shaded, count);
+    }
+    if (draw.StencilTest) {
+      stencil.Write(run.Stencil, SteppedPixels(job, FirstBits(count), drawn.Tested, drawn.Shaded),
+                    count);
+    }
+    RecordGroup(drawn, first, &result);
   }
   return result;
 }
@@ -287,15 +317,16 @@ template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
                                           const TLineRow& row, const TLineWalk& walk,
                                           const TLineWalk* next) {
-  const bool byRuns = job.Meets(UnmetByLineRuns(walk));
+  const bool isPlain = job.Draw.IsPlain();
+  const bool byRuns = !isPlain && job.Meets(UnmetByLineRuns(walk));
   job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
-  if (!job.Draw.UsesDepth() && !job.Draw.StencilTest && !job.Draw.ReadsColor()) {
+  if (isPlain) {
     return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
   }
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
-  TRowResult result = {-1, -1};
+  TRowResult result;
   const bool leftward = walk.Step[0] < 0;
   for (int first = walk.First; first <= walk.Last;) {
     const long long k = walk.MinorStepsAt(first);
@@ -357,18 +388,12 @@ private:
   HWY_ALIGN double m_Delta[4 * kSlots];
 };
 
-// A pixel by its line.
-struct TLastLinePixel {
-  int Line = -1;
-  int Pixel = 0;
-};
-
 inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLineWalk* walks,
                                int count) {
+  const TQuietFloats quiet; // as for a triangle
   TPrimitive& primitive = job->Primitive;
   TLineValues values;
-  TLastLinePixel tested;
-  TLastLinePixel shaded;
+  TLastPixels last;
   const auto take = [&](int i) HWY_ATTR {
     if (lines + i != &primitive) { // as a whole, it would be copied by an instruction to wait for
       static_cast<TPrimitiveValues&>(primitive) = lines[i];
@@ -381,31 +406,23 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     const TLineWalk* const next = i + 1 < count ? &walks[i + 1] : nullptr;
     job->StartPrimitive();
     take(i);
-    const TRowResult result =
-        kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
-            *job, values.Slots, values.Row, walks[i], next);
-    if (result.LastDepthTested >= 0) {
-      tested = {i, result.LastDepthTested};
-    }
-    if (result.LastShaded >= 0) {
-      shaded = {i, result.LastShaded};
-    }
+    last.Record(i, kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
+                       *job, values.Slots, values.Row, walks[i], next));
   }
-  if (tested.Line >= 0) {
-    take(tested.Line);
+  if (const TLastPixel tested = last.DepthTested; tested.Row >= 0) {
+    take(tested.Row);
     job->Result.DepthSet = true;
-    job->Result.LastDepth =
-        DepthAtT(*job, values.Row, LineParameter(walks[tested.Line], tested.Pixel));
+    job->Result.LastDepth = DepthAtT(*job, values.Row, walks[tested.Row].ParameterAt(tested.X));
   }
-  if (shaded.Line >= 0) {
-    const TLineWalk& walk = walks[shaded.Line];
-    take(shaded.Line);
+  if (const TLastPixel shaded = last.Shaded; shaded.Row >= 0) {
+    const TLineWalk& walk = walks[shaded.Row];
+    take(shaded.Row);
     TSpanResult& result = job->Result;
     result.ColorSet = result.YSet = true;
     result.LastMinorEdge = 0;
-    walk.At(shaded.Pixel, &result.LastX, &result.LastY);
+    walk.At(shaded.X, &result.LastX, &result.LastY);
     result.Y = result.LastY;
-    result.LastT = LineParameter(walk, shaded.Pixel);
+    result.LastT = walk.ParameterAt(shaded.X);
     if (primitive.RecordColor) {
       SetLastColor(*job, values.Slots, values.Row, result.LastT, &result);
     }

@@ -47,7 +47,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
   std::uint64_t tested = live;
   TStencilRun stencil;
   if constexpr (kTests == TTests::AnyWithStencil) {
-    LoadStencils<kLanes>(to.Stencil, count, &stencil);
+    LoadStencils(to.Stencil, count, &stencil);
     tested &= StencilBits(job, stencil);
   }
   MI pass = kTests == TTests::AnyWithStencil ? MaskOfBits(DI(), tested)
@@ -73,7 +73,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
   }
   const std::uint64_t shaded = kTests == TTests::None ? live : BitsOfMask(DI(), pass);
   if constexpr (kTests == TTests::AnyWithStencil) {
-    StepStencils(job, live, tested, shaded, &stencil, to.Stencil);
+    StepStencils(job, count, tested, shaded, &stencil, to.Stencil);
   }
   if ((kTests != TTests::None && shaded == 0) || (kAny && job.Draw.ColorMask == 0)) {
     return {tested, shaded};
@@ -97,7 +97,14 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroup(const TSpanJob& job, const TRowSlots&
                                   });
 }
 
-// A pixel by the number of its row, in drawing order; -1 for no pixel.
+// The last pixels in drawing order that passed the stencil test and that passed all tests: columns
+// of a row, or numbers of a line's pixels; -1 if none did.
+struct TRowResult {
+  int LastDepthTested = -1;
+  int LastShaded = -1;
+};
+
+// A pixel by its row or line, in drawing order, and its place there; -1 for no pixel.
 struct TLastPixel {
   int Row = -1;
   int X = 0;
@@ -107,13 +114,16 @@ struct TLastPixel {
 struct TLastPixels {
   TLastPixel DepthTested;
   TLastPixel Shaded;
-};
 
-// The columns of the last pixels of a row that passed the stencil test and that passed all tests;
-// -1 if none did.
-struct TRowResult {
-  int LastDepthTested;
-  int LastShaded;
+  // A later row may have been recorded before: short ones are drawn first.
+  HWY_INLINE void Record(int row, const TRowResult& drawn) {
+    if (drawn.LastDepthTested >= 0 && row > DepthTested.Row) {
+      DepthTested = {row, drawn.LastDepthTested};
+    }
+    if (drawn.LastShaded >= 0 && row > Shaded.Row) {
+      Shaded = {row, drawn.LastShaded};
+    }
+  }
 };
 
 HWY_INLINE void RecordGroup(TGroupResult group, int x, TRowResult* row) {
@@ -133,67 +143,6 @@ struct TStagedRun {
   HWY_ALIGN float Depth[kRun];
   HWY_ALIGN unsigned char Stencil[kRun];
 };
-
-// Writes the elements of a set of pixels, most often all of the first `count`.
-template <class TWrite>
-HWY_INLINE void ForPixels(std::uint64_t pixels, int count, const TWrite& write) {
-  if (HWY_LIKELY(pixels == FirstBits(count))) {
-    for (int k = 0; k < count; ++k) {
-      write(k);
-    }
-    return;
-  }
-  for (; pixels != 0; pixels &= pixels - 1) {
-    write(FirstBit(pixels));
-  }
-}
-
-// A run of pixels, no two at one place; `targetsAt` tells where they are. Only what takes part is
-// read, and all of it before the first test: scattered loads are long waited for, and those behind
-// a branch that is foretold wrong are begun again.
-template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup, class TTargetsAt>
-HWY_INLINE HWY_ATTR TGroupResult DrawStagedPixels(const TSpanJob& job, const TRowSlots& slots,
-                                                  const TRowOfGroup& row, int count,
-                                                  const TTargetsAt& targetsAt, TStagedRun* run) {
-  if (job.Draw.DepthTest) {
-    for (int k = 0; k < count; ++k) {
-      run->Depth[k] = *targetsAt(k).Depth;
-    }
-  }
-  if (job.Draw.ReadsColor()) {
-    for (int k = 0; k < count; ++k) {
-      run->Color[k] = *targetsAt(k).Color;
-    }
-  }
-  if (job.Draw.StencilTest) {
-    for (int k = 0; k < count; ++k) {
-      run->Stencil[k] = *targetsAt(k).Stencil;
-    }
-  }
-  TGroupResult drawn = {0, 0};
-  for (int i = 0; i < count; i += kLanes) {
-    const int next = std::min(count - i, kLanes);
-    const VD t = hn::Load(DD(), run->T + i);
-    const TGroupTargets to = {run->Color + i, run->Depth + i, run->Stencil + i};
-    const TGroupResult group =
-        job.Draw.StencilTest
-            ? DrawGroup<kTexels, kPerspective, true>(job, slots, row, t, next, to)
-            : DrawGroup<kTexels, kPerspective, false>(job, slots, row, t, next, to);
-    drawn.Tested |= group.Tested << i;
-    drawn.Shaded |= group.Shaded << i;
-  }
-  if (job.Draw.ColorMask != 0) {
-    ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Color = run->Color[k]; });
-  }
-  if (job.Draw.DepthWrite) {
-    ForPixels(drawn.Shaded, count, [&](int k) HWY_ATTR { *targetsAt(k).Depth = run->Depth[k]; });
-  }
-  if (job.Draw.StencilTest) {
-    ForPixels(SteppedPixels(job, FirstBits(count), drawn.Tested, drawn.Shaded), count,
-              [&](int k) HWY_ATTR { *targetsAt(k).Stencil = run->Stencil[k]; });
-  }
-  return drawn;
-}
 
 template <class TRowOfGroup>
 inline HWY_ATTR float DepthAtT(const TSpanJob& job, const TRowOfGroup& row, double t) {
@@ -271,10 +220,10 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
     return {live, drawDepths(live)};
   }
   TStencilRun stencil;
-  LoadStencils<kRun>(stencils, count, &stencil);
+  LoadStencils(stencils, count, &stencil);
   const std::uint64_t tested = live & StencilBits(job, stencil);
   const std::uint64_t shaded = tested != 0 ? drawDepths(tested) : 0;
-  StepStencils(job, live, tested, shaded, &stencil, stencils);
+  StepStencils(job, count, tested, shaded, &stencil, stencils);
   return {tested, shaded};
 }
 
@@ -314,7 +263,7 @@ HWY_INLINE HWY_ATTR TRowResult DrawRow(const TSpanJob& job, const TRowSlots& slo
     FillRow(job, row, TargetsAt(job, row.First, row.Y));
     return {row.Last, row.Last};
   }
-  TRowResult result = {-1, -1};
+  TRowResult result;
   const bool mayRejectRuns = job.Meets(UnmetByRejection(job));
   bool rejects =
       mayRejectRuns; // as long as none passes: a run seldom fails after one that does not

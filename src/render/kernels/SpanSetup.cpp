@@ -53,15 +53,11 @@ template <class TFunction> TBlend BlendOf(TFunction chosen, TFunction sourceAlph
 
 // --- What a triangle's values prove
 
-// Whether some components have one value at all vertices, `same` being those that have any.
+// Whether all components, or all but alpha, have one value at all vertices, `same` being those that
+// have any.
 bool IsThroughout(const TVec4& first, double value, unsigned int components, unsigned int same) {
-  for (; components != 0; components &= components - 1) {
-    const int i = std::countr_zero(components);
-    if ((same >> i & 1) == 0 || first[static_cast<std::size_t>(i)] != value) {
-      return false;
-    }
-  }
-  return true;
+  return (same & components) == components && first.x == value && first.y == value &&
+         first.z == value && (components != kAllChannels || first.w == value);
 }
 
 // Whether the 1/w of the vertices (w of slot 0) differ so little that interpolated values exceed
@@ -72,12 +68,7 @@ bool HasSteadyW(const TVertices& v) {
   const double c = v[2][0].w;
   const double least = std::min(std::min(a, b), c);
   const double most = std::max(std::max(a, b), c);
-  return least > kMinSteadyW && most <= least * kMaxSteadyRatio && least < kMaxSteadyW;
-}
-
-bool HasFloatW(const TVertices& v) {
-  return std::all_of(std::begin(v), std::end(v),
-                     [](const TVec4* at) { return at[0].w > kMinFloatW && at[0].w < kMaxFloatW; });
+  return least > kMinSteadyW && most < kMaxSteadyW && most <= least * kMaxSteadyRatio;
 }
 
 double WidthOf(const TVertices& v) {
@@ -182,19 +173,20 @@ TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {
 // Where the coordinates of one axis lie. Those of pixels lie between those of the vertices, but for
 // what rounding adds: each of some thirty operations 2^-53 of the greatest at a vertex, times the
 // ratio of the vertices' 1/w, which is kMaxSteadyRatio at most. kTexelMargin is more, of what the
-// coordinates were before the filter shifted them.
-TTexelReach TexelReachOf(const TVertices& v, int slot, std::size_t component, bool linear,
-                         const TTexelAxis& axis) {
-  const double a = v[0][slot][component];
-  const double b = v[1][slot][component];
-  const double c = v[2][slot][component];
+// coordinates were before the filter shifted them. Adds the vertices' magnitudes, in texels, to the
+// bound: a NaN, which makes that one, leads anywhere.
+TTexelReach TexelReachOf(std::size_t component, const TTexelAxis& axis, TPrimitive* primitive) {
+  const double a = primitive->Vertex[0][primitive->TexSlot][component];
+  const double b = primitive->Vertex[1][primitive->TexSlot][component];
+  const double c = primitive->Vertex[2][primitive->TexSlot][component];
+  const bool linear = primitive->Texels == TTexelSource::Linear;
   const double shift = linear ? 0.5 : 0.0;
   const double least = std::min({a, b, c}) * axis.Size - shift;
   const double most = std::max({a, b, c}) * axis.Size - shift;
-  const double margin = kTexelMargin * (std::fabs(least) + std::fabs(most) + 1.0);
-  // NaNs are found by the sum.
-  if (!(std::fabs(a + b + c) < kInRangeRepeat && least > -kInRangeRepeat &&
-        most < kInRangeRepeat)) {
+  const double sum = (std::fabs(a) + std::fabs(b) + std::fabs(c)) * axis.Size;
+  const double margin = kTexelMargin * (2.0 * sum + 2.0);
+  primitive->TexelBound += sum;
+  if (!(least > -kInRangeRepeat && most < kInRangeRepeat && sum < 4.0 * kInRangeRepeat)) {
     return TTexelReach::Anywhere;
   }
   if (margin <= least && most + margin < axis.Size - (linear ? 1 : 0)) {
@@ -223,19 +215,12 @@ TCondition SetUpTexels(const TSampler& sampler, TPrimitive* primitive) {
 // Finds where the texel coordinates of a primitive lie. The bound is NaN if one of them is, or may
 // be between the vertices.
 void SetUpReach(TPrimitive* primitive) {
-  const TVertices& v = primitive->Vertex;
-  primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
-  if (primitive->Perspective && !HasSteadyW(v)) {
+  if (primitive->Perspective && !HasSteadyW(primitive->Vertex)) {
+    primitive->TexelBound = std::numeric_limits<double>::quiet_NaN();
     return;
   }
-  const bool linear = primitive->Texels == TTexelSource::Linear;
-  const int slot = primitive->TexSlot;
-  primitive->Reach = std::min(TexelReachOf(v, slot, 0, linear, primitive->AxisX),
-                              TexelReachOf(v, slot, 1, linear, primitive->AxisY));
-  const auto boundOf = [&](std::size_t i) {
-    return std::fabs(v[0][slot][i]) + std::fabs(v[1][slot][i]) + std::fabs(v[2][slot][i]);
-  };
-  primitive->TexelBound = boundOf(0) * primitive->AxisX.Size + boundOf(1) * primitive->AxisY.Size;
+  primitive->Reach = std::min(TexelReachOf(0, primitive->AxisX, primitive),
+                              TexelReachOf(1, primitive->AxisY, primitive));
 }
 
 bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
@@ -243,27 +228,16 @@ bool IsUnit(double c) { return c >= 0.0 && c <= 1.0; }
 // Whether all filtered texels lie in 0 to 1, with steady w. With coordinates that are NaN, or too
 // great to have a fraction, a mix of texels may be NaN.
 bool AreUnitTexels(const TPrimitive& primitive) {
-  if (primitive.Texels == TTexelSource::Linear) {
-    for (const TVec4* const at : primitive.Vertex) {
-      const TVec4& st = at[primitive.TexSlot];
-      if (!(std::fabs(st.x) < kMaxUnitTexCoord && std::fabs(st.y) < kMaxUnitTexCoord)) {
-        return false;
-      }
-    }
-  } else if (primitive.Texels != TTexelSource::Nearest) {
-    return false;
-  }
   const TVec4& border = primitive.Sampler->m_BorderColor;
-  return IsUnit(border.x) && IsUnit(border.y) && IsUnit(border.z) && IsUnit(border.w);
+  return HasByteTexels(primitive.Texels) && primitive.TexelBound < kMaxUnitTexCoord &&
+         IsUnit(border.x) && IsUnit(border.y) && IsUnit(border.z) && IsUnit(border.w);
 }
 
 bool AreInReach(const TVertices& v) {
-  const auto size = [](const TVec4* at) {
-    constexpr std::int64_t kAllButSign = std::numeric_limits<std::int64_t>::max();
-    return (TPair)((TPairMask)PairAt(&at[0].x) & TPairMask{kAllButSign, kAllButSign});
+  const auto sumOf = [&v](double TVec4::*i) {
+    return std::fabs(v[0][0].*i) + std::fabs(v[1][0].*i) + std::fabs(v[2][0].*i);
   };
-  const TPair sum = size(v[0]) + size(v[1]) + size(v[2]);
-  return sum[0] < kMaxWindow && sum[1] < kMaxWindow;
+  return sumOf(&TVec4::x) < kMaxWindow && sumOf(&TVec4::y) < kMaxWindow;
 }
 
 } // namespace

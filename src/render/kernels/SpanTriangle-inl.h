@@ -10,6 +10,7 @@
 #endif
 
 #include <ZxCore3D/render/arrays/VertexBatch.h>
+#include <ZxCore3D/render/common/QuietFloats.h>
 #include <ZxCore3D/render/kernels/SpanShortRows-inl.h>
 
 HWY_BEFORE_NAMESPACE();
@@ -30,13 +31,7 @@ HWY_NOINLINE HWY_ATTR void DrawRows(const TSpanJob& job, const TRowSlots& slots,
     job.StartRow();
     row.Floats = &floats;
     row.HasFloats = uses && job.Meets(UnmetByFloatRow(job, floats.Ratio[lane]));
-    const TRowResult result = DrawRow<kTexels, kPerspective, kStencil>(job, slots, row);
-    if (result.LastDepthTested >= 0) {
-      last->DepthTested = {start + lane, result.LastDepthTested};
-    }
-    if (result.LastShaded >= 0) {
-      last->Shaded = {start + lane, result.LastShaded};
-    }
+    last->Record(start + lane, DrawRow<kTexels, kPerspective, kStencil>(job, slots, row));
   }
 }
 
@@ -111,8 +106,7 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
   const TDrawRows drawShortRows = ChooseShortRowKernel(*job, slots);
   const int shortPixels = primitive.Texels != TTexelSource::None ? kJoinedPixels : kShortPixels;
   TRows rows;
-  TLastPixels lastShort;
-  TLastPixels lastLong;
+  TLastPixels last;
   int current = -1;
   for (int start = 0; start < count; start += kLanes) {
     const TRowSets live = SetUpRows(*job, slots, plan, start, shortPixels, &rows);
@@ -125,20 +119,20 @@ HWY_INLINE HWY_ATTR void DrawPlan(TSpanJob* job, const TRowPlan& plan) {
       if (HWY_UNLIKELY(job->Counters != nullptr)) {
         CountShortRows(*job, rows, live.Short);
       }
-      drawShortRows(*job, slots, rows, live.Short, start, &lastShort);
+      drawShortRows(*job, slots, rows, live.Short, start, &last);
     }
     if (live.Long != 0) {
       kRowKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0]
-                 [job->Draw.StencilTest ? 1 : 0](*job, slots, rows, live.Long, start, &lastLong);
+                 [job->Draw.StencilTest ? 1 : 0](*job, slots, rows, live.Long, start, &last);
     }
   }
-  const auto later = [](const TLastPixel& a, const TLastPixel& b) { return a.Row > b.Row ? a : b; };
-  const TLastPixels last = {later(lastShort.DepthTested, lastLong.DepthTested),
-                            later(lastShort.Shaded, lastLong.Shaded)};
   RecordLastPixels(job, slots, plan, last, current, &rows);
 }
 
-HWY_ATTR void DrawTriangleJob(TSpanJob* job) { DrawPlan(job, PlanRows(*job)); }
+HWY_ATTR void DrawTriangleJob(TSpanJob* job) {
+  const TQuietFloats quiet; // lanes past the last pixel may raise any exception
+  DrawPlan(job, PlanRows(*job));
+}
 
 // A triangle of a batch.
 HWY_ATTR void DrawPlannedTriangle(TSpanJob* job, const TTriangleRows& rows, int shape) {

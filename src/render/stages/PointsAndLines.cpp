@@ -12,6 +12,7 @@
 #include <ZxCore3D/render/kernels/SpanJob.h>
 #include <ZxCore3D/render/stages/FragmentShading.h>
 #include <ZxCore3D/render/stages/FragmentStages.h>
+#include <ZxCore3D/render/stages/LineWalk.h>
 #include <ZxCore3D/render/stages/SlotMath.h>
 
 namespace Zx3D {
