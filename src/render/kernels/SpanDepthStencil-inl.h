@@ -207,10 +207,8 @@ HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB i
     return hn::Add(inside, one);
   case TStencilStep::Decr:
     return hn::SaturatedSub(inside, one);
-  case TStencilStep::Invert:
+  default: // Invert: what keeps is no step
     return hn::Xor(inside, mask);
-  default: // Keep
-    return inside;
   }
 }
 
