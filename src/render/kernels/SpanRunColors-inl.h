@@ -104,7 +104,7 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
 // less time than calls; but for the address sanitizer, which takes more than twenty minutes to
 // instrument all these copies, they are called.
 #ifndef ZX_STAGE
-#ifdef __SANITIZE_ADDRESS__
+#if defined(__SANITIZE_ADDRESS__) || HWY_IS_ASAN // GCC; clang
 #define ZX_STAGE HWY_NOINLINE
 #else
 #define ZX_STAGE HWY_INLINE
