@@ -412,14 +412,14 @@ HWY_INLINE HWY_ATTR VFF MixFloats(VFF a, VFF b, VFF f) {
 }
 
 // What texels are multiplied by, and added to.
-enum class TTint : std::uint8_t { None, Color, ColorAndSecondary };
+enum class TModulation : std::uint8_t { None, Color, ColorAndSecondary };
 
 // The pixels whose rounding test fails, of two groups: 16 bits a channel.
 using TUnsureBits = std::uint64_t;
 
 // Packed colours of the textured pixels of two groups, by how many columns they lie after the row's
 // first, 1/w varying if `kDivides`.
-template <TTexelSource kTexels, bool kDivides, TTint kTint>
+template <TTexelSource kTexels, bool kDivides, TModulation kModulation>
 HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& row, VFF after,
                                       const TFetchedTexels& first, const TFetchedTexels& second,
                                       TUnsureBits* unsure) {
@@ -428,7 +428,7 @@ HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& r
   const DFU du;
   *unsure = 0;
   const VFU lowLeft = hn::ConcatLowerLower(du, second.Left, first.Left);
-  if (!kLinear && kTint == TTint::None) {
+  if (!kLinear && kModulation == TModulation::None) {
     // A byte times 0.00392156862745098 times 255 is the byte again, to a few units of the last
     // place, even after multiplication by an interpolated 1 that is off by as much.
     return lowLeft;
@@ -445,14 +445,14 @@ HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& r
     u = join(first.FractionU, second.FractionU);
     v = join(first.FractionV, second.FractionV);
   }
-  const VFF q = kDivides && kTint != TTint::None ? join(first.Q, second.Q) : after;
+  const VFF q = kDivides && kModulation != TModulation::None ? join(first.Q, second.Q) : after;
   const TRowFloats& floats = *row.Floats;
   const int lane = row.Lane;
   const VFF zero = hn::Set(d, floats.Least[lane]);
   VFU packed = hn::Zero(du);
   ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
     constexpr int kChannel = decltype(channel)::value;
-    constexpr bool kAdds = kTint == TTint::ColorAndSecondary && kChannel < 3;
+    constexpr bool kAdds = kModulation == TModulation::ColorAndSecondary && kChannel < 3;
     VFF value = TexelChannel<kChannel>(lowLeft);
     if constexpr (kLinear) {
       value = MixFloats(
@@ -465,13 +465,13 @@ HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& r
       packed = hn::Or(packed, hn::ShiftLeft<8 * kChannel>(hn::And(byte, hn::Set(du, 255u))));
       return;
     }
-    if (kTint == TTint::None) {
+    if (kModulation == TModulation::None) {
       value = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
     } else {
       value =
           hn::Mul(value, ValueAfter(row, floats.Begin[kChannel], floats.Delta[kChannel], after));
     }
-    if (kDivides && kTint != TTint::None) {
+    if (kDivides && kModulation != TModulation::None) {
       value = kAdds ? hn::Add(value, ValueAfter(row, floats.SecondaryBegin[kChannel],
                                                 floats.SecondaryDelta[kChannel], after))
                     : value;

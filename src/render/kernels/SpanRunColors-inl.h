@@ -195,7 +195,7 @@ struct TUnsureRun {
 };
 
 // The packed colours of a run from its texels, in whole vectors.
-template <TTexelSource kTexels, bool kDivides, TTint kTint>
+template <TTexelSource kTexels, bool kDivides, TModulation kModulation>
 ZX_STAGE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int count,
                                std::uint64_t shaded, std::uint64_t unfetched,
                                const TFetchedTexels* ready, std::uint32_t* packed,
@@ -214,8 +214,8 @@ ZX_STAGE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int 
       const TFetchedTexels* const groups = &ready[i / kLanes];
       const TFetchedTexels& low = groups[(there & FirstBits(kLanes)) != 0 ? 0 : 1];
       const TFetchedTexels& high = groups[there >> kLanes != 0 ? 1 : 0];
-      const VFU colors =
-          TexturedBytes<kTexels, kDivides, kTint>(job.Primitive, row, after, low, high, &bits);
+      const VFU colors = TexturedBytes<kTexels, kDivides, kModulation>(job.Primitive, row, after,
+                                                                       low, high, &bits);
       hn::Store(colors, DFU(), packed + i);
     }
     bits = (bits & there * kEachChannel) | (wanted & ~there) * kEachChannel;
@@ -234,11 +234,11 @@ ZX_STAGE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots
   TUnsureRun unsure;
   const std::uint64_t unfetched =
       FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, values, ready);
-  const TTint tint = !job.Primitive.UsesVertexColor ? TTint::None
-                     : slots.Secondary < 0          ? TTint::Color
-                                                    : TTint::ColorAndSecondary;
-  ByValue<TTint::None, TTint::Color, TTint::ColorAndSecondary>(
-      tint, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
+  const TModulation modulation = !job.Primitive.UsesVertexColor ? TModulation::None
+                                 : slots.Secondary < 0          ? TModulation::Color
+                                                                : TModulation::ColorAndSecondary;
+  ByValue<TModulation::None, TModulation::Color, TModulation::ColorAndSecondary>(
+      modulation, [&](auto constant) HWY_ATTR __attribute__((always_inline)) {
         PackRun<kTexels, kDivides, decltype(constant)::value>(job, row, x, count, shaded, unfetched,
                                                               ready, packed, &unsure);
       });
