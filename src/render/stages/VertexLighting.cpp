@@ -58,18 +58,18 @@ bool HasNoSpecular(const TVec4& product, double shininess) {
          shininess <= 128.0;
 }
 
-TLightTerms TermsOf(const TRenderCPU& gl, const TLight& light) {
-  TLightTerms terms;
-  terms.Light = &light;
+// In place: a copy would wait for what was stored one by one, for each vertex between `Begin` and
+// `End`.
+void SetTerms(const TRenderCPU& gl, const TLight& light, TLightTerms* terms) {
+  terms->Light = &light;
   const TMaterial* const faces[2] = {&gl.m_MaterialFront, &gl.m_MaterialBack};
   for (int i = 0; i < (gl.m_LightModelTwoSide ? 2 : 1); ++i) {
-    terms.Ambient[i] = ProductOf(faces[i]->Ambient, light.Ambient);
-    terms.Diffuse[i] = ProductOf(faces[i]->Diffuse, light.Diffuse);
-    terms.Specular[i] = ProductOf(faces[i]->Specular, light.Specular);
+    terms->Ambient[i] = ProductOf(faces[i]->Ambient, light.Ambient);
+    terms->Diffuse[i] = ProductOf(faces[i]->Diffuse, light.Diffuse);
+    terms->Specular[i] = ProductOf(faces[i]->Specular, light.Specular);
   }
-  terms.NoSpecular = HasNoSpecular(terms.Specular[0], faces[0]->Shininess);
-  terms.HalfSet = false;
-  return terms;
+  terms->NoSpecular = HasNoSpecular(terms->Specular[0], faces[0]->Shininess);
+  terms->HalfSet = false;
 }
 
 struct TVertexLighting {
@@ -235,7 +235,7 @@ void SetBaseColor(const TFace& face, const TVec4& sceneAmbient) {
 void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out) {
   for (int k = 0; k < gl.m_EnabledLightCount && gl.m_Lighting; ++k) {
     TLightTerms& terms = out->Lights[k];
-    terms = TermsOf(gl, gl.m_Lights[gl.m_EnabledLights[k]]);
+    SetTerms(gl, gl.m_Lights[gl.m_EnabledLights[k]], &terms);
     terms.HalfSet = true;
     terms.Half = FarHalfVector(*terms.Light);
   }
@@ -297,7 +297,7 @@ void ShadeWithMaterial(TRenderCPU* render, TRenderCPU::VAR_DATA* v,
   for (int k = 0; k < gl.m_EnabledLightCount; ++k) {
     TLightTerms fresh;
     if (drawTerms == nullptr) {
-      fresh = TermsOf(gl, gl.m_Lights[gl.m_EnabledLights[k]]);
+      SetTerms(gl, gl.m_Lights[gl.m_EnabledLights[k]], &fresh);
     }
     const TLightTerms& terms = drawTerms != nullptr ? drawTerms->Lights[k] : fresh;
     const TLight& light = *terms.Light;
