@@ -13,7 +13,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <cstdlib>
 
 #include <ZxCore3D/render/common/Limits.h>
 #include <ZxCore3D/render/common/Pairs.h>
@@ -125,52 +124,12 @@ inline HWY_ATTR TCondition UnmetByLineRuns(const TLineWalk& walk) {
   ZX_RETURN_FIRST_UNMET(ZX_LINE_RUN_CONDITIONS);
 }
 
-// Asks for the pixels of a line, about where it meets each row, while the line before it is drawn:
-// their stores would wait for memory, and all others behind them. Pixels that are read need none of
-// it, since all loads of a run are under way at once, and runs along a row lie on few cache lines.
-class TLineAhead {
-public:
-  TLineAhead(const TTargetRows& color, const TLineWalk* walk) : m_Color(color) {
-    if (walk == nullptr || UnmetByLineRuns(*walk) == TCondition::None) {
-      return;
-    }
-    int x;
-    int lastX;
-    int lastY;
-    walk->At(walk->First, &x, &m_Y);
-    walk->At(walk->Last, &lastX, &lastY);
-    m_Rows = std::abs(lastY - m_Y);
-    m_PerRow = m_Rows != 0 ? std::int64_t{65536} * (lastX - x) / m_Rows : 0;
-    m_X = std::int64_t{65536} * x;
-    m_StepY = walk->Step[1];
-  }
-  HWY_INLINE void Ask(int rows) {
-    for (rows = std::min(rows, m_Rows), m_Rows -= rows; rows > 0; --rows) {
-      const auto x = static_cast<int>(m_X >> 16);
-      __builtin_prefetch(m_Color.At<std::uint32_t>(x, m_Y), 1);
-      m_X += m_PerRow;
-      m_Y += m_StepY;
-    }
-  }
-  HWY_INLINE void AskForRest() { Ask(m_Rows); }
-
-private:
-  const TTargetRows& m_Color;
-  int m_Rows = 0; ///< that were not asked for yet
-  int m_Y = 0;
-  int m_StepY = 0;
-  std::int64_t m_X = 0; ///< column, times 2^16
-  std::int64_t m_PerRow = 0;
-};
-
 // Draws pixels that are only written.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSlots& slots,
-                                               const TLineRow& row, const TLineWalk& walk,
-                                               const TLineWalk* next) {
+                                               const TLineRow& row, const TLineWalk& walk) {
   const DD d;
   const DU du;
-  TLineAhead ahead(job.Draw.Color, next);
   const TLineSteps steps(walk);
   TLinePixels<std::uint32_t> color(job.Draw.Color, walk);
   // The commonest case, with a mask that is known here; other constant channels find their byte.
@@ -180,7 +139,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   HWY_ALIGN std::uint32_t packed[kLanes];
   for (int first = walk.First; first <= walk.Last; first += kLanes) {
     const int count = std::min(walk.Last - first + 1, kLanes);
-    ahead.Ask(kLanes);
     const VD i = Columns(d, first);
     color.Find(0, steps.Along(i), steps.Aside(i));
     const VD t = steps.T(i);
@@ -192,7 +150,6 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
       *color.At(k) = packed[k];
     }
   }
-  ahead.AskForRest();
   return {walk.Last, walk.Last};
 }
 
@@ -315,13 +272,12 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawScattered(const TSpanJob& job, const TRowSl
 // The results are numbers of pixels along the line.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& slots,
-                                          const TLineRow& row, const TLineWalk& walk,
-                                          const TLineWalk* next) {
+                                          const TLineRow& row, const TLineWalk& walk) {
   const bool isPlain = job.Draw.IsPlain();
   const bool byRuns = !isPlain && job.Meets(UnmetByLineRuns(walk));
   job.Count(byRuns ? TKernel::LineRuns : TKernel::ScatteredPixels, walk.Last - walk.First + 1);
   if (isPlain) {
-    return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk, next);
+    return DrawPlainWalk<kTexels, kPerspective>(job, slots, row, walk);
   }
   if (!byRuns) {
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
@@ -354,7 +310,7 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
 }
 
 using TDrawWalk = TRowResult (*)(const TSpanJob& job, const TRowSlots& slots, const TLineRow& row,
-                                 const TLineWalk& walk, const TLineWalk* next);
+                                 const TLineWalk& walk);
 
 inline constexpr TDrawWalk kLineKernels[4][2] = {
     {DrawWalk<TTexelSource::None, false>, DrawWalk<TTexelSource::None, true>},
@@ -403,11 +359,10 @@ inline HWY_ATTR void DrawLines(TSpanJob* job, const TPrimitive* lines, const TLi
     values.Set(primitive);
   };
   for (int i = 0; i < count; ++i) {
-    const TLineWalk* const next = i + 1 < count ? &walks[i + 1] : nullptr;
     job->StartPrimitive();
     take(i);
     last.Record(i, kLineKernels[static_cast<int>(primitive.Texels)][primitive.Perspective ? 1 : 0](
-                       *job, values.Slots, values.Row, walks[i], next));
+                       *job, values.Slots, values.Row, walks[i]));
   }
   if (const TLastPixel tested = last.DepthTested; tested.Row >= 0) {
     take(tested.Row);
