@@ -435,6 +435,60 @@ TEST_F(VertexBatches, IndicesThatShareAPlaceInTheCache) {
   }
 }
 
+// Each vertex has a material of its own, and the last one's stays.
+TEST_F(VertexBatches, ColourMaterialInEveryMode) {
+  const std::vector<float> positions = Shapes(210, 0.9, 0.4);
+  const std::vector<float> normals = Shapes(210, 0.5, 1.0);
+  const std::vector<unsigned char> colors = Colors(210);
+  std::vector<std::uint8_t> indices(210);
+  for (std::uint8_t& index : indices) {
+    index = static_cast<std::uint8_t>(m_Random() % 210);
+  }
+  indices[199] = indices[197]; // shaded before, and not the last one that is
+  constexpr unsigned int kFaces[] = {GL_FRONT, GL_BACK, GL_FRONT_AND_BACK};
+  constexpr unsigned int kParts[] = {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_EMISSION,
+                                     GL_AMBIENT_AND_DIFFUSE};
+  for (const unsigned int mode : kModes) {
+    for (int state = 0; state < 30; ++state) {
+      SCOPED_TRACE(testing::Message() << "mode " << mode << ", state " << state);
+      const bool indexed = state % 2 == 1;
+      const unsigned int face = kFaces[state % 3];
+      const unsigned int part = kParts[state % 5];
+      Compare([&](TRenderCPU* gl) {
+        gl->EnableLighting(state % 7 != 6);
+        gl->EnableLight(0, true);
+        gl->EnableLight(1, state % 4 == 3);
+        gl->Materialf(GL_FRONT_AND_BACK, GL_SHININESS, 3);
+        gl->LightModeli(GL_LIGHT_MODEL_TWO_SIDE, state % 3);
+        gl->_Enable(GL_NORMALIZE, state % 5 < 3);
+        gl->_Enable(GL_COLOR_MATERIAL, true);
+        gl->ColorMaterial(face, part);
+        Bind(gl, positions, colors);
+        gl->NormalPointer(GL_FLOAT, 0, normals.data());
+        gl->_EnableClientState(GL_NORMAL_ARRAY, true);
+        const TRenderCPU::TMaterial before = gl->m_MaterialFront; // the back has the same
+        if (indexed) {
+          gl->DrawElements(mode, 200, GL_UNSIGNED_BYTE, indices.data());
+        } else {
+          gl->DrawArrays(mode, 3, 200);
+        }
+        const unsigned char* const color = &colors[4 * (indexed ? indices[199] : 202u)];
+        for (std::size_t i = 0; i < 4; ++i) {
+          const bool front = face != GL_BACK;
+          const bool diffuse = part == GL_DIFFUSE || part == GL_AMBIENT_AND_DIFFUSE;
+          EXPECT_DOUBLE_EQ(front && diffuse ? color[i] / 255.0 : before.Diffuse[i],
+                           gl->m_MaterialFront.Diffuse[i]);
+          EXPECT_DOUBLE_EQ(front && part == GL_EMISSION ? color[i] / 255.0 : before.Emission[i],
+                           gl->m_MaterialFront.Emission[i]);
+          EXPECT_DOUBLE_EQ(face != GL_FRONT && part == GL_SPECULAR ? color[i] / 255.0
+                                                                   : before.Specular[i],
+                           gl->m_MaterialBack.Specular[i]);
+        }
+      });
+    }
+  }
+}
+
 // --- Lines
 
 // The closed form of a walk against the walk by its error.

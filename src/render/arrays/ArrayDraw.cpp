@@ -61,11 +61,11 @@ bool IsIndexType(unsigned int type) {
 } // namespace
 
 // Whether skipping the virtual calls is unobservable: the context's own class, and the standard
-// vertex shader, which then writes nothing but its record.
+// vertex shader, which writes nothing but its record and the colour material.
 bool TRenderEngine::MayReplayDirectly() const {
   return GetSpanKernels() != nullptr && typeid(gl) == typeid(TRenderCPU) &&
          gl.m_VertexShader == gl.m_StdVertexShader && gl.m_VertexShader != nullptr &&
-         gl.m_FragmentShader == gl.m_StdFragmentShader && !gl.m_ColorMaterial &&
+         gl.m_FragmentShader == gl.m_StdFragmentShader &&
          gl.m_VertexHandler != &TRenderCPU::UnknownVertex;
 }
 
@@ -114,6 +114,7 @@ void TRenderEngine::ReplayDirectly(const TArrayDraw& draw, const TElements& elem
   }
   if (!fetched) {
     draw.Fetch(&gl, elements.At(count - 1)); // the current values are those of the last element
+    ApplyColorMaterial(&gl);
   }
 }
 
@@ -143,7 +144,8 @@ void TRenderEngine::Replay(unsigned int mode, int count, const TElements& elemen
     DrawJob = mode != GL_POINTS && SetUpDraw(kind, &job) == TCondition::None ? &job : nullptr;
     TLightingTerms lighting;
     SetUpLighting(gl, &lighting);
-    const TArrayDraw draw = {values, valueCount, &lighting};
+    const bool steady = !gl.m_ColorMaterial; // otherwise each vertex has a material of its own
+    const TArrayDraw draw = {values, valueCount, steady ? &lighting : nullptr};
     ReplayDirectly(draw, elements, count, ReplayBatches(draw, elements, count));
   } else {
     for (int i = 0; i < count; ++i) {

@@ -14,7 +14,7 @@ namespace Zx3D {
 struct TArrayDraw {
   const TRenderCPU::TAttrValue* Values;
   unsigned long ValueCount;
-  const TLightingTerms* Lighting;
+  const TLightingTerms* Lighting; ///< null: not the same for all vertices
 
   /// Makes an element the current one.
   void Fetch(TRenderCPU* gl, unsigned long element) const {

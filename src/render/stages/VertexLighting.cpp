@@ -213,16 +213,6 @@ void SetColorMaterial(TMaterial* material, std::uint32_t mode, const TVec4& colo
   }
 }
 
-void ApplyColorMaterial(TRenderCPU* gl) {
-  const std::uint32_t face = gl->m_ColorMaterialFace;
-  if (face == GL_FRONT_AND_BACK || face == GL_FRONT) {
-    SetColorMaterial(&gl->m_MaterialFront, gl->m_ColorMaterialMode, gl->m_CurColor);
-  }
-  if (face == GL_FRONT_AND_BACK || face == GL_BACK) {
-    SetColorMaterial(&gl->m_MaterialBack, gl->m_ColorMaterialMode, gl->m_CurColor);
-  }
-}
-
 void SetBaseColor(const TFace& face, const TVec4& sceneAmbient) {
   const TMaterial& m = *face.Material;
   *face.Color = {m.Ambient.x * sceneAmbient.x + m.Emission.x,
@@ -231,6 +221,19 @@ void SetBaseColor(const TFace& face, const TVec4& sceneAmbient) {
 }
 
 } // namespace
+
+void ApplyColorMaterial(TRenderCPU* gl) {
+  if (!gl->m_ColorMaterial) {
+    return;
+  }
+  const std::uint32_t face = gl->m_ColorMaterialFace;
+  if (face == GL_FRONT_AND_BACK || face == GL_FRONT) {
+    SetColorMaterial(&gl->m_MaterialFront, gl->m_ColorMaterialMode, gl->m_CurColor);
+  }
+  if (face == GL_FRONT_AND_BACK || face == GL_BACK) {
+    SetColorMaterial(&gl->m_MaterialBack, gl->m_ColorMaterialMode, gl->m_CurColor);
+  }
+}
 
 void SetUpLighting(const TRenderCPU& gl, TLightingTerms* out) {
   for (int k = 0; k < gl.m_EnabledLightCount && gl.m_Lighting; ++k) {
@@ -263,9 +266,7 @@ void ShadeWithMaterial(TRenderCPU* render, TRenderCPU::VAR_DATA* v,
   } else {
     *slot(gl.m_VarColor) = gl.m_CurColor;
   }
-  if (gl.m_ColorMaterial) {
-    ApplyColorMaterial(&gl);
-  }
+  ApplyColorMaterial(&gl);
   if (gl.m_TexUnits[0].TexEnabled) {
     *slot(gl.m_VarTexCoord) = gl.m_CurTexCoord;
   }

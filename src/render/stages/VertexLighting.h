@@ -46,6 +46,9 @@ inline void SetClipPosition(const TRenderCPU& gl, const vec_t_<double, 4>& verte
   StorePair(&out->z, high);
 }
 
+/// Makes the current colour the material, where colour material is on.
+void ApplyColorMaterial(TRenderCPU* gl);
+
 /// What the standard vertex shader does with lights or colour material. `drawTerms` is null where
 /// state may have changed since the vertex before.
 void ShadeWithMaterial(TRenderCPU* gl, TRenderCPU::VAR_DATA* v, const TLightingTerms* drawTerms);
