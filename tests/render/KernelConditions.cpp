@@ -371,9 +371,14 @@ void KernelConditions::AddColorCases(std::vector<TCase>* cases) {
   const TSetUp tooBright = [](TRenderCPU&, TShape& shape) { shape.Colors[1][0] = 5; };
   add(C::ByteTexelsImage, kTexture, Texture,
       [](TRenderCPU& gl, TShape&) { gl.m_TexUnits[0].Sampler.SetSurface(nullptr); });
-  add(C::ByteTexelsFourBytes, kTexture, Texture, [this](TRenderCPU& gl, TShape&) {
-    ASSERT_TRUE(m_Surface.Create(8, 8, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3));
+  add(C::ByteTexelsBytes, kTexture, Texture, [this](TRenderCPU& gl, TShape&) {
+    ASSERT_TRUE(m_Surface.Create(8, 8, DATA_FORMAT_RGB, DATA_TYPE_FLOAT, 3));
     gl.m_TexUnits[0].Sampler.SetSurface(&m_Surface);
+  });
+  add(C::ByteTexelsHasWord, kTexture, Texture, [this](TRenderCPU& gl, TShape&) {
+    ASSERT_TRUE(m_Surface.Create(1, 1, DATA_FORMAT_RGB, DATA_TYPE_UINT8, 3));
+    gl.m_TexUnits[0].Sampler.SetSurface(&m_Surface);
+    gl.m_TexUnits[0].Sampler.SetWrap(GL_CLAMP_TO_EDGE, GL_CLAMP_TO_EDGE);
   });
   add(C::ByteTexelsSmallOffsets, kTexture, Texture, [this](TRenderCPU& gl, TShape&) {
     ASSERT_TRUE(m_Surface.Create(1 << 20, 1, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4));

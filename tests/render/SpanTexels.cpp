@@ -51,17 +51,20 @@ protected:
   SpanTexels() : TLevelTest(kWidth, kHeight) {}
 
   static void Texture(TRenderCPU& gl, int width, int height, unsigned int filter,
-                      unsigned int wrapS, unsigned int wrapT) {
+                      unsigned int wrapS, unsigned int wrapT, int channels = 4) {
+    constexpr unsigned int kFormats[] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
+    const unsigned int format = kFormats[channels - 1];
     zx_test::TRandom random(7);
-    std::vector<unsigned char> texels(static_cast<std::size_t>(width * height * 4));
+    std::vector<unsigned char> texels(static_cast<std::size_t>(width * height * channels));
     for (unsigned char& byte : texels) {
       byte = static_cast<unsigned char>(random.Below(256));
     }
     unsigned int id = 0;
     gl.GenTextures(1, &id);
     gl.BindTexture(GL_TEXTURE_2D, id);
-    gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                  texels.data());
+    gl.TexImage2D(GL_TEXTURE_2D, 0, static_cast<int>(format), width, height, 0, format,
+                  GL_UNSIGNED_BYTE, texels.data());
+    ASSERT_EQ(channels, gl.m_TexUnits[0].Sampler.m_Surface->Channels);
     gl.TexFilter2D(filter, filter);
     gl.TexWrap2D(wrapS, wrapT);
     gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_REPLACE);
@@ -111,13 +114,15 @@ TEST_F(SpanTexels, AboutTheEdgesOfTilesOfEverySize) {
       for (int round = 0; round < 4; ++round) {
         const unsigned int wrapS = kWraps[random.Below(4)];
         const unsigned int wrapT = kWraps[random.Below(4)];
-        const std::string what = std::to_string(width) + " by " + std::to_string(height) + ", " +
+        const int channels = 1 + (width + round) % 4;
+        const std::string what = std::to_string(width) + " by " + std::to_string(height) + " of " +
+                                 std::to_string(channels) + ", " +
                                  std::to_string(wrapS) + " and " + std::to_string(wrapT) +
                                  ", filter " + std::to_string(filter);
         const zx_test::TRandom rows = random;
         Expect(what, [&](TRenderCPU& gl) {
           random = rows;
-          Texture(gl, width, height, filter, wrapS, wrapT);
+          Texture(gl, width, height, filter, wrapS, wrapT, channels);
           for (int y = 0; y < kHeight; ++y) {
             const double s = Coordinate(&random, width);
             const double t = Coordinate(&random, height);
@@ -179,10 +184,12 @@ TEST_F(SpanTexels, PixelsOnTheEdgesOfTexels) {
     for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
       for (const unsigned int wrap : {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP}) {
         for (const double step : {0.0, 0.25, 0.5, 1.0, 3.0}) {
-          Expect(std::to_string(size) + ", filter " + std::to_string(filter) + ", wrap " +
-                     std::to_string(wrap) + ", " + std::to_string(step) + " a pixel",
+          const int channels = 1 + static_cast<int>(4 * step + size) % 4;
+          Expect(std::to_string(size) + " of " + std::to_string(channels) + ", filter " +
+                     std::to_string(filter) + ", wrap " + std::to_string(wrap) + ", " +
+                     std::to_string(step) + " a pixel",
                  [&](TRenderCPU& gl) {
-                   Texture(gl, size, size, filter, wrap, wrap);
+                   Texture(gl, size, size, filter, wrap, wrap, channels);
                    gl.m_TexUnits[0].Sampler.m_BorderColor = {1e13, 1e15, 0.5, 1e14};
                    gl.MatrixMode(GL_PROJECTION);
                    gl.LoadMatrixd(kWIsZ);
@@ -256,8 +263,9 @@ TEST_F(SpanTexels, HalvedTexelsBeyondTheEdges) {
     for (const unsigned int wrapS : {GL_REPEAT, GL_CLAMP_TO_EDGE}) {
       for (const double far : {1.0, 3.0}) {
         for (int degrees = 0; degrees < 360; degrees += 30) {
+          const int channels = 1 + (degrees / 30 + size) % 4;
           Expect(std::to_string(size) + " at " + std::to_string(degrees), [&](TRenderCPU& gl) {
-            Texture(gl, size, size + 1, GL_LINEAR, wrapS, GL_CLAMP_TO_EDGE);
+            Texture(gl, size, size + 1, GL_LINEAR, wrapS, GL_CLAMP_TO_EDGE, channels);
             gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
             gl.MatrixMode(GL_PROJECTION);
             gl.LoadMatrixd(kWIsZ);
@@ -283,7 +291,7 @@ TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
     for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
       for (int degrees = 0; degrees < 180; degrees += 15) {
         Expect(std::to_string(size) + " at " + std::to_string(degrees), [&](TRenderCPU& gl) {
-          Texture(gl, size, size + 2, filter, GL_REPEAT, GL_REPEAT);
+          Texture(gl, size, size + 2, filter, GL_REPEAT, GL_REPEAT, 1 + degrees / 15 % 4);
           const double angle = degrees * 3.14159265358979 / 180;
           gl.Begin(GL_QUADS);
           for (const double corner : {45.0, 135.0, 225.0, 315.0}) {
@@ -300,23 +308,35 @@ TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
 
 // Only a repeat reads past the last texel: other wrap modes are used with blocks that end there.
 TEST_F(SpanTexels, NothingPastTheLastTexelIsReadWithoutARepeat) {
+  struct TLayout {
+    int Channels;
+    int Stride; ///< from one texel to the next
+  };
+  constexpr TLayout kLayouts[] = {{4, 4}, {3, 3}, {2, 2}, {1, 1}, {3, 4}, {4, 5}, {1, 7}};
   for (const int width : {1, 2, 3, 8}) {
-    for (const int height : {1, 2, 5}) {
-      const auto size = static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
-      const TGuardedBlock block(size);
-      for (std::size_t i = 0; i < size; ++i) {
+    for (const TLayout layout : kLayouts) {
+      const int height = 1 + (width + layout.Stride) % 3;
+      const int rowStride = width * layout.Stride + layout.Stride % 2 * 5;
+      const int size =
+          (height - 1) * rowStride + (width - 1) * layout.Stride + layout.Channels;
+      const TGuardedBlock block(static_cast<std::size_t>(size));
+      for (int i = 0; i < size; ++i) {
         block.Data[i] = static_cast<std::uint8_t>(37 * i + 11);
       }
       for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
         for (const unsigned int wrap : {GL_CLAMP_TO_EDGE, GL_CLAMP_TO_BORDER, GL_CLAMP}) {
-          Expect(std::to_string(width) + " by " + std::to_string(height) + ", filter " +
-                     std::to_string(filter) + ", wrap " + std::to_string(wrap),
+          Expect(std::to_string(width) + " by " + std::to_string(height) + " of " +
+                     std::to_string(layout.Channels) + " in " + std::to_string(layout.Stride) +
+                     " bytes, filter " + std::to_string(filter) + ", wrap " + std::to_string(wrap),
                  [&](TRenderCPU& gl) {
                    TDataSurface image;
-                   ASSERT_TRUE(image.Create(width, height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8, 4,
-                                            block.Data));
+                   ASSERT_TRUE(image.Create(width, height, DATA_FORMAT_RGBA, DATA_TYPE_UINT8,
+                                            layout.Channels, block.Data));
+                   image.PixelStride = layout.Stride;
+                   image.RowStride = rowStride;
                    Texture(gl, 1, 1, filter, wrap, wrap);
                    ASSERT_TRUE(gl.MoveTexImage2D(GL_TEXTURE_2D, 0, &image));
+                   gl.m_TexUnits[0].Sampler.m_BorderColor = {0.25, 0.5, 0.75, 0.375};
                    for (int y = 0; y < kHeight; ++y) {
                      const double t = -0.5 + 2.0 * y / kHeight;
                      Row(gl, y, y % 2 == 0 ? -0.5 : 0.0, y % 2 == 0 ? 1.5 : 1.0, t);

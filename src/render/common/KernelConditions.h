@@ -44,10 +44,11 @@
 #define ZX_BYTE_TEXEL_CONDITIONS(X) \
   X(ByteTexels,      Image,           surface != nullptr && \
                                       sampler.m_GetValue != &TSampler::GetValueBorder,        "without an image every texel is the border") \
-  X(ByteTexels,      FourBytes,       IsFourBytes(*surface),                                  "a texel is one 32-bit load") \
+  X(ByteTexels,      Bytes,           surface->Type == DATA_TYPE_UINT8,                       "texels of other types are no words") \
   X(ByteTexels,      SmallOffsets,    HasSmallOffsets(*surface),                              "offsets of texels are computed in 32 bits") \
   X(ByteTexels,      SizeOfImage,     sampler.m_SurfaceWidth == surface->Width && \
-                                      sampler.m_SurfaceHeight == surface->Height,             "the sampler scales by sizes of its own")
+                                      sampler.m_SurfaceHeight == surface->Height,             "the sampler scales by sizes of its own") \
+  X(ByteTexels,      HasWord,         SetUpTexelBytes(sampler, &primitive->TexelBytes),       "a texel is one 32-bit load within the image")
 
 #define ZX_FLOAT_COLOR_CONDITIONS(X) \
   X(FloatColors,     Triangle,        primitive.Kind == TPrimitiveKind::Triangle,             "runs of a line are too short to gain") \

@@ -140,6 +140,20 @@ struct TTexelAxis {
   double InverseSize; ///< rounded
 };
 
+/// How the bytes of texels become words, red the lowest, with an alpha of 1 where there is none. A
+/// pair is two neighbours of a row, the first in the low half.
+struct TTexelBytes {
+  std::uint32_t Stride; ///< from one texel to the next
+  bool AreWords;        ///< texels are words as they stand; otherwise:
+  bool HasPairs;        ///< neighbours lie within eight bytes
+  std::uint32_t LastWord; ///< the last offset of four bytes that lie within the image
+  std::uint32_t LastPair; ///< of eight bytes
+  std::uint32_t Alpha;    ///< what is put where there is no alpha
+  /// The bytes of four words, or of two pairs, within those that are loaded; 0x80: none.
+  std::uint8_t WordPlaces[16];
+  std::uint8_t PairPlaces[16];
+};
+
 /// What a primitive's vertices prove. What is read under a condition alone has no value before that
 /// holds, as in `TPrimitive`.
 struct TPrimitiveValues {
@@ -180,6 +194,7 @@ struct TPrimitive : TPrimitiveValues {
   TRenderCPU::TTexSampler* Sampler = nullptr;
   TTexelAxis AxisX; ///< with byte texels, as `AxisY`
   TTexelAxis AxisY;
+  TTexelBytes TexelBytes; ///< likewise
 };
 
 /// What a kernel leaves for the fragment record, where a flag says so.

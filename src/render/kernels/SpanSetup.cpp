@@ -150,14 +150,40 @@ void SetUpTints(unsigned int same, TKnownTints* known, TPrimitive* primitive) {
 
 using TSampler = TRenderCPU::TTexSampler;
 
-bool IsFourBytes(const DATASURFACE& surface) {
-  return surface.Type == DATA_TYPE_UINT8 && surface.Channels == 4 && surface.PixelStride == 4;
+bool HasSmallOffsets(const DATASURFACE& surface) {
+  const std::int64_t pixelStride = surface.PixelStride;
+  const std::int64_t rowStride = surface.RowStride;
+  return pixelStride > 0 && rowStride > 0 && surface.Width < kMaxTextureSide &&
+         surface.Height < kMaxTextureSide &&
+         (surface.Height + 2) * rowStride + (surface.Width + 1) * pixelStride < kMaxTextureBytes;
 }
 
-bool HasSmallOffsets(const DATASURFACE& surface) {
-  return surface.RowStride > 0 && surface.Width < kMaxTextureSide &&
-         surface.Height < kMaxTextureSide &&
-         (std::int64_t{surface.Height} + 2) * surface.RowStride < kMaxTextureBytes;
+// False where no word lies within the image, as in one of a single byte.
+bool SetUpTexelBytes(const TSampler& sampler, TTexelBytes* out) {
+  static constexpr std::uint8_t kPlaces[4][4] = {
+      {0, 0, 0, 0x80}, {0, 0, 0, 1}, {0, 1, 2, 0x80}, {0, 1, 2, 3}};
+  const DATASURFACE& surface = *sampler.m_Surface;
+  const int channels = surface.Channels;
+  const int stride = surface.PixelStride;
+  out->AreWords = channels == 4 && stride == 4;
+  if (out->AreWords) {
+    return true;
+  }
+  // A repeat may find one column and one row past the last.
+  const int lastX = surface.Width - (sampler.m_WrapS == GL_REPEAT ? 0 : 1);
+  const int lastY = surface.Height - (sampler.m_WrapT == GL_REPEAT ? 0 : 1);
+  const int end = lastY * surface.RowStride + lastX * stride + channels;
+  out->Stride = static_cast<std::uint32_t>(stride);
+  out->HasPairs = stride <= 4 && end >= 8;
+  out->LastWord = static_cast<std::uint32_t>(end - 4);
+  out->LastPair = static_cast<std::uint32_t>(end - 8);
+  out->Alpha = channels % 2 != 0 ? 0xFF000000u : 0;
+  for (int i = 0; i < 16; ++i) {
+    const int place = kPlaces[channels - 1][i % 4];
+    out->WordPlaces[i] = static_cast<std::uint8_t>(place + i / 4 * 4);
+    out->PairPlaces[i] = static_cast<std::uint8_t>(place + i / 4 % 2 * stride + i / 8 * 8);
+  }
+  return end >= 4;
 }
 
 TTexelAxis TexelAxisOf(std::uint32_t wrap, int size) {

@@ -152,10 +152,14 @@ HWY_INLINE HWY_ATTR TTexelPlaces PlaceTexels(const TTexelAxis& axis, VD coordina
 struct TTexture {
   TTexelAxis X, Y;
   const void* Data;
+  const TTexelBytes& Bytes;
+  bool AreWords;
+  bool MayPair; // two texels in one load
   std::uint32_t RowStride;
 
   explicit TTexture(const TPrimitive& primitive)
       : X(primitive.AxisX), Y(primitive.AxisY), Data(primitive.Sampler->m_Surface->Data),
+        Bytes(primitive.TexelBytes), AreWords(Bytes.AreWords), MayPair(AreWords || Bytes.HasPairs),
         RowStride(static_cast<std::uint32_t>(primitive.Sampler->m_Surface->RowStride)) {}
 };
 
@@ -164,17 +168,44 @@ HWY_INLINE HWY_ATTR VU64 RowOffset(const TTexture& texture, VU64 y) {
   return hn::MulEven(hn::BitCast(du, y), hn::Set(du, texture.RowStride));
 }
 
-HWY_INLINE HWY_ATTR VU GatherTexels(const void* data, VU64 x, VU64 row) {
-  const VU64 offset = hn::Add(hn::ShiftLeft<2>(x), row);
-  return hn::GatherOffset(DU(), static_cast<const std::uint32_t*>(data),
-                          hn::BitCast(DI(), hn::TruncateTo(DU(), offset)));
+// The bytes of texels at offsets, or of pairs of them, spread out to words. Near the image's end
+// they stand further up in what lies within it.
+template <class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> SpreadTexels(D d, const TTexture& texture, hn::Vec<D> offset) {
+  using T = hn::TFromD<D>;
+  constexpr bool kPairs = sizeof(T) == 8;
+  const TTexelBytes& bytes = texture.Bytes;
+  const hn::Repartition<std::uint8_t, D> d8;
+  const auto from = hn::Min(offset, hn::Set(d, T{kPairs ? bytes.LastPair : bytes.LastWord}));
+  const auto loaded = hn::GatherOffset(d, static_cast<const T*>(texture.Data),
+                                       hn::BitCast(hn::RebindToSigned<D>(), from));
+  const auto raw = hn::Shr(loaded, hn::ShiftLeft<3>(hn::Sub(offset, from)));
+  const auto places = hn::LoadDup128(d8, kPairs ? bytes.PairPlaces : bytes.WordPlaces);
+  const auto alpha = hn::Set(hn::Repartition<std::uint32_t, D>(), bytes.Alpha);
+  return hn::Or(hn::BitCast(d, hn::TableLookupBytesOr0(hn::BitCast(d8, raw), places)),
+                hn::BitCast(d, alpha));
 }
 
-// The four texels one by one, where a row's two are not neighbours.
-HWY_NOINLINE HWY_ATTR void FetchApart(const void* data, VU64 x0, VU64 x1, VU64 lowRow, VU64 highRow,
-                                      TFetchedTexels* out) {
+HWY_INLINE HWY_ATTR VU64 ColumnOffset(const TTexture& texture, VU64 x) {
+  return texture.AreWords
+             ? hn::ShiftLeft<2>(x)
+             : hn::MulEven(hn::BitCast(DU2(), x), hn::Set(DU2(), texture.Bytes.Stride));
+}
+
+HWY_INLINE HWY_ATTR VU GatherTexels(const TTexture& texture, VU64 x, VU64 row) {
+  const DU du;
+  const VU offset = hn::TruncateTo(du, hn::Add(ColumnOffset(texture, x), row));
+  return HWY_LIKELY(texture.AreWords)
+             ? hn::GatherOffset(du, static_cast<const std::uint32_t*>(texture.Data),
+                                hn::BitCast(DI(), offset))
+             : SpreadTexels(du, texture, offset);
+}
+
+// The four texels one by one, where a row's two are not neighbours, or too far apart.
+HWY_NOINLINE HWY_ATTR void FetchApart(const TTexture& texture, VU64 x0, VU64 x1, VU64 lowRow,
+                                      VU64 highRow, TFetchedTexels* out) {
   const auto fetch = [&](VU64 x) HWY_ATTR {
-    return hn::Combine(DU2(), GatherTexels(data, x, highRow), GatherTexels(data, x, lowRow));
+    return hn::Combine(DU2(), GatherTexels(texture, x, highRow), GatherTexels(texture, x, lowRow));
   };
   out->Left = fetch(x0);
   out->Right = fetch(x1);
@@ -224,15 +255,16 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TTexture& texture, VD u, VD v,
       out->FractionV = y.Rest;
       const VU64 highRow = RowOffset(texture, y.Next);
       const auto next = hn::Add(x.Index, hn::Set(du64, std::uint64_t{1}));
-      const bool arePairs = hn::AllTrue(du64, hn::Eq(x.Next, next));
+      const bool arePairs = texture.MayPair && hn::AllTrue(du64, hn::Eq(x.Next, next));
       // The two of a row in one load. A repeat may load one past the end, which others may not.
-      if (!kAnywhere || HWY_LIKELY(arePairs)) {
+      if (HWY_LIKELY(kAnywhere ? arePairs : texture.MayPair)) {
         const auto* const data = static_cast<const std::uint64_t*>(texture.Data);
-        const VU64 across = hn::ShiftLeft<2>(x.Index);
+        const VU64 across = ColumnOffset(texture, x.Index);
         const auto fetch = [&](VU64 row) HWY_ATTR {
           const VU64 offset = hn::Add(across, row);
-          return hn::BitCast(
-              du, hn::GatherOffset(du64, data, hn::BitCast(hn::RebindToSigned<DD>(), offset)));
+          const auto signedOffset = hn::BitCast(hn::RebindToSigned<DD>(), offset);
+          return hn::BitCast(du, HWY_LIKELY(texture.AreWords) ? hn::GatherOffset(du64, data, signedOffset)
+                                                   : SpreadTexels(du64, texture, offset));
         };
         const auto low = fetch(lowRow);
         const auto high = fetch(highRow);
@@ -240,10 +272,10 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TTexture& texture, VD u, VD v,
         out->Right = hn::ConcatOdd(du, high, low);
       }
       if (HWY_UNLIKELY(!arePairs)) {
-        FetchApart(texture.Data, x.Index, x.Next, lowRow, highRow, out);
+        FetchApart(texture, x.Index, x.Next, lowRow, highRow, out);
       }
     } else {
-      out->Left = hn::ZeroExtendVector(du, GatherTexels(texture.Data, x.Index, lowRow));
+      out->Left = hn::ZeroExtendVector(du, GatherTexels(texture, x.Index, lowRow));
     }
     if (mayBorder) {
       MD outside = hn::Or(out->OutsideX[0], out->OutsideY[0]);
@@ -289,6 +321,17 @@ HWY_INLINE HWY_ATTR VD MixTexels(bool toEdge, VD first, VD second, VD fraction) 
                               : mixed;
 }
 
+// What a border has of a channel. A linear filter mixes only the channels that texels have.
+template <TTexelSource kTexels>
+HWY_INLINE double BorderChannel(const TRenderCPU::TTexSampler& sampler, int channel) {
+  const int channels = sampler.m_Surface->Channels;
+  if (kTexels == TTexelSource::Linear && channel == 3 && channels % 2 != 0) {
+    return 1.0;
+  }
+  const bool isGrey = kTexels == TTexelSource::Linear && channels < 3 && channel < 3;
+  return sampler.m_BorderColor[isGrey ? 0 : static_cast<std::size_t>(channel)];
+}
+
 // A channel of fetched texels, filtered.
 template <TTexelSource kTexels, bool kBordered>
 HWY_INLINE HWY_ATTR VD FilteredChannel(const TPrimitive& primitive, const TFetchedTexels& fetched,
@@ -302,9 +345,8 @@ HWY_INLINE HWY_ATTR VD FilteredChannel(const TPrimitive& primitive, const TFetch
     if (!kBordered) {
       return value;
     }
-    const auto& border = primitive.Sampler->m_BorderColor;
     return hn::IfThenElse(hn::Or(fetched.OutsideX[x], fetched.OutsideY[y]),
-                          hn::Set(d, border[static_cast<std::size_t>(channel)]), value);
+                          hn::Set(d, BorderChannel<kTexels>(*primitive.Sampler, channel)), value);
   };
   if constexpr (kTexels == TTexelSource::Nearest) {
     return tap(hn::LowerHalf(du, fetched.Left), 0, 0);
