@@ -114,6 +114,68 @@ TEST(ClearDownward, FillsDepthAndStencil) {
   }
 }
 
+// --- Masks
+
+// Every byte of a block, those between pixels and rows included, for pixels of any layout.
+TEST(ClearMasked, EveryMaskInEveryLayout) {
+  struct TLayout {
+    int Channels;
+    int Stride; ///< from one pixel to the next
+    int Row;
+  };
+  constexpr int kColumns = 37;
+  constexpr TLayout kLayouts[] = {{4, 4, 148}, {4, 4, 161}, {4, 7, 259}, {3, 4, 148}, {3, 3, 111}};
+  for (const TLayout& layout : kLayouts) {
+    for (int mask = 1; mask < 15; ++mask) {
+      SCOPED_TRACE(testing::Message() << "layout " << &layout - kLayouts << ", mask " << mask);
+      std::vector<std::uint8_t> block(static_cast<std::size_t>(layout.Row * kHeight));
+      for (std::size_t i = 0; i < block.size(); ++i) {
+        block[i] = static_cast<std::uint8_t>(7 * i + 1);
+      }
+      std::vector<std::uint8_t> expected = block;
+      const std::uint8_t color[4] = {255, 0, 51, 102};
+      for (int y = 0; y < kHeight; ++y) {
+        for (int x = 0; x < kColumns; ++x) {
+          for (int c = 0; c < 4 && c < layout.Stride; ++c) {
+            if ((mask >> c & 1) != 0) {
+              expected[static_cast<std::size_t>(layout.Row * y + layout.Stride * x + c)] = color[c];
+            }
+          }
+        }
+      }
+      TDataSurface surface;
+      ASSERT_TRUE(surface.Create(kColumns, kHeight, DATA_FORMAT_RGBA, DATA_TYPE_UINT8,
+                                 layout.Channels, block.data()));
+      surface.PixelStride = layout.Stride;
+      surface.RowStride = layout.Row;
+      const TScene s(kColumns, kHeight);
+      s->BindColorSurface(&surface);
+      s->ClearColor(1.0f, 0.0f, 0.2f, 0.4f);
+      s->ColorMask(mask & 1, mask & 2, mask & 4, mask & 8);
+      s->Clear(true, false, false);
+      EXPECT_EQ(0u, s->GetError());
+      EXPECT_EQ(expected, block);
+    }
+  }
+}
+
+TEST(ClearMasked, EveryMaskOfTheStencil) {
+  constexpr int kColumns = 37;
+  for (unsigned int mask = 0; mask < 256; ++mask) {
+    const TScene s(kColumns, kHeight);
+    for (unsigned long i = 0; i < s->m_StencilSurface->DataSize; ++i) {
+      s->m_StencilSurface->Data[i] = static_cast<unsigned char>(11 * i + mask);
+    }
+    s->ClearStencil(0xC5);
+    s->StencilMask(mask);
+    s->Clear(GL_STENCIL_BUFFER_BIT);
+    for (unsigned long i = 0; i < s->m_StencilSurface->DataSize; ++i) {
+      const auto before = static_cast<unsigned char>(11 * i + mask);
+      ASSERT_EQ((before & ~mask) | (0xC5 & mask), s->m_StencilSurface->Data[i]) << mask;
+    }
+  }
+}
+
 // --- A surface without pixels, as one that was moved into a texture leaves it
 
 TEST(ClearEmpty, PartialMasksFindNothingToClear) {

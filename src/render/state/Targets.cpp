@@ -1,5 +1,7 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
+#include <cstdint>
+#include <cstring>
 #include <new>
 #include <string>
 
@@ -162,22 +164,43 @@ void TRenderCPU::StencilMask(unsigned int mask) { m_StencilWriteMask = mask; }
 
 // --- Clearing
 
-// Runs `change` on the pixels of a surface, by columns within rows.
-template <class TChange> static void ForEachPixel(const DATASURFACE& surface, TChange change) {
-  for (std::ptrdiff_t y = 0; y < surface.Height; ++y) {
-    unsigned char* pixel = surface.Data + y * surface.RowStride;
+// Runs `change` on the pixels of a surface, by columns within rows. Compiled for tight rows as well,
+// of which several pixels are changed at once.
+template <class TPixel, class TChange>
+static void ForEachPixel(const DATASURFACE& surface, TChange change) {
+  const auto row = [&surface, change](unsigned char* pixel, std::ptrdiff_t step) {
     for (int x = 0; x < surface.Width; ++x) {
-      change(pixel);
-      pixel += surface.PixelStride;
+      change(pixel + x * step);
     }
+  };
+  for (std::ptrdiff_t y = 0; y < surface.Height; ++y) {
+    unsigned char* const first = surface.Data + y * surface.RowStride;
+    constexpr std::ptrdiff_t kTight = sizeof(TPixel);
+    surface.PixelStride == kTight ? row(first, kTight) : row(first, surface.PixelStride);
   }
 }
 
 static void ClearChannels(const DATASURFACE& surface, unsigned int mask,
                           const unsigned char* color) {
+  if (surface.Channels == 4 && surface.PixelStride == 4) {
+    std::uint32_t value = 0;
+    std::uint32_t kept = 0;
+    for (std::size_t i = 0; i < kPixelBytes; ++i) {
+      const bool clears = (mask >> i & 1) != 0;
+      reinterpret_cast<unsigned char*>(&value)[i] = clears ? color[i] : 0;
+      reinterpret_cast<unsigned char*>(&kept)[i] = clears ? 0 : 0xFF;
+    }
+    ForEachPixel<std::uint32_t>(surface, [value, kept](unsigned char* pixel) {
+      std::uint32_t word;
+      std::memcpy(&word, pixel, sizeof word);
+      word = (word & kept) | value;
+      std::memcpy(pixel, &word, sizeof word);
+    });
+    return;
+  }
   for (std::ptrdiff_t i = 0; i < 4 && i < surface.PixelStride; ++i) {
     if ((mask >> i & 1) != 0) {
-      ForEachPixel(surface, [i, color](unsigned char* pixel) { pixel[i] = color[i]; });
+      ForEachPixel<unsigned char>(surface, [i, color](unsigned char* p) { p[i] = color[i]; });
     }
   }
 }
@@ -222,7 +245,7 @@ void TRenderCPU::Clear(bool color, bool depth, bool stencil) {
     }
   } else if (mask != 0 && m_StencilSurface->Data != nullptr) {
     const int value = m_ClearStencil & mask;
-    ForEachPixel(*m_StencilSurface, [mask, value](unsigned char* s) {
+    ForEachPixel<unsigned char>(*m_StencilSurface, [mask, value](unsigned char* s) {
       *s = static_cast<unsigned char>((*s & ~mask) | value);
     });
   }
