@@ -285,6 +285,41 @@ TEST_F(SpanTexels, HalvedTexelsBeyondTheEdges) {
   }
 }
 
+// Texels without alpha have one of 1: what the vertices have is the pixels', also half-way between
+// two bytes, and no pixel of it needs the exact path.
+TEST_F(SpanTexels, ConstantAlphaOverTexelsWithoutAlpha) {
+  const auto draw = [](TRenderCPU& gl, double alpha, int channels, unsigned int filter) {
+    Texture(gl, 64, 64, filter, GL_REPEAT, GL_REPEAT, channels);
+    gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+    gl.Color4d(1.0, 1.0, 1.0, alpha);
+    gl.Begin(GL_QUADS);
+    for (int k = 0; k < 4; ++k) {
+      const double x = k == 1 || k == 2 ? 1.1 : -1.1;
+      const double y = k < 2 ? -1.1 : 1.1;
+      gl.TexCoord2d(0.37 * x + 0.11 * y + 0.003, 0.41 * y - 0.13 * x);
+      gl.Vertex2d(x, y);
+    }
+    gl.End();
+  };
+  for (const double alpha : {0.5, 0.9, 0.25, 127.0 / 255, 1e-9, 0.0, 0.999, 100.5 / 255}) {
+    for (const int channels : {1, 2, 3, 4}) {
+      for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+        SCOPED_TRACE(testing::Message() << alpha << " over " << channels << ", " << filter);
+        Expect("", [&](TRenderCPU& gl) { draw(gl, alpha, channels, filter); });
+        if (GetSpanKernels() == nullptr || channels % 2 == 0 || alpha != 0.5) {
+          continue;
+        }
+        const zx_test::TScene s(kWidth, kHeight);
+        StartKernelCounters();
+        draw(*s, alpha, channels, filter);
+        StopKernelCounters();
+        EXPECT_EQ(128, s->m_ColorSurface->Data[4 * (9 * kWidth + 7) + 3]);
+        EXPECT_LE(KernelCounters().Unmet(TCondition::ValuesBytes), 10u * kHeight);
+      }
+    }
+  }
+}
+
 // Tiles from the negative side to far on the positive one, at all angles.
 TEST_F(SpanTexels, TilesOnBothSidesOfZero) {
   for (const int size : {3, 16, 21, 250}) {

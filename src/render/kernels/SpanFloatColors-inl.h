@@ -459,7 +459,8 @@ HWY_INLINE HWY_ATTR VFU TexturedBytes(const TPrimitive& primitive, const TRow& r
           MixFloats(value, TexelChannel<kChannel>(lowRight), u),
           MixFloats(TexelChannel<kChannel>(highLeft), TexelChannel<kChannel>(highRight), u), v);
     }
-    if (!kLinear && HWY_UNLIKELY((primitive.TintMask >> kChannel & 1u) != 0)) {
+    // Of a linear filter's channels only an alpha without texels can be a tint.
+    if ((!kLinear || kChannel == 3) && HWY_UNLIKELY((primitive.TintMask >> kChannel & 1u) != 0)) {
       const VFF tinted = hn::Mul(value, hn::Set(d, floats.Begin[kChannel][lane]));
       const VFU byte = hn::BitCast(du, hn::Add(tinted, hn::Set(d, kWholeFloats)));
       packed = hn::Or(packed, hn::ShiftLeft<8 * kChannel>(hn::And(byte, hn::Set(du, 255u))));

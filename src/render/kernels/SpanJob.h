@@ -173,7 +173,7 @@ struct TPrimitiveValues {
   std::uint32_t ConstMask = 0; ///< the channels that have the byte of `ConstColor` at every pixel
   std::uint32_t ConstColor = 0;
   double ChannelBound = 0.0;  ///< of SpanFloatColors-inl.h; 0: not in single precision
-  std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the nearest texel, rounded
+  std::uint32_t TintMask = 0; ///< the channels that are `Tint` times the texel, rounded
   std::uint32_t TieMask = 0;  ///< without a texture, those that lie between two bytes throughout
   float Tint[4];              ///< of those channels
 

@@ -166,6 +166,7 @@ bool SetUpTexelBytes(const TSampler& sampler, TTexelBytes* out) {
   const int channels = surface.Channels;
   const int stride = surface.PixelStride;
   out->AreWords = channels == 4 && stride == 4;
+  out->Alpha = channels % 2 != 0 ? 0xFF000000u : 0;
   if (out->AreWords) {
     return true;
   }
@@ -177,7 +178,6 @@ bool SetUpTexelBytes(const TSampler& sampler, TTexelBytes* out) {
   out->HasPairs = stride <= 4 && end >= 8;
   out->LastWord = static_cast<std::uint32_t>(end - 4);
   out->LastPair = static_cast<std::uint32_t>(end - 8);
-  out->Alpha = channels % 2 != 0 ? 0xFF000000u : 0;
   for (int i = 0; i < 16; ++i) {
     const int place = kPlaces[channels - 1][i % 4];
     out->WordPlaces[i] = static_cast<std::uint8_t>(place + i / 4 * 4);
@@ -396,9 +396,13 @@ TCondition TRenderEngine::SetUpPrimitive(TPrimitive* out) {
   if (Meets(ActiveKernelCounters(), SetUpFloatColors(steady, inUnit, &primitive))) {
     primitive.UsesVertexColor =
         !textured || !inUnit || !IsThroughout(v[0][color], 1.0, kAllChannels, facts.Same);
-    if (primitive.Texels == TTexelSource::Nearest && primitive.UsesVertexColor &&
-        WidthOf(v) >= kMinTintWidth) {
-      SetUpTints(same, &KnownTints, &primitive);
+    const bool tints = HasByteTexels(primitive.Texels) && primitive.UsesVertexColor;
+    if (tints && primitive.TexelBytes.Alpha != 0 && (same & facts.Sure & kAlphaOnly) != 0) {
+      primitive.TintMask = kAlphaOnly; // of texels that all have an alpha of 255
+      primitive.Tint[3] = static_cast<float>(facts.Bytes >> 24) / 255.0f;
+    }
+    if (tints && primitive.Texels == TTexelSource::Nearest && WidthOf(v) >= kMinTintWidth) {
+      SetUpTints(same & ~primitive.TintMask, &KnownTints, &primitive);
     }
   }
   return TCondition::None;
