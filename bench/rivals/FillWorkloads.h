@@ -21,6 +21,9 @@ template <class TGl> void ListClears(TScene<TGl>& scene) {
   add("stencil", GL_STENCIL_BUFFER_BIT);
   add("color_depth", GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
   add("depth_stencil", GL_DEPTH_BUFFER_BIT | GL_STENCIL_BUFFER_BIT);
+  scene.Add(
+      "clear", "color_without_alpha", [&scene] { scene.Gl.ColorMask(1, 1, 1, 0); },
+      [&scene] { scene.Gl.Clear(GL_COLOR_BUFFER_BIT); });
 }
 
 /// Constant colours that cover much, without tests.

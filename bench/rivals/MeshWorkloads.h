@@ -65,6 +65,21 @@ template <class TGl> void ListSpheres(TScene<TGl>& scene) {
     scene.Lights(1, false, 20);
     sphere(158);
   });
+  const auto painted = [&scene](TSubmission by) {
+    scene.Lights(1, false);
+    scene.Gl.ColorMaterial(GL_FRONT_AND_BACK, GL_AMBIENT_AND_DIFFUSE);
+    Switch(scene.Gl, GL_COLOR_MATERIAL, true);
+    Switch(scene.Gl, GL_NORMALIZE, true);
+    TMesh mesh = MakeSphere(79);
+    Paint(&mesh);
+    scene.Use(mesh, GL_TRIANGLES, by);
+  };
+  add("colour_material_40px", [=] { painted(TSubmission::Elements); });
+  add("colour_material_40px_arrays", [=] { painted(TSubmission::Arrays); });
+  add("positional_40px_immediate", [&scene, sphere] {
+    scene.Lights(1, true);
+    sphere(79, TSubmission::Immediate);
+  });
   add("turned_perspective_40px", [&scene, sphere] {
     scene.Perspective();
     scene.Gl.Translatef(0, 0, -2);

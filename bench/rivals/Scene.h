@@ -85,10 +85,11 @@ public:
     Gl.Rotatef(degrees, 0, 0, 1);
   }
 
-  /// Random texels, modulated by the colour unless told otherwise.
+  /// Random texels, modulated by the colour unless told otherwise. Rows are a multiple of four bytes.
   void Texture(unsigned int filter, unsigned int wrap = GL_REPEAT, int width = 256,
-               int height = 256, unsigned int mode = GL_MODULATE) {
-    std::vector<unsigned char> texels(static_cast<std::size_t>(4 * width * height));
+               int height = 256, unsigned int mode = GL_MODULATE, unsigned int format = GL_RGBA) {
+    const int channels = format == GL_LUMINANCE ? 1 : format == GL_RGB ? 3 : 4;
+    std::vector<unsigned char> texels(static_cast<std::size_t>(channels * width * height));
     TRandom random;
     for (unsigned char& byte : texels) {
       byte = static_cast<unsigned char>(random.Next(0, 255.9f));
@@ -102,8 +103,8 @@ public:
     for (const unsigned int name : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T}) {
       Gl.TexParameteri(GL_TEXTURE_2D, name, static_cast<int>(wrap));
     }
-    Gl.TexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                  texels.data());
+    Gl.TexImage2D(GL_TEXTURE_2D, 0, static_cast<int>(format), width, height, 0, format,
+                  GL_UNSIGNED_BYTE, texels.data());
     Gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, static_cast<int>(mode));
     Switch(Gl, GL_TEXTURE_2D, true);
   }

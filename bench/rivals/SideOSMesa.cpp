@@ -61,6 +61,7 @@ struct TGl {
   void Materialfv(unsigned int face, unsigned int name, const float* v) {
     glMaterialfv(face, name, v);
   }
+  void ColorMaterial(unsigned int face, unsigned int mode) { glColorMaterial(face, mode); }
   void EnableClientState(unsigned int array) { glEnableClientState(array); }
   void VertexPointer(int size, unsigned int type, int stride, const void* p) {
     glVertexPointer(size, type, stride, p);

@@ -64,6 +64,14 @@ void ListFilter(TScene<TGl>& scene, const char* family, unsigned int filter, boo
     scene.Texture(filter, GL_CLAMP_TO_EDGE, 301, 199);
     quads({1, 2, 0, 2, 1.2f, 30, true, alpha});
   });
+  add("rgb_rotated_30", [=, &scene] {
+    scene.Texture(filter, GL_REPEAT, 256, 256, GL_MODULATE, GL_RGB);
+    quads({1, 2, 0, 3, 8, 30, true, alpha});
+  });
+  add("luminance_clamp_to_edge", [=, &scene] {
+    scene.Texture(filter, GL_CLAMP_TO_EDGE, 300, 200, GL_MODULATE, GL_LUMINANCE);
+    quads({1, 2, 0, 2, 1.2f, 0, true, alpha});
+  });
   add("replace", [=, &scene] {
     scene.Texture(filter, GL_REPEAT, 256, 256, GL_REPLACE);
     quads({1, 2, 0, 3, 8, 0, true, alpha});
