@@ -85,7 +85,8 @@ public:
     Gl.Rotatef(degrees, 0, 0, 1);
   }
 
-  /// Random texels, modulated by the colour unless told otherwise. Rows are a multiple of four bytes.
+  /// Random texels, modulated by the colour unless told otherwise. Rows are a multiple of four
+  /// bytes.
   void Texture(unsigned int filter, unsigned int wrap = GL_REPEAT, int width = 256,
                int height = 256, unsigned int mode = GL_MODULATE, unsigned int format = GL_RGBA) {
     const int channels = format == GL_LUMINANCE ? 1 : format == GL_RGB ? 3 : 4;

@@ -116,9 +116,8 @@ TEST_F(SpanTexels, AboutTheEdgesOfTilesOfEverySize) {
         const unsigned int wrapT = kWraps[random.Below(4)];
         const int channels = 1 + (width + round) % 4;
         const std::string what = std::to_string(width) + " by " + std::to_string(height) + " of " +
-                                 std::to_string(channels) + ", " +
-                                 std::to_string(wrapS) + " and " + std::to_string(wrapT) +
-                                 ", filter " + std::to_string(filter);
+                                 std::to_string(channels) + ", " + std::to_string(wrapS) + " and " +
+                                 std::to_string(wrapT) + ", filter " + std::to_string(filter);
         const zx_test::TRandom rows = random;
         Expect(what, [&](TRenderCPU& gl) {
           random = rows;
@@ -352,8 +351,7 @@ TEST_F(SpanTexels, NothingPastTheLastTexelIsReadWithoutARepeat) {
     for (const TLayout layout : kLayouts) {
       const int height = 1 + (width + layout.Stride) % 3;
       const int rowStride = width * layout.Stride + layout.Stride % 2 * 5;
-      const int size =
-          (height - 1) * rowStride + (width - 1) * layout.Stride + layout.Channels;
+      const int size = (height - 1) * rowStride + (width - 1) * layout.Stride + layout.Channels;
       const TGuardedBlock block(static_cast<std::size_t>(size));
       for (int i = 0; i < size; ++i) {
         block.Data[i] = static_cast<std::uint8_t>(37 * i + 11);

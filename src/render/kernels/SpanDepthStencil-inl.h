@@ -148,8 +148,8 @@ inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const f
 
 // --- Stencil, in bytes
 
-// Those of a run or of a group, in vectors no longer than it: the bytes beside a group belong to the
-// next one, whose load would wait for a store that reaches over them.
+// Those of a run or of a group, in vectors no longer than it: the bytes beside a group belong to
+// the next one, whose load would wait for a store that reaches over them.
 template <int kPixels> struct TStencils {
   using D = hn::CappedTag<std::uint8_t, kPixels>;
   HWY_ALIGN std::uint8_t Values[kPixels];
@@ -232,8 +232,7 @@ inline HWY_ATTR void StepStencil(const TSpanJob& job, TStencilStep step, std::ui
     const auto stored = hn::Load(d, stencils->Values + i);
     const auto value = hn::And(StencilValue(d, job, step, hn::And(stored, mask), mask), mask);
     const auto stepped = hn::Or(value, hn::AndNot(mask, stored));
-    hn::Store(hn::IfThenElse(MaskOfBits(d, pixels >> i), stepped, stored), d,
-              stencils->Values + i);
+    hn::Store(hn::IfThenElse(MaskOfBits(d, pixels >> i), stepped, stored), d, stencils->Values + i);
   }
 }
 

@@ -143,9 +143,9 @@ struct TTexelAxis {
 /// How the bytes of texels become words, red the lowest, with an alpha of 1 where there is none. A
 /// pair is two neighbours of a row, the first in the low half.
 struct TTexelBytes {
-  std::uint32_t Stride; ///< from one texel to the next
-  bool AreWords;        ///< texels are words as they stand; otherwise:
-  bool HasPairs;        ///< neighbours lie within eight bytes
+  std::uint32_t Stride;   ///< from one texel to the next
+  bool AreWords;          ///< texels are words as they stand; otherwise:
+  bool HasPairs;          ///< neighbours lie within eight bytes
   std::uint32_t LastWord; ///< the last offset of four bytes that lie within the image
   std::uint32_t LastPair; ///< of eight bytes
   std::uint32_t Alpha;    ///< what is put where there is no alpha

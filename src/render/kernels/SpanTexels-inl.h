@@ -263,8 +263,9 @@ HWY_INLINE HWY_ATTR TCondition FetchTexels(const TTexture& texture, VD u, VD v,
         const auto fetch = [&](VU64 row) HWY_ATTR {
           const VU64 offset = hn::Add(across, row);
           const auto signedOffset = hn::BitCast(hn::RebindToSigned<DD>(), offset);
-          return hn::BitCast(du, HWY_LIKELY(texture.AreWords) ? hn::GatherOffset(du64, data, signedOffset)
-                                                   : SpreadTexels(du64, texture, offset));
+          return hn::BitCast(du, HWY_LIKELY(texture.AreWords)
+                                     ? hn::GatherOffset(du64, data, signedOffset)
+                                     : SpreadTexels(du64, texture, offset));
         };
         const auto low = fetch(lowRow);
         const auto high = fetch(highRow);

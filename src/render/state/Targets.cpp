@@ -164,8 +164,8 @@ void TRenderCPU::StencilMask(unsigned int mask) { m_StencilWriteMask = mask; }
 
 // --- Clearing
 
-// Runs `change` on the pixels of a surface, by columns within rows. Compiled for tight rows as well,
-// of which several pixels are changed at once.
+// Runs `change` on the pixels of a surface, by columns within rows. Compiled for tight rows as
+// well, of which several pixels are changed at once.
 template <class TPixel, class TChange>
 static void ForEachPixel(const DATASURFACE& surface, TChange change) {
   const auto row = [&surface, change](unsigned char* pixel, std::ptrdiff_t step) {
