@@ -176,7 +176,11 @@ static void ForEachPixel(const DATASURFACE& surface, TChange change) {
   for (std::ptrdiff_t y = 0; y < surface.Height; ++y) {
     unsigned char* const first = surface.Data + y * surface.RowStride;
     constexpr std::ptrdiff_t kTight = sizeof(TPixel);
-    surface.PixelStride == kTight ? row(first, kTight) : row(first, surface.PixelStride);
+    if (surface.PixelStride == kTight) {
+      row(first, kTight);
+    } else {
+      row(first, surface.PixelStride);
+    }
   }
 }
 
