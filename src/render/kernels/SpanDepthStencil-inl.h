@@ -148,66 +148,59 @@ inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const f
 
 // --- Stencil, in bytes
 
-// Those of a run or of a group, in vectors no longer than it: the bytes beside a group belong to
-// the next one, whose load would wait for a store that reaches over them.
-template <int kPixels> struct TStencils {
-  using D = hn::CappedTag<std::uint8_t, kPixels>;
-  HWY_ALIGN std::uint8_t Values[kPixels];
+struct TStencilRun {
+  HWY_ALIGN std::uint8_t Values[kRun];
 };
 
-// Loads the first `count` pixels; the others are 0.
-template <int kPixels>
-HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count,
-                                      TStencils<kPixels>* stencils) {
+// Loads the first `count` pixels of a run; the others are 0.
+HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencilRun* run) {
 #if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
-  const typename TStencils<kPixels>::D d;
-  const auto live = hn::FirstN(d, static_cast<std::size_t>(count));
-  hn::Store(hn::MaskedLoad(live, d, from), d, stencils->Values);
+  const DB db;
+  const auto live = hn::FirstN(db, static_cast<std::size_t>(count));
+  hn::Store(hn::MaskedLoad(live, db, from), db, run->Values);
 #else
-  std::memset(stencils->Values, 0, kPixels);
-  if (count == kPixels) {
-    std::memcpy(stencils->Values, from, kPixels);
+  std::memset(run->Values, 0, sizeof run->Values);
+  if (count == kRun) {
+    std::memcpy(run->Values, from, kRun);
   }
-  for (int k = 0; k < count % kPixels; ++k) { // a copy of unknown size would be a call
-    stencils->Values[k] = from[k];
+  for (int k = 0; k < count % kRun; ++k) { // a copy of unknown size would be a call
+    run->Values[k] = from[k];
   }
 #endif
 }
 
 // Which pixels pass the stencil test. The bits of a comparison's number say whether it holds for a
 // reference that is less, equal and greater; where two of them or all do, its opposite is asked.
-template <int kPixels>
-inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencils<kPixels>& stencils) {
+inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun& run) {
   static_assert(static_cast<int>(TCompare::Less) == 1 && static_cast<int>(TCompare::Equal) == 2 &&
                 static_cast<int>(TCompare::Greater) == 4 &&
                 static_cast<int>(TCompare::Always) == 7);
-  const typename TStencils<kPixels>::D d;
-  const auto mask = hn::Set(d, job.Draw.StencilValueMask);
-  const auto ref = hn::And(hn::Set(d, job.Draw.StencilRef), mask);
+  const DB db;
+  const VB mask = hn::Set(db, job.Draw.StencilValueMask);
+  const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
   const int func = static_cast<int>(job.Draw.StencilFunc);
   const bool opposite = func == 3 || func >= 5;
   const int asked = opposite ? 7 - func : func;
   std::uint64_t bits = opposite ? ~std::uint64_t{0} : 0;
-  for (int i = 0; i < kPixels && asked != 0; i += static_cast<int>(hn::Lanes(d))) {
-    const auto stored = hn::And(hn::Load(d, stencils.Values + i), mask);
+  for (int i = 0; i < kRun && asked != 0; i += static_cast<int>(hn::Lanes(db))) {
+    const VB stored = hn::And(hn::Load(db, run.Values + i), mask);
     const auto holds = asked == 1   ? hn::Lt(ref, stored)
                        : asked == 2 ? hn::Eq(ref, stored)
                                     : hn::Gt(ref, stored);
-    bits ^= BitsOfMask(d, holds) << i;
+    bits ^= BitsOfMask(db, holds) << i;
   }
   return bits;
 }
 
 // What an operation makes of the bits within the write mask.
-template <class D>
-HWY_INLINE HWY_ATTR hn::Vec<D> StencilValue(D d, const TSpanJob& job, TStencilStep step,
-                                            hn::Vec<D> inside, hn::Vec<D> mask) {
-  const auto one = hn::Set(d, std::uint8_t{1});
+HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB inside, VB mask) {
+  const DB db;
+  const VB one = hn::Set(db, std::uint8_t{1});
   switch (step) {
   case TStencilStep::Zero:
-    return hn::Zero(d);
+    return hn::Zero(db);
   case TStencilStep::Replace:
-    return hn::Set(d, job.Draw.StencilRef);
+    return hn::Set(db, job.Draw.StencilRef);
   case TStencilStep::Incr:
     return hn::SaturatedAdd(inside, one);
   case TStencilStep::IncrWrap:
@@ -220,33 +213,31 @@ HWY_INLINE HWY_ATTR hn::Vec<D> StencilValue(D d, const TSpanJob& job, TStencilSt
 }
 
 // Applies a stencil operation to a set of pixels.
-template <int kPixels>
 inline HWY_ATTR void StepStencil(const TSpanJob& job, TStencilStep step, std::uint64_t pixels,
-                                 TStencils<kPixels>* stencils) {
+                                 TStencilRun* run) {
   if (step == TStencilStep::Keep || pixels == 0) {
     return;
   }
-  const typename TStencils<kPixels>::D d;
-  const auto mask = hn::Set(d, job.Draw.StencilWriteMask);
-  for (int i = 0; i < kPixels; i += static_cast<int>(hn::Lanes(d))) {
-    const auto stored = hn::Load(d, stencils->Values + i);
-    const auto value = hn::And(StencilValue(d, job, step, hn::And(stored, mask), mask), mask);
-    const auto stepped = hn::Or(value, hn::AndNot(mask, stored));
-    hn::Store(hn::IfThenElse(MaskOfBits(d, pixels >> i), stepped, stored), d, stencils->Values + i);
+  const DB db;
+  const VB mask = hn::Set(db, job.Draw.StencilWriteMask);
+  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
+    const VB stored = hn::Load(db, run->Values + i);
+    const VB value = hn::And(StencilValue(job, step, hn::And(stored, mask), mask), mask);
+    const VB stepped = hn::Or(value, hn::AndNot(mask, stored));
+    hn::Store(hn::IfThenElse(MaskOfBits(db, pixels >> i), stepped, stored), db, run->Values + i);
   }
 }
 
-// Writes a set of pixels, most often all of the first `count`, and no others.
-template <int kPixels>
-inline HWY_ATTR void StoreStencils(const TStencils<kPixels>& stencils, std::uint64_t pixels,
-                                   int count, unsigned char* to) {
+// Writes a set of pixels of a run, most often all of the first `count`, and no others.
+inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels, int count,
+                                   unsigned char* to) {
 #if ZX_HAS_MASK_REGISTERS
   (void)count;
-  const typename TStencils<kPixels>::D d;
-  static_assert(hn::MaxLanes(d) == kPixels);
-  hn::BlendedStore(hn::Load(d, stencils.Values), MaskOfBits(d, pixels), d, to);
+  const DB db;
+  static_assert(hn::MaxLanes(db) == kRun);
+  hn::BlendedStore(hn::Load(db, run.Values), MaskOfBits(db, pixels), db, to);
 #else
-  ForPixels(pixels, count, [&](int k) { to[k] = stencils.Values[k]; });
+  ForPixels(pixels, count, [&](int k) { to[k] = run.Values[k]; });
 #endif
 }
 
@@ -260,19 +251,17 @@ inline std::uint64_t SteppedPixels(const TSpanJob& job, std::uint64_t live, std:
 
 // Applies the three stencil operations: to those of the first `count` pixels that fail the stencil
 // test, that fail the depth test, and that pass both.
-template <int kPixels>
 inline HWY_ATTR void StepStencils(const TSpanJob& job, int count, std::uint64_t tested,
-                                  std::uint64_t shaded, TStencils<kPixels>* stencils,
-                                  unsigned char* to) {
+                                  std::uint64_t shaded, TStencilRun* run, unsigned char* to) {
   const std::uint64_t live = FirstBits(count);
   const std::uint64_t stepped = SteppedPixels(job, live, tested, shaded);
   if (stepped == 0) {
     return;
   }
-  StepStencil(job, job.Draw.StencilFail, live & ~tested, stencils);
-  StepStencil(job, job.Draw.StencilZFail, tested & ~shaded, stencils);
-  StepStencil(job, job.Draw.StencilZPass, shaded, stencils);
-  StoreStencils(*stencils, stepped, count, to);
+  StepStencil(job, job.Draw.StencilFail, live & ~tested, run);
+  StepStencil(job, job.Draw.StencilZFail, tested & ~shaded, run);
+  StepStencil(job, job.Draw.StencilZPass, shaded, run);
+  StoreStencils(*run, stepped, count, to);
 }
 
 } // namespace HWY_NAMESPACE
