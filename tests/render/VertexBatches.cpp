@@ -448,12 +448,14 @@ TEST_F(VertexBatches, ColourMaterialInEveryMode) {
   constexpr unsigned int kFaces[] = {GL_FRONT, GL_BACK, GL_FRONT_AND_BACK};
   constexpr unsigned int kParts[] = {GL_AMBIENT, GL_DIFFUSE, GL_SPECULAR, GL_EMISSION,
                                      GL_AMBIENT_AND_DIFFUSE};
+  constexpr int kCounts[] = {200, 1, 2, 57};
   for (const unsigned int mode : kModes) {
-    for (int state = 0; state < 30; ++state) {
+    for (int state = 0; state < 60; ++state) {
       SCOPED_TRACE(testing::Message() << "mode " << mode << ", state " << state);
       const bool indexed = state % 2 == 1;
       const unsigned int face = kFaces[state % 3];
       const unsigned int part = kParts[state % 5];
+      const int count = kCounts[state / 2 % 4];
       Compare([&](TRenderCPU* gl) {
         gl->EnableLighting(state % 7 != 6);
         gl->EnableLight(0, true);
@@ -468,11 +470,12 @@ TEST_F(VertexBatches, ColourMaterialInEveryMode) {
         gl->_EnableClientState(GL_NORMAL_ARRAY, true);
         const TRenderCPU::TMaterial before = gl->m_MaterialFront; // the back has the same
         if (indexed) {
-          gl->DrawElements(mode, 200, GL_UNSIGNED_BYTE, indices.data());
+          gl->DrawElements(mode, count, GL_UNSIGNED_BYTE, indices.data());
         } else {
-          gl->DrawArrays(mode, 3, 200);
+          gl->DrawArrays(mode, 3, count);
         }
-        const unsigned char* const color = &colors[4 * (indexed ? indices[199] : 202u)];
+        const int last = indexed ? indices[static_cast<std::size_t>(count) - 1] : 2 + count;
+        const unsigned char* const color = colors.data() + std::ptrdiff_t{4} * last;
         for (std::size_t i = 0; i < 4; ++i) {
           const bool front = face != GL_BACK;
           const bool diffuse = part == GL_DIFFUSE || part == GL_AMBIENT_AND_DIFFUSE;
