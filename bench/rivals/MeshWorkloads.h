@@ -74,8 +74,8 @@ template <class TGl> void ListSpheres(TScene<TGl>& scene) {
     Paint(&mesh);
     scene.Use(mesh, GL_TRIANGLES, by);
   };
-  add("colour_material_40px", [=] { painted(TSubmission::Elements); });
-  add("colour_material_40px_arrays", [=] { painted(TSubmission::Arrays); });
+  add("color_material_40px", [=] { painted(TSubmission::Elements); });
+  add("color_material_40px_arrays", [=] { painted(TSubmission::Arrays); });
   add("positional_40px_immediate", [&scene, sphere] {
     scene.Lights(1, true);
     sphere(79, TSubmission::Immediate);
