@@ -498,16 +498,20 @@ TEST_F(VertexBatches, ColourMaterialInEveryMode) {
 TEST(LineWalks, StepsAsideAreThoseOfTheErrorWalk) {
   for (long long length = 1; length <= 70; ++length) {
     for (long long aside = 0; aside <= length; ++aside) {
-      const TLineWalk walk = {0, {0, 0}, {1, 1}, length, aside, 0, 0};
+      const int last = static_cast<int>(length) - 1;
+      const TLineWalk walk = {0, {0, 0}, {1, 1}, length, aside, 0, last};
       long long error = -length;
       long long steps = 0;
-      for (long long i = 0; i < length; ++i) {
+      int first = 0; // with as many steps
+      for (int i = 0; i < length; ++i) {
         ASSERT_EQ(walk.MinorStepsAt(i), steps) << length << ", " << aside << ", " << i;
         error += 2 * aside;
-        if (error >= 0) {
+        if (error >= 0 || i == last) {
+          ASSERT_EQ(walk.LastAsideWith(first), i) << length << ", " << aside;
+          ASSERT_EQ(walk.LastAsideWith(i), i) << length << ", " << aside;
           error -= 2 * length;
           ++steps;
-          ASSERT_EQ(walk.FirstAtMinorStep(steps), i + 1) << length << ", " << aside;
+          first = i + 1;
         }
       }
     }

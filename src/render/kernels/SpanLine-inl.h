@@ -153,56 +153,35 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawPlainWalk(const TSpanJob& job, const TRowSl
   return {walk.Last, walk.Last};
 }
 
-// The pixels `First` to `Last` that a line covers in a row. Of a leftward line the last in drawing
-// order is the first in the row.
-struct TLineRun {
-  int Y;
-  int First;
-  int Last;
-  bool Leftward;
-};
-
-// The results are columns.
-HWY_INLINE void RecordRunGroup(TGroupResult group, int x, bool leftward, TRowResult* result) {
-  if (!leftward) {
-    RecordGroup(group, x, result);
-    return;
-  }
-  if (group.Tested != 0 && result->LastDepthTested < 0) {
-    result->LastDepthTested = x + FirstBit(group.Tested);
-  }
-  if (group.Shaded != 0 && result->LastShaded < 0) {
-    result->LastShaded = x + FirstBit(group.Shaded);
-  }
-}
-
-// Draws a run as a row is drawn; the results are columns.
+// Draws the pixels from number `first` to `last`, which lie in one row, as a row is drawn: by
+// groups in drawing order, each from left to right. The results are numbers of pixels along the
+// line.
 template <TTexelSource kTexels, bool kPerspective, bool kStencil>
-HWY_NOINLINE HWY_ATTR TRowResult DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
-                                             const TLineRow& row, const TLineWalk& walk,
-                                             const TLineRun& run) {
+HWY_NOINLINE HWY_ATTR void DrawLineRun(const TSpanJob& job, const TRowSlots& slots,
+                                       const TLineRow& row, const TLineWalk& walk, int first,
+                                       int last, TRowResult* result) {
   const DD d;
-  const auto targetsAt = [&](int x) { return TargetsAt(job, x, run.Y); };
   const TLineSteps steps(walk);
-  const auto parameterAt = [&](int x) HWY_ATTR {
-    const VD columns = Columns(d, x - walk.From[0]);
-    return steps.T(hn::Mul(columns, hn::Set(d, steps.Step)));
-  };
-  TRowResult result;
-  int x = run.First;
-  for (; x + kLanes - 1 <= run.Last; x += kLanes) {
-    const VD t = parameterAt(x);
-    RecordRunGroup(
-        DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, t, kLanes, targetsAt(x)), x,
-        run.Leftward, &result);
+  const bool leftward = walk.Step[0] < 0;
+  int x;
+  int y;
+  walk.At(first, &x, &y);
+  for (int i = first; i <= last; i += kLanes) {
+    const int count = std::min(last - i + 1, kLanes);
+    const int left = walk.From[0] + walk.Step[0] * (leftward ? i + count - 1 : i);
+    const VD numbers = hn::Mul(Columns(d, left - walk.From[0]), hn::Set(d, steps.Step));
+    const TGroupResult drawn = DrawGroup<kTexels, kPerspective, kStencil>(
+        job, slots, row, steps.T(numbers), count, TargetsAt(job, left, y));
+    const auto lastOf = [&](std::uint64_t bits) {
+      return i + (leftward ? count - 1 - FirstBit(bits) : LastBit(bits));
+    };
+    if (drawn.Tested != 0) {
+      result->LastDepthTested = lastOf(drawn.Tested);
+    }
+    if (drawn.Shaded != 0) {
+      result->LastShaded = lastOf(drawn.Shaded);
+    }
   }
-  if (x > run.Last) {
-    return result;
-  }
-  RecordRunGroup(DrawGroup<kTexels, kPerspective, kStencil>(job, slots, row, parameterAt(x),
-                                                            run.Last - x + 1, targetsAt(x)),
-                 x, run.Leftward, &result);
-  return result;
 }
 
 // Draws scattered pixels, no two at one place, through staging copies. Only what takes part is
@@ -283,28 +262,11 @@ HWY_NOINLINE HWY_ATTR TRowResult DrawWalk(const TSpanJob& job, const TRowSlots& 
     return DrawScattered<kTexels, kPerspective>(job, slots, row, walk);
   }
   TRowResult result;
-  const bool leftward = walk.Step[0] < 0;
-  for (int first = walk.First; first <= walk.Last;) {
-    const long long k = walk.MinorStepsAt(first);
-    int last = walk.Last;
-    if (walk.Minor != 0) {
-      last = static_cast<int>(std::min<long long>(last, walk.FirstAtMinorStep(k + 1) - 1));
-    }
-    const int a = walk.From[0] + walk.Step[0] * first;
-    const int b = walk.From[0] + walk.Step[0] * last;
-    const TLineRun run = {walk.From[1] + walk.Step[1] * static_cast<int>(k), leftward ? b : a,
-                          leftward ? a : b, leftward};
-    const TRowResult drawn =
-        job.Draw.StencilTest
-            ? DrawLineRun<kTexels, kPerspective, true>(job, slots, row, walk, run)
-            : DrawLineRun<kTexels, kPerspective, false>(job, slots, row, walk, run);
-    if (drawn.LastDepthTested >= 0) {
-      result.LastDepthTested = (drawn.LastDepthTested - walk.From[0]) * walk.Step[0];
-    }
-    if (drawn.LastShaded >= 0) {
-      result.LastShaded = (drawn.LastShaded - walk.From[0]) * walk.Step[0];
-    }
-    first = last + 1;
+  for (int first = walk.First, last = 0; first <= walk.Last; first = last + 1) {
+    last = walk.LastAsideWith(first);
+    const auto draw = job.Draw.StencilTest ? DrawLineRun<kTexels, kPerspective, true>
+                                           : DrawLineRun<kTexels, kPerspective, false>;
+    draw(job, slots, row, walk, first, last, &result);
   }
   return result;
 }

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <algorithm>
+
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <ZxCore3D/render/common/Conversions.h>
@@ -43,9 +45,11 @@ struct TLineWalk {
   }
   double StepsBegin() const { return static_cast<double>(Major) + 0.5; }
   double StepsScale() const { return 1.0 / static_cast<double>(2 * Major); }
-  /// The first pixel at minor step k, k at least 1. `Minor` must not be 0.
-  long long FirstAtMinorStep(long long k) const {
-    return (2 * Major * k - Major + 2 * Minor - 1) / (2 * Minor);
+  /// The last pixel, up to `Last`, that has as many minor steps as pixel i.
+  int LastAsideWith(int i) const {
+    return Minor == 0 ? Last
+                      : static_cast<int>(std::min<long long>(
+                            Last, (Major * (2 * MinorStepsAt(i) + 1) - 1) / (2 * Minor)));
   }
   /// At both ends without a division: at Major - 1 the floor of Minor + 1/2 - Minor / Major.
   void At(int i, int* x, int* y) const {
