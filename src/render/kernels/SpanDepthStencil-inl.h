@@ -12,6 +12,7 @@
 #define ZX_RENDER_SPANDEPTHSTENCIL_INL_H_
 #endif
 
+#include <algorithm>
 #include <cmath>
 
 #include <ZxCore3D/render/kernels/SpanRowSetup-inl.h>
@@ -148,59 +149,90 @@ inline HWY_ATTR std::uint64_t DrawDepths(const TSpanJob& job, int count, const f
 
 // --- Stencil, in bytes
 
-struct TStencilRun {
-  HWY_ALIGN std::uint8_t Values[kRun];
+// Those of a run or of a group.
+template <int kMost> struct TStencils {
+  static constexpr int kBytes = std::max(kMost, 8);
+  using D = hn::CappedTag<std::uint8_t, kBytes>;
+  HWY_ALIGN std::uint8_t Values[kBytes];
 };
 
-// Loads the first `count` pixels of a run; the others are 0.
-HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencilRun* run) {
-#if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
-  const DB db;
-  const auto live = hn::FirstN(db, static_cast<std::size_t>(count));
-  hn::Store(hn::MaskedLoad(live, db, from), db, run->Values);
-#else
-  std::memset(run->Values, 0, sizeof run->Values);
-  if (count == kRun) {
-    std::memcpy(run->Values, from, kRun);
+// With mask registers a group takes no longer than a run.
+using TGroupStencils = TStencils<ZX_HAS_MASK_REGISTERS ? kRun : kLanes>;
+
+// The first `count` of as many bytes as a vector has, no more than `kMost`; the others are any.
+// They are brought to registers one by one: a vector loaded from bytes that were stored one by one
+// waits until all stores of pixels before have reached memory.
+template <int kMost, class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> LoadFirstBytes(D d, const unsigned char* from, int count) {
+  constexpr int kBytes = static_cast<int>(hn::MaxLanes(d));
+  if constexpr (kBytes > 8) {
+    const hn::Half<D> half;
+    return hn::Combine(d, LoadFirstBytes<kMost>(half, from + kBytes / 2, count - kBytes / 2),
+                       LoadFirstBytes<kMost>(half, from, count));
+  } else {
+    std::uint64_t word = 0;
+    if (count >= 8) {
+      std::memcpy(&word, from, sizeof word);
+    } else if (count > 0) {
+      for (int k = 0; k < std::min(kMost, 8); ++k) {
+        word |= std::uint64_t{from[std::min(k, count - 1)]} << 8 * k;
+      }
+    }
+    return hn::BitCast(d, hn::Set(hn::Repartition<std::uint64_t, D>(), word));
   }
-  for (int k = 0; k < count % kRun; ++k) { // a copy of unknown size would be a call
-    run->Values[k] = from[k];
+}
+
+// Loads the first `count`; the others have any value.
+template <int kMost>
+HWY_INLINE HWY_ATTR void LoadStencils(const unsigned char* from, int count, TStencils<kMost>* out) {
+  const typename TStencils<kMost>::D d;
+#if ZX_HAS_MASK_REGISTERS // in one store, which the load of the test need not wait for
+  const auto live = hn::FirstN(d, static_cast<std::size_t>(count));
+  hn::Store(hn::MaskedLoad(live, d, from), d, out->Values);
+#else
+  constexpr int kBytes = static_cast<int>(hn::MaxLanes(d));
+  for (int i = 0; i < count; i += kBytes) {
+    hn::Store(count - i >= kBytes ? hn::LoadU(d, from + i)
+                                  : LoadFirstBytes<kMost>(d, from + i, count - i),
+              d, out->Values + i);
   }
 #endif
 }
 
 // Which pixels pass the stencil test. The bits of a comparison's number say whether it holds for a
 // reference that is less, equal and greater; where two of them or all do, its opposite is asked.
-inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencilRun& run) {
+template <int kMost>
+inline HWY_ATTR std::uint64_t StencilBits(const TSpanJob& job, const TStencils<kMost>& stencils) {
   static_assert(static_cast<int>(TCompare::Less) == 1 && static_cast<int>(TCompare::Equal) == 2 &&
                 static_cast<int>(TCompare::Greater) == 4 &&
                 static_cast<int>(TCompare::Always) == 7);
-  const DB db;
-  const VB mask = hn::Set(db, job.Draw.StencilValueMask);
-  const VB ref = hn::And(hn::Set(db, job.Draw.StencilRef), mask);
+  const typename TStencils<kMost>::D d;
+  const auto mask = hn::Set(d, job.Draw.StencilValueMask);
+  const auto ref = hn::And(hn::Set(d, job.Draw.StencilRef), mask);
   const int func = static_cast<int>(job.Draw.StencilFunc);
   const bool opposite = func == 3 || func >= 5;
   const int asked = opposite ? 7 - func : func;
   std::uint64_t bits = opposite ? ~std::uint64_t{0} : 0;
-  for (int i = 0; i < kRun && asked != 0; i += static_cast<int>(hn::Lanes(db))) {
-    const VB stored = hn::And(hn::Load(db, run.Values + i), mask);
+  for (int i = 0; i < kMost && asked != 0; i += static_cast<int>(hn::Lanes(d))) {
+    const auto stored = hn::And(hn::Load(d, stencils.Values + i), mask);
     const auto holds = asked == 1   ? hn::Lt(ref, stored)
                        : asked == 2 ? hn::Eq(ref, stored)
                                     : hn::Gt(ref, stored);
-    bits ^= BitsOfMask(db, holds) << i;
+    bits ^= BitsOfMask(d, holds) << i;
   }
   return bits;
 }
 
 // What an operation makes of the bits within the write mask.
-HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB inside, VB mask) {
-  const DB db;
-  const VB one = hn::Set(db, std::uint8_t{1});
+template <class D>
+HWY_INLINE HWY_ATTR hn::Vec<D> StencilValue(D d, const TSpanJob& job, TStencilStep step,
+                                            hn::Vec<D> inside, hn::Vec<D> mask) {
+  const auto one = hn::Set(d, std::uint8_t{1});
   switch (step) {
   case TStencilStep::Zero:
-    return hn::Zero(db);
+    return hn::Zero(d);
   case TStencilStep::Replace:
-    return hn::Set(db, job.Draw.StencilRef);
+    return hn::Set(d, job.Draw.StencilRef);
   case TStencilStep::Incr:
     return hn::SaturatedAdd(inside, one);
   case TStencilStep::IncrWrap:
@@ -213,31 +245,33 @@ HWY_INLINE HWY_ATTR VB StencilValue(const TSpanJob& job, TStencilStep step, VB i
 }
 
 // Applies a stencil operation to a set of pixels.
+template <int kMost>
 inline HWY_ATTR void StepStencil(const TSpanJob& job, TStencilStep step, std::uint64_t pixels,
-                                 TStencilRun* run) {
+                                 TStencils<kMost>* stencils) {
   if (step == TStencilStep::Keep || pixels == 0) {
     return;
   }
-  const DB db;
-  const VB mask = hn::Set(db, job.Draw.StencilWriteMask);
-  for (int i = 0; i < kRun; i += static_cast<int>(hn::Lanes(db))) {
-    const VB stored = hn::Load(db, run->Values + i);
-    const VB value = hn::And(StencilValue(job, step, hn::And(stored, mask), mask), mask);
-    const VB stepped = hn::Or(value, hn::AndNot(mask, stored));
-    hn::Store(hn::IfThenElse(MaskOfBits(db, pixels >> i), stepped, stored), db, run->Values + i);
+  const typename TStencils<kMost>::D d;
+  const auto mask = hn::Set(d, job.Draw.StencilWriteMask);
+  for (int i = 0; i < kMost; i += static_cast<int>(hn::Lanes(d))) {
+    const auto stored = hn::Load(d, stencils->Values + i);
+    const auto value = hn::And(StencilValue(d, job, step, hn::And(stored, mask), mask), mask);
+    const auto stepped = hn::Or(value, hn::AndNot(mask, stored));
+    hn::Store(hn::IfThenElse(MaskOfBits(d, pixels >> i), stepped, stored), d, stencils->Values + i);
   }
 }
 
-// Writes a set of pixels of a run, most often all of the first `count`, and no others.
-inline HWY_ATTR void StoreStencils(const TStencilRun& run, std::uint64_t pixels, int count,
-                                   unsigned char* to) {
+// Writes a set of pixels, most often all of the first `count`, and no others.
+template <int kMost>
+inline HWY_ATTR void StoreStencils(const TStencils<kMost>& stencils, std::uint64_t pixels,
+                                   int count, unsigned char* to) {
 #if ZX_HAS_MASK_REGISTERS
   (void)count;
-  const DB db;
-  static_assert(hn::MaxLanes(db) == kRun);
-  hn::BlendedStore(hn::Load(db, run.Values), MaskOfBits(db, pixels), db, to);
+  const typename TStencils<kMost>::D d;
+  static_assert(hn::MaxLanes(d) == kRun);
+  hn::BlendedStore(hn::Load(d, stencils.Values), MaskOfBits(d, pixels), d, to);
 #else
-  ForPixels(pixels, count, [&](int k) { to[k] = run.Values[k]; });
+  ForPixels(pixels, count, [&](int k) { to[k] = stencils.Values[k]; });
 #endif
 }
 
@@ -251,17 +285,19 @@ inline std::uint64_t SteppedPixels(const TSpanJob& job, std::uint64_t live, std:
 
 // Applies the three stencil operations: to those of the first `count` pixels that fail the stencil
 // test, that fail the depth test, and that pass both.
+template <int kMost>
 inline HWY_ATTR void StepStencils(const TSpanJob& job, int count, std::uint64_t tested,
-                                  std::uint64_t shaded, TStencilRun* run, unsigned char* to) {
+                                  std::uint64_t shaded, TStencils<kMost>* stencils,
+                                  unsigned char* to) {
   const std::uint64_t live = FirstBits(count);
   const std::uint64_t stepped = SteppedPixels(job, live, tested, shaded);
   if (stepped == 0) {
     return;
   }
-  StepStencil(job, job.Draw.StencilFail, live & ~tested, run);
-  StepStencil(job, job.Draw.StencilZFail, tested & ~shaded, run);
-  StepStencil(job, job.Draw.StencilZPass, shaded, run);
-  StoreStencils(*run, stepped, count, to);
+  StepStencil(job, job.Draw.StencilFail, live & ~tested, stencils);
+  StepStencil(job, job.Draw.StencilZFail, tested & ~shaded, stencils);
+  StepStencil(job, job.Draw.StencilZPass, shaded, stencils);
+  StoreStencils(*stencils, stepped, count, to);
 }
 
 } // namespace HWY_NAMESPACE

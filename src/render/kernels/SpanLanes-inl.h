@@ -59,10 +59,6 @@ inline constexpr int kLanes4 = static_cast<int>(hn::MaxLanes(D4()));
 // Pixels of a run; sets of them are the bits of a word.
 inline constexpr int kRun = 64;
 
-// Stencil bytes of a run.
-using DB = hn::CappedTag<std::uint8_t, kRun>;
-using VB = hn::Vec<DB>;
-
 // Columns from x on: constants and a sum, where `Iota` of a variable goes through memory.
 template <class D> HWY_INLINE HWY_ATTR hn::Vec<D> Columns(D d, int x) {
   return hn::Add(hn::Set(d, static_cast<hn::TFromD<D>>(x)), hn::Iota(d, 0));

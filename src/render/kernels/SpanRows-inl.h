@@ -45,7 +45,7 @@ HWY_INLINE HWY_ATTR TGroupResult DrawGroupBy(const TSpanJob& job, const TRowOfGr
   const DF df;
   const std::uint64_t live = FirstBits(count);
   std::uint64_t tested = live;
-  TStencilRun stencil;
+  TGroupStencils stencil;
   if constexpr (kTests == TTests::AnyWithStencil) {
     LoadStencils(to.Stencil, count, &stencil);
     tested &= StencilBits(job, stencil);
@@ -219,7 +219,7 @@ HWY_INLINE HWY_ATTR TGroupResult TestRun(const TSpanJob& job, int count, unsigne
   if constexpr (!kStencil) {
     return {live, drawDepths(live)};
   }
-  TStencilRun stencil;
+  TStencils<kRun> stencil;
   LoadStencils(stencils, count, &stencil);
   const std::uint64_t tested = live & StencilBits(job, stencil);
   const std::uint64_t shaded = tested != 0 ? drawDepths(tested) : 0;
