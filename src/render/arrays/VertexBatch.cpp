@@ -263,6 +263,10 @@ int TRenderEngine::ReplayShapes(TBatchDraw* draw, int shapes) {
         ShadeCorner(draw, c * draw->Batch.Pitch + shape, draw->FirstPlace + c);
       }
     }
+    if (const std::uint64_t others = rest & (rest - 1) & inside; others != 0) {
+      const int next = __builtin_ctzll(others);
+      AskAhead(draw->Window.X + next, draw->Window.Y + next, draw->Window.Pitch);
+    }
     bool done = true;
     for (int half = 0; half < halves && done; ++half) {
       gl.m_Fragment.FrontFacing = (classes[half].Front >> shape & 1) != 0;

@@ -159,6 +159,7 @@ struct TRenderEngine {
   TCondition SetUpShadedRow() const;
   bool IsLinePixel(int x, int y) const;
   void DrawLinePixel(int x, int y, double t);
+  void AskAhead(const double* x, const double* y, std::ptrdiff_t step);
   void DrawTriangle(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void DrawLine(VAR_DATA* v, TSpanJob* job, TCondition unmet);
   void WalkLine(const TLineWalk& walk);
@@ -221,6 +222,7 @@ struct TRenderEngine {
   }
   void ComputeDeferredFragment();
 
+  double LastY = 0.0; ///< of the triangle before, in the window: `AskAhead`
   TKnownTints KnownTints;
   int ExactRuns = 0; ///< of textures, that take exact coordinates: `CountExactGroups`
   TDeferredFragment DeferredFragment;
