@@ -66,7 +66,6 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
   const DFU du;
   const std::uint32_t ties = job.Primitive.TieMask;
   const std::uint32_t constant = job.Primitive.ConstMask;
-  const std::uint32_t varying = kAllChannels & ~constant;
   const VFU constColor = hn::Set(du, job.Primitive.ConstColor);
   const auto exact = [&](int i, std::uint32_t channels, std::uint64_t pixels, VFU packed) HWY_ATTR {
     return ExactPair<kPerspective>(job, slots, row, x + i, channels, pixels, packed);
@@ -83,17 +82,15 @@ HWY_INLINE HWY_ATTR void DrawUntexturedColors(const TSpanJob& job, const TRowSlo
       continue;
     }
     VFU packed = constColor;
-    if (varying != 0) {
-      const MFI sure = UntexturedBytes<kDivides, kClamp>(row, constant | ties, after, &packed);
-      if (kPerspective && !sameTies) {
-        tied = exact(i, ties, bits, tied);
-      }
-      packed = hn::Or(packed, tied);
-      const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
-      if (HWY_UNLIKELY(unsure != 0)) {
-        job.Meets(TCondition::ValuesBytes, kLanes);
-        packed = exact(i, varying, unsure, packed);
-      }
+    const MFI sure = UntexturedBytes<kDivides, kClamp>(row, constant | ties, after, &packed);
+    if (kPerspective && !sameTies) {
+      tied = exact(i, ties, bits, tied);
+    }
+    packed = hn::Or(packed, tied);
+    const std::uint64_t unsure = bits & ~BitsOfMask(DFI(), sure);
+    if (HWY_UNLIKELY(unsure != 0)) {
+      job.Meets(TCondition::ValuesBytes, kLanes);
+      packed = exact(i, kAllChannels & ~constant, unsure, packed);
     }
     WriteColors(job, bits, packed, color + i);
   }
@@ -280,6 +277,12 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
     return ByValue<false, kPerspective>(kPerspective && !HasOneW(row), function);
   };
   if constexpr (kTexels == TTexelSource::None) {
+    if (job.Primitive.HasConstColor()) {
+      for (int i = 0; i < count; i += kFloatLanes) {
+        WriteColors(job, shaded >> i, hn::Set(DFU(), job.Primitive.ConstColor), color + i);
+      }
+      return;
+    }
     if (values.IsFloat) {
       byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
         ByValue<false, true>(
