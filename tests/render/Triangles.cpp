@@ -2,12 +2,16 @@
 #include <ZxCore3D/render/TRenderCPU.h>
 
 #include <array>
+#include <cmath>
 #include <cstring>
+#include <iterator>
 #include <limits>
+#include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "LevelTest.h"
 #include "Scene.h"
 
 namespace {
@@ -586,6 +590,82 @@ TEST_F(Triangles, BeyondTheFrameAreCutToIt) {
   for (const int hits : Hits()) {
     EXPECT_EQ(1, hits);
   }
+}
+
+// --- Each far from the one before, on a surface so tall that pixels are asked for ahead
+
+class FarTriangles : public zx_test::TLevelTest {
+protected:
+  FarTriangles() : TLevelTest(64, 4096) {}
+
+  /// The same numbers for each run.
+  static unsigned int Next(unsigned int* state) {
+    *state = *state * 1664525u + 1013904223u;
+    return *state >> 16;
+  }
+
+  static void Test(TRenderCPU& gl) {
+    gl.Enable(GL_DEPTH_TEST);
+    gl.Enable(GL_STENCIL_TEST);
+    gl.StencilFunc(GL_ALWAYS, 0, 255);
+    gl.StencilOp(GL_KEEP, GL_KEEP, GL_INCR);
+  }
+};
+
+// In all modes, by calls and by arrays: small ones, up to the first and the last row and column.
+TEST_F(FarTriangles, AreDrawnAsAnyOthers) {
+  for (const unsigned int mode : {GL_TRIANGLES, GL_QUADS, GL_TRIANGLE_STRIP, GL_TRIANGLE_FAN}) {
+    for (const bool arrays : {false, true}) {
+      Expect(std::to_string(mode) + (arrays ? " by arrays" : " by calls"), [&](TRenderCPU& gl) {
+        Test(gl);
+        constexpr int kVertices = 4 * 3 * 20;
+        std::vector<double> at;
+        unsigned int state = 1;
+        for (int i = 0; i < kVertices; ++i) {
+          const int shape = i / (mode == GL_QUADS ? 4 : 3);
+          const double x = std::sin(shape * 1.7) + (Next(&state) % 64) / 320.0 - 0.1;
+          const double y = std::cos(shape * 2.9) + (Next(&state) % 64) / 6400.0 - 0.005;
+          at.insert(at.end(), {x, y, (Next(&state) % 100) / 100.0});
+        }
+        if (arrays) {
+          gl.VertexPointer(3, GL_DOUBLE, 0, at.data());
+          gl.EnableClientState(GL_VERTEX_ARRAY);
+          gl.DrawArrays(mode, 0, kVertices);
+          return;
+        }
+        gl.Begin(mode);
+        for (int i = 0; i < kVertices; ++i) {
+          gl.Color3d(i / 240.0, 0.5, 1.0 - i / 240.0);
+          gl.Vertex3dv(at.data() + 3 * i);
+        }
+        gl.End();
+      });
+    }
+  }
+}
+
+// Straight to the rasteriser, without clipping: corners that are no numbers, or far outside.
+TEST_F(FarTriangles, CornersMayLieAnywhere) {
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kPlaces[] = {0.0,  -0.99, 0.97,   0.5,       -0.5,       1.01,
+                                -3.0, 1e9,   -1e300, kInfinity, -kInfinity, kNaN};
+  Expect("any corners", [&](TRenderCPU& gl) {
+    Test(gl);
+    unsigned int state = 1;
+    gl.Begin(GL_TRIANGLES);
+    for (int i = 0; i < 200; ++i) {
+      TRenderCPU::VAR_DATA v[3] = {};
+      for (auto& record : v) {
+        const double x = kPlaces[Next(&state) % std::size(kPlaces)];
+        const double y = kPlaces[Next(&state) % std::size(kPlaces)];
+        record[0] = {x, y, 0.0, 1.0};
+        record[1] = {0.25, 0.5, 0.75, 1.0};
+      }
+      gl.RasterizeTriangle(v);
+    }
+    gl.End();
+  });
 }
 
 } // namespace

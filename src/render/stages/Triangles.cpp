@@ -1,4 +1,4 @@
-// Tested by: tests/render/Triangles.cpp (Triangles.*)
+// Tested by: tests/render/Triangles.cpp (Triangles.*, FarTriangles.*)
 
 #include <algorithm>
 #include <cmath>
