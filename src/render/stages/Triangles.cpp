@@ -88,7 +88,9 @@ void TRenderCPU::RasterizeTriangle(VAR_DATA* v) {
 
 // Asks for pixels of a triangle before it is set up, so that what reads and writes them does not
 // wait as long: the one in the middle column of each row. The corners in the window stand `step`
-// doubles apart. What is near the triangle before, as in a mesh, is in a cache most often.
+// doubles apart. What is near the triangle before, as in a mesh, is in a cache most often. That
+// `LastY` is set here matters to the compiler too: to ask has no effect in its eyes, and the call
+// of a function that does nothing else is left out.
 void TRenderEngine::AskAhead(const double* x, const double* y, std::ptrdiff_t step) {
   const double rows = y[0] - std::exchange(LastY, y[0]);
   if (!(std::fabs(rows) * static_cast<double>(Targets.Color.RowStride) > kNearBytes)) {
