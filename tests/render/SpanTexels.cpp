@@ -50,14 +50,23 @@ class SpanTexels : public zx_test::TLevelTest {
 protected:
   SpanTexels() : TLevelTest(kWidth, kHeight) {}
 
+  // With a `square` above 1 texels are alike in squares of that side, and have an alpha of 1.
   static void Texture(TRenderCPU& gl, int width, int height, unsigned int filter,
-                      unsigned int wrapS, unsigned int wrapT, int channels = 4) {
+                      unsigned int wrapS, unsigned int wrapT, int channels = 4, int square = 1) {
     constexpr unsigned int kFormats[] = {GL_LUMINANCE, GL_LUMINANCE_ALPHA, GL_RGB, GL_RGBA};
     const unsigned int format = kFormats[channels - 1];
     zx_test::TRandom random(7);
     std::vector<unsigned char> texels(static_cast<std::size_t>(width * height * channels));
     for (unsigned char& byte : texels) {
       byte = static_cast<unsigned char>(random.Below(256));
+    }
+    for (int i = 0; square > 1 && i < width * height * channels; ++i) {
+      const int channel = i % channels;
+      const int x = i / channels % width / square * square;
+      const int y = i / channels / width / square * square;
+      texels[static_cast<std::size_t>(i)] =
+          channel == 3 ? 255
+                       : texels[static_cast<std::size_t>((y * width + x) * channels + channel)];
     }
     unsigned int id = 0;
     gl.GenTextures(1, &id);
@@ -252,6 +261,15 @@ TEST_F(SpanTexels, ExactCoordinatesWhereManyPixelsAskForThem) {
     draw(0.5, 0.0);
   }
   EXPECT_EQ(std::uint64_t{kRows}, draw(kOneInTheRest, 0.37));
+
+  // Texels are known where colours are not.
+  s->TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+  s->Color4d(0.5, 0.3, 0.7, 0.9);
+  for (int i = 0; i < 3; ++i) {
+    draw(0.5, 0.0);
+    EXPECT_GE(KernelCounters().Unmet(TCondition::ValuesBytes), 64u * kRows);
+  }
+  EXPECT_EQ(std::uint64_t{kRows}, draw(kOneInTheRest, 0.37));
 }
 
 // Beyond its edges a clamped texture keeps the bytes there; half of the odd ones lies between two
@@ -278,6 +296,55 @@ TEST_F(SpanTexels, HalvedTexelsBeyondTheEdges) {
             }
             gl.End();
           });
+        }
+      }
+    }
+  }
+}
+
+// Where the texels that a filter mixes are alike, their mean is known wherever it is taken, but for
+// pixels next to a whole texel; a constant colour puts it half-way between two bytes, so that each
+// of the exact path's roundings shows.
+TEST_F(SpanTexels, HalvesOfTexelsThatAreAlike) {
+  constexpr double kWIsZ[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0};
+  constexpr double kColors[][4] = {{0.5, 0.5, 0.5, 0.5}, {0.1, 0.3, 0.7, 0.9}, {1, 0.5, 0.9, 0.5}};
+  zx_test::TRandom random(11);
+  for (const int square : {2, 3, 16}) {
+    for (const unsigned int filter : {GL_NEAREST, GL_LINEAR}) {
+      for (const unsigned int wrap : {GL_REPEAT, GL_CLAMP_TO_EDGE, GL_CLAMP}) {
+        for (const double step : {0.0, 0.37, 0.5, 1.0, 2.0}) {
+          for (const double(&color)[4] : kColors) {
+            const int channels = 3 + random.Below(2);
+            const int size = random.Below(2) != 0 ? 32 : 45;
+            double first[kHeight];
+            for (double& at : first) {
+              at = random.Below(size) + (filter == GL_LINEAR ? 0.5 : 0.0);
+            }
+            Expect(std::to_string(square) + " of " + std::to_string(size) + ", filter " +
+                       std::to_string(filter) + ", wrap " + std::to_string(wrap) + ", " +
+                       std::to_string(step) + " a pixel",
+                   [&](TRenderCPU& gl) {
+                     Texture(gl, size, size, filter, wrap, wrap, channels, square);
+                     gl.TexEnvi(GL_TEXTURE_ENV, GL_TEXTURE_ENV_MODE, GL_MODULATE);
+                     gl.Enable(GL_BLEND);
+                     gl.BlendFunc(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
+                     gl.Color4d(color[0], color[1], color[2], color[3]);
+                     gl.MatrixMode(GL_PROJECTION);
+                     gl.LoadMatrixd(kWIsZ);
+                     for (int y = 0; y < kHeight; ++y) {
+                       const double w[2] = {1.0 + y % 3, y % 2 == 0 ? 1.0 + y % 3 : 3.7};
+                       gl.Begin(GL_QUADS);
+                       for (int k = 0; k < 4; ++k) {
+                         const int end = k == 1 || k == 2 ? 1 : 0;
+                         const double column = end == 0 ? -5 : kWidth + 5;
+                         const double row = zx_test::Clip(y + (k < 2 ? -0.4 : 0.4), kHeight);
+                         gl.TexCoord2d((first[y] + step * column) / size, (first[y] + 1) / size);
+                         gl.Vertex3d(w[end] * zx_test::Clip(column, kWidth), w[end] * row, w[end]);
+                       }
+                       gl.End();
+                     }
+                   });
+          }
         }
       }
     }

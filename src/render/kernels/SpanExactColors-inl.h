@@ -91,54 +91,52 @@ HWY_INLINE HWY_ATTR VU ExactUntextured(const TSpanJob& job, const TRowOfGroup& r
   return packed;
 }
 
-// The bytes of textured channels, operation by operation in double. With P the primary colour, S
-// the secondary one where lighting is on, T the texel, by channel:
+// The byte of a textured channel, operation by operation in double, where it stands in a packed
+// colour. With P the primary colour, S the secondary one where lighting is on, T the texel:
 //
 //     without a texture  P + S
 //     GL_MODULATE        P T + S
 //     GL_REPLACE         T
 //
-// each limited to 0 to 1; S is not added to alpha. Only `channels` are computed, the others are
-// those of `packed`.
+// each limited to 0 to 1; S is not added to alpha.
+template <bool kPerspective, class TRowOfGroup>
+HWY_INLINE HWY_ATTR VU ExactByte(const TPrimitive& primitive, const TRowSlots& slots,
+                                 const TRowOfGroup& row, VD t, VD q, int channel, VD texel,
+                                 bool clamp) {
+  if (primitive.Modulate) {
+    texel = hn::Mul(Interpolated<kPerspective>(row, slots.Color + channel, t, q), texel);
+    if (slots.Secondary >= 0 && channel < 3) {
+      texel = hn::Add(texel, Interpolated<kPerspective>(row, slots.Secondary + channel, t, q));
+    }
+  }
+  return hn::ShiftLeftSame(ChannelByte(texel, clamp), 8 * channel);
+}
+
+// The packed colours of a textured group.
 template <TTexelSource kTexels, bool kPerspective, class TRowOfGroup>
 HWY_INLINE HWY_ATTR VU ExactTextured(const TSpanJob& job, const TRowSlots& slots,
-                                     const TRowOfGroup& row, VD t, const TFetchedTexels& fetched,
-                                     std::uint32_t channels, VU packed) {
+                                     const TRowOfGroup& row, VD t, const TFetchedTexels& fetched) {
   const TPrimitive& primitive = job.Primitive;
-  const VD q = fetched.Q;
   const bool sampled = kTexels == TTexelSource::Sampler || !fetched.Fits;
-  const auto interpolated = [&](int place)
-                                HWY_ATTR { return Interpolated<kPerspective>(row, place, t, q); };
   // A coordinate that fits no index leaves a fraction of any size, or a NaN.
   const bool clamp = primitive.Clamp || sampled;
-  packed = hn::And(packed, hn::Set(DU(), ~BytesOf(channels)));
-  const auto put = [&](int i, VD value) HWY_ATTR __attribute__((always_inline)) {
-    if (primitive.Modulate) {
-      value = hn::Mul(interpolated(slots.Color + i), value);
-      if (slots.Secondary >= 0 && i < 3) {
-        value = hn::Add(value, interpolated(slots.Secondary + i));
-      }
-    }
-    packed = hn::Or(packed, hn::ShiftLeftSame(ChannelByte(value, clamp), 8 * i));
-  };
-  const auto each = [&](const auto& texelOf) HWY_ATTR {
-    for (; channels != 0; channels &= channels - 1) {
-      put(FirstBit(channels), texelOf(FirstBit(channels)));
-    }
+  VU packed = hn::Zero(DU());
+  const auto pack = [&](const auto& texelOf) HWY_ATTR __attribute__((always_inline)) {
+    ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+      packed = hn::Or(packed, ExactByte<kPerspective>(primitive, slots, row, t, fetched.Q, channel,
+                                                      texelOf(channel), clamp));
+    });
   };
   if (HWY_UNLIKELY(sampled)) {
-    const TTexels texels =
-        SampledTexels(primitive.Sampler, interpolated(slots.Tex), interpolated(slots.Tex + 1));
-    each([&](int i) HWY_ATTR { return texels.Channel[i]; });
+    const auto at = [&](int i) HWY_ATTR {
+      return Interpolated<kPerspective>(row, slots.Tex + i, t, fetched.Q);
+    };
+    const TTexels texels = SampledTexels(primitive.Sampler, at(0), at(1));
+    pack([&](int i) HWY_ATTR { return texels.Channel[i]; });
   } else if (HWY_UNLIKELY(fetched.IsBordered)) {
-    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, true>(primitive, fetched, i); });
-  } else if (channels == kAllChannels) {
-    put(0, FilteredChannel<kTexels, false>(primitive, fetched, 0));
-    put(1, FilteredChannel<kTexels, false>(primitive, fetched, 1));
-    put(2, FilteredChannel<kTexels, false>(primitive, fetched, 2));
-    put(3, FilteredChannel<kTexels, false>(primitive, fetched, 3));
-  } else { // most often one, and a branch on each would be foretold wrong
-    each([&](int i) HWY_ATTR { return FilteredChannel<kTexels, false>(primitive, fetched, i); });
+    pack([&](int i) HWY_ATTR { return FilteredChannel<kTexels, true>(primitive, fetched, i); });
+  } else {
+    pack([&](int i) HWY_ATTR { return FilteredChannel<kTexels, false>(primitive, fetched, i); });
   }
   return packed;
 }
@@ -150,22 +148,12 @@ HWY_INLINE HWY_ATTR VU ExactColors(const TSpanJob& job, const TRowSlots& slots,
   if constexpr (kTexels != TTexelSource::None) {
     TFetchedTexels fetched;
     FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, &fetched);
-    return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, kAllChannels,
-                                                hn::Zero(DU()));
+    return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched);
   }
   return job.Primitive.HasConstColor()
              ? hn::Set(DU(), job.Primitive.ConstColor)
              : ExactUntextured<kPerspective>(job, row, slots.Color, slots.Secondary,
                                              job.Primitive.ConstMask, job.Primitive.Clamp, t);
-}
-
-// The exact channels of a group that failed a rounding test, the others from `packed`.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR VU ExactFallback(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                       VD t, const TFetchedTexels& fetched, std::uint32_t channels,
-                                       VU packed) {
-  job.Meets(TCondition::ValuesBytes, kLanes);
-  return ExactTextured<kTexels, kPerspective>(job, slots, row, t, fetched, channels, packed);
 }
 
 // Sets the colour of the fragment record to that of the pixel at t: the formulas of ExactColors in

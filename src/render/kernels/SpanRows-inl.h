@@ -245,7 +245,7 @@ HWY_INLINE HWY_ATTR void DrawRun(const TSpanJob& job, const TRowSlots& slots, co
   const TGroupResult drawn = TestRun<kStencil>(job, count, to.Stencil, drawDepths);
   RecordGroup(drawn, x, result);
   if (drawn.Shaded != 0 && job.Draw.ColorMask != 0) {
-    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, values, drawn.Shaded, to.Color);
+    DrawColors<kTexels, kPerspective>(job, slots, row, x, count, &values, drawn.Shaded, to.Color);
   }
 }
 

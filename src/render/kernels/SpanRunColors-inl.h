@@ -128,15 +128,6 @@ HWY_INLINE HWY_ATTR bool FetchNear(const TSpanJob& job, const TTexture& texture,
   return job.Meets(FetchTexels<kTexels, kReach, true>(texture, u, v, ready));
 }
 
-// Fetches the exact path's texels of a group in place of others. Returns the exact t.
-template <TTexelSource kTexels, bool kPerspective>
-HWY_NOINLINE HWY_ATTR VD FetchExactly(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                      int x, TFetchedTexels* ready) {
-  const VD t = ColumnParameter(row, x);
-  FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, ready);
-  return t;
-}
-
 // The texels of a run, those of each group that has a pixel in `shaded`. Returns the pixels whose
 // texels are no bytes.
 template <TTexelSource kTexels, bool kPerspective, bool kDivides>
@@ -175,19 +166,35 @@ ZX_STAGE HWY_ATTR std::uint64_t FetchRun(const TSpanJob& job, const TRowSlots& s
   return unfetched;
 }
 
+// The lowest bit of each channel.
+inline constexpr TUnsureBits kEachChannel = 0x0001000100010001u;
+
+// Those of all channels, each where it stands in one.
+HWY_INLINE TUnsureBits OfAnyChannel(TUnsureBits bits) {
+  bits |= bits >> 32;
+  return (bits | bits >> 16) & 0xFFFFu;
+}
+
 // The pixels of a run whose rounding test failed, or whose texels are no bytes, by pairs of groups.
 struct TUnsureRun {
+  static constexpr int kMostGroups = kRun / kLanes < 16 ? kRun / kLanes : 16; ///< of a channel
+
   TUnsureBits Pair[kRun / kFloatLanes];
   TUnsureBits Any;
 
-  // The channels of a group, from pixel i on, that such pixels have.
-  HWY_INLINE std::uint32_t Channels(int i) const {
-    const TUnsureBits bits = Pair[i / kFloatLanes] >> i % kFloatLanes;
-    std::uint32_t channels = 0;
-    for (int k = 0; k < 4; ++k) {
-      channels |= (bits >> 16 * k & FirstBits(kLanes)) != 0 ? 1u << k : 0;
+  // Those of the group from pixel i on.
+  TUnsureBits Group(int i) const {
+    return Pair[i / kFloatLanes] >> i % kFloatLanes & FirstBits(kLanes) * kEachChannel;
+  }
+
+  // Which of the groups from pixel `from` on have such pixels, a bit for each in each channel.
+  HWY_INLINE TUnsureBits GroupsFrom(int from, int count) const {
+    constexpr TUnsureBits kHighest = kEachChannel << 15;
+    TUnsureBits groups = 0;
+    for (int k = 0; k < kMostGroups && from + k * kLanes < count; ++k) {
+      groups |= ((Group(from + k * kLanes) + (kHighest - kEachChannel)) & kHighest) >> (15 - k);
     }
-    return channels;
+    return groups;
   }
 };
 
@@ -198,7 +205,6 @@ ZX_STAGE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int 
                                const TFetchedTexels* ready, std::uint32_t* packed,
                                TUnsureRun* unsure) {
   const DFF df;
-  constexpr std::uint64_t kEachChannel = 0x0001000100010001u;
   unsure->Any = 0;
   VFF after = Columns(df, x - row.First);
   for (int i = 0; i < count; i += kFloatLanes, after = hn::Add(after, hn::Set(df, kFloatLanes))) {
@@ -220,17 +226,92 @@ ZX_STAGE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int 
   }
 }
 
-// The packed colours of a run: those of each group that has a pixel in `shaded`. Rounding tests
-// that fail are seen to at the end: a branch upon each would be foretold wrong as often, and known
-// to be so after all of a group's steps. Returns how many groups failed.
+// Whether the exact path finds the same means of a group's texels at other coordinates, which are
+// near these: in the channels that have unsure pixels the four texels of each pixel are alike, and
+// no coordinate is so near to a whole number that it may find others.
+template <TTexelSource kTexels>
+HWY_INLINE HWY_ATTR bool HasSameMeans(const TFetchedTexels& texels, TUnsureBits unsure) {
+  if (kTexels == TTexelSource::Nearest) {
+    return true; // floors were sure, or nothing was fetched
+  }
+  const DU2 du;
+  std::uint32_t channels = 0;
+  for (int k = 0; k < 4; ++k) {
+    channels |= (unsure >> 16 * k & 0xFFFFu) != 0 ? 0xFFu << 8 * k : 0;
+  }
+  const auto swapped = hn::ConcatLowerUpper(du, texels.Left, texels.Left);
+  const auto apart = hn::Or(hn::Xor(texels.Left, texels.Right), hn::Xor(texels.Left, swapped));
+  const auto alike = hn::Eq(hn::And(apart, hn::Set(du, channels)), hn::Zero(du));
+  return hn::AllTrue(du, alike) && HaveSureFloors(texels.FractionU, texels.FractionV);
+}
+
+// The exact channels of the groups of a run whose rounding tests failed, a channel after the other:
+// branches of each group upon its channels would be foretold wrong as often. Coordinates that are
+// near will do where the exact ones find the same texels. Returns how many groups wanted others.
+template <TTexelSource kTexels, bool kPerspective>
+HWY_NOINLINE HWY_ATTR int ExactFallback(const TSpanJob& job, const TRowSlots& slots,
+                                        const TRow& row, int x, int count, TRunValues* values,
+                                        std::uint64_t unfetched, const TUnsureRun& unsure,
+                                        TFetchedTexels* ready, std::uint32_t* packed) {
+  const DD d;
+  const DU du;
+  int exact = 0;
+  for (int from = 0; from < count; from += TUnsureRun::kMostGroups * kLanes) {
+    TUnsureBits groups = unsure.GroupsFrom(from, count);
+    TUnsureBits means = 0;
+    for (TUnsureBits any = OfAnyChannel(groups); any != 0; any &= any - 1) {
+      const int i = from + FirstBit(any) * kLanes;
+      TFetchedTexels& texels = ready[i / kLanes];
+      if (values->IsNear) {
+        const VD t = ColumnParameter(row, x + i);
+        hn::Store(t, d, values->T + i);
+        if ((unfetched >> i & FirstBits(kLanes)) == 0 &&
+            HasSameMeans<kTexels>(texels, unsure.Group(i))) {
+          texels.Q = PerspectiveAt<kPerspective>(row, t);
+          means |= any & -any;
+        } else {
+          FetchTexelsAt<kTexels, kPerspective, TTexelReach::Anywhere>(job, slots, row, t, &texels);
+          ++exact;
+        }
+      }
+      if (HWY_UNLIKELY(!texels.Fits || texels.IsBordered)) {
+        const VD t = hn::Load(d, values->T + i);
+        hn::Store(ExactTextured<kTexels, kPerspective>(job, slots, row, t, texels), du, packed + i);
+        groups &= ~(kEachChannel << FirstBit(any));
+      }
+      job.Meets(TCondition::ValuesBytes, kLanes);
+    }
+    ForEachChannel([&](auto channel) HWY_ATTR __attribute__((always_inline)) {
+      constexpr int kChannel = decltype(channel)::value;
+      constexpr std::uint32_t kByte = 0xFFu << 8 * kChannel;
+      for (TUnsureBits left = groups >> 16 * kChannel & 0xFFFFu; left != 0; left &= left - 1) {
+        const int i = from + FirstBit(left) * kLanes;
+        const TFetchedTexels& texels = ready[i / kLanes];
+        const VD texel =
+            (means & left & -left) != 0
+                ? FilteredChannel<TTexelSource::Nearest, false>(job.Primitive, texels, kChannel)
+                : FilteredChannel<kTexels, false>(job.Primitive, texels, kChannel);
+        const VU byte =
+            ExactByte<kPerspective>(job.Primitive, slots, row, hn::Load(d, values->T + i), texels.Q,
+                                    kChannel, texel, job.Primitive.Clamp);
+        const VU others = hn::AndNot(hn::Set(du, kByte), hn::Load(du, packed + i));
+        hn::Store(hn::Or(others, byte), du, packed + i);
+      }
+    });
+  }
+  return exact;
+}
+
+// The packed colours of a run: those of each group that has a pixel in `shaded`. Returns how many
+// groups wanted exact coordinates.
 template <TTexelSource kTexels, bool kPerspective, bool kDivides>
 ZX_STAGE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                     int x, int count, std::uint64_t shaded,
-                                     const TRunValues& values, std::uint32_t* packed) {
+                                     int x, int count, std::uint64_t shaded, TRunValues* values,
+                                     std::uint32_t* packed) {
   TFetchedTexels ready[kRun / kLanes];
   TUnsureRun unsure;
   const std::uint64_t unfetched =
-      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, values, ready);
+      FetchRun<kTexels, kPerspective, kDivides>(job, slots, row, x, count, shaded, *values, ready);
   const TModulation modulation = !job.Primitive.UsesVertexColor ? TModulation::None
                                  : slots.Secondary < 0          ? TModulation::Color
                                                                 : TModulation::ColorAndSecondary;
@@ -239,22 +320,10 @@ ZX_STAGE HWY_ATTR int TexturedColors(const TSpanJob& job, const TRowSlots& slots
         PackRun<kTexels, kDivides, decltype(constant)::value>(job, row, x, count, shaded, unfetched,
                                                               ready, packed, &unsure);
       });
-  int exact = 0;
-  for (int i = 0; i < count && HWY_UNLIKELY(unsure.Any != 0); i += kLanes) {
-    const std::uint32_t channels = unsure.Channels(i);
-    if (channels == 0) {
-      continue;
-    }
-    ++exact;
-    TFetchedTexels& texels = ready[i / kLanes];
-    const VD t = values.IsNear
-                     ? FetchExactly<kTexels, kPerspective>(job, slots, row, x + i, &texels)
-                     : hn::Load(DD(), values.T + i);
-    const VU others = channels == kAllChannels ? hn::Zero(DU()) : hn::Load(DU(), packed + i);
-    hn::Store(ExactFallback<kTexels, kPerspective>(job, slots, row, t, texels, channels, others),
-              DU(), packed + i);
-  }
-  return exact;
+  return HWY_LIKELY(unsure.Any == 0)
+             ? 0
+             : ExactFallback<kTexels, kPerspective>(job, slots, row, x, count, values, unfetched,
+                                                    unsure, ready, packed);
 }
 
 // Keeps account of the groups that wanted exact coordinates: `exactRuns` are the runs that will
@@ -271,8 +340,8 @@ inline void CountExactGroups(int groups, int count, bool isNear, int* exactRuns)
 // The colours of a run.
 template <TTexelSource kTexels, bool kPerspective>
 HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots, const TRow& row,
-                                    int x, int count, const TRunValues& values,
-                                    std::uint64_t shaded, std::uint32_t* color) {
+                                    int x, int count, TRunValues* values, std::uint64_t shaded,
+                                    std::uint32_t* color) {
   const auto byDivision = [&](const auto& function) HWY_ATTR __attribute__((always_inline)) {
     return ByValue<false, kPerspective>(kPerspective && !HasOneW(row), function);
   };
@@ -283,7 +352,7 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
       }
       return;
     }
-    if (values.IsFloat) {
+    if (values->IsFloat) {
       byDivision([&](auto divides) HWY_ATTR __attribute__((always_inline)) {
         ByValue<false, true>(
             job.Primitive.Clamp, [&](auto clamp) HWY_ATTR __attribute__((always_inline)) {
@@ -303,12 +372,12 @@ HWY_INLINE HWY_ATTR void DrawColors(const TSpanJob& job, const TRowSlots& slots,
         return TexturedColors<kTexels, kPerspective, decltype(divides)::value>(
             job, slots, row, x, count, shaded, values, packed);
       });
-      CountExactGroups(exact, count, values.IsNear, job.ExactRuns);
+      CountExactGroups(exact, count, values->IsNear, job.ExactRuns);
     }
   }
   for (int i = 0; i < count && !staged; i += kLanes) {
     if ((shaded >> i & FirstBits(kLanes)) != 0) {
-      const VD t = hn::Load(DD(), values.T + i);
+      const VD t = hn::Load(DD(), values->T + i);
       hn::Store(ExactColors<kTexels, kPerspective>(job, slots, row, t), DU(), packed + i);
     }
   }

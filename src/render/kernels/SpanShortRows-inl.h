@@ -236,8 +236,7 @@ HWY_INLINE HWY_ATTR void DrawJoinedColors(const TSpanJob& job, const TRowSlots& 
   ByReach(job.Primitive.Reach, fetch);
   for (int i = 0; i < run->Count; i += kLanes) {
     VU packed = ExactTextured<kTexels, kPerspective>(job, slots, run->RowAt(rows, i),
-                                                     hn::Load(d, run->T + i), ready[i / kLanes],
-                                                     kAllChannels, hn::Zero(du));
+                                                     hn::Load(d, run->T + i), ready[i / kLanes]);
     if (job.Draw.ReadsColor()) {
       packed = OutputColors(du, job.Draw, packed, hn::Load(du, run->Color + i));
     }
