@@ -19,6 +19,7 @@ constexpr struct {
     {"depth_fail", 4},
     {"nearest", 1.3},
     {"bilinear", 1.5},
+    {"nearest_blend", 1.3},
     {"bilinear_blend", 1.5},
     {"sphere", 2.2},
     {"triangles_immediate", 2.6},

@@ -14,6 +14,10 @@ namespace rivals {
 
 enum class TSubmission { Immediate, Arrays, Elements };
 
+/// What a texture shows: any bytes; any with an alpha of 1 throughout, as most pictures have;
+/// squares of black and white.
+enum class TTexelKind { Noise, Opaque, Checkers };
+
 /// One of the ways in which a family is drawn.
 struct TVariant {
   std::string Family;
@@ -80,6 +84,14 @@ public:
     Gl.LoadIdentity();
   }
 
+  /// The same seen in parallel: what is one away is as large.
+  void Flat() {
+    Gl.MatrixMode(GL_PROJECTION);
+    Gl.LoadIdentity();
+    Gl.Ortho(-1, 1, -1, 1, -1, 10);
+    Gl.MatrixMode(GL_MODELVIEW);
+  }
+
   void Rotate(float degrees) {
     Gl.MatrixMode(GL_MODELVIEW);
     Gl.Rotatef(degrees, 0, 0, 1);
@@ -88,12 +100,20 @@ public:
   /// Random texels, modulated by the colour unless told otherwise. Rows are a multiple of four
   /// bytes.
   void Texture(unsigned int filter, unsigned int wrap = GL_REPEAT, int width = 256,
-               int height = 256, unsigned int mode = GL_MODULATE, unsigned int format = GL_RGBA) {
+               int height = 256, unsigned int mode = GL_MODULATE, unsigned int format = GL_RGBA,
+               TTexelKind kind = TTexelKind::Noise) {
     const int channels = format == GL_LUMINANCE ? 1 : format == GL_RGB ? 3 : 4;
     std::vector<unsigned char> texels(static_cast<std::size_t>(channels * width * height));
     TRandom random;
-    for (unsigned char& byte : texels) {
+    for (int i = 0; i < channels * width * height; ++i) {
+      const bool isAlpha = i % channels == 3;
+      const int texel = i / channels;
+      const bool isWhite = (texel % width / 16 + texel / width / 16) % 2 == 0;
+      unsigned char& byte = texels[static_cast<std::size_t>(i)];
       byte = static_cast<unsigned char>(random.Next(0, 255.9f));
+      if (kind != TTexelKind::Noise && (isAlpha || kind == TTexelKind::Checkers)) {
+        byte = isAlpha || isWhite ? 255 : 0;
+      }
     }
     unsigned int id = 0;
     Gl.GenTextures(1, &id);

@@ -76,14 +76,34 @@ void ListFilter(TScene<TGl>& scene, const char* family, unsigned int filter, boo
     scene.Texture(filter, GL_REPEAT, 256, 256, GL_REPLACE);
     quads({1, 2, 0, 3, 8, 0, true, alpha});
   });
+  add("opaque_rotated_30", [=, &scene] {
+    scene.Texture(filter, GL_REPEAT, 256, 256, GL_MODULATE, GL_RGBA, TTexelKind::Opaque);
+    quads({1, 2, 0, 3, 8, 30, true, alpha});
+  });
+  add("checkers_gray", [=, &scene] {
+    scene.Texture(filter, GL_REPEAT, 256, 256, GL_MODULATE, GL_RGBA, TTexelKind::Checkers);
+    TMesh mesh = MakeQuads({1, 2, 0, 3, 8, 30});
+    mesh.Colors.assign(16, 0.5f);
+    scene.Use(mesh, GL_QUADS);
+  });
+  add("flat_rotated_30", [=, &scene] {
+    scene.Flat();
+    scene.Texture(filter);
+    quads({1, 1, 0, 1, 3, 30, true, alpha});
+  });
+  add("flat_opaque_constant", [=, &scene] {
+    scene.Flat();
+    scene.Texture(filter, GL_REPEAT, 256, 256, GL_MODULATE, GL_RGBA, TTexelKind::Opaque);
+    scene.UseConstant(MakeQuads({1, 1, 0, 1, 3, 30}), GL_QUADS, TSubmission::Immediate,
+                      blend ? 0.5f : 0.9f);
+  });
   add("depth", [=, &scene] {
     scene.Depth(GL_LESS);
     scene.Texture(filter);
     quads({2, 3, -1, 3, 8, 30, true, alpha});
   });
   add("grid_64px_lit_secondary", [=, &scene] {
-    scene.Gl.MatrixMode(GL_PROJECTION);
-    scene.Gl.LoadIdentity();
+    scene.Flat();
     scene.Lights(1, false, 8);
     scene.Texture(filter);
     TMesh mesh = MakeGrid(64);
@@ -99,6 +119,7 @@ void ListFilter(TScene<TGl>& scene, const char* family, unsigned int filter, boo
 
 template <class TGl> void ListTextures(TScene<TGl>& scene) {
   ListFilter(scene, "nearest", GL_NEAREST, false);
+  ListFilter(scene, "nearest_blend", GL_NEAREST, true);
   ListFilter(scene, "bilinear", GL_LINEAR, false);
   ListFilter(scene, "bilinear_blend", GL_LINEAR, true);
 }
