@@ -226,23 +226,32 @@ ZX_STAGE HWY_ATTR void PackRun(const TSpanJob& job, const TRow& row, int x, int 
   }
 }
 
-// Whether the exact path finds the same means of a group's texels at other coordinates, which are
-// near these: in the channels that have unsure pixels the four texels of each pixel are alike, and
-// no coordinate is so near to a whole number that it may find others.
+// The unsure bytes of a group's packed colours, all ones.
+HWY_INLINE HWY_ATTR VU UnsureBytes(TUnsureBits unsure) {
+  const DU du;
+  VU bytes = hn::Zero(du);
+  for (int k = 0; k < 4; ++k) {
+    const auto here = MaskOfBits(du, unsure >> 16 * k & FirstBits(kLanes));
+    bytes = hn::Or(bytes, hn::IfThenElseZero(here, hn::Set(du, 0xFFu << 8 * k)));
+  }
+  return bytes;
+}
+
+// Whether the exact path finds the same means of texels for these bytes of a group's colours at
+// other coordinates, which are near its own: the four texels of each are alike, and no coordinate
+// is so near to a whole number that it may find others.
 template <TTexelSource kTexels>
-HWY_INLINE HWY_ATTR bool HasSameMeans(const TFetchedTexels& texels, TUnsureBits unsure) {
+HWY_INLINE HWY_ATTR bool HaveSameMeans(const TFetchedTexels& texels, VU bytes) {
   if (kTexels == TTexelSource::Nearest) {
     return true; // floors were sure, or nothing was fetched
   }
-  const DU2 du;
-  std::uint32_t channels = 0;
-  for (int k = 0; k < 4; ++k) {
-    channels |= (unsure >> 16 * k & 0xFFFFu) != 0 ? 0xFFu << 8 * k : 0;
-  }
-  const auto swapped = hn::ConcatLowerUpper(du, texels.Left, texels.Left);
+  const DU du;
+  const DU2 du2;
+  const auto swapped = hn::ConcatLowerUpper(du2, texels.Left, texels.Left);
   const auto apart = hn::Or(hn::Xor(texels.Left, texels.Right), hn::Xor(texels.Left, swapped));
-  const auto alike = hn::Eq(hn::And(apart, hn::Set(du, channels)), hn::Zero(du));
-  return hn::AllTrue(du, alike) && HaveSureFloors(texels.FractionU, texels.FractionV);
+  const VU either = hn::Or(hn::LowerHalf(du, apart), hn::UpperHalf(du, apart));
+  return hn::AllTrue(du, hn::Eq(hn::And(either, bytes), hn::Zero(du))) &&
+         HaveSureFloors(texels.FractionU, texels.FractionV);
 }
 
 // The exact channels of the groups of a run whose rounding tests failed, a channel after the other:
@@ -255,6 +264,7 @@ HWY_NOINLINE HWY_ATTR int ExactFallback(const TSpanJob& job, const TRowSlots& sl
                                         TFetchedTexels* ready, std::uint32_t* packed) {
   const DD d;
   const DU du;
+  HWY_ALIGN std::uint32_t wanted[kRun];
   int exact = 0;
   for (int from = 0; from < count; from += TUnsureRun::kMostGroups * kLanes) {
     TUnsureBits groups = unsure.GroupsFrom(from, count);
@@ -262,11 +272,15 @@ HWY_NOINLINE HWY_ATTR int ExactFallback(const TSpanJob& job, const TRowSlots& sl
     for (TUnsureBits any = OfAnyChannel(groups); any != 0; any &= any - 1) {
       const int i = from + FirstBit(any) * kLanes;
       TFetchedTexels& texels = ready[i / kLanes];
+      VU bytes = hn::Set(du, ~0u);
+      if (kTexels != TTexelSource::Nearest) { // whose texels are the same for all pixels
+        bytes = UnsureBytes(unsure.Group(i));
+        hn::Store(bytes, du, wanted + i);
+      }
       if (values->IsNear) {
         const VD t = ColumnParameter(row, x + i);
         hn::Store(t, d, values->T + i);
-        if ((unfetched >> i & FirstBits(kLanes)) == 0 &&
-            HasSameMeans<kTexels>(texels, unsure.Group(i))) {
+        if ((unfetched >> i & FirstBits(kLanes)) == 0 && HaveSameMeans<kTexels>(texels, bytes)) {
           texels.Q = PerspectiveAt<kPerspective>(row, t);
           means |= any & -any;
         } else {
@@ -294,8 +308,11 @@ HWY_NOINLINE HWY_ATTR int ExactFallback(const TSpanJob& job, const TRowSlots& sl
         const VU byte =
             ExactByte<kPerspective>(job.Primitive, slots, row, hn::Load(d, values->T + i), texels.Q,
                                     kChannel, texel, job.Primitive.Clamp);
-        const VU others = hn::AndNot(hn::Set(du, kByte), hn::Load(du, packed + i));
-        hn::Store(hn::Or(others, byte), du, packed + i);
+        VU here = hn::Set(du, kByte);
+        if (kTexels != TTexelSource::Nearest) {
+          here = hn::And(here, hn::Load(du, wanted + i));
+        }
+        hn::Store(hn::IfVecThenElse(here, byte, hn::Load(du, packed + i)), du, packed + i);
       }
     });
   }
