@@ -595,6 +595,40 @@ TEST_F(KernelConditions, ShortRowsOfEveryStateShareAKernel) {
   expect(TKernel::JoinedRows, Texture);
 }
 
+// The limit is of the magnitudes added up, along either axis, and not itself within reach. Numbers
+// of a square whose side is a power of two come to the window as they are.
+TEST_F(KernelConditions, CornersAreInReachBelowASum) {
+  if (MaskedLevel() == nullptr) {
+    GTEST_SKIP() << "this processor has no level with all kernels";
+  }
+  constexpr int kSide = 64;
+  const auto isInReach = [](double far, std::size_t axis) {
+    const TScene scene(kSide, kSide);
+    TRenderCPU::VAR_DATA v[3] = {};
+    for (std::size_t i = 0; i < 3; ++i) {
+      const double along = i == 1 ? kSide : far;
+      const double across = i == 2 ? kSide : 0;
+      v[i].Slots[0] = {0, 0, 0.5, 1};
+      v[i].Slots[0][axis] = zx_test::Clip(along, kSide);
+      v[i].Slots[0][1 - axis] = zx_test::Clip(across, kSide);
+    }
+    StartKernelCounters();
+    scene->Begin(GL_TRIANGLES);
+    scene->RasterizeTriangle(v);
+    scene->End();
+    StopKernelCounters();
+    const std::uint64_t missed = KernelCounters().Unmet(TCondition::PrimitiveInReach);
+    const std::uint64_t walked = KernelCounters().Of(TKernel::Reference).Pixels;
+    EXPECT_EQ(missed != 0, walked != 0);
+    return missed == 0;
+  };
+  constexpr double kFar = (1e6 - kSide) / 2; // two corners there, one at the side's end
+  for (const std::size_t axis : {0u, 1u}) {
+    EXPECT_FALSE(isInReach(-kFar, axis));
+    EXPECT_TRUE(isInReach(-kFar + 1.0 / 64, axis));
+  }
+}
+
 TEST_F(KernelConditions, CountsPrimitivesRowsAndPixels) {
   if (MaskedLevel() == nullptr) {
     GTEST_SKIP() << "this processor has no level with all kernels";
