@@ -1,6 +1,7 @@
 // Ordinary drawing raises no invalid operation, no division by zero and no overflow, through the
 // reference walker and at every instruction set: a host that traps them can draw.
 
+#include <algorithm>
 #include <cfenv>
 #include <functional>
 #include <string>
@@ -293,6 +294,33 @@ TEST_F(FloatExceptions, NorDoesWhatATextureLeft) {
           Submit(r, mode, list);
         }
       });
+    }
+  }
+}
+
+// Colours far outside 0 to 1 fit no byte and no integer before they are limited, the same at all
+// corners or not.
+TEST_F(FloatExceptions, NorDoColoursThatFitNoByte) {
+  for (const unsigned int mode : {GL_POINTS, GL_LINES, GL_TRIANGLES, GL_QUADS}) {
+    for (const bool arrays : {false, true}) {
+      for (const bool varying : {false, true}) {
+        ExpectNone("mode " + std::to_string(mode), [arrays, mode, varying](TRenderCPU& r) {
+          TRandom dice(7);
+          std::vector<TVertex> list = RandomVertices(dice, 120, 4);
+          for (std::size_t i = 0; i < list.size(); ++i) {
+            const double great = varying && i % 2 != 0 ? -1e12 : 1e12;
+            const double colors[] = {great, 1e307, 3.5, 0.5};
+            std::copy(std::begin(colors), std::end(colors), list[i].Color);
+          }
+          SetPerspective(r);
+          if (arrays) {
+            SetArrays(r, list);
+            r.DrawArrays(mode, 0, 120);
+          } else {
+            Submit(r, mode, list);
+          }
+        });
+      }
     }
   }
 }
